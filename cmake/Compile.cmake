@@ -1,0 +1,71 @@
+# How everything of ours is compiled: language, warnings, code generation, sanitizers, places of the results.
+
+set(CMAKE_C_STANDARD 11)
+set(CMAKE_C_STANDARD_REQUIRED ON)
+set(CMAKE_C_EXTENSIONS OFF)
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+
+if(NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+  set(CMAKE_BUILD_TYPE Release CACHE STRING "Kind of build" FORCE)
+endif()
+
+if(PROJECT_IS_TOP_LEVEL)
+  set(CMAKE_RUNTIME_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/bin")
+  set(CMAKE_LIBRARY_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+  set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY "${PROJECT_BINARY_DIR}/lib")
+endif()
+
+# Compiled results are kept by ccache where it is installed. The sloppiness lets it keep units that use the tests'
+# precompiled header; nothing here uses __DATE__ or __TIME__.
+find_program(TESSARET_CCACHE ccache)
+if(TESSARET_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(launcher env CCACHE_SLOPPINESS=pch_defines,time_macros "${TESSARET_CCACHE}")
+  set(CMAKE_C_COMPILER_LAUNCHER ${launcher})
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${launcher})
+endif()
+
+# The distribution's own Python: another one that comes first in PATH lacks the packages of the distribution.
+if(NOT Python3_EXECUTABLE AND EXISTS /usr/bin/python3)
+  set(Python3_EXECUTABLE /usr/bin/python3)
+endif()
+find_package(Python3 COMPONENTS Interpreter)
+find_package(Threads REQUIRED)
+
+set(TESSARET_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize= (address,undefined or thread)")
+option(TESSARET_COVERAGE "Count lines and branches (GCC)" OFF)
+option(TESSARET_LIBFUZZER "Build fuzz targets for libFuzzer (Clang)" OFF)
+
+add_library(tessaret_warnings INTERFACE)
+target_compile_options(tessaret_warnings INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Werror
+  $<$<COMPILE_LANG_AND_ID:CXX,Clang>:-Wthread-safety>)
+
+add_library(tessaret_codegen INTERFACE)
+target_compile_options(tessaret_codegen INTERFACE -fno-semantic-interposition -fno-plt)
+
+set(TESSARET_INSTRUMENTED OFF)
+if(TESSARET_SANITIZE OR TESSARET_LIBFUZZER OR TESSARET_COVERAGE)
+  set(TESSARET_INSTRUMENTED ON)
+endif()
+
+if(TESSARET_SANITIZE)
+  add_compile_options(-fsanitize=${TESSARET_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${TESSARET_SANITIZE})
+  add_compile_definitions(_GLIBCXX_ASSERTIONS)
+endif()
+if(TESSARET_LIBFUZZER)
+  if(NOT CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+    message(FATAL_ERROR "libFuzzer comes with Clang only")
+  endif()
+  add_compile_options(-fsanitize=fuzzer-no-link)
+  add_link_options(-fsanitize=fuzzer-no-link)
+endif()
+if(TESSARET_COVERAGE)
+  # Threads count too, so the counters are atomic.
+  add_compile_options(--coverage -fprofile-update=atomic)
+  add_link_options(--coverage)
+endif()

@@ -1,0 +1,69 @@
+# ./dev demo [FILE]: a DICOM object read, shown, encoded anew and read back by a program that has nothing to do with
+# this project (dcmdump of DCMTK).
+# shellcheck shell=bash
+set -euo pipefail
+here="$PWD"
+# shellcheck source=common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+build_preset release tessaret_tool tessaret_data
+tool="$root/build/release/bin/tessaret"
+place="$root/build/demo"
+rm -rf "$place"
+mkdir -p "$place"
+
+# show COMMAND...: says the command as a person would type it, then runs it.
+show() {
+  printf '\n$ %s\n' "$(printf '%s ' "$@" | sed "s#$tool#tessaret#; s#$place/##g")"
+  "$@"
+}
+
+# The first lines of a long text; the command before the pipe may write on into nothing.
+head_of() { sed -n "1,$1p; $(($1 + 1))s/.*/  .../p"; }
+
+# compare FIRST SECOND: what the independent program reads in both, apart from the meta header, must be one and the same.
+compare() {
+  local first second
+  first="$(dcmdump +L "$1" | sed -n '/^# Dicom-Data-Set/,$p' | grep '^ *(' | sed 's/ *#.*//')"
+  second="$(dcmdump +L "$2" | sed -n '/^# Dicom-Data-Set/,$p' | grep '^ *(' | sed 's/ *#.*//')"
+  if [ "$first" != "$second" ]; then
+    diff <(printf '%s\n' "$first") <(printf '%s\n' "$second") | head -20 >&2
+    die "demo: dcmdump reads another content"
+  fi
+  printf 'dcmdump reads the same %d elements in both.\n' "$(printf '%s\n' "$first" | wc -l)"
+}
+
+if [ $# -gt 0 ]; then
+  file="$(cd "$here" && realpath -e -- "$1")" || die "demo: $1 is not there"
+  say "what is in it"
+  show "$tool" dump "$file"
+  say "does all of it read?"
+  show "$tool" check "$file" || say "not all of it: the words above say why"
+  say "a copy, written anew"
+  show "$tool" convert "$file" "$place/copy.dcm"
+  say "read back by an independent program"
+  show dcmdump "$place/copy.dcm" | head_of 40
+  say "the copy is build/demo/copy.dcm; $1 is as it was"
+  exit 0
+fi
+
+say "a series of five slices, made here"
+show "$tool" phantom --kind ct --size 128 --slices 5 "$place/series"
+first="$(find "$place/series" -type f | sort | head -1)"
+
+say "what one of them holds"
+show "$tool" dump "$first" | head_of 30
+
+say "the same object in the other encoding, and back again"
+show "$tool" convert --syntax implicit "$first" "$place/implicit.dcm"
+show "$tool" convert --syntax explicit "$place/implicit.dcm" "$place/explicit.dcm"
+
+say "what an independent program reads in the result"
+show dcmdump +P 0008,0016 +P 0008,0060 +P 0010,0010 +P 0020,0013 +P 0028,0010 +P 0028,0011 "$place/implicit.dcm"
+compare "$first" "$place/implicit.dcm"
+compare "$first" "$place/explicit.dcm"
+
+say "does all of the series read?"
+show "$tool" check "$place/series"
+
+say "the files are in build/demo; try: build/release/bin/tessaret --help, or ./dev demo with a file of yours"

@@ -1,0 +1,107 @@
+# ./dev fuzz [SECONDS | --runs N] [--only NAME] [--reduce]
+# Findings stay in build/fuzz/findings. Without --runs, what a run learned is kept in build/fuzz/learned for the next.
+# shellcheck shell=bash
+set -euo pipefail
+# shellcheck source=common.sh
+source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+
+seconds=60
+runs=
+only=
+reduce=
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --runs) runs="$2"; shift ;;
+    --only) only="$2"; shift ;;
+    --reduce) reduce=yes ;;
+    [0-9]*) seconds="$1" ;;
+    *) die "fuzz: no option '$1'" ;;
+  esac
+  shift
+done
+
+# One kilobyte more than the largest file of a seed folder, and at least 4 KiB, is the longest input that is tried.
+longest_input() {
+  local largest
+  largest="$(find "$1" -type f -printf '%s\n' 2>/dev/null | sort -n | tail -1)"
+  echo $((${largest:-0} + 1024 > 4096 ? ${largest:-0} + 1024 : 4096))
+}
+
+run_target() {
+  local name="$1" seeds="$2" dictionary="$3" learned="$root/build/fuzz/learned/$1"
+  local options=(-print_final_stats=1 -timeout=25 -rss_limit_mb=2560 "-max_len=$(longest_input "$seeds")"
+    "-artifact_prefix=$root/build/fuzz/findings/$name-")
+  [ -z "$dictionary" ] || options+=("-dict=$dictionary")
+  if [ -n "$runs" ]; then
+    # The same inputs in the same order every time: nothing learned before, a fixed seed.
+    learned="$(mktemp -d)"
+    options+=("-runs=$runs" -seed=1)
+  else
+    options+=("-max_total_time=$seconds")
+  fi
+  mkdir -p "$learned" "$seeds"
+  local result=0
+  "$root/build/fuzz/bin/$name" "${options[@]}" "$learned" "$seeds" >"$root/build/fuzz/logs/$name.log" 2>&1 || result=$?
+  [ -z "$runs" ] || rm -rf "$learned"
+  if [ $result -ne 0 ]; then
+    tail -60 "$root/build/fuzz/logs/$name.log" >&2
+    printf 'dev: finding in %s, see build/fuzz/findings and build/fuzz/logs/%s.log\n' "$name" "$name" >&2
+  fi
+  return $result
+}
+
+reduce_target() {
+  local name="$1" seeds="$2" reduced
+  reduced="$(mktemp -d)"
+  "$root/build/fuzz/bin/$name" -merge=1 -timeout=25 "-max_len=$(longest_input "$seeds")" \
+    "$reduced" "$seeds" "$root/build/fuzz/learned/$name" >"$root/build/fuzz/logs/$name.merge.log" 2>&1
+  say "$name: $(find "$seeds" -type f | wc -l) seeds become $(find "$reduced" -type f | wc -l)"
+  find "$seeds" -type f -delete
+  cp "$reduced"/* "$seeds"
+  rm -rf "$reduced"
+}
+
+build_preset fuzz fuzzers
+cd "$root/build/fuzz"
+mkdir -p findings logs learned
+targets=()
+while IFS=$'\t' read -r name seeds dictionary; do
+  [ -n "$name" ] && { [ -z "$only" ] || [ "$only" = "$name" ]; } && targets+=("$name|$seeds|$dictionary")
+done <fuzzers.tsv
+[ ${#targets[@]} -gt 0 ] || die "no fuzz target${only:+ named $only}"
+
+if [ -n "$reduce" ]; then
+  for target in "${targets[@]}"; do
+    IFS='|' read -r name seeds dictionary <<<"$target"
+    reduce_target "$name" "$seeds"
+  done
+  exit 0
+fi
+
+# As many targets at a time as there are processors.
+failed=0
+waiting=0
+for target in "${targets[@]}"; do
+  IFS='|' read -r name seeds dictionary <<<"$target"
+  say "fuzzing $name${runs:+, $runs runs}"
+  run_target "$name" "$seeds" "$dictionary" &
+  waiting=$((waiting + 1))
+  if [ $waiting -ge "$jobs" ]; then
+    wait -n || failed=1
+    waiting=$((waiting - 1))
+  fi
+done
+while [ $waiting -gt 0 ]; do
+  wait -n || failed=1
+  waiting=$((waiting - 1))
+done
+
+printf '%-32s %10s %8s %8s %8s\n' target runs seconds edges inputs
+for target in "${targets[@]}"; do
+  name="${target%%|*}"
+  awk -v name="$name" '
+    / cov: / { for (i = 1; i < NF; ++i) { if ($i == "cov:") edges = $(i + 1); if ($i == "corp:") inputs = $(i + 1) } }
+    /^Done / { runs = $2; seconds = $5 }
+    END { printf "%-32s %10s %8s %8s %8s\n", name, runs ? runs : "finding", seconds, edges, inputs }' "logs/$name.log"
+done
+exit $failed

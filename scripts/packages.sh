@@ -1,0 +1,50 @@
+# Sourced by ./dev: which Debian packages a command needs, and their installation.
+# shellcheck shell=bash
+
+build_packages=(g++ cmake ninja-build ccache pkg-config python3 libcli11-dev libgtest-dev libgmock-dev)
+clang_packages=(clang llvm libclang-rt-14-dev)
+peer_packages=(dcmtk dicom3tools python3-pydicom man-db)
+check_packages=(git clang-format clang-tidy shellcheck)
+
+packages_for() {
+  case "$1" in
+    build | bench) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
+    demo) printf '%s\n' "${build_packages[@]}" dcmtk ;;
+    fuzz) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
+    coverage) printf '%s\n' "${build_packages[@]}" "${peer_packages[@]}" gcovr ;;
+    check) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" "${check_packages[@]}" ;;
+    format) printf '%s\n' python3 clang-format ;;
+    test)
+      printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" "${peer_packages[@]}" "${check_packages[@]}"
+      ;;
+  esac
+}
+
+as_root() {
+  if [ "$EUID" -eq 0 ]; then
+    "$@"
+  else
+    sudo -n "$@"
+  fi
+}
+
+is_installed() { [ "$(dpkg-query -W -f='${db:Status-Status}' "$1" 2>/dev/null)" = installed ]; }
+
+# Installs what is missing for a command; touches nothing when nothing is.
+install_packages_for() {
+  local missing=() package
+  if ! command -v dpkg-query >/dev/null; then
+    say "not a Debian system: taking it that these are there: $(packages_for "$1" | tr '\n' ' ')"
+    return
+  fi
+  for package in $(packages_for "$1"); do
+    is_installed "$package" || missing+=("$package")
+  done
+  [ ${#missing[@]} -gt 0 ] || return 0
+  say "installing ${missing[*]}"
+  export DEBIAN_FRONTEND=noninteractive
+  if ! { as_root apt-get update -q </dev/null &&
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null; }; then
+    die "these packages are needed and could not be installed: ${missing[*]}"
+  fi
+}

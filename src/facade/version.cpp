@@ -1,0 +1,3 @@
+#include "tessaret/version.h"
+
+const char* tessaret_version(void) { return TESSARET_VERSION_STRING; }

@@ -1,0 +1,99 @@
+#!/usr/bin/env bash
+# Installs to an empty prefix, moves it, and builds a small program against it in C++ and in C: by CMake, by pkg-config
+# and by a plain compiler line. Needs TESSARET_BINARY_DIR and TESSARET_SOURCE_DIR.
+set -euo pipefail
+
+scratch="$(mktemp -d)"
+trap 'rm -rf "$scratch"' EXIT
+
+fail() {
+  printf 'install test: %s\n' "$*" >&2
+  exit 1
+}
+
+# expect WHAT PROGRAM: it runs and says the version that the headers have.
+expect() {
+  local words
+  words="$(LD_LIBRARY_PATH="$libdir" "$2")" || fail "$1: ends with $?"
+  [ "$words" = "Tessaret $version" ] || fail "$1: says '$words' instead of 'Tessaret $version'"
+}
+
+cmake --install "$TESSARET_BINARY_DIR" --prefix "$scratch/first" >/dev/null
+mv "$scratch/first" "$scratch/moved"
+prefix="$scratch/moved"
+if grep -rIlF -e "$scratch/first" -e "$TESSARET_BINARY_DIR" -e "$TESSARET_SOURCE_DIR" \
+  "$prefix/include" "$prefix"/lib* "$prefix/share"; then
+  fail "these files name the place where they were built or installed"
+fi
+
+library="$(find "$prefix" -name libtessaret.so)"
+libdir="$(dirname "$library")"
+version="$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tessaret)"
+
+# The library: its name for the loader, and nothing to see but the C functions.
+readelf -d "$library" | grep -q 'SONAME.*\[libtessaret\.so\.0\]' || fail "the SONAME is not libtessaret.so.0"
+others="$(nm -D --defined-only "$library" | awk '$2 != "A" && $3 !~ /^tessaret_/')"
+[ -z "$others" ] || fail "more than the public symbols is exported: $others"
+for data in dicom-dict.txt uid-dict.txt; do
+  cmp "$prefix/share/tessaret/$data" "$TESSARET_SOURCE_DIR/data/$data" || fail "$data is not installed"
+done
+
+mkdir "$scratch/program"
+cd "$scratch/program"
+cat >host.cpp <<'TEXT'
+#include <iostream>
+#include <string_view>
+
+#include <tessaret/version.h>
+
+int main() {
+  const std::string_view version = tessaret_version();
+  std::cout << "Tessaret " << version << '\n';
+  return version == TESSARET_VERSION_STRING ? 0 : 1;
+}
+TEXT
+cat >host.c <<'TEXT'
+#include <stdio.h>
+#include <string.h>
+#include <tessaret/version.h>
+
+int main(void) {
+  printf("Tessaret %s\n", tessaret_version());
+  return strcmp(tessaret_version(), TESSARET_VERSION_STRING) == 0 ? 0 : 1;
+}
+TEXT
+cat >CMakeLists.txt <<'TEXT'
+cmake_minimum_required(VERSION 3.25)
+project(host LANGUAGES C CXX)
+find_package(Tessaret 0.1 REQUIRED)
+add_executable(host_cpp host.cpp)
+target_link_libraries(host_cpp PRIVATE Tessaret::tessaret)
+add_executable(host_c host.c)
+target_link_libraries(host_c PRIVATE Tessaret::tessaret)
+file(WRITE "${CMAKE_BINARY_DIR}/data-dir" "${Tessaret_DATA_DIR}")
+TEXT
+
+cmake -G Ninja -S . -B build -DCMAKE_PREFIX_PATH="$prefix" >configure.log 2>&1 || { cat configure.log; fail "CMake"; }
+cmake --build build >build.log 2>&1 || { cat build.log; fail "build by CMake"; }
+expect "C++ by CMake" build/host_cpp
+expect "C by CMake" build/host_c
+[ -f "$(cat build/data-dir)/dicom-dict.txt" ] || fail "Tessaret_DATA_DIR does not lead to the dictionaries"
+
+export PKG_CONFIG_PATH="$libdir/pkgconfig"
+read -r -a flags <<<"$(pkg-config --cflags --libs tessaret)"
+c++ -std=c++20 host.cpp "${flags[@]}" -o by_pkg_config_cpp
+cc -std=c11 host.c "${flags[@]}" -o by_pkg_config_c
+expect "C++ by pkg-config" ./by_pkg_config_cpp
+expect "C by pkg-config" ./by_pkg_config_c
+
+c++ -std=c++20 -I"$prefix/include" host.cpp -L"$libdir" -ltessaret -o by_hand_cpp
+cc -std=c11 -I"$prefix/include" host.c -L"$libdir" -ltessaret -o by_hand_c
+expect "C++ by hand" ./by_hand_cpp
+expect "C by hand" ./by_hand_c
+
+# The tool, where it was built, runs from the moved place and finds its data there.
+if [ -x "$prefix/bin/tessaret" ]; then
+  "$prefix/bin/tessaret" --version | grep -qF "$version" || fail "the installed tool does not say its version"
+  "$prefix/bin/tessaret" dictionary 00100010 | grep -q "Patient's Name" || fail "the installed tool finds no dictionary"
+fi
+echo "installed, moved and used: Tessaret $version"
