@@ -1,0 +1,119 @@
+#include "platform/file_calls.h"
+
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+namespace tessaret {
+namespace {
+
+FileCallHook fileCallHook = nullptr;
+
+// Linux moves at most this much in one call.
+constexpr std::size_t kMostBytesACall = 0x7FFFF000;
+
+template <class Call>
+FileResult Run(FileCall kind, std::size_t& count, Call call) {
+  for (;;) {
+    const int refused = fileCallHook == nullptr ? 0 : fileCallHook(kind, count);
+    if (refused == EINTR) continue;
+    if (refused != 0) return {-1, refused};
+    const std::int64_t value = call();
+    if (value >= 0) return {value, 0};
+    if (errno != EINTR) return {-1, errno};
+  }
+}
+
+template <class Call>
+FileResult Run(FileCall kind, Call call) {
+  std::size_t unused = 0;
+  return Run(kind, unused, call);
+}
+
+// strerror_r comes in two kinds; the overload that fits picks the answer.
+[[maybe_unused]] const char* ErrorWords(int, const char* buffer) { return buffer; }
+[[maybe_unused]] const char* ErrorWords(const char* words, const char*) { return words; }
+
+}  // namespace
+
+void SetFileCallHook(FileCallHook hook) { fileCallHook = hook; }
+
+FileResult OpenFile(const char* path, int flags, mode_t mode) {
+  return Run(FileCall::kOpen, [&] { return ::open(path, flags | O_CLOEXEC, mode); });
+}
+
+FileResult CloseFile(int descriptor) {
+  std::size_t unused = 0;
+  const int refused = fileCallHook == nullptr ? 0 : fileCallHook(FileCall::kClose, unused);
+  // Linux frees the descriptor even when close is broken by a signal: a second try could close somebody else's.
+  const int answer = ::close(descriptor);
+  if (refused != 0 && refused != EINTR) return {-1, refused};
+  return answer == 0 || errno == EINTR ? FileResult{} : FileResult{-1, errno};
+}
+
+FileResult ReadSome(int descriptor, void* data, std::size_t count) {
+  count = std::min(count, kMostBytesACall);
+  return Run(FileCall::kRead, count, [&] { return ::read(descriptor, data, count); });
+}
+
+FileResult WriteSome(int descriptor, const void* data, std::size_t count) {
+  count = std::min(count, kMostBytesACall);
+  return Run(FileCall::kWrite, count, [&] { return ::write(descriptor, data, count); });
+}
+
+FileResult WriteAll(int descriptor, const void* data, std::size_t count) {
+  const char* at = static_cast<const char*>(data);
+  while (count > 0) {
+    const FileResult written = WriteSome(descriptor, at, count);
+    if (!written.Ok()) return written;
+    if (written.value == 0) return {-1, ENOSPC};
+    at += written.value;
+    count -= static_cast<std::size_t>(written.value);
+  }
+  return {};
+}
+
+FileResult SeekFile(int descriptor, std::uint64_t offset) {
+  return Run(FileCall::kSeek, [&] { return ::lseek(descriptor, static_cast<off_t>(offset), SEEK_SET); });
+}
+
+FileResult StatDescriptor(int descriptor, struct stat& status) {
+  return Run(FileCall::kStat, [&] { return ::fstat(descriptor, &status); });
+}
+
+FileResult StatPath(const char* path, struct stat& status) {
+  return Run(FileCall::kStat, [&] { return ::stat(path, &status); });
+}
+
+FileResult SyncFile(int descriptor) {
+  const FileResult synced = Run(FileCall::kSync, [&] { return ::fsync(descriptor); });
+  return synced.error == EINVAL || synced.error == ENOTSUP ? FileResult{} : synced;
+}
+
+FileResult RenameFile(const char* from, const char* to) {
+  return Run(FileCall::kRename, [&] { return std::rename(from, to); });
+}
+
+FileResult RemoveFile(const char* path) {
+  return Run(FileCall::kRemove, [&] { return ::unlink(path); });
+}
+
+FileResult SetFileMode(int descriptor, mode_t mode) {
+  return Run(FileCall::kMode, [&] { return ::fchmod(descriptor, mode); });
+}
+
+FileResult LockFile(int descriptor) {
+  return Run(FileCall::kLock, [&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); });
+}
+
+std::string SystemErrorText(int error) {
+  std::array<char, 256> buffer{};
+  return ErrorWords(strerror_r(error, buffer.data(), buffer.size()), buffer.data());
+}
+
+}  // namespace tessaret

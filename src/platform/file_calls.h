@@ -1,0 +1,68 @@
+// Every call by which the library touches the file system. Each is the system's own, repeated when a signal broke it,
+// with a failure told as the error number; and each can be made to fail by a test.
+#pragma once
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <sys/types.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+
+namespace tessaret {
+
+enum class FileCall {
+  kOpen,
+  kClose,
+  kRead,
+  kWrite,
+  kSeek,
+  kStat,
+  kSync,
+  kRename,
+  kRemove,
+  kMode,
+  kLock,
+};
+
+/// Consulted before every call. Returns 0 to let it through, or the error number with which the call is to fail. For
+/// kRead and kWrite it may lower `count`, so that less is done than was asked for.
+using FileCallHook = int (*)(FileCall call, std::size_t& count);
+
+/// Installs `hook`, or none with null. For tests; not to be changed while another thread works with files.
+void SetFileCallHook(FileCallHook hook);
+
+/// What a call answered: `value` when `error` is 0, otherwise the system's error number.
+struct FileResult {
+  std::int64_t value = 0;
+  int error = 0;
+  [[nodiscard]] bool Ok() const { return error == 0; }
+};
+
+/// Opens `path`; value is the descriptor, closed on exec. The caller closes it.
+FileResult OpenFile(const char* path, int flags, mode_t mode = 0);
+/// Closes the descriptor, which is gone afterwards whatever the answer.
+FileResult CloseFile(int descriptor);
+/// Reads up to `count` bytes; value is how many came, 0 at the end.
+FileResult ReadSome(int descriptor, void* data, std::size_t count);
+/// Writes up to `count` bytes; value is how many went.
+FileResult WriteSome(int descriptor, const void* data, std::size_t count);
+/// Writes all of `count` bytes.
+FileResult WriteAll(int descriptor, const void* data, std::size_t count);
+/// Moves to `offset` from the start.
+FileResult SeekFile(int descriptor, std::uint64_t offset);
+FileResult StatDescriptor(int descriptor, struct stat& status);
+FileResult StatPath(const char* path, struct stat& status);
+/// Brings the bytes to the medium. A file system without that notion counts as success.
+FileResult SyncFile(int descriptor);
+FileResult RenameFile(const char* from, const char* to);
+FileResult RemoveFile(const char* path);
+FileResult SetFileMode(int descriptor, mode_t mode);
+/// Takes the exclusive lock of the open file without waiting; EWOULDBLOCK when somebody else holds it.
+FileResult LockFile(int descriptor);
+
+/// The system's words for an error number.
+std::string SystemErrorText(int error);
+
+}  // namespace tessaret

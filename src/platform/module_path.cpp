@@ -1,0 +1,54 @@
+#include "platform/module_path.h"
+
+#include <dlfcn.h>
+
+#include <cstdlib>
+
+#include "platform/file_calls.h"
+
+namespace tessaret {
+namespace {
+
+constexpr const char* kDataFile = "dicom-dict.txt";
+constexpr const char* kInstalledData = "../share/tessaret/";
+
+std::string CutAfterLastSeparator(const std::string& path) {
+  const std::size_t slash = path.rfind('/');
+  return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+std::string CodeDirectory() {
+  Dl_info info{};
+  if (::dladdr(reinterpret_cast<const void*>(&ModuleDirectory), &info) == 0 || info.dli_fname == nullptr) {
+    return "./";
+  }
+  // A program started by its bare name is known to the loader by that name only.
+  const std::string path = info.dli_fname;
+  char* resolved = ::realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) resolved = ::realpath("/proc/self/exe", nullptr);
+  if (resolved == nullptr) return CutAfterLastSeparator(path);
+  std::string directory = CutAfterLastSeparator(resolved);
+  std::free(resolved);
+  return directory;
+}
+
+bool HasData(const std::string& directory) {
+  struct stat status {};
+  return StatPath((directory + kDataFile).c_str(), status).Ok();
+}
+
+}  // namespace
+
+std::string ModuleDirectory() {
+  if (const char* named = std::getenv("TESSARET_DATA_DIR"); named != nullptr && *named != '\0') {
+    std::string directory = named;
+    if (directory.back() != '/') directory += '/';
+    return directory;
+  }
+  std::string directory = CodeDirectory();
+  if (HasData(directory)) return directory;
+  std::string installed = directory + kInstalledData;
+  return HasData(installed) ? installed : directory;
+}
+
+}  // namespace tessaret

@@ -1,0 +1,14 @@
+// Where the library lies, and where its data files are.
+#pragma once
+
+#include <string>
+
+namespace tessaret {
+
+/// The directory with "dicom-dict.txt" and the other files that belong to the library, ending in "/". In this order: what
+/// the environment variable TESSARET_DATA_DIR names, whether or not the files are there; the directory of the file that this
+/// code was loaded from; "share/tessaret" beside that directory, where an installed copy keeps them. The directory of the
+/// code when no place has the files.
+std::string ModuleDirectory();
+
+}  // namespace tessaret

@@ -1,0 +1,119 @@
+#include "platform/staged_file.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <cstdlib>
+#include <memory>
+
+#include "base/text.h"
+#include "platform/file_calls.h"
+
+namespace tessaret {
+namespace {
+
+// Writers of one place at one moment each take a name of their own.
+constexpr int kMostWritersOfOnePlace = 64;
+
+std::string ResolveLinks(const std::string& path) {
+  const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
+  return resolved ? std::string(resolved.get()) : path;
+}
+
+std::string StagingName(const std::string& path, int slot) {
+  const std::size_t slash = path.rfind('/');
+  const std::size_t nameAt = slash == std::string::npos ? 0 : slash + 1;
+  // The longest name that most file systems take, less what is put around it.
+  constexpr std::size_t kMostOfName = NAME_MAX - 20;
+  return path.substr(0, nameAt) + "." + path.substr(nameAt, kMostOfName) + Format(".tessaret-%d", slot);
+}
+
+/// Removes a staging file whose writer is gone: nobody holds its lock.
+void RemoveIfAbandoned(const std::string& name) {
+  const FileResult opened = OpenFile(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
+  if (!opened.Ok()) return;
+  const int descriptor = static_cast<int>(opened.value);
+  struct stat status {};
+  const bool ours = StatDescriptor(descriptor, status).Ok() && S_ISREG(status.st_mode) &&
+                    status.st_uid == ::geteuid();
+  if (ours && LockFile(descriptor).Ok()) RemoveFile(name.c_str());
+  CloseFile(descriptor);
+}
+
+}  // namespace
+
+StagedFile::StagedFile(std::string path) : path_(ResolveLinks(path)) {}
+
+StagedFile::~StagedFile() { Discard(); }
+
+bool StagedFile::Fail(int error) {
+  error_ = error;
+  Discard();
+  return false;
+}
+
+void StagedFile::Discard() {
+  if (lock_ < 0) return;
+  RemoveFile(stagingPath_.c_str());
+  CloseFile(lock_);
+  lock_ = -1;
+}
+
+bool StagedFile::Begin() {
+  struct stat status {};
+  const FileResult there = StatPath(path_.c_str(), status);
+  if (there.Ok() && S_ISDIR(status.st_mode)) return Fail(EISDIR);
+  if (there.Ok() && !S_ISREG(status.st_mode)) {
+    stagingPath_ = path_;
+    return true;
+  }
+  // Replacing a file asks for rights to its directory only; a file that is write-protected is not to be replaced.
+  if (there.Ok() && ::access(path_.c_str(), W_OK) != 0) return Fail(errno);
+  for (int slot = 0; slot < kMostWritersOfOnePlace; ++slot) {
+    const std::string name = StagingName(path_, slot);
+    if (TrySlot(name)) return error_ == 0;
+    RemoveIfAbandoned(name);
+    if (TrySlot(name)) return error_ == 0;
+  }
+  return Fail(EBUSY);
+}
+
+bool StagedFile::TrySlot(const std::string& name) {
+  const FileResult opened = OpenFile(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
+  if (opened.error == EEXIST) return false;
+  if (!opened.Ok()) {
+    error_ = opened.error;
+    return true;
+  }
+  const int descriptor = static_cast<int>(opened.value);
+  const FileResult locked = LockFile(descriptor);
+  struct stat status {};
+  // Between the creation and the lock another writer may have taken the file for an abandoned one and removed it.
+  const bool ours = locked.error != EWOULDBLOCK && StatDescriptor(descriptor, status).Ok() && status.st_nlink == 1;
+  if (!ours) {
+    CloseFile(descriptor);
+    return false;
+  }
+  stagingPath_ = name;
+  lock_ = descriptor;
+  return true;
+}
+
+bool StagedFile::Commit() {
+  if (lock_ < 0) return error_ == 0;
+  struct stat status {};
+  if (StatPath(path_.c_str(), status).Ok()) {
+    const FileResult mode = SetFileMode(lock_, status.st_mode & 07777);
+    if (!mode.Ok()) return Fail(mode.error);
+  }
+  const FileResult synced = SyncFile(lock_);
+  if (!synced.Ok()) return Fail(synced.error);
+  const FileResult moved = RenameFile(stagingPath_.c_str(), path_.c_str());
+  if (!moved.Ok()) return Fail(moved.error);
+  CloseFile(lock_);
+  lock_ = -1;
+  return true;
+}
+
+}  // namespace tessaret

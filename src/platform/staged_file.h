@@ -1,0 +1,46 @@
+// Writing a file whole or not at all. The bytes go to a file of another name in the same directory; Commit brings them to
+// the medium and moves that file to its place in one step. Until then, and after any failure, what was at the place is
+// untouched. A process that is killed leaves at most the file of the other name, which the next writer of the same place
+// takes away.
+#pragma once
+
+#include <string>
+
+namespace tessaret {
+
+class StagedFile {
+ public:
+  /// Prepares to write `path`; a symbolic link is followed, so that what it names is replaced and the link stays. A path
+  /// that is there and is no regular file (a device, a pipe) is written directly: it cannot be replaced.
+  explicit StagedFile(std::string path);
+  StagedFile(const StagedFile&) = delete;
+  StagedFile& operator=(const StagedFile&) = delete;
+  /// Takes the staged bytes away unless they were committed.
+  ~StagedFile();
+
+  /// Creates the staging file, empty. False with Error() set.
+  bool Begin();
+
+  /// Where the bytes are to be written: open it for writing, write, close.
+  [[nodiscard]] const std::string& StagingPath() const { return stagingPath_; }
+
+  /// Syncs the staged bytes and moves them to their place, with the permissions of the file that was there. False, with
+  /// Error() set and the place untouched.
+  bool Commit();
+
+  /// The system's error number of the failed step, or 0.
+  [[nodiscard]] int Error() const { return error_; }
+
+ private:
+  bool Fail(int error);
+  /// Tries one staging name. True: created and locked, or failed for good with error_ set.
+  bool TrySlot(const std::string& name);
+  void Discard();
+
+  std::string path_;         // with links resolved
+  std::string stagingPath_;  // equal to path_ when written directly
+  int lock_ = -1;            // descriptor of the staging file, whose lock says that its writer lives
+  int error_ = 0;
+};
+
+}  // namespace tessaret

@@ -1,0 +1,37 @@
+#include "platform/whole_file.h"
+
+#include <cerrno>
+
+#include "platform/file_stream.h"
+#include "platform/staged_file.h"
+
+namespace tessaret {
+
+int ReadWholeFile(const std::string& path, std::uint64_t most, std::vector<std::uint8_t>& bytes) {
+  bytes.clear();
+  int error = 0;
+  const auto stream = FileStream::OpenForRead(path.c_str(), error);
+  if (!stream) return error;
+  while (stream->Refill(1)) {
+    if (stream->WindowSize() > most - bytes.size()) {
+      bytes.clear();
+      return EFBIG;
+    }
+    bytes.insert(bytes.end(), stream->Window(), stream->Window() + stream->WindowSize());
+    stream->Consume(stream->WindowSize());
+  }
+  if (stream->Error() != 0) bytes.clear();
+  return stream->Error();
+}
+
+int WriteWholeFile(const std::string& path, const void* bytes, std::uint64_t size) {
+  StagedFile staged(path);
+  if (!staged.Begin()) return staged.Error();
+  int error = 0;
+  const auto stream = FileStream::OpenForWrite(staged.StagingPath().c_str(), error);
+  if (!stream) return error;
+  if (!stream->Write(bytes, size) || !stream->Close()) return stream->Error();
+  return staged.Commit() ? 0 : staged.Error();
+}
+
+}  // namespace tessaret

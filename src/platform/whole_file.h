@@ -1,0 +1,17 @@
+// A small file of ours (dictionary, configuration) in memory at once.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace tessaret {
+
+/// Reads all bytes of `path`, a regular file or a pipe, into `bytes`. 0 on success, otherwise the system's error number:
+/// EFBIG for more than `most` bytes; `bytes` is then empty. Memory grows with what arrives, not with what is announced.
+int ReadWholeFile(const std::string& path, std::uint64_t most, std::vector<std::uint8_t>& bytes);
+
+/// Puts `bytes` at `path`, whole or not at all. 0 on success, otherwise the system's error number.
+int WriteWholeFile(const std::string& path, const void* bytes, std::uint64_t size);
+
+}  // namespace tessaret
