@@ -71,8 +71,7 @@ class BoundedReader {
   [[nodiscard]] std::optional<std::string_view> NulText() {
     const void* end = left_ == 0 ? nullptr : std::memchr(at_, 0, left_);
     if (end == nullptr) return std::nullopt;
-    const auto length =
-        static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(end) - at_);
+    const auto length = static_cast<std::uint64_t>(static_cast<const std::uint8_t*>(end) - at_);
     const std::string_view text(reinterpret_cast<const char*>(at_), length);
     Advance(length + 1);
     return text;

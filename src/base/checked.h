@@ -39,7 +39,8 @@ template <std::integral T, std::same_as<T>... More>
 template <std::integral To, std::integral From>
 [[nodiscard]] constexpr To SaturatingCast(From value) {
   if (std::cmp_less(value, std::numeric_limits<To>::min())) return std::numeric_limits<To>::min();
-  if (std::cmp_greater(value, std::numeric_limits<To>::max())) return std::numeric_limits<To>::max();
+  if (std::cmp_greater(value, std::numeric_limits<To>::max()))
+    return std::numeric_limits<To>::max();
   return static_cast<To>(value);
 }
 

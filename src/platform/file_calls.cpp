@@ -79,7 +79,8 @@ FileResult WriteAll(int descriptor, const void* data, std::size_t count) {
 }
 
 FileResult SeekFile(int descriptor, std::uint64_t offset) {
-  return Run(FileCall::kSeek, [&] { return ::lseek(descriptor, static_cast<off_t>(offset), SEEK_SET); });
+  return Run(FileCall::kSeek,
+             [&] { return ::lseek(descriptor, static_cast<off_t>(offset), SEEK_SET); });
 }
 
 FileResult StatDescriptor(int descriptor, struct stat& status) {

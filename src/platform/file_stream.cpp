@@ -6,56 +6,61 @@
 #include <limits>
 #include <new>
 
+#include "base/thread_keep.h"
+
 namespace tessaret {
 namespace {
 
-// A header fits into the first window, so that reading headers only does not pay for pixels; a small file fits whole.
-constexpr std::size_t kFirstWindow = 8 * 1024;
-constexpr std::size_t kSmallFile = 32 * 1024;
-constexpr std::size_t kLaterWindow = 64 * 1024;
+// A header fits into the first read, so that reading headers only does not pay for pixels.
+constexpr std::size_t kFirstRead = 8 * 1024;
+// From here on bytes go straight to where they are wanted instead of through the window.
+constexpr std::size_t kDirectRead = 8 * 1024;
+
+/// The window that the last stream of this thread left behind. Loading many small files would otherwise spend its time on
+/// getting and giving back this one block.
+struct IdleWindow {};
+std::unique_ptr<std::uint8_t[]>* Idle() {
+  return ThreadKept<std::unique_ptr<std::uint8_t[]>, IdleWindow>();
+}
 
 }  // namespace
 
-std::unique_ptr<FileStream> FileStream::OpenForRead(const char* path, int& error) {
-  const FileResult opened = OpenFile(path, O_RDONLY);
+std::unique_ptr<FileStream> FileStream::Adopt(const FileResult& opened, int& error) {
   error = opened.error;
   if (!opened.Ok()) return nullptr;
-  std::unique_ptr<FileStream> stream(new FileStream(static_cast<int>(opened.value)));
-  struct stat status {};
-  // A size of 0 says nothing: the system's own pseudo files state it too.
-  if (StatDescriptor(stream->descriptor_, status).Ok() && S_ISREG(status.st_mode)) {
-    stream->size_ = static_cast<std::uint64_t>(status.st_size);
+  const int descriptor = static_cast<int>(opened.value);
+  std::unique_ptr<FileStream> stream(new (std::nothrow) FileStream(descriptor));
+  if (!stream) {
+    CloseFile(descriptor);
+    error = ENOMEM;
   }
   return stream;
 }
 
+std::unique_ptr<FileStream> FileStream::OpenForRead(const char* path, int& error) {
+  return Adopt(OpenFile(path, O_RDONLY), error);
+}
+
 std::unique_ptr<FileStream> FileStream::OpenForWrite(const char* path, int& error) {
-  const FileResult opened = OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC, 0666);
-  error = opened.error;
-  if (!opened.Ok()) return nullptr;
-  return std::unique_ptr<FileStream>(new FileStream(static_cast<int>(opened.value)));
+  return Adopt(OpenFile(path, O_WRONLY | O_CREAT | O_TRUNC, 0666), error);
 }
 
-FileStream::~FileStream() { Close(); }
-
-std::size_t FileStream::UsualWindow() const {
-  if (capacity_ != 0) return size_ > 0 && size_ <= offset_ ? capacity_ : kLaterWindow;
-  return size_ > 0 && size_ <= kSmallFile ? static_cast<std::size_t>(size_) + 1 : kFirstWindow;
+FileStream::~FileStream() {
+  Close();
+  if (!window_) return;
+  if (auto* idle = Idle(); idle != nullptr) *idle = std::move(window_);
 }
 
-bool FileStream::Grow(std::size_t capacity) {
-  if (capacity <= capacity_) return true;
-  std::unique_ptr<std::uint8_t[]> larger(new (std::nothrow) std::uint8_t[capacity]);
-  if (!larger) {
-    Fail(ENOMEM);
-    return false;
-  }
-  if (end_ > begin_) std::memcpy(larger.get(), Window(), WindowSize());
-  end_ -= begin_;
-  begin_ = 0;
-  window_ = std::move(larger);
-  capacity_ = capacity;
-  return true;
+bool FileStream::TakeWindow() {
+  if (window_) return true;
+  if (auto* idle = Idle(); idle != nullptr) window_ = std::move(*idle);
+  if (!window_) window_.reset(new (std::nothrow) std::uint8_t[kLargestWindow]);
+  if (!window_) Fail(ENOMEM);
+  return window_ != nullptr;
+}
+
+std::size_t FileStream::NextRead() const {
+  return offset_ == 0 && end_ == 0 ? kFirstRead : kLargestWindow - end_;
 }
 
 std::size_t FileStream::ReadDirect(void* data, std::size_t count) {
@@ -73,20 +78,18 @@ std::size_t FileStream::ReadDirect(void* data, std::size_t count) {
 
 bool FileStream::Refill(std::size_t count) {
   if (WindowSize() >= count) return true;
-  if (error_ != 0) return false;
-  if (atEnd_) return false;
-  if (!Grow(std::min(std::max(count, UsualWindow()), kLargestWindow))) return false;
+  if (error_ != 0 || atEnd_ || !TakeWindow()) return false;
   if (begin_ > 0) {
     std::memmove(window_.get(), Window(), WindowSize());
     end_ -= begin_;
     begin_ = 0;
   }
-  while (WindowSize() < count) {
-    const std::size_t got = ReadDirect(window_.get() + end_, capacity_ - end_);
+  while (WindowSize() < count && !atEnd_) {
+    const std::size_t got = ReadDirect(window_.get() + end_, NextRead());
     if (got == 0) return false;
     end_ += got;
   }
-  return true;
+  return WindowSize() >= count;
 }
 
 std::uint64_t FileStream::Read(void* data, std::uint64_t count) {
@@ -97,13 +100,15 @@ std::uint64_t FileStream::Read(void* data, std::uint64_t count) {
   std::uint64_t done = inHand;
   while (done < count && error_ == 0 && !atEnd_) {
     // A small rest comes through the window, which then serves the reads behind it too.
-    if (count - done < kFirstWindow) {
+    if (count - done < kDirectRead) {
       Refill(count - done);
       const std::uint64_t rest = std::min<std::uint64_t>(count - done, WindowSize());
       if (rest > 0) std::memcpy(to + done, Window(), rest);
       Consume(rest);
       return done + rest;
     }
+    // What comes directly passes the window by, which then no longer lies just before the place reached.
+    begin_ = end_ = 0;
     const std::size_t got = ReadDirect(to + done, count - done);
     if (got == 0) break;
     done += got;
@@ -123,11 +128,11 @@ std::uint64_t FileStream::Skip(std::uint64_t count) {
 }
 
 bool FileStream::Seek(std::uint64_t offset) {
+  // The way to a mark near the start leads through the first window, which is wanted anyway.
+  if (offset_ == 0 && end_ == 0 && offset < kFirstRead) Refill(offset);
   const std::uint64_t windowStart = offset_ - end_;
   if (offset >= windowStart && offset <= offset_) {
     begin_ = static_cast<std::size_t>(offset - windowStart);
-    // The end mark stands for having read past the last byte, which is no longer so.
-    if (begin_ < end_) atEnd_ = false;
     return true;
   }
   const FileResult moved = SeekFile(descriptor_, offset);
@@ -160,7 +165,15 @@ bool FileStream::Close() {
   return error_ == 0;
 }
 
-std::uint64_t FileStream::LeftAtMost() const {
+std::uint64_t FileStream::LeftAtMost() {
+  if (!sizeAsked_) {
+    sizeAsked_ = true;
+    struct stat status {};
+    // A size of 0 says nothing: the system's own pseudo files state it too.
+    if (StatDescriptor(descriptor_, status).Ok() && S_ISREG(status.st_mode)) {
+      size_ = static_cast<std::uint64_t>(status.st_size);
+    }
+  }
   if (size_ == 0) return std::numeric_limits<std::uint64_t>::max();
   const std::uint64_t beyondWindow = size_ > offset_ ? size_ - offset_ : 0;
   return beyondWindow + WindowSize();

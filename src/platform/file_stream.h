@@ -35,8 +35,8 @@ class FileStream {
   std::uint64_t Read(void* data, std::uint64_t count);
   /// Moves over `count` bytes without handing them out. The number skipped; less only at the end or on an error.
   std::uint64_t Skip(std::uint64_t count);
-  /// Moves to `offset` from the start and takes back the end mark. A stream that cannot seek can still go anywhere within
-  /// the window, and so back to its start while the first window lasts.
+  /// Moves to `offset` from the start. A stream that cannot seek can still go anywhere within the window, and so back to its
+  /// start while the first window lasts.
   bool Seek(std::uint64_t offset);
 
   /// Writes all, or sets the error.
@@ -45,35 +45,38 @@ class FileStream {
   /// Closes the descriptor; an error at this late moment is kept like any other. Done by the destructor otherwise.
   bool Close();
 
-  /// True once a read has met the end.
+  /// True once a read has met the end: nothing comes behind the window.
   [[nodiscard]] bool AtEnd() const { return atEnd_; }
   /// The first error number met, or 0.
   [[nodiscard]] int Error() const { return error_; }
-  /// How many bytes a regular file can still supply, by its size at the moment it was opened; for other streams the
-  /// largest number.
-  [[nodiscard]] std::uint64_t LeftAtMost() const;
+  /// How many bytes a regular file can still supply, by its size when this was first asked; for other streams the largest
+  /// number.
+  std::uint64_t LeftAtMost();
   [[nodiscard]] int Descriptor() const { return descriptor_; }
 
-  static constexpr std::size_t kLargestWindow = 256 * 1024;
+  static constexpr std::size_t kLargestWindow = 64 * 1024;
 
  private:
   explicit FileStream(int descriptor) : descriptor_(descriptor) {}
+  /// The stream of a file just opened. Closes the file when there is no memory for one.
+  static std::unique_ptr<FileStream> Adopt(const FileResult& opened, int& error);
 
   void Fail(int error) {
     if (error_ == 0) error_ = error;
   }
-  [[nodiscard]] std::size_t UsualWindow() const;
-  bool Grow(std::size_t capacity);
+  bool TakeWindow();
+  /// How much to ask for when the window is filled up.
+  [[nodiscard]] std::size_t NextRead() const;
   /// One system read; the number of bytes, 0 at the end or on an error.
   std::size_t ReadDirect(void* data, std::size_t count);
 
   int descriptor_;
   int error_ = 0;
   bool atEnd_ = false;
-  std::uint64_t size_ = 0;      // of a regular file when it was opened; 0 where that is not known
-  std::uint64_t offset_ = 0;    // of the byte behind the window
+  bool sizeAsked_ = false;
+  std::uint64_t size_ = 0;    // of a regular file; 0 where that is not known
+  std::uint64_t offset_ = 0;  // of the byte behind the window
   std::unique_ptr<std::uint8_t[]> window_;
-  std::size_t capacity_ = 0;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;
 };

@@ -19,7 +19,8 @@ std::string CutAfterLastSeparator(const std::string& path) {
 
 std::string CodeDirectory() {
   Dl_info info{};
-  if (::dladdr(reinterpret_cast<const void*>(&ModuleDirectory), &info) == 0 || info.dli_fname == nullptr) {
+  if (::dladdr(reinterpret_cast<const void*>(&ModuleDirectory), &info) == 0 ||
+      info.dli_fname == nullptr) {
     return "./";
   }
   // A program started by its bare name is known to the loader by that name only.

@@ -5,7 +5,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
+#include <system_error>
 
 #include "base/text.h"
 #include "platform/file_calls.h"
@@ -16,9 +18,21 @@ namespace {
 // Writers of one place at one moment each take a name of their own.
 constexpr int kMostWritersOfOnePlace = 64;
 
-std::string ResolveLinks(const std::string& path) {
-  const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr), &std::free);
-  return resolved ? std::string(resolved.get()) : path;
+// As many links in a row as the system itself follows.
+constexpr int kMostLinks = 40;
+
+/// What `path` names behind all symbolic links; where nothing is there yet, the place that the last link leads to.
+std::string ResolveLinks(std::string path) {
+  for (int link = 0; link < kMostLinks; ++link) {
+    const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
+                                                               &std::free);
+    if (resolved) return resolved.get();
+    std::error_code noLink;
+    const std::filesystem::path target = std::filesystem::read_symlink(path, noLink);
+    if (noLink) break;
+    path = (std::filesystem::path(path).parent_path() / target).string();
+  }
+  return path;
 }
 
 std::string StagingName(const std::string& path, int slot) {
@@ -26,10 +40,18 @@ std::string StagingName(const std::string& path, int slot) {
   const std::size_t nameAt = slash == std::string::npos ? 0 : slash + 1;
   // The longest name that most file systems take, less what is put around it.
   constexpr std::size_t kMostOfName = NAME_MAX - 20;
-  return path.substr(0, nameAt) + "." + path.substr(nameAt, kMostOfName) + Format(".tessaret-%d", slot);
+  return path.substr(0, nameAt) + "." + path.substr(nameAt, kMostOfName) +
+         Format(".tessaret-%d", slot);
 }
 
-/// Removes a staging file whose writer is gone: nobody holds its lock.
+bool IsStillNamed(const std::string& name, const struct stat& file) {
+  struct stat named {};
+  return StatPath(name.c_str(), named).Ok() && named.st_dev == file.st_dev &&
+         named.st_ino == file.st_ino;
+}
+
+/// Removes a staging file whose writer is gone: nobody holds its lock. The lock came late if another writer has removed or
+/// committed that file meanwhile; what bears the name now is then somebody else's.
 void RemoveIfAbandoned(const std::string& name) {
   const FileResult opened = OpenFile(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!opened.Ok()) return;
@@ -37,7 +59,7 @@ void RemoveIfAbandoned(const std::string& name) {
   struct stat status {};
   const bool ours = StatDescriptor(descriptor, status).Ok() && S_ISREG(status.st_mode) &&
                     status.st_uid == ::geteuid();
-  if (ours && LockFile(descriptor).Ok()) RemoveFile(name.c_str());
+  if (ours && LockFile(descriptor).Ok() && IsStillNamed(name, status)) RemoveFile(name.c_str());
   CloseFile(descriptor);
 }
 
@@ -63,6 +85,7 @@ void StagedFile::Discard() {
 bool StagedFile::Begin() {
   struct stat status {};
   const FileResult there = StatPath(path_.c_str(), status);
+  if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
   if (there.Ok() && S_ISDIR(status.st_mode)) return Fail(EISDIR);
   if (there.Ok() && !S_ISREG(status.st_mode)) {
     stagingPath_ = path_;
@@ -70,17 +93,19 @@ bool StagedFile::Begin() {
   }
   // Replacing a file asks for rights to its directory only; a file that is write-protected is not to be replaced.
   if (there.Ok() && ::access(path_.c_str(), W_OK) != 0) return Fail(errno);
+  // Never open to more readers than the file to be replaced, not even on the way.
+  const mode_t mode = there.Ok() ? (status.st_mode & 0666) | 0600 : 0666;
   for (int slot = 0; slot < kMostWritersOfOnePlace; ++slot) {
     const std::string name = StagingName(path_, slot);
-    if (TrySlot(name)) return error_ == 0;
+    if (TrySlot(name, mode)) return error_ == 0;
     RemoveIfAbandoned(name);
-    if (TrySlot(name)) return error_ == 0;
+    if (TrySlot(name, mode)) return error_ == 0;
   }
   return Fail(EBUSY);
 }
 
-bool StagedFile::TrySlot(const std::string& name) {
-  const FileResult opened = OpenFile(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, 0666);
+bool StagedFile::TrySlot(const std::string& name, mode_t mode) {
+  const FileResult opened = OpenFile(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
   if (opened.error == EEXIST) return false;
   if (!opened.Ok()) {
     error_ = opened.error;
@@ -90,7 +115,8 @@ bool StagedFile::TrySlot(const std::string& name) {
   const FileResult locked = LockFile(descriptor);
   struct stat status {};
   // Between the creation and the lock another writer may have taken the file for an abandoned one and removed it.
-  const bool ours = locked.error != EWOULDBLOCK && StatDescriptor(descriptor, status).Ok() && status.st_nlink == 1;
+  const bool ours = locked.error != EWOULDBLOCK && StatDescriptor(descriptor, status).Ok() &&
+                    status.st_nlink == 1;
   if (!ours) {
     CloseFile(descriptor);
     return false;
@@ -103,7 +129,9 @@ bool StagedFile::TrySlot(const std::string& name) {
 bool StagedFile::Commit() {
   if (lock_ < 0) return error_ == 0;
   struct stat status {};
-  if (StatPath(path_.c_str(), status).Ok()) {
+  const FileResult there = StatPath(path_.c_str(), status);
+  if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
+  if (there.Ok()) {
     const FileResult mode = SetFileMode(lock_, status.st_mode & 07777);
     if (!mode.Ok()) return Fail(mode.error);
   }

@@ -4,6 +4,8 @@
 // takes away.
 #pragma once
 
+#include <sys/types.h>
+
 #include <string>
 
 namespace tessaret {
@@ -34,12 +36,12 @@ class StagedFile {
  private:
   bool Fail(int error);
   /// Tries one staging name. True: created and locked, or failed for good with error_ set.
-  bool TrySlot(const std::string& name);
+  bool TrySlot(const std::string& name, mode_t mode);
   void Discard();
 
   std::string path_;         // with links resolved
   std::string stagingPath_;  // equal to path_ when written directly
-  int lock_ = -1;            // descriptor of the staging file, whose lock says that its writer lives
+  int lock_ = -1;  // descriptor of the staging file, whose lock says that its writer lives
   int error_ = 0;
 };
 
