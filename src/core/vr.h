@@ -1,0 +1,126 @@
+// One data element with its raw bytes, exactly as they travel or are stored. Values are never interpreted here.
+//
+// A VR is allocated singly and owned by exactly one DICOMObject or, in flight, by the code that popped it. It owns its
+// items and, while OwnsData is set, its bytes. One thread at a time.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <new>
+
+#include "base/array.h"
+#include "core/tag.h"
+#include "core/type_code.h"
+#include "core/vr_pool.h"
+
+namespace tessaret {
+
+class DICOMObject;
+
+using ItemArray = Array<DICOMObject*>;
+
+/// A plain record without virtual operations: a large object holds hundreds of thousands of them.
+struct VR {
+  /// All fields 0, OwnsData true.
+  VR() = default;
+
+  /// Takes `data` as it is; with `ownsData` it must come from `new std::uint8_t[]`. Null with `length` 0 is an element
+  /// without a value.
+  VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, std::uint8_t* data,
+     bool ownsData = true)
+      : Group(group), Element(element), Length(length), Data(data), OwnsData(ownsData ? 1 : 0) {}
+
+  /// A new element of `length` bytes, an odd length raised by one (0xFFFFFFFF, which cannot be raised, is refused with
+  /// std::bad_alloc). With `allocate` Data is a new array of that size, uninitialised but for the pad byte of an odd
+  /// length, which is NUL; otherwise Data is null. Throws std::bad_alloc when there is no memory for the bytes.
+  VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, bool allocate);
+
+  /// A copy in one of two depths: tag, Length and TypeCode are copied; Moved becomes true and StreamPosition 0. Deep: bytes and ValueTag are copied and
+  /// OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items are new objects in both cases.
+  VR(const VR& source, bool deep);
+
+  /// The same for the element alone: Items stays null.
+  struct WithoutItems {};
+  VR(const VR& source, bool deep, WithoutItems);
+
+  VR(const VR&) = delete;
+  VR& operator=(const VR&) = delete;
+  ~VR() {
+    if (OwnsData != 0 && Data != Small) delete[] Data;
+    if (Items != nullptr) DestroyOwnItems();
+  }
+
+  /// Records come from a pool of their own.
+  static void* operator new(std::size_t size) {
+    return size == sizeof(VR) ? TakeVrBlock() : ::operator new(size);
+  }
+  static void operator delete(void* block, std::size_t size) noexcept {
+    size == sizeof(VR) ? GiveVrBlock(block) : ::operator delete(block);
+  }
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+
+  /// Frees the bytes if owned and destroys the items; Length, Data and OwnsData are 0 afterwards. Always true.
+  bool Reset();
+
+  /// Frees own bytes and items and takes Length, Data, OwnsData, TypeCode and Items from `source`, which is left with
+  /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source or another
+  /// tag. Replacing an element by itself changes nothing and answers true.
+  bool ReplaceFrom(VR* source);
+
+  /// Hands value and items over to `target`: pushes a new VR of this tag that takes Length, Data and OwnsData, then
+  /// pushes every item. False, and nothing changes, when Length and Moved are both 0 or `target` is null.
+  bool MoveToObject(DICOMObject* target);
+
+  /// 0 when there are no Items.
+  [[nodiscard]] std::uint32_t ItemCount() const;
+
+  /// The item at `index`, which stays owned here; null at or beyond ItemCount().
+  DICOMObject* GetItem(std::uint32_t index);
+
+  /// Appends `item` and takes it over. False, and the item stays with the caller, when there is no memory or it is null.
+  bool AddItem(DICOMObject* item);
+
+  /// Takes the first item out for the caller to own; null when there is none. The emptied list is destroyed.
+  DICOMObject* PopFirstItem();
+
+  /// A heap copy, see the copying constructor; null when there is no memory.
+  [[nodiscard]] VR* Clone(bool deep) const;
+
+  /// Destroys the items and their list.
+  void DestroyOwnItems() noexcept;
+  /// Takes Length, Data and OwnsData from `source`, whose Data is null afterwards. Requires: this has no value.
+  void TakeValue(VR& source) noexcept;
+
+  /// Makes Data a place for `Length` bytes that this element owns, uninitialised; short values lie in Small.
+  /// Requires: Data is null and Length is not 0. Throws std::bad_alloc.
+  void AllocateValue() {
+    Data = Length <= sizeof(Small) ? Small : new std::uint8_t[Length];
+    OwnsData = 1;
+  }
+
+  /// Hands the bytes out as an array for the caller to free with array delete, a copy where they are not this element's own
+  /// array; Data is null and Length 0 afterwards. Null when there are none. The one way to take bytes away from an element.
+  /// Throws std::bad_alloc with nothing changed.
+  std::uint8_t* TakeData();
+
+  [[nodiscard]] TagKey Key() const { return MakeTagKey(Group, Element); }
+
+  std::uint16_t Group = 0;    // host order
+  std::uint16_t Element = 0;  // host order
+  std::uint32_t Length =
+      0;  // bytes in Data; of a sequence the length as read, 0 when it was undefined
+  std::uint8_t* Data = nullptr;  // value bytes, not terminated
+  std::uint32_t OwnsData =
+      1;  // not 0: Data is freed with array delete when this dies, unless it is Small
+  std::uint32_t Moved =
+      0;  // set on the source of a hand-over and on a copy; MoveToObject looks at it
+  ItemArray* Items = nullptr;  // null for an element that is not a sequence
+  std::uint32_t ValueTag = 0;  // travels with the bytes of a deep copy
+  VrCode TypeCode = type_code::kNone;
+  std::uint32_t StreamPosition =
+      0;  // offset of the first tag byte in the stream read; 0 when made in memory
+  std::uint8_t
+      Small[16];  // where a short value that was parsed lies, so that it costs no allocation
+};
+
+}  // namespace tessaret

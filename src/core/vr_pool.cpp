@@ -1,0 +1,149 @@
+#include "core/vr_pool.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <mutex>
+#include <new>
+
+#include "core/vr.h"
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#define TESSARET_PLAIN_VR_BLOCKS 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
+    __has_feature(memory_sanitizer)
+#define TESSARET_PLAIN_VR_BLOCKS 1
+#endif
+#endif
+
+namespace tessaret {
+
+#ifdef TESSARET_PLAIN_VR_BLOCKS
+
+void* TakeVrBlock() { return ::operator new(sizeof(VR)); }
+void GiveVrBlock(void* block) noexcept { ::operator delete(block); }
+
+#else
+
+namespace {
+
+/// What a free block holds.
+struct FreeBlock {
+  FreeBlock* next;       // in its list
+  FreeBlock* nextBatch;  // of the first block of a list in the shared store
+};
+static_assert(sizeof(VR) >= sizeof(FreeBlock) && sizeof(VR) % alignof(FreeBlock) == 0);
+
+constexpr std::uint32_t kBatch = 4096;
+constexpr std::size_t kFirstSlab = 64 * 1024;
+constexpr std::size_t kLargestSlab = 1024 * 1024;
+
+struct SlabHead {
+  SlabHead* next;
+};
+constexpr std::size_t kSlabHeadSize = 64;
+
+/// Full lists that any thread may take, and all memory that was ever taken, so that none of it is lost from sight.
+struct Store {
+  std::mutex mutex;
+  FreeBlock* batches = nullptr;
+  SlabHead* slabs = nullptr;
+  std::size_t nextSlab = kFirstSlab;
+};
+constinit Store store;
+
+/// The blocks of one thread. Plain data, so that reaching it costs no more than an address.
+struct Cache {
+  FreeBlock* free = nullptr;
+  std::uint32_t freeCount = 0;
+  FreeBlock* spare =
+      nullptr;  // a full list kept back, so that a thread on the edge of a batch does not go to the store
+  std::uint8_t* fresh = nullptr;
+  std::uint8_t* freshEnd = nullptr;
+};
+thread_local constinit Cache cache;
+
+void PutIntoStore(FreeBlock* batch) noexcept {
+  if (batch == nullptr) return;
+  const std::lock_guard lock(store.mutex);
+  batch->nextBatch = store.batches;
+  store.batches = batch;
+}
+
+/// Hands the lists of a thread that ends to the others. Unused fresh memory becomes blocks as well.
+struct CacheLeaver {
+  CacheLeaver() {}  // not trivial, so that passing its declaration sets the destructor up
+  ~CacheLeaver() {
+    for (; cache.fresh != cache.freshEnd; cache.fresh += sizeof(VR)) {
+      cache.free = new (cache.fresh) FreeBlock{cache.free, nullptr};
+    }
+    PutIntoStore(cache.free);
+    PutIntoStore(cache.spare);
+    cache = {};
+  }
+};
+
+void TakeSlab() {
+  const std::size_t size = store.nextSlab;
+  auto* slab = static_cast<std::uint8_t*>(::operator new(size));
+  store.slabs = new (slab) SlabHead{store.slabs};
+  store.nextSlab = std::min(size * 2, kLargestSlab);
+  const std::size_t blocks = (size - kSlabHeadSize) / sizeof(VR);
+  cache.fresh = slab + kSlabHeadSize;
+  cache.freshEnd = cache.fresh + blocks * sizeof(VR);
+}
+
+[[gnu::noinline]] void Refill() {
+  static thread_local CacheLeaver leaver;
+  if (cache.spare != nullptr) {
+    cache.free = cache.spare;
+    cache.freeCount = kBatch;
+    cache.spare = nullptr;
+    return;
+  }
+  const std::lock_guard lock(store.mutex);
+  if (store.batches == nullptr) {
+    TakeSlab();
+    return;
+  }
+  cache.free = store.batches;
+  store.batches = cache.free->nextBatch;
+  // A list from a thread that ended may be shorter or longer; the count only steers when it is passed on.
+  cache.freeCount = kBatch;
+}
+
+[[gnu::noinline]] void PassOn() noexcept {
+  PutIntoStore(cache.spare);
+  cache.spare = cache.free;
+  cache.free = nullptr;
+  cache.freeCount = 0;
+}
+
+}  // namespace
+
+void* TakeVrBlock() {
+  for (;;) {
+    if (FreeBlock* block = cache.free; block != nullptr) {
+      cache.free = block->next;
+      if (cache.freeCount > 0) --cache.freeCount;
+      return block;
+    }
+    if (cache.fresh != cache.freshEnd) {
+      void* block = cache.fresh;
+      cache.fresh += sizeof(VR);
+      return block;
+    }
+    Refill();
+  }
+}
+
+void GiveVrBlock(void* block) noexcept {
+  if (block == nullptr) return;
+  if (cache.freeCount >= kBatch) PassOn();
+  cache.free = new (block) FreeBlock{cache.free, nullptr};
+  ++cache.freeCount;
+}
+
+#endif
+
+}  // namespace tessaret
