@@ -1,0 +1,138 @@
+#include "core/object_text.h"
+
+#include <vector>
+
+#include "base/text.h"
+#include "core/element_text.h"
+
+namespace tessaret {
+namespace {
+
+struct Punctuation {
+  VrCode type;
+  std::string_view dropped;
+};
+
+// Old files write "12:30:00.0" and "1999.12.31"; both forms are listed as the present one.
+constexpr Punctuation kPunctuation[] = {{type_code::TM, ":."}, {type_code::DA, "."}};
+
+std::string WithoutPunctuation(std::string_view text, VrCode type) {
+  std::string kept(text);
+  for (const Punctuation& row : kPunctuation) {
+    if (row.type != type) continue;
+    std::erase_if(kept, [&](char c) { return row.dropped.find(c) != std::string_view::npos; });
+  }
+  return kept;
+}
+
+std::string ValueText(const VR& vr, VrCode type) {
+  switch (FormOfValue(vr, type)) {
+    case ValueForm::kEmpty:
+      return std::string(kEmptyValue);
+    case ValueForm::kText:
+      return WithoutControls(WithoutPunctuation(Trimmed(FirstCharacters(vr)), type));
+    case ValueForm::kNumber:
+      return NumberText(vr, type);
+    case ValueForm::kBytes:
+      break;
+  }
+  return BytesText(vr);
+}
+
+/// Walks an object and what is nested in it with a stack of its own.
+class Listing {
+ public:
+  explicit Listing(const RTC* dictionary) : dictionary_(dictionary) {}
+
+  std::string Of(const DICOMObject& object, int depth) {
+    Enter(&object, depth);
+    while (!levels_.empty()) Step(levels_.back());
+    return std::move(text_);
+  }
+
+ private:
+  /// One object that is being listed.
+  struct Level {
+    int depth;
+    std::string prefix;
+    std::vector<const VR*> elements;
+    std::size_t next = 0;                   // of elements
+    const VR* sequence = nullptr;           // the one whose items are being listed
+    const ItemArray::Node* item = nullptr;  // of sequence; null before the first
+    int itemNumber = 0;
+  };
+
+  void Enter(const DICOMObject* object, int depth) {
+    Level level{.depth = depth, .prefix = {}, .elements = {}};
+    if (depth > 0) level.prefix = std::string(static_cast<std::size_t>(depth), '>') + ' ';
+    // An item list may hold null.
+    if (object != nullptr) {
+      level.elements.reserve(object->Elements.Size());
+      object->Elements.ForEach([&](const VR& vr) { level.elements.push_back(&vr); });
+    }
+    levels_.push_back(std::move(level));
+  }
+
+  /// The next line or two. The level may be gone or moved afterwards.
+  void Step(Level& level) {
+    if (level.sequence != nullptr) return StepItem(level);
+    if (level.next == level.elements.size()) return levels_.pop_back();
+    const VR& vr = *level.elements[level.next++];
+    if (vr.ItemCount() == 0) return ListElement(level, vr);
+    ListSequence(level, vr);
+  }
+
+  void ListElement(const Level& level, const VR& vr) {
+    const TagWords words = LookUpTag(dictionary_, vr);
+    const VrCode type = ShownType(vr, words);
+    Line(level,
+         Format("(%4.4X,%4.4X) '%s' [%6d] '%s' : ", vr.Group, vr.Element, TypeLetters(type).c_str(),
+                static_cast<int>(vr.Length), words.description.c_str()) +
+             ValueText(vr, type));
+  }
+
+  void ListSequence(Level& level, const VR& vr) {
+    Line(level,
+         Format("(%4.4X,%4.4X) 'SQ' %d items '%s'", vr.Group, vr.Element,
+                static_cast<int>(vr.ItemCount()), LookUpTag(dictionary_, vr).description.c_str()));
+    level.sequence = &vr;
+    level.item = nullptr;
+    level.itemNumber = 0;
+    if (level.depth < kDeepestListedLevel) return;
+    Line(level, "...");
+    EndSequence(level);
+  }
+
+  void StepItem(Level& level) {
+    if (level.itemNumber > 0) Line(level, Format("#end item %d", level.itemNumber));
+    level.item = level.itemNumber == 0 ? level.sequence->Items->First : level.item->next;
+    if (level.item == nullptr) return EndSequence(level);
+    ++level.itemNumber;
+    Line(level, Format("#start item %d", level.itemNumber));
+    Enter(level.item->value, level.depth + 1);
+  }
+
+  void EndSequence(Level& level) {
+    Line(level,
+         Format("End sequence (%4.4X,%4.4X)", level.sequence->Group, level.sequence->Element));
+    level.sequence = nullptr;
+  }
+
+  void Line(const Level& level, std::string_view line) {
+    text_.append(level.prefix).append(line).append("\n");
+  }
+
+  const RTC* const dictionary_;
+  std::string text_;
+  std::vector<Level> levels_;
+};
+
+}  // namespace
+
+std::string ObjectToText(const DICOMObject& object, int depth, const RTC* dictionary) {
+  return Listing(dictionary).Of(object, depth);
+}
+
+std::string VRValueToText(const VR& vr) { return ValueText(vr, vr.TypeCode); }
+
+}  // namespace tessaret
