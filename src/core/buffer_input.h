@@ -1,0 +1,80 @@
+// The plain way for an ElementReader to take its bytes: through the operations of any Buffer, with a view of the stream for
+// every nested element of defined length. This is the reference for the reader over a window.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+
+#include "core/data_set_coder.h"
+#include "core/explicit_length_buffer.h"
+
+namespace tessaret {
+
+enum class ElementForm { kImplicit, kExplicit };
+
+class BufferInput {
+ public:
+  BufferInput(DataSetCoder& coder, Buffer& buffer)
+      : coder_(coder), buffer_(buffer), view_(dynamic_cast<ExplicitLengthBuffer*>(&buffer)) {}
+
+  bool Available() { return buffer_.Available() != 0; }
+  [[nodiscard]] std::uint32_t Position() const { return buffer_.Position; }
+  [[nodiscard]] bool IsBigEndian() const { return buffer_.InEndian == kBigEndian; }
+  void SetBigEndian(bool big) { buffer_.SetInEndian(big ? kBigEndian : kLittleEndian); }
+  /// Whether values are turned round after reading.
+  [[nodiscard]] bool SwapsValues() const { return buffer_.OutEndian != kLittleEndian; }
+
+  bool Read16(std::uint16_t& value) { return buffer_.Read16(&value); }
+  bool Read32(std::uint32_t& value) { return buffer_.Read32(&value); }
+  bool Read8(std::uint8_t& value) { return buffer_.Read8(&value); }
+
+  [[nodiscard]] static bool HoldsInPlace(std::uint32_t) { return false; }
+
+  bool ReadBytes(std::uint8_t* to, std::uint32_t count) {
+    // In portions, since the stream gathers what is asked for at once in chunks beside its destination.
+    while (count > 0) {
+      const std::uint32_t portion = std::min(count, kPortion);
+      const std::int64_t answer = buffer_.Read(to, portion);
+      if (answer <= 0 || (view_ != nullptr && answer != portion)) return false;
+      to += portion;
+      count -= portion;
+    }
+    return true;
+  }
+
+  /// What is left of the view that this is, and of those around it; the largest number outside any.
+  [[nodiscard]] std::uint32_t LeftInView() const {
+    return view_ == nullptr ? kUndefinedLength : view_->LeftInViews();
+  }
+  std::uint64_t SuppliesAtMost() { return buffer_.SuppliesAtMost(); }
+  std::int64_t Total() { return buffer_.Total(); }
+
+  /// Parses what follows into `object`: all up to a delimiter, or the next `length` bytes when that is defined.
+  template <class Reader>
+  bool ReadNested(Reader&, DICOMObject& object, ElementForm form, std::int32_t depth,
+                  std::uint32_t length) {
+    if (length == kUndefinedLength) return Dispatch(buffer_, object, form, depth);
+    ExplicitLengthBuffer view(buffer_, length);
+    return Dispatch(view, object, form, depth);
+  }
+
+  template <class Reader>
+  bool ReadFragments(Reader&, DICOMObject& object) {
+    return coder_.ReadEncapsulated(buffer_, object);
+  }
+
+ private:
+  static constexpr std::uint32_t kPortion = 1u << 20;
+
+  bool Dispatch(Buffer& buffer, DICOMObject& object, ElementForm form, std::int32_t depth) {
+    return form == ElementForm::kImplicit
+               ? coder_.Implicit_ParseRawVRIntoDCM(buffer, object, depth)
+               : coder_.Explicit_ParseRawVRIntoDCM(buffer, object, depth);
+  }
+
+  DataSetCoder& coder_;
+  Buffer& buffer_;
+  ExplicitLengthBuffer* view_;
+};
+
+}  // namespace tessaret

@@ -1,0 +1,128 @@
+// Turns byte streams into data sets and back, for the three native encodings, and reads and writes DICOM files
+// (DICOM PS3.5, 7; PS3.10, 7). Each load or save has a coder of its own: construct, attach the dictionary, load or save,
+// destroy. The association of the network derives from it, so that its messages come through the same readers.
+//
+// One thread at a time; the dictionary may be shared.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/dicom_object.h"
+#include "core/file_buffer.h"
+#include "core/rtc.h"
+#include "core/transfer_syntax.h"
+
+namespace tessaret {
+
+/// How deep sequences may nest, in levels of sequence and item. Real reports reach about 15. A stream or an object that is
+/// deeper is refused, because reading and writing use one stack frame a level.
+inline constexpr std::int32_t kMaxNesting = 256;
+/// Each level is one call for the sequence and one for the item.
+inline constexpr std::int32_t kMaxDepth = 2 * kMaxNesting;
+
+/// Where and why the last parse ended before the end of its stream.
+struct ParseStop {
+  enum class Why {
+    kNone,           // it came to its end
+    kTruncated,      // the stream ended within an element
+    kStrayTag,       // a structural tag that is no item and no delimiter
+    kUnknownSyntax,  // the meta header names a transfer syntax that is in no table
+    kPixelData,      // the pixel data was not asked for
+    kOrphanItem,     // an item with no element before it
+    kTooDeep,        // sequences nested deeper than kMaxNesting
+    kTooLong,        // a length beyond what the stream says it holds
+  };
+  Why why = Why::kNone;
+  std::uint64_t position = 0;  // stream offset of the element that could not be read
+  std::uint16_t group = 0;
+  std::uint16_t element = 0;
+};
+
+class DataSetCoder {
+ public:
+  DataSetCoder() = default;
+  /// Works with `dictionary`, which is not owned and must outlive the coder; null leaves implicit elements untyped.
+  explicit DataSetCoder(const RTC* dictionary) : Dictionary(dictionary) {}
+  DataSetCoder(const DataSetCoder&) = delete;
+  DataSetCoder& operator=(const DataSetCoder&) = delete;
+  virtual ~DataSetCoder();
+
+  // Readers: append what `buffer` holds to `object` and answer true at the end of the stream or a delimiter. False after
+  // a failure, with everything that could be read in `object`; ErrorText() is set where a failure has words. Throws
+  // std::bad_alloc. `depth` is 0 for a data set and more within its sequences.
+  // Writers: pop `object` empty into `buffer`. False, with the rest destroyed, when it cannot be encoded.
+
+  virtual bool Implicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object, std::int32_t depth);
+  virtual bool Implicit_ParseDCMIntoRawVR(DICOMObject& object, Buffer& buffer, std::int32_t depth);
+  virtual bool ImplicitLittleIn(Buffer& buffer, DICOMObject& object);
+  virtual bool ImplicitLittleOut(DICOMObject& object, Buffer& buffer);
+  virtual bool Explicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object, std::int32_t depth);
+  virtual bool Explicit_ParseDCMIntoRawVR(DICOMObject& object, Buffer& buffer, std::int32_t depth);
+  virtual bool ExplicitLittleIn(Buffer& buffer, DICOMObject& object);
+  virtual bool ExplicitLittleOut(DICOMObject& object, Buffer& buffer);
+  virtual bool ExplicitBigIn(Buffer& buffer, DICOMObject& object);
+  virtual bool ExplicitBigOut(DICOMObject& object, Buffer& buffer);
+  /// Reads meta header and data set: starts with `code`, and goes on with the transfer syntax that the meta header names.
+  /// Without `loadPixels` the parse ends at (7FE0,0010) with false, that element being there without its bytes.
+  virtual bool File_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object, std::int32_t code,
+                                      bool loadPixels);
+  /// Writes meta header and data set, switching to the transfer syntax of (0002,0010) behind the meta header. False for a
+  /// syntax that is in no table.
+  virtual bool File_ParseDCMIntoRawVR(DICOMObject& object, Buffer& buffer, std::int32_t code);
+  /// Writes the fragments that `items` hold, and the delimiter. The item objects are emptied.
+  virtual bool WriteEncapsulated(ItemArray& items, Buffer& buffer);
+  /// Reads fragments up to the delimiter, or the end of the stream, as items of the element that was pushed last.
+  virtual bool ReadEncapsulated(Buffer& buffer, DICOMObject& object);
+  /// Builds group 0002 anew. With `mode` 3 the object's own (0002,0010) is kept, with 2 it becomes implicit little endian.
+  virtual bool AddMetaHeader(DICOMObject& object, std::int32_t mode);
+
+  /// Loads a DICOM file. The object, which the caller owns, or null with ErrorText() set. A stream that ends early, or
+  /// cannot be read on, gives the object as far as it came: see LastStop(). `strict` refuses a file without the "DICM"
+  /// mark. `fileBuffer` is used when it is not null, and left open.
+  std::unique_ptr<DICOMDataObject> LoadFile(const char* path, bool loadPixels, bool strict,
+                                            FileBuffer* fileBuffer = nullptr);
+  /// The same from a block of memory, which stays the caller's and of which at most 2^31 - 1 bytes are taken. Here every parse
+  /// that does not come to the end of the block gives null, also one that ends at pixel data that is not wanted.
+  std::unique_ptr<DICOMDataObject> LoadMemory(const void* bytes, std::uint64_t size,
+                                              bool loadPixels, bool strict);
+  /// Saves `object`, which is popped empty, so that callers pass a shallow clone. Mode 1: implicit little endian without
+  /// preamble; 2: preamble, then implicit little endian without meta header; 3: preamble, meta header, and the data set in
+  /// the syntax of (0002,0010). The file comes to its place whole, or what was there stays and the answer is false, with
+  /// the system's words in ErrorText() after an error of the file system. Any other mode does nothing.
+  bool SaveFile(const char* path, std::int32_t mode, DICOMObject& object,
+                FileBuffer* fileBuffer = nullptr);
+
+  /// Writes the very file that SaveFile of a shallow clone would write, and keeps `object`. One thing changes in it, as
+  /// through such a clone: a blank at the end of a UID within its sequences becomes a NUL.
+  bool SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object);
+
+  /// What went wrong, or null.
+  [[nodiscard]] const char* ErrorText() const { return errorText_ ? errorText_->c_str() : nullptr; }
+  /// The system's error number when the last save could not open its place, which has no words; otherwise 0.
+  [[nodiscard]] int LastOpenError() const { return systemError_; }
+  /// Replaces the words; null clears them.
+  void SetError(const char* text);
+  /// How the last parse ended.
+  [[nodiscard]] const ParseStop& LastStop() const { return stop_; }
+  /// Notes why a parse ends. The first note counts: it comes from the innermost level. Always false.
+  bool Stop(const ParseStop& stop);
+
+  const RTC* Dictionary = nullptr;  // not owned
+  bool FileMode = false;  // true from the first load of a file on: group 0002 is a meta header
+  /// Goes into (0002,0016), 16 bytes, filled up with blanks.
+  std::string CallingAETitle;
+
+ private:
+  /// Puts what `encode(FileBuffer&)` writes at `path`, whole or not at all.
+  template <class Encode>
+  bool SaveWhole(const char* path, FileBuffer* fileBuffer, Encode encode);
+
+  std::optional<std::string> errorText_;
+  ParseStop stop_;
+  int systemError_ = 0;
+};
+
+}  // namespace tessaret

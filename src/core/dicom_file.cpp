@@ -1,0 +1,216 @@
+#include <algorithm>
+#include <array>
+#include <cstring>
+#include <limits>
+
+#include "core/data_set_coder.h"
+#include "core/element_writer.h"
+#include "core/memory_buffer.h"
+#include "core/meta_header.h"
+#include "core/parse_trace.h"
+#include "core/trace.h"
+#include "platform/staged_file.h"
+
+namespace tessaret {
+namespace {
+
+// DICOM PS3.10, 7.1.
+constexpr std::uint32_t kPreambleSize = 128;
+constexpr std::uint32_t kMarkEnd = 132;
+constexpr std::array<char, 4> kMark = {'D', 'I', 'C', 'M'};
+constexpr std::uint32_t kProbeSize = 6;
+constexpr std::uint32_t kFill = 1024;
+// Room for the top level of most images from the start.
+constexpr std::size_t kUsualElements = 128;
+
+constexpr const char* kNoMark = "Error checking DICOM MetaHeader";
+constexpr const char* kNoObject = "Error creating DICOM OBJECT";
+constexpr const char* kParseError = "Error parsing DICOM Object";
+
+/// The form in which the first element stands: in the explicit one its sixth byte is a letter, in the implicit one
+/// nearly always a small part of a length.
+std::int32_t GuessCode(const std::uint8_t* bytes, std::size_t size) {
+  if (size < kProbeSize) return kImplicitLittle;
+  return static_cast<std::int8_t>(bytes[kProbeSize - 1]) > 10 ? kExplicitLittle : kImplicitLittle;
+}
+
+bool IsMark(const std::uint8_t* bytes) {
+  return std::memcmp(bytes, kMark.data(), kMark.size()) == 0;
+}
+
+/// Reads up to `count` bytes past the chunks, which are to stay empty.
+std::uint32_t Probe(FileBuffer& buffer, std::uint8_t* to, std::uint32_t count) {
+  std::uint32_t have = 0;
+  while (have < count) {
+    const std::int64_t got = buffer.ReadBinary(to + have, count - have);
+    if (got < 0) break;
+    have += static_cast<std::uint32_t>(got);
+  }
+  return have;
+}
+
+/// Makes bytes wait, or the stream meet its end. A file that lends its window needs no chunks.
+bool FillAhead(FileBuffer& buffer) {
+  FileStream* stream = buffer.LendStream();
+  return stream != nullptr ? stream->Refill(1) : buffer.Fill(kFill);
+}
+
+bool SaveError(DataSetCoder& coder, int error) {
+  coder.SetError(SystemErrorText(error).c_str());
+  return false;
+}
+
+void SendStart(FileBuffer& buffer) {
+  std::array<std::uint8_t, kMarkEnd> start{};
+  std::copy(kMark.begin(), kMark.end(), start.begin() + kPreambleSize);
+  buffer.SendBinary(start.data(), kMarkEnd);
+}
+
+bool Encode(DataSetCoder& coder, std::int32_t mode, DICOMObject& object, FileBuffer& buffer) {
+  if (mode == 1) return coder.ImplicitLittleOut(object, buffer);
+  SendStart(buffer);
+  if (!coder.AddMetaHeader(object, mode)) return false;
+  return mode == 2 ? coder.ImplicitLittleOut(object, buffer)
+                   : coder.File_ParseDCMIntoRawVR(object, buffer, kExplicitLittle);
+}
+
+bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& source,
+                   FileBuffer& buffer) {
+  // The writer takes what it may empty; told to keep it, it changes nothing but the padding of UIDs.
+  auto& object = const_cast<DICOMObject&>(source);
+  ElementWriter writer(coder, buffer, ElementWriter::After::kKeep);
+  if (mode != 1) SendStart(buffer);
+  if (mode != 3) {
+    if (IsDumping(kDumpParse)) AppendToDump(parse_trace::kImplicitLittleOut);
+    buffer.SetOutEndian(kLittleEndian);
+    return writer.WriteLevel(object, ElementForm::kImplicit, 0);
+  }
+  DICOMObject meta;
+  VrCode pixelType = type_code::kNone;
+  BuildMetaHeaderBeside(object, mode, coder.CallingAETitle, meta, pixelType);
+  return writer.WriteFileWithMeta(object, meta, pixelType, kExplicitLittle);
+}
+
+}  // namespace
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool loadPixels,
+                                                        bool strict, FileBuffer* fileBuffer) {
+  SetError(nullptr);
+  stop_ = {};
+  FileBuffer local;
+  FileBuffer& buffer = fileBuffer != nullptr ? *fileBuffer : local;
+  if (!buffer.OpenForRead(path)) {
+    SetError(buffer.ErrorText().c_str());
+    return nullptr;
+  }
+  std::array<std::uint8_t, kProbeSize> bytes{};
+  std::uint32_t start = kMarkEnd;
+  if (!buffer.Seek(kPreambleSize) || Probe(buffer, bytes.data(), 4) != 4 || !IsMark(bytes.data())) {
+    if (strict) {
+      SetError(kNoMark);
+      return nullptr;
+    }
+    start = 0;
+    buffer.Seek(start);
+  }
+  buffer.Position = start;
+  const std::int32_t code = GuessCode(bytes.data(), Probe(buffer, bytes.data(), kProbeSize));
+  buffer.Seek(start);
+
+  std::unique_ptr<DICOMDataObject> object(new (std::nothrow) DICOMDataObject);
+  if (!object) {
+    SetError(kNoObject);
+    return nullptr;
+  }
+  FileMode = true;
+  try {
+    object->Elements.Reserve(kUsualElements);
+    for (;;) {
+      if (FillAhead(buffer) && buffer.HasError()) break;
+      if (!File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) break;
+      if (buffer.IsEnd() && !buffer.HasError()) break;
+      if (ErrorText() != nullptr) break;
+    }
+  } catch (const std::exception&) {
+    SetError(kParseError);
+    return nullptr;
+  }
+  if (buffer.HasError()) SetError(buffer.ErrorText().c_str());
+  if (ErrorText() != nullptr) return nullptr;
+  return object;
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std::uint64_t size,
+                                                          bool loadPixels, bool strict) {
+  SetError(nullptr);
+  stop_ = {};
+  if (size > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()) ||
+      (bytes == nullptr && size != 0)) {
+    SetError(kParseError);
+    return nullptr;
+  }
+  // The stream only reads; its block is not const because it may own it elsewhere.
+  auto* block = static_cast<std::uint8_t*>(const_cast<void*>(bytes));
+  std::uint32_t start = kMarkEnd;
+  if (size < kMarkEnd || !IsMark(block + kPreambleSize)) {
+    if (strict) {
+      SetError(kNoMark);
+      return nullptr;
+    }
+    start = 0;
+  }
+  try {
+    auto object = std::make_unique<DICOMDataObject>();
+    FileMode = true;
+    const auto length = static_cast<std::uint32_t>(size);
+    const std::int32_t code = GuessCode(block + start, length - start);
+    MemoryBuffer buffer(block + start, length - start, false);
+    buffer.Position = start;
+    if (File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) return object;
+  } catch (const std::exception&) {
+  }
+  if (ErrorText() == nullptr) SetError(kParseError);
+  return nullptr;
+}
+
+template <class Encode>
+bool DataSetCoder::SaveWhole(const char* path, FileBuffer* fileBuffer, Encode encode) {
+  SetError(nullptr);
+  systemError_ = 0;
+  try {
+    StagedFile staged(path);
+    FileBuffer local;
+    FileBuffer& buffer = fileBuffer != nullptr ? *fileBuffer : local;
+    // A place that cannot be opened gets no words of its own, only the number.
+    if (!staged.Begin()) {
+      systemError_ = staged.Error();
+      return false;
+    }
+    if (!buffer.OpenForWrite(staged.StagingPath().c_str())) return false;
+    const bool encoded = encode(buffer) && buffer.Flush();
+    buffer.Close();
+    if (buffer.HasError()) {
+      SetError(buffer.ErrorText().c_str());
+      return false;
+    }
+    return encoded && (staged.Commit() || SaveError(*this, staged.Error()));
+  } catch (const std::exception&) {
+    SetError("Not enough memory to save the object");
+    return false;
+  }
+}
+
+bool DataSetCoder::SaveFile(const char* path, std::int32_t mode, DICOMObject& object,
+                            FileBuffer* fileBuffer) {
+  if (mode < 1 || mode > 3 || path == nullptr) return false;
+  return SaveWhole(path, fileBuffer,
+                   [&](FileBuffer& buffer) { return Encode(*this, mode, object, buffer); });
+}
+
+bool DataSetCoder::SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object) {
+  if (mode < 1 || mode > 3 || path == nullptr) return false;
+  return SaveWhole(path, nullptr,
+                   [&](FileBuffer& buffer) { return EncodeKeeping(*this, mode, object, buffer); });
+}
+
+}  // namespace tessaret

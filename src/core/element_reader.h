@@ -1,0 +1,340 @@
+// The one reader of data elements (DICOM PS3.5, 7.1), for both forms and both byte orders, over any input that offers the
+// operations of BufferInput.
+//
+// A level is a data set, the inside of a sequence, or the inside of an item. The inside of a sequence is read into the
+// object that holds the sequence: its items nest into the element that was pushed last.
+#pragma once
+
+#include <cstring>
+#include <memory>
+#include <string>
+
+#include "base/byte_order.h"
+#include "core/buffer_input.h"
+#include "core/dump.h"
+#include "core/parse_trace.h"
+#include "core/trace.h"
+#include "platform/large_pages.h"
+
+namespace tessaret {
+
+/// Value representations with a 32-bit length in the explicit form. All others have a 16-bit length here, OF and the ones
+/// that the standard added later included.
+constexpr bool HasLongForm(VrCode type) {
+  return type == type_code::OB || type == type_code::OW || type == type_code::UN ||
+         type == type_code::UT || type == type_code::SQ;
+}
+
+/// Turns the numbers of a value round, by the width that its type stands for. 8-byte numbers get the 32-bit form.
+void SwapValue(VrCode type, std::uint8_t* data, std::uint32_t length);
+
+/// The UID in a (0002,0010) element: at most 63 bytes, up to a NUL, less one trailing blank.
+std::string TransferSyntaxText(const VR& vr);
+
+/// What the readers say of a structural tag.
+void TraceStructuralTag(std::uint16_t element, std::uint32_t length, ElementForm form);
+
+template <class Input>
+class ElementReader {
+ public:
+  ElementReader(DataSetCoder& coder, Input& in)
+      : coder_(coder), dictionary_(coder.Dictionary), in_(in), tracing_(IsDumping(kDumpParse)) {}
+
+  /// Reads elements until the level ends.
+  bool ReadLevel(DICOMObject& object, ElementForm form, std::int32_t depth) {
+    if (depth > kMaxDepth) return RefuseDepth();
+    while (in_.Available()) {
+      Head head;
+      head.position = in_.Position();
+      if (!in_.Read16(head.group) || !in_.Read16(head.element)) return Truncated(head);
+      if (head.group == kStructuralGroup) {
+        const Structure what = ReadStructural(object, head, form, depth);
+        if (what != Structure::kItem) return what == Structure::kDelimiter;
+        continue;
+      }
+      if (!ReadHead(head, form)) return Truncated(head);
+      if (!ReadBody(object, head, form, depth)) return false;
+    }
+    return true;
+  }
+
+  /// Reads a file: meta header, then the data set in the syntax that it names.
+  bool ReadFile(DICOMObject& object, std::int32_t code, bool loadPixels) {
+    in_.SetBigEndian(IsBigEndian(code));
+    bool inMeta = coder_.FileMode;
+    std::int64_t metaRemaining = 0;
+    std::optional<std::string> pendingSyntax;
+    while (in_.Available()) {
+      Head head;
+      head.position = in_.Position();
+      if (!in_.Read16(head.group)) return Truncated(head);
+      if (!inMeta || head.group >= 3) {
+        inMeta = false;
+        if (pendingSyntax && !SwitchSyntax(*pendingSyntax, code, head)) return false;
+        pendingSyntax.reset();
+      }
+      if (!in_.Read16(head.element)) return Truncated(head);
+      const ElementForm form = IsImplicit(code) ? ElementForm::kImplicit : ElementForm::kExplicit;
+      if (head.group == kStructuralGroup) {
+        const Structure what = ReadStructural(object, head, form, 0);
+        if (what != Structure::kItem) return what == Structure::kDelimiter;
+        continue;
+      }
+      if (!ReadFileHead(head, form)) return Truncated(head);
+      if (head.Key() == kPixelDataTag && !inMeta && !loadPixels) return LeavePixels(object, head);
+      if (inMeta) {
+        if (!ReadMetaElement(object, head, form, inMeta, metaRemaining, pendingSyntax))
+          return false;
+      } else if (head.Key() == kTransferSyntaxTag) {
+        // Behind the counted meta header the element says nothing about this stream and is not kept.
+        DICOMObject passing;
+        if (!ReadBody(passing, head, form, 0)) return false;
+      } else if (!ReadBody(object, head, form, 0)) {
+        return false;
+      }
+    }
+    return true;
+  }
+
+  /// Reads fragments of encapsulated pixel data into items of the element that was pushed last.
+  bool ReadFragments(DICOMObject& object) {
+    while (in_.Available()) {
+      Head head;
+      head.position = in_.Position();
+      if (!in_.Read16(head.group) || !in_.Read16(head.element) || !in_.Read32(head.length))
+        return Truncated(head);
+      if (!CheckTotal(head)) return false;
+      if (head.group == kStructuralGroup && head.element == kSequenceDelimiterElement) return true;
+      const bool fragment = head.group == kStructuralGroup && head.element == kItemElement;
+      auto vr = MakeElement(head);
+      if (!ReadValue(*vr)) return Truncated(head);
+      if (!fragment) continue;
+      auto item = std::make_unique<DICOMDataObject>();
+      item->Elements.Reserve(1);
+      PushElement(*item, vr);
+      if (!PushItem(object, item, head)) return false;
+    }
+    return true;
+  }
+
+ private:
+  enum class Structure { kItem, kDelimiter, kFailure };
+
+  struct Head {
+    std::uint32_t position = 0;
+    std::uint16_t group = 0;
+    std::uint16_t element = 0;
+    VrCode type = type_code::kNone;
+    std::uint32_t length = 0;
+    [[nodiscard]] TagKey Key() const { return MakeTagKey(group, element); }
+  };
+
+  bool StopAt(ParseStop::Why why, const Head& head) {
+    return coder_.Stop({why, head.position, head.group, head.element});
+  }
+  bool Truncated(const Head& head) { return StopAt(ParseStop::Why::kTruncated, head); }
+
+  bool RefuseDepth() {
+    coder_.SetError("Sequences are nested too deeply");
+    return StopAt(ParseStop::Why::kTooDeep, {.position = in_.Position()});
+  }
+
+  VrCode LookUp(const Head& head) const {
+    if (dictionary_ == nullptr) return type_code::kNone;
+    return dictionary_->RunTimeClass(head.group, head.element, nullptr);
+  }
+
+  /// Reads what stands between the tag and the value.
+  bool ReadHead(Head& head, ElementForm form) {
+    if (form == ElementForm::kImplicit) {
+      if (dictionary_ != nullptr) {
+        head.type = LookUp(head);
+        if (head.type == type_code::kNone) head.type = type_code::UN;
+      }
+      return in_.Read32(head.length);
+    }
+    return ReadLetters(head) && ReadExplicitLength(head);
+  }
+
+  bool ReadLetters(Head& head) {
+    std::uint8_t first = 0;
+    std::uint8_t second = 0;
+    if (!in_.Read8(first) || !in_.Read8(second)) return false;
+    head.type = static_cast<VrCode>(first << 8 | second);
+    return true;
+  }
+
+  bool ReadExplicitLength(Head& head) {
+    if (head.type == type_code::kNone) head.type = LookUp(head);
+    if (head.type == type_code::kNone) head.type = type_code::UN;
+    std::uint16_t half = 0;
+    if (!in_.Read16(half)) return false;
+    head.length = half;
+    return !HasLongForm(head.type) || in_.Read32(head.length);
+  }
+
+  /// As ReadHead; besides, a sequence whose letters are two zero bytes has no length at all, only two bytes of filling.
+  bool ReadFileHead(Head& head, ElementForm form) {
+    if (form == ElementForm::kImplicit) return ReadHead(head, form);
+    if (!ReadLetters(head)) return false;
+    if (head.type != type_code::kNone || LookUp(head) != type_code::SQ)
+      return ReadExplicitLength(head);
+    head.type = type_code::SQ;
+    head.length = kUndefinedLength;
+    std::uint16_t filling = 0;
+    return in_.Read16(filling);
+  }
+
+  Structure ReadStructural(DICOMObject& object, Head& head, ElementForm form, std::int32_t depth) {
+    if (!in_.Read32(head.length)) {
+      Truncated(head);
+      return Structure::kFailure;
+    }
+    if (tracing_) TraceStructuralTag(head.element, head.length, form);
+    if (head.element == kSequenceDelimiterElement || head.element == kItemDelimiterElement)
+      return Structure::kDelimiter;
+    if (head.length != kUndefinedLength && head.element != kItemElement) {
+      StopAt(ParseStop::Why::kStrayTag, head);
+      return Structure::kFailure;
+    }
+    auto item = std::make_unique<DICOMDataObject>();
+    const bool read = in_.ReadNested(*this, *item, form, depth + 1, head.length);
+    return PushItem(object, item, head) && read ? Structure::kItem : Structure::kFailure;
+  }
+
+  /// What could be read of an item stays, also when reading it failed.
+  bool PushItem(DICOMObject& object, std::unique_ptr<DICOMDataObject>& item, const Head& head) {
+    if (!object.Push(item.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
+    item.release();
+    return true;
+  }
+
+  bool ReadBody(DICOMObject& object, const Head& head, ElementForm form, std::int32_t depth) {
+    auto vr = MakeElement(head);
+    if (head.length == kUndefinedLength) {
+      vr->Length = 0;
+      PushElement(object, vr);
+      if (head.Key() == kPixelDataTag) return in_.ReadFragments(*this, object);
+      return in_.ReadNested(*this, object, form, depth + 1, kUndefinedLength);
+    }
+    if (!CheckTotal(head)) return false;
+    if (head.type == type_code::SQ) {
+      PushElement(object, vr);
+      return in_.ReadNested(*this, object, form, depth + 1, head.length);
+    }
+    if (!ReadValue(*vr)) return Truncated(head);
+    if (form == ElementForm::kExplicit && in_.SwapsValues())
+      SwapValue(vr->TypeCode, vr->Data, vr->Length);
+    PushElement(object, vr);
+    return true;
+  }
+
+  bool ReadMetaElement(DICOMObject& object, const Head& head, ElementForm form, bool& inMeta,
+                       std::int64_t& metaRemaining, std::optional<std::string>& pendingSyntax) {
+    if (!ReadBody(object, head, form, 0)) return false;
+    const VR* vr = object.GetVR(head.group, head.element);
+    if (vr == nullptr) return true;  // the object passes its elements on to another
+    if (head.element == 0x0010) pendingSyntax = TransferSyntaxText(*vr);
+    if (head.Key() == kMetaGroupLengthTag) {
+      const std::uint16_t stated =
+          vr->Data != nullptr && vr->Length >= 2 ? LoadLittle16(vr->Data) : 0;
+      metaRemaining = std::int64_t{stated} - 4;
+    } else {
+      metaRemaining -= std::int64_t{8} + vr->Length;
+      if (metaRemaining < 1) inMeta = false;
+    }
+    // The syntax that ends the meta header takes effect, but does not stay.
+    if (!inMeta && head.Key() == kTransferSyntaxTag) delete object.Remove(head.group, head.element);
+    return true;
+  }
+
+  bool SwitchSyntax(const std::string& uid, std::int32_t& code, Head& head) {
+    const auto found = FindTransferSyntax(uid);
+    if (!found) return StopAt(ParseStop::Why::kUnknownSyntax, head);
+    if (*found != code && IsBigEndian(*found) != IsBigEndian(code)) {
+      head.group = __builtin_bswap16(head.group);
+      in_.SetBigEndian(IsBigEndian(*found));
+    }
+    code = *found;
+    return true;
+  }
+
+  bool LeavePixels(DICOMObject& object, const Head& head) {
+    auto vr = MakeElement(head);
+    PushElement(object, vr);
+    return StopAt(ParseStop::Why::kPixelData, head);
+  }
+
+  std::unique_ptr<VR> MakeElement(const Head& head) const {
+    auto vr = std::make_unique<VR>(head.group, head.element, head.length, nullptr);
+    vr->TypeCode = head.type;
+    vr->StreamPosition = head.position;
+    return vr;
+  }
+
+  void PushElement(DICOMObject& object, std::unique_ptr<VR>& vr) {
+    if (tracing_) TraceElement(*vr);
+    object.Push(vr.get());
+    vr.release();
+  }
+
+  /// Reads `vr.Length` bytes into a new Data. Within a view a longer value yields what is left, and has that length.
+  bool ReadValue(VR& vr) {
+    if (vr.Length == 0) return true;
+    if (in_.HoldsInPlace(vr.Length)) {
+      vr.AllocateValue();
+      return in_.ReadBytes(vr.Data, vr.Length);
+    }
+    if (vr.Length > in_.LeftInView()) vr.Length = in_.LeftInView();
+    if (vr.Length == 0) return true;
+    const std::uint64_t supply = in_.SuppliesAtMost();
+    if (vr.Length > supply) return false;
+    if (supply == std::numeric_limits<std::uint64_t>::max() && vr.Length > kTrustedLength)
+      return ReadGrowing(vr);
+    vr.AllocateValue();
+    PreferLargePages(vr.Data, vr.Length);
+    return in_.ReadBytes(vr.Data, vr.Length);
+  }
+
+  /// For a stream that does not know what it can supply: memory is taken as bytes arrive.
+  bool ReadGrowing(VR& vr) {
+    std::uint32_t size = kTrustedLength;
+    std::unique_ptr<std::uint8_t[]> bytes(new std::uint8_t[size]);
+    std::uint32_t have = 0;
+    for (;;) {
+      if (!in_.ReadBytes(bytes.get() + have, size - have)) return false;
+      have = size;
+      if (have == vr.Length) break;
+      size = vr.Length - size < size ? vr.Length : size * 2;
+      std::unique_ptr<std::uint8_t[]> larger(new std::uint8_t[size]);
+      std::memcpy(larger.get(), bytes.get(), have);
+      bytes = std::move(larger);
+    }
+    vr.Data = bytes.release();
+    return true;
+  }
+
+  bool CheckTotal(const Head& head) {
+    const auto total = static_cast<std::uint64_t>(in_.Total());
+    if (head.length == kUndefinedLength || total >= head.length) return true;
+    const std::string words =
+        Format("VR(%4.4X,%4.4X) Length[%d] > [%d] available bytes", head.group, head.element,
+               static_cast<int>(head.length), static_cast<int>(total));
+    coder_.SetError(words.c_str());
+    return StopAt(ParseStop::Why::kTooLong, head);
+  }
+
+  void TraceElement(const VR& vr) const {
+    const DumpService service{dictionary_};
+    DumpVR(vr, &service);
+  }
+
+  static constexpr std::uint32_t kTrustedLength = 1u << 20;
+
+  DataSetCoder& coder_;
+  const RTC* dictionary_;
+  Input& in_;
+  bool tracing_;
+};
+
+}  // namespace tessaret

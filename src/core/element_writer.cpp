@@ -1,0 +1,250 @@
+#include "core/element_writer.h"
+
+#include <array>
+
+#include "base/text.h"
+#include "core/dump.h"
+#include "core/element_reader.h"
+#include "core/parse_trace.h"
+#include "core/trace.h"
+
+namespace tessaret {
+namespace {
+
+constexpr bool IsPixelData(const VR& vr) { return vr.Group == 0x7FE0 && vr.Element == 0x0010; }
+
+bool IsLeftOut(const VR& vr, ElementForm form) {
+  if (vr.Group == 0x0002) return true;
+  return vr.Element == 0 && (form == ElementForm::kExplicit || vr.Group != 0);
+}
+
+/// Numbers in the outgoing byte order, gathered so that a head is one write.
+class HeadBytes {
+ public:
+  explicit HeadBytes(bool big) : big_(big) {}
+  void Put8(std::uint8_t value) { bytes_[size_++] = value; }
+  void Put16(std::uint16_t value) {
+    big_ ? StoreBig16(&bytes_[size_], value) : StoreLittle16(&bytes_[size_], value);
+    size_ += 2;
+  }
+  void Put32(std::uint32_t value) {
+    big_ ? StoreBig32(&bytes_[size_], value) : StoreLittle32(&bytes_[size_], value);
+    size_ += 4;
+  }
+  void WriteTo(Buffer& buffer) const { buffer.Write(bytes_.data(), size_); }
+
+ private:
+  bool big_;
+  std::uint32_t size_ = 0;
+  std::array<std::uint8_t, 12> bytes_;
+};
+
+std::uint32_t EvenLength(std::uint32_t length) { return length + (length & 1); }
+
+/// A UID is padded with NUL; one that came with a blank is put right where it is stored.
+void CorrectUidPadding(VR& vr, VrCode type) {
+  if (type != type_code::UI || vr.Data == nullptr || vr.Length == 0) return;
+  std::uint8_t& last = vr.Data[vr.Length - 1];
+  if (last == ' ') last = 0;
+}
+
+}  // namespace
+
+ElementWriter::ElementWriter(DataSetCoder& coder, Buffer& buffer, After after)
+    : coder_(coder), buffer_(buffer), after_(after), tracing_(IsDumping(kDumpParse)) {}
+
+bool ElementWriter::WriteLevel(DICOMObject& object, ElementForm form, std::int32_t depth) {
+  const bool written = depth > kMaxDepth ? RefuseDepth() : WriteElements(object, form, depth);
+  if (after_ == After::kEmpty) object.Reset();
+  return written;
+}
+
+bool ElementWriter::WriteElements(DICOMObject& object, ElementForm form, std::int32_t depth) {
+  return object.Elements.ForEachWhile([&](VR& vr) {
+    if (IsLeftOut(vr, form)) return true;
+    const VrCode type = TypeToWrite(vr, form);
+    CorrectUidPadding(vr, type);
+    return WriteElement(vr, type, form, depth);
+  });
+}
+
+bool ElementWriter::WriteFile(DICOMObject& object, std::int32_t code) {
+  buffer_.SetInEndian(IsBigEndian(code) ? kBigEndian : kLittleEndian);
+  FileState state{code, std::nullopt};
+  const bool written = object.Elements.ForEachWhile(
+      [&](VR& vr) { return WriteFileElement(vr, state, type_code::kNone); });
+  if (after_ == After::kEmpty) object.Reset();
+  return written;
+}
+
+bool ElementWriter::WriteFileWithMeta(DICOMObject& object, DICOMObject& meta, VrCode pixelType,
+                                      std::int32_t code) {
+  buffer_.SetInEndian(IsBigEndian(code) ? kBigEndian : kLittleEndian);
+  FileState state{code, std::nullopt};
+  bool metaWritten = false;
+  const auto writeMeta = [&] {
+    metaWritten = true;
+    return meta.Elements.ForEachWhile(
+        [&](VR& vr) { return WriteFileElement(vr, state, type_code::kNone); });
+  };
+  const bool written = object.Elements.ForEachWhile([&](VR& vr) {
+    if (vr.Group == 0x0002) return true;
+    if (vr.Group > 0x0002 && !metaWritten && !writeMeta()) return false;
+    return WriteFileElement(vr, state, pixelType);
+  });
+  return written && (metaWritten || writeMeta());
+}
+
+bool ElementWriter::WriteFileElement(VR& vr, FileState& state, VrCode pixelType) {
+  if (vr.Group > 2 && state.heldSyntax && !SwitchSyntax(state)) return false;
+  const ElementForm form = IsImplicit(state.code) ? ElementForm::kImplicit : ElementForm::kExplicit;
+  if (form == ElementForm::kExplicit && vr.Element == 0 && vr.Group != 2) return true;
+  VrCode type = TypeToWrite(vr, form);
+  if (pixelType != type_code::kNone && IsPixelData(vr)) type = pixelType;
+  if (!WriteElement(vr, type, form, 0)) return false;
+  if (vr.Key() == kTransferSyntaxTag) state.heldSyntax = TransferSyntaxText(vr);
+  return true;
+}
+
+bool ElementWriter::SwitchSyntax(FileState& state) {
+  const auto found = FindTransferSyntax(*state.heldSyntax);
+  if (!found) return false;
+  if (*found != state.code) {
+    state.code = *found;
+    buffer_.SetOutEndian(IsBigEndian(state.code) ? kBigEndian : kLittleEndian);
+  }
+  state.heldSyntax.reset();
+  return true;
+}
+
+bool ElementWriter::RefuseDepth() {
+  coder_.SetError("Sequences are nested too deeply");
+  return false;
+}
+
+VrCode ElementWriter::TypeToWrite(const VR& vr, ElementForm form) const {
+  VrCode type = vr.TypeCode;
+  if (type == type_code::kNone || (form == ElementForm::kExplicit && type == type_code::UN)) {
+    const VrCode known = coder_.Dictionary == nullptr
+                             ? type_code::kNone
+                             : coder_.Dictionary->RunTimeClass(vr.Group, vr.Element, nullptr);
+    type = known != type_code::kNone ? known : vr.Items != nullptr ? type_code::SQ : type_code::UN;
+  }
+  if (vr.Items == nullptr || (IsPixelData(vr) && HasLongForm(type))) return type;
+  // What holds items goes out as what holds items, whatever it was called: anything else could not be read again.
+  return IsPixelData(vr) ? type_code::OB : type_code::SQ;
+}
+
+bool ElementWriter::WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth) {
+  const bool hasValue = vr.Items == nullptr && vr.Length != 0 && type != type_code::SQ;
+  if (hasValue && vr.Data == nullptr) return RefuseMissingValue(vr);
+  if (tracing_ && vr.Items == nullptr) {
+    const DumpService service{coder_.Dictionary};
+    DumpVR(vr, &service);
+  }
+  WriteHead(vr, type, form);
+  if (hasValue && !WriteValue(vr)) return false;
+  if (vr.Items != nullptr && !WriteItems(vr, form, depth)) return false;
+  return buffer_.FlushIfMuchWaits();
+}
+
+bool ElementWriter::RefuseMissingValue(const VR& vr) {
+  coder_.SetError(
+      Format("VR(%4.4X,%4.4X) has a length but no value", vr.Group, vr.Element).c_str());
+  return false;
+}
+
+void ElementWriter::WriteHead(const VR& vr, VrCode type, ElementForm form) {
+  HeadBytes head(buffer_.OutEndian == kBigEndian);
+  head.Put16(vr.Group);
+  head.Put16(vr.Element);
+  const bool hasItems = vr.Items != nullptr;
+  std::uint32_t length = hasItems ? kUndefinedLength : EvenLength(vr.Length);
+  if (type == type_code::SQ && !hasItems) length = 0;
+  if (form == ElementForm::kImplicit) {
+    head.Put32(length);
+  } else {
+    head.Put8(static_cast<std::uint8_t>(type >> 8));
+    head.Put8(static_cast<std::uint8_t>(type & 0xFF));
+    if (HasLongForm(type)) {
+      head.Put16(0);
+      head.Put32(length);
+    } else {
+      // A longer value than the field can state goes out all the same; its reader has to know.
+      head.Put16(static_cast<std::uint16_t>(length));
+    }
+  }
+  head.WriteTo(buffer_);
+}
+
+bool ElementWriter::WriteValue(const VR& vr) {
+  if (!buffer_.WriteLong(vr.Data, vr.Length)) return false;
+  return vr.Length % 2 == 0 || buffer_.Write8(0);
+}
+
+bool ElementWriter::WriteItems(VR& vr, ElementForm form, std::int32_t depth) {
+  if (IsPixelData(vr)) {
+    if (tracing_ && form == ElementForm::kImplicit) {
+      AppendToDump(parse_trace::ImplicitPixelData(vr.Group, vr.Element, vr.Length));
+    }
+    return after_ == After::kKeep ? WriteFragments(*vr.Items)
+                                  : coder_.WriteEncapsulated(*vr.Items, buffer_);
+  }
+  if (tracing_) {
+    AppendToDump(form == ElementForm::kImplicit
+                     ? parse_trace::ImplicitSequence(vr.Group, vr.Element, vr.Items->ListLength)
+                     : parse_trace::ExplicitSequence(vr.Group, vr.Element, kUndefinedLength));
+  }
+  const bool boundaries = tracing_ && form == ElementForm::kImplicit;
+  std::uint32_t number = 0;
+  for (ItemArray::Node* node = vr.Items->First; node != nullptr; node = node->next) {
+    ++number;
+    WriteStructural(kItemElement, kUndefinedLength);
+    if (boundaries)
+      AppendToDump(
+          parse_trace::StartItem(kStructuralGroup, kItemElement, kUndefinedLength, number));
+    if (node->value != nullptr && !WriteNested(*node->value, form, depth + 1)) return false;
+    WriteStructural(kItemDelimiterElement, 0);
+    if (boundaries)
+      AppendToDump(parse_trace::EndItem(kStructuralGroup, kItemDelimiterElement, 0, number));
+  }
+  WriteStructural(kSequenceDelimiterElement, 0);
+  if (boundaries)
+    AppendToDump(parse_trace::SequenceTerminator(kStructuralGroup, kSequenceDelimiterElement, 0));
+  return true;
+}
+
+bool ElementWriter::WriteNested(DICOMObject& item, ElementForm form, std::int32_t depth) {
+  if (after_ == After::kKeep) return WriteLevel(item, form, depth);
+  return form == ElementForm::kImplicit ? coder_.Implicit_ParseDCMIntoRawVR(item, buffer_, depth)
+                                        : coder_.Explicit_ParseDCMIntoRawVR(item, buffer_, depth);
+}
+
+void ElementWriter::WriteStructural(std::uint16_t element, std::uint32_t length) {
+  HeadBytes head(buffer_.OutEndian == kBigEndian);
+  head.Put16(kStructuralGroup);
+  head.Put16(element);
+  head.Put32(length);
+  head.WriteTo(buffer_);
+}
+
+bool ElementWriter::WriteFragments(ItemArray& items) {
+  for (ItemArray::Node* node = items.First; node != nullptr; node = node->next) {
+    if (node->value == nullptr) continue;
+    const bool written = WriteFragment(*node->value);
+    if (after_ == After::kEmpty) node->value->Reset();
+    if (!written || !buffer_.FlushIfMuchWaits()) return false;
+  }
+  WriteStructural(kSequenceDelimiterElement, 0);
+  return true;
+}
+
+bool ElementWriter::WriteFragment(DICOMObject& item) {
+  const VR* vr = item.GetVR(kStructuralGroup, kItemElement);
+  if (vr == nullptr) return true;
+  if (vr->Length != 0 && vr->Data == nullptr) return RefuseMissingValue(*vr);
+  WriteStructural(kItemElement, vr->Length);
+  return vr->Length == 0 || buffer_.WriteLong(vr->Data, vr->Length);
+}
+
+}  // namespace tessaret

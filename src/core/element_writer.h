@@ -1,0 +1,64 @@
+// The writer of data elements, in both forms and both byte orders (DICOM PS3.5, 7.1). Sequences and items always go out with
+// undefined lengths, so nothing has to be measured first. It empties what it writes, or keeps it: then the bytes written are
+// the same, and no clone has to be made to be emptied.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "core/buffer_input.h"
+#include "core/data_set_coder.h"
+
+namespace tessaret {
+
+class ElementWriter {
+ public:
+  enum class After { kEmpty, kKeep };
+
+  ElementWriter(DataSetCoder& coder, Buffer& buffer, After after = After::kEmpty);
+
+  /// Writes a data set or an item. Group 0002 and group lengths are left out; the implicit form keeps (0000,0000), which a
+  /// command set needs.
+  bool WriteLevel(DICOMObject& object, ElementForm form, std::int32_t depth);
+
+  /// Writes a file: all of group 0002, then the rest in the syntax that (0002,0010) names.
+  bool WriteFile(DICOMObject& object, std::int32_t code);
+
+  /// The same with group 0002 from `meta` instead of the object's own, and pixel data of `pixelType` unless that is 0.
+  bool WriteFileWithMeta(DICOMObject& object, DICOMObject& meta, VrCode pixelType,
+                         std::int32_t code);
+
+  /// Writes the fragments in `items` and the delimiter.
+  bool WriteFragments(ItemArray& items);
+
+ private:
+  /// Where WriteFile stands.
+  struct FileState {
+    std::int32_t code;
+    std::optional<std::string> heldSyntax;  // of the meta header, until the first element behind it
+  };
+
+  bool WriteElements(DICOMObject& object, ElementForm form, std::int32_t depth);
+  bool WriteFileElement(VR& vr, FileState& state, VrCode pixelType);
+  bool SwitchSyntax(FileState& state);
+  /// Writes one element, as `type`, and what is nested below it.
+  bool WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth);
+  /// The representation to write: looked up where it is not known.
+  [[nodiscard]] VrCode TypeToWrite(const VR& vr, ElementForm form) const;
+  void WriteHead(const VR& vr, VrCode type, ElementForm form);
+  bool WriteValue(const VR& vr);
+  bool WriteItems(VR& vr, ElementForm form, std::int32_t depth);
+  bool WriteNested(DICOMObject& item, ElementForm form, std::int32_t depth);
+  bool WriteFragment(DICOMObject& item);
+  void WriteStructural(std::uint16_t element, std::uint32_t length);
+  bool RefuseMissingValue(const VR& vr);
+  bool RefuseDepth();
+
+  DataSetCoder& coder_;
+  Buffer& buffer_;
+  After after_;
+  bool tracing_;
+};
+
+}  // namespace tessaret

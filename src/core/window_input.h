@@ -1,0 +1,179 @@
+// The quick way for an ElementReader to take its bytes: in place, from the window of a file or from a block of memory.
+// Nested elements of defined length are two offsets instead of streams of their own, and a large value is read from the
+// file straight into its allocation. Everything visible is the same as with a BufferInput over the same bytes.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <limits>
+
+#include "base/byte_order.h"
+#include "core/buffer_input.h"
+#include "core/file_buffer.h"
+#include "core/memory_buffer.h"
+
+namespace tessaret {
+
+class WindowInput {
+ public:
+  /// Takes the bytes of an open file. The window's stream and the buffer's Position stand behind what was read once this
+  /// is destroyed.
+  WindowInput(FileBuffer& buffer, FileStream& stream) : buffer_(buffer), stream_(&stream) {
+    bias_ = buffer.Position;
+    TakeWindow();
+  }
+
+  /// Takes what waits in a block of memory, likewise.
+  WindowInput(MemoryBuffer& buffer, const std::uint8_t* block)
+      : buffer_(buffer), base_(block), at_(block) {
+    bias_ = buffer.Position;
+    windowEnd_ = block + buffer.Available();
+    Narrow();
+  }
+
+  WindowInput(const WindowInput&) = delete;
+  WindowInput& operator=(const WindowInput&) = delete;
+
+  ~WindowInput() {
+    if (stream_ != nullptr) {
+      GiveWindow();
+      buffer_.Position = Position();
+    } else {
+      buffer_.TakeIncoming(nullptr, static_cast<std::uint32_t>(Offset()));
+    }
+  }
+
+  bool Available() { return at_ < stop_ || AvailableBeyond(); }
+  [[nodiscard]] std::uint32_t Position() const {
+    return static_cast<std::uint32_t>(bias_ + Offset());
+  }
+  [[nodiscard]] bool IsBigEndian() const { return big_; }
+  void SetBigEndian(bool big) {
+    big_ = big;
+    buffer_.SetInEndian(big ? kBigEndian : kLittleEndian);
+  }
+  [[nodiscard]] bool SwapsValues() const { return swapsValues_; }
+
+  bool Read8(std::uint8_t& value) {
+    if (!Need(1)) return false;
+    value = *at_++;
+    return true;
+  }
+  bool Read16(std::uint16_t& value) {
+    if (!Need(2)) return false;
+    value = big_ ? LoadBig16(at_) : LoadLittle16(at_);
+    at_ += 2;
+    return true;
+  }
+  bool Read32(std::uint32_t& value) {
+    if (!Need(4)) return false;
+    value = big_ ? LoadBig32(at_) : LoadLittle32(at_);
+    at_ += 4;
+    return true;
+  }
+
+  /// True when `count` bytes can be read without going to the stream.
+  [[nodiscard]] bool HoldsInPlace(std::uint32_t count) const {
+    return count <= static_cast<std::size_t>(stop_ - at_);
+  }
+
+  bool ReadBytes(std::uint8_t* to, std::uint32_t count) {
+    if (HoldsInPlace(count)) {
+      std::memcpy(to, at_, count);
+      at_ += count;
+      return true;
+    }
+    return ReadBytesBeyond(to, count);
+  }
+
+  [[nodiscard]] std::uint32_t LeftInView() const {
+    if (view_.hardEnd == kNoEnd) return kUndefinedLength;
+    const std::uint64_t offset = Offset();
+    return static_cast<std::uint32_t>(view_.hardEnd > offset ? view_.hardEnd - offset : 0);
+  }
+  std::uint64_t SuppliesAtMost() {
+    const auto inWindow = static_cast<std::uint64_t>(windowEnd_ - at_);
+    if (stream_ == nullptr) return inWindow;
+    const std::uint64_t left = stream_->LeftAtMost();
+    return left == kNoEnd ? kNoEnd : left - stream_->WindowSize() + inWindow;
+  }
+  std::int64_t Total() { return -1; }
+
+  template <class Reader>
+  bool ReadNested(Reader& reader, DICOMObject& object, ElementForm form, std::int32_t depth,
+                  std::uint32_t length) {
+    if (length == kUndefinedLength) return reader.ReadLevel(object, form, depth);
+    const View outer = view_;
+    const bool outerSwaps = swapsValues_;
+    const std::uint64_t end = Offset() + length;
+    view_ = {end, std::min(end, outer.hardEnd)};
+    swapsValues_ = false;
+    Narrow();
+    const bool read = reader.ReadLevel(object, form, depth);
+    view_ = outer;
+    swapsValues_ = outerSwaps;
+    Narrow();
+    return read;
+  }
+
+  template <class Reader>
+  bool ReadFragments(Reader& reader, DICOMObject& object) {
+    return reader.ReadFragments(object);
+  }
+
+ private:
+  static constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
+
+  /// A nested element of defined length, by offsets.
+  struct View {
+    std::uint64_t end = kNoEnd;  // where it ends by its own length
+    std::uint64_t hardEnd =
+        kNoEnd;  // where it or a view around it ends first: nothing is read beyond
+  };
+
+  [[nodiscard]] std::uint64_t Offset() const {
+    return windowOffset_ + static_cast<std::uint64_t>(at_ - base_);
+  }
+
+  bool Need(std::size_t count) {
+    return static_cast<std::size_t>(stop_ - at_) >= count || NeedBeyond(count);
+  }
+
+  /// Sets the end of what may be read in place, by the window and the view.
+  void Narrow() {
+    const std::uint64_t offset = Offset();
+    const std::uint64_t inView = view_.hardEnd > offset ? view_.hardEnd - offset : 0;
+    stop_ = at_ + std::min<std::uint64_t>(inView, static_cast<std::uint64_t>(windowEnd_ - at_));
+  }
+
+  void TakeWindow() {
+    base_ = at_ = stream_->Window();
+    windowEnd_ = base_ + stream_->WindowSize();
+    Narrow();
+  }
+
+  void GiveWindow() {
+    windowOffset_ = Offset();
+    stream_->Consume(static_cast<std::size_t>(at_ - base_));
+    base_ = at_;
+  }
+
+  bool AvailableBeyond();
+  bool NeedBeyond(std::size_t count);
+  bool ReadBytesBeyond(std::uint8_t* to, std::uint32_t count);
+
+  Buffer& buffer_;
+  FileStream* stream_ = nullptr;        // null for a block of memory
+  const std::uint8_t* base_ = nullptr;  // the byte at windowOffset_
+  const std::uint8_t* at_ = nullptr;    // the byte to be read next
+  const std::uint8_t* stop_ = nullptr;  // end of what may be read in place
+  const std::uint8_t* windowEnd_ = nullptr;
+  std::uint64_t windowOffset_ = 0;  // counted from where this began
+  std::uint64_t bias_ = 0;          // the buffer's Position where this began
+  View view_;
+  bool big_ = buffer_.InEndian == kBigEndian;
+  bool swapsValues_ = buffer_.OutEndian != kLittleEndian;
+};
+
+}  // namespace tessaret
