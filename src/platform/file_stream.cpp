@@ -12,9 +12,9 @@ namespace tessaret {
 namespace {
 
 // A header fits into the first read, so that reading headers only does not pay for pixels.
-constexpr std::size_t kFirstRead = 8 * 1024;
+constexpr std::size_t kFirstRead = std::size_t{8} * 1024;
 // From here on bytes go straight to where they are wanted instead of through the window.
-constexpr std::size_t kDirectRead = 8 * 1024;
+constexpr std::size_t kDirectRead = std::size_t{8} * 1024;
 
 /// The window that the last stream of this thread left behind. Loading many small files would otherwise spend its time on
 /// getting and giving back this one block.
@@ -78,6 +78,7 @@ std::size_t FileStream::ReadDirect(void* data, std::size_t count) {
 
 bool FileStream::Refill(std::size_t count) {
   if (WindowSize() >= count) return true;
+  if (offset_ > 0) AskSize();
   if (error_ != 0 || atEnd_ || !TakeWindow()) return false;
   if (begin_ > 0) {
     std::memmove(window_.get(), Window(), WindowSize());
@@ -107,6 +108,8 @@ std::uint64_t FileStream::Read(void* data, std::uint64_t count) {
       Consume(rest);
       return done + rest;
     }
+    if (offset_ > 0) AskSize();
+    if (error_ != 0) break;
     // What comes directly passes the window by, which then no longer lies just before the place reached.
     begin_ = end_ = 0;
     const std::size_t got = ReadDirect(to + done, count - done);
@@ -165,15 +168,19 @@ bool FileStream::Close() {
   return error_ == 0;
 }
 
+void FileStream::AskSize() {
+  if (sizeAsked_) return;
+  sizeAsked_ = true;
+  struct stat status {};
+  if (!StatDescriptor(descriptor_, status).Ok()) return;
+  // A size of 0 says nothing: the system's own pseudo files state it too.
+  if (S_ISREG(status.st_mode)) size_ = static_cast<std::uint64_t>(status.st_size);
+  // Devices may never end, and hold no files of ours.
+  if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) Fail(ENODEV);
+}
+
 std::uint64_t FileStream::LeftAtMost() {
-  if (!sizeAsked_) {
-    sizeAsked_ = true;
-    struct stat status {};
-    // A size of 0 says nothing: the system's own pseudo files state it too.
-    if (StatDescriptor(descriptor_, status).Ok() && S_ISREG(status.st_mode)) {
-      size_ = static_cast<std::uint64_t>(status.st_size);
-    }
-  }
+  AskSize();
   if (size_ == 0) return std::numeric_limits<std::uint64_t>::max();
   const std::uint64_t beyondWindow = size_ > offset_ ? size_ - offset_ : 0;
   return beyondWindow + WindowSize();

@@ -14,6 +14,7 @@ class FileStream {
  public:
   /// The open file, or null with the system's error number in `error`. A directory opens and fails at its first read.
   /// Opening a named pipe waits for its other end, as everywhere.
+  /// A device gives its first bytes only; reading on fails, because it may never end.
   static std::unique_ptr<FileStream> OpenForRead(const char* path, int& error);
   /// Creates or empties `path`.
   static std::unique_ptr<FileStream> OpenForWrite(const char* path, int& error);
@@ -54,7 +55,7 @@ class FileStream {
   std::uint64_t LeftAtMost();
   [[nodiscard]] int Descriptor() const { return descriptor_; }
 
-  static constexpr std::size_t kLargestWindow = 64 * 1024;
+  static constexpr std::size_t kLargestWindow = std::size_t{64} * 1024;
 
  private:
   explicit FileStream(int descriptor) : descriptor_(descriptor) {}
@@ -64,6 +65,7 @@ class FileStream {
   void Fail(int error) {
     if (error_ == 0) error_ = error;
   }
+  void AskSize();
   bool TakeWindow();
   /// How much to ask for when the window is filled up.
   [[nodiscard]] std::size_t NextRead() const;

@@ -20,7 +20,7 @@ void PreferLargePages(void* block, std::size_t size) noexcept {
   const std::uintptr_t end = (address + size) & ~(kLargePage - 1);
   if (end <= begin) return;
   const int before = errno;
-  ::madvise(reinterpret_cast<void*>(begin), end - begin, MADV_HUGEPAGE);
+  ::madvise(static_cast<char*>(block) + (begin - address), end - begin, MADV_HUGEPAGE);
   errno = before;
 }
 

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <memory>
 #include <system_error>
+#include <utility>
 
 #include "base/text.h"
 #include "platform/file_calls.h"
@@ -65,7 +66,7 @@ void RemoveIfAbandoned(const std::string& name) {
 
 }  // namespace
 
-StagedFile::StagedFile(std::string path) : path_(ResolveLinks(path)) {}
+StagedFile::StagedFile(std::string path) : path_(ResolveLinks(std::move(path))) {}
 
 StagedFile::~StagedFile() { Discard(); }
 
@@ -96,16 +97,17 @@ bool StagedFile::Begin() {
   // Never open to more readers than the file to be replaced, not even on the way.
   const mode_t mode = there.Ok() ? (status.st_mode & 0666) | 0600 : 0666;
   for (int slot = 0; slot < kMostWritersOfOnePlace; ++slot) {
-    const std::string name = StagingName(path_, slot);
-    if (TrySlot(name, mode)) return error_ == 0;
-    RemoveIfAbandoned(name);
-    if (TrySlot(name, mode)) return error_ == 0;
+    stagingPath_ = StagingName(path_, slot);
+    if (TryStagingPath(mode)) return error_ == 0;
+    RemoveIfAbandoned(stagingPath_);
+    if (TryStagingPath(mode)) return error_ == 0;
   }
   return Fail(EBUSY);
 }
 
-bool StagedFile::TrySlot(const std::string& name, mode_t mode) {
-  const FileResult opened = OpenFile(name.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
+bool StagedFile::TryStagingPath(mode_t mode) {
+  const FileResult opened =
+      OpenFile(stagingPath_.c_str(), O_RDWR | O_CREAT | O_EXCL | O_NOFOLLOW, mode);
   if (opened.error == EEXIST) return false;
   if (!opened.Ok()) {
     error_ = opened.error;
@@ -121,7 +123,6 @@ bool StagedFile::TrySlot(const std::string& name, mode_t mode) {
     CloseFile(descriptor);
     return false;
   }
-  stagingPath_ = name;
   lock_ = descriptor;
   return true;
 }

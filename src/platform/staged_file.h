@@ -35,8 +35,8 @@ class StagedFile {
 
  private:
   bool Fail(int error);
-  /// Tries one staging name. True: created and locked, or failed for good with error_ set.
-  bool TrySlot(const std::string& name, mode_t mode);
+  /// Tries to create the file named by stagingPath_. True: created and locked, or failed for good with error_ set.
+  bool TryStagingPath(mode_t mode);
   void Discard();
 
   std::string path_;         // with links resolved

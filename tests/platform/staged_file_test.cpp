@@ -1,0 +1,512 @@
+#include "platform/staged_file.h"
+
+#include <fcntl.h>
+#include <signal.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "platform/file_calls.h"
+#include "platform/whole_file.h"
+#include "support/bytes.h"
+#include "support/child_process.h"
+#include "support/file_failure.h"
+#include "support/temp_folder.h"
+
+namespace tessaret {
+namespace {
+
+using test::Bytes;
+using test::ChildProcess;
+using test::FileFailure;
+using test::Pattern;
+using test::ReadBytes;
+using test::ReadText;
+using test::WriteText;
+
+int Write(const std::string& path, const Bytes& bytes) {
+  return WriteWholeFile(path, bytes.data(), bytes.size());
+}
+
+int Write(const std::string& path, std::string_view text) {
+  return WriteWholeFile(path, text.data(), text.size());
+}
+
+mode_t ModeOf(const std::string& path) {
+  struct stat status {};
+  EXPECT_EQ(::stat(path.c_str(), &status), 0);
+  return status.st_mode & 07777;
+}
+
+ino_t InodeOf(const std::string& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? status.st_ino : 0;
+}
+
+class StagedFileTest : public testing::Test {
+ protected:
+  test::TempFolder folder_;
+  std::string path_ = folder_.File("file");
+};
+
+TEST_F(StagedFileTest, TheFileComesToItsPlaceWithTheCommit) {
+  StagedFile staged(path_);
+  ASSERT_TRUE(staged.Begin());
+  EXPECT_EQ(std::filesystem::path(staged.StagingPath()).parent_path(), folder_.Path());
+  EXPECT_EQ(ReadText(staged.StagingPath()), "");
+  WriteText(staged.StagingPath(), "words");
+  EXPECT_FALSE(std::filesystem::exists(path_));
+  EXPECT_TRUE(staged.Commit());
+  EXPECT_EQ(staged.Error(), 0);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "words");
+}
+
+TEST_F(StagedFileTest, WithoutACommitTheOldFileStaysAndNoOtherIsLeft) {
+  WriteText(path_, "old");
+  {
+    StagedFile staged(path_);
+    ASSERT_TRUE(staged.Begin());
+    WriteText(staged.StagingPath(), "new");
+    EXPECT_EQ(ReadText(path_), "old");
+  }
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "old");
+}
+
+TEST_F(StagedFileTest, WithoutABeginNothingHappens) {
+  { const StagedFile staged(path_); }
+  EXPECT_EQ(folder_.Listing(), "");
+}
+
+TEST_F(StagedFileTest, ReplacesWithThePermissionsOfTheOldFile) {
+  const mode_t mask = ::umask(022);
+  WriteText(path_, "old");
+  for (const mode_t mode : {0600u, 0640u, 0666u, 0755u}) {
+    ASSERT_EQ(::chmod(path_.c_str(), mode), 0);
+    EXPECT_EQ(Write(path_, "new"), 0);
+    EXPECT_EQ(ModeOf(path_), mode);
+  }
+  ::umask(mask);
+}
+
+TEST_F(StagedFileTest, ANewFileHasThePermissionsThatTheMaskLeaves) {
+  const mode_t mask = ::umask(027);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(ModeOf(path_), 0640u);
+  ::umask(mask);
+}
+
+TEST_F(StagedFileTest, StagedBytesAreNotOpenToMoreReadersThanTheOldFile) {
+  const mode_t mask = ::umask(0);
+  WriteText(path_, "old");
+  ASSERT_EQ(::chmod(path_.c_str(), 0600), 0);
+  StagedFile staged(path_);
+  ASSERT_TRUE(staged.Begin());
+  EXPECT_EQ(ModeOf(staged.StagingPath()), 0600u);
+  ::umask(mask);
+}
+
+TEST_F(StagedFileTest, ALinkStaysAndWhatItNamesIsReplaced) {
+  std::filesystem::create_directory(folder_.Path() / "below");
+  WriteText(folder_.File("below/target"), "old");
+  std::filesystem::create_symlink("below/target", folder_.File("second"));
+  std::filesystem::create_symlink("second", path_);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
+  EXPECT_TRUE(std::filesystem::is_symlink(folder_.File("second")));
+  EXPECT_FALSE(std::filesystem::is_symlink(folder_.File("below/target")));
+  EXPECT_EQ(ReadText(folder_.File("below/target")), "new");
+}
+
+TEST_F(StagedFileTest, ALinkToNothingStaysAndWhatItNamesIsMade) {
+  std::filesystem::create_directory(folder_.Path() / "below");
+  std::filesystem::create_symlink("below/target", path_);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
+  EXPECT_EQ(ReadText(folder_.File("below/target")), "new");
+  const std::string elsewhere = folder_.File("elsewhere");
+  std::filesystem::create_symlink(folder_.File("made"), elsewhere);
+  EXPECT_EQ(Write(elsewhere, "absolute"), 0);
+  EXPECT_EQ(ReadText(folder_.File("made")), "absolute");
+}
+
+TEST_F(StagedFileTest, ALinkToItselfIsAnError) {
+  std::filesystem::create_symlink("file", path_);
+  EXPECT_EQ(Write(path_, "new"), ELOOP);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_TRUE(std::filesystem::is_symlink(path_));
+}
+
+TEST_F(StagedFileTest, ADeviceIsWrittenDirectly) {
+  StagedFile staged("/dev/null");
+  ASSERT_TRUE(staged.Begin());
+  EXPECT_EQ(staged.StagingPath(), "/dev/null");
+  EXPECT_TRUE(staged.Commit());
+  EXPECT_EQ(Write("/dev/null", "words"), 0);
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+  EXPECT_EQ(Write("/dev/full", "words"), ENOSPC);
+  EXPECT_TRUE(std::filesystem::is_character_file("/dev/full"));
+}
+
+TEST_F(StagedFileTest, APipeIsWrittenDirectly) {
+  ASSERT_EQ(::mkfifo(path_.c_str(), 0600), 0);
+  std::string got;
+  std::thread reader([&] { got = ReadText(path_); });
+  EXPECT_EQ(Write(path_, "words"), 0);
+  reader.join();
+  EXPECT_EQ(got, "words");
+  EXPECT_TRUE(std::filesystem::is_fifo(path_));
+}
+
+TEST_F(StagedFileTest, PlacesThatNoFileCanTakeAreRefused) {
+  EXPECT_EQ(Write(folder_.Path(), "x"), EISDIR);
+  EXPECT_EQ(Write(folder_.File("none/file"), "x"), ENOENT);
+  WriteText(path_, "old");
+  EXPECT_EQ(Write(path_ + "/x", "x"), ENOTDIR);
+  EXPECT_EQ(Write(folder_.File(std::string(300, 'n')), "x"), ENAMETOOLONG);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "old");
+}
+
+TEST_F(StagedFileTest, TheLongestNameThatAFileCanHaveCanBeWritten) {
+  const std::string name(255, 'n');
+  EXPECT_EQ(Write(folder_.File(name), "x"), 0);
+  EXPECT_EQ(folder_.Listing(), name);
+}
+
+TEST_F(StagedFileTest, ANameRelativeToTheWorkingDirectoryIsFine) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder_.Path());
+  EXPECT_EQ(Write("file", "one"), 0);
+  EXPECT_EQ(Write("file", "two"), 0);
+  std::filesystem::current_path(before);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "two");
+}
+
+TEST_F(StagedFileTest, AWriteProtectedFileIsNotReplaced) {
+  WriteText(path_, "old");
+  ASSERT_EQ(::chmod(path_.c_str(), 0444), 0);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
+  EXPECT_EQ(test::RunInChild([&] { return test::BecomeNobody() ? Write(path_, "new") : -1; }),
+            EACCES);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "old");
+  EXPECT_EQ(ModeOf(path_), 0444u);
+}
+
+TEST_F(StagedFileTest, ADirectoryWithoutRightsIsRefused) {
+  WriteText(path_, "old");
+  ASSERT_EQ(::chmod(path_.c_str(), 0666), 0);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0555), 0);
+  EXPECT_EQ(test::RunInChild([&] { return test::BecomeNobody() ? Write(path_, "new") : -1; }),
+            EACCES);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0700), 0);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "old");
+}
+
+TEST_F(StagedFileTest, AFullDiskAtAnyByteLeavesTheOldFileAlone) {
+  const Bytes bytes = Pattern(64);
+  for (std::uint64_t room = 0; room < bytes.size(); ++room) {
+    WriteText(path_, "old");
+    FileFailure disk;
+    disk.FillDiskAfter(room);
+    ASSERT_EQ(Write(path_, bytes), ENOSPC) << room;
+    ASSERT_EQ(ReadText(path_), "old") << room;
+    ASSERT_EQ(folder_.Listing(), "file") << room;
+  }
+  FileFailure disk;
+  disk.FillDiskAfter(bytes.size());
+  EXPECT_EQ(Write(path_, bytes), 0);
+  EXPECT_EQ(ReadBytes(path_), bytes);
+}
+
+/// How many file calls one write makes when nothing fails.
+int CallsOfAWrite(const std::string& path) {
+  const FileFailure calls;
+  EXPECT_EQ(Write(path, "counted"), 0);
+  return calls.Calls();
+}
+
+TEST_F(StagedFileTest, EachCallThatFailsLeavesTheOldOrTheNewFileWholeAndNoOther) {
+  WriteText(path_, "old");
+  const int calls = CallsOfAWrite(path_);
+  EXPECT_GE(calls, 9) << "look, create, lock, open, write, close, sync, rename, close";
+  int failed = 0;
+  for (const int error : {EIO, ENOSPC, EACCES, EMFILE, EROFS}) {
+    for (int nth = 1; nth <= calls; ++nth) {
+      SCOPED_TRACE(testing::Message() << "call " << nth << ", error " << error);
+      WriteText(path_, "old");
+      int answer = 0;
+      {
+        FileFailure failure;
+        failure.FailCall(nth, error);
+        answer = Write(path_, "new words");
+      }
+      EXPECT_TRUE(answer == 0 || answer == error);
+      EXPECT_EQ(ReadText(path_), answer == 0 ? "new words" : "old");
+      EXPECT_EQ(folder_.Listing(), "file");
+      failed += answer != 0 ? 1 : 0;
+    }
+  }
+  // A lock that cannot be had and the last close, of a file that is in place already, are the calls that may fail unseen; and
+  // a failed look at the new staging file is made good by a second try.
+  EXPECT_GE(failed, 5 * (calls - 3));
+}
+
+TEST_F(StagedFileTest, EachCallThatFailsWhileANewFileIsMadeLeavesItOrNothing) {
+  const int calls = CallsOfAWrite(path_);
+  for (int nth = 1; nth <= calls; ++nth) {
+    SCOPED_TRACE(nth);
+    std::filesystem::remove(path_);
+    int answer = 0;
+    {
+      FileFailure failure;
+      failure.FailCall(nth, EIO);
+      answer = Write(path_, "new words");
+    }
+    EXPECT_EQ(folder_.Listing(), answer == 0 ? "file" : "");
+    if (answer == 0) {
+      EXPECT_EQ(ReadText(path_), "new words");
+    }
+  }
+}
+
+TEST_F(StagedFileTest, ALookAtTheOldFileThatFailsDoesNotLoosenItsPermissions) {
+  const mode_t mask = ::umask(022);
+  WriteText(path_, "old");
+  ASSERT_EQ(::chmod(path_.c_str(), 0600), 0);
+  for (int nth = 1; nth <= 4; ++nth) {
+    FileFailure failure;
+    failure.FailCall(FileCall::kStat, nth, EIO);
+    Write(path_, "new");
+    EXPECT_EQ(ModeOf(path_), 0600u) << nth;
+  }
+  ::umask(mask);
+}
+
+TEST_F(StagedFileTest, CallsThatSignalsBreakAreRepeated) {
+  WriteText(path_, "old");
+  const Bytes bytes = Pattern(5000);
+  FileFailure failure;
+  failure.InterruptEveryCall();
+  failure.LimitCount(FileCall::kWrite, 100);
+  EXPECT_EQ(Write(path_, bytes), 0);
+  EXPECT_EQ(ReadBytes(path_), bytes);
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
+TEST_F(StagedFileTest, WhatAKilledWriterLeftIsCleanedByTheNextOne) {
+  WriteText(path_, "old");
+  const int ended = test::RunInChild([&] {
+    StagedFile staged(path_);
+    if (!staged.Begin()) return 1;
+    WriteText(staged.StagingPath(), "half");
+    ::kill(::getpid(), SIGKILL);
+    return 2;
+  });
+  EXPECT_EQ(ended, -SIGKILL);
+  EXPECT_NE(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "old");
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "new");
+}
+
+TEST_F(StagedFileTest, AWriterKilledAtAnyCallLeavesTheOldOrTheNewFileWhole) {
+  const Bytes before = Pattern(3000, 1);
+  const Bytes after = Pattern(5000, 2);
+  int killed = 0;
+  for (int nth = 1;; ++nth) {
+    SCOPED_TRACE(nth);
+    test::WriteBytes(path_, before);
+    const int ended = test::RunInChild([&] {
+      FileFailure failure;
+      failure.LimitCount(FileCall::kWrite, 1000);
+      failure.KillAtCall(nth);
+      return Write(path_, after);
+    });
+    const Bytes found = ReadBytes(path_);
+    if (ended == 0) {
+      EXPECT_EQ(found, after);
+      break;
+    }
+    ASSERT_EQ(ended, -SIGKILL);
+    ++killed;
+    EXPECT_TRUE(found == before || found == after);
+    EXPECT_EQ(Write(path_, "next"), 0);
+    EXPECT_EQ(folder_.Listing(), "file");
+    EXPECT_EQ(ReadText(path_), "next");
+  }
+  EXPECT_GE(killed, 13) << "five writes and at least eight other calls";
+}
+
+TEST_F(StagedFileTest, AFileOfSomebodyElseUnderTheStagingNameIsLeftAlone) {
+  std::string stagingName;
+  {
+    StagedFile staged(path_);
+    ASSERT_TRUE(staged.Begin());
+    stagingName = staged.StagingPath();
+  }
+  std::filesystem::create_directory(stagingName);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(ReadText(path_), "new");
+  EXPECT_TRUE(std::filesystem::is_directory(stagingName));
+  std::filesystem::remove(stagingName);
+  // A link is not followed: what it names keeps its bytes.
+  WriteText(folder_.File("other"), "other");
+  std::filesystem::create_symlink("other", stagingName);
+  EXPECT_EQ(Write(path_, "newer"), 0);
+  EXPECT_EQ(ReadText(folder_.File("other")), "other");
+  EXPECT_TRUE(std::filesystem::is_symlink(stagingName));
+}
+
+TEST_F(StagedFileTest, TwoWritersOfOnePlaceDoNotDisturbEachOther) {
+  StagedFile first(path_);
+  StagedFile second(path_);
+  ASSERT_TRUE(first.Begin());
+  ASSERT_TRUE(second.Begin());
+  EXPECT_NE(first.StagingPath(), second.StagingPath());
+  WriteText(first.StagingPath(), "first");
+  WriteText(second.StagingPath(), "second");
+  EXPECT_TRUE(second.Commit());
+  EXPECT_EQ(ReadText(path_), "second");
+  EXPECT_TRUE(first.Commit());
+  EXPECT_EQ(ReadText(path_), "first");
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
+TEST_F(StagedFileTest, MoreWritersOfOnePlaceThanThereAreNamesForAreRefused) {
+  std::vector<std::unique_ptr<StagedFile>> writers;
+  for (int writer = 0; writer < 64; ++writer) {
+    writers.push_back(std::make_unique<StagedFile>(path_));
+    ASSERT_TRUE(writers.back()->Begin()) << writer;
+  }
+  StagedFile oneMore(path_);
+  EXPECT_FALSE(oneMore.Begin());
+  EXPECT_EQ(oneMore.Error(), EBUSY);
+  writers.pop_back();
+  StagedFile later(path_);
+  EXPECT_TRUE(later.Begin());
+}
+
+// The other writer does in a moment what it may do between two calls of ours: clean up what was abandoned, and begin.
+TEST_F(StagedFileTest, AStagingFileThatTookTheNameMeanwhileIsNotTakenForTheAbandonedOne) {
+  std::string stagingName;
+  {
+    StagedFile staged(path_);
+    ASSERT_TRUE(staged.Begin());
+    stagingName = staged.StagingPath();
+  }
+  WriteText(stagingName, "abandoned");
+  int othersFile = -1;
+  FileFailure calls;
+  calls.RunBefore(FileCall::kLock, 1, [&] {
+    ::unlink(stagingName.c_str());
+    othersFile = ::open(stagingName.c_str(), O_RDWR | O_CREAT | O_EXCL, 0600);
+    ::flock(othersFile, LOCK_EX | LOCK_NB);
+  });
+  StagedFile ours(path_);
+  ASSERT_TRUE(ours.Begin());
+  struct stat others {};
+  ASSERT_EQ(::fstat(othersFile, &others), 0);
+  EXPECT_EQ(InodeOf(stagingName), others.st_ino);
+  EXPECT_NE(ours.StagingPath(), stagingName);
+  ::close(othersFile);
+}
+
+// Another writer may look at the new file before its lock is there; it is then about to remove it.
+TEST_F(StagedFileTest, AStagingFileThatAnotherWriterLockedFirstIsNotUsed) {
+  int held = -1;
+  std::string heldName;
+  FileFailure calls;
+  calls.RunBefore(FileCall::kLock, 1, [&] {
+    heldName = folder_.File(folder_.Listing());
+    held = ::open(heldName.c_str(), O_RDONLY);
+    EXPECT_EQ(::flock(held, LOCK_EX | LOCK_NB), 0);
+  });
+  StagedFile ours(path_);
+  ASSERT_TRUE(ours.Begin());
+  EXPECT_NE(ours.StagingPath(), heldName);
+  ::close(held);
+}
+
+TEST_F(StagedFileTest, AStagingFileRemovedBeforeItsLockIsMadeAgain) {
+  int removed = 0;
+  FileFailure calls;
+  calls.RunBefore(FileCall::kLock, 1, [&] {
+    for (const auto& entry : std::filesystem::directory_iterator(folder_.Path())) {
+      removed += ::unlink(entry.path().c_str()) == 0 ? 1 : 0;
+    }
+  });
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(removed, 1);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "new");
+}
+
+TEST_F(StagedFileTest, WritersInSeveralProcessesLeaveOneWholeFile) {
+  constexpr std::uint32_t kWriters = 4;
+  constexpr int kRounds = 100;
+  constexpr std::size_t kSize = 20000;
+  ASSERT_EQ(Write(path_, Pattern(kSize, 0)), 0);
+  std::vector<std::unique_ptr<ChildProcess>> writers;
+  for (std::uint32_t writer = 0; writer < kWriters; ++writer) {
+    writers.push_back(std::make_unique<ChildProcess>([&, writer] {
+      for (int round = 0; round < kRounds; ++round) {
+        if (Write(path_, Pattern(kSize, writer)) != 0) return 1;
+      }
+      return 0;
+    }));
+  }
+  std::vector<Bytes> possible;
+  for (std::uint32_t writer = 0; writer < kWriters; ++writer) {
+    possible.push_back(Pattern(kSize, writer));
+  }
+  for (int look = 0; look < 200; ++look) {
+    ASSERT_THAT(possible, testing::Contains(ReadBytes(path_))) << look;
+  }
+  for (const auto& writer : writers) EXPECT_EQ(writer->Wait(), 0);
+  EXPECT_THAT(possible, testing::Contains(ReadBytes(path_)));
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
+TEST_F(StagedFileTest, WritersThatAreKilledAtRandomDoNotHarmTheOthers) {
+  constexpr std::size_t kSize = 20000;
+  const Bytes good = Pattern(kSize, 1);
+  ASSERT_EQ(Write(path_, good), 0);
+  ChildProcess steady([&] {
+    for (int round = 0; round < 200; ++round) {
+      if (Write(path_, good) != 0) return 1;
+    }
+    return 0;
+  });
+  for (int nth = 1; nth <= 60; ++nth) {
+    test::RunInChild([&] {
+      FileFailure failure;
+      failure.KillAtCall(1 + nth % 14);
+      return Write(path_, good);
+    });
+    ASSERT_EQ(ReadBytes(path_), good);
+  }
+  EXPECT_EQ(steady.Wait(), 0);
+  // Two writers may have been killed at one time; each later one cleans the name that it takes.
+  StagedFile first(path_);
+  EXPECT_TRUE(first.Begin());
+  EXPECT_EQ(ReadBytes(path_), good);
+}
+
+}  // namespace
+}  // namespace tessaret
