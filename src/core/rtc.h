@@ -71,8 +71,8 @@ class RTC {
   /// Why the last load was refused, with the number of the line in a text file; empty after one that was not.
   [[nodiscard]] const std::string& LastErrorText() const { return lastErrorText_; }
 
-  std::unique_ptr<RtcTable>
-      Table;  // null when empty; look-ups rely on an index of it, so only a load may change it
+  /// Null when empty. Look-ups rely on an index of it, so only a load may change it.
+  std::unique_ptr<RtcTable> Table;
   std::uint32_t KeepDescriptions;  // not 0: descriptions are kept
 
  private:

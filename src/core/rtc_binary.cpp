@@ -43,7 +43,7 @@ std::optional<RtcDraft::Entry> ReadEntry(BoundedReader& keys, BoundedReader& ele
   const TagKey key = keys.Little32().value_or(0);
   const std::uint16_t group = elements.Little16().value_or(0);
   const std::uint16_t element = elements.Little16().value_or(0);
-  const auto typeCode = static_cast<VrCode>(elements.Little32().value_or(0) & 0xFFFF);
+  const auto typeCode = static_cast<VrCode>(elements.Little32().value_or(0));
   // What was a pointer once.
   const bool stepped = elements.Skip(4);
   if (!stepped || key != MakeTagKey(group, element)) return std::nullopt;

@@ -1,0 +1,134 @@
+#include "core/tag_index.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <random>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace tessaret {
+namespace {
+
+using Keys = std::vector<TagKey>;
+
+/// The measure of both ways: looks at every key.
+std::int64_t FirstOf(const Keys& keys, TagKey key) {
+  const auto found = std::find(keys.begin(), keys.end(), key);
+  return found == keys.end() ? -1 : found - keys.begin();
+}
+
+std::int64_t Search(const Keys& keys, TagKey key) {
+  return SearchKeys(keys.data(), static_cast<std::uint32_t>(keys.size()), key);
+}
+
+/// `count` sorted keys, some of them equal.
+Keys RandomKeys(std::mt19937& random, std::size_t count) {
+  Keys keys(count);
+  const TagKey most = static_cast<TagKey>(2 * count);
+  for (TagKey& key : keys) key = 1 + static_cast<TagKey>(random()) % most;
+  std::sort(keys.begin(), keys.end());
+  return keys;
+}
+
+/// Inverse of the index's multiplier modulo 2^32: multiplying by it makes keys whose homes are chosen.
+constexpr std::uint32_t InverseOf(std::uint32_t odd) {
+  std::uint32_t inverse = odd;
+  for (int round = 0; round < 5; ++round) inverse *= 2 - odd * inverse;
+  return inverse;
+}
+static_assert(InverseOf(0x9E3779B1) * 0x9E3779B1 == 1);
+
+/// Sorted keys that all have the same home in any table of up to 2^16 slots.
+Keys CrowdedKeys(std::uint32_t count) {
+  Keys keys;
+  for (std::uint32_t at = 0; at < count; ++at)
+    keys.push_back((0x12340000 + at) * InverseOf(0x9E3779B1));
+  std::sort(keys.begin(), keys.end());
+  return keys;
+}
+
+TEST(SearchKeys, FindsNothingAmongNoKeys) { EXPECT_EQ(Search({}, 5), -1); }
+
+TEST(SearchKeys, AgreesWithLookingAtEveryKeyForEverySizeUpTo100) {
+  std::mt19937 random(1);
+  for (std::size_t count = 1; count <= 100; ++count) {
+    const Keys keys = RandomKeys(random, count);
+    for (TagKey key = 0; key <= 2 * count + 2; ++key) {
+      ASSERT_EQ(Search(keys, key), FirstOf(keys, key)) << count << " keys, key " << key;
+    }
+  }
+}
+
+TEST(SearchKeys, AnswersMinusOneOutsideTheKeysAndBetweenThem) {
+  const Keys keys{10, 20, 30};
+  for (const TagKey key : {0u, 9u, 11u, 25u, 31u, 0xFFFFFFFFu})
+    EXPECT_EQ(Search(keys, key), -1) << key;
+}
+
+TEST(SearchKeys, GivesTheFirstOfEqualKeys) {
+  EXPECT_EQ(Search({5, 5, 5, 5, 5}, 5), 0);
+  EXPECT_EQ(Search({1, 5, 5, 5, 9}, 5), 1);
+}
+
+TEST(TagIndex, IsNotBuiltAtFirst) { EXPECT_FALSE(TagIndex().IsBuilt()); }
+
+TEST(TagIndex, OfNoKeysFindsNothing) {
+  TagIndex index;
+  EXPECT_TRUE(index.Build(nullptr, 0));
+  EXPECT_TRUE(index.IsBuilt());
+  EXPECT_EQ(index.Find(0), -1);
+  EXPECT_EQ(index.Find(0xFFFFFFFF), -1);
+}
+
+TEST(TagIndex, AgreesWithThePlainSearchForEverySizeUpTo100) {
+  std::mt19937 random(2);
+  for (std::size_t count = 1; count <= 100; ++count) {
+    const Keys keys = RandomKeys(random, count);
+    TagIndex index;
+    ASSERT_TRUE(index.Build(keys.data(), static_cast<std::uint32_t>(count)));
+    for (TagKey key = 0; key <= 2 * count + 2; ++key) {
+      ASSERT_EQ(index.Find(key), Search(keys, key)) << count << " keys, key " << key;
+    }
+  }
+}
+
+TEST(TagIndex, HoldsTheSmallestAndTheLargestKey) {
+  const Keys keys{0, 0xFFFFFFFF};
+  TagIndex index;
+  ASSERT_TRUE(index.Build(keys.data(), 2));
+  EXPECT_EQ(index.Find(0), 0);
+  EXPECT_EQ(index.Find(0xFFFFFFFF), 1);
+}
+
+TEST(TagIndex, TakesAnyNumberOfEqualKeys) {
+  const Keys keys(1000, 0x00100010);
+  TagIndex index;
+  ASSERT_TRUE(index.Build(keys.data(), 1000));
+  EXPECT_EQ(index.Find(0x00100010), 0);
+}
+
+TEST(TagIndex, TakesAsManyKeysOfOneHomeAsALookUpMayPass) {
+  const Keys keys = CrowdedKeys(64);
+  TagIndex index;
+  ASSERT_TRUE(index.Build(keys.data(), 64));
+  for (std::uint32_t at = 0; at < 64; ++at) EXPECT_EQ(index.Find(keys[at]), at);
+}
+
+TEST(TagIndex, IsNotBuiltForMoreKeysOfOneHome) {
+  const Keys few{1, 2, 3};
+  const Keys keys = CrowdedKeys(65);
+  TagIndex index;
+  ASSERT_TRUE(index.Build(few.data(), 3));
+  EXPECT_FALSE(index.Build(keys.data(), 65));
+  EXPECT_FALSE(index.IsBuilt());
+}
+
+TEST(TagIndex, RefusesKeysOfOneHomeWithoutGoingThroughAllOfThem) {
+  const Keys keys = CrowdedKeys(60000);
+  TagIndex index;
+  EXPECT_FALSE(index.Build(keys.data(), static_cast<std::uint32_t>(keys.size())));
+}
+
+}  // namespace
+}  // namespace tessaret
