@@ -70,6 +70,19 @@ class Array {
     other.ForgetAccess();
   }
 
+  /// Moves all nodes of `other` before the first one here, likewise.
+  void SpliceFront(Array& other) noexcept {
+    if (other.First == nullptr || &other == this) return;
+    (First != nullptr ? First->previous : Last) = other.Last;
+    other.Last->next = First;
+    First = other.First;
+    ListLength += other.ListLength;
+    other.First = other.Last = nullptr;
+    other.ListLength = 0;
+    other.ForgetAccess();
+    ForgetAccess();
+  }
+
   /// Frees all nodes.
   void Clear() noexcept {
     while (First != nullptr) {

@@ -1,0 +1,35 @@
+// The jobs of the measuring program, one table a family. A new family is a file with its table and a row in main.cpp.
+#pragma once
+
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+namespace tessaret::bench {
+
+struct Job;
+
+/// What a job is run with.
+struct JobContext {
+  const Job& job;
+  std::filesystem::path data;     // folder of all input, only read
+  std::filesystem::path scratch;  // folder for files that the job writes and takes away again
+
+  [[nodiscard]] std::filesystem::path Input() const;
+};
+
+struct Job {
+  std::string_view name;
+  /// Does the job and prints its measures. Throws std::exception when it cannot.
+  void (*run)(const JobContext& context);
+  std::string_view input = {};  // the file or folder in `data` that it works on
+};
+
+inline std::filesystem::path JobContext::Input() const { return data / job.input; }
+
+/// Files: load, header, free, save, round trip.
+std::span<const Job> IoJobs();
+/// The data dictionary: look-ups, and loading either form.
+std::span<const Job> DictionaryJobs();
+
+}  // namespace tessaret::bench

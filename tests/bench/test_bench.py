@@ -1,0 +1,159 @@
+"""The measuring program: its input as an independent reader sees it, and every job once on it."""
+
+import json
+import os
+import pathlib
+import subprocess
+import tempfile
+import unittest
+
+import pydicom
+
+PROGRAM = pathlib.Path(os.environ["TESSARET_BINARY_DIR"]) / "bin" / "tessaret-bench"
+
+# The short input: slices of the series, small files, and regions with contours. A contour holds 93 attributes, the sequence
+# of its image with 2 elements, and 5 attributes; a region 2 attributes and the sequence of contours; the data set 12
+# attributes and the sequence of regions.
+SLICES = 8
+TINY_FILES = 20
+MANY_ELEMENTS = 12 + 1 + 2 * (2 + 1 + 5 * (93 + 1 + 2 + 5))
+
+IO_JOBS = (
+    [f"io.big.{what}" for what in ("load", "header", "save", "roundtrip")]
+    + [f"io.{what}.{how}" for what in ("ct400e", "ct400i", "tiny") for how in ("load", "header")]
+    + [f"io.{what}.{how}" for what in ("manye", "manyi", "manyd") for how in ("load", "free", "save", "roundtrip")]
+)
+OWN_JOBS = ["own.dictionary.lookup", "own.dictionary.text", "own.dictionary.binary"]
+
+
+def count_elements(dataset):
+    return sum(1 + sum(map(count_elements, element.value if element.VR == "SQ" else ())) for element in dataset)
+
+
+class Bench(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        folder = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(folder.cleanup)
+        cls.input = pathlib.Path(folder.name) / "input"
+        cls.scratch = pathlib.Path(folder.name) / "scratch"
+        cls.scratch.mkdir()
+        made = cls.program("make", cls.input, "--short")
+        assert made.returncode == 0, made.stderr
+
+    @staticmethod
+    def program(*arguments, **environment):
+        return subprocess.run([PROGRAM, *arguments], env={**os.environ, **environment}, capture_output=True, text=True,
+                              check=False)
+
+    def measure(self, job, repetitions="1", budget="0.05"):
+        result = self.program(job, self.input, self.scratch, BENCH_REPS=repetitions, BENCH_BUDGET=budget)
+        self.assertEqual(result.returncode, 0, result.stderr)
+        return [json.loads(line) for line in result.stdout.splitlines()]
+
+    def check_of(self, job):
+        return self.measure(job)[0]["check"]
+
+    def files(self, name):
+        return sorted((self.input / name).iterdir())
+
+    def test_lists_each_job_once(self):
+        listed = self.program("list").stdout.split()
+        self.assertCountEqual(listed, IO_JOBS + OWN_JOBS)
+
+    def test_every_job_prints_its_measures_and_leaves_nothing_behind(self):
+        for job in self.program("list").stdout.split():
+            with self.subTest(job=job):
+                for row in self.measure(job):
+                    self.assertTrue(row["job"].startswith(job))
+                    self.assertEqual(row["peer"], "tessaret")
+                    self.assertIn(row["unit"], ("s", "ns"))
+                    self.assertTrue(all(sample > 0 for sample in row["samples"]))
+                    self.assertGreater(row["peak_kib"], 0)
+                self.assertEqual(list(self.scratch.iterdir()), [])
+
+    def test_takes_as_many_samples_as_the_environment_wants(self):
+        self.assertEqual(len(self.measure("io.big.header", repetitions="7", budget="20")[0]["samples"]), 7)
+
+    def test_takes_one_sample_where_the_budget_is_used_up(self):
+        self.assertEqual(len(self.measure("io.manye.load", repetitions="7", budget="0")[0]["samples"]), 1)
+
+    def test_makes_all_forms_of_the_many_elements_alike(self):
+        for name in ("MANYE", "MANYI", "MANYD"):
+            with self.subTest(name=name):
+                self.assertEqual(count_elements(pydicom.dcmread(self.input / name)), MANY_ELEMENTS)
+                self.assertEqual(self.check_of(f"io.{name.lower()}.load"), MANY_ELEMENTS)
+
+    def test_states_the_lengths_of_sequences_in_one_form_only(self):
+        for name, undefined in (("MANYE", True), ("MANYI", True), ("MANYD", False)):
+            with self.subTest(name=name):
+                sequence = pydicom.dcmread(self.input / name)[0x3006, 0x0039]
+                self.assertEqual(sequence.is_undefined_length, undefined)
+                self.assertEqual(sequence.value[0].is_undefined_length_sequence_item, undefined)
+
+    def test_writes_the_elements_again_that_it_has_read(self):
+        for name in ("MANYE", "MANYI"):
+            with self.subTest(name=name):
+                self.assertEqual(self.check_of(f"io.{name.lower()}.save"), (self.input / name).stat().st_size)
+                self.assertEqual(self.check_of(f"io.{name.lower()}.roundtrip"), (self.input / name).stat().st_size)
+
+    def test_counts_the_pixel_data_of_a_load_and_not_of_a_header(self):
+        elements = count_elements(pydicom.dcmread(self.input / "BIG"))
+        self.assertEqual(self.check_of("io.big.load"), elements)
+        self.assertEqual(self.check_of("io.big.header"), elements - 1)
+
+    def test_makes_series_of_files_that_differ_in_their_place(self):
+        for name, count in (("CT400E", SLICES), ("CT400I", SLICES), ("TINY", TINY_FILES)):
+            with self.subTest(name=name):
+                instances = [pydicom.dcmread(path) for path in self.files(name)]
+                self.assertEqual(len({instance.SOPInstanceUID for instance in instances}), count)
+                self.assertEqual(sorted(instance.InstanceNumber for instance in instances), list(range(1, count + 1)))
+                self.assertEqual(len({instance.SliceLocation for instance in instances}), count)
+                self.assertEqual(len({instance.SeriesInstanceUID for instance in instances}), 1)
+
+    def test_makes_the_pixels_of_a_series_those_of_the_multi_frame_file(self):
+        frames = pydicom.dcmread(self.input / "BIG").PixelData
+        slices = sorted((pydicom.dcmread(path) for path in self.files("CT400I")), key=lambda ct: ct.InstanceNumber)
+        self.assertEqual(b"".join(ct.PixelData for ct in slices), frames)
+
+    def test_asks_each_file_for_its_uid(self):
+        for name in ("CT400E", "CT400I", "TINY"):
+            letters = sum(len(pydicom.dcmread(path).SOPInstanceUID) for path in self.files(name))
+            for how in ("load", "header"):
+                with self.subTest(name=name, how=how):
+                    self.assertEqual(self.check_of(f"io.{name.lower()}.{how}"), letters)
+
+    def test_finds_every_known_tag_in_either_form_of_the_dictionary(self):
+        known, _ = self.measure("own.dictionary.lookup")
+        self.assertEqual(known["check"], 65536)
+        self.assertEqual(self.check_of("own.dictionary.binary"), self.check_of("own.dictionary.text"))
+
+    def test_leaves_input_alone_that_is_whole(self):
+        before = {path: path.stat().st_mtime_ns for path in self.input.rglob("*")}
+        self.assertEqual(self.program("make", self.input, "--short").returncode, 0)
+        self.assertEqual({path: path.stat().st_mtime_ns for path in self.input.rglob("*")}, before)
+
+    def test_makes_input_again_that_was_left_half_done(self):
+        with tempfile.TemporaryDirectory() as folder:
+            input_folder = pathlib.Path(folder)
+            (input_folder / "TINY").mkdir()
+            (input_folder / "TINY" / "left over").touch()
+            self.assertEqual(self.program("make", input_folder, "--short").returncode, 0)
+            self.assertEqual(len(list((input_folder / "TINY").iterdir())), TINY_FILES)
+
+    def test_ends_with_77_for_a_job_of_another_program(self):
+        self.assertEqual(self.program("net.echo", self.input, self.scratch).returncode, 77)
+
+    def test_ends_with_1_and_words_where_the_input_is_missing(self):
+        result = self.program("io.big.load", self.scratch, self.scratch)
+        self.assertEqual(result.returncode, 1)
+        self.assertIn("BIG", result.stderr)
+
+    def test_ends_with_2_for_arguments_that_it_does_not_know(self):
+        for arguments in ((), ("make",), ("make", self.input, "--long"), ("io.big.load",)):
+            with self.subTest(arguments=arguments):
+                self.assertEqual(self.program(*arguments).returncode, 2)
+
+
+if __name__ == "__main__":
+    unittest.main()
