@@ -1,5 +1,6 @@
 #include "core/dicom_object.h"
 
+#include <algorithm>
 #include <vector>
 
 #include "base/byte_order.h"
@@ -34,7 +35,8 @@ std::unique_ptr<ItemArray, ItemArrayDestroyer> EmptyTwins(const ItemArray& items
   return twins;
 }
 
-void CopyElements(const PendingCopy& copy, bool deep, std::vector<PendingCopy>& pending) {
+void CopyElements(const PendingCopy copy, bool deep, std::vector<PendingCopy>& pending) {
+  const auto before = static_cast<std::ptrdiff_t>(pending.size());
   copy.target->Elements.Reserve(copy.source->Elements.Size());
   copy.source->Elements.ForEach([&](const VR& element) {
     auto twin = std::make_unique<VR>(element, deep, VR::WithoutItems{});
@@ -42,6 +44,8 @@ void CopyElements(const PendingCopy& copy, bool deep, std::vector<PendingCopy>& 
     copy.target->Push(twin.get());
     twin.release();
   });
+  // The last one pending is copied next: the first item, so that the copy lies in memory in the order of a walk.
+  std::reverse(pending.begin() + before, pending.end());
 }
 
 /// Copies everything that is pending and what comes up below it, one level at a time instead of by recursion.
@@ -63,12 +67,16 @@ ItemArray* CloneItems(const ItemArray& items, bool deep) {
 }
 
 void DestroyItems(ItemArray& items) noexcept {
-  // Whatever hangs below an item joins the list before the item goes, so no destructor ever meets nesting.
+  // Whatever hangs below an item joins the list before the item goes, so no destructor ever meets nesting. It joins at the
+  // front: blocks freed in the order in which they were made serve the next object in that order too, and one that walks
+  // memory at random takes many times as long to fill.
   while (items.First != nullptr) {
     DICOMObject* item = items.First->value;
     items.RemoveAt(0);
     if (item == nullptr) continue;
-    item->DestroyElements(items);
+    ItemArray nested;
+    item->DestroyElements(nested);
+    items.SpliceFront(nested);
     delete item;
   }
 }

@@ -32,11 +32,17 @@ struct VR {
 
   /// A new element of `length` bytes, an odd length raised by one (0xFFFFFFFF, which cannot be raised, is refused with
   /// std::bad_alloc). With `allocate` Data is a new array of that size, uninitialised but for the pad byte of an odd
-  /// length, which is NUL; otherwise Data is null. Throws std::bad_alloc when there is no memory for the bytes.
+  /// length, which is NUL; otherwise, and with `length` 0, Data is null. Throws std::bad_alloc when there is no memory for
+  /// the bytes.
   VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, bool allocate);
 
-  /// A copy in one of two depths: tag, Length and TypeCode are copied; Moved becomes true and StreamPosition 0. Deep: bytes and ValueTag are copied and
-  /// OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items are new objects in both cases.
+  /// Any other pointer would pass for the order to allocate.
+  template <class T>
+  VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, const T* data) = delete;
+
+  /// A copy in one of two depths: tag, Length and TypeCode are copied; Moved becomes true and StreamPosition 0. Deep: bytes
+  /// and ValueTag are copied and OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items are new
+  /// objects in both cases. Throws std::bad_alloc.
   VR(const VR& source, bool deep);
 
   /// The same for the element alone: Items stays null.
@@ -64,11 +70,13 @@ struct VR {
 
   /// Frees own bytes and items and takes Length, Data, OwnsData, TypeCode and Items from `source`, which is left with
   /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source or another
-  /// tag. Replacing an element by itself changes nothing and answers true.
+  /// tag. Replacing an element by itself changes nothing and answers true. The source may hang below this element, and dies
+  /// with what was here then; it may be a shallow copy of this element, whose bytes stay.
   bool ReplaceFrom(VR* source);
 
   /// Hands value and items over to `target`: pushes a new VR of this tag that takes Length, Data and OwnsData, then
-  /// pushes every item. False, and nothing changes, when Length and Moved are both 0 or `target` is null.
+  /// pushes every item. False, and nothing changes, when Length and Moved are both 0, when `target` is null or refuses the
+  /// element, and without memory. An element that lies in `target` already stays there: true.
   bool MoveToObject(DICOMObject* target);
 
   /// 0 when there are no Items.
@@ -107,20 +115,20 @@ struct VR {
 
   std::uint16_t Group = 0;    // host order
   std::uint16_t Element = 0;  // host order
-  std::uint32_t Length =
-      0;  // bytes in Data; of a sequence the length as read, 0 when it was undefined
+  // Bytes in Data; of a sequence the length as read, 0 when it was undefined.
+  std::uint32_t Length = 0;
   std::uint8_t* Data = nullptr;  // value bytes, not terminated
-  std::uint32_t OwnsData =
-      1;  // not 0: Data is freed with array delete when this dies, unless it is Small
-  std::uint32_t Moved =
-      0;  // set on the source of a hand-over and on a copy; MoveToObject looks at it
+  // Not 0: Data is freed with array delete when this dies, unless it is Small.
+  std::uint32_t OwnsData = 1;
+  // Set on the source of a hand-over and on a copy; MoveToObject looks at it.
+  std::uint32_t Moved = 0;
   ItemArray* Items = nullptr;  // null for an element that is not a sequence
   std::uint32_t ValueTag = 0;  // travels with the bytes of a deep copy
   VrCode TypeCode = type_code::kNone;
-  std::uint32_t StreamPosition =
-      0;  // offset of the first tag byte in the stream read; 0 when made in memory
-  std::uint8_t
-      Small[16];  // where a short value that was parsed lies, so that it costs no allocation
+  // Offset of the first tag byte in the stream read; 0 when made in memory.
+  std::uint32_t StreamPosition = 0;
+  // Where a short value that was parsed lies, so that it costs no allocation.
+  std::uint8_t Small[32];
 };
 
 }  // namespace tessaret
