@@ -8,6 +8,8 @@ namespace tessaret {
 namespace {
 
 constexpr std::uint32_t kLargestLowLevelRead = 1024;
+// What InSize and OutSize can count.
+constexpr std::uint32_t kMostWaiting = std::numeric_limits<std::int32_t>::max();
 // The size to which an overfull chunk is followed, whatever BreakSize says.
 constexpr std::uint32_t kFollowingChunk = 32600;
 
@@ -62,7 +64,9 @@ void Buffer::DropIncoming() {
 
 bool Buffer::PullChunk(std::uint32_t most) {
   std::array<std::uint8_t, kLargestLowLevelRead> block;
-  const std::uint32_t ask = std::min(most, kLargestLowLevelRead);
+  const std::uint32_t ask =
+      std::min({most, kLargestLowLevelRead, kMostWaiting - Buffer::Available()});
+  if (ask == 0) return false;
   std::int64_t got = 0;
   while (got == 0) got = ReadBinary(block.data(), ask);
   if (got < 0) return false;
@@ -72,8 +76,8 @@ bool Buffer::PullChunk(std::uint32_t most) {
 
 std::int64_t Buffer::Read(void* data, std::uint32_t count) {
   // InSize could not count what such a request would have to gather.
-  if (count > static_cast<std::uint32_t>(std::numeric_limits<std::int32_t>::max())) return 0;
-  while (static_cast<std::uint32_t>(std::max(InSize, 0)) < count) {
+  if (count > kMostWaiting) return 0;
+  while (Buffer::Available() < count) {
     // Bytes that waited before a request that cannot be met stay for a smaller one.
     if (!PullChunk(PositiveOr(BreakSize, kLargestLowLevelRead))) return 0;
   }
@@ -123,6 +127,10 @@ BufferSpace& Buffer::OpenChunk(std::uint32_t size) {
 }
 
 bool Buffer::WriteAcrossChunks(const void* data, std::uint32_t count) {
+  // No write that stays within a chunk can bring OutSize to its end, since room for whole chunks is kept here.
+  const std::uint64_t opened = std::max(PositiveOr(BreakSize, kFollowingChunk), kFollowingChunk);
+  if (static_cast<std::uint64_t>(std::max(OutSize, 0)) + count + opened > kMostWaiting)
+    throw std::bad_alloc();
   if (Outgoing.ListLength == 0) OpenChunk(PositiveOr(BreakSize, kFollowingChunk));
   const auto* from = static_cast<const std::uint8_t*>(data);
   while (count > 0) {
@@ -184,13 +192,11 @@ bool Buffer::Flush() {
 }
 
 bool Buffer::Fill(std::uint32_t count) {
+  if (count > kMostWaiting - Buffer::Available()) return false;
   const std::int64_t target = std::int64_t{InSize} + count;
-  SetBreakSize(static_cast<std::int32_t>(
-      std::min<std::uint32_t>(count, std::numeric_limits<std::int32_t>::max())));
+  SetBreakSize(static_cast<std::int32_t>(count));
   while (InSize < target && !IsEnd()) {
-    const std::int64_t missing = target - InSize;
-    SetBreakSize(static_cast<std::int32_t>(
-        std::min<std::int64_t>(missing, std::numeric_limits<std::int32_t>::max())));
+    SetBreakSize(static_cast<std::int32_t>(target - InSize));
     if (!PullChunk(static_cast<std::uint32_t>(BreakSize))) return false;
   }
   return SetBreakSize(kDefaultBreakSize);

@@ -49,7 +49,7 @@ class Buffer {
   /// How many bytes the stream holds in all, -1 when it does not say. The readers check lengths against it.
   virtual std::int64_t Total();
   /// Reads `count` bytes out of the chunks, pulling more through ReadBinary. 1 on success; 0 when the stream ended first,
-  /// with what has come still waiting, and for a `count` of 0.
+  /// with what has come still waiting, for a `count` of 0, and for one of 2^31 or more, which cannot wait at once.
   virtual std::int64_t Read(void* data, std::uint32_t count);
   /// How many bytes can be read now.
   virtual std::uint32_t Available();
@@ -62,7 +62,8 @@ class Buffer {
   bool Read16(std::uint16_t* value);
   bool Read32(std::uint32_t* value);
 
-  /// Appends bytes to the outgoing chunks. True. Throws std::bad_alloc.
+  /// Appends bytes to the outgoing chunks. True. Throws std::bad_alloc, also when more would wait than OutSize can count
+  /// with a chunk to spare: a message is never cut short.
   bool Write(const void* data, std::uint32_t count) {
     BufferSpace* last = Outgoing.Last == nullptr ? nullptr : Outgoing.Last->value;
     if (last == nullptr || last->Size - last->Index <= count) return WriteAcrossChunks(data, count);
@@ -92,7 +93,7 @@ class Buffer {
   /// with those behind it.
   bool Flush();
   /// Makes at least `count` further bytes wait in Incoming, or all that come before the end. False when ReadBinary answered
-  /// -1, with what came until then waiting.
+  /// -1, with what came until then waiting, and at once when more would wait than InSize can count.
   bool Fill(std::uint32_t count);
 
   /// Takes `count` bytes that wait in Incoming out of their chunks, into `to` or, with null, nowhere.

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <memory>
 
 #include "core/data_set_coder.h"
 #include "core/explicit_length_buffer.h"
@@ -46,7 +47,10 @@ class BufferInput {
   [[nodiscard]] std::uint32_t LeftInView() const {
     return view_ == nullptr ? kUndefinedLength : view_->LeftInViews();
   }
-  std::uint64_t SuppliesAtMost() { return buffer_.SuppliesAtMost(); }
+  /// What the stream itself vouches for: the length of a view is only what its element claims.
+  std::uint64_t SuppliesAtMost() {
+    return view_ == nullptr ? buffer_.SuppliesAtMost() : view_->Beneath().SuppliesAtMost();
+  }
   std::int64_t Total() { return buffer_.Total(); }
 
   /// Parses what follows into `object`: all up to a delimiter, or the next `length` bytes when that is defined.
@@ -54,8 +58,9 @@ class BufferInput {
   bool ReadNested(Reader&, DICOMObject& object, ElementForm form, std::int32_t depth,
                   std::uint32_t length) {
     if (length == kUndefinedLength) return Dispatch(buffer_, object, form, depth);
-    ExplicitLengthBuffer view(buffer_, length);
-    return Dispatch(view, object, form, depth);
+    // Not on the stack, which holds a call for every level.
+    const auto view = std::make_unique<ExplicitLengthBuffer>(buffer_, length);
+    return Dispatch(*view, object, form, depth);
   }
 
   template <class Reader>

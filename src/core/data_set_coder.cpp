@@ -8,25 +8,34 @@
 namespace tessaret {
 namespace {
 
+// Each way to read has a frame of its own: through streams every level of nesting is another call, and the stack is to hold
+// all that kMaxNesting allows.
+
+template <class Read, class... Source>
+[[gnu::noinline]] bool ReadInPlace(DataSetCoder& coder, Read& read, Source&... source) {
+  WindowInput input(source...);
+  ElementReader reader(coder, input);
+  return read(reader);
+}
+
+template <class Read>
+[[gnu::noinline]] bool ReadThroughStream(DataSetCoder& coder, Read& read, Buffer& buffer) {
+  BufferInput input(coder, buffer);
+  ElementReader reader(coder, input);
+  return read(reader);
+}
+
 /// Runs `read` on an ElementReader over the quickest input that the buffer allows.
 template <class Read>
 bool WithReader(DataSetCoder& coder, Buffer& buffer, Read read) {
   if (auto* file = dynamic_cast<FileBuffer*>(&buffer); file != nullptr) {
-    if (FileStream* stream = file->LendStream(); stream != nullptr) {
-      WindowInput input(*file, *stream);
-      ElementReader reader(coder, input);
-      return read(reader);
-    }
+    if (FileStream* stream = file->LendStream(); stream != nullptr)
+      return ReadInPlace(coder, read, *file, *stream);
   } else if (auto* memory = dynamic_cast<MemoryBuffer*>(&buffer); memory != nullptr) {
-    if (const std::uint8_t* block = memory->LendBlock(); block != nullptr) {
-      WindowInput input(*memory, block);
-      ElementReader reader(coder, input);
-      return read(reader);
-    }
+    if (const std::uint8_t* block = memory->LendBlock(); block != nullptr)
+      return ReadInPlace(coder, read, *memory, block);
   }
-  BufferInput input(coder, buffer);
-  ElementReader reader(coder, input);
-  return read(reader);
+  return ReadThroughStream(coder, read, buffer);
 }
 
 void TraceStart(std::string_view words) {
@@ -37,11 +46,15 @@ void TraceStart(std::string_view words) {
 
 DataSetCoder::~DataSetCoder() = default;
 
-void DataSetCoder::SetError(const char* text) {
+void DataSetCoder::SetError(const char* text) noexcept {
   if (text == nullptr) {
     errorText_.reset();
-  } else {
+    return;
+  }
+  try {
     errorText_ = text;
+  } catch (const std::bad_alloc&) {
+    errorText_ = "No memory";  // short enough to need none
   }
 }
 
@@ -52,6 +65,7 @@ bool DataSetCoder::Stop(const ParseStop& stop) {
 
 bool DataSetCoder::Implicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object,
                                               std::int32_t depth) {
+  if (depth == 0) stop_ = {};
   return WithReader(*this, buffer, [&](auto& reader) {
     return reader.ReadLevel(object, ElementForm::kImplicit, depth);
   });
@@ -76,6 +90,7 @@ bool DataSetCoder::ImplicitLittleOut(DICOMObject& object, Buffer& buffer) {
 
 bool DataSetCoder::Explicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object,
                                               std::int32_t depth) {
+  if (depth == 0) stop_ = {};
   return WithReader(*this, buffer, [&](auto& reader) {
     return reader.ReadLevel(object, ElementForm::kExplicit, depth);
   });
@@ -112,6 +127,7 @@ bool DataSetCoder::ExplicitBigOut(DICOMObject& object, Buffer& buffer) {
 
 bool DataSetCoder::File_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object, std::int32_t code,
                                           bool loadPixels) {
+  stop_ = {};
   return WithReader(*this, buffer,
                     [&](auto& reader) { return reader.ReadFile(object, code, loadPixels); });
 }

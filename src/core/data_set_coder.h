@@ -104,7 +104,7 @@ class DataSetCoder {
   /// The system's error number when the last save could not open its place, which has no words; otherwise 0.
   [[nodiscard]] int LastOpenError() const { return systemError_; }
   /// Replaces the words; null clears them.
-  void SetError(const char* text);
+  void SetError(const char* text) noexcept;
   /// How the last parse ended.
   [[nodiscard]] const ParseStop& LastStop() const { return stop_; }
   /// Notes why a parse ends. The first note counts: it comes from the innermost level. Always false.
@@ -116,9 +116,13 @@ class DataSetCoder {
   std::string CallingAETitle;
 
  private:
+  std::unique_ptr<DICOMDataObject> LoadFrom(FileBuffer& buffer, const char* path, bool loadPixels,
+                                            bool strict);
   /// Puts what `encode(FileBuffer&)` writes at `path`, whole or not at all.
   template <class Encode>
   bool SaveWhole(const char* path, FileBuffer* fileBuffer, Encode encode);
+  template <class Encode>
+  bool SaveStaged(const char* path, FileBuffer& buffer, Encode encode);
 
   std::optional<std::string> errorText_;
   ParseStop stop_;

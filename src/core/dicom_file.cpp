@@ -60,16 +60,22 @@ bool SaveError(DataSetCoder& coder, int error) {
   return false;
 }
 
-void SendStart(FileBuffer& buffer) {
+bool SendStart(FileBuffer& buffer) {
   std::array<std::uint8_t, kMarkEnd> start{};
   std::copy(kMark.begin(), kMark.end(), start.begin() + kPreambleSize);
-  buffer.SendBinary(start.data(), kMarkEnd);
+  return buffer.SendBinary(start.data(), kMarkEnd) != 0;
+}
+
+/// Drops what a failed save left waiting: the next one through the same stream is not to write it.
+void DropOutgoing(Buffer& buffer) {
+  for (auto* node = buffer.Outgoing.First; node != nullptr; node = node->next) delete node->value;
+  buffer.Outgoing.Clear();
+  buffer.OutSize = 0;
 }
 
 bool Encode(DataSetCoder& coder, std::int32_t mode, DICOMObject& object, FileBuffer& buffer) {
   if (mode == 1) return coder.ImplicitLittleOut(object, buffer);
-  SendStart(buffer);
-  if (!coder.AddMetaHeader(object, mode)) return false;
+  if (!SendStart(buffer) || !coder.AddMetaHeader(object, mode)) return false;
   return mode == 2 ? coder.ImplicitLittleOut(object, buffer)
                    : coder.File_ParseDCMIntoRawVR(object, buffer, kExplicitLittle);
 }
@@ -79,7 +85,7 @@ bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& so
   // The writer takes what it may empty; told to keep it, it changes nothing but the padding of UIDs.
   auto& object = const_cast<DICOMObject&>(source);
   ElementWriter writer(coder, buffer, ElementWriter::After::kKeep);
-  if (mode != 1) SendStart(buffer);
+  if (mode != 1 && !SendStart(buffer)) return false;
   if (mode != 3) {
     if (IsDumping(kDumpParse)) AppendToDump(parse_trace::kImplicitLittleOut);
     buffer.SetOutEndian(kLittleEndian);
@@ -98,7 +104,16 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool l
   SetError(nullptr);
   stop_ = {};
   FileBuffer local;
-  FileBuffer& buffer = fileBuffer != nullptr ? *fileBuffer : local;
+  try {
+    return LoadFrom(fileBuffer != nullptr ? *fileBuffer : local, path, loadPixels, strict);
+  } catch (const std::exception&) {
+    SetError(kParseError);
+    return nullptr;
+  }
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, const char* path,
+                                                        bool loadPixels, bool strict) {
   if (!buffer.OpenForRead(path)) {
     SetError(buffer.ErrorText().c_str());
     return nullptr;
@@ -123,17 +138,16 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool l
     return nullptr;
   }
   FileMode = true;
-  try {
-    object->Elements.Reserve(kUsualElements);
-    for (;;) {
-      if (FillAhead(buffer) && buffer.HasError()) break;
-      if (!File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) break;
-      if (buffer.IsEnd() && !buffer.HasError()) break;
-      if (ErrorText() != nullptr) break;
-    }
-  } catch (const std::exception&) {
-    SetError(kParseError);
-    return nullptr;
+  object->Elements.Reserve(kUsualElements);
+  for (;;) {
+    const std::uint32_t before = buffer.Position;
+    if (FillAhead(buffer) && buffer.HasError()) break;
+    if (!File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) break;
+    // At the end of the file bytes may still wait, behind a stray delimiter.
+    if (buffer.IsEnd() && buffer.InSize == 0 && !buffer.HasError()) break;
+    if (ErrorText() != nullptr) break;
+    // A parse that read nothing will read nothing the next time either.
+    if (buffer.Position == before) break;
   }
   if (buffer.HasError()) SetError(buffer.ErrorText().c_str());
   if (ErrorText() != nullptr) return nullptr;
@@ -177,27 +191,38 @@ template <class Encode>
 bool DataSetCoder::SaveWhole(const char* path, FileBuffer* fileBuffer, Encode encode) {
   SetError(nullptr);
   systemError_ = 0;
+  FileBuffer local;
+  FileBuffer& buffer = fileBuffer != nullptr ? *fileBuffer : local;
+  bool saved = false;
   try {
-    StagedFile staged(path);
-    FileBuffer local;
-    FileBuffer& buffer = fileBuffer != nullptr ? *fileBuffer : local;
-    // A place that cannot be opened gets no words of its own, only the number.
-    if (!staged.Begin()) {
-      systemError_ = staged.Error();
-      return false;
-    }
-    if (!buffer.OpenForWrite(staged.StagingPath().c_str())) return false;
-    const bool encoded = encode(buffer) && buffer.Flush();
-    buffer.Close();
-    if (buffer.HasError()) {
-      SetError(buffer.ErrorText().c_str());
-      return false;
-    }
-    return encoded && (staged.Commit() || SaveError(*this, staged.Error()));
+    saved = SaveStaged(path, buffer, encode);
   } catch (const std::exception&) {
+    buffer.Close();
     SetError("Not enough memory to save the object");
+  }
+  if (!saved) DropOutgoing(buffer);
+  // A big endian file is over now; what is read or written next through this stream is not to be turned round.
+  buffer.SetOutEndian(kLittleEndian);
+  return saved;
+}
+
+template <class Encode>
+bool DataSetCoder::SaveStaged(const char* path, FileBuffer& buffer, Encode encode) {
+  StagedFile staged(path);
+  // A place that cannot be opened gets no words of its own, only the number.
+  if (!staged.Begin()) {
+    systemError_ = staged.Error();
     return false;
   }
+  if (!buffer.OpenForWrite(staged.StagingPath().c_str())) return false;
+  buffer.SetOutEndian(kLittleEndian);
+  const bool encoded = encode(buffer) && buffer.Flush();
+  buffer.Close();
+  if (buffer.HasError()) {
+    SetError(buffer.ErrorText().c_str());
+    return false;
+  }
+  return encoded && (staged.Commit() || SaveError(*this, staged.Error()));
 }
 
 bool DataSetCoder::SaveFile(const char* path, std::int32_t mode, DICOMObject& object,

@@ -9,6 +9,10 @@ namespace {
 
 // Moving 512 entries of 16 bytes costs about as much as a walk down a large tree.
 constexpr std::size_t kMostEntriesToMove = 512;
+// An entry that leaves makes nothing grow, so an array stays one for longer: closing up behind it takes some microseconds.
+constexpr std::size_t kMostEntriesToCloseUp = 8192;
+// So many popped entries may lie before those in use, even when they are more than these.
+constexpr std::size_t kMostPoppedEntries = 4096;
 
 // An array of a size that the top level of an image needs is kept for the next one on this thread. The allocator answers
 // a request of that size by tidying up all the small blocks that the values of the last object left, again and again.
@@ -41,6 +45,20 @@ void ElementMap::BecomeTree() {
   std::vector<Entry>().swap(flat_);
   head_ = 0;
   tree_ = std::move(tree);
+}
+
+bool ElementMap::TryToBecomeTree() noexcept {
+  try {
+    BecomeTree();
+    return true;
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+void ElementMap::DropPopped() noexcept {
+  flat_.erase(flat_.begin(), flat_.begin() + static_cast<std::ptrdiff_t>(head_));
+  head_ = 0;
 }
 
 std::size_t ElementMap::LowerBound(TagKey key) const {
@@ -82,10 +100,9 @@ VR* ElementMap::PopFirst() noexcept {
     return vr;
   }
   VR* vr = flat_[head_++].vr;
-  if (head_ == flat_.size()) {
-    flat_.clear();
-    head_ = 0;
-  }
+  // Popped entries make room again at the end of a walk, and while elements come and go without one.
+  if (head_ == flat_.size() || (head_ > kMostPoppedEntries && head_ > flat_.size() / 2))
+    DropPopped();
   return vr;
 }
 
@@ -101,6 +118,7 @@ VR* ElementMap::Remove(TagKey key) noexcept {
   if (!Holds(at, key)) return nullptr;
   VR* vr = flat_[at].vr;
   if (at == head_) return PopFirst();
+  if (flat_.size() - at > kMostEntriesToCloseUp && TryToBecomeTree()) return Remove(key);
   flat_.erase(flat_.begin() + static_cast<std::ptrdiff_t>(at));
   return vr;
 }
@@ -110,7 +128,9 @@ void ElementMap::Reserve(std::size_t count) {
   if (flat_.capacity() == 0 && count >= kLeastEntriesToKeep) {
     if (auto* idle = Idle(); idle != nullptr && count <= idle->capacity()) flat_ = std::move(*idle);
   }
-  flat_.reserve(flat_.size() + count);
+  // Never by a little, so that many small additions do not copy everything each time.
+  const std::size_t needed = flat_.size() + count;
+  if (needed > flat_.capacity()) flat_.reserve(std::max(needed, 2 * flat_.capacity()));
 }
 
 void ElementMap::Clear() noexcept {

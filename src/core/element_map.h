@@ -94,6 +94,8 @@ class ElementMap {
   }
   VR** InsertLate(TagKey key);
   void BecomeTree();
+  bool TryToBecomeTree() noexcept;
+  void DropPopped() noexcept;
 
   std::vector<Entry> flat_;     // in use while tree_ is null
   std::size_t head_ = 0;        // entries before it have been popped

@@ -7,6 +7,7 @@
 
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 
 #include "base/byte_order.h"
@@ -60,18 +61,18 @@ class ElementReader {
 
   /// Reads a file: meta header, then the data set in the syntax that it names.
   bool ReadFile(DICOMObject& object, std::int32_t code, bool loadPixels) {
+    readsFile_ = true;
     in_.SetBigEndian(IsBigEndian(code));
-    bool inMeta = coder_.FileMode;
-    std::int64_t metaRemaining = 0;
-    std::optional<std::string> pendingSyntax;
+    Meta meta;
+    meta.within = coder_.FileMode;
     while (in_.Available()) {
       Head head;
       head.position = in_.Position();
       if (!in_.Read16(head.group)) return Truncated(head);
-      if (!inMeta || head.group >= 3) {
-        inMeta = false;
-        if (pendingSyntax && !SwitchSyntax(*pendingSyntax, code, head)) return false;
-        pendingSyntax.reset();
+      if (!meta.within || head.group >= 3) {
+        meta.within = false;
+        if (meta.syntax && !SwitchSyntax(*meta.syntax, code, head)) return false;
+        meta.syntax.reset();
       }
       if (!in_.Read16(head.element)) return Truncated(head);
       const ElementForm form = IsImplicit(code) ? ElementForm::kImplicit : ElementForm::kExplicit;
@@ -81,10 +82,10 @@ class ElementReader {
         continue;
       }
       if (!ReadFileHead(head, form)) return Truncated(head);
-      if (head.Key() == kPixelDataTag && !inMeta && !loadPixels) return LeavePixels(object, head);
-      if (inMeta) {
-        if (!ReadMetaElement(object, head, form, inMeta, metaRemaining, pendingSyntax))
-          return false;
+      if (head.Key() == kPixelDataTag && !meta.within && !loadPixels)
+        return LeavePixels(object, head);
+      if (meta.within) {
+        if (!ReadMetaElement(object, head, form, meta)) return false;
       } else if (head.Key() == kTransferSyntaxTag) {
         // Behind the counted meta header the element says nothing about this stream and is not kept.
         DICOMObject passing;
@@ -127,6 +128,15 @@ class ElementReader {
     VrCode type = type_code::kNone;
     std::uint32_t length = 0;
     [[nodiscard]] TagKey Key() const { return MakeTagKey(group, element); }
+  };
+
+  /// How far the meta header has come.
+  struct Meta {
+    bool within = false;
+    std::int64_t remaining = 0;         // what its counted length leaves
+    std::optional<std::string> syntax;  // named by it and not yet in use
+    // Where an element of it is read at first: the object may hold an older one of the tag, or pass its elements on.
+    DICOMObject aside;
   };
 
   bool StopAt(ParseStop::Why why, const Head& head) {
@@ -204,9 +214,13 @@ class ElementReader {
 
   /// What could be read of an item stays, also when reading it failed.
   bool PushItem(DICOMObject& object, std::unique_ptr<DICOMDataObject>& item, const Head& head) {
-    if (!object.Push(item.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
-    item.release();
-    return true;
+    if (object.Push(item.get())) {
+      item.release();
+      return true;
+    }
+    // With an element to land in there was no memory, and an object that lacks an item is not to pass for a whole one.
+    if (object.LastPushedVR != nullptr) throw std::bad_alloc();
+    return StopAt(ParseStop::Why::kOrphanItem, head);
   }
 
   bool ReadBody(DICOMObject& object, const Head& head, ElementForm form, std::int32_t depth) {
@@ -223,29 +237,49 @@ class ElementReader {
       return in_.ReadNested(*this, object, form, depth + 1, head.length);
     }
     if (!ReadValue(*vr)) return Truncated(head);
-    if (form == ElementForm::kExplicit && in_.SwapsValues())
+    if (TurnsValues(form, depth) && in_.SwapsValues())
       SwapValue(vr->TypeCode, vr->Data, vr->Length);
     PushElement(object, vr);
     return true;
   }
 
-  bool ReadMetaElement(DICOMObject& object, const Head& head, ElementForm form, bool& inMeta,
-                       std::int64_t& metaRemaining, std::optional<std::string>& pendingSyntax) {
-    if (!ReadBody(object, head, form, 0)) return false;
-    const VR* vr = object.GetVR(head.group, head.element);
-    if (vr == nullptr) return true;  // the object passes its elements on to another
-    if (head.element == 0x0010) pendingSyntax = TransferSyntaxText(*vr);
-    if (head.Key() == kMetaGroupLengthTag) {
-      const std::uint16_t stated =
-          vr->Data != nullptr && vr->Length >= 2 ? LoadLittle16(vr->Data) : 0;
-      metaRemaining = std::int64_t{stated} - 4;
-    } else {
-      metaRemaining -= std::int64_t{8} + vr->Length;
-      if (metaRemaining < 1) inMeta = false;
-    }
+  /// Values stay as they are in implicit data sets and items; at the outermost level of a file they are turned in any form.
+  [[nodiscard]] bool TurnsValues(ElementForm form, std::int32_t depth) const {
+    return form == ElementForm::kExplicit || (readsFile_ && depth == 0);
+  }
+
+  bool ReadMetaElement(DICOMObject& object, const Head& head, ElementForm form, Meta& meta) {
+    const bool read = ReadBody(meta.aside, head, form, 0);
+    const VR* vr = meta.aside.GetVR(head.group, head.element);
+    if (read && vr != nullptr) NoteMetaElement(*vr, head, meta);
     // The syntax that ends the meta header takes effect, but does not stay.
-    if (!inMeta && head.Key() == kTransferSyntaxTag) delete object.Remove(head.group, head.element);
-    return true;
+    if (!meta.within && head.Key() == kTransferSyntaxTag)
+      delete meta.aside.Remove(head.group, head.element);
+    MoveElements(meta.aside, object);
+    return read;
+  }
+
+  static void NoteMetaElement(const VR& vr, const Head& head, Meta& meta) {
+    if (head.element == 0x0010) meta.syntax = TransferSyntaxText(vr);
+    if (head.Key() == kMetaGroupLengthTag) {
+      const std::uint16_t stated = vr.Data != nullptr && vr.Length >= 2 ? LoadLittle16(vr.Data) : 0;
+      meta.remaining = std::int64_t{stated} - 4;
+    } else {
+      meta.remaining -= std::int64_t{8} + vr.Length;
+      if (meta.remaining < 1) meta.within = false;
+    }
+  }
+
+  /// As if all had been read into `to` in the first place.
+  static void MoveElements(DICOMObject& from, DICOMObject& to) {
+    VR* const last = from.LastPushedVR;
+    while (VR* first = from.GetFirstVR()) {
+      to.Push(first);
+      from.Pop();
+    }
+    if (last != nullptr && to.PushTarget == nullptr) to.LastPushedVR = last;
+    to.SequenceBytes += from.SequenceBytes;
+    from.SequenceBytes = 0;
   }
 
   bool SwitchSyntax(const std::string& uid, std::int32_t& code, Head& head) {
@@ -316,7 +350,7 @@ class ElementReader {
 
   bool CheckTotal(const Head& head) {
     const auto total = static_cast<std::uint64_t>(in_.Total());
-    if (head.length == kUndefinedLength || total >= head.length) return true;
+    if (total >= head.length) return true;
     const std::string words =
         Format("VR(%4.4X,%4.4X) Length[%d] > [%d] available bytes", head.group, head.element,
                static_cast<int>(head.length), static_cast<int>(total));
@@ -335,6 +369,7 @@ class ElementReader {
   const RTC* dictionary_;
   Input& in_;
   bool tracing_;
+  bool readsFile_ = false;
 };
 
 }  // namespace tessaret

@@ -1,6 +1,7 @@
 #include "core/element_writer.h"
 
 #include <array>
+#include <limits>
 
 #include "base/text.h"
 #include "core/dump.h"
@@ -41,6 +42,12 @@ class HeadBytes {
 
 std::uint32_t EvenLength(std::uint32_t length) { return length + (length & 1); }
 
+bool CanState(VrCode type, std::uint32_t length) {
+  return HasLongForm(type) || EvenLength(length) <= std::numeric_limits<std::uint16_t>::max();
+}
+
+bool HasBytes(const VR& vr) { return vr.Items == nullptr && vr.Data != nullptr && vr.Length != 0; }
+
 /// A UID is padded with NUL; one that came with a blank is put right where it is stored.
 void CorrectUidPadding(VR& vr, VrCode type) {
   if (type != type_code::UI || vr.Data == nullptr || vr.Length == 0) return;
@@ -54,7 +61,8 @@ ElementWriter::ElementWriter(DataSetCoder& coder, Buffer& buffer, After after)
     : coder_(coder), buffer_(buffer), after_(after), tracing_(IsDumping(kDumpParse)) {}
 
 bool ElementWriter::WriteLevel(DICOMObject& object, ElementForm form, std::int32_t depth) {
-  const bool written = depth > kMaxDepth ? RefuseDepth() : WriteElements(object, form, depth);
+  // Here each level is an item and its sequence in one.
+  const bool written = depth > kMaxNesting ? RefuseDepth() : WriteElements(object, form, depth);
   if (after_ == After::kEmpty) object.Reset();
   return written;
 }
@@ -96,9 +104,10 @@ bool ElementWriter::WriteFileWithMeta(DICOMObject& object, DICOMObject& meta, Vr
 }
 
 bool ElementWriter::WriteFileElement(VR& vr, FileState& state, VrCode pixelType) {
+  // The form that rules so far decides about a group length, before any switch.
+  if (!IsImplicit(state.code) && vr.Element == 0 && vr.Group != 2) return true;
   if (vr.Group > 2 && state.heldSyntax && !SwitchSyntax(state)) return false;
   const ElementForm form = IsImplicit(state.code) ? ElementForm::kImplicit : ElementForm::kExplicit;
-  if (form == ElementForm::kExplicit && vr.Element == 0 && vr.Group != 2) return true;
   VrCode type = TypeToWrite(vr, form);
   if (pixelType != type_code::kNone && IsPixelData(vr)) type = pixelType;
   if (!WriteElement(vr, type, form, 0)) return false;
@@ -129,7 +138,10 @@ VrCode ElementWriter::TypeToWrite(const VR& vr, ElementForm form) const {
                              ? type_code::kNone
                              : coder_.Dictionary->RunTimeClass(vr.Group, vr.Element, nullptr);
     type = known != type_code::kNone ? known : vr.Items != nullptr ? type_code::SQ : type_code::UN;
+    if (vr.Items == nullptr && !CanState(type, vr.Length)) type = type_code::UN;
   }
+  // Bytes without items under the name of a sequence would have to go.
+  if (type == type_code::SQ && HasBytes(vr)) return type_code::UN;
   if (vr.Items == nullptr || (IsPixelData(vr) && HasLongForm(type))) return type;
   // What holds items goes out as what holds items, whatever it was called: anything else could not be read again.
   return IsPixelData(vr) ? type_code::OB : type_code::SQ;

@@ -25,12 +25,20 @@ std::int64_t ExplicitLengthBuffer::Read(void* data, std::uint32_t count) {
   return read;
 }
 
+std::int64_t ExplicitLengthBuffer::ReadBinary(void*, std::uint32_t) { return -1; }
+
 std::uint32_t ExplicitLengthBuffer::LeftInViews() const {
   std::uint32_t left = Remaining;
   for (const ExplicitLengthBuffer* view = outer_; view != nullptr; view = view->outer_) {
     left = std::min(left, view->Remaining);
   }
   return left;
+}
+
+Buffer& ExplicitLengthBuffer::Beneath() const {
+  const ExplicitLengthBuffer* outermost = this;
+  while (outermost->outer_ != nullptr) outermost = outermost->outer_;
+  return *outermost->Parent;
 }
 
 std::uint64_t ExplicitLengthBuffer::SuppliesAtMost() {

@@ -3,6 +3,8 @@
 #include <cerrno>
 #include <typeinfo>
 
+#include "platform/file_calls.h"
+
 namespace tessaret {
 namespace {
 
@@ -13,7 +15,8 @@ constexpr std::uint32_t kProbe = 1024;
 FileBuffer::~FileBuffer() { FileBuffer::Close(); }
 
 std::int64_t FileBuffer::ReadBinary(void* data, std::uint32_t count) {
-  if (!Stream) return -1;
+  // To try it on a file that is written would be an error, which ends the writing.
+  if (!Stream || IsForWriting()) return -1;
   const std::uint64_t got = Stream->Read(data, count);
   return got == 0 ? -1 : static_cast<std::int64_t>(got);
 }
@@ -54,6 +57,7 @@ bool FileBuffer::OpenForRead(const char* path) {
   int error = EINVAL;
   auto stream = path == nullptr ? nullptr : FileStream::OpenForRead(path, error);
   Adopt(std::move(stream), error);
+  directWriteSize_ = kNeverDirect;
   return Stream != nullptr;
 }
 
@@ -75,7 +79,11 @@ bool FileBuffer::Close() {
 }
 
 bool FileBuffer::Seek(std::uint64_t offset) {
-  if (!Stream || !Stream->Seek(offset)) return false;
+  if (!Stream) return false;
+  // A stream that is written has no window to move in.
+  const bool moved =
+      IsForWriting() ? SeekFile(Stream->Descriptor(), offset).Ok() : Stream->Seek(offset);
+  if (!moved) return false;
   DropIncoming();
   return true;
 }
@@ -88,7 +96,8 @@ std::string FileBuffer::ErrorText() {
 }
 
 FileStream* FileBuffer::LendStream() {
-  return InSize == 0 && typeid(*this) == typeid(FileBuffer) ? Stream.get() : nullptr;
+  const bool lends = InSize == 0 && !IsForWriting() && typeid(*this) == typeid(FileBuffer);
+  return lends ? Stream.get() : nullptr;
 }
 
 }  // namespace tessaret

@@ -26,14 +26,14 @@ class FileBuffer : public LinkedBuffer {
   std::uint64_t SuppliesAtMost() override;
 
   /// Opens for reading, in a way that lets others use the file too. False, with ErrorText set, when that failed or `path`
-  /// is null. What was open is closed and what waited is dropped.
+  /// is null. What was open is closed and what waited to be read is dropped; what waits to be written stays.
   virtual bool OpenForRead(const char* path);
   /// Creates or empties the file and opens it for writing. False as above.
   virtual bool OpenForWrite(const char* path);
   /// Closes if open; Stream is null afterwards. True.
   virtual bool Close();
-  /// Moves to `offset` from the start of the file; bytes that wait to be read are dropped, Position stays. False, and
-  /// nothing is dropped, when the stream cannot go there.
+  /// Moves to `offset` from the start of the file; bytes that wait to be read are dropped, Position stays, and bytes that wait
+  /// to be written go to the new place. False, and nothing is dropped, when the stream cannot go there.
   virtual bool Seek(std::uint64_t offset);
   /// True after a failed read, write or close, also when the stream is closed since.
   virtual bool HasError();
@@ -48,6 +48,7 @@ class FileBuffer : public LinkedBuffer {
 
  private:
   void Adopt(std::unique_ptr<FileStream> stream, int error);
+  [[nodiscard]] bool IsForWriting() const { return directWriteSize_ != kNeverDirect; }
 
   int error_ = 0;  // the last file error outside Stream
 };

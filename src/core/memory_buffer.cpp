@@ -7,23 +7,23 @@
 namespace tessaret {
 namespace {
 
-constexpr std::uint32_t kLargestBlock = 0x7FFFFFFF;
+constexpr std::uint32_t kLargestChunk = 0x7FFFFFFF;
 
 }  // namespace
 
 MemoryBuffer::MemoryBuffer(std::uint8_t* source, std::uint32_t size, bool ownsSource,
                            std::int32_t inEndian)
     : Source(source),
-      SourceSize(source == nullptr ? 0 : std::min(size, kLargestBlock)),
-      SourceIndex(SourceSize),
+      SourceSize(source == nullptr ? 0 : size),
+      SourceIndex(std::min(SourceSize, kLargestChunk)),
       OwnsSource(ownsSource ? 1 : 0) {
   InEndian = inEndian;
   auto chunk = std::make_unique<BufferSpace>();
-  chunk->Size = SourceSize;
+  chunk->Size = SourceIndex;
   chunk->Data = Source;
   Incoming.Add(chunk.get());
   chunk.release();
-  InSize = static_cast<std::int32_t>(SourceSize);
+  InSize = static_cast<std::int32_t>(SourceIndex);
 }
 
 MemoryBuffer::~MemoryBuffer() {

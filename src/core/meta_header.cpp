@@ -97,6 +97,8 @@ void BuildMetaHeader(DICOMObject& object, std::int32_t mode, std::string_view ca
     meta.Add(0x0010, type_code::UI, kImplicitLittleUid);
   } else {
     syntax->TypeCode = type_code::UI;
+    // Items that a broken stream left here would go out instead of the UID.
+    if (syntax->Items != nullptr) syntax->DestroyOwnItems();
     meta.Count(*syntax);
   }
   meta.Add(0x0012, type_code::UI, kImplementationClassUid);

@@ -47,9 +47,14 @@ void WriteMessageToStandardError(const std::string& text, const std::string& cap
 
 bool StartDictionaries(const std::string& directory, const MessageSink& sink) {
   StopDictionaries();
-  Module& module = TheModule();
-  module.directory = WithSeparator(directory);
-  const std::string message = Load(module);
+  std::string message;
+  try {
+    TheModule().directory = WithSeparator(directory);
+    message = Load(TheModule());
+  } catch (...) {
+    StopDictionaries();
+    throw;
+  }
   if (message.empty()) return true;
   StopDictionaries();
   sink ? sink(message, kCaption) : WriteMessageToStandardError(message, kCaption);

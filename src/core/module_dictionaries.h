@@ -20,7 +20,7 @@ void WriteMessageToStandardError(const std::string& text, const std::string& cap
 
 /// Loads "dicom-dict.txt" and "uid-dict.txt" from `directory`, in place of what was loaded. False when one of them cannot
 /// be loaded: `sink` has then been told why, and both dictionaries and the directory are empty. An empty `sink` means
-/// standard error.
+/// standard error. Throws std::bad_alloc, with all of them empty too.
 bool StartDictionaries(const std::string& directory, const MessageSink& sink = {});
 
 /// The same with the directory of the module.

@@ -16,6 +16,7 @@ namespace {
 
 // Short enough to be kept without an allocation.
 constexpr const char* kNoMemory = "out of memory";
+constexpr const char* kTooLarge = "too many bytes";
 constexpr const char* kNoEntry = "there is no entry; the first line of a text is never one";
 
 /// Sorts by tag. Entries of one tag stay in the order of the file, so that the first of them is the one that counts.
@@ -51,6 +52,7 @@ bool RTC::AttachRTC(const char* path) {
 }
 
 bool RTC::AttachBytes(const void* bytes, std::size_t size) {
+  if (size > kLargestDictionaryFile) return Refuse(kTooLarge);
   const std::string_view text(static_cast<const char*>(bytes), size);
   return text.starts_with(kRtcBinaryMark) ? LoadBinaryBytes(bytes, size) : LoadText(bytes, size);
 }
@@ -78,8 +80,8 @@ bool RTC::DetachRTC() {
 }
 
 bool RTC::ReadFile(const char* path, std::vector<std::uint8_t>& bytes) {
-  if (path == nullptr) return Refuse("there is no path");
   try {
+    if (path == nullptr) return Refuse("there is no path");
     const int error = ReadWholeFile(path, kLargestDictionaryFile, bytes);
     return error == 0 || Refuse(SystemErrorText(error));
   } catch (const std::bad_alloc&) {

@@ -62,7 +62,7 @@ class RTC {
   /// entry empties it, and of a file that ends early it holds, if there are any, the entries that came whole.
   bool LoadBinary(const char* path);
 
-  /// What AttachRTC does with the bytes of a file.
+  /// What AttachRTC does with the bytes of a file; more than kLargestDictionaryFile are refused in the same way.
   bool AttachBytes(const void* bytes, std::size_t size);
 
   /// The entry of a tag, or null. It lives until the dictionary is loaded anew or emptied.

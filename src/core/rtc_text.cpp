@@ -93,6 +93,14 @@ TagKey KeyOf(const Number& group, const Number& element) {
 
 constexpr bool IsSeparator(char c) { return c == ' ' || c == '"' || c == '\'' || c == ','; }
 
+constexpr std::string_view kTypeMark = "VR=\"";
+
+/// Whether a line is an entry of its own wherever it stands. A description that goes on in a line may start with "(".
+bool StartsAnEntry(std::string_view line) {
+  return line.starts_with('{') ||
+         (line.starts_with('(') && line.find(kTypeMark) != std::string_view::npos);
+}
+
 class TextParser {
  public:
   TextParser(std::string_view text, bool keepDescriptions, RtcDraft& draft)
@@ -198,8 +206,8 @@ class TextParser {
       if (!chunks_.Next()) {
         return chunks_.TooLong() ? ReachedEnd() : Fail(recordLine_, "the record has no end");
       }
-      // A forgotten quote must not make the next record part of this one.
-      if (chunks_.StartsLine() && chunks_.Chunk().starts_with('{')) {
+      // A forgotten quote must not make the next entry part of this one.
+      if (chunks_.StartsLine() && StartsAnEntry(chunks_.Chunk())) {
         return Fail(recordLine_, "the record has no end before the next one");
       }
       at_ = 0;
@@ -211,10 +219,9 @@ class TextParser {
   bool ReadParentheses(std::string_view chunk) {
     const std::size_t elementAt = chunk.find_first_of("0123456789abcdefABCDEF", 5);
     if (elementAt == std::string_view::npos) return true;
-    constexpr std::string_view kType = "VR=\"";
-    const std::size_t typeAt = chunk.find(kType, elementAt + 4);
+    const std::size_t typeAt = chunk.find(kTypeMark, elementAt + 4);
     if (typeAt == std::string_view::npos) return true;
-    const std::string_view type = chunk.substr(typeAt + kType.size());
+    const std::string_view type = chunk.substr(typeAt + kTypeMark.size());
     if (type.starts_with('"')) return true;
     if (type.size() < 2 || type[1] == '"') {
       return Fail(chunks_.LineNumber(), "a type needs two letters");

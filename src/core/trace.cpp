@@ -44,7 +44,9 @@ class ErrnoKeeper {
 
 void Append(std::string_view text) {
   const std::string path = GetDumpFile();
-  const FileResult opened = OpenFile(path.c_str(), O_WRONLY | O_APPEND | O_CREAT, 0600);
+  // A named pipe that nobody reads must not stop the work, nor a terminal become this process's own.
+  constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY;
+  const FileResult opened = OpenFile(path.c_str(), kFlags, 0600);
   if (!opened.Ok()) return;
   const int descriptor = static_cast<int>(opened.value);
   WriteAll(descriptor, text.data(), text.size());

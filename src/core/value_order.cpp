@@ -14,20 +14,11 @@ struct WidthOfType {
 };
 
 constexpr WidthOfType kWidths[] = {
-    {type_code::AT, 2},
-    {type_code::OW, 2},
-    {type_code::SS, 2},
-    {type_code::US, 2},
-    {type_code::FL, 4},
-    {type_code::OF, 4},
-    {MakeTypeCode('O', 'L'), 4},
-    {type_code::SL, 4},
-    {type_code::UL, 4},
-    {type_code::FD, 8},
-    {MakeTypeCode('O', 'D'), 8},
-    {MakeTypeCode('O', 'V'), 8},
-    {MakeTypeCode('S', 'V'), 8},
-    {MakeTypeCode('U', 'V'), 8},
+    {type_code::AT, 2},          {type_code::OW, 2},          {type_code::SS, 2},
+    {type_code::US, 2},          {type_code::FL, 4},          {type_code::OF, 4},
+    {MakeTypeCode('O', 'L'), 4}, {type_code::SL, 4},          {type_code::UL, 4},
+    {type_code::FD, 8},          {MakeTypeCode('O', 'D'), 8}, {MakeTypeCode('O', 'V'), 8},
+    {MakeTypeCode('S', 'V'), 8}, {MakeTypeCode('U', 'V'), 8},
 };
 
 void SwapBytes64(std::uint8_t* data, std::size_t length) {

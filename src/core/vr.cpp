@@ -2,6 +2,7 @@
 
 #include <cstring>
 #include <memory>
+#include <utility>
 
 #include "core/dicom_object.h"
 
@@ -19,11 +20,49 @@ std::uint8_t* CopyBytes(const std::uint8_t* data, std::uint32_t length) {
   return bytes;
 }
 
+/// Where an element that is pushed into `target` comes to lie.
+DICOMObject* EndOfWay(DICOMObject* target) {
+  while (target->PushTarget != nullptr) target = target->PushTarget;
+  return target;
+}
+
+/// A new element of the same tag and type without a value; null without memory.
+VR* EmptyLike(const VR& vr) {
+  try {
+    auto empty = std::make_unique<VR>(vr.Group, vr.Element, 0, nullptr);
+    empty->TypeCode = vr.TypeCode;
+    return empty.release();
+  } catch (const std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
+bool PushSafely(DICOMObject& target, VR* element) {
+  try {
+    return target.Push(element);
+  } catch (const std::bad_alloc&) {
+    return false;
+  }
+}
+
+/// Pushes all `items` into `place`, where `element` was pushed last, and frees their list. Without memory for the list there
+/// the rest of them hangs over as it is.
+void HandItemsOver(ItemArray* items, DICOMObject& place, VR& element) {
+  if (items == nullptr) return;
+  while (items->First != nullptr && place.LastPushedVR == &element &&
+         place.Push(items->First->value))
+    items->RemoveAt(0);
+  if (items->First != nullptr && element.Items == nullptr) std::swap(items, element.Items);
+  if (items == nullptr) return;
+  if (element.Items != nullptr) element.Items->Splice(*items);
+  delete items;
+}
+
 }  // namespace
 
 VR::VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, bool allocate)
     : Group(group), Element(element), Length(EvenLength(length)) {
-  if (!allocate) return;
+  if (!allocate || Length == 0) return;
   Data = new std::uint8_t[Length];
   if (Length != length) Data[Length - 1] = 0;
 }
@@ -64,11 +103,13 @@ void VR::DestroyOwnItems() noexcept {
 bool VR::ReplaceFrom(VR* source) {
   if (source == nullptr || source->Key() != Key()) return false;
   if (source == this) return true;
-  Reset();
+  // Bytes that the source borrowed from here stay owned, and what was here dies last: the source may hang below it.
+  if (Data != nullptr && source->Data == Data) source->OwnsData |= std::exchange(OwnsData, 0u);
+  VR former;
+  former.TakeValue(*this);
+  former.Items = std::exchange(Items, std::exchange(source->Items, nullptr));
   TakeValue(*source);
   TypeCode = source->TypeCode;
-  Items = source->Items;
-  source->Items = nullptr;
   source->Moved = 1;
   return true;
 }
@@ -96,16 +137,19 @@ std::uint8_t* VR::TakeData() {
 
 bool VR::MoveToObject(DICOMObject* target) {
   if (target == nullptr || (Length == 0 && Moved == 0)) return false;
-  auto moved = std::make_unique<VR>(Group, Element, 0, nullptr);
-  moved->TypeCode = TypeCode;
-  VR* pushed = moved.get();
-  target->Push(pushed);
-  moved.release();
-  pushed->TakeValue(*this);
-  while (DICOMObject* item = PopFirstItem()) {
-    // A target that forwards its elements has no last pushed element to nest into.
-    if (!target->Push(item) && !pushed->AddItem(item)) delete item;
+  DICOMObject* const place = EndOfWay(target);
+  if (place->GetVR(Group, Element) == this) return true;
+  std::unique_ptr<VR> moved(EmptyLike(*this));
+  if (!moved) return false;
+  // All is taken out of here before the push, which may destroy this element: it may hang below the one that is replaced.
+  moved->TakeValue(*this);
+  ItemArray* items = std::exchange(Items, nullptr);
+  if (!PushSafely(*target, moved.get())) {
+    TakeValue(*moved);
+    Items = items;
+    return false;
   }
+  HandItemsOver(items, *place, *moved.release());
   return true;
 }
 
@@ -120,8 +164,13 @@ DICOMObject* VR::GetItem(std::uint32_t index) {
 bool VR::AddItem(DICOMObject* item) {
   if (item == nullptr) return false;
   try {
-    if (Items == nullptr) Items = new ItemArray;
-    Items->Add(item);
+    if (Items != nullptr) {
+      Items->Add(item);
+      return true;
+    }
+    auto items = std::make_unique<ItemArray>();
+    items->Add(item);
+    Items = items.release();
     return true;
   } catch (const std::bad_alloc&) {
     return false;

@@ -31,7 +31,9 @@ class VRGroupPQueue : private PQueue<VR*, CompareTags> {
   bool MakeGroupLength();
 
   /// Queues are ordered by their groups.
-  friend bool operator<(const VRGroupPQueue& a, const VRGroupPQueue& b) { return a.Group < b.Group; }
+  friend bool operator<(const VRGroupPQueue& a, const VRGroupPQueue& b) {
+    return a.Group < b.Group;
+  }
 
   using Array<VR*>::ListLength;
 

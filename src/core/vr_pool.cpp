@@ -35,8 +35,8 @@ struct FreeBlock {
 static_assert(sizeof(VR) >= sizeof(FreeBlock) && sizeof(VR) % alignof(FreeBlock) == 0);
 
 constexpr std::uint32_t kBatch = 4096;
-constexpr std::size_t kFirstSlab = 64 * 1024;
-constexpr std::size_t kLargestSlab = 1024 * 1024;
+constexpr std::size_t kFirstSlab = std::size_t{64} * 1024;
+constexpr std::size_t kLargestSlab = std::size_t{1024} * 1024;
 
 struct SlabHead {
   SlabHead* next;
@@ -55,7 +55,7 @@ constinit Store store;
 /// The blocks of one thread. Plain data, so that reaching it costs no more than an address.
 struct Cache {
   FreeBlock* free = nullptr;
-  std::uint32_t freeCount = 0;
+  std::uint32_t freeCount = kBatch;  // so that the first block that a thread frees leads to PassOn
   FreeBlock* spare =
       nullptr;  // a full list kept back, so that a thread on the edge of a batch does not go to the store
   std::uint8_t* fresh = nullptr;
@@ -93,8 +93,11 @@ void TakeSlab() {
   cache.freshEnd = cache.fresh + blocks * sizeof(VR);
 }
 
+/// A thread that only frees has lists to hand on as well.
+void SeeOffAtTheEndOfTheThread() { static thread_local CacheLeaver leaver; }
+
 [[gnu::noinline]] void Refill() {
-  static thread_local CacheLeaver leaver;
+  SeeOffAtTheEndOfTheThread();
   if (cache.spare != nullptr) {
     cache.free = cache.spare;
     cache.freeCount = kBatch;
@@ -113,6 +116,7 @@ void TakeSlab() {
 }
 
 [[gnu::noinline]] void PassOn() noexcept {
+  SeeOffAtTheEndOfTheThread();
   PutIntoStore(cache.spare);
   cache.spare = cache.free;
   cache.free = nullptr;

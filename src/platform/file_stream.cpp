@@ -80,7 +80,8 @@ bool FileStream::Refill(std::size_t count) {
   if (WindowSize() >= count) return true;
   if (offset_ > 0) AskSize();
   if (error_ != 0 || atEnd_ || !TakeWindow()) return false;
-  if (begin_ > 0) {
+  // What was taken of the first bytes stays in reach however small the pieces in which they come.
+  if (begin_ > 0 && (offset_ >= kFirstRead || begin_ + count > kLargestWindow)) {
     std::memmove(window_.get(), Window(), WindowSize());
     end_ -= begin_;
     begin_ = 0;

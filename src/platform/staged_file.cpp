@@ -84,6 +84,7 @@ void StagedFile::Discard() {
 }
 
 bool StagedFile::Begin() {
+  if (path_.empty()) return Fail(ENOENT);
   struct stat status {};
   const FileResult there = StatPath(path_.c_str(), status);
   if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
