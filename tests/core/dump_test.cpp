@@ -177,9 +177,9 @@ TEST(ElementLine, ShowsANumberThatIsCutShortAsBytes) {
   EXPECT_EQ(ValueOf(US, Bytes{0x41}), "41 |A|");
   EXPECT_EQ(ValueOf(SS, Bytes{0xFF}), "FF |.|");
   EXPECT_EQ(ValueOf(UL, Bytes{1, 2, 3}), "01 02 03 |...|");
-  EXPECT_EQ(ValueOf(SL, Bytes{1, 2}), "01 02 |..|");
+  EXPECT_EQ(ValueOf(SL, Bytes{1, 2, 3}), "01 02 03 |...|");
   EXPECT_EQ(ValueOf(FL, Bytes{0, 0, 0xC0}), "00 00 C0 |...|");
-  EXPECT_EQ(ValueOf(OF, Bytes{0}), "00 |.|");
+  EXPECT_EQ(ValueOf(OF, Bytes{0, 0, 0xC0}), "00 00 C0 |...|");
   EXPECT_EQ(ValueOf(FD, Bytes{1, 2, 3, 4, 5, 6, 7}), "01 02 03 04 05 06 07 |.......|");
 }
 

@@ -1,11 +1,13 @@
 #include "core/module_dictionaries.h"
 
 #include <cstdlib>
+#include <new>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "support/allocation_failure.h"
 #include "support/bytes.h"
 #include "support/temp_folder.h"
 #include "support/test_paths.h"
@@ -121,6 +123,23 @@ TEST_F(ModuleDictionaries, AFailedStartLeavesThemEmptyEvenWhenTheyWereLoaded) {
   ASSERT_TRUE(Start(Directory()));
   EXPECT_FALSE(Start("/nonexistent"));
   ExpectEmpty();
+}
+
+TEST_F(ModuleDictionaries, AreLoadedWholeOrEmptyWhereverMemoryRunsOut) {
+  const std::string directory = Directory();
+  bool started = false;
+  test::FailEveryAllocation(
+      [&] {
+        try {
+          started = StartDictionaries(directory, [](const std::string&, const std::string&) {});
+        } catch (const std::bad_alloc&) {
+          started = false;
+        }
+      },
+      [&] {
+        if (!started) ExpectEmpty();
+      });
+  EXPECT_TRUE(started);
 }
 
 TEST_F(ModuleDictionaries, StopEmptiesThem) {

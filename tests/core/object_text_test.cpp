@@ -174,6 +174,21 @@ TEST(ObjectToText, SetsItemsInBelowTheirSequence) {
             "(0028,0010) 'US' [     2] '' : 1,0x1\n");
 }
 
+TEST(ObjectToText, CountsTheItemsOfEachSequenceFromOne) {
+  DICOMObject object;
+  for (const std::uint16_t element : {std::uint16_t{0x1140}, std::uint16_t{0x1150}}) {
+    object.Push(NewElement(0x0008, element, type_code::SQ, Bytes{}));
+    object.Push(new DICOMObject);
+    object.Push(new DICOMObject);
+  }
+  const std::string items =
+      "#start item 1\n#end item 1\n"
+      "#start item 2\n#end item 2\n";
+  EXPECT_EQ(ObjectToText(object, 0, nullptr),
+            "(0008,1140) 'SQ' 2 items ''\n" + items + "End sequence (0008,1140)\n" +  //
+                "(0008,1150) 'SQ' 2 items ''\n" + items + "End sequence (0008,1150)\n");
+}
+
 TEST(ObjectToText, CallsEveryElementWithItemsASequence) {
   DICOMObject object;
   object.Push(NewElement(0x7FE0, 0x0010, type_code::OB, Bytes{}));

@@ -187,6 +187,25 @@ TEST(RTC, RefusesAFileThatIsLargerThanTheLimit) {
   EXPECT_EQ(rtc->Table->Count, 4u);
 }
 
+TEST(RTC, RefusesMoreBytesThanTheLimitOfAFile) {
+  const auto rtc = Small();
+  const std::string before = Shown(*rtc);
+  const std::string entry = "\n{0x0008 0x0060 CS \"Modality\"}\n";
+  EXPECT_FALSE(Attach(*rtc, entry + std::string((16u << 20) + 1 - entry.size(), '\n')));
+  EXPECT_EQ(rtc->LastErrorText(), "too many bytes");
+  EXPECT_EQ(Shown(*rtc), before);
+  EXPECT_TRUE(Attach(*rtc, entry + std::string((16u << 20) - entry.size(), '\n')));
+}
+
+TEST(RTC, ANullPathThrowsNothingWhereverMemoryRunsOut) {
+  const auto rtc = Small();
+  test::FailEveryAllocation([&] {
+    EXPECT_FALSE(rtc->AttachRTC(nullptr));
+    EXPECT_FALSE(rtc->LoadBinary(nullptr));
+  });
+  EXPECT_EQ(rtc->Table->Count, 4u);
+}
+
 TEST(RTC, AnEndlessDeviceIsRefused) {
   RTC rtc;
   EXPECT_FALSE(rtc.AttachRTC("/dev/zero"));

@@ -313,7 +313,16 @@ TEST(RtcTextBraces, RefuseARecordThatRunsIntoTheNextOne) {
     EXPECT_EQ(ErrorOf(std::string(start) + "\n{16 32 LO \"ID\"}\n"),
               "line 2: the record has no end before the next one")
         << start;
+    EXPECT_EQ(ErrorOf(std::string(start) + "\n(0010,0020) VR=\"LO\"\n"),
+              "line 2: the record has no end before the next one")
+        << start;
   }
+}
+
+TEST(RtcTextBraces, GoOnInALineInParenthesesThatIsNoEntry) {
+  EXPECT_EQ(Only("{16 16 PN \"Name\n(0010,0010)\"}\n", kName), "PN Name(0010,0010)");
+  EXPECT_EQ(Only("{16 16 PN \"Name \n(VR=\"}\n", kName),
+            "refused: line 2: the record has no end before the next one");
 }
 
 // Lines in parentheses.

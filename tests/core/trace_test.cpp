@@ -1,5 +1,6 @@
 #include "core/trace.h"
 
+#include <fcntl.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -26,6 +27,9 @@ using test::ReadText;
 using test::WriteText;
 
 constexpr std::uint32_t kAllBits = 0xFFFFFFFF;
+
+// Before any test has changed it.
+const std::uint32_t kFlagsAtStart = DumpFlags.load();
 
 /// Each test has a folder of its own as the working directory and starts and ends with nothing switched on.
 class Trace : public testing::Test {
@@ -66,6 +70,8 @@ TEST_F(Trace, BitsHaveTheirNumbers) {
   EXPECT_EQ(kDumpParse, 4u);
   EXPECT_EQ(kDumpSpare, 16u);
 }
+
+TEST_F(Trace, NothingIsSwitchedOnAtFirst) { EXPECT_EQ(kFlagsAtStart, 0u); }
 
 TEST_F(Trace, WithoutAnyVariableAndFlagNoFileIsMade) {
   SetSocketDumpFromEnvironment();
@@ -204,6 +210,29 @@ TEST_F(Trace, AFileThatCannotBeOpenedIsIgnored) {
   DumpTrace(kDumpSocket, "lost\n");
   EXPECT_EQ(GetDumpFile(), "");
   EXPECT_EQ(folder_.Listing(), "");
+}
+
+TEST_F(Trace, AFileThatCannotBeOpenedIsNeitherWrittenNorClosed) {
+  TraceTo("no such folder/trace");
+  const FileFailure calls;
+  DumpTrace(kDumpSocket, "lost\n");
+  EXPECT_EQ(calls.Calls(FileCall::kOpen), 1);
+  EXPECT_EQ(calls.Calls(), 1);
+}
+
+TEST_F(Trace, APipeThatNobodyReadsStopsNoWork) {
+  const std::string path = TraceTo("pipe");
+  ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
+  DumpTrace(kDumpSocket, "lost\n");
+  const int reader = ::open(path.c_str(), O_RDONLY | O_NONBLOCK);
+  ASSERT_GE(reader, 0);
+  // More than a pipe holds: what has no room is lost.
+  const std::string words(1 << 20, 'w');
+  DumpTrace(kDumpSocket, "%s\n", words.c_str());
+  char first = 0;
+  EXPECT_EQ(::read(reader, &first, 1), 1);
+  EXPECT_EQ(first, 'w');
+  ::close(reader);
 }
 
 TEST_F(Trace, AFullDiskIsIgnoredAndTracingGoesOnWhenThereIsRoomAgain) {

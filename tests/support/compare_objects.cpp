@@ -74,6 +74,11 @@ std::string Difference(const DICOMObject& a, const DICOMObject& b, CompareLenien
   return Numbers("SequenceBytes", a.SequenceBytes, b.SequenceBytes);
 }
 
+std::string Difference(const VR& a, const VR& b, CompareLeniently leniently) {
+  const std::string inside = DifferenceOfElements(a, b, leniently);
+  return inside.empty() ? inside : NameOf(a) + inside;
+}
+
 std::string ValueText(const VR& vr) {
   return vr.Data == nullptr ? std::string()
                             : std::string(reinterpret_cast<const char*>(vr.Data), vr.Length);

@@ -19,6 +19,9 @@ struct CompareLeniently {
 /// reader leaves them: every element owns its bytes, and a Length without Data is there only where the other has it too.
 std::string Difference(const DICOMObject& a, const DICOMObject& b, CompareLeniently leniently = {});
 
+/// The same for two elements.
+std::string Difference(const VR& a, const VR& b, CompareLeniently leniently = {});
+
 /// The value bytes as text; empty for an element without Data.
 std::string ValueText(const VR& vr);
 

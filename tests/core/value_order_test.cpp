@@ -1,0 +1,125 @@
+#include "core/value_order.h"
+
+#include <memory>
+
+#include <gtest/gtest.h>
+
+#include "core/element_maker.h"
+
+namespace tessaret {
+namespace {
+
+using test::Bytes;
+using test::MadeElement;
+using test::NewElement;
+
+const Bytes kSixteen = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15};
+
+Bytes Swapped(VrCode type, const Bytes& value) {
+  MadeElement element(type, value);
+  SwapNumbers(*element);
+  return {element->Data, element->Data + element->Length};
+}
+
+TEST(ValueOrder, WidthsAreThoseOfTheStandard) {
+  for (const VrCode type : {type_code::AT, type_code::OW, type_code::SS, type_code::US}) {
+    EXPECT_EQ(NumberWidth(type), 2u);
+  }
+  for (const VrCode type :
+       {type_code::FL, type_code::OF, type_code::SL, type_code::UL, MakeTypeCode('O', 'L')}) {
+    EXPECT_EQ(NumberWidth(type), 4u);
+  }
+  for (const VrCode type : {type_code::FD, MakeTypeCode('O', 'D'), MakeTypeCode('O', 'V'),
+                            MakeTypeCode('S', 'V'), MakeTypeCode('U', 'V')}) {
+    EXPECT_EQ(NumberWidth(type), 8u);
+  }
+}
+
+TEST(ValueOrder, TextBytesSequencesAndWhatIsNotKnownHaveNoOrder) {
+  for (const VrCode type :
+       {type_code::AE, type_code::DS, type_code::LT, type_code::OB, type_code::PN, type_code::SQ,
+        type_code::UI, type_code::UN, type_code::UT, type_code::kNone, MakeTypeCode('?', '?')}) {
+    EXPECT_EQ(NumberWidth(type), 1u);
+  }
+}
+
+TEST(ValueOrder, EachNumberOfAValueIsReversed) {
+  EXPECT_EQ(Swapped(type_code::US, kSixteen),
+            (Bytes{1, 0, 3, 2, 5, 4, 7, 6, 9, 8, 11, 10, 13, 12, 15, 14}));
+  EXPECT_EQ(Swapped(type_code::UL, kSixteen),
+            (Bytes{3, 2, 1, 0, 7, 6, 5, 4, 11, 10, 9, 8, 15, 14, 13, 12}));
+  EXPECT_EQ(Swapped(type_code::FD, kSixteen),
+            (Bytes{7, 6, 5, 4, 3, 2, 1, 0, 15, 14, 13, 12, 11, 10, 9, 8}));
+}
+
+TEST(ValueOrder, ATagIsTwoNumbers) {
+  EXPECT_EQ(Swapped(type_code::AT, {0x00, 0x10, 0x00, 0x20}), (Bytes{0x10, 0, 0x20, 0}));
+}
+
+TEST(ValueOrder, ValuesWithoutOrderStay) {
+  EXPECT_EQ(Swapped(type_code::OB, kSixteen), kSixteen);
+  EXPECT_EQ(Swapped(type_code::UN, kSixteen), kSixteen);
+  EXPECT_EQ(Swapped(type_code::LO, kSixteen), kSixteen);
+}
+
+TEST(ValueOrder, BytesThatMakeNoWholeNumberStay) {
+  EXPECT_EQ(Swapped(type_code::US, {1, 2, 3}), (Bytes{2, 1, 3}));
+  EXPECT_EQ(Swapped(type_code::UL, {1, 2, 3}), (Bytes{1, 2, 3}));
+  EXPECT_EQ(Swapped(type_code::FD, {1, 2, 3, 4, 5, 6, 7, 8, 9}),
+            (Bytes{8, 7, 6, 5, 4, 3, 2, 1, 9}));
+}
+
+TEST(ValueOrder, AnElementWithoutAValueStays) {
+  VR vr(0x0028, 0x0010, 2, nullptr, false);
+  vr.TypeCode = type_code::US;
+  SwapNumbers(vr);
+  EXPECT_EQ(vr.Data, nullptr);
+  EXPECT_EQ(vr.Length, 2u);
+}
+
+TEST(ValueOrder, AnObjectIsTurnedRoundWithAllThatIsNestedInIt) {
+  DICOMObject object;
+  object.Push(NewElement(0x0028, 0x0010, type_code::US, Bytes{1, 2}));
+  object.Push(NewElement(0x0040, 0xA730, type_code::SQ, Bytes{}));
+  auto item = std::make_unique<DICOMObject>();
+  item->Push(NewElement(0x0028, 0x0011, type_code::US, Bytes{3, 4}));
+  item->Push(NewElement(0x0040, 0xA730, type_code::SQ, Bytes{}));
+  auto inner = std::make_unique<DICOMObject>();
+  inner->Push(NewElement(0x0018, 0x9087, type_code::FD, Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
+  const VR* deepest = inner->GetFirstVR();
+  const VR* nested = item->GetFirstVR();
+  ASSERT_TRUE(item->Push(inner.release()));
+  ASSERT_TRUE(object.Push(item.release()));
+
+  SwapNumbers(object);
+
+  EXPECT_EQ(object.GetUINT16(0x0028, 0x0010), 0x0102);
+  EXPECT_EQ(Bytes(nested->Data, nested->Data + 2), (Bytes{4, 3}));
+  EXPECT_EQ(Bytes(deepest->Data, deepest->Data + 8), (Bytes{8, 7, 6, 5, 4, 3, 2, 1}));
+}
+
+TEST(ValueOrder, TheMetaHeaderIsLittleEndianInEveryFile) {
+  DICOMObject object;
+  object.Push(NewElement(0x0002, 0x0000, type_code::UL, Bytes{1, 2, 3, 4}));
+  SwapNumbers(object);
+  const VR* vr = object.GetVR(0x0002, 0x0000);
+  EXPECT_EQ(Bytes(vr->Data, vr->Data + 4), (Bytes{1, 2, 3, 4}));
+}
+
+TEST(ValueOrder, NestingOfAHundredThousandLevelsNeedsNoStack) {
+  constexpr int kLevels = 100000;
+  DICOMObject object;
+  DICOMObject* level = &object;
+  for (int count = 0; count < kLevels; ++count) {
+    level->Push(NewElement(0x0040, 0xA730, type_code::SQ, Bytes{}));
+    auto* next = new DICOMObject;
+    ASSERT_TRUE(level->Push(next));
+    level = next;
+  }
+  level->Push(NewElement(0x0028, 0x0010, type_code::US, Bytes{1, 2}));
+  SwapNumbers(object);
+  EXPECT_EQ(level->GetUINT16(0x0028, 0x0010), 0x0102);
+}
+
+}  // namespace
+}  // namespace tessaret

@@ -1,0 +1,26 @@
+// What kind of program the tests run in, for those few that measure memory, time or stack: their bounds hold for what is
+// shipped, while instrumented programs pay several times over.
+#pragma once
+
+namespace tessaret::test {
+
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+inline constexpr bool kInstrumented = true;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) || \
+    __has_feature(memory_sanitizer)
+inline constexpr bool kInstrumented = true;
+#else
+inline constexpr bool kInstrumented = false;
+#endif
+#else
+inline constexpr bool kInstrumented = false;
+#endif
+
+#ifdef NDEBUG
+inline constexpr bool kAsShipped = !kInstrumented;
+#else
+inline constexpr bool kAsShipped = false;
+#endif
+
+}  // namespace tessaret::test
