@@ -1,0 +1,33 @@
+#include "support/sha256.h"
+
+#include <string>
+
+#include <gtest/gtest.h>
+
+namespace tessaret::test {
+namespace {
+
+std::string Sha256Of(const std::string& text) { return Sha256(text.data(), text.size()); }
+
+// The messages and digests of FIPS 180-4's examples, and the empty message; `sha256sum` gives the same.
+TEST(Sha256, GivesTheKnownAnswers) {
+  EXPECT_EQ(Sha256(nullptr, 0), "e3b0c44298fc1c149afbf4c8996fb92427ae41e4649b934ca495991b7852b855");
+  EXPECT_EQ(Sha256Of("abc"), "ba7816bf8f01cfea414140de5dae2223b00361a396177a9cb410ff61f20015ad");
+  EXPECT_EQ(Sha256Of("abcdbcdecdefdefgefghfghighijhijkijkljklmklmnlmnomnopnopq"),
+            "248d6a61d20638b8e5c026930c3e6039a33ce45964ff2167f6ecedd419db06c1");
+  EXPECT_EQ(Sha256Of(std::string(1000000, 'a')),
+            "cdc76e5c9914fb9281a1c7e284d73e67f1809a48a497200e046d39ccc7112cd0");
+}
+
+// 55 bytes leave just room for the end mark and the length in one block, 56 do not, 64 fill it.
+TEST(Sha256, GivesTheKnownAnswersWhereTheLengthMeetsTheEndOfABlock) {
+  EXPECT_EQ(Sha256Of(std::string(55, 'a')),
+            "9f4390f8d30c2dd92ec9f095b65e2b9ae9b0a925a5258e241c9f1e910f734318");
+  EXPECT_EQ(Sha256Of(std::string(56, 'a')),
+            "b35439a4ac6f0948b6d6f9e3c6af0f5f590ce20f1bde7090ef7970686ec6738a");
+  EXPECT_EQ(Sha256Of(std::string(64, 'a')),
+            "ffe054fe7ae0cb6dc65c3af9b61d5209f439851db43d0ba5997337df154668eb");
+}
+
+}  // namespace
+}  // namespace tessaret::test
