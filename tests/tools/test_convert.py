@@ -1,0 +1,452 @@
+"""tessaret convert: every way from one encoding to another, what is refused, and that nothing is lost or half written.
+
+The results are read by other programs.
+"""
+
+import concurrent.futures
+import hashlib
+import json
+import os
+import stat
+import struct
+import subprocess
+import unittest
+
+import pydicom
+
+import tool
+from tool import (BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, OUTPUT_FAILED, UNDEFINED, element, item, meta,
+                  run, sequence_end)
+
+NATIVE = (IMPLICIT, EXPLICIT, BIG_ENDIAN)
+
+
+class ConvertTest(tool.ToolTest):
+
+    def setUp(self):
+        super().setUp()
+        self.out = self.path("out.dcm")
+
+    def convert(self, content, *options):
+        """The converted file as pydicom reads it."""
+        self.assert_ends(run("convert", "--force", *options, self.write("in.dcm", content), self.out), DONE, "")
+        return pydicom.dcmread(self.out)
+
+    def assert_refused(self, content, words, *options):
+        file = self.write("in.dcm", content)
+        result = run("convert", *options, file, self.out)
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertIn(f"tessaret: {file}: {words}", result.stderr.decode())
+        self.assertFalse(self.out.exists())
+        self.assert_no_leftovers()
+
+
+class Encodings(ConvertTest):
+
+    def rich(self, order="<", implicit=False):
+        """Every width of number, text, bytes, and sequences of both kinds of length in each other."""
+        made = lambda tag, vr, value: element(tag, vr, value, implicit, order)
+        inner = made(0x00189087, "FD", struct.pack(order + "d", 1000.5)) + made(0x0040A043, "SQ", item(made(
+            0x00080100, "SH", "T-D1100"), order))
+        nested = item(inner, order) + item(inner, order, defined=False)
+        undefined = element(0x00081140, "SQ", nested + sequence_end(order), implicit, order, length=UNDEFINED)
+        return b"".join((
+            made(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.7"), made(0x00080018, "UI", "1.2.3.4"), undefined,
+            made(0x00100010, "PN", "Doe^John"), made(0x00189073, "FD", struct.pack(order + "d", 0.125)),
+            made(0x00280009, "AT", struct.pack(order + "2H", 0x0018, 0x1063)),
+            made(0x00280010, "US", struct.pack(order + "H", 513)), made(0x00280100, "US", struct.pack(order + "H", 16)),
+            made(0x00286020, "US", struct.pack(order + "3H", 1, 2, 772)),
+            made(0x00720070, "UT", "some text"), made(0x00720072, "DS", "1.5"),
+            made(0x00720076, "FL", struct.pack(order + "f", -2.5)), made(0x00720078, "UL", struct.pack(order + "I", 16909060)),
+            made(0x0072007C, "SL", struct.pack(order + "i", -16909060)),
+            made(0x0072007E, "SS", struct.pack(order + "h", -1000)),
+            made(0x7FE00010, "OW", struct.pack(order + "4H", 1, 256, 515, 65535))))
+
+    def assert_rich(self, dataset):
+        self.assertEqual(dataset.PatientName, "Doe^John")
+        self.assertEqual(dataset[0x00189073].value, 0.125)
+        self.assertEqual(dataset.FrameIncrementPointer, 0x00181063)
+        self.assertEqual(dataset.Rows, 513)
+        self.assertEqual(list(dataset[0x00286020].value), [1, 2, 772])
+        self.assertEqual(dataset[0x00720070].value, "some text")
+        self.assertEqual(dataset[0x00720076].value, -2.5)
+        self.assertEqual(dataset[0x00720078].value, 16909060)
+        self.assertEqual(dataset[0x0072007C].value, -16909060)
+        self.assertEqual(dataset[0x0072007E].value, -1000)
+        self.assertEqual(len(dataset.ReferencedImageSequence), 2)
+        for nested in dataset.ReferencedImageSequence:
+            self.assertEqual(nested[0x00189087].value, 1000.5)
+            self.assertEqual(nested.ConceptNameCodeSequence[0].CodeValue, "T-D1100")
+        order = ">" if dataset.file_meta.TransferSyntaxUID == BIG_ENDIAN else "<"
+        self.assertEqual(struct.unpack(order + "4H", dataset.PixelData), (1, 256, 515, 65535))
+
+    def test_every_native_encoding_goes_to_every_one_that_is_written(self):
+        for source in NATIVE:
+            content = meta(source) + self.rich(">" if source == BIG_ENDIAN else "<", source == IMPLICIT)
+            for options, target in (([], source), (["--syntax", "implicit"], IMPLICIT), (["--syntax", "explicit"], EXPLICIT)):
+                with self.subTest(source=source, target=target):
+                    dataset = self.convert(content, *options)
+                    self.assertEqual(dataset.file_meta.TransferSyntaxUID, target)
+                    self.assert_rich(dataset)
+
+    def test_a_bare_data_set_has_nothing_before_it(self):
+        for source in NATIVE:
+            with self.subTest(source):
+                content = meta(source) + self.rich(">" if source == BIG_ENDIAN else "<", source == IMPLICIT)
+                self.assert_ends(run("convert", "--force", "--no-preamble", self.write("in.dcm", content), self.out), DONE, "")
+                self.assertEqual(self.out.read_bytes()[:8], struct.pack("<HHI", 8, 0x16, 26))
+                dataset = pydicom.dcmread(self.out, force=True)
+                dataset.file_meta.TransferSyntaxUID = IMPLICIT
+                self.assert_rich(dataset)
+
+    def test_a_bare_data_set_becomes_a_file(self):
+        for order, implicit, syntax in (("<", True, IMPLICIT), ("<", False, EXPLICIT), (">", False, BIG_ENDIAN)):
+            with self.subTest(syntax):
+                file = self.write("bare", self.rich(order, implicit))
+                self.assert_ends(run("convert", "-q", "--force", file, self.out), DONE, "")
+                dataset = pydicom.dcmread(self.out)
+                self.assertEqual(dataset.file_meta.TransferSyntaxUID, syntax)
+                self.assert_rich(dataset)
+
+    def test_a_round_trip_through_every_encoding_gives_the_same_file(self):
+        first = self.write("first.dcm", meta(EXPLICIT) + self.rich())
+        second, third, fourth = (self.path(name) for name in ("2.dcm", "3.dcm", "4.dcm"))
+        self.assert_ends(run("convert", "--syntax", "explicit", first, second), DONE, "")
+        self.assert_ends(run("convert", "--syntax", "implicit", second, third), DONE, "")
+        self.assert_ends(run("convert", "--syntax", "explicit", third, fourth), DONE, "")
+        self.assertEqual(second.read_bytes(), fourth.read_bytes())
+
+    def test_unknown_bytes_of_a_big_endian_file_stay(self):
+        dataset = self.convert(meta(BIG_ENDIAN) + element(0x00091001, "UN", b"\1\2\3\4", order=">") +
+                               element(0x00091002, "OB", b"\1\2\3\4", order=">"), "--syntax", "explicit")
+        self.assertEqual(dataset[0x00091001].value, b"\1\2\3\4")
+        self.assertEqual(dataset[0x00091002].value, b"\1\2\3\4")
+
+    def test_compressed_pixels_are_kept_fragment_by_fragment(self):
+        fragments = item(struct.pack("<I", 0)) + item(b"\xff\xd8" + bytes(range(100))) + item(b"tail\xff\xd9")
+        content = meta(JPEG) + element(0x00100010, "PN", "Doe^John") + element(
+            0x7FE00010, "OB", fragments + sequence_end(), length=UNDEFINED)
+        dataset = self.convert(content)
+        self.assertEqual(dataset.file_meta.TransferSyntaxUID, JPEG)
+        self.assertEqual(dataset.PixelData, fragments)  # pydicom takes the delimiter off
+
+    def test_a_compressed_syntax_without_pixels_may_change(self):
+        dataset = self.convert(meta(JPEG) + element(0x00100010, "PN", "Doe^John"), "--syntax", "implicit")
+        self.assertEqual((dataset.file_meta.TransferSyntaxUID, dataset.PatientName), (IMPLICIT, "Doe^John"))
+
+    def test_group_lengths_go_since_they_no_longer_fit(self):
+        content = meta(EXPLICIT) + element(0x00080000, "UL", b"\x63\0\0\0") + element(0x00080060, "CS", "CT")
+        for options in ([], ["--syntax", "implicit"]):
+            dataset = self.convert(content, *options)
+            self.assertNotIn(0x00080000, dataset)
+            self.assertEqual(dataset.Modality, "CT")
+
+    def test_the_transfer_syntax_is_known_even_where_the_reader_drops_it(self):
+        # With a group length that ends it early (0002,0010) is the last element that counts as meta header.
+        syntax = element(0x00020010, "UI", IMPLICIT)
+        head = bytes(128) + b"DICM" + element(0x00020000, "UL", struct.pack("<I", len(syntax))) + syntax
+        dataset = self.convert(head + tool.image(implicit=True))
+        self.assertEqual(dataset.file_meta.TransferSyntaxUID, IMPLICIT)
+        self.assertEqual(dataset.Rows, 2)
+        compressed = head.replace(IMPLICIT.encode() + b"\0", JPEG.encode()[:18])
+        self.assertNotEqual(compressed, head)
+
+
+class Types(ConvertTest):
+    """What an implicit file leaves open and an explicit one has to say."""
+
+    def number(self, tag, value, signed=False):
+        return element(tag, "SS" if signed else "US", struct.pack("<h" if signed else "<H", value), implicit=True)
+
+    def test_pixel_values_are_signed_where_the_pixels_are(self):
+        for representation, vr in ((0, "US"), (1, "SS")):
+            content = meta(IMPLICIT) + self.number(0x00280103, representation) + self.number(0x00280106, -1 & 0x7FFF) + \
+                element(0x00280120, "US", struct.pack("<H", 63536), implicit=True)
+            dataset = self.convert(content, "--syntax", "explicit")
+            self.assertEqual(dataset[0x00280106].VR, vr)
+            self.assertEqual(dataset[0x00280120].VR, vr)
+            self.assertEqual(dataset.PixelPaddingValue, 63536 if vr == "US" else -2000)
+
+    def test_what_is_nested_goes_by_what_surrounds_it(self):
+        nested = item(element(0x00281101, "US", struct.pack("<3H", 16, 0x8000, 16), implicit=True))
+        content = meta(IMPLICIT) + self.number(0x00280103, 1) + element(0x00880200, "SQ", nested, implicit=True)
+        dataset = self.convert(content, "--syntax", "explicit")
+        self.assertEqual(dataset.IconImageSequence[0][0x00281101].VR, "SS")
+        icon = item(self.number(0x00280103, 0) + element(0x00281101, "US", struct.pack("<3H", 16, 0x8000, 16), implicit=True))
+        content = meta(IMPLICIT) + self.number(0x00280103, 1) + element(0x00880200, "SQ", icon, implicit=True)
+        dataset = self.convert(content, "--syntax", "explicit")
+        self.assertEqual(dataset.IconImageSequence[0][0x00281101].VR, "US")
+
+    def test_a_private_creator_is_text_and_other_private_elements_unknown(self):
+        content = meta(IMPLICIT) + element(0x00090010, "LO", "ACME 1.1", implicit=True) + \
+            element(0x00091001, "LO", "private", implicit=True)
+        dataset = self.convert(content, "--syntax", "explicit")
+        self.assertEqual((dataset[0x00090010].VR, dataset[0x00090010].value), ("LO", "ACME 1.1"))
+        self.assertEqual((dataset[0x00091001].VR, dataset[0x00091001].value), ("UN", b"private "))
+
+    def test_unknown_stays_unknown_in_an_explicit_file(self):
+        dataset = self.convert(meta(EXPLICIT) + element(0x00091001, "UN", b"ab") + element(0x00280107, "UN", b"\1\0"))
+        raw = self.out.read_bytes()
+        self.assertIn(struct.pack("<HH", 0x0028, 0x0107) + b"UN", raw)
+        self.assertEqual(dataset[0x00091001].VR, "UN")
+
+    def values_of_length(self, count):
+        return "\\".join(["1"] * count)
+
+    @staticmethod
+    def texts(found):
+        """The values of an element, which pydicom leaves as bytes when it is UN."""
+        return found.value.decode().strip().split("\\") if found.VR == "UN" else [str(value) for value in found.value]
+
+    def test_a_value_too_long_for_its_type_becomes_unknown_with_a_long_length(self):
+        for text, vr in ((self.values_of_length(32767) + " ", "DS"), (self.values_of_length(32768) + " ", "UN")):
+            content = meta(IMPLICIT) + element(0x0018605A, "FL", b"", implicit=True) + \
+                element(0x30060050, "DS", text, implicit=True) + element(0x300A0002, "SH", "behind", implicit=True)
+            dataset = self.convert(content, "--syntax", "explicit")
+            at = self.out.read_bytes().index(struct.pack("<HH", 0x3006, 0x0050))
+            self.assertEqual(self.out.read_bytes()[at + 4:at + 6].decode(), vr)
+            self.assertEqual(dataset[0x300A0002].value, "behind")
+            self.assertEqual(self.texts(dataset[0x30060050]), text.strip().split("\\"))
+
+    def test_the_same_holds_within_sequences(self):
+        long_value = element(0x30060050, "DS", self.values_of_length(40000), implicit=True)
+        content = meta(IMPLICIT) + element(0x30060039, "SQ", item(long_value), implicit=True)
+        dataset = self.convert(content, "--syntax", "explicit")
+        self.assertEqual(len(self.texts(dataset.ROIContourSequence[0][0x30060050])), 40000)
+        self.assert_ends(run("check", self.out), DONE, "")
+
+    def test_types_that_other_readers_know_with_a_long_length_become_unknown(self):
+        floats = struct.pack("<4f", 1, 2, 3, 4)
+        content = meta(IMPLICIT) + element(0x00091001, "LO", "x", implicit=True) + element(0x00660016, "OF", floats, implicit=True) + \
+            element(0x00720071, "UR", "http://x", implicit=True)
+        dataset = self.convert(content, "--syntax", "explicit")
+        at = self.out.read_bytes().index(struct.pack("<HH", 0x0066, 0x0016))
+        self.assertEqual(self.out.read_bytes()[at + 4:at + 12], b"UN\0\0" + struct.pack("<I", 16))
+        self.assertEqual(bytes(dataset[0x00660016].value), floats)
+        back = self.path("back.dcm")
+        self.assert_ends(run("convert", "--syntax", "implicit", self.out, back), DONE, "")
+        self.assertEqual(bytes(pydicom.dcmread(back)[0x00660016].value), floats)
+
+
+class Refusals(ConvertTest):
+
+    def test_compressed_pixels_do_not_become_native(self):
+        pixels = element(0x7FE00010, "OB", item(b"") + item(b"\xff\xd8") + sequence_end(), length=UNDEFINED)
+        icon = element(0x00880200, "SQ", item(pixels))
+        defined = element(0x7FE00010, "OB", b"\xff\xd8")
+        for content in (pixels, icon, defined):
+            for way in ("implicit", "explicit"):
+                self.assert_refused(meta(JPEG) + content, "its pixel data is compressed and cannot be made native", "--syntax", way)
+        self.assert_refused(meta(JPEG) + pixels, "its pixel data is compressed and cannot be made native", "--no-preamble")
+
+    def test_fragments_in_a_native_syntax_are_refused(self):
+        pixels = element(0x7FE00010, "OB", item(b"") + item(b"\xff\xd8") + sequence_end(), length=UNDEFINED)
+        self.assert_refused(meta(EXPLICIT) + pixels, "holds fragments of compressed pixel data but names no compression")
+
+    def test_a_file_that_does_not_read_to_its_end_is_refused(self):
+        whole = meta(EXPLICIT) + tool.image()
+        self.assert_refused(whole[:-1], "truncated at offset")
+        self.assert_refused(meta("1.2.840.10008.1.2.1.99") + b"x" * 50, "transfer syntax 1.2.840.10008.1.2.1.99")
+        self.assert_refused(b"no image", "not DICOM")
+
+    def test_what_the_reader_misread_is_refused(self):
+        floats = element(0x7FE00008, "OF", struct.pack("<4f", 1, 2, 3, 4))
+        self.assert_refused(meta(EXPLICIT) + floats, "the length of (7fe0,0008)")
+        hidden = item(element(0x00080100, "SH", "T-D1100", implicit=True))
+        self.assert_refused(meta(EXPLICIT) + element(0x00081140, "UN", hidden + sequence_end(), length=UNDEFINED),
+                            "the items of (0008,1140)")
+        self.assert_refused(meta(EXPLICIT) + element(0x00100010, "PN", "Doe^John") + item(b""),
+                            "an item without a sequence follows (0010,0010)")
+
+    def test_big_endian_pixels_whose_order_is_not_certain_are_refused(self):
+        for bits, vr, refused in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (1, "OW", False), (16, "OB", True),
+                                  (32, "OW", True), (64, "OW", True)):
+            with self.subTest(bits=bits, vr=vr):
+                content = meta(BIG_ENDIAN) + element(0x00280100, "US", struct.pack(">H", bits), order=">") + \
+                    element(0x7FE00010, vr, bytes(range(8)), order=">")
+                if refused:
+                    for options in (["--syntax", "implicit"], ["--syntax", "explicit"], ["--no-preamble"]):
+                        self.assert_refused(content, "the order of the bytes in its pixel data is not certain", *options)
+                # What stays big endian needs no answer.
+                self.assertEqual(self.convert(content).PixelData, bytes(range(8)))
+                if not refused:
+                    swapped = bytes((1, 0, 3, 2, 5, 4, 7, 6)) if vr == "OW" else bytes(range(8))
+                    self.assertEqual(self.convert(content, "--syntax", "explicit").PixelData, swapped)
+                self.out.unlink()
+
+    def test_a_dicomdir_is_refused(self):
+        self.assert_refused(meta(EXPLICIT) + element(0x00041220, "SQ"), "is a DICOMDIR")
+
+    def test_an_element_before_the_meta_header_is_refused_unless_there_is_none(self):
+        content = meta(IMPLICIT) + element(0x00010001, "LO", "early", implicit=True) + tool.image(implicit=True)
+        self.assert_refused(content, "(0001,0001) would come before the meta header")
+        self.assert_ends(run("convert", "--no-preamble", self.write("in.dcm", content), self.out), DONE, "")
+
+    def test_zeros_behind_a_data_set_do_not_matter(self):
+        dataset = self.convert(meta(IMPLICIT) + tool.image(implicit=True) + bytes(2500000))
+        self.assertEqual(dataset.Rows, 2)
+
+
+class Outputs(ConvertTest):
+
+    def setUp(self):
+        super().setUp()
+        self.good = self.good_file()
+
+    def test_what_is_there_is_replaced_only_by_force(self):
+        self.out.write_bytes(b"precious")
+        self.assert_ends(run("convert", self.good, self.out), OUTPUT_FAILED,
+                         f"tessaret: {self.out}: is there already; --force replaces it\n")
+        self.assertEqual(self.out.read_bytes(), b"precious")
+        self.assert_ends(run("convert", "--force", self.good, self.out), DONE, "")
+        self.assertEqual(pydicom.dcmread(self.out).PatientName, "Doe^John")
+
+    def test_a_file_may_replace_itself_by_force_only(self):
+        before = self.good.read_bytes()
+        self.assert_ends(run("convert", "--syntax", "implicit", self.good, self.good), OUTPUT_FAILED)
+        self.assertEqual(self.good.read_bytes(), before)
+        self.assert_ends(run("convert", "--force", "--syntax", "implicit", self.good, self.good), DONE, "")
+        dataset = pydicom.dcmread(self.good)
+        self.assertEqual((dataset.file_meta.TransferSyntaxUID, dataset.PatientName), (IMPLICIT, "Doe^John"))
+
+    def test_a_link_to_what_is_there_is_not_written_through(self):
+        self.out.symlink_to(self.good)
+        before = self.good.read_bytes()
+        self.assert_ends(run("convert", self.good, self.out), OUTPUT_FAILED)
+        self.assertEqual(self.good.read_bytes(), before)
+
+    def test_a_failed_input_leaves_what_was_there(self):
+        self.out.write_bytes(b"precious")
+        cut = self.write("cut.dcm", self.good.read_bytes()[:-1])
+        self.assert_ends(run("convert", "--force", cut, self.out), INPUT_FAILED)
+        self.assertEqual(self.out.read_bytes(), b"precious")
+        self.assert_no_leftovers()
+
+    def test_a_place_that_is_not_there_is_told(self):
+        nowhere = self.path("no/such/place.dcm")
+        self.assert_ends(run("convert", self.good, nowhere), OUTPUT_FAILED, f"tessaret: {nowhere}: No such file or directory\n")
+        self.assert_ends(run("convert", self.good, self.folder), OUTPUT_FAILED, f"tessaret: {self.folder}: Is a directory\n")
+
+    def test_a_full_disk_is_told(self):
+        self.assert_ends(run("convert", self.good, "/dev/full"), OUTPUT_FAILED, "tessaret: /dev/full: No space left on device\n")
+
+    def test_a_limit_on_file_size_leaves_nothing_half_written(self):
+        large = self.write("large.dcm", meta(EXPLICIT) + tool.image(600, 500))
+        script = 'ulimit -f 100; trap "" XFSZ; exec "$0" "$@"'
+        result = subprocess.run(["sh", "-c", script, tool.TOOL, "convert", large, self.out], check=False, capture_output=True)
+        self.assertEqual((result.returncode, result.stderr.decode()), (OUTPUT_FAILED, f"tessaret: {self.out}: File too large\n"))
+        self.assertFalse(self.out.exists())
+        self.assert_no_leftovers()
+
+    def test_a_pipe_may_be_written_to(self):
+        pipe = self.path("pipe")
+        os.mkfifo(pipe)
+        with subprocess.Popen(["cat", pipe], stdout=subprocess.PIPE) as reader:
+            self.assert_ends(run("convert", self.good, pipe), DONE, "")
+            piped = reader.stdout.read()
+        self.assert_ends(run("convert", self.good, self.out), DONE, "")
+        self.assertEqual(piped, self.out.read_bytes())
+
+    def test_permissions_follow_the_usual_rules(self):
+        mask = os.umask(0o027)
+        try:
+            self.assert_ends(run("convert", self.good, self.out), DONE, "")
+        finally:
+            os.umask(mask)
+        self.assertEqual(stat.S_IMODE(self.out.stat().st_mode), 0o640)
+
+    def test_json_tells_what_was_done(self):
+        result = run("convert", "--json", "--syntax", "implicit", self.good, self.out)
+        self.assertEqual(json.loads(result.stdout), {"input": str(self.good), "output": str(self.out), "from": EXPLICIT,
+                                                     "to": IMPLICIT, "bytes": self.out.stat().st_size})
+
+
+class RealFiles(ConvertTest):
+    """The corpus through every way, compared by programs that have nothing to do with this one."""
+
+    WAYS = (("keep", []), ("implicit", ["--syntax", "implicit"]), ("explicit", ["--syntax", "explicit"]))
+
+    def content(self, path):
+        """What dcmdump reads: tag, VR and value of each element, without what an encoding is free to change."""
+        listing = subprocess.run(["dcmdump", "-q", "-M", "-Un", str(path)], check=False, capture_output=True)
+        rows = []
+        for indent, tag, vr, value, _, _, _ in tool.lines_of(listing.stdout):
+            if tag.startswith(("0002", "fffe")) or tag.endswith(",0000"):
+                continue
+            if value.startswith(b"(Sequence with"):
+                value = value[value.index(b"#"):]
+            rows.append((indent, tag, vr, value))
+        return rows
+
+    def assert_same_content(self, expected, found, through_implicit):
+        self.assertEqual([row[:2] for row in expected], [row[:2] for row in found])
+        for before, after in zip(expected, found):
+            if before[1] == "7fe0,0010":  # OB or OW goes by the bits allocated; the bytes are compared elsewhere
+                continue
+            if not through_implicit:
+                self.assertEqual(before, after)
+            elif before[2] == after[2] and int(before[1][:4], 16) % 2 == 0:
+                self.assertEqual(before, after)
+
+    def compare(self, row):
+        """Converts a file in every way. How often that went, and what differs then."""
+        converted, differences = 0, []
+        expected = self.content(row["file"])
+        out = self.path(f"{row['sha256']}.dcm")
+        for name, options in self.WAYS:
+            result = run("convert", "-q", "--force", *options, row["file"], out)
+            if result.returncode == INPUT_FAILED:
+                self.assertRegex(result.stderr.decode(), r"^tessaret: [^\n]+: [^\n]+\n$")
+                continue
+            self.assert_ends(result, DONE)
+            converted += 1
+            try:
+                implicit = name == "implicit" or (row["transfer_syntax"] or IMPLICIT) == IMPLICIT
+                self.assert_same_content(expected, self.content(out), implicit)
+            except AssertionError as difference:
+                differences.append((row["path"], name, str(difference)[:2000]))
+        out.unlink(missing_ok=True)
+        return converted, differences
+
+    @tool.needs_corpus
+    def test_other_programs_read_the_same_in_what_was_converted(self):
+        # In the first, dcmdump reads items in what was unknown before the dictionary named it; the second it does not read.
+        rows = [row for row in tool.corpus_rows() if not row["path"].endswith((
+            "enhanced_mr_siemens.dcm", "emri_small_jpeg_2k_lossless_too_short.dcm"))]
+        with concurrent.futures.ThreadPoolExecutor(4) as pool:
+            results = list(pool.map(self.compare, rows))
+        self.assertEqual([difference for _, differences in results for difference in differences], [])
+        self.assertGreater(sum(converted for converted, _ in results), 900)
+
+    @tool.needs_corpus
+    def test_every_native_file_that_reads_converts(self):
+        for row in tool.corpus_rows():
+            if row["transfer_syntax"] not in NATIVE or row["path"].startswith("dicom/broken/") or "DICOMDIR" in row["path"]:
+                continue
+            check = run("check", row["file"])
+            # Four files of wide big endian pixels, and one with an element before the meta header.
+            if check.returncode != DONE or b"not certain" in check.stderr or row["path"].endswith("nested_priv_SQ.dcm"):
+                continue
+            with self.subTest(row["path"]):
+                self.assert_ends(run("convert", "-q", "--force", "--syntax", "explicit", row["file"], self.out), DONE, "")
+
+    @tool.needs_corpus
+    def test_pixels_are_those_that_independent_tools_found(self):
+        compared = 0
+        for row in tool.corpus_rows():
+            if row["transfer_syntax"] not in NATIVE or not row["native_pixel_sha256"]:
+                continue
+            for _, options in self.WAYS[1:]:
+                if run("convert", "-q", "--force", *options, row["file"], self.out).returncode != DONE:
+                    continue
+                with self.subTest(row["path"], options=options):
+                    value = pydicom.dcmread(self.out).PixelData
+                    samples = 2 if row["photometric"] == "YBR_FULL_422" else int(row["samples"])
+                    bits = samples * int(row["bits_allocated"]) * int(row["frames"]) * int(row["rows"]) * int(row["columns"])
+                    self.assertEqual(hashlib.sha256(value[:(bits + 7) // 8]).hexdigest(), row["native_pixel_sha256"])
+                    compared += 1
+        self.assertGreater(compared, 300)
+
+
+if __name__ == "__main__":
+    unittest.main()

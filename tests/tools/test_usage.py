@@ -1,0 +1,205 @@
+"""The command line as a whole: usage, help, version, man pages, completion."""
+
+import json
+import os
+import re
+import shutil
+import subprocess
+import unittest
+
+import tool
+from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, USAGE, run
+
+VERBS = ("dump", "check", "convert", "dictionary", "phantom")
+CODES = {0: "done", 1: "some input failed, the rest is done", 2: "wrong usage", 3: "no association",
+         4: "the peer refused or failed the work", 5: "output could not be written, standard output included",
+         130: "interrupted", 143: "terminated"}
+NEEDED = {"dump": ["x"], "check": ["x"], "convert": ["x", "y"], "dictionary": ["x"], "phantom": ["x"]}
+
+
+def options_in(help_text):
+    """The names of all options that a help text lists."""
+    return set(re.findall(r"(?:^  |, )(--?[a-z][a-z-]*)", help_text, re.M))
+
+
+class Usage(tool.ToolTest):
+
+    def test_without_a_verb_usage_is_wrong(self):
+        result = run()
+        self.assert_ends(result, USAGE)
+        self.assertEqual(result.stdout, b"")
+        self.assertIn(b"tessaret: usage: see tessaret --help\n", result.stderr)
+
+    def test_an_unknown_verb_is_named(self):
+        result = run("dmup", "file")
+        self.assert_ends(result, USAGE)
+        self.assertIn(b"tessaret: dmup: no such verb\n", result.stderr)
+
+    def test_each_verb_refuses_an_unknown_option(self):
+        for verb in VERBS:
+            with self.subTest(verb):
+                result = run(verb, "--no-such-thing", *NEEDED[verb])
+                self.assert_ends(result, USAGE)
+                self.assertEqual(result.stdout, b"")
+                self.assertIn(b"--no-such-thing", result.stderr)
+                self.assertIn(f"tessaret: usage: see tessaret {verb} --help\n".encode(), result.stderr)
+
+    def test_each_verb_refuses_to_work_on_nothing(self):
+        for verb in VERBS:
+            with self.subTest(verb):
+                self.assert_ends(run(verb), USAGE)
+
+    def test_each_verb_refuses_a_superfluous_word(self):
+        for arguments in (["convert", "a", "b", "c"], ["phantom", "a", "b"], ["dictionary", "a", "b"]):
+            with self.subTest(arguments[0]):
+                self.assert_ends(run(*arguments, cwd=self.folder), USAGE)
+
+    def test_each_verb_says_when_a_file_is_not_there(self):
+        missing = self.path("missing.dcm")
+        for arguments in (["dump", missing], ["check", missing], ["convert", missing, self.path("out")]):
+            with self.subTest(arguments[0]):
+                self.assert_ends(run(*arguments), INPUT_FAILED, f"tessaret: {missing}: No such file or directory\n")
+
+    def test_values_that_make_no_sense_are_wrong_usage(self):
+        for arguments in (["dump", "--format", "xml", "x"], ["phantom", "--kind", "pet", "x"],
+                          ["phantom", "--size", "7", "x"], ["phantom", "--size", "many", "x"],
+                          ["phantom", "--slices", "0", "x"], ["phantom", "--slices", "1000000", "x"],
+                          ["phantom", "--spacing", "1,2", "x"], ["phantom", "--spacing", "1,2,-3", "x"],
+                          ["phantom", "--spacing", "1,2,nan", "x"], ["phantom", "--spacing", "1,2,3,4", "x"],
+                          ["phantom", "--spacing", "1;2;3", "x"],
+                          ["phantom", "--kind", "multiframe", "--size", "16384", "--slices", "999999", "x"],
+                          ["convert", "--syntax", "jpeg", "x", "y"],
+                          ["convert", "--no-preamble", "--syntax", "explicit", "x", "y"]):
+            with self.subTest(" ".join(arguments)):
+                result = run(*arguments, cwd=self.folder)
+                self.assert_ends(result, USAGE)
+                self.assertEqual(list(self.folder.iterdir()), [])
+
+
+class Help(tool.ToolTest):
+
+    def test_help_is_a_result(self):
+        for arguments in (["--help"], ["-h"], *[[verb, "--help"] for verb in VERBS]):
+            with self.subTest(arguments):
+                result = run(*arguments)
+                self.assert_ends(result, DONE, "")
+                self.assertTrue(result.stdout.startswith(b"Usage: tessaret"))
+
+    def test_help_lists_the_verbs_but_not_those_of_the_build(self):
+        text = run("--help").stdout.decode()
+        for verb in VERBS:
+            self.assertRegex(text, rf"\n  {verb} ")
+        self.assertNotIn("__man", text)
+
+    def test_every_verb_has_the_common_options(self):
+        for verb in VERBS:
+            options = options_in(run(verb, "--help").stdout.decode())
+            self.assertLessEqual({"-q", "--quiet", "-v", "--verbose", "-d", "--debug", "--json", "-h", "--help"}, options)
+
+    def test_every_help_has_the_table_of_exit_codes(self):
+        for arguments in (["--help"], *[[verb, "--help"] for verb in VERBS]):
+            text = run(*arguments).stdout.decode()
+            table = text[text.index("Exit codes:"):]
+            found = {int(code): words for code, words in re.findall(r"^  (\d+) +(.+)$", table, re.M)}
+            self.assertEqual(found, CODES)
+
+    def test_no_line_of_help_is_wider_than_a_hundred_columns(self):
+        for arguments in (["--help"], *[[verb, "--help"] for verb in VERBS]):
+            self.assertLessEqual(max(map(len, run(*arguments).stdout.decode().splitlines())), 100)
+
+    def test_version_is_that_of_the_library(self):
+        header = (tool.SOURCE_DIR / "include/tessaret/version.h").read_text()
+        numbers = [re.search(rf"VERSION_{part} (\d+)", header)[1] for part in ("MAJOR", "MINOR", "PATCH")]
+        result = run("--version")
+        self.assert_ends(result, DONE, "")
+        self.assertEqual(result.stdout.decode(), f"tessaret {'.'.join(numbers)}\n")
+
+
+class Manual(tool.ToolTest):
+
+    def setUp(self):
+        super().setUp()
+        self.assert_ends(run("__man", self.folder), DONE, "")
+        self.pages = self.folder / "man/man1"
+
+    def test_the_build_made_the_same_pages(self):
+        for page in self.pages.iterdir():
+            self.assertEqual((tool.BINARY_DIR / "share/man/man1" / page.name).read_bytes(), page.read_bytes())
+        made = tool.BINARY_DIR / "share/bash-completion/completions/tessaret"
+        self.assertEqual(made.read_bytes(), (self.folder / "bash-completion/completions/tessaret").read_bytes())
+
+    def test_there_is_a_page_for_the_tool_and_for_each_verb(self):
+        names = {page.name for page in self.pages.iterdir()}
+        self.assertEqual(names, {"tessaret.1"} | {f"tessaret-{verb}.1" for verb in VERBS})
+
+    @tool.needs_program("mandoc")
+    def test_mandoc_finds_no_fault_but_the_missing_date(self):
+        for page in self.pages.iterdir():
+            lint = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page], check=False, capture_output=True, text=True)
+            found = [line for line in lint.stdout.splitlines() if "missing date" not in line]
+            self.assertEqual(found, [], page.name)
+
+    @tool.needs_program("man")
+    def test_man_shows_every_option_and_exit_code(self):
+        for verb in VERBS:
+            shown = subprocess.run(["man", "-l", self.pages / f"tessaret-{verb}.1"], check=True, capture_output=True,
+                                   text=True, env={**os.environ, "MANWIDTH": "100", "LC_ALL": "C.UTF-8"})
+            self.assertEqual(shown.stderr, "")
+            text = re.sub(".\b", "", shown.stdout)
+            for option in options_in(run(verb, "--help").stdout.decode()):
+                self.assertIn(option, text, verb)
+            for code, words in CODES.items():
+                self.assertRegex(text, rf"{code}\s+{words}")
+
+    def test_the_pages_name_the_spellings_of_other_programs(self):
+        self.assertIn("\\fB+L\\fR", (self.pages / "tessaret-dump.1").read_text())
+
+    def test_completion_offers_verbs_options_and_choices(self):
+        script = self.folder / "bash-completion/completions/tessaret"
+
+        def complete(*words):
+            line = " ".join(f"'{word}'" for word in words)
+            text = (f"source {script}; compopt() {{ :; }}; COMP_WORDS=({line}); COMP_CWORD={len(words) - 1}; _tessaret; "
+                    "printf '%s\\n' \"${COMPREPLY[@]}\"")
+            return set(subprocess.run(["bash", "-c", text], check=True, capture_output=True, text=True,
+                                      cwd=self.folder).stdout.split())
+
+        self.assertEqual(complete("tessaret", "d"), {"dump", "dictionary"})
+        self.assertIn("--version", complete("tessaret", "--"))
+        self.assertEqual(complete("tessaret", "dump", "--format", ""), {"lines", "text"})
+        self.assertEqual(complete("tessaret", "phantom", "--kind", "m"), {"mr", "multiframe", "mono1"})
+        self.assertEqual(complete("tessaret", "convert", "--no"), {"--no-preamble"})
+        self.write("some.dcm", b"")
+        self.assertEqual(complete("tessaret", "dump", "so"), {"some.dcm"})
+
+    def test_pages_that_cannot_be_written_are_told(self):
+        blocker = self.write("blocker", b"")
+        result = run("__man", blocker)
+        self.assert_ends(result, OUTPUT_FAILED)
+        self.assertIn(b"Not a directory", result.stderr)
+
+
+class Dictionaries(tool.ToolTest):
+
+    def test_missing_dictionaries_are_told_and_end_the_work(self):
+        environment = {**os.environ, "TESSARET_DATA_DIR": str(self.folder)}
+        result = run("dump", self.good_file(), env=environment)
+        self.assert_ends(result, INPUT_FAILED, f"tessaret: dictionaries: Error reading [{self.folder}/dicom-dict.txt]\n")
+
+    def test_help_needs_no_dictionaries(self):
+        environment = {**os.environ, "TESSARET_DATA_DIR": str(self.folder)}
+        self.assert_ends(run("dump", "--help", env=environment), DONE)
+
+    def test_a_tool_that_was_moved_finds_its_dictionaries(self):
+        for part in ("bin", "share/tessaret"):
+            (self.folder / part).mkdir(parents=True)
+        shutil.copy(tool.TOOL, self.path("bin/tessaret"))
+        for name in ("dicom-dict.txt", "uid-dict.txt"):
+            shutil.copy(tool.BINARY_DIR / "share/tessaret" / name, self.path("share/tessaret") / name)
+        result = subprocess.run([self.path("bin/tessaret"), "dictionary", "0010,0010", "--json"], check=True,
+                                capture_output=True)
+        self.assertEqual(json.loads(result.stdout)["name"], "Patient's Name")
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,64 @@
+#include "completion.h"
+
+#include "option_table.h"
+
+namespace tessaret::tool {
+namespace {
+
+constexpr const char* kHead =
+    "# bash completion for tessaret\n"
+    "_tessaret() {\n"
+    "  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}\n"
+    "  local verb=${COMP_WORDS[1]} words=\n"
+    "  COMPREPLY=()\n";
+
+constexpr const char* kTail =
+    "  if [[ $current == -* || $COMP_CWORD -eq 1 ]]; then\n"
+    "    mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
+    "  else\n"
+    "    compopt -o filenames\n"
+    "    mapfile -t COMPREPLY < <(compgen -f -- \"$current\")\n"
+    "  fi\n"
+    "}\n"
+    "complete -F _tessaret tessaret\n";
+
+std::string Joined(const std::vector<std::string>& words) { return CLI::detail::join(words, " "); }
+
+std::string OptionWords(const std::vector<OptionRow>& rows) {
+  std::vector<std::string> words;
+  for (const OptionRow& row : rows) words.insert(words.end(), row.names.begin(), row.names.end());
+  return Joined(words);
+}
+
+/// Answers for the word behind an option that takes one of few values.
+std::string ChoiceCases(const std::string& verb, const std::vector<OptionRow>& rows) {
+  std::string cases;
+  for (const OptionRow& row : rows) {
+    if (row.choices.empty()) continue;
+    for (const std::string& name : row.names) {
+      cases += "    " + verb + ":" + name + ")\n      mapfile -t COMPREPLY < <(compgen -W \"" +
+               Joined(row.choices) + "\" -- \"$current\")\n      return\n      ;;\n";
+    }
+  }
+  return cases;
+}
+
+}  // namespace
+
+std::string BashCompletion(const CLI::App& app) {
+  std::vector<std::string> firstWords;
+  std::string choices;
+  std::string options;
+  for (const CLI::App* verb : ListedVerbs(app)) {
+    const std::vector<OptionRow> rows = OptionRows(*verb);
+    firstWords.push_back(verb->get_name());
+    choices += ChoiceCases(verb->get_name(), rows);
+    options += "    " + verb->get_name() + ") words=\"" + OptionWords(rows) + "\" ;;\n";
+  }
+  const std::string first = Joined(firstWords) + ' ' + OptionWords(OptionRows(app));
+  return kHead + std::string("  case $verb:$previous in\n") + choices +
+         "  esac\n  case $verb in\n" + options + "  esac\n  [[ $COMP_CWORD -eq 1 ]] && words=\"" +
+         first + "\"\n" + kTail;
+}
+
+}  // namespace tessaret::tool

@@ -1,0 +1,15 @@
+// Checks of a data set that need no more than a look: what reads well may still contradict itself.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "core/uid_dictionary.h"
+#include "source_file.h"
+
+namespace tessaret::tool {
+
+/// What is odd in `source`, a sentence each. Requires: its object is there, loaded with pixels and in host order.
+std::vector<std::string> FindOddities(const SourceFile& source, const UIDDictionary& uids);
+
+}  // namespace tessaret::tool

@@ -1,0 +1,38 @@
+#include "host.h"
+
+#include <unistd.h>
+
+#include "core/module_dictionaries.h"
+#include "platform/module_path.h"
+#include "standard_streams.h"
+
+namespace tessaret::tool {
+
+void Host::LoadDictionaries() {
+  if (dictionariesLoaded_) return;
+  std::string why;
+  const MessageSink keepWords = [&why](const std::string& text, const std::string&) { why = text; };
+  if (!StartDictionaries(ModuleDirectory(), keepWords)) throw DictionaryError(why);
+  dictionariesLoaded_ = true;
+}
+
+const RTC& Host::Tags() {
+  LoadDictionaries();
+  return ModuleDictionary();
+}
+
+const UIDDictionary& Host::Uids() {
+  LoadDictionaries();
+  return ModuleUidDictionary();
+}
+
+std::string Host::NameOfUid(std::string_view uid) {
+  const UIDEntry* entry = Uids().FindEntry(uid);
+  return entry == nullptr ? std::string() : entry->Description;
+}
+
+bool Host::ColoursOutput() const {
+  return !options.loudness.quiet && IsLivelyTerminal(STDOUT_FILENO);
+}
+
+}  // namespace tessaret::tool

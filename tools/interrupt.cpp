@@ -1,0 +1,77 @@
+#include "interrupt.h"
+
+#include <signal.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstddef>
+
+#include "platform/file_calls.h"
+
+namespace tessaret::tool {
+namespace {
+
+constexpr int kSignalExitBase = 128;
+
+std::atomic<int> signalMet = 0;
+static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may use nothing else");
+
+void OnInterrupt(int signal) {
+  if (signalMet.exchange(signal) != 0) ::_exit(kSignalExitBase + signal);
+  ::alarm(1);
+}
+
+// A signal that comes just before a system call does not break it: an alarm a second does, until the call is given up.
+void OnAlarm(int) { ::alarm(1); }
+
+void Handle(int signal, void (*handler)(int)) {
+  struct sigaction action {};
+  action.sa_handler = handler;
+  ::sigemptyset(&action.sa_mask);
+  ::sigaction(signal, &action, nullptr);
+}
+
+/// Cancels what would take long or bring something to its place; closing and tidying up go on.
+int CancelWhenInterrupted(FileCall call, std::size_t&) {
+  if (!IsInterrupted()) return 0;
+  switch (call) {
+    case FileCall::kOpen:
+    case FileCall::kRead:
+    case FileCall::kWrite:
+    case FileCall::kSync:
+    case FileCall::kRename:
+      return ECANCELED;
+    case FileCall::kClose:
+    case FileCall::kSeek:
+    case FileCall::kStat:
+    case FileCall::kRemove:
+    case FileCall::kMode:
+    case FileCall::kLock:
+      break;
+  }
+  return 0;
+}
+
+bool IsIgnored(int signal) {
+  struct sigaction action {};
+  return ::sigaction(signal, nullptr, &action) == 0 && action.sa_handler == SIG_IGN;
+}
+
+}  // namespace
+
+void WatchForInterrupts() {
+  ::signal(SIGPIPE, SIG_IGN);
+  Handle(SIGALRM, &OnAlarm);
+  for (const int signal : {SIGINT, SIGTERM}) {
+    // Whoever started the tool with the signal ignored, as a shell does for work in the background, meant that.
+    if (!IsIgnored(signal)) Handle(signal, &OnInterrupt);
+  }
+  SetFileCallHook(&CancelWhenInterrupted);
+}
+
+bool IsInterrupted() { return signalMet.load(std::memory_order_relaxed) != 0; }
+
+ExitCode InterruptExitCode() { return static_cast<ExitCode>(kSignalExitBase + signalMet.load()); }
+
+}  // namespace tessaret::tool

@@ -1,0 +1,148 @@
+#include "manual.h"
+
+#include <algorithm>
+
+#include "command_line.h"
+#include "exit_code.h"
+#include "option_table.h"
+#include "tessaret/version.h"
+
+namespace tessaret::tool {
+namespace {
+
+/// Text as roff takes it: no dash turns into a hyphen, no line into a request.
+std::string Roff(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    if (c == '\\') {
+      escaped += "\\e";
+    } else if (c == '-') {
+      escaped += "\\-";
+    } else {
+      escaped += c;
+    }
+  }
+  if (escaped.starts_with('.') || escaped.starts_with('\'')) escaped.insert(0, "\\&");
+  return escaped;
+}
+
+std::string Upper(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  });
+  return text;
+}
+
+std::string Title(const std::string& name) {
+  return ".TH \"" + Roff(Upper(name)) + "\" 1 \"\" \"Tessaret " + TESSARET_VERSION_STRING +
+         "\" \"Tessaret\"\n";
+}
+
+std::string NameSection(const std::string& name, const std::string& summary) {
+  return ".SH NAME\n" + Roff(name) + " \\- " + Roff(summary) + '\n';
+}
+
+std::string Synopsis(const std::string& command, const std::vector<OptionRow>& rows) {
+  std::string text = ".SH SYNOPSIS\n.B " + Roff(command) + "\n[\\fIoptions\\fR]";
+  for (const OptionRow& row : rows) {
+    if (!row.IsPositional()) continue;
+    text +=
+        row.required ? " \\fI" + Roff(row.value) + "\\fR" : " [\\fI" + Roff(row.value) + "\\fR]";
+  }
+  return text + '\n';
+}
+
+std::string OptionHead(const OptionRow& row) {
+  if (row.IsPositional()) return "\\fI" + Roff(row.value) + "\\fR";
+  std::string head;
+  for (const std::string& name : row.names) {
+    if (!head.empty()) head += ", ";
+    head += "\\fB" + Roff(name) + "\\fR";
+  }
+  for (const KnownSpelling& spelling : kKnownSpellings) {
+    if (std::find(row.names.begin(), row.names.end(), spelling.option) != row.names.end()) {
+      head += std::string(", \\fB") + Roff(spelling.known) + "\\fR";
+    }
+  }
+  return row.value.empty() ? head : head + " \\fI" + Roff(row.value) + "\\fR";
+}
+
+std::string Options(const std::vector<OptionRow>& rows) {
+  std::string text = ".SH OPTIONS\n";
+  for (const OptionRow& row : rows) {
+    text += ".TP\n" + OptionHead(row) + '\n' + Roff(row.description) + '.';
+    if (!row.defaultValue.empty()) text += " Default: " + Roff(row.defaultValue) + '.';
+    text += '\n';
+  }
+  return text;
+}
+
+std::string ExitStatus() {
+  std::string text = ".SH EXIT STATUS\n";
+  for (const ExitCodeRow& row : kExitCodes) {
+    text += ".TP\n\\fB" + std::to_string(static_cast<int>(row.code)) + "\\fR\n" + Roff(row.words) +
+            '\n';
+  }
+  return text;
+}
+
+struct Variable {
+  const char* name;
+  const char* words;
+};
+
+constexpr Variable kEnvironment[] = {
+    {"NO_COLOR", "Set and not empty: no colours and no progress bars."},
+    {"TESSARET_DATA_DIR",
+     "The directory of dicom-dict.txt and uid-dict.txt, instead of the one that was installed."},
+};
+
+std::string Environment() {
+  std::string text = ".SH ENVIRONMENT\n";
+  for (const Variable& variable : kEnvironment) {
+    text += ".TP\n.B " + Roff(variable.name) + '\n' + Roff(variable.words) + '\n';
+  }
+  return text;
+}
+
+constexpr const char* kConventions =
+    ".SH CONVENTIONS\n"
+    "Results go to standard output. Words go to standard error, a line each: "
+    "\\fBtessaret:\\fR \\fISUBJECT\\fR\\fB:\\fR \\fIWORDS\\fR.\n"
+    "Control characters in values and names are shown as \\ex1b.\n"
+    "Output that is there already is replaced only with \\fB\\-\\-force\\fR, and a file is written "
+    "whole or not at all.\n";
+
+std::string VerbPageName(const CLI::App& verb) { return "tessaret-" + verb.get_name(); }
+
+ManPage VerbPage(const CLI::App& verb) {
+  const std::string name = VerbPageName(verb);
+  const std::vector<OptionRow> rows = OptionRows(verb);
+  std::string text = Title(name) + NameSection(name, verb.get_description());
+  text +=
+      Synopsis("tessaret " + verb.get_name(), rows) + Options(rows) + ExitStatus() + Environment();
+  return {name + ".1", text + ".SH SEE ALSO\n.BR tessaret (1)\n"};
+}
+
+ManPage ToolPage(const CLI::App& app) {
+  std::string text =
+      Title("tessaret") + NameSection("tessaret", "show, check, convert and make DICOM files");
+  text += ".SH SYNOPSIS\n.B tessaret\n\\fIverb\\fR [\\fIoptions\\fR] ...\n.SH VERBS\n";
+  std::string seeAlso;
+  for (const CLI::App* verb : ListedVerbs(app)) {
+    text += ".TP\n.B " + Roff(verb->get_name()) + '\n' + Roff(verb->get_description()) + ".\n";
+    seeAlso += (seeAlso.empty() ? ".BR " : ",\n.BR ") + Roff(VerbPageName(*verb)) + " (1)";
+  }
+  text += Options(OptionRows(app)) + kConventions + ExitStatus() + Environment();
+  return {"tessaret.1", text + ".SH SEE ALSO\n" + seeAlso + '\n'};
+}
+
+}  // namespace
+
+std::vector<ManPage> ManPages(const CLI::App& app) {
+  std::vector<ManPage> pages{ToolPage(app)};
+  for (const CLI::App* verb : ListedVerbs(app)) pages.push_back(VerbPage(*verb));
+  return pages;
+}
+
+}  // namespace tessaret::tool

@@ -1,0 +1,24 @@
+// Files that a verb is about to write.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/dicom_object.h"
+
+namespace tessaret::tool {
+
+/// Why `path` must not be written, or empty: a file that is there is replaced only with `force`, a directory never. Devices
+/// and pipes are written to.
+std::string WhyNotToWrite(const std::string& path, bool force);
+
+/// Saves `object`, popping it empty, as DataSetCoder::SaveFile does in `mode`. Empty, or why it failed.
+std::string SaveObject(const std::string& path, std::int32_t mode, DICOMObject& object);
+
+inline constexpr std::int32_t kSaveBare = 1;  // without preamble and meta header
+inline constexpr std::int32_t kSaveComplete = 3;
+
+/// Makes the directory `path` with those above it, unless it is there. 0, or the system's error number.
+int MakeDirectories(const std::string& path);
+
+}  // namespace tessaret::tool

@@ -1,0 +1,36 @@
+// What must be true of an object, and what must be changed in it, before it is written in another encoding than its own.
+#pragma once
+
+#include <string>
+
+#include "source_file.h"
+
+namespace tessaret::tool {
+
+enum class Target {
+  kKeep,      // the transfer syntax of the source
+  kImplicit,  // implicit little endian
+  kExplicit,  // explicit little endian
+  kBare,      // implicit little endian without a meta header
+};
+
+/// True for native pixel data of a big endian file whose pixels are wider than the numbers that its type has by the standard: OW
+/// swaps 16 bits and OB none, but many programs swap whole pixels. Nothing in the file tells which was meant.
+/// `bigEndianNumbers` tells whether the numbers of `object` still are in the order of the file.
+bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers);
+
+/// Why `source` cannot be written as `target` without losing or bending something; empty when it can.
+std::string WhyNotToEncode(const SourceFile& source, Target target);
+
+/// The transfer syntax UID of what will be written. Requires: WhyNotToEncode is empty.
+std::string TargetSyntax(const SourceFile& source, Target target);
+
+/// Makes the object of `source` ready to be saved with its meta header in TargetSyntax, by a coder without a dictionary:
+///  - the numbers of a big endian source are turned round when the target is little endian;
+///  - (0002,0010) names the target; group lengths outside the meta header go, since they no longer fit;
+///  - where types are written, values have the types that their surroundings give them, and those that the 16-bit length of
+///    their type cannot hold become UN, which has 32 bits for it (DICOM PS3.5, 6.2.2).
+/// Requires: the source was loaded without turning numbers round. Throws std::bad_alloc.
+void PrepareToEncode(SourceFile& source, Target target);
+
+}  // namespace tessaret::tool

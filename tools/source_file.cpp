@@ -1,0 +1,240 @@
+#include "source_file.h"
+
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <optional>
+
+#include "base/bounded_reader.h"
+#include "base/text.h"
+#include "core/element_reader.h"
+#include "core/file_buffer.h"
+#include "core/module_dictionaries.h"
+#include "core/value_order.h"
+#include "doubts.h"
+#include "file_walk.h"
+#include "platform/file_calls.h"
+#include "tag_text.h"
+
+namespace tessaret::tool {
+namespace {
+
+constexpr const char* kStandardInputPath = "/dev/stdin";
+constexpr std::uint16_t kMetaGroup = 0x0002;
+constexpr std::uint16_t kSyntaxElement = 0x0010;
+
+/// What stands at the head of a file.
+struct Head {
+  std::optional<TagKey> firstTag;
+  std::string syntax;
+};
+
+/// The length of the element at `bytes` behind its tag; nothing when the bytes end.
+std::optional<std::uint32_t> ReadLength(BoundedReader& bytes, bool isExplicit) {
+  if (!isExplicit) return bytes.Little32();
+  const auto first = bytes.U8();
+  const auto second = bytes.U8();
+  const auto half = bytes.Little16();
+  if (!first || !second || !half) return std::nullopt;
+  const auto type = static_cast<VrCode>(*first << 8 | *second);
+  return HasLongForm(type) ? bytes.Little32() : std::optional<std::uint32_t>(*half);
+}
+
+/// Looks through the meta header. The reader goes by its transfer syntax too, but does not always keep it.
+Head ReadHead(BoundedReader bytes, std::int32_t code) {
+  Head head;
+  for (;;) {
+    const auto group = bytes.Little16();
+    const auto element = bytes.Little16();
+    if (!group || !element) return head;
+    if (!head.firstTag) head.firstTag = MakeTagKey(*group, *element);
+    if (*group != kMetaGroup) return head;
+    const auto length = ReadLength(bytes, !IsImplicit(code));
+    const auto value = length ? bytes.Sub(*length) : std::nullopt;
+    if (!value) return head;
+    if (*element != kSyntaxElement || value->Left() == 0) continue;
+    const std::string_view text(reinterpret_cast<const char*>(value->Here()), value->Left());
+    head.syntax = Trimmed(text.substr(0, text.find('\0')));
+  }
+}
+
+/// Notes what the reader is about to see, since an object does not say how it was encoded.
+class ObservingCoder final : public DataSetCoder {
+ public:
+  using DataSetCoder::DataSetCoder;
+
+  bool File_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object, std::int32_t firstCode,
+                              bool loadPixels) override {
+    if (!observed_) Observe(buffer, firstCode);
+    observed_ = true;
+    return DataSetCoder::File_ParseRawVRIntoDCM(buffer, object, firstCode, loadPixels);
+  }
+
+  Head head;
+  std::uint32_t start = 0;  // where the first element stands
+  std::int32_t code = kImplicitLittle;
+
+ private:
+  void Observe(Buffer& buffer, std::int32_t firstCode) {
+    code = firstCode;
+    start = buffer.Position;
+    const auto* file = dynamic_cast<FileBuffer*>(&buffer);
+    FileStream* stream = file == nullptr ? nullptr : file->Stream.get();
+    if (stream != nullptr) head = ReadHead({stream->Window(), stream->WindowSize()}, firstCode);
+  }
+
+  bool observed_ = false;
+};
+
+std::string At(const ParseStop& stop) {
+  return Format(" at offset %llu", static_cast<unsigned long long>(stop.position));
+}
+
+std::string NamedUid(const std::string& uid) {
+  const UIDEntry* entry = ModuleUidDictionary().FindEntry(uid);
+  return entry == nullptr ? '"' + uid + '"' : uid + " (" + entry->Description + ')';
+}
+
+std::string WordsOf(const ParseStop& stop, const SourceFile& source) {
+  const std::string tag = TagText(stop.group, stop.element);
+  switch (stop.why) {
+    case ParseStop::Why::kNone:
+    case ParseStop::Why::kPixelData:
+      return {};
+    case ParseStop::Why::kTruncated:
+      return "truncated" + At(stop) +
+             (MakeTagKey(stop.group, stop.element) == 0 ? "" : ", in " + tag);
+    case ParseStop::Why::kStrayTag:
+      return "stray " + tag + At(stop);
+    case ParseStop::Why::kUnknownSyntax:
+      return "transfer syntax " + NamedUid(source.syntax) + " cannot be read here";
+    case ParseStop::Why::kOrphanItem:
+      return "item without a sequence" + At(stop);
+    case ParseStop::Why::kTooDeep:
+      return Format("sequences nested deeper than %d levels", kMaxNesting) + At(stop);
+    case ParseStop::Why::kTooLong:
+      return "length of " + tag + At(stop) + " goes beyond the end";
+  }
+  return {};
+}
+
+/// Why a path is not to be opened at all, or empty.
+std::string WhyNotToOpen(const std::string& path, std::uint64_t& size) {
+  struct stat status {};
+  const FileResult found = StatPath(path.c_str(), status);
+  if (!found.Ok()) return SystemErrorText(found.error);
+  if (S_ISDIR(status.st_mode)) return SystemErrorText(EISDIR);
+  if (S_ISREG(status.st_mode)) size = static_cast<std::uint64_t>(status.st_size);
+  // A device may never come to an end.
+  return S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) ? "is a device" : std::string();
+}
+
+/// Without the mark any bytes could be there. They are taken for a data set when they begin with a known tag.
+bool IsKnown(TagKey tag, const RTC& dictionary) {
+  return ElementOf(tag) == 0 || dictionary.Find(tag) != nullptr;
+}
+
+TagKey InOtherOrder(TagKey tag) {
+  return MakeTagKey(__builtin_bswap16(GroupOf(tag)), __builtin_bswap16(ElementOf(tag)));
+}
+
+/// Zeros make the tag (0000,0000), again and again, and nothing else.
+bool HoldsMoreThanZeros(const DICOMObject& object) {
+  const VR* first = object.GetFirstVR();
+  return first != nullptr && (first->Key() != 0 || first->Length != 0);
+}
+
+class Loader {
+ public:
+  Loader(const std::string& path, const SourceOptions& options, const RTC& dictionary)
+      : path_(path == kStandardInput ? kStandardInputPath : path),
+        options_(options),
+        dictionary_(dictionary) {}
+
+  SourceFile Load() {
+    source_.failure = WhyNotToOpen(path_, source_.bytes);
+    if (!source_.failure.empty()) return std::move(source_);
+    ObservingCoder coder(&dictionary_);
+    FileBuffer buffer;
+    source_.object = coder.LoadFile(path_.c_str(), options_.loadPixels, options_.strict, &buffer);
+    source_.syntax = coder.head.syntax;
+    source_.hasMark = coder.start != 0;
+    source_.code = FindTransferSyntax(source_.syntax).value_or(coder.code);
+    Take(coder, buffer);
+    if (source_.object == nullptr) return std::move(source_);
+    if (!source_.hasMark && !IsDataSet(coder.head)) {
+      if (!IsBigEndianDataSet(coder.head)) return NotDicom();
+      LoadBigEndian();
+    }
+    Judge();
+    return std::move(source_);
+  }
+
+ private:
+  /// Notes how a parse ended.
+  void Take(const DataSetCoder& coder, FileBuffer& buffer) {
+    source_.stop = coder.LastStop();
+    source_.bigEndian = buffer.InEndian == kBigEndian;
+    source_.bytes = std::max<std::uint64_t>(source_.bytes, buffer.Position);
+    source_.failure = WordsOf(source_.stop, source_);
+    if (source_.object != nullptr || !source_.failure.empty()) return;
+    source_.failure = coder.ErrorText() == nullptr ? "cannot be read" : coder.ErrorText();
+  }
+
+  [[nodiscard]] bool IsDataSet(const Head& head) const {
+    return head.firstTag && IsKnown(*head.firstTag, dictionary_) &&
+           HoldsMoreThanZeros(*source_.object);
+  }
+
+  /// A stream that has been read cannot be read again.
+  [[nodiscard]] bool IsBigEndianDataSet(const Head& head) const {
+    return head.firstTag && IsKnown(InOtherOrder(*head.firstTag), dictionary_) &&
+           path_ != kStandardInputPath && *head.firstTag != 0;
+  }
+
+  /// A bare data set in big endian, which the library's own loading does not look for.
+  void LoadBigEndian() {
+    DataSetCoder coder(&dictionary_);
+    FileBuffer buffer;
+    source_.object = std::make_unique<DICOMDataObject>();
+    source_.code = kExplicitBig;
+    if (buffer.OpenForRead(path_.c_str())) coder.ExplicitBigIn(buffer, *source_.object);
+    if (buffer.HasError()) source_.failure = buffer.ErrorText();
+    Take(coder, buffer);
+  }
+
+  SourceFile NotDicom() {
+    source_.object.reset();
+    source_.failure = "not DICOM";
+    return std::move(source_);
+  }
+
+  void Judge() {
+    if (!source_.hasMark)
+      source_.warnings.emplace_back("no \"DICM\" mark, so the encoding is a guess");
+    // What is read wrongly may look like any other fault further on.
+    const std::string doubt = WhyToDoubt(*source_.object, !IsImplicit(source_.code), source_.stop);
+    if (!doubt.empty()) source_.failure = doubt;
+    if (source_.bigEndian && options_.hostOrder) SwapNumbers(*source_.object);
+  }
+
+  std::string path_;
+  const SourceOptions& options_;
+  const RTC& dictionary_;
+  SourceFile source_;
+};
+
+}  // namespace
+
+std::string SubjectOf(const std::string& path) {
+  return path == kStandardInput ? "standard input" : path;
+}
+
+SourceFile LoadSource(const std::string& path, const SourceOptions& options,
+                      const RTC& dictionary) {
+  return Loader(path, options, dictionary).Load();
+}
+
+}  // namespace tessaret::tool

@@ -1,0 +1,133 @@
+// tessaret check: says which files do not read, and why.
+#include <chrono>
+
+#include "base/text.h"
+#include "consistency.h"
+#include "file_walk.h"
+#include "interrupt.h"
+#include "json_writer.h"
+#include "source_file.h"
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct CheckOptions {
+  std::vector<std::string> paths;
+  bool strict = false;
+};
+
+struct Summary {
+  std::uint64_t files = 0;
+  std::uint64_t failed = 0;
+  std::uint64_t bytes = 0;
+  double seconds = 0;
+};
+
+std::string SecondsText(double seconds) {
+  return FormatFixed(seconds).substr(0, FormatFixed(seconds).size() - 3);
+}
+
+class Check {
+ public:
+  Check(const CheckOptions& options, Host& host) : options_(options), host_(host) {}
+
+  ExitCode All() {
+    const auto begin = std::chrono::steady_clock::now();
+    const FileList list = FindFiles(options_.paths, host_.messages);
+    for (const std::string& path : list.files) {
+      StopIfInterrupted();
+      host_.messages.ShowProgress(summary_.files, list.files.size(), "files");
+      One(path);
+    }
+    host_.messages.HideProgress();
+    summary_.seconds =
+        std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+    Report();
+    return summary_.failed > 0 || !list.complete ? ExitCode::kInputFailed : ExitCode::kDone;
+  }
+
+ private:
+  void One(const std::string& path) {
+    SourceOptions how;
+    how.strict = options_.strict;
+    SourceFile source = LoadSource(path, how, host_.Tags());
+    StopIfInterrupted();
+    if (source.IsWhole()) {
+      for (std::string& oddity : FindOddities(source, host_.Uids()))
+        source.warnings.push_back(std::move(oddity));
+    }
+    ++summary_.files;
+    summary_.bytes += source.bytes;
+    if (!source.IsWhole()) ++summary_.failed;
+    if (host_.options.json) AsJson(path, source);
+    Tell(path, source);
+  }
+
+  void Tell(const std::string& path, const SourceFile& source) {
+    const std::string subject = SubjectOf(path);
+    for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
+    if (source.IsWhole()) {
+      host_.messages.Note(subject, Format("reads, %zu elements", source.object->Elements.Size()));
+    } else {
+      host_.messages.Error(subject, source.failure);
+    }
+  }
+
+  void AsJson(const std::string& path, const SourceFile& source) {
+    JsonWriter json(host_.output);
+    json.BeginObject()
+        .Member("file", path)
+        .Member("ok", source.IsWhole())
+        .Member("bytes", source.bytes);
+    if (!source.syntax.empty()) json.Member("transferSyntax", source.syntax);
+    if (source.object != nullptr)
+      json.Member("elements", std::uint64_t{source.object->Elements.Size()});
+    if (!source.IsWhole()) {
+      json.Member("error", source.failure);
+      if (source.stop.why != ParseStop::Why::kNone) {
+        json.Member("offset", source.stop.position);
+        json.Member("tag", Format("%04X%04X", source.stop.group, source.stop.element));
+      }
+    }
+    if (!source.warnings.empty()) {
+      json.Key("warnings").BeginArray();
+      for (const std::string& warning : source.warnings) json.String(warning);
+      json.EndArray();
+    }
+    json.EndObject().EndLine();
+  }
+
+  void Report() {
+    const std::string seconds = SecondsText(summary_.seconds);
+    if (host_.options.json) {
+      JsonWriter json(host_.output);
+      json.BeginObject().Member("files", summary_.files).Member("failed", summary_.failed);
+      json.Member("bytes", summary_.bytes).Key("seconds").Raw(seconds).EndObject().EndLine();
+    } else if (!host_.options.loudness.quiet) {
+      host_.output.Line(Format("%llu files, %llu bytes, %s seconds: %llu read, %llu failed",
+                               static_cast<unsigned long long>(summary_.files),
+                               static_cast<unsigned long long>(summary_.bytes), seconds.c_str(),
+                               static_cast<unsigned long long>(summary_.files - summary_.failed),
+                               static_cast<unsigned long long>(summary_.failed)));
+    }
+  }
+
+  const CheckOptions& options_;
+  Host& host_;
+  Summary summary_;
+};
+
+}  // namespace
+
+RunVerb SetUpCheck(CLI::App& app) {
+  auto options = std::make_shared<CheckOptions>();
+  app.add_option("FILE", options->paths,
+                 "DICOM files; directories are gone through; - is standard input")
+      ->required()
+      ->option_text("FILE|DIR...");
+  app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");
+  return [options](Host& host) { return Check(*options, host).All(); };
+}
+
+}  // namespace tessaret::tool

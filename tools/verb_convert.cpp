@@ -1,0 +1,118 @@
+// tessaret convert: writes a DICOM file anew, in the same or another encoding.
+#include "base/text.h"
+#include "file_walk.h"
+#include "interrupt.h"
+#include "json_writer.h"
+#include "output_file.h"
+#include "platform/file_calls.h"
+#include "reencode.h"
+#include "source_file.h"
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct ConvertOptions {
+  std::string input;
+  std::string output;
+  std::string syntax;
+  bool noPreamble = false;
+  bool force = false;
+
+  [[nodiscard]] Target WantedTarget() const {
+    if (noPreamble) return Target::kBare;
+    if (syntax == "implicit") return Target::kImplicit;
+    return syntax == "explicit" ? Target::kExplicit : Target::kKeep;
+  }
+};
+
+class Conversion {
+ public:
+  Conversion(const ConvertOptions& options, Host& host) : options_(options), host_(host) {}
+
+  ExitCode Run() {
+    // What cannot be written need not be read.
+    if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
+      return OutputFailed(why);
+    SourceOptions how;
+    how.hostOrder = false;
+    SourceFile source = LoadSource(options_.input, how, host_.Tags());
+    StopIfInterrupted();
+    const std::string subject = SubjectOf(options_.input);
+    for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
+    std::string why = source.failure;
+    if (why.empty()) why = WhyNotToEncode(source, options_.WantedTarget());
+    if (!why.empty()) {
+      host_.messages.Error(subject, why);
+      host_.messages.Note(options_.output, "not written");
+      return ExitCode::kInputFailed;
+    }
+    return Write(source);
+  }
+
+ private:
+  ExitCode Write(SourceFile& source) {
+    const std::string from = source.syntax;
+    const std::string to = TargetSyntax(source, options_.WantedTarget());
+    PrepareToEncode(source, options_.WantedTarget());
+    const std::int32_t mode = options_.noPreamble ? kSaveBare : kSaveComplete;
+    const std::string why = SaveObject(options_.output, mode, *source.object);
+    StopIfInterrupted();
+    if (!why.empty()) return OutputFailed(why);
+    host_.messages.Note(options_.output, "written in " + NameOf(to));
+    if (host_.options.json) Report(from, to);
+    return ExitCode::kDone;
+  }
+
+  ExitCode OutputFailed(const std::string& why) {
+    host_.messages.Error(options_.output, why);
+    return ExitCode::kOutputFailed;
+  }
+
+  std::string NameOf(const std::string& uid) {
+    const std::string name = host_.NameOfUid(uid);
+    return name.empty() ? uid : name;
+  }
+
+  void Report(const std::string& from, const std::string& to) {
+    struct stat status {};
+    JsonWriter json(host_.output);
+    json.BeginObject().Member("input", options_.input).Member("output", options_.output);
+    if (!from.empty()) json.Member("from", from);
+    json.Member("to", to);
+    if (StatPath(options_.output.c_str(), status).Ok() && S_ISREG(status.st_mode)) {
+      json.Member("bytes", static_cast<std::uint64_t>(status.st_size));
+    }
+    json.EndObject().EndLine();
+  }
+
+  const ConvertOptions& options_;
+  Host& host_;
+};
+
+}  // namespace
+
+RunVerb SetUpConvert(CLI::App& app) {
+  auto options = std::make_shared<ConvertOptions>();
+  app.add_option("IN", options->input, "The file to be read; - is standard input")
+      ->required()
+      ->option_text("IN");
+  app.add_option("OUT", options->output, "The file to be written, whole or not at all")
+      ->required()
+      ->option_text("OUT");
+  app.add_option("--syntax", options->syntax,
+                 "implicit or explicit little endian; otherwise the encoding of IN is kept")
+      ->check(CLI::IsMember({"implicit", "explicit"}));
+  app.add_flag(
+      "--no-preamble", options->noPreamble,
+      "Write the bare data set in implicit little endian, without preamble and meta header");
+  app.add_flag("--force", options->force, "Replace OUT if it is there");
+  app.callback([options] {
+    if (options->noPreamble && options->syntax == "explicit") {
+      throw CLI::ValidationError("--no-preamble", "a bare data set is implicit little endian");
+    }
+  });
+  return [options](Host& host) { return Conversion(*options, host).Run(); };
+}
+
+}  // namespace tessaret::tool

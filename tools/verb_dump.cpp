@@ -1,0 +1,121 @@
+// tessaret dump: shows what DICOM files hold.
+#include <algorithm>
+
+#include "core/object_text.h"
+#include "escape.h"
+#include "file_walk.h"
+#include "interrupt.h"
+#include "json_dump.h"
+#include "line_dump.h"
+#include "source_file.h"
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct DumpOptions {
+  std::vector<std::string> paths;
+  std::string format = "lines";
+  bool noPixels = false;
+  bool strict = false;
+  LineDumpOptions lines;
+};
+
+/// Writes the library's own form of the text, whose lines are safe to show one by one.
+void DumpText(const DICOMObject& object, Host& host) {
+  const std::string text = ObjectToText(object, 0, &host.Tags());
+  std::string_view rest = text;
+  while (!rest.empty()) {
+    const std::size_t end = rest.find('\n');
+    host.output.Line(Escaped(rest.substr(0, end)));
+    rest.remove_prefix(std::min(end, rest.size() - 1) + 1);
+  }
+}
+
+void DumpAsJson(const std::string& path, const SourceFile& source, Host& host) {
+  JsonWriter json(host.output);
+  json.BeginObject().Member("file", path);
+  if (!source.syntax.empty()) json.Member("transferSyntax", source.syntax);
+  if (!source.failure.empty()) json.Member("error", source.failure);
+  if (source.object != nullptr) {
+    json.Key("elements");
+    DumpJson(*source.object, json);
+  }
+  json.EndObject().EndLine();
+}
+
+class Dump {
+ public:
+  Dump(const DumpOptions& options, Host& host) : options_(options), host_(host) {}
+
+  ExitCode All() {
+    const FileList list = FindFiles(options_.paths, host_.messages);
+    failed_ = !list.complete;
+    withHeadings_ = list.fromDirectory || list.files.size() > 1;
+    for (const std::string& path : list.files) {
+      StopIfInterrupted();
+      One(path);
+    }
+    return failed_ ? ExitCode::kInputFailed : ExitCode::kDone;
+  }
+
+ private:
+  void One(const std::string& path) {
+    SourceOptions how;
+    how.loadPixels = !options_.noPixels;
+    how.strict = options_.strict;
+    const SourceFile source = LoadSource(path, how, host_.Tags());
+    StopIfInterrupted();
+    for (const std::string& warning : source.warnings)
+      host_.messages.Warn(SubjectOf(path), warning);
+    if (host_.options.json) {
+      DumpAsJson(path, source, host_);
+    } else if (source.object != nullptr) {
+      Show(path, *source.object);
+    }
+    if (source.IsWhole()) return;
+    // In the order in which it happened, also where both streams end on one terminal.
+    host_.output.Flush();
+    host_.messages.Error(SubjectOf(path), source.failure);
+    failed_ = true;
+  }
+
+  void Show(const std::string& path, const DICOMObject& object) {
+    if (withHeadings_) {
+      if (!first_) host_.output.Line("");
+      host_.output.Line("# " + Escaped(SubjectOf(path)));
+    }
+    first_ = false;
+    if (options_.format == "text") {
+      DumpText(object, host_);
+    } else {
+      DumpLines(object, options_.lines, host_);
+    }
+  }
+
+  const DumpOptions& options_;
+  Host& host_;
+  bool failed_ = false;
+  bool withHeadings_ = false;
+  bool first_ = true;
+};
+
+}  // namespace
+
+RunVerb SetUpDump(CLI::App& app) {
+  auto options = std::make_shared<DumpOptions>();
+  app.add_option("FILE", options->paths,
+                 "DICOM files; directories are gone through; - is standard input")
+      ->required()
+      ->option_text("FILE|DIR...");
+  app.add_option("--format", options->format,
+                 "lines: an element a line, long values cut; text: the library's own form")
+      ->check(CLI::IsMember({"lines", "text"}))
+      ->capture_default_str();
+  app.add_flag("--no-pixels", options->noPixels, "Stop at the pixel data, which saves reading it");
+  app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");
+  app.add_flag("--long", options->lines.wholeValues, "Do not cut long values; +L says the same");
+  return [options](Host& host) { return Dump(*options, host).All(); };
+}
+
+}  // namespace tessaret::tool

@@ -1,0 +1,19 @@
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+constexpr Verb kVerbs[] = {
+    {"dump", "Show what DICOM files hold", &SetUpDump},
+    {"check", "Say which DICOM files do not read, and why", &SetUpCheck},
+    {"convert", "Write a DICOM file anew in another encoding", &SetUpConvert},
+    {"dictionary", "Tell what the dictionaries know of a tag, a UID or a word", &SetUpDictionary},
+    {"phantom", "Make a series of test images", &SetUpPhantom},
+    {"__man", "Write man pages and completions", &SetUpManual, false},
+};
+
+}  // namespace
+
+std::span<const Verb> Verbs() { return kVerbs; }
+
+}  // namespace tessaret::tool

@@ -1,0 +1,37 @@
+// What the verbs need to know of each value representation (DICOM PS3.5, 6.2).
+#pragma once
+
+#include <cstdint>
+
+#include "core/type_code.h"
+
+namespace tessaret::tool {
+
+enum class ValueKind {
+  kText,
+  kUid,
+  kInteger,
+  kUnsigned,
+  kFloat,
+  kTag,
+  kBytes,
+  kSequence,
+};
+
+struct VrTraits {
+  VrCode type;
+  ValueKind kind;
+  bool severalValues;  // a backslash or the width of a number separates values
+  bool longLength;     // the standard gives it a 32-bit length in the explicit form
+};
+
+/// The row of a type; null for letters that the standard does not know.
+const VrTraits* FindTraits(VrCode type);
+
+/// The kind of a type, kBytes for an unknown one.
+ValueKind KindOf(VrCode type);
+
+/// True for the types that have a 32-bit length by the standard but a 16-bit one in this library's readers and writers.
+bool IsLongByTheStandardOnly(VrCode type);
+
+}  // namespace tessaret::tool
