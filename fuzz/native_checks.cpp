@@ -1,0 +1,82 @@
+#include "native_checks.h"
+
+#include <memory>
+
+namespace tessaret::fuzz {
+namespace {
+
+/// Empties a clone of `object` into `bytes`. The clone shares its values.
+bool WriteClone(DataSetCoder& coder, const NativeEncoding& encoding, const DICOMObject& object,
+                CollectingBuffer& bytes) {
+  const std::unique_ptr<DICOMObject> clone(object.Clone(false));
+  const bool written = (coder.*encoding.out)(*clone, bytes);
+  Require(clone->IsEmpty(), "writing empties the object");
+  return written;
+}
+
+/// A stream that states its total refuses what is longer, with words; otherwise nothing is different.
+void CheckStatedTotal(const Input& input, const NativeEncoding& encoding, const DataSetCoder& other,
+                      const DICOMObject& object) {
+  DataSetCoder coder(other.Dictionary);
+  TotallingBuffer block(BlockOf(input.bytes), static_cast<std::uint32_t>(input.bytes.size()),
+                        false);
+  DICOMDataObject again;
+  (coder.*encoding.in)(block, again);
+  if (coder.LastStop().why == ParseStop::Why::kTooLong) {
+    Require(coder.ErrorText() != nullptr, "it says which length is too long");
+    return;
+  }
+  RequireSame(coder.LastStop(), other.LastStop());
+  RequireSame(again, object);
+}
+
+void CheckWriting(DataSetCoder& coder, const NativeEncoding& encoding, const DICOMObject& object) {
+  const SavedForm saved{encoding.form, false, coder.Dictionary};
+  const SavedLimits limits = LimitsOf(object, saved);
+  const std::unique_ptr<DICOMObject> before(object.Clone(true));
+  CollectingBuffer first;
+  const bool written = WriteClone(coder, encoding, object, first);
+  Require(written == !limits.unwritable, "written unless it cannot be encoded");
+  if (!written) return;
+
+  const std::vector<std::uint8_t>& bytes = first.Written();
+  MemoryBuffer buffer(BlockOf(bytes), static_cast<std::uint32_t>(bytes.size()), false);
+  DICOMDataObject after;
+  const bool read = (coder.*encoding.in)(buffer, after);
+  if (limits.changes) return;
+  Require(read && buffer.Available() == 0, "what was written can be read");
+  RequireReadsBack(*before, after, saved);
+  CollectingBuffer second;
+  Require(WriteClone(coder, encoding, after, second), "what was read back can be written");
+  Require(limits.settles || second.Written() == bytes, "writing it again gives the same bytes");
+}
+
+}  // namespace
+
+void CheckNativeEncoding(const Input& input, const NativeEncoding& encoding) {
+  const RTC* dictionary = input.Option(0) ? nullptr : StandardDictionary();
+  const std::int32_t outEndian = input.Option(1) ? kBigEndian : kLittleEndian;
+
+  DataSetCoder coder(dictionary);
+  MemoryBuffer block(BlockOf(input.bytes), static_cast<std::uint32_t>(input.bytes.size()), false);
+  block.OutEndian = outEndian;
+  DICOMDataObject object;
+  const bool read = (coder.*encoding.in)(block, object);
+
+  DataSetCoder slowCoder(dictionary);
+  // Seldom, because a reader then takes memory on trust, which is slow.
+  const bool knowsSupply = (input.options & 0x1C) != 0x1C;
+  DrippingBuffer drops(input.bytes, knowsSupply);
+  drops.OutEndian = outEndian;
+  DICOMDataObject slowObject;
+  Require((slowCoder.*encoding.in)(drops, slowObject) == read, "equal results byte by byte");
+  RequireSame(coder.LastStop(), slowCoder.LastStop());
+  RequireSame(object, slowObject);
+  Require(!read || block.Position == drops.Position, "equal numbers of bytes consumed");
+  RequireWithin(object, input.bytes.size());
+
+  if (outEndian == kLittleEndian) CheckStatedTotal(input, encoding, coder, object);
+  CheckWriting(coder, encoding, object);
+}
+
+}  // namespace tessaret::fuzz
