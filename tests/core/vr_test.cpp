@@ -211,7 +211,7 @@ TEST(VR, AParsedValueIsCopiedResetReplacedAndMovedLikeAnyOther) {
 }
 
 TEST(VR, TakeDataHandsOutAnArrayThatOutlivesTheElement) {
-  for (const std::size_t size : {1u, 16u, 17u, 1000u}) {
+  for (const std::size_t size : {1u, 32u, 33u, 1000u}) {
     auto parsed = Parsed(Pattern(size));
     const std::unique_ptr<std::uint8_t[]> fromParsed(parsed->TakeData());
     EXPECT_EQ(parsed->Data, nullptr);
@@ -272,7 +272,7 @@ std::unique_ptr<VR> Marked(const Bytes& value) {
 }
 
 TEST(VR, DeepCopyHasBytesOfItsOwn) {
-  for (const std::size_t size : {1u, 2u, 16u, 17u, 300u}) {
+  for (const std::size_t size : {1u, 2u, 32u, 33u, 300u}) {
     const auto source = Marked(Pattern(size));
     const VR copy(*source, true);
     EXPECT_EQ(copy.Key(), kTag);
@@ -289,7 +289,7 @@ TEST(VR, DeepCopyHasBytesOfItsOwn) {
 TEST(VR, DeepCopyKeepsTheValueTag) { EXPECT_EQ(VR(*Marked({1, 2}), true).ValueTag, 0x12345678u); }
 
 TEST(VR, ShallowCopySharesTheBytesAndOwnsNothing) {
-  for (const std::size_t size : {1u, 16u, 17u, 300u}) {
+  for (const std::size_t size : {1u, 32u, 33u, 300u}) {
     const auto source = Marked(Pattern(size));
     {
       const VR copy(*source, false);
@@ -495,7 +495,7 @@ TEST(VR, ReplaceFromTakesABorrowedValueAsBorrowed) {
 }
 
 TEST(VR, ReplaceFromTakesShortValuesToo) {
-  for (const std::size_t size : {1u, 8u, 15u, 16u, 17u}) {
+  for (const std::size_t size : {1u, 8u, 31u, 32u, 33u}) {
     const std::unique_ptr<VR> original(NewVR(kTag, Pattern(size)));
     std::unique_ptr<VR> source(original->Clone(true));
     VR target(0x0010, 0x0020, 0, nullptr);
