@@ -1,6 +1,6 @@
 // The one abstraction of a byte stream beneath everything DICOM: a file, a block of memory, a socket, a nested element.
-// Incoming bytes wait in chunks until somebody reads them, outgoing bytes wait in chunks until a flush; descendants differ in
-// where bytes really come from and go to. The destructor never flushes. One thread at a time.
+// Incoming bytes wait in chunks until somebody reads them, outgoing bytes wait in chunks until a flush; descendants
+// differ in where bytes really come from and go to. The destructor never flushes. One thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -39,8 +39,8 @@ class Buffer {
   /// Frees all chunks of both directions, but not the bytes of external ones.
   virtual ~Buffer();
 
-  /// Low-level read of up to `count` bytes. The number read; 0 when nothing has come yet and the caller is to call again;
-  /// -1 at the end or on an error, which is what a bare Buffer answers.
+  /// Low-level read of up to `count` bytes. The number read; 0 when nothing has come yet and the caller is to call
+  /// again; -1 at the end or on an error, which is what a bare Buffer answers.
   virtual std::int64_t ReadBinary(void* data, std::uint32_t count);
   /// Low-level write of `count` bytes. Not 0 on success; a bare Buffer answers 0.
   virtual int SendBinary(const void* data, std::uint32_t count);
@@ -48,8 +48,9 @@ class Buffer {
   virtual bool IsEnd();
   /// How many bytes the stream holds in all, -1 when it does not say. The readers check lengths against it.
   virtual std::int64_t Total();
-  /// Reads `count` bytes out of the chunks, pulling more through ReadBinary. 1 on success; 0 when the stream ended first,
-  /// with what has come still waiting, for a `count` of 0, and for one of 2^31 or more, which cannot wait at once.
+  /// Reads `count` bytes out of the chunks, pulling more through ReadBinary. 1 on success; 0 when the stream ended
+  /// first, with what has come still waiting, for a `count` of 0, and for one of 2^31 or more, which cannot wait at
+  /// once.
   virtual std::int64_t Read(void* data, std::uint32_t count);
   /// How many bytes can be read now.
   virtual std::uint32_t Available();
@@ -62,8 +63,8 @@ class Buffer {
   bool Read16(std::uint16_t* value);
   bool Read32(std::uint32_t* value);
 
-  /// Appends bytes to the outgoing chunks. True. Throws std::bad_alloc, also when more would wait than OutSize can count
-  /// with a chunk to spare: a message is never cut short.
+  /// Appends bytes to the outgoing chunks. True. Throws std::bad_alloc, also when more would wait than OutSize can
+  /// count with a chunk to spare: a message is never cut short.
   bool Write(const void* data, std::uint32_t count) {
     BufferSpace* last = Outgoing.Last == nullptr ? nullptr : Outgoing.Last->value;
     if (last == nullptr || last->Size - last->Index <= count) return WriteAcrossChunks(data, count);
@@ -76,12 +77,13 @@ class Buffer {
   bool Write8(std::uint8_t value) { return Write(&value, 1); }
   bool Write16(std::uint16_t value);
   bool Write32(std::uint32_t value);
-  /// `count` bytes as 16 or 32 bit host numbers in the order of OutEndian; a rest that makes no whole number goes as it is.
+  /// `count` bytes as 16 or 32 bit host numbers in the order of OutEndian; a rest that makes no whole number goes as it
+  /// is.
   bool WriteSwapped16(const void* data, std::uint32_t count);
   bool WriteSwapped32(const void* data, std::uint32_t count);
 
-  /// Writes a long value. A stream to a file sends what waits and then the bytes from where they lie; every other stream
-  /// queues them as Write does. False when a chunk could not be sent.
+  /// Writes a long value. A stream to a file sends what waits and then the bytes from where they lie; every other
+  /// stream queues them as Write does. False when a chunk could not be sent.
   bool WriteLong(const void* data, std::uint32_t count);
 
   /// Sends what waits when this stream goes to a file and much is waiting; otherwise nothing. False when that failed.
@@ -92,8 +94,8 @@ class Buffer {
   /// Hands the outgoing chunks to SendBinary and frees them. False at the first one that could not be sent, which stays
   /// with those behind it.
   bool Flush();
-  /// Makes at least `count` further bytes wait in Incoming, or all that come before the end. False when ReadBinary answered
-  /// -1, with what came until then waiting, and at once when more would wait than InSize can count.
+  /// Makes at least `count` further bytes wait in Incoming, or all that come before the end. False when ReadBinary
+  /// answered -1, with what came until then waiting, and at once when more would wait than InSize can count.
   bool Fill(std::uint32_t count);
 
   /// Takes `count` bytes that wait in Incoming out of their chunks, into `to` or, with null, nowhere.

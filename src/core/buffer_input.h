@@ -18,7 +18,10 @@ class BufferInput {
   BufferInput(DataSetCoder& coder, Buffer& buffer)
       : coder_(coder), buffer_(buffer), view_(dynamic_cast<ExplicitLengthBuffer*>(&buffer)) {}
 
-  bool Available() { return buffer_.Available() != 0; }
+  /// A view that claims more than the one around it has left ends with that one.
+  bool Available() {
+    return view_ != nullptr ? view_->LeftInViews() != 0 : buffer_.Available() != 0;
+  }
   [[nodiscard]] std::uint32_t Position() const { return buffer_.Position; }
   [[nodiscard]] bool IsBigEndian() const { return buffer_.InEndian == kBigEndian; }
   void SetBigEndian(bool big) { buffer_.SetInEndian(big ? kBigEndian : kLittleEndian); }

@@ -9,13 +9,15 @@ namespace {
 
 // Moving 512 entries of 16 bytes costs about as much as a walk down a large tree.
 constexpr std::size_t kMostEntriesToMove = 512;
-// An entry that leaves makes nothing grow, so an array stays one for longer: closing up behind it takes some microseconds.
+// An entry that leaves makes nothing grow, so an array stays one for longer: closing up behind it takes some
+// microseconds.
 constexpr std::size_t kMostEntriesToCloseUp = 8192;
 // So many popped entries may lie before those in use, even when they are more than these.
 constexpr std::size_t kMostPoppedEntries = 4096;
 
-// An array of a size that the top level of an image needs is kept for the next one on this thread. The allocator answers
-// a request of that size by tidying up all the small blocks that the values of the last object left, again and again.
+// An array of a size that the top level of an image needs is kept for the next one on this thread. The allocator
+// answers a request of that size by tidying up all the small blocks that the values of the last object left, again and
+// again.
 constexpr std::size_t kLeastEntriesToKeep = 64;
 constexpr std::size_t kMostEntriesToKeep = 1024;
 struct IdleEntries {};

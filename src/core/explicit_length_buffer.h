@@ -10,8 +10,8 @@ class ExplicitLengthBuffer : public LinkedBuffer {
   /// Views the next `length` bytes of `parent`, which is not owned, and goes on in its byte order and position.
   ExplicitLengthBuffer(Buffer& parent, std::uint32_t length);
 
-  /// Reads the smaller of `count` and Remaining: a read past the end of the view yields what is left. The number of bytes
-  /// read, or -1 when the parent cannot supply them.
+  /// Reads the smaller of `count` and Remaining: a read past the end of the view yields what is left. The number of
+  /// bytes read, or -1 when the parent cannot supply them.
   std::int64_t Read(void* data, std::uint32_t count) override;
   /// -1: a view keeps no chunks, and what came into one would be out of Read's reach.
   std::int64_t ReadBinary(void* data, std::uint32_t count) override;

@@ -25,23 +25,23 @@ class FileBuffer : public LinkedBuffer {
   std::uint32_t Available() override;
   std::uint64_t SuppliesAtMost() override;
 
-  /// Opens for reading, in a way that lets others use the file too. False, with ErrorText set, when that failed or `path`
-  /// is null. What was open is closed and what waited to be read is dropped; what waits to be written stays.
+  /// Opens for reading, in a way that lets others use the file too. False, with ErrorText set, when that failed or
+  /// `path` is null. What was open is closed and what waited to be read is dropped; what waits to be written stays.
   virtual bool OpenForRead(const char* path);
   /// Creates or empties the file and opens it for writing. False as above.
   virtual bool OpenForWrite(const char* path);
   /// Closes if open; Stream is null afterwards. True.
   virtual bool Close();
-  /// Moves to `offset` from the start of the file; bytes that wait to be read are dropped, Position stays, and bytes that wait
-  /// to be written go to the new place. False, and nothing is dropped, when the stream cannot go there.
+  /// Moves to `offset` from the start of the file; bytes that wait to be read are dropped, Position stays, and bytes
+  /// that wait to be written go to the new place. False, and nothing is dropped, when the stream cannot go there.
   virtual bool Seek(std::uint64_t offset);
   /// True after a failed read, write or close, also when the stream is closed since.
   virtual bool HasError();
   /// The operating system's words for the last file error; empty when there was none.
   virtual std::string ErrorText();
 
-  /// The stream for a reader that takes its bytes from the window in place; null when bytes wait in chunks, when nothing
-  /// is open for reading, or when a descendant may read in its own way.
+  /// The stream for a reader that takes its bytes from the window in place; null when bytes wait in chunks, when
+  /// nothing is open for reading, or when a descendant may read in its own way.
   FileStream* LendStream();
 
   std::unique_ptr<FileStream> Stream;  // null when closed

@@ -15,8 +15,8 @@ class MemoryBuffer : public LinkedBuffer {
                std::int32_t inEndian = kLittleEndian);
   ~MemoryBuffer() override;
 
-  /// Copies from Source at SourceIndex, a short count at the end; -1 when there is nothing left, which the constructor has
-  /// brought about already for all but the longest blocks.
+  /// Copies from Source at SourceIndex, a short count at the end; -1 when there is nothing left, which the constructor
+  /// has brought about already for all but the longest blocks.
   std::int64_t ReadBinary(void* data, std::uint32_t count) override;
   /// Does nothing: memory is not written to. 0.
   int SendBinary(const void* data, std::uint32_t count) override;

@@ -4,8 +4,8 @@
 //   (0010,0020) VR="LO" VM="1" Keyword="PatientID"      four hexadecimal digits each
 //
 // Lines are taken in chunks of 1020 characters, and a chunk counts as a line. Only an entry in braces goes on in the
-// chunks and lines that follow; line ends within it are dropped. The first chunk tells the forms of a file apart and is
-// never an entry.
+// chunks and lines that follow; line ends within it are dropped, and a line that is an entry itself breaks it off. The
+// first chunk tells the forms of a file apart and is never an entry.
 #pragma once
 
 #include <cstddef>

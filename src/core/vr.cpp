@@ -45,8 +45,8 @@ bool PushSafely(DICOMObject& target, VR* element) {
   }
 }
 
-/// Pushes all `items` into `place`, where `element` was pushed last, and frees their list. Without memory for the list there
-/// the rest of them hangs over as it is.
+/// Pushes all `items` into `place`, where `element` was pushed last, and frees their list. Without memory for the list
+/// there the rest of them hangs over as it is.
 void HandItemsOver(ItemArray* items, DICOMObject& place, VR& element) {
   if (items == nullptr) return;
   while (items->First != nullptr && place.LastPushedVR == &element &&
@@ -141,7 +141,8 @@ bool VR::MoveToObject(DICOMObject* target) {
   if (place->GetVR(Group, Element) == this) return true;
   std::unique_ptr<VR> moved(EmptyLike(*this));
   if (!moved) return false;
-  // All is taken out of here before the push, which may destroy this element: it may hang below the one that is replaced.
+  // All is taken out of here before the push, which may destroy this element: it may hang below the one that is
+  // replaced.
   moved->TakeValue(*this);
   ItemArray* items = std::exchange(Items, nullptr);
   if (!PushSafely(*target, moved.get())) {

@@ -32,17 +32,17 @@ struct VR {
 
   /// A new element of `length` bytes, an odd length raised by one (0xFFFFFFFF, which cannot be raised, is refused with
   /// std::bad_alloc). With `allocate` Data is a new array of that size, uninitialised but for the pad byte of an odd
-  /// length, which is NUL; otherwise, and with `length` 0, Data is null. Throws std::bad_alloc when there is no memory for
-  /// the bytes.
+  /// length, which is NUL; otherwise, and with `length` 0, Data is null. Throws std::bad_alloc when there is no memory
+  /// for the bytes.
   VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, bool allocate);
 
   /// Any other pointer would pass for the order to allocate.
   template <class T>
   VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, const T* data) = delete;
 
-  /// A copy in one of two depths: tag, Length and TypeCode are copied; Moved becomes true and StreamPosition 0. Deep: bytes
-  /// and ValueTag are copied and OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items are new
-  /// objects in both cases. Throws std::bad_alloc.
+  /// A copy in one of two depths: tag, Length and TypeCode are copied; Moved becomes true and StreamPosition 0. Deep:
+  /// bytes and ValueTag are copied and OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items
+  /// are new objects in both cases. Throws std::bad_alloc.
   VR(const VR& source, bool deep);
 
   /// The same for the element alone: Items stays null.
@@ -69,14 +69,14 @@ struct VR {
   bool Reset();
 
   /// Frees own bytes and items and takes Length, Data, OwnsData, TypeCode and Items from `source`, which is left with
-  /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source or another
-  /// tag. Replacing an element by itself changes nothing and answers true. The source may hang below this element, and dies
-  /// with what was here then; it may be a shallow copy of this element, whose bytes stay.
+  /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source or
+  /// another tag. Replacing an element by itself changes nothing and answers true. The source may hang below this
+  /// element, and dies with what was here then; it may be a shallow copy of this element, whose bytes stay.
   bool ReplaceFrom(VR* source);
 
   /// Hands value and items over to `target`: pushes a new VR of this tag that takes Length, Data and OwnsData, then
-  /// pushes every item. False, and nothing changes, when Length and Moved are both 0, when `target` is null or refuses the
-  /// element, and without memory. An element that lies in `target` already stays there: true.
+  /// pushes every item. False, and nothing changes, when Length and Moved are both 0, when `target` is null or refuses
+  /// the element, and without memory. An element that lies in `target` already stays there: true.
   bool MoveToObject(DICOMObject* target);
 
   /// 0 when there are no Items.
@@ -85,7 +85,8 @@ struct VR {
   /// The item at `index`, which stays owned here; null at or beyond ItemCount().
   DICOMObject* GetItem(std::uint32_t index);
 
-  /// Appends `item` and takes it over. False, and the item stays with the caller, when there is no memory or it is null.
+  /// Appends `item` and takes it over. False, and the item stays with the caller, when there is no memory or it is
+  /// null.
   bool AddItem(DICOMObject* item);
 
   /// Takes the first item out for the caller to own; null when there is none. The emptied list is destroyed.
@@ -106,9 +107,9 @@ struct VR {
     OwnsData = 1;
   }
 
-  /// Hands the bytes out as an array for the caller to free with array delete, a copy where they are not this element's own
-  /// array; Data is null and Length 0 afterwards. Null when there are none. The one way to take bytes away from an element.
-  /// Throws std::bad_alloc with nothing changed.
+  /// Hands the bytes out as an array for the caller to free with array delete, a copy where they are not this element's
+  /// own array; Data is null and Length 0 afterwards. Null when there are none. The one way to take bytes away from an
+  /// element. Throws std::bad_alloc with nothing changed.
   std::uint8_t* TakeData();
 
   [[nodiscard]] TagKey Key() const { return MakeTagKey(Group, Element); }

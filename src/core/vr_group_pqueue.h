@@ -1,5 +1,5 @@
-// The elements of one group, smallest tag first, with the count of bytes that they take when they are written. It stores
-// pointers: the elements stay the caller's. One thread at a time.
+// The elements of one group, smallest tag first, with the count of bytes that they take when they are written. It
+// stores pointers: the elements stay the caller's. One thread at a time.
 #pragma once
 
 #include <cstdint>
@@ -26,8 +26,8 @@ class VRGroupPQueue : private PQueue<VR*, CompareTags> {
   /// Takes the element with the smallest tag out and its bytes off Size; null when there is none.
   VR* Pop();
 
-  /// Makes GroupLengthVR, the element (Group,0000) of type UL whose value is Size as it stands, in place of an earlier one.
-  /// False, and the earlier one stays, without memory.
+  /// Makes GroupLengthVR, the element (Group,0000) of type UL whose value is Size as it stands, in place of an earlier
+  /// one. False, and the earlier one stays, without memory.
   bool MakeGroupLength();
 
   /// Queues are ordered by their groups.

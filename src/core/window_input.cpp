@@ -3,13 +3,13 @@
 namespace tessaret {
 
 bool WindowInput::AvailableBeyond() {
-  // A view is at its end by its own count, whether or not the stream has more.
-  if (view_.end != kNoEnd) return Offset() < view_.end;
+  // A view ends by its count, or with the view around it when its count claims more.
+  if (viewEnd_ != kNoEnd) return Offset() < viewEnd_;
   return NeedBeyond(1);
 }
 
 bool WindowInput::NeedBeyond(std::size_t count) {
-  if (view_.hardEnd != kNoEnd && LeftInView() < count) return false;
+  if (viewEnd_ != kNoEnd && LeftInView() < count) return false;
   if (stream_ == nullptr) return false;
   GiveWindow();
   const bool there = stream_->Refill(count);

@@ -88,9 +88,9 @@ class WindowInput {
   }
 
   [[nodiscard]] std::uint32_t LeftInView() const {
-    if (view_.hardEnd == kNoEnd) return kUndefinedLength;
+    if (viewEnd_ == kNoEnd) return kUndefinedLength;
     const std::uint64_t offset = Offset();
-    return static_cast<std::uint32_t>(view_.hardEnd > offset ? view_.hardEnd - offset : 0);
+    return static_cast<std::uint32_t>(viewEnd_ > offset ? viewEnd_ - offset : 0);
   }
   std::uint64_t SuppliesAtMost() {
     const auto inWindow = static_cast<std::uint64_t>(windowEnd_ - at_);
@@ -104,14 +104,13 @@ class WindowInput {
   bool ReadNested(Reader& reader, DICOMObject& object, ElementForm form, std::int32_t depth,
                   std::uint32_t length) {
     if (length == kUndefinedLength) return reader.ReadLevel(object, form, depth);
-    const View outer = view_;
+    const std::uint64_t outerEnd = viewEnd_;
     const bool outerSwaps = swapsValues_;
-    const std::uint64_t end = Offset() + length;
-    view_ = {end, std::min(end, outer.hardEnd)};
+    viewEnd_ = std::min(Offset() + length, outerEnd);
     swapsValues_ = false;
     Narrow();
     const bool read = reader.ReadLevel(object, form, depth);
-    view_ = outer;
+    viewEnd_ = outerEnd;
     swapsValues_ = outerSwaps;
     Narrow();
     return read;
@@ -125,13 +124,6 @@ class WindowInput {
  private:
   static constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
 
-  /// A nested element of defined length, by offsets.
-  struct View {
-    std::uint64_t end = kNoEnd;  // where it ends by its own length
-    std::uint64_t hardEnd =
-        kNoEnd;  // where it or a view around it ends first: nothing is read beyond
-  };
-
   [[nodiscard]] std::uint64_t Offset() const {
     return windowOffset_ + static_cast<std::uint64_t>(at_ - base_);
   }
@@ -143,7 +135,7 @@ class WindowInput {
   /// Sets the end of what may be read in place, by the window and the view.
   void Narrow() {
     const std::uint64_t offset = Offset();
-    const std::uint64_t inView = view_.hardEnd > offset ? view_.hardEnd - offset : 0;
+    const std::uint64_t inView = viewEnd_ > offset ? viewEnd_ - offset : 0;
     stop_ = at_ + std::min<std::uint64_t>(inView, static_cast<std::uint64_t>(windowEnd_ - at_));
   }
 
@@ -171,7 +163,8 @@ class WindowInput {
   const std::uint8_t* windowEnd_ = nullptr;
   std::uint64_t windowOffset_ = 0;  // counted from where this began
   std::uint64_t bias_ = 0;          // the buffer's Position where this began
-  View view_;
+  std::uint64_t viewEnd_ =
+      kNoEnd;  // where the innermost view ends, or one around it that ends first
   bool big_ = buffer_.InEndian == kBigEndian;
   bool swapsValues_ = buffer_.OutEndian != kLittleEndian;
 };
