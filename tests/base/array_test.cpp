@@ -171,6 +171,28 @@ TEST(Array, SpliceMovesAllNodesInOrderAndEmptiesTheOther) {
   EXPECT_EQ(left.Get(4)->value, 2);
 }
 
+TEST(Array, SpliceFrontMovesAllNodesInOrderBeforeTheFirst) {
+  Array<int> left;
+  Array<int> right;
+  Fill(left, 2);
+  Fill(right, 3);
+  left.Get(1);
+  right.Get(1);
+  left.SpliceFront(right);
+  EXPECT_EQ(Values(left), (std::vector{0, 1, 2, 0, 1}));
+  EXPECT_EQ(Values(right), std::vector<int>{});
+  EXPECT_EQ(right.LastAccess, nullptr);
+  // Every index means another node now.
+  EXPECT_EQ(left.LastAccess, nullptr);
+  EXPECT_EQ(left.Get(2)->value, 2);
+  left.SpliceFront(left);
+  left.SpliceFront(right);
+  EXPECT_EQ(Values(left), (std::vector{0, 1, 2, 0, 1}));
+  right.SpliceFront(left);
+  EXPECT_EQ(Values(right), (std::vector{0, 1, 2, 0, 1}));
+  EXPECT_EQ(Values(left), std::vector<int>{});
+}
+
 TEST(Array, SpliceOfAnEmptyListOrOfItselfChangesNothing) {
   Array<int> list;
   Array<int> empty;

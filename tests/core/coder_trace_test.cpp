@@ -194,6 +194,32 @@ TEST_F(CoderTrace, TheFileReaderAndWriterTraceTheirElements) {
             "(004C)[7FE0,0010][     4][UN]:'' |(EMPTY)|\n");
 }
 
+TEST_F(CoderTrace, SavingAFileTracesItsElementsWhetherTheObjectIsKeptOrNot) {
+  const std::string name = "(0000)[0010,0010][     2][PN]:'' |A |\n";
+  const std::string outgoing = kRule + "Parsing outgoing Implicit Little Endian\n";
+  const std::string path = folder_.File("saved.dcm");
+  for (const int mode : {1, 2, 3}) {
+    DICOMObject object;
+    object.Push(NewElement(0x0010, 0x0010, type_code::PN, "A "));
+    DataSetCoder coder;
+    EXPECT_TRUE(coder.SaveKeeping(path.c_str(), mode, object));
+    const std::string kept = Traced();
+    EXPECT_TRUE(coder.SaveFile(path.c_str(), mode, object));
+    EXPECT_EQ(Traced(), kept);
+    if (mode != 3) {
+      EXPECT_EQ(kept, outgoing + name);
+      continue;
+    }
+    // The meta header comes before the data set; no words start a file.
+    const std::string version = "(0000)[0002,0001][     2][OB]:'' 00 01 |..|\n";
+    const std::size_t at = kept.find(version);
+    EXPECT_EQ(kept.find("(0000)[0002,0000]["), 0u);
+    EXPECT_NE(at, std::string::npos);
+    EXPECT_EQ(kept.substr(kept.size() - name.size()), name);
+    EXPECT_EQ(kept.find("Parsing"), std::string::npos);
+  }
+}
+
 TEST_F(CoderTrace, WhatIsTracedIsReadTheSame) {
   const Bytes bytes = FileOf(kExplicit, RandomDataSet(kExplicit, 3));
   const Parsed traced = ParseFile(Bytes(bytes.begin() + 132, bytes.end()));

@@ -7,6 +7,7 @@
 #include "base/text.h"
 #include "core/element_maker.h"
 #include "core/trace.h"
+#include "support/allocation_failure.h"
 #include "support/bytes.h"
 #include "support/temp_folder.h"
 
@@ -248,6 +249,21 @@ TEST_F(Dump, AppendsAHexadecimalListing) {
   DumpHex("B", 1);
   EXPECT_EQ(test::ReadText(path_), "000000-000000 41 " + std::string(93, ' ') + "| A|\n" +
                                        "000000-000000 42 " + std::string(93, ' ') + "| B|\n");
+}
+
+TEST_F(Dump, WithoutMemoryALineIsLostAndNothingIsThrown) {
+  MadeElement element(kType, std::string(100, 'a'));
+  const Bytes bytes(100, 0x41);
+  const std::uint64_t allocations = test::FailEveryAllocation([&] {
+    DumpVR(*element, nullptr);
+    DumpHex(bytes.data(), bytes.size());
+  });
+  EXPECT_GT(allocations, 2u);
+  // The last round met no failure.
+  const std::string last = ElementLine(*element, nullptr) + '\n' + HexListing(bytes.data(), 100);
+  const std::string text = test::ReadText(path_);
+  ASSERT_GE(text.size(), last.size());
+  EXPECT_EQ(text.substr(text.size() - last.size()), last);
 }
 
 TEST_F(Dump, MakesNoFileForNoBytes) {

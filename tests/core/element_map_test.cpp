@@ -96,8 +96,8 @@ TEST(ElementMap, FindsWhatWasInsertedUnderTheKeyAgain) {
   twins.CheckAll();
 }
 
-// A late entry may move so many others and no more, or the array becomes a tree: both sides of that border, and a tree of
-// which only a tail is left.
+// A late entry may move so many others and no more, or the array becomes a tree: both sides of that border, and a tree
+// of which only a tail is left.
 TEST(ElementMap, IsTheSameOnBothSidesOfTheTurnFromArrayToTree) {
   for (TagKey count = 508; count <= 517; ++count) {
     for (const TagKey popped : {0u, 1u, 3u}) {

@@ -548,10 +548,10 @@ TEST(ElementReader, AValueEndsWithTheNarrowestOfTheViewsAroundIt) {
                           .Raw(BytesOf("four"))
                           .Element(0x0010, 0x0020, "LO", "B ");
   const Parsed parsed = Parse(kExplicit, bytes);
-  // The item's own 100 bytes are not over, but nothing more can be read for them.
-  EXPECT_FALSE(parsed.result);
-  EXPECT_EQ(parsed.stop.why, Why::kTruncated);
+  // The item claims 100 bytes and ends with its sequence.
+  ASSERT_TRUE(parsed.result);
   EXPECT_EQ(ValueText(At(ItemAt(*parsed.object, 0x0008, 0x1140, 0), 0x0010, 0x0010)), "four");
+  EXPECT_EQ(ValueText(At(*parsed.object, 0x0010, 0x0020)), "B ");
 }
 
 TEST(ElementReader, AViewThatEndsWithinAHeadEndsTheParse) {

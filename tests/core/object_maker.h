@@ -81,8 +81,8 @@ inline std::string Outline(const DICOMObject& object) {
 /// The text that the item at `level` of a nest holds; the innermost is at 1.
 inline std::string NestText(std::uint32_t level) { return "level " + std::to_string(level); }
 
-/// An object with an element and a sequence of one item, which holds the same, and so on: `depth` objects, all made without
-/// recursion. The outermost holds the highest number.
+/// An object with an element and a sequence of one item, which holds the same, and so on: `depth` objects, all made
+/// without recursion. The outermost holds the highest number.
 inline std::unique_ptr<DICOMObject> NewNest(std::uint32_t depth) {
   std::unique_ptr<DICOMObject> object;
   for (std::uint32_t level = 1; level <= depth; ++level) {

@@ -30,12 +30,12 @@ using test::Pattern;
 constexpr TagKey kTag = MakeTagKey(0x0010, 0x0020);
 constexpr TagKey kInner = MakeTagKey(0x0008, 0x0100);
 
-// Records may come from a pool and a thread may keep a block for its next object, so a count is taken when both are warm,
-// and a handful of blocks is no leak.
+// Records may come from a pool and a thread may keep a block for its next object, so a count is taken when both are
+// warm, and a handful of blocks is no leak.
 constexpr std::int64_t kKept = 2;
 
-/// Runs `attempt` with its first allocation failing, then its second and so on until it meets no failure, and `check(failed)`
-/// after each, with memory again. How many allocations failed.
+/// Runs `attempt` with its first allocation failing, then its second and so on until it meets no failure, and
+/// `check(failed)` after each, with memory again. How many allocations failed.
 template <class Attempt, class Check>
 std::uint64_t FailEach(Attempt attempt, Check check) {
   for (std::uint64_t nth = 1;; ++nth) {

@@ -144,8 +144,8 @@ std::size_t ResidentBytes() {
 }
 
 TEST(ObjectThreads, MemoryOfObjectsThatOtherThreadsDestroyIsUsedAgain) {
-  // 480 MB if every thread kept what it freed: so many rounds of 3,000 elements with at least 64 bytes each. The address
-  // sanitizer itself holds 256 MB of freed blocks back.
+  // 480 MB if every thread kept what it freed: so many rounds of 3,000 elements with at least 64 bytes each. The
+  // address sanitizer itself holds 256 MB of freed blocks back.
   constexpr int kRounds = 2500;
   constexpr std::size_t kAllowed = std::size_t{320} << 20;
   const auto round = [] {

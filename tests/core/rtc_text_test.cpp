@@ -199,6 +199,7 @@ TEST(RtcTextBraces, TakeNumbersInBothBases) {
   EXPECT_EQ(Only("{0X10 0x20 LO \"ID\"}\n", kPatientId), "LO ID");
   EXPECT_EQ(Only("{0xfFfE 0xe00D LO \"ID\"}\n", MakeTagKey(0xFFFE, 0xE00D)), "LO ID");
   EXPECT_EQ(Only("{9 0 LO \"ID\"}\n", MakeTagKey(9, 0)), "LO ID");
+  EXPECT_EQ(Only("{0x8 0Xa LO \"ID\"}\n", MakeTagKey(8, 10)), "LO ID");
   EXPECT_EQ(Only("{65535 0xFFFE LO \"ID\"}\n", MakeTagKey(0xFFFF, 0xFFFE)), "LO ID");
 }
 
@@ -347,7 +348,8 @@ TEST(RtcTextParentheses, AddNothingWithoutAType) {
   for (const char* line :
        {"(0010,0010) VM=\"1\" Keyword=\"Name\"\n", "(0010,0010) vr=\"PN\"\n", "(0010,0010) VR=PN\n",
         "(0010 VR=\"PN\" 0010)\n", "(0010,0010) VR=\"\" Keyword=\"Name\"\n", "(\n", "(0010\n",
-        "(0010,\n", "(0010,0010\n", "(0010,0010)\n", "(see below)\n", "(VR=\"PN\"\n", "("}) {
+        "(0010,\n", "(0010,0010\n", "(0010,0010)\n", "(see below)\n", "(VR=\"PN\"\n",
+        "(0010, VR=\"PN\")\n", "(0010,0VR=\"PN\"\n", "(0010,000VR=\"PN\"\n", "("}) {
     const Outcome outcome = Parse(line);
     EXPECT_TRUE(outcome.good) << line;
     EXPECT_TRUE(outcome.entries.empty()) << line;
@@ -359,6 +361,11 @@ TEST(RtcTextParentheses, RefuseATypeOfOneLetterAndOneThatIsCutOff) {
                            "(0010,0010) VR=\"", "(0010,0010) VR=\"\n"}) {
     EXPECT_EQ(ErrorOf(std::string("\n") + line), "line 3: a type needs two letters") << line;
   }
+}
+
+TEST(RtcTextParentheses, NeedNoQuoteBehindTheTwoLettersOfTheType) {
+  EXPECT_EQ(Only("(0010,0010) VR=\"PN\n", kName), "PN -");
+  EXPECT_EQ(Only("(0010,0010) VR=\"PNx Keyword=\"Name\"\n", kName), "PN Name");
 }
 
 TEST(RtcTextParentheses, LookForTheKeywordBehindTheTypeOnly) {

@@ -73,9 +73,6 @@ inline constexpr KnownDifference kKnownDifferences[] = {
      cause::kSyntaxIsNotKept},
     {"dicom/compressed/jpeg-ls/JLSN_RGB_ILV0.dcm", 12, ParseStop::Why::kNone,
      cause::kSyntaxIsNotKept},
-    {"dicom/dicomdir/three-patients/DICOMDIR-nooffset", 12, ParseStop::Why::kTruncated,
-     "all is read, but the last item states 24 bytes more than its sequence and the file have "
-     "left"},
     {"dicom/encodings/deflated/CTImage_deflated.dcm", 8, ParseStop::Why::kUnknownSyntax,
      cause::kUnknownSyntax},
     {"dicom/encodings/deflated/image_dfl", 8, ParseStop::Why::kUnknownSyntax,
