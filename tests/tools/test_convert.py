@@ -392,7 +392,7 @@ class RealFiles(ConvertTest):
         """Converts a file in every way. How often that went, and what differs then."""
         converted, differences = 0, []
         expected = self.content(row["file"])
-        out = self.path(f"{row['sha256']}.dcm")
+        out = self.path(row["path"].replace("/", "_"))
         for name, options in self.WAYS:
             result = run("convert", "-q", "--force", *options, row["file"], out)
             if result.returncode == INPUT_FAILED:

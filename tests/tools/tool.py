@@ -143,7 +143,8 @@ LINE = re.compile(rb"^( *)\(([0-9a-f]{4},[0-9a-f]{4})\) (\S\S) (.*) # (u/l|-|\s*
 def lines_of(listing):
     """(indent, tag, VR, value, length, multiplicity, description) of each line of a listing, ours or that of dcmdump."""
     rows = []
-    for line in listing.split(b"\n"):
+    # A value of several lines goes on without the head of an element.
+    for line in re.split(rb"\n(?= *\([0-9a-f]{4},|\n|#|$)", listing):
         match = LINE.match(line)
         if match:
             indent, tag, vr, value, length, multiplicity, description = match.groups()
