@@ -66,10 +66,10 @@ void CheckNativeEncoding(const Input& input, const NativeEncoding& encoding) {
   DataSetCoder slowCoder(dictionary);
   // Seldom, because a reader then takes memory on trust, which is slow.
   const bool knowsSupply = (input.options & 0x1C) != 0x1C;
-  DrippingBuffer drops(input.bytes, knowsSupply);
+  DrippingBuffer drops(input.bytes, 1 + (input.options >> 5), knowsSupply);
   drops.OutEndian = outEndian;
   DICOMDataObject slowObject;
-  Require((slowCoder.*encoding.in)(drops, slowObject) == read, "equal results byte by byte");
+  Require((slowCoder.*encoding.in)(drops, slowObject) == read, "equal results drop by drop");
   RequireSame(coder.LastStop(), slowCoder.LastStop());
   RequireSame(object, slowObject);
   Require(!read || block.Position == drops.Position, "equal numbers of bytes consumed");

@@ -15,7 +15,7 @@ struct NativeEncoding {
   ElementForm form;
 };
 
-/// Reads the input in place and byte by byte, with equal outcomes; writes what came, and reads it back.
+/// Reads the input in place and in drops of a few bytes, with equal outcomes; writes what came, and reads it back.
 void CheckNativeEncoding(const Input& input, const NativeEncoding& encoding);
 
 }  // namespace tessaret::fuzz

@@ -72,10 +72,10 @@ Input::Input(const std::uint8_t* data, std::size_t size) : bytes(data, size) {
 
 std::int64_t DrippingBuffer::ReadBinary(void* data, std::uint32_t count) {
   if (bytes_.empty()) return -1;
-  if (count == 0) return 0;
-  std::memcpy(data, bytes_.data(), 1);
-  bytes_ = bytes_.subspan(1);
-  return 1;
+  const std::size_t given = std::min<std::size_t>({count, most_, bytes_.size()});
+  if (given != 0) std::memcpy(data, bytes_.data(), given);
+  bytes_ = bytes_.subspan(given);
+  return static_cast<std::int64_t>(given);
 }
 
 std::uint32_t DrippingBuffer::Available() {

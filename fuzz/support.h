@@ -42,11 +42,11 @@ class TotallingBuffer : public PlainMemoryBuffer {
   std::int64_t Total() override { return SourceSize; }
 };
 
-/// Bytes that come one at a time. Unless `knowsSupply`, the stream cannot say how many there will be.
+/// Bytes that come at most `most` at a time. Unless `knowsSupply`, the stream cannot say how many there will be.
 class DrippingBuffer : public Buffer {
  public:
-  DrippingBuffer(std::span<const std::uint8_t> bytes, bool knowsSupply)
-      : bytes_(bytes), knowsSupply_(knowsSupply) {}
+  DrippingBuffer(std::span<const std::uint8_t> bytes, std::size_t most, bool knowsSupply)
+      : bytes_(bytes), most_(most), knowsSupply_(knowsSupply) {}
   std::int64_t ReadBinary(void* data, std::uint32_t count) override;
   bool IsEnd() override { return bytes_.empty(); }
   std::uint32_t Available() override;
@@ -54,6 +54,7 @@ class DrippingBuffer : public Buffer {
 
  private:
   std::span<const std::uint8_t> bytes_;
+  std::size_t most_;
   bool knowsSupply_;
 };
 
