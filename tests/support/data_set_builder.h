@@ -53,9 +53,7 @@ class DataSetBuilder {
   /// A US element.
   DataSetBuilder& Number(std::uint16_t group, std::uint16_t element, std::uint16_t value);
 
-  DataSetBuilder& Item(std::uint32_t length = kNoLength) {
-    return Tag(0xFFFE, 0xE000).U32(length);
-  }
+  DataSetBuilder& Item(std::uint32_t length = kNoLength) { return Tag(0xFFFE, 0xE000).U32(length); }
   DataSetBuilder& EndItem() { return Tag(0xFFFE, 0xE00D).U32(0); }
   DataSetBuilder& EndSequence() { return Tag(0xFFFE, 0xE0DD).U32(0); }
   /// A whole SQ element around the bytes of its items.
