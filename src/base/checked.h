@@ -50,7 +50,8 @@ template <std::integral To>
 [[nodiscard]] inline To SaturatingFromFloat(double value) {
   if (std::isnan(value)) return 0;
   // Both limits are compared as powers of two, which a double holds exactly.
-  constexpr double kUpper = static_cast<double>(std::numeric_limits<To>::max() / 2 + 1) * 2.0;
+  constexpr To kHalf = std::numeric_limits<To>::max() / 2 + 1;
+  constexpr double kUpper = static_cast<double>(kHalf) * 2.0;
   constexpr double kLower = static_cast<double>(std::numeric_limits<To>::min());
   if (value >= kUpper) return std::numeric_limits<To>::max();
   if (value <= kLower) return std::numeric_limits<To>::min();

@@ -17,8 +17,9 @@ struct Module {
   std::string directory;
 };
 
+// Never destroyed: a thread may still look something up while the process ends. StopDictionaries frees what it holds.
 Module& TheModule() {
-  static Module module;
+  static Module& module = *new Module;
   return module;
 }
 

@@ -1,5 +1,7 @@
 #include "core/module_dictionaries.h"
 
+#include <unistd.h>
+
 #include <cstdlib>
 #include <new>
 #include <string>
@@ -173,6 +175,25 @@ TEST_F(ModuleDictionaries, TheModulesOwnDirectoryIsTheDefault) {
   ASSERT_TRUE(started);
   EXPECT_EQ(ModuleDirectoryText(), Directory());
   EXPECT_NE(ModuleUidDictionary().FindEntry("1.2"), nullptr);
+}
+
+/// Ends the process with 0 if the dictionaries can still be read behind all that was made after this was registered.
+void LookUpAndExit() {
+  const bool known = ModuleDictionary().RunTimeClass(0x0010, 0x0010, nullptr) == type_code::PN &&
+                     ModuleUidDictionary().FindEntry("1.2.840.10008.1.2") != nullptr;
+  ::_exit(known ? 0 : 1);
+}
+
+void StartAndExit() {
+  std::atexit(LookUpAndExit);
+  StartDictionaries(test::kDataDir);
+  std::exit(2);
+}
+
+TEST(ModuleDictionariesDeathTest, AreStillThereWhileTheProcessEnds) {
+  // In a process of its own, where nothing has touched them before.
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(StartAndExit(), testing::ExitedWithCode(0), "");
 }
 
 TEST_F(ModuleDictionaries, TheFilesThatTheLibraryBringsAreLoaded) {

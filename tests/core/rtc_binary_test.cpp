@@ -392,6 +392,8 @@ TEST(RtcBinary, ADescriptionMayHave1023CharactersAndNoMore) {
     EXPECT_EQ(
         Shown(loaded.rtc),
         length == 1023 ? "00100010 PN " + std::string(1023, 'd') + ", 00280010 US Rows" : kAsItWas);
+    EXPECT_EQ(loaded.rtc.LastErrorText(),
+              length == 1023 ? "" : "a description is longer than 1023 characters");
   }
 }
 
