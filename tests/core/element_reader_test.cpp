@@ -541,17 +541,22 @@ TEST(ElementReader, AValueLongerThanItsItemEndsWithTheItem) {
 
 TEST(ElementReader, AValueEndsWithTheNarrowestOfTheViewsAroundIt) {
   // Sequence of 20 bytes, item of 100, in it a value of 200: 20 - 8 (item) - 8 (head) = 4 bytes are left.
-  const Bytes bytes = DataSetBuilder(kExplicit)
-                          .Head(0x0008, 0x1140, "SQ", 20)
-                          .Item(100)
-                          .Head(0x0010, 0x0010, "PN", 200)
-                          .Raw(BytesOf("four"))
-                          .Element(0x0010, 0x0020, "LO", "B ");
-  const Parsed parsed = Parse(kExplicit, bytes);
-  // The item claims 100 bytes and ends with its sequence.
-  ASSERT_TRUE(parsed.result);
-  EXPECT_EQ(ValueText(At(ItemAt(*parsed.object, 0x0008, 0x1140, 0), 0x0010, 0x0010)), "four");
-  EXPECT_EQ(ValueText(At(*parsed.object, 0x0010, 0x0020)), "B ");
+  Bytes bytes = DataSetBuilder(kExplicit)
+                    .Head(0x0008, 0x1140, "SQ", 20)
+                    .Item(100)
+                    .Head(0x0010, 0x0010, "PN", 200)
+                    .Raw(BytesOf("four"))
+                    .Element(0x0010, 0x0020, "LO", "B ");
+  const auto size = static_cast<std::uint32_t>(bytes.size());
+  MemoryBuffer inPlace(bytes.data(), size, false);
+  PlainMemoryBuffer stream(bytes.data(), size, false);
+  for (Buffer* buffer : {static_cast<Buffer*>(&inPlace), static_cast<Buffer*>(&stream)}) {
+    const Parsed parsed = ParseFrom(*buffer, kExplicit);
+    // The item claims 100 bytes and ends with its sequence.
+    ASSERT_TRUE(parsed.result);
+    EXPECT_EQ(ValueText(At(ItemAt(*parsed.object, 0x0008, 0x1140, 0), 0x0010, 0x0010)), "four");
+    EXPECT_EQ(ValueText(At(*parsed.object, 0x0010, 0x0020)), "B ");
+  }
 }
 
 TEST(ElementReader, AViewThatEndsWithinAHeadEndsTheParse) {
@@ -619,17 +624,23 @@ TEST(ElementReader, AnEmptyStreamIsAnEmptyDataSet) {
 }
 
 TEST(ElementReader, EachParseForgetsHowTheOneBeforeItEnded) {
-  Bytes cut = kNameExplicit;
-  cut.pop_back();
-  MemoryBuffer bad(cut.data(), static_cast<std::uint32_t>(cut.size()), false);
-  Bytes whole = kNameExplicit;
-  MemoryBuffer good(whole.data(), static_cast<std::uint32_t>(whole.size()), false);
-  DataSetCoder coder;
-  DICOMDataObject object;
-  EXPECT_FALSE(coder.ExplicitLittleIn(bad, object));
-  EXPECT_EQ(coder.LastStop().why, Why::kTruncated);
-  EXPECT_TRUE(coder.ExplicitLittleIn(good, object));
-  EXPECT_EQ(coder.LastStop().why, Why::kNone);
+  for (const bool implicit : {true, false}) {
+    Bytes whole = implicit ? kNameImplicit : kNameExplicit;
+    Bytes cut = whole;
+    cut.pop_back();
+    MemoryBuffer bad(cut.data(), static_cast<std::uint32_t>(cut.size()), false);
+    MemoryBuffer good(whole.data(), static_cast<std::uint32_t>(whole.size()), false);
+    DataSetCoder coder;
+    DICOMDataObject object;
+    const auto read = [&](Buffer& buffer) {
+      return implicit ? coder.ImplicitLittleIn(buffer, object)
+                      : coder.ExplicitLittleIn(buffer, object);
+    };
+    EXPECT_FALSE(read(bad));
+    EXPECT_EQ(coder.LastStop().why, Why::kTruncated);
+    EXPECT_TRUE(read(good));
+    EXPECT_EQ(coder.LastStop().why, Why::kNone);
+  }
 }
 
 // A stream that states how much it holds.
@@ -696,11 +707,17 @@ TEST(ElementReader, ReadsSequencesNestedToTheLimitAndRefusesOneMore) {
         ++depth;
       }
       EXPECT_EQ(depth, 256);
-      const Parsed beyond =
-          Parse(encoding, NestedSequences(encoding, 257, lengths), dictionary.get());
-      EXPECT_FALSE(beyond.result);
-      EXPECT_EQ(beyond.error, "Sequences are nested too deeply");
-      EXPECT_EQ(beyond.stop.why, Why::kTooDeep);
+      // One level more, with an item in it and as a mere sequence.
+      Bytes empty = DataSetBuilder(encoding).Sequence(0x0008, 0x1140, lengths, lengths, {});
+      for (int outer = 0; outer < 256; ++outer) {
+        empty = DataSetBuilder(encoding).Sequence(0x0008, 0x1140, lengths, lengths, {empty}).Done();
+      }
+      for (const Bytes& bytes : {NestedSequences(encoding, 257, lengths), empty}) {
+        const Parsed beyond = Parse(encoding, bytes, dictionary.get());
+        EXPECT_FALSE(beyond.result);
+        EXPECT_EQ(beyond.error, "Sequences are nested too deeply");
+        EXPECT_EQ(beyond.stop.why, Why::kTooDeep);
+      }
     }
   }
 }

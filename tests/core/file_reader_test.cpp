@@ -107,6 +107,20 @@ TEST(FileReader, ReadsSixtyThreeCharactersOfASyntaxAtMost) {
           .result);
 }
 
+TEST(FileReader, EachParseForgetsHowTheOneBeforeItEnded) {
+  Bytes unknown = Joined({MetaGroup("1.2.3"), PatientIn(kExplicit)});
+  Bytes known = Joined({MetaGroup(SyntaxUidOf(kExplicit)), PatientIn(kExplicit)});
+  DataSetCoder coder;
+  coder.FileMode = true;
+  DICOMDataObject object;
+  MemoryBuffer bad(unknown.data(), static_cast<std::uint32_t>(unknown.size()), false);
+  EXPECT_FALSE(coder.File_ParseRawVRIntoDCM(bad, object, 101, true));
+  EXPECT_EQ(coder.LastStop().why, Why::kUnknownSyntax);
+  MemoryBuffer good(known.data(), static_cast<std::uint32_t>(known.size()), false);
+  EXPECT_TRUE(coder.File_ParseRawVRIntoDCM(good, object, 101, true));
+  EXPECT_EQ(coder.LastStop().why, Why::kNone);
+}
+
 TEST(FileReader, AMetaGroupAloneIsAWholeStream) {
   const Parsed parsed = ParseFile(MetaGroup("1.2.3"));
   EXPECT_TRUE(parsed.result);
@@ -250,7 +264,23 @@ TEST(FileReader, AnUnreadableSyntaxIsAnUnknownOne) {
     EXPECT_FALSE(parsed.result);
     EXPECT_EQ(parsed.stop.why, Why::kUnknownSyntax);
     EXPECT_EQ(At(*parsed.object, 0x0002, 0x0010).ItemCount(), 1u);
+    EXPECT_EQ(parsed.object->SequenceBytes, 16u + 16);
   }
+}
+
+TEST(FileReader, AnItemBehindTheMetaGroupLandsInTheElementReadLast) {
+  // (0002,0012) of undefined length holds elements instead of items, the last of them not the highest.
+  const Bytes elements = DataSetBuilder(kExplicit)
+                             .Head(0x0002, 0x0012, "UI", 0)
+                             .Head(0x0002, 0x0013, "UN", kNoLength)
+                             .Element(0x0020, 0x0010, "SH", "1 ")
+                             .Element(0x0010, 0x0010, "PN", "A ")
+                             .EndSequence();
+  const Bytes item = DataSetBuilder(kExplicit).Item().Element(0x0008, 0x0060, "CS", "MR").EndItem();
+  const Parsed parsed = ParseFile(Joined({MetaGroupOf(elements, 1000), item}));
+  ASSERT_TRUE(parsed.result);
+  EXPECT_EQ(TagsOf(*parsed.object), "(0002,0000) (0002,0012) (0002,0013) (0010,0010) (0020,0010)");
+  EXPECT_EQ(At(*parsed.object, 0x0010, 0x0010).ItemCount(), 1u);
 }
 
 TEST(FileReader, TheMetaGroupWorksForAnObjectThatPassesItsElementsOn) {

@@ -86,6 +86,26 @@ TEST_F(LoadFile, ReadsAFileInEachEncoding) {
   }
 }
 
+TEST_F(LoadFile, PositionsGoOnBehindLargeValues) {
+  DataSetBuilder data(kExplicit);
+  std::vector<std::uint32_t> starts;
+  for (std::uint16_t element = 1; element <= 4; ++element) {
+    starts.push_back(static_cast<std::uint32_t>(data.Size()));
+    data.Element(0x0011, element, "OB", Pattern(element * 70'001u));
+    starts.push_back(static_cast<std::uint32_t>(data.Size()));
+    data.Element(0x0011, static_cast<std::uint16_t>(element + 0x10), "LO", "x ");
+  }
+  // The elements do not stand in the order of their tags.
+  const Loaded loaded = Load(data);
+  ASSERT_NE(loaded.object, nullptr);
+  for (std::uint16_t element = 1; element <= 4; ++element) {
+    EXPECT_EQ(At(*loaded.object, 0x0011, element).StreamPosition, starts[(element - 1u) * 2]);
+    const auto small = static_cast<std::uint16_t>(element + 0x10);
+    EXPECT_EQ(At(*loaded.object, 0x0011, small).StreamPosition, starts[(element - 1u) * 2 + 1]);
+    EXPECT_EQ(ValueText(At(*loaded.object, 0x0011, element)), TextOf(Pattern(element * 70'001u)));
+  }
+}
+
 TEST_F(LoadFile, WhatThePreambleHoldsDoesNotMatter) {
   for (const std::uint8_t filling : Bytes{0x00, 0x41, 0xFF}) {
     const Bytes bytes = Joined({Bytes(128, filling), BytesOf("DICM"),

@@ -145,6 +145,15 @@ TEST(MetaHeader, CountsASyntaxOfOddLengthAsItIsWritten) {
   EXPECT_EQ(GroupLength(object), 14u + 26 + 42 + 20 + 24);
 }
 
+TEST(MetaHeader, ItemsInTheSyntaxElementGoSinceItHoldsAUid) {
+  DICOMObject object;
+  object.Push(NewElement(0x0002, 0x0010, type_code::SQ, kJpegUid));
+  object.Push(new DICOMObject);
+  Add(object, 3);
+  EXPECT_EQ(At(object, 0x0002, 0x0010).Items, nullptr);
+  EXPECT_EQ(ValueText(At(object, 0x0002, 0x0010)), kJpegUid);
+}
+
 TEST(MetaHeader, FillsTheCallingTitleUpToSixteenCharacters) {
   const std::pair<const char*, const char*> cases[] = {
       {"", "                "},

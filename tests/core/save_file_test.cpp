@@ -374,6 +374,24 @@ TEST_F(SaveFile, OneStreamServesManySaves) {
   EXPECT_EQ(Save(1, *Instance(), &buffer), InstanceIn(kImplicit));
 }
 
+TEST_F(SaveFile, AfterABigEndianSaveAStreamReadsValuesAsTheyStand) {
+  FileBuffer buffer;
+  auto object = Instance(SyntaxUidOf(kBig));
+  object->Push(NewElement(0x0028, 0x0010, type_code::US, Bytes{2, 0}));
+  Save(3, *object, &buffer);
+  EXPECT_EQ(buffer.OutEndian, kLittleEndian);
+  const auto loaded = DataSetCoder().LoadFile(Path().c_str(), true, true, &buffer);
+  EXPECT_EQ(ValueText(At(*loaded, 0x0028, 0x0010)), std::string("\x02\x00", 2));
+}
+
+TEST_F(SaveFile, TheMetaGroupIsLittleEndianWhateverTheStreamWasLeftAt) {
+  FileBuffer buffer;
+  buffer.SetOutEndian(kBigEndian);
+  const std::string_view syntax = SyntaxUidOf(kExplicit);
+  EXPECT_EQ(Save(3, *Instance(syntax), &buffer),
+            Joined({Preamble(), MetaNaming(syntax), InstanceIn(kExplicit)}));
+}
+
 TEST_F(SaveFile, AFailedSaveLeavesNothingInTheStreamForTheNext) {
   FileBuffer buffer;
   DataSetCoder coder;
@@ -388,7 +406,8 @@ TEST_F(SaveFile, AStreamThatCannotTakeThePreambleFailsTheSave) {
     int SendBinary(const void*, std::uint32_t) override { return 0; }
   } buffer;
   DataSetCoder coder;
-  EXPECT_FALSE(coder.SaveFile(Path().c_str(), 2, *Instance(), &buffer));
+  DICOMObject empty;
+  EXPECT_FALSE(coder.SaveFile(Path().c_str(), 2, empty, &buffer));
   EXPECT_FALSE(coder.SaveFile(Path().c_str(), 1, *Instance(), &buffer));
   EXPECT_EQ(folder_.Listing(), "");
 }

@@ -72,6 +72,8 @@ TEST(TransferSyntax, FindsWhatWasAddedBehindTheFixedEntries) {
   EXPECT_EQ(FindTransferSyntax("9.8.7"), 102);
   EXPECT_EQ(FindTransferSyntax("1.2.840.10008.1.2"), 100);
   EXPECT_EQ(FindTransferSyntax("9.8.70"), std::nullopt);
+  AddedTransferSyntaxes().Add(TransferSyntaxCodec{"", 0, 101, 0});
+  EXPECT_EQ(FindTransferSyntax(""), std::nullopt);
   AddedTransferSyntaxes().Clear();
   EXPECT_EQ(FindTransferSyntax("9.8.7"), std::nullopt);
 }
