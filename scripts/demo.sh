@@ -36,14 +36,17 @@ compare() {
 if [ $# -gt 0 ]; then
   file="$(cd "$here" && realpath -e -- "$1")" || die "demo: $1 is not there"
   say "what is in it"
-  show "$tool" dump "$file"
+  show "$tool" dump "$file" || say "not all of it: the words above say why"
   say "does all of it read?"
   show "$tool" check "$file" || say "not all of it: the words above say why"
   say "a copy, written anew"
-  show "$tool" convert "$file" "$place/copy.dcm"
-  say "read back by an independent program"
-  show dcmdump "$place/copy.dcm" | head_of 40
-  say "the copy is build/demo/copy.dcm; $1 is as it was"
+  if show "$tool" convert "$file" "$place/copy.dcm"; then
+    say "read back by an independent program"
+    show dcmdump "$place/copy.dcm" | head_of 40
+    say "the copy is build/demo/copy.dcm; $1 is as it was"
+  else
+    say "no copy: the words above say why; $1 is as it was"
+  fi
   exit 0
 fi
 

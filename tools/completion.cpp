@@ -36,8 +36,9 @@ std::string ChoiceCases(const std::string& verb, const std::vector<OptionRow>& r
   for (const OptionRow& row : rows) {
     if (row.choices.empty()) continue;
     for (const std::string& name : row.names) {
-      cases += "    " + verb + ":" + name + ")\n      mapfile -t COMPREPLY < <(compgen -W \"" +
-               Joined(row.choices) + "\" -- \"$current\")\n      return\n      ;;\n";
+      cases.append("    ").append(verb).append(":").append(name).append(")\n");
+      cases.append("      mapfile -t COMPREPLY < <(compgen -W \"").append(Joined(row.choices));
+      cases.append("\" -- \"$current\")\n      return\n      ;;\n");
     }
   }
   return cases;

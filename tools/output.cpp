@@ -11,7 +11,7 @@
 namespace tessaret::tool {
 namespace {
 
-constexpr std::size_t kPortion = 64 * 1024;
+constexpr std::size_t kPortion = std::size_t{64} * 1024;
 
 /// Waits until a descriptor that does not block takes bytes again.
 void WaitForRoom() {

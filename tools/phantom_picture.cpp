@@ -5,6 +5,7 @@
 
 #include "base/byte_order.h"
 #include "base/checked.h"
+#include "interrupt.h"
 
 namespace tessaret::tool {
 namespace {
@@ -83,6 +84,7 @@ double GreyOf(const PhantomSample& sample, const GreyScale& scale) {
 template <class Put>
 void ForEachPixel(const PhantomGeometry& geometry, int slice, Put put) {
   for (int row = 0; row < geometry.Shape().size; ++row) {
+    StopIfInterrupted();
     for (int column = 0; column < geometry.Shape().size; ++column) {
       put(SampleAt(geometry.PointAt(slice, row, column), geometry.Scale()));
     }
@@ -127,7 +129,7 @@ std::vector<std::uint8_t> DrawGrey16(const PhantomGeometry& geometry, int slice,
   std::vector<std::uint8_t> pixels(PixelCount(geometry) * 2);
   std::uint8_t* at = pixels.data();
   ForEachPixel(geometry, slice, [&](const PhantomSample& sample) {
-    StoreLittle16(at, SaturatingFromFloat<std::uint16_t>(std::floor(GreyOf(sample, scale) + 0.5)));
+    StoreLittle16(at, SaturatingCast<std::uint16_t>(std::lround(GreyOf(sample, scale))));
     at += 2;
   });
   return pixels;
@@ -138,7 +140,7 @@ std::vector<std::uint8_t> DrawGrey8(const PhantomGeometry& geometry, int slice,
   std::vector<std::uint8_t> pixels;
   pixels.reserve(PixelCount(geometry));
   ForEachPixel(geometry, slice, [&](const PhantomSample& sample) {
-    pixels.push_back(SaturatingFromFloat<std::uint8_t>(std::floor(GreyOf(sample, scale) + 0.5)));
+    pixels.push_back(SaturatingCast<std::uint8_t>(std::lround(GreyOf(sample, scale))));
   });
   return pixels;
 }
@@ -151,7 +153,7 @@ std::vector<std::uint8_t> DrawColour(const PhantomGeometry& geometry, int slice,
     const Colour& colour = colours[static_cast<std::size_t>(sample.material)];
     const double light = sample.material == Material::kBrain ? 0.5 + sample.ramp / 2 : 1;
     for (const std::uint8_t part : {colour.red, colour.green, colour.blue}) {
-      pixels.push_back(SaturatingFromFloat<std::uint8_t>(std::floor(part * light + 0.5)));
+      pixels.push_back(SaturatingCast<std::uint8_t>(std::lround(part * light)));
     }
   });
   return pixels;

@@ -87,7 +87,7 @@ struct Colour {
   std::uint8_t blue;
 };
 
-/// 16-bit pixels of one slice, row by row, little endian: the grey value of each sample, rounded.
+/// 16-bit pixels of one slice, row by row, little endian: the grey value of each sample, rounded. Throws Interrupted.
 std::vector<std::uint8_t> DrawGrey16(const PhantomGeometry& geometry, int slice,
                                      const GreyScale& scale);
 /// 8-bit pixels, likewise.

@@ -228,6 +228,15 @@ class Loader {
 
 }  // namespace
 
+std::string DescribeEncoding(const SourceFile& source) {
+  std::string words = Format("%llu bytes, ", static_cast<unsigned long long>(source.bytes));
+  words += source.hasMark ? "preamble and mark, " : "no mark, ";
+  words += source.syntax.empty() ? "no transfer syntax named, "
+                                 : "transfer syntax " + NamedUid(source.syntax) + ", ";
+  words += IsImplicit(source.code) ? "implicit" : "explicit";
+  return words + (source.bigEndian ? " big endian" : " little endian");
+}
+
 std::string SubjectOf(const std::string& path) {
   return path == kStandardInput ? "standard input" : path;
 }

@@ -40,6 +40,9 @@ struct SourceFile {
 /// Loads `path`, "-" for standard input. Never throws for what is wrong with the file.
 SourceFile LoadSource(const std::string& path, const SourceOptions& options, const RTC& dictionary);
 
+/// What is known of the encoding of `source`, for people who look for a fault.
+std::string DescribeEncoding(const SourceFile& source);
+
 /// What messages call `path`.
 std::string SubjectOf(const std::string& path);
 

@@ -66,6 +66,7 @@ class Check {
 
   void Tell(const std::string& path, const SourceFile& source) {
     const std::string subject = SubjectOf(path);
+    host_.messages.Detail(subject, DescribeEncoding(source));
     for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
     if (source.IsWhole()) {
       host_.messages.Note(subject, Format("reads, %zu elements", source.object->Elements.Size()));

@@ -39,6 +39,7 @@ class Conversion {
     SourceFile source = LoadSource(options_.input, how, host_.Tags());
     StopIfInterrupted();
     const std::string subject = SubjectOf(options_.input);
+    host_.messages.Detail(subject, DescribeEncoding(source));
     for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
     std::string why = source.failure;
     if (why.empty()) why = WhyNotToEncode(source, options_.WantedTarget());

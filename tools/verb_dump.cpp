@@ -66,6 +66,7 @@ class Dump {
     how.strict = options_.strict;
     const SourceFile source = LoadSource(path, how, host_.Tags());
     StopIfInterrupted();
+    host_.messages.Detail(SubjectOf(path), DescribeEncoding(source));
     for (const std::string& warning : source.warnings)
       host_.messages.Warn(SubjectOf(path), warning);
     if (host_.options.json) {
