@@ -1,5 +1,6 @@
-# ./dev fuzz [SECONDS | --runs N] [--only NAME] [--reduce]
-# Findings stay in build/fuzz/findings. Without --runs, what a run learned is kept in build/fuzz/learned for the next.
+# ./dev fuzz [SECONDS | --runs N [--learn]] [--only NAME] [--reduce]
+# Findings stay in build/fuzz/findings. What a run learned is kept in build/fuzz/learned for the next; with --runs only
+# under --learn, because without it the same number of runs has to try the same inputs every time.
 # shellcheck shell=bash
 set -euo pipefail
 # shellcheck source=common.sh
@@ -8,11 +9,13 @@ source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 seconds=60
 runs=
 only=
+learn=
 reduce=
 while [ $# -gt 0 ]; do
   case "$1" in
     --runs) runs="$2"; shift ;;
     --only) only="$2"; shift ;;
+    --learn) learn=yes ;;
     --reduce) reduce=yes ;;
     [0-9]*) seconds="$1" ;;
     *) die "fuzz: no option '$1'" ;;
@@ -32,17 +35,17 @@ run_target() {
   local options=(-print_final_stats=1 -timeout=25 -rss_limit_mb=2560 "-max_len=$(longest_input "$seeds")"
     "-artifact_prefix=$root/build/fuzz/findings/$name-")
   [ -z "$dictionary" ] || options+=("-dict=$dictionary")
-  if [ -n "$runs" ]; then
+  [ -z "$runs" ] || options+=("-runs=$runs")
+  if [ -n "$runs" ] && [ -z "$learn" ]; then
     # The same inputs in the same order every time: nothing learned before, a fixed seed.
     learned="$(mktemp -d)"
-    options+=("-runs=$runs" -seed=1)
-  else
-    options+=("-max_total_time=$seconds")
+    options+=(-seed=1)
   fi
+  [ -n "$runs" ] || options+=("-max_total_time=$seconds")
   mkdir -p "$learned" "$seeds"
   local result=0
   "$root/build/fuzz/bin/$name" "${options[@]}" "$learned" "$seeds" >"$root/build/fuzz/logs/$name.log" 2>&1 || result=$?
-  [ -z "$runs" ] || rm -rf "$learned"
+  [ "$learned" = "$root/build/fuzz/learned/$name" ] || rm -rf "$learned"
   if [ $result -ne 0 ]; then
     tail -60 "$root/build/fuzz/logs/$name.log" >&2
     printf 'dev: finding in %s, see build/fuzz/findings and build/fuzz/logs/%s.log\n' "$name" "$name" >&2
