@@ -1,6 +1,8 @@
 #include "platform/file_calls.h"
 
+#include <signal.h>
 #include <sys/file.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,6 +37,39 @@ FileResult Run(FileCall kind, Call call) {
   return Run(kind, unused, call);
 }
 
+// With these the system ends a process that writes to a pipe without a reader or beyond the size that a file may have. They
+// concern the write and not the host, so the write fails instead.
+constexpr int kSignalsOfWrites[] = {SIGPIPE, SIGXFSZ};
+
+/// Holds the signals of writes back from this thread while it lives.
+class WriteSignals {
+ public:
+  WriteSignals() {
+    ::sigemptyset(&held_);
+    for (const int each : kSignalsOfWrites) ::sigaddset(&held_, each);
+    ::pthread_sigmask(SIG_BLOCK, &held_, &before_);
+  }
+  WriteSignals(const WriteSignals&) = delete;
+  WriteSignals& operator=(const WriteSignals&) = delete;
+  ~WriteSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
+
+  /// Takes away what a write that failed has raised. Where the host holds a signal back itself, it stays for the host.
+  void Take() const {
+    const int error = errno;
+    sigset_t ours = held_;
+    for (const int each : kSignalsOfWrites) {
+      if (::sigismember(&before_, each) == 1) ::sigdelset(&ours, each);
+    }
+    const timespec noWait{};
+    while (::sigtimedwait(&ours, nullptr, &noWait) > 0 || errno == EINTR) continue;
+    errno = error;
+  }
+
+ private:
+  sigset_t held_;
+  sigset_t before_;
+};
+
 // strerror_r comes in two kinds; the overload that fits picks the answer.
 [[maybe_unused]] const char* ErrorWords(int, const char* buffer) { return buffer; }
 [[maybe_unused]] const char* ErrorWords(const char* words, const char*) { return words; }
@@ -63,7 +98,12 @@ FileResult ReadSome(int descriptor, void* data, std::size_t count) {
 
 FileResult WriteSome(int descriptor, const void* data, std::size_t count) {
   count = std::min(count, kMostBytesACall);
-  return Run(FileCall::kWrite, count, [&] { return ::write(descriptor, data, count); });
+  const WriteSignals signals;
+  return Run(FileCall::kWrite, count, [&] {
+    const ssize_t written = ::write(descriptor, data, count);
+    if (written < 0) signals.Take();
+    return written;
+  });
 }
 
 FileResult WriteAll(int descriptor, const void* data, std::size_t count) {
@@ -111,6 +151,8 @@ FileResult SetFileMode(int descriptor, mode_t mode) {
 FileResult LockFile(int descriptor) {
   return Run(FileCall::kLock, [&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); });
 }
+
+bool HasNul(const std::string& path) { return std::strlen(path.c_str()) != path.size(); }
 
 std::string SystemErrorText(int error) {
   std::array<char, 256> buffer{};

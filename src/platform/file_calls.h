@@ -46,7 +46,8 @@ FileResult OpenFile(const char* path, int flags, mode_t mode = 0);
 FileResult CloseFile(int descriptor);
 /// Reads up to `count` bytes; value is how many came, 0 at the end.
 FileResult ReadSome(int descriptor, void* data, std::size_t count);
-/// Writes up to `count` bytes; value is how many went.
+/// Writes up to `count` bytes; value is how many went. EPIPE and EFBIG come without the signals that the system sends with
+/// them, unless the caller holds those back itself.
 FileResult WriteSome(int descriptor, const void* data, std::size_t count);
 /// Writes all of `count` bytes.
 FileResult WriteAll(int descriptor, const void* data, std::size_t count);
@@ -61,6 +62,9 @@ FileResult RemoveFile(const char* path);
 FileResult SetFileMode(int descriptor, mode_t mode);
 /// Takes the exclusive lock of the open file without waiting; EWOULDBLOCK when somebody else holds it.
 FileResult LockFile(int descriptor);
+
+/// True when `path` has a NUL in it, so that the system would take it for the path that ends there.
+bool HasNul(const std::string& path);
 
 /// The system's words for an error number.
 std::string SystemErrorText(int error);

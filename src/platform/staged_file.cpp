@@ -24,6 +24,7 @@ constexpr int kMostLinks = 40;
 
 /// What `path` names behind all symbolic links; where nothing is there yet, the place that the last link leads to.
 std::string ResolveLinks(std::string path) {
+  if (HasNul(path)) return path;
   for (int link = 0; link < kMostLinks; ++link) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
                                                                &std::free);
@@ -84,7 +85,10 @@ void StagedFile::Discard() {
 }
 
 bool StagedFile::Begin() {
+  Discard();
+  error_ = 0;
   if (path_.empty()) return Fail(ENOENT);
+  if (HasNul(path_)) return Fail(EINVAL);
   struct stat status {};
   const FileResult there = StatPath(path_.c_str(), status);
   if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
@@ -129,6 +133,7 @@ bool StagedFile::TryStagingPath(mode_t mode) {
 }
 
 bool StagedFile::Commit() {
+  if (error_ == 0 && stagingPath_.empty()) return Fail(EBADF);
   if (lock_ < 0) return error_ == 0;
   struct stat status {};
   const FileResult there = StatPath(path_.c_str(), status);

@@ -13,21 +13,22 @@ namespace tessaret {
 class StagedFile {
  public:
   /// Prepares to write `path`; a symbolic link is followed, so that what it names is replaced and the link stays. A path
-  /// that is there and is no regular file (a device, a pipe) is written directly: it cannot be replaced.
+  /// that is there and is no regular file (a device, a pipe) is written directly: it cannot be replaced. A path with a NUL
+  /// in it names nothing, rather than what its first part names.
   explicit StagedFile(std::string path);
   StagedFile(const StagedFile&) = delete;
   StagedFile& operator=(const StagedFile&) = delete;
   /// Takes the staged bytes away unless they were committed.
   ~StagedFile();
 
-  /// Creates the staging file, empty. False with Error() set.
+  /// Creates the staging file, empty. False with Error() set. Begun again, what was staged before is taken away.
   bool Begin();
 
   /// Where the bytes are to be written: open it for writing, write, close.
   [[nodiscard]] const std::string& StagingPath() const { return stagingPath_; }
 
   /// Syncs the staged bytes and moves them to their place, with the permissions of the file that was there. False, with
-  /// Error() set and the place untouched.
+  /// Error() set and the place untouched; EBADF where nothing was begun.
   bool Commit();
 
   /// The system's error number of the failed step, or 0.

@@ -9,6 +9,7 @@ namespace tessaret {
 
 int ReadWholeFile(const std::string& path, std::uint64_t most, std::vector<std::uint8_t>& bytes) {
   bytes.clear();
+  if (HasNul(path)) return EINVAL;
   int error = 0;
   const auto stream = FileStream::OpenForRead(path.c_str(), error);
   if (!stream) return error;

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <pthread.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 #include <gtest/gtest.h>
 
 #include "support/bytes.h"
+#include "support/child_process.h"
 #include "support/file_failure.h"
 #include "support/temp_folder.h"
 
@@ -236,6 +238,79 @@ TEST_F(FileCalls, AReadThatWaitsOutlivesARealSignal) {
   ::sigaction(SIGUSR1, &before, nullptr);
   ::close(pipe[0]);
   ::close(pipe[1]);
+}
+
+/// A pipe that nobody will read.
+int PipeWithoutReader() {
+  std::array<int, 2> pipe{};
+  if (::pipe(pipe.data()) != 0) return -1;
+  ::close(pipe[0]);
+  return pipe[1];
+}
+
+bool Waits(int signal) {
+  sigset_t waiting;
+  ::sigemptyset(&waiting);
+  ::sigpending(&waiting);
+  return ::sigismember(&waiting, signal) == 1;
+}
+
+bool IsHeldBack(int signal) {
+  sigset_t mask;
+  ::pthread_sigmask(SIG_BLOCK, nullptr, &mask);
+  return ::sigismember(&mask, signal) == 1;
+}
+
+TEST_F(FileCalls, AWriteThatNobodyReadsIsAnErrorAndNoSignal) {
+  EXPECT_EQ(test::RunInChild([] {
+              ::signal(SIGPIPE, SIG_DFL);
+              const int descriptor = PipeWithoutReader();
+              for (int times = 0; times < 2; ++times) {
+                if (WriteAll(descriptor, "words", 5).error != EPIPE) return 1;
+                if (Waits(SIGPIPE) || IsHeldBack(SIGPIPE)) return 2;
+              }
+              return 0;
+            }),
+            0);
+}
+
+TEST_F(FileCalls, AWriteBeyondTheSizeThatAFileMayHaveIsAnErrorAndNoSignal) {
+  EXPECT_EQ(test::RunInChild([this] {
+              ::signal(SIGXFSZ, SIG_DFL);
+              const rlimit most{6, 6};
+              ::setrlimit(RLIMIT_FSIZE, &most);
+              if (WriteAll(descriptor_, "0123456789", 10).error != EFBIG) return 1;
+              return Waits(SIGXFSZ) || IsHeldBack(SIGXFSZ) ? 2 : 0;
+            }),
+            0);
+  EXPECT_EQ(test::ReadText(path_), "012345");
+}
+
+TEST_F(FileCalls, ASignalThatTheHostHoldsBackStaysForIt) {
+  EXPECT_EQ(test::RunInChild([] {
+              sigset_t held;
+              ::sigemptyset(&held);
+              ::sigaddset(&held, SIGPIPE);
+              ::pthread_sigmask(SIG_BLOCK, &held, nullptr);
+              ::raise(SIGPIPE);
+              if (WriteAll(PipeWithoutReader(), "words", 5).error != EPIPE) return 1;
+              return Waits(SIGPIPE) && IsHeldBack(SIGPIPE) && !IsHeldBack(SIGXFSZ) ? 0 : 2;
+            }),
+            0);
+}
+
+TEST_F(FileCalls, AWriteThatSucceedsLeavesTheSignalsAsTheyWere) {
+  EXPECT_TRUE(WriteAll(descriptor_, "words", 5).Ok());
+  EXPECT_FALSE(IsHeldBack(SIGPIPE));
+  EXPECT_FALSE(IsHeldBack(SIGXFSZ));
+}
+
+TEST(HasNul, TellsWhetherTheSystemWouldSeeAnotherPath) {
+  EXPECT_FALSE(HasNul(""));
+  EXPECT_FALSE(HasNul("/some/path"));
+  EXPECT_TRUE(HasNul(std::string(1, '\0')));
+  EXPECT_TRUE(HasNul(std::string("path\0", 5)));
+  EXPECT_TRUE(HasNul(std::string("a\0b", 3)));
 }
 
 TEST(SystemErrorText, GivesTheWordsOfTheSystem) {

@@ -313,6 +313,20 @@ TEST_F(FileStreamTest, APipeGoesBackToItsStartWhileItsFirstWindowLasts) {
   EXPECT_EQ(TakeAll(*stream, 1000), Part(bytes, 20000, kMost64));
 }
 
+TEST_F(FileStreamTest, APipeThatComesInSmallPiecesGoesBackToItsStartToo) {
+  const Bytes bytes = Pattern(3000);
+  const auto stream = Open(PipeOf(bytes, 3000));
+  FileFailure calls;
+  calls.LimitCount(FileCall::kRead, 64);
+  // What was taken stays in reach although the window is filled up behind it.
+  for (std::uint64_t at = 0; at < 2000; at += 100) {
+    ASSERT_TRUE(stream->Refill(100));
+    EXPECT_EQ(ReadUpTo(*stream, 100), Part(bytes, at, 100));
+  }
+  ASSERT_TRUE(stream->Seek(0));
+  EXPECT_EQ(ReadUpTo(*stream, 3000), bytes);
+}
+
 TEST_F(FileStreamTest, AShortPipeSeeksNoFurtherThanItReaches) {
   const Bytes bytes = Pattern(50);
   const auto stream = Open(PipeOf(bytes, 50));
@@ -333,6 +347,17 @@ TEST_F(FileStreamTest, LeftAtMostCountsDownForAFile) {
   stream->Seek(99999);
   EXPECT_EQ(stream->LeftAtMost(), 1u);
   stream->Skip(1);
+  EXPECT_EQ(stream->LeftAtMost(), 0u);
+}
+
+TEST_F(FileStreamTest, LeftAtMostGoesByTheSizeAtFirstAndAGrownFileIsReadAllTheSame) {
+  const Bytes bytes = Pattern(150);
+  const std::string path = FileOf(Part(bytes, 0, 100));
+  const auto stream = Open(path);
+  EXPECT_EQ(stream->LeftAtMost(), 100u);
+  test::WriteBytes(path, bytes);
+  EXPECT_EQ(stream->LeftAtMost(), 100u);
+  EXPECT_EQ(TakeAll(*stream, 10), bytes);
   EXPECT_EQ(stream->LeftAtMost(), 0u);
 }
 

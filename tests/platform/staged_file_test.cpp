@@ -89,6 +89,59 @@ TEST_F(StagedFileTest, WithoutABeginNothingHappens) {
   EXPECT_EQ(folder_.Listing(), "");
 }
 
+TEST_F(StagedFileTest, ACommitOfNothingIsAnError) {
+  WriteText(path_, "old");
+  StagedFile staged(path_);
+  EXPECT_FALSE(staged.Commit());
+  EXPECT_EQ(staged.Error(), EBADF);
+  EXPECT_EQ(ReadText(path_), "old");
+}
+
+TEST_F(StagedFileTest, BegunAgainItTakesAwayWhatWasStagedBefore) {
+  const auto openDescriptors = [] {
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
+  };
+  const auto before = openDescriptors();
+  {
+    StagedFile staged(path_);
+    ASSERT_TRUE(staged.Begin());
+    WriteText(staged.StagingPath(), "first");
+    ASSERT_TRUE(staged.Begin());
+    EXPECT_EQ(ReadText(staged.StagingPath()), "");
+    EXPECT_EQ(openDescriptors(), before + 1);
+    WriteText(staged.StagingPath(), "second");
+    EXPECT_TRUE(staged.Commit());
+  }
+  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "second");
+}
+
+TEST_F(StagedFileTest, BegunAgainAfterAFailureItCanBeCommitted) {
+  StagedFile staged(path_);
+  {
+    FileFailure failure;
+    failure.FailCall(FileCall::kOpen, 1, EMFILE);
+    EXPECT_FALSE(staged.Begin());
+    EXPECT_EQ(staged.Error(), EMFILE);
+    EXPECT_FALSE(staged.Commit());
+    EXPECT_EQ(staged.Error(), EMFILE);
+  }
+  ASSERT_TRUE(staged.Begin());
+  EXPECT_EQ(staged.Error(), 0);
+  WriteText(staged.StagingPath(), "words");
+  EXPECT_TRUE(staged.Commit());
+  EXPECT_EQ(ReadText(path_), "words");
+}
+
+TEST_F(StagedFileTest, APathWithANulNamesNothing) {
+  WriteText(path_, "old");
+  EXPECT_EQ(Write(path_ + std::string("\0.dcm", 5), "new"), EINVAL);
+  EXPECT_EQ(Write(std::string(1, '\0'), "new"), EINVAL);
+  EXPECT_EQ(ReadText(path_), "old");
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
 TEST_F(StagedFileTest, ReplacesWithThePermissionsOfTheOldFile) {
   const mode_t mask = ::umask(022);
   WriteText(path_, "old");
@@ -371,6 +424,32 @@ TEST_F(StagedFileTest, AFileOfSomebodyElseUnderTheStagingNameIsLeftAlone) {
   EXPECT_EQ(Write(path_, "newer"), 0);
   EXPECT_EQ(ReadText(folder_.File("other")), "other");
   EXPECT_TRUE(std::filesystem::is_symlink(stagingName));
+}
+
+TEST_F(StagedFileTest, AStagingFileOfAnotherUserIsLeftAlone) {
+  // Only the superuser can make one for somebody else; any other user's is an abandoned one of his own.
+  const bool isOfAnother = ::geteuid() == 0;
+  std::string stagingName;
+  {
+    StagedFile staged(path_);
+    ASSERT_TRUE(staged.Begin());
+    stagingName = staged.StagingPath();
+  }
+  WriteText(stagingName, "not ours");
+  ASSERT_EQ(::chmod(stagingName.c_str(), 0666), 0);
+  ASSERT_EQ(::chmod(folder_.Path().c_str(), 0777), 0);
+  EXPECT_EQ(test::RunInChild([&] { return test::BecomeNobody() ? Write(path_, "new") : -1; }), 0);
+  EXPECT_EQ(ReadText(path_), "new");
+  EXPECT_EQ(std::filesystem::exists(stagingName), isOfAnother);
+  if (isOfAnother) {
+    EXPECT_EQ(ReadText(stagingName), "not ours");
+  }
+}
+
+TEST_F(StagedFileTest, AFolderIsNoPlaceForAFile) {
+  StagedFile staged(folder_.Path());
+  EXPECT_FALSE(staged.Begin());
+  EXPECT_EQ(staged.Error(), EISDIR);
 }
 
 TEST_F(StagedFileTest, TwoWritersOfOnePlaceDoNotDisturbEachOther) {

@@ -95,6 +95,12 @@ TEST_F(WholeFile, WhatCannotBeReadGivesItsErrorNumberAndNoBytes) {
   EXPECT_EQ(bytes_, Bytes{});
 }
 
+TEST_F(WholeFile, APathWithANulIsNotReadAsWhatItsFirstPartNames) {
+  test::WriteText(path_, "words");
+  EXPECT_EQ(ReadWholeFile(path_ + std::string("\0.txt", 5), kNoLimit, bytes_), EINVAL);
+  EXPECT_EQ(bytes_, Bytes{});
+}
+
 TEST_F(WholeFile, ShortAndInterruptedReadsGiveTheSameBytes) {
   test::WriteBytes(path_, Pattern(20000));
   FileFailure failure;
