@@ -27,6 +27,10 @@ std::unique_ptr<ItemArray, ItemArrayDestroyer> EmptyTwins(const ItemArray& items
                                                           std::vector<PendingCopy>& pending) {
   std::unique_ptr<ItemArray, ItemArrayDestroyer> twins(new ItemArray);
   for (const ItemArray::Node* node = items.First; node != nullptr; node = node->next) {
+    if (node->value == nullptr) {
+      twins->Add(nullptr);
+      continue;
+    }
     auto twin = std::make_unique<DICOMObject>();
     pending.push_back({node->value, twin.get()});
     twins->Add(twin.get());
@@ -81,6 +85,18 @@ void DestroyItems(ItemArray& items) noexcept {
   }
 }
 
+DICOMObject* EndOfForwarding(DICOMObject& start) noexcept {
+  DICOMObject* end = &start;
+  // Goes half as fast, so that in a circle the end comes round to it.
+  DICOMObject* behind = &start;
+  for (bool odd = true; end->PushTarget != nullptr; odd = !odd) {
+    end = end->PushTarget;
+    if (!odd) behind = behind->PushTarget;
+    if (end == behind) return nullptr;
+  }
+  return end;
+}
+
 DICOMObject::~DICOMObject() { DICOMObject::Reset(); }
 
 DICOMDataObject::~DICOMDataObject() = default;
@@ -88,7 +104,7 @@ DICOMDataObject::~DICOMDataObject() = default;
 DICOMCommandObject::~DICOMCommandObject() = default;
 
 bool DICOMObject::Push(DICOMObject* item) {
-  if (item == nullptr || LastPushedVR == nullptr) return false;
+  if (item == nullptr || item == this || LastPushedVR == nullptr) return false;
   const bool opens = LastPushedVR->Items == nullptr;
   if (!LastPushedVR->AddItem(item)) return false;
   SequenceBytes += (opens ? 16u : 0u) + 16u + item->SequenceBytes;
@@ -97,7 +113,7 @@ bool DICOMObject::Push(DICOMObject* item) {
 
 bool DICOMObject::Push(VR* element) {
   if (element == nullptr) return false;
-  if (PushTarget != nullptr) return PushTarget->Push(element);
+  if (PushTarget != nullptr) return EndOfForwarding(*this) != nullptr && PushTarget->Push(element);
   VR** place = Elements.FindOrInsert(element->Key());
   LastPushedVR = element;
   if (*place != element) {
@@ -171,7 +187,7 @@ bool DICOMObject::CopyFrom(const DICOMObject& source) {
   try {
     Elements.Reserve(copy->Elements.Size());
     while (VR* first = copy->GetFirstVR()) {
-      Push(first);
+      if (!Push(first)) return false;
       copy->Pop();
     }
     return true;

@@ -22,13 +22,15 @@ class DICOMObject {
   virtual ~DICOMObject();
 
   /// Appends `item` to the element that Push(VR*) added last, and takes it over. False, and the item stays with the
-  /// caller, when there is no such element, `item` is null, or there is no memory.
+  /// caller, when there is no such element, `item` is null or this object itself, or there is no memory.
+  /// Requires: this object does not hang below `item`.
   virtual bool Push(DICOMObject* item);
 
   /// Takes `element` over and files it under its tag. An element that is there already under this tag is destroyed: the
   /// last one wins; pushing the very same element again does nothing. A walk by Pop starts again at the lowest tag.
-  /// With PushTarget set all this happens there. True; false for null, with nothing changed. Throws std::bad_alloc, with
-  /// the element still the caller's, when there is no memory.
+  /// With PushTarget set all this happens there. True; false, with nothing changed, for null and where the targets lead in
+  /// a circle. Throws std::bad_alloc, with the element still the caller's, when there is no memory.
+  /// Requires: nobody else owns `element`, and this object does not hang below it.
   virtual bool Push(VR* element);
 
   /// Takes out the element with the lowest tag, for the caller to own; null when there is none. This is the normal way to
@@ -57,8 +59,8 @@ class DICOMObject {
   /// A shallow clone shares the bytes and must die before this object. Null when there is no memory.
   [[nodiscard]] DICOMObject* Clone(bool deep) const;
 
-  /// Adds a deep copy of every element of `source`. Copying an object into itself changes nothing. True; false when
-  /// there is no memory, with as many elements copied as there was room for.
+  /// Adds a deep copy of every element of `source` by Push. Copying an object into itself changes nothing. True; false when
+  /// there is no memory or Push refuses an element, with those before it copied.
   bool CopyFrom(const DICOMObject& source);
 
   [[nodiscard]] bool IsEmpty() const { return Elements.IsEmpty(); }
@@ -80,10 +82,14 @@ class DICOMObject {
   }
 };
 
+/// Where an element that is pushed into `start` comes to lie: the end of the way along PushTarget. Null where that leads in
+/// a circle.
+DICOMObject* EndOfForwarding(DICOMObject& start) noexcept;
+
 /// Destroys all objects in `items`, with all that is nested below them, on a flat stack.
 void DestroyItems(ItemArray& items) noexcept;
 
-/// A new list with a copy of every item, made on a flat stack. Deep decides about the bytes only. Throws std::bad_alloc.
+/// A new list with a copy of every item, made on a flat stack; where an item is null, so is its copy. Deep decides about the bytes only. Throws std::bad_alloc.
 ItemArray* CloneItems(const ItemArray& items, bool deep);
 
 /// What the parsers create for files and items.

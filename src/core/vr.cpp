@@ -3,6 +3,7 @@
 #include <cstring>
 #include <memory>
 #include <utility>
+#include <vector>
 
 #include "core/dicom_object.h"
 
@@ -20,10 +21,26 @@ std::uint8_t* CopyBytes(const std::uint8_t* data, std::uint32_t length) {
   return bytes;
 }
 
-/// Where an element that is pushed into `target` comes to lie.
-DICOMObject* EndOfWay(DICOMObject* target) {
-  while (target->PushTarget != nullptr) target = target->PushTarget;
-  return target;
+/// True when `is(object)` is true of any object below `top`, at any depth on a flat stack; and without memory to look
+/// further, for what hung below itself would have no owner and a walk through it no end.
+template <class Is>
+bool AnyBelowMightBe(const VR& top, Is is) try {
+  std::vector<const VR*> pending;
+  for (const VR* sequence = &top;;) {
+    const ItemArray::Node* node = sequence->Items == nullptr ? nullptr : sequence->Items->First;
+    for (; node != nullptr; node = node->next) {
+      if (node->value == nullptr) continue;
+      if (is(*node->value)) return true;
+      node->value->Elements.ForEach([&pending](const VR& vr) {
+        if (vr.Items != nullptr) pending.push_back(&vr);
+      });
+    }
+    if (pending.empty()) return false;
+    sequence = pending.back();
+    pending.pop_back();
+  }
+} catch (const std::bad_alloc&) {
+  return true;
 }
 
 /// A new element of the same tag and type without a value; null without memory.
@@ -103,6 +120,10 @@ void VR::DestroyOwnItems() noexcept {
 bool VR::ReplaceFrom(VR* source) {
   if (source == nullptr || source->Key() != Key()) return false;
   if (source == this) return true;
+  const auto holdsThis = [this](const DICOMObject& object) {
+    return object.GetVR(Group, Element) == this;
+  };
+  if (AnyBelowMightBe(*source, holdsThis)) return false;
   // Bytes that the source borrowed from here stay owned, and what was here dies last: the source may hang below it.
   if (Data != nullptr && source->Data == Data) source->OwnsData |= std::exchange(OwnsData, 0u);
   VR former;
@@ -137,8 +158,12 @@ std::uint8_t* VR::TakeData() {
 
 bool VR::MoveToObject(DICOMObject* target) {
   if (target == nullptr || (Length == 0 && Moved == 0)) return false;
-  DICOMObject* const place = EndOfWay(target);
+  DICOMObject* const place = EndOfForwarding(*target);
+  if (place == nullptr) return false;
   if (place->GetVR(Group, Element) == this) return true;
+  if (AnyBelowMightBe(*this, [place](const DICOMObject& object) { return &object == place; })) {
+    return false;
+  }
   std::unique_ptr<VR> moved(EmptyLike(*this));
   if (!moved) return false;
   // All is taken out of here before the push, which may destroy this element: it may hang below the one that is

@@ -69,14 +69,15 @@ struct VR {
   bool Reset();
 
   /// Frees own bytes and items and takes Length, Data, OwnsData, TypeCode and Items from `source`, which is left with
-  /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source or
-  /// another tag. Replacing an element by itself changes nothing and answers true. The source may hang below this
-  /// element, and dies with what was here then; it may be a shallow copy of this element, whose bytes stay.
+  /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source, another
+  /// tag, a source that this element hangs below, and without memory to find that out. Replacing an element by itself
+  /// changes nothing and answers true. The source may hang below this element, and dies with what was here then; it may
+  /// be a shallow copy of this element, whose bytes stay.
   bool ReplaceFrom(VR* source);
 
   /// Hands value and items over to `target`: pushes a new VR of this tag that takes Length, Data and OwnsData, then
-  /// pushes every item. False, and nothing changes, when Length and Moved are both 0, when `target` is null or refuses
-  /// the element, and without memory. An element that lies in `target` already stays there: true.
+  /// pushes every item. False, and nothing changes, when Length and Moved are both 0, when `target` is null, hangs below
+  /// this element or refuses it, and without memory. An element that lies in `target` already stays there: true.
   bool MoveToObject(DICOMObject* target);
 
   /// 0 when there are no Items.
@@ -86,7 +87,7 @@ struct VR {
   DICOMObject* GetItem(std::uint32_t index);
 
   /// Appends `item` and takes it over. False, and the item stays with the caller, when there is no memory or it is
-  /// null.
+  /// null. Requires: this element does not hang below it.
   bool AddItem(DICOMObject* item);
 
   /// Takes the first item out for the caller to own; null when there is none. The emptied list is destroyed.

@@ -87,6 +87,33 @@ TEST(Array, GetOfTheNextIndexStepsFromTheLastAccess) {
   EXPECT_EQ(list.Get(5)->value, 1);
 }
 
+TEST(Array, GetOfAnyOtherIndexWalksFromTheNearerEnd) {
+  // Each end is made to show to the middle of five nodes, so that the value found tells where the walk began.
+  Array<int> list;
+  Fill(list, 5);
+  auto* const first = list.First;
+  auto* const last = list.Last;
+  auto* const middle = first->next->next;
+  const auto walkedTo = [&](std::uint32_t index, Array<int>::Node* from, Array<int>::Node* to) {
+    list.LastAccess = nullptr;
+    list.First = from;
+    list.Last = to;
+    const int value = list.Get(index)->value;
+    list.First = first;
+    list.Last = last;
+    return value;
+  };
+  // Half of five is two: 0 and 1 are reached from the start, one step a place.
+  EXPECT_EQ(walkedTo(0, middle, last), 2);
+  EXPECT_EQ(walkedTo(1, middle, last), 3);
+  EXPECT_EQ(walkedTo(1, first, middle), 1);
+  // 2, 3 and 4 from the end: four less the index in steps back.
+  EXPECT_EQ(walkedTo(4, first, middle), 2);
+  EXPECT_EQ(walkedTo(3, first, middle), 1);
+  EXPECT_EQ(walkedTo(2, first, middle), 0);
+  EXPECT_EQ(walkedTo(2, middle, last), 2);
+}
+
 TEST(Array, AForwardScanOfALongListIsLinear) {
   // A walk from an end for each index would be 5 * 10^9 steps.
   Array<int> list;

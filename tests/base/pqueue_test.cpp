@@ -59,6 +59,25 @@ TEST(PQueue, LiesInItsListAsABinaryHeap) {
   EXPECT_EQ(queue.Get(2)->value, 2);
 }
 
+std::vector<int> InPlace(PQueue<int>& queue) {
+  std::vector<int> values;
+  for (std::uint32_t at = 0; at < queue.ListLength; ++at) values.push_back(queue.Get(at)->value);
+  return values;
+}
+
+// The last entry comes to the root and goes down to the smaller child: of 2 and 1 to 1, then below 1 to 4.
+TEST(PQueue, PopMovesTheLastEntryToTheRootAndSiftsItDownToTheSmallerChild) {
+  PQueue<int> queue;
+  for (const int value : {0, 2, 1, 6, 7, 4, 5}) queue.Push(value);
+  ASSERT_EQ(InPlace(queue), (std::vector{0, 2, 1, 6, 7, 4, 5}));
+  int value = -1;
+  EXPECT_TRUE(queue.Pop(value));
+  EXPECT_EQ(value, 0);
+  EXPECT_EQ(InPlace(queue), (std::vector{1, 2, 4, 6, 7, 5}));
+  EXPECT_TRUE(queue.Pop(value));
+  EXPECT_EQ(InPlace(queue), (std::vector{2, 5, 4, 6, 7}));
+}
+
 TEST(PQueue, RandomPushesAndPopsKeepTheHeapAndTheOrder) {
   std::mt19937 random(3);
   PQueue<int> queue;

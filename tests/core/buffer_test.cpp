@@ -662,16 +662,37 @@ TEST(Buffer, MuchMayWaitWhereTheStreamIsNoFile) {
 TEST(Buffer, AWriteThatOutSizeCouldNotCountIsRefusedInsteadOfCut) {
   ScriptedBuffer buffer;
   WriteBytesTo(buffer, Pattern(10));
-  // As after writing so much. What is left of the chunk, and one more, still count.
-  buffer.OutSize = kLargest - 2 * 32600;
+  // As after writing so much that what is left of the chunk, and one more chunk, can just be counted.
+  constexpr std::int32_t kWritten = kLargest - 2 * 32600 + 10;
+  buffer.OutSize = kWritten;
   EXPECT_TRUE(WriteBytesTo(buffer, Pattern(32600 - 11)));
   EXPECT_TRUE(WriteBytesTo(buffer, Pattern(1)));
   EXPECT_EQ(ShapesOf(buffer.Outgoing), (Shapes{{32600, 32600}, {32600, 0}}));
   EXPECT_TRUE(WriteBytesTo(buffer, Pattern(32599)));
+  EXPECT_EQ(buffer.OutSize, kLargest - 1);
   EXPECT_THROW(WriteBytesTo(buffer, Pattern(1)), std::bad_alloc);
   EXPECT_THROW(WriteBytesTo(buffer, Pattern(100)), std::bad_alloc);
-  EXPECT_EQ(buffer.OutSize, kLargest - 2 * 32600 + 32600 - 10 + 32599);
+  EXPECT_EQ(buffer.OutSize, kLargest - 1);
   EXPECT_EQ(ShapesOf(buffer.Outgoing), (Shapes{{32600, 32600}, {32600, 32599}}));
+
+  ScriptedBuffer oneMore;
+  WriteBytesTo(oneMore, Pattern(10));
+  oneMore.OutSize = kWritten + 1;
+  EXPECT_TRUE(WriteBytesTo(oneMore, Pattern(32600 - 11)));
+  EXPECT_THROW(WriteBytesTo(oneMore, Pattern(1)), std::bad_alloc);
+  EXPECT_EQ(ShapesOf(oneMore.Outgoing), (Shapes{{32600, 32599}}));
+}
+
+TEST(Buffer, AChunkThatOutSizeCouldNotCountIsNotOpened) {
+  ScriptedBuffer buffer(Pattern(10));
+  // A Fill that failed leaves the break size at what was missing, which may be what a peer made up.
+  EXPECT_FALSE(buffer.Fill(kLargest));
+  EXPECT_EQ(buffer.BreakSize, kLargest - 10);
+  EXPECT_THROW(WriteBytesTo(buffer, Pattern(11)), std::bad_alloc);
+  EXPECT_EQ(buffer.Outgoing.ListLength, 0u);
+  buffer.SetBreakSize(32600);
+  EXPECT_TRUE(WriteBytesTo(buffer, Pattern(11)));
+  EXPECT_EQ(ShapesOf(buffer.Outgoing), (Shapes{{32600, 11}}));
 }
 
 TEST(Buffer, OneWriteOfMoreThanOutSizeCanCountIsRefusedUntouched) {

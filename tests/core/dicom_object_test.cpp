@@ -235,6 +235,50 @@ TEST(DICOMObject, PushForwardsAlongAChainAndAnswersAsItsEndDoes) {
   EXPECT_FALSE(start.Push(refused.get()));
 }
 
+TEST(DICOMObject, TargetsThatLeadInACircleRefuseTheElement) {
+  std::unique_ptr<VR> vr(NewVR(kMiddle, "text"));
+  vr->Length = 4;
+  DICOMObject alone;
+  alone.PushTarget = &alone;
+  EXPECT_FALSE(alone.Push(vr.get()));
+  EXPECT_FALSE(vr->MoveToObject(&alone));
+  EXPECT_TRUE(alone.IsEmpty());
+  EXPECT_EQ(alone.LastPushedVR, nullptr);
+
+  for (const std::size_t round : {2u, 3u, 4u, 7u}) {
+    // One that leads into the circle stands before it.
+    std::vector<DICOMObject> objects(round + 1);
+    for (std::size_t at = 0; at < round; ++at) objects[at].PushTarget = &objects[at + 1];
+    EXPECT_EQ(EndOfForwarding(objects[0]), &objects[round]);
+    objects[round].PushTarget = &objects[1];
+    EXPECT_EQ(EndOfForwarding(objects[0]), nullptr) << round;
+    EXPECT_EQ(EndOfForwarding(objects[1]), nullptr) << round;
+    EXPECT_FALSE(objects[0].Push(vr.get()));
+    EXPECT_FALSE(vr->MoveToObject(&objects[0]));
+    DICOMObject source;
+    source.Push(NewVR(kLow, "copied"));
+    EXPECT_FALSE(objects[0].CopyFrom(source));
+  }
+  EXPECT_EQ(TextOf(*vr), "text");
+}
+
+TEST(DICOMObject, TheEndOfForwardingIsTheLastOfTheChain) {
+  std::vector<DICOMObject> chain(9);
+  EXPECT_EQ(EndOfForwarding(chain[0]), &chain[0]);
+  for (std::size_t at = 1; at < chain.size(); ++at) {
+    chain[at - 1].PushTarget = &chain[at];
+    EXPECT_EQ(EndOfForwarding(chain[0]), &chain[at]);
+  }
+}
+
+TEST(DICOMObject, AnObjectIsNoItemOfItself) {
+  DICOMObject object;
+  object.Push(NewVR(kMiddle, ""));
+  EXPECT_FALSE(object.Push(&object));
+  EXPECT_EQ(object.SequenceBytes, 0u);
+  EXPECT_EQ(object.LastPushedVR->Items, nullptr);
+}
+
 TEST(DICOMObject, PopHandsTheElementsOutFromTheLowestTagOn) {
   DICOMObject object;
   for (const TagKey key : {kHigh, kTop, kLow, kMiddle}) object.Push(NewVR(key));
@@ -318,6 +362,19 @@ TEST(DICOMObject, ResetEmptiesItAndItCanBeFilledAgain) {
   object.Push(NewVR(kLow, "again"));
   EXPECT_EQ(Outline(object), "8.5=again");
   EXPECT_EQ(PopKey(object), kLow);
+}
+
+TEST(DICOMObject, ResetKeepsTheEstimateTheWalkAndTheTarget) {
+  DICOMObject target;
+  DICOMObject object;
+  object.Push(NewSequence(kHigh, {}));
+  object.Push(NewObject({}));
+  delete object.Pop();
+  object.PushTarget = &target;
+  object.Reset();
+  EXPECT_EQ(object.SequenceBytes, 32u);
+  EXPECT_EQ(object.Iterating, 1u);
+  EXPECT_EQ(object.PushTarget, &target);
 }
 
 TEST(DICOMObject, ResetInTheMiddleOfAWalkLeavesNothing) {
@@ -414,6 +471,8 @@ TEST(DICOMObject, CloneIsAPlainObjectWithACopyOfEveryElementInOrder) {
     EXPECT_EQ(KeysOf(*clone), (std::vector{kMiddle, kHigh, kTop}));
     EXPECT_EQ(clone->PushTarget, nullptr);
     EXPECT_EQ(clone->Iterating, 0u);
+    EXPECT_EQ(clone->SequenceBytes, 0u);
+    EXPECT_EQ(clone->LastPushedVR, clone->GetVR(GroupOf(kTop), ElementOf(kTop)));
     for (const VR* vr = clone->GetFirstVR(); vr != nullptr; vr = clone->GetNextVR(vr)) {
       EXPECT_EQ(vr->Moved, 1u);
       EXPECT_EQ(vr->OwnsData, deep ? 1u : 0u);
@@ -508,6 +567,37 @@ TEST(DICOMObject, CopyFromForwardsToThePushTarget) {
   EXPECT_TRUE(forwarder.CopyFrom(*source));
   EXPECT_TRUE(forwarder.IsEmpty());
   EXPECT_EQ(Outline(target), Outline(*source));
+}
+
+TEST(DICOMObject, CopyFromEndsAtTheFirstElementThatIsRefused) {
+  class TakesTwo : public DICOMObject {
+   public:
+    using DICOMObject::Push;
+    bool Push(VR* element) override { return taken++ < 2 && DICOMObject::Push(element); }
+    int taken = 0;
+  };
+  DICOMObject source;
+  for (const TagKey key : {kLow, kMiddle, kHigh, kTop}) source.Push(NewVR(key, "text"));
+  TakesTwo target;
+  EXPECT_FALSE(target.CopyFrom(source));
+  EXPECT_EQ(target.taken, 3);
+  EXPECT_EQ(Outline(target), "8.5=text 8.24=text");
+  EXPECT_EQ(KeysOf(source), (std::vector{kLow, kMiddle, kHigh, kTop}));
+}
+
+TEST(DICOMObject, ANullItemIsCopiedAsOne) {
+  DICOMObject object;
+  object.Push(NewSequence(kMiddle, {NewObject({NewVR(kLow, "a")})}));
+  object.GetFirstVR()->Items->Add(nullptr);
+  object.GetFirstVR()->AddItem(NewObject({NewVR(kLow, "b")}));
+  for (const bool deep : {true, false}) {
+    const std::unique_ptr<DICOMObject> clone(object.Clone(deep));
+    VR& copy = *clone->GetFirstVR();
+    ASSERT_EQ(copy.ItemCount(), 3u);
+    EXPECT_EQ(Outline(*copy.GetItem(0)), "8.5=a");
+    EXPECT_EQ(copy.GetItem(1), nullptr);
+    EXPECT_EQ(Outline(*copy.GetItem(2)), "8.5=b");
+  }
 }
 
 TEST(DICOMObject, ManySmallCopiesIntoOneObjectTakeNoLongerThanOneEach) {

@@ -136,6 +136,19 @@ TEST(LinkedBuffer, ASendThatTheLinkCannotFlushFails) {
   EXPECT_EQ(test::OutgoingOf(link), bytes);
 }
 
+TEST(LinkedBuffer, AFlushThatTheLinkCannotFinishKeepsItsChunkAlthoughTheLinkHoldsItToo) {
+  ScriptedBuffer link;
+  link.refuseSend = 1;
+  LinkedBuffer buffer(&link);
+  const Bytes bytes = Pattern(10);
+  buffer.Write(bytes.data(), 10);
+  EXPECT_FALSE(buffer.Flush());
+  EXPECT_EQ(buffer.OutSize, 10);
+  EXPECT_EQ(test::OutgoingOf(buffer), bytes);
+  EXPECT_EQ(link.OutSize, 10);
+  EXPECT_EQ(test::OutgoingOf(link), bytes);
+}
+
 TEST(LinkedBuffer, LeavesTheLinkToItsOwner) {
   ScriptedBuffer link(Pattern(4));
   { const LinkedBuffer buffer(&link); }

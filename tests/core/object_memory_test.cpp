@@ -288,6 +288,40 @@ TEST(ObjectMemory, ReplaceFromNeedsNoMemoryAndFreesWhatWasThere) {
             0);
 }
 
+TEST(ObjectMemory, ReplaceFromWithoutMemoryToLookBelowTheSourceChangesNothing) {
+  VR target(0x0010, 0x0020, 40, NewBytes(Pattern(40)));
+  const auto nest = NewNest(50);
+  const std::unique_ptr<VR> source(NewSequence(kTag, {nest->Clone(true), NewObject({})}));
+  bool replaced = false;
+  const auto failures = FailEach([&] { replaced = target.ReplaceFrom(source.get()); },
+                                 [&](bool failed) {
+                                   ASSERT_EQ(replaced, !failed);
+                                   if (!failed) return;
+                                   ASSERT_EQ(test::ValueOf(target), Pattern(40));
+                                   ASSERT_EQ(source->ItemCount(), 2u);
+                                   ASSERT_EQ(source->Moved, 0u);
+                                 });
+  EXPECT_GT(failures, 0u);
+  EXPECT_EQ(target.ItemCount(), 2u);
+}
+
+TEST(ObjectMemory, ACopyThatIsRefusedIsFreed) {
+  class Refuser : public DICOMObject {
+   public:
+    using DICOMObject::Push;
+    bool Push(VR*) override { return false; }
+  };
+  const auto source = Sample();
+  EXPECT_EQ(LeftAllocatedBy([&] {
+              Refuser refuser;
+              EXPECT_FALSE(refuser.CopyFrom(*source));
+              DICOMObject forwarder;
+              forwarder.PushTarget = &refuser;
+              EXPECT_FALSE(forwarder.CopyFrom(*source));
+            }),
+            0);
+}
+
 TEST(ObjectMemory, ResetAndDeathFreeOwnedBytesAndAllItems) {
   EXPECT_EQ(LeftAllocatedBy([] {
               VR vr(0x0010, 0x0020, 40, true);
@@ -396,6 +430,21 @@ TEST(ObjectMemory, ElementsThatComeAndGoNeedNoMoreMemoryInTheLongRun) {
     ASSERT_EQ(map.PopFirst(), &vr);
   }
   EXPECT_LE(watch.LargestRequest(), 1u << 20);
+}
+
+TEST(ObjectMemory, AClearedMapGivesItsMemoryBackAtOnce) {
+  VR vr;
+  // An array that no thread keeps, in use to a part, and a tree.
+  for (const TagKey lowest : {TagKey{1000}, TagKey{0}}) {
+    ElementMap map;
+    const AllocationWatch watch;
+    for (TagKey key = 1; key <= 5000; ++key) *map.FindOrInsert(key) = &vr;
+    for (int times = 0; times < 100; ++times) map.PopFirst();
+    *map.FindOrInsert(lowest) = &vr;
+    EXPECT_GT(watch.Outstanding(), 0);
+    map.Clear();
+    EXPECT_EQ(watch.Outstanding(), 0);
+  }
 }
 
 TEST(ObjectMemory, ShortParsedValuesCostNoAllocation) {

@@ -98,6 +98,19 @@ TEST(ValueOrder, AnObjectIsTurnedRoundWithAllThatIsNestedInIt) {
   EXPECT_EQ(Bytes(deepest->Data, deepest->Data + 8), (Bytes{8, 7, 6, 5, 4, 3, 2, 1}));
 }
 
+TEST(ValueOrder, ANullItemIsPassedOver) {
+  DICOMObject object;
+  object.Push(NewElement(0x0040, 0xA730, type_code::SQ, Bytes{}));
+  VR& sequence = *object.GetFirstVR();
+  auto item = std::make_unique<DICOMObject>();
+  item->Push(NewElement(0x0028, 0x0011, type_code::US, Bytes{3, 4}));
+  ASSERT_TRUE(object.Push(item.release()));
+  sequence.Items->Add(nullptr);
+  SwapNumbers(object);
+  EXPECT_EQ(sequence.GetItem(0)->GetUINT16(0x0028, 0x0011), 0x0304);
+  EXPECT_EQ(sequence.GetItem(1), nullptr);
+}
+
 TEST(ValueOrder, TheMetaHeaderIsLittleEndianInEveryFile) {
   DICOMObject object;
   object.Push(NewElement(0x0002, 0x0000, type_code::UL, Bytes{1, 2, 3, 4}));

@@ -540,6 +540,18 @@ TEST(VR, ReplaceFromAnElementThatHangsBelowItTakesItBeforeTheRestGoes) {
   EXPECT_EQ(Outline(*outer->GetItem(0)), "8.256=kept");
 }
 
+// It would come to hang below itself, and nobody would own it.
+TEST(VR, ReplaceFromAnElementThatItHangsBelowIsRefused) {
+  VR* inner = NewSequence(kTag, {NewObject({NewVR(kInner, "kept")})});
+  VR* between = NewSequence(kInner, {NewObject({}), NewObject({inner})});
+  const std::unique_ptr<VR> outer(NewSequence(
+      kTag, {NewObject({NewVR(kInner, "first")}), NewObject({between, NewVR(kTag, "like")})}));
+  EXPECT_FALSE(inner->ReplaceFrom(outer.get()));
+  EXPECT_EQ(outer->Moved, 0u);
+  EXPECT_EQ(Outline(*outer->GetItem(0)), "8.256=first");
+  EXPECT_EQ(Outline(*outer->GetItem(1)), "8.256=[][16.32=[8.256=kept]] 16.32=like");
+}
+
 TEST(VR, ReplaceFromItsOwnShallowCopyKeepsTheBytes) {
   for (const std::size_t size : {4u, 64u}) {
     const std::unique_ptr<VR> vr(NewVR(kTag, Pattern(size)));
@@ -669,6 +681,24 @@ TEST(VR, MoveToTheObjectInWhichItHangsReplacesTheSequenceAroundIt) {
   object.Push(NewSequence(kTag, {NewObject({inner}), NewObject({})}));
   EXPECT_TRUE(inner->MoveToObject(&object));
   EXPECT_EQ(Outline(object), "16.32=\x07\x08[8.256=kept]");
+}
+
+TEST(VR, MoveToAnObjectThatHangsBelowItIsRefused) {
+  DICOMObject* deep = NewObject({NewVR(kInner, "deep")});
+  DICOMObject* middle = NewObject({NewSequence(kTag, {NewObject({}), deep})});
+  VR sequence(GroupOf(kTag), ElementOf(kTag), 4, NewBytes({1, 2, 3, 4}));
+  sequence.AddItem(NewObject({NewVR(kInner, "first")}));
+  sequence.AddItem(middle);
+  DICOMObject forwarder;
+  forwarder.PushTarget = deep;
+  for (DICOMObject* target : {sequence.GetItem(0), middle, deep, &forwarder}) {
+    EXPECT_FALSE(sequence.MoveToObject(target));
+    EXPECT_EQ(ValueOf(sequence), (Bytes{1, 2, 3, 4}));
+    EXPECT_EQ(sequence.OwnsData, 1u);
+    ASSERT_EQ(sequence.ItemCount(), 2u);
+    EXPECT_EQ(Outline(*sequence.GetItem(0)), "8.256=first");
+    EXPECT_EQ(Outline(*sequence.GetItem(1)), "16.32=[][8.256=deep]");
+  }
 }
 
 TEST(VR, MoveToATargetThatForwardsTakesValueAndItemsToTheEndOfTheWay) {
