@@ -31,7 +31,7 @@ struct ParseStop {
     kStrayTag,       // a structural tag that is no item and no delimiter
     kUnknownSyntax,  // the meta header names a transfer syntax that is in no table
     kPixelData,      // the pixel data was not asked for
-    kOrphanItem,     // an item with no element before it
+    kOrphanItem,     // an item with no element before it, or an element that the object refused
     kTooDeep,        // sequences nested deeper than kMaxNesting
     kTooLong,        // a length beyond what the stream says it holds
   };
@@ -95,8 +95,8 @@ class DataSetCoder {
   bool SaveFile(const char* path, std::int32_t mode, DICOMObject& object,
                 FileBuffer* fileBuffer = nullptr);
 
-  /// Writes the very file that SaveFile of a shallow clone would write, and keeps `object`. One thing changes in it, as
-  /// through such a clone: a blank at the end of a UID within its sequences becomes a NUL.
+  /// Writes the very file that SaveFile of a shallow clone would write, and leaves `object` as it is: several threads may
+  /// save one object, each by a coder of its own.
   bool SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object);
 
   /// What went wrong, or null.

@@ -82,7 +82,7 @@ bool Encode(DataSetCoder& coder, std::int32_t mode, DICOMObject& object, FileBuf
 
 bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& source,
                    FileBuffer& buffer) {
-  // The writer takes what it may empty; told to keep it, it changes nothing but the padding of UIDs.
+  // The writer takes what it may empty; told to keep it, it changes nothing.
   auto& object = const_cast<DICOMObject&>(source);
   ElementWriter writer(coder, buffer, ElementWriter::After::kKeep);
   if (mode != 1 && !SendStart(buffer)) return false;
@@ -130,7 +130,11 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, cons
   }
   buffer.Position = start;
   const std::int32_t code = GuessCode(bytes.data(), Probe(buffer, bytes.data(), kProbeSize));
-  buffer.Seek(start);
+  if (!buffer.Seek(start)) {
+    // What was probed is gone, and the rest would be read from the middle of an element.
+    SetError(buffer.HasError() ? buffer.ErrorText().c_str() : kParseError);
+    return nullptr;
+  }
 
   std::unique_ptr<DICOMDataObject> object(new (std::nothrow) DICOMDataObject);
   if (!object) {

@@ -112,8 +112,7 @@ class ElementReader {
       if (!fragment) continue;
       auto item = std::make_unique<DICOMDataObject>();
       item->Elements.Reserve(1);
-      PushElement(*item, vr);
-      if (!PushItem(object, item, head)) return false;
+      if (!PushElement(*item, vr, head) || !PushItem(object, item, head)) return false;
     }
     return true;
   }
@@ -227,20 +226,19 @@ class ElementReader {
     auto vr = MakeElement(head);
     if (head.length == kUndefinedLength) {
       vr->Length = 0;
-      PushElement(object, vr);
+      if (!PushElement(object, vr, head)) return false;
       if (head.Key() == kPixelDataTag) return in_.ReadFragments(*this, object);
       return in_.ReadNested(*this, object, form, depth + 1, kUndefinedLength);
     }
     if (!CheckTotal(head)) return false;
     if (head.type == type_code::SQ) {
-      PushElement(object, vr);
+      if (!PushElement(object, vr, head)) return false;
       return in_.ReadNested(*this, object, form, depth + 1, head.length);
     }
     if (!ReadValue(*vr)) return Truncated(head);
     if (TurnsValues(form, depth) && in_.SwapsValues())
       SwapValue(vr->TypeCode, vr->Data, vr->Length);
-    PushElement(object, vr);
-    return true;
+    return PushElement(object, vr, head);
   }
 
   /// Values stay as they are in implicit data sets and items; at the outermost level of a file they are turned in any form.
@@ -255,8 +253,7 @@ class ElementReader {
     // The syntax that ends the meta header takes effect, but does not stay.
     if (!meta.within && head.Key() == kTransferSyntaxTag)
       delete meta.aside.Remove(head.group, head.element);
-    MoveElements(meta.aside, object);
-    return read;
+    return MoveElements(meta.aside, object, head) && read;
   }
 
   static void NoteMetaElement(const VR& vr, const Head& head, Meta& meta) {
@@ -271,15 +268,16 @@ class ElementReader {
   }
 
   /// As if all had been read into `to` in the first place.
-  static void MoveElements(DICOMObject& from, DICOMObject& to) {
+  bool MoveElements(DICOMObject& from, DICOMObject& to, const Head& head) {
     VR* const last = from.LastPushedVR;
     while (VR* first = from.GetFirstVR()) {
-      to.Push(first);
+      if (!to.Push(first)) return StopAt(ParseStop::Why::kOrphanItem, head);
       from.Pop();
     }
     if (last != nullptr && to.PushTarget == nullptr) to.LastPushedVR = last;
     to.SequenceBytes += from.SequenceBytes;
     from.SequenceBytes = 0;
+    return true;
   }
 
   bool SwitchSyntax(const std::string& uid, std::int32_t& code, Head& head) {
@@ -295,8 +293,7 @@ class ElementReader {
 
   bool LeavePixels(DICOMObject& object, const Head& head) {
     auto vr = MakeElement(head);
-    PushElement(object, vr);
-    return StopAt(ParseStop::Why::kPixelData, head);
+    return PushElement(object, vr, head) && StopAt(ParseStop::Why::kPixelData, head);
   }
 
   std::unique_ptr<VR> MakeElement(const Head& head) const {
@@ -306,10 +303,12 @@ class ElementReader {
     return vr;
   }
 
-  void PushElement(DICOMObject& object, std::unique_ptr<VR>& vr) {
+  bool PushElement(DICOMObject& object, std::unique_ptr<VR>& vr, const Head& head) {
     if (tracing_) TraceElement(*vr);
-    object.Push(vr.get());
+    // An object whose PushTarget leads nowhere takes nothing.
+    if (!object.Push(vr.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
     vr.release();
+    return true;
   }
 
   /// Reads `vr.Length` bytes into a new Data. Within a view a longer value yields what is left, and has that length.

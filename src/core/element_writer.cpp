@@ -48,11 +48,8 @@ bool CanState(VrCode type, std::uint32_t length) {
 
 bool HasBytes(const VR& vr) { return vr.Items == nullptr && vr.Data != nullptr && vr.Length != 0; }
 
-/// A UID is padded with NUL; one that came with a blank is put right where it is stored.
-void CorrectUidPadding(VR& vr, VrCode type) {
-  if (type != type_code::UI || vr.Data == nullptr || vr.Length == 0) return;
-  std::uint8_t& last = vr.Data[vr.Length - 1];
-  if (last == ' ') last = 0;
+bool IsBlankPaddedUid(const VR& vr, VrCode type) {
+  return type == type_code::UI && HasBytes(vr) && vr.Data[vr.Length - 1] == ' ';
 }
 
 }  // namespace
@@ -70,10 +67,23 @@ bool ElementWriter::WriteLevel(DICOMObject& object, ElementForm form, std::int32
 bool ElementWriter::WriteElements(DICOMObject& object, ElementForm form, std::int32_t depth) {
   return object.Elements.ForEachWhile([&](VR& vr) {
     if (IsLeftOut(vr, form)) return true;
-    const VrCode type = TypeToWrite(vr, form);
-    CorrectUidPadding(vr, type);
-    return WriteElement(vr, type, form, depth);
+    const VrCode type = TypeToWrite(vr, vr.TypeCode, form);
+    return IsBlankPaddedUid(vr, type) ? WriteBlankPaddedUid(vr, type, form, depth)
+                                      : WriteElement(vr, type, form, depth);
   });
+}
+
+bool ElementWriter::WriteBlankPaddedUid(VR& vr, VrCode type, ElementForm form, std::int32_t depth) {
+  // UIDs are padded with NUL. This one is put right where it is stored, unless the object is to stay: other threads may
+  // be writing it too.
+  if (after_ == After::kEmpty) {
+    vr.Data[vr.Length - 1] = 0;
+    return WriteElement(vr, type, form, depth);
+  }
+  VR corrected(vr, true, VR::WithoutItems{});
+  corrected.StreamPosition = vr.StreamPosition;
+  corrected.Data[corrected.Length - 1] = 0;
+  return WriteElement(corrected, type, form, depth);
 }
 
 bool ElementWriter::WriteFile(DICOMObject& object, std::int32_t code) {
@@ -108,8 +118,8 @@ bool ElementWriter::WriteFileElement(VR& vr, FileState& state, VrCode pixelType)
   if (!IsImplicit(state.code) && vr.Element == 0 && vr.Group != 2) return true;
   if (vr.Group > 2 && state.heldSyntax && !SwitchSyntax(state)) return false;
   const ElementForm form = IsImplicit(state.code) ? ElementForm::kImplicit : ElementForm::kExplicit;
-  VrCode type = TypeToWrite(vr, form);
-  if (pixelType != type_code::kNone && IsPixelData(vr)) type = pixelType;
+  const bool renamed = pixelType != type_code::kNone && IsPixelData(vr);
+  const VrCode type = TypeToWrite(vr, renamed ? pixelType : vr.TypeCode, form);
   if (!WriteElement(vr, type, form, 0)) return false;
   if (vr.Key() == kTransferSyntaxTag) state.heldSyntax = TransferSyntaxText(vr);
   return true;
@@ -131,8 +141,7 @@ bool ElementWriter::RefuseDepth() {
   return false;
 }
 
-VrCode ElementWriter::TypeToWrite(const VR& vr, ElementForm form) const {
-  VrCode type = vr.TypeCode;
+VrCode ElementWriter::TypeToWrite(const VR& vr, VrCode type, ElementForm form) const {
   if (type == type_code::kNone || (form == ElementForm::kExplicit && type == type_code::UN)) {
     const VrCode known = coder_.Dictionary == nullptr
                              ? type_code::kNone
@@ -148,22 +157,39 @@ VrCode ElementWriter::TypeToWrite(const VR& vr, ElementForm form) const {
 }
 
 bool ElementWriter::WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth) {
+  if (vr.Group == kStructuralGroup) return Refuse(vr, "cannot stand in a data set");
   const bool hasValue = vr.Items == nullptr && vr.Length != 0 && type != type_code::SQ;
-  if (hasValue && vr.Data == nullptr) return RefuseMissingValue(vr);
-  if (tracing_ && vr.Items == nullptr) {
-    const DumpService service{coder_.Dictionary};
-    DumpVR(vr, &service);
-  }
+  if (hasValue && !CheckValue(vr)) return false;
+  if (tracing_) TraceElement(vr, form);
   WriteHead(vr, type, form);
   if (hasValue && !WriteValue(vr)) return false;
   if (vr.Items != nullptr && !WriteItems(vr, form, depth)) return false;
   return buffer_.FlushIfMuchWaits();
 }
 
-bool ElementWriter::RefuseMissingValue(const VR& vr) {
-  coder_.SetError(
-      Format("VR(%4.4X,%4.4X) has a length but no value", vr.Group, vr.Element).c_str());
+bool ElementWriter::CheckValue(const VR& vr) {
+  // The largest length is odd, and with a pad byte beyond 32 bits; of a fragment it would be taken for no length at all.
+  if (vr.Data != nullptr && vr.Length != kUndefinedLength) return true;
+  return Refuse(vr, vr.Data == nullptr ? "has a length but no value" : "is too long to be written");
+}
+
+bool ElementWriter::Refuse(const VR& vr, const char* why) {
+  coder_.SetError(Format("VR(%4.4X,%4.4X) %s", vr.Group, vr.Element, why).c_str());
   return false;
+}
+
+void ElementWriter::TraceElement(const VR& vr, ElementForm form) const {
+  const bool implicit = form == ElementForm::kImplicit;
+  if (vr.Items == nullptr || (IsPixelData(vr) && !implicit)) {
+    const DumpService service{coder_.Dictionary};
+    DumpVR(vr, &service);
+  } else if (IsPixelData(vr)) {
+    AppendToDump(parse_trace::ImplicitPixelData(vr.Group, vr.Element, vr.Length));
+  } else {
+    AppendToDump(implicit
+                     ? parse_trace::ImplicitSequence(vr.Group, vr.Element, vr.Items->ListLength)
+                     : parse_trace::ExplicitSequence(vr.Group, vr.Element, kUndefinedLength));
+  }
 }
 
 void ElementWriter::WriteHead(const VR& vr, VrCode type, ElementForm form) {
@@ -196,16 +222,8 @@ bool ElementWriter::WriteValue(const VR& vr) {
 
 bool ElementWriter::WriteItems(VR& vr, ElementForm form, std::int32_t depth) {
   if (IsPixelData(vr)) {
-    if (tracing_ && form == ElementForm::kImplicit) {
-      AppendToDump(parse_trace::ImplicitPixelData(vr.Group, vr.Element, vr.Length));
-    }
     return after_ == After::kKeep ? WriteFragments(*vr.Items)
                                   : coder_.WriteEncapsulated(*vr.Items, buffer_);
-  }
-  if (tracing_) {
-    AppendToDump(form == ElementForm::kImplicit
-                     ? parse_trace::ImplicitSequence(vr.Group, vr.Element, vr.Items->ListLength)
-                     : parse_trace::ExplicitSequence(vr.Group, vr.Element, kUndefinedLength));
   }
   const bool boundaries = tracing_ && form == ElementForm::kImplicit;
   std::uint32_t number = 0;
@@ -254,7 +272,8 @@ bool ElementWriter::WriteFragments(ItemArray& items) {
 bool ElementWriter::WriteFragment(DICOMObject& item) {
   const VR* vr = item.GetVR(kStructuralGroup, kItemElement);
   if (vr == nullptr) return true;
-  if (vr->Length != 0 && vr->Data == nullptr) return RefuseMissingValue(*vr);
+  if (vr->Length != 0 && !CheckValue(*vr)) return false;
+  if (tracing_) TraceElement(*vr, ElementForm::kExplicit);
   WriteStructural(kItemElement, vr->Length);
   return vr->Length == 0 || buffer_.WriteLong(vr->Data, vr->Length);
 }

@@ -41,19 +41,24 @@ class ElementWriter {
 
   bool WriteElements(DICOMObject& object, ElementForm form, std::int32_t depth);
   bool WriteFileElement(VR& vr, FileState& state, VrCode pixelType);
+  bool WriteBlankPaddedUid(VR& vr, VrCode type, ElementForm form, std::int32_t depth);
   bool SwitchSyntax(FileState& state);
   /// Writes one element, as `type`, and what is nested below it.
   bool WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth);
-  /// The representation to write: looked up where it is not known.
-  [[nodiscard]] VrCode TypeToWrite(const VR& vr, ElementForm form) const;
+  /// The representation to write for an element called `type`: looked up where that is not known.
+  [[nodiscard]] VrCode TypeToWrite(const VR& vr, VrCode type, ElementForm form) const;
   void WriteHead(const VR& vr, VrCode type, ElementForm form);
   bool WriteValue(const VR& vr);
   bool WriteItems(VR& vr, ElementForm form, std::int32_t depth);
   bool WriteNested(DICOMObject& item, ElementForm form, std::int32_t depth);
   bool WriteFragment(DICOMObject& item);
   void WriteStructural(std::uint16_t element, std::uint32_t length);
-  bool RefuseMissingValue(const VR& vr);
+  /// Whether the value can be stated and is there; false with words.
+  bool CheckValue(const VR& vr);
+  /// Sets the words "VR(group,element) `why`". Always false.
+  bool Refuse(const VR& vr, const char* why);
   bool RefuseDepth();
+  void TraceElement(const VR& vr, ElementForm form) const;
 
   DataSetCoder& coder_;
   Buffer& buffer_;

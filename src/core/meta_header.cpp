@@ -14,6 +14,8 @@ namespace {
 
 constexpr std::uint16_t kMetaGroup = 0x0002;
 constexpr std::size_t kAeTitleSize = 16;
+// What the length field of a UID can state, less the odd one.
+constexpr std::uint32_t kLongestUid = 0xFFFE;
 
 /// Adds elements to the meta header and counts their bytes. The standard's count: 8 for each, and 4 more for a head with a
 /// 32-bit length.
@@ -26,8 +28,7 @@ class MetaBuilder {
     if (size != 0) std::memcpy(vr->Data, bytes, size);
     vr->TypeCode = type;
     Count(*vr);
-    object_.Push(vr.get());
-    vr.release();
+    if (object_.Push(vr.get())) vr.release();
   }
   void Add(std::uint16_t element, VrCode type, std::string_view text) {
     Add(element, type, text.data(), text.size());
@@ -78,6 +79,8 @@ void CopyUid(DICOMObject& object, std::uint16_t sourceElement, MetaBuilder& meta
              std::uint16_t element) {
   const VR* uid = object.GetVR(0x0008, sourceElement);
   if (uid == nullptr || (uid->Data == nullptr && uid->Length != 0)) return;
+  // The meta header has to stay readable, whatever the object holds.
+  if (uid->Length > kLongestUid) return;
   meta.Add(element, type_code::UI, uid->Data, uid->Length);
 }
 
@@ -120,8 +123,7 @@ void BuildMetaHeaderBeside(const DICOMObject& object, std::int32_t mode,
     const VR* source = object.Elements.Find(key);
     if (source == nullptr) continue;
     auto shared = std::make_unique<VR>(*source, false, VR::WithoutItems{});
-    meta.Push(shared.get());
-    shared.release();
+    if (meta.Push(shared.get())) shared.release();
   }
   BuildMetaHeader(meta, mode, callingAeTitle);
   const VR* pixels = meta.Elements.Find(kPixelDataTag);

@@ -1,5 +1,8 @@
 // What the readers and writers of data elements say while the parse bit is on, each text at this one place. The sites ask
 // IsDumping(kDumpParse) first and hand the text to AppendToDump.
+//
+// Every element and fragment read or written has one line: the writers have words of their own for what holds items, pixel
+// data in the explicit form excepted, and DumpVR makes all other lines. Boundaries come besides.
 #pragma once
 
 #include <cstdint>

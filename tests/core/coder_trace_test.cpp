@@ -166,16 +166,81 @@ TEST_F(CoderTrace, TheExplicitWriterTracesTheStartOfASequence) {
                           "(0000)[0010,0010][     2][PN]:'Name' |A |\n");
 }
 
-TEST_F(CoderTrace, TheImplicitWriterTracesEncapsulatedPixelData) {
-  DICOMObject object;
-  object.Push(NewElement(0x7FE0, 0x0010, type_code::OB, ""));
+// Encapsulated pixel data: an element, and a line for each fragment.
+
+std::unique_ptr<DICOMObject> WithFragment() {
+  auto object = std::make_unique<DICOMObject>();
+  object->Push(NewElement(0x7FE0, 0x0010, type_code::OB, ""));
   auto* fragment = new DICOMObject;
-  fragment->Push(NewElement(0xFFFE, 0xE000, type_code::kNone, Bytes{1, 2}));
-  object.Push(fragment);
-  Encode(kImplicit, object);
+  fragment->Push(NewElement(0xFFFE, 0xE000, type_code::kNone, Bytes{1, 'A'}));
+  object->Push(fragment);
+  return object;
+}
+
+const std::string kFragmentWritten = "(0000)[FFFE,E000][     2][UN]:'' 01 41 |.A|\n";
+
+TEST_F(CoderTrace, TheImplicitWriterHasWordsForEncapsulatedPixelData) {
+  Encode(kImplicit, *WithFragment());
   EXPECT_EQ(Traced(), kRule +
                           "Parsing outgoing Implicit Little Endian\n"
-                          "[7FE0,0010][000000]Encapsulated pixel data\n");
+                          "[7FE0,0010][000000]Encapsulated pixel data\n" +
+                          kFragmentWritten);
+}
+
+TEST_F(CoderTrace, TheExplicitWriterTracesEncapsulatedPixelDataAsAnElement) {
+  const std::string element = "(0000)[7FE0,0010][     0][OB]:'' |(EMPTY)|\n";
+  Encode(kExplicit, *WithFragment());
+  EXPECT_EQ(Traced(),
+            kRule + "Parsing outgoing Explicit Little Endian\n" + element + kFragmentWritten);
+  Encode(kBig, *WithFragment());
+  EXPECT_EQ(Traced(),
+            kRule + "Parsing outgoing Explicit Big Endian\n" + element + kFragmentWritten);
+}
+
+TEST_F(CoderTrace, TheReadersTraceEncapsulatedPixelDataAndItsFragments) {
+  // The head takes 12 bytes in the explicit form and 8 in the implicit one.
+  Parse(kExplicit, DataSetBuilder(kExplicit).Fragments({{1, 'A'}}));
+  EXPECT_EQ(Traced(),
+            "Parsing incoming Explicit Little Endian\n"
+            "(0000)[7FE0,0010][     0][OB]:'' |(EMPTY)|\n"
+            "(000C)[FFFE,E000][     2][UN]:'' 01 41 |.A|\n");
+  Parse(kImplicit, DataSetBuilder(kImplicit).Fragments({{1, 'A'}}));
+  EXPECT_EQ(Traced(), kRule +
+                          "Parsing incoming Implicit Little Endian\n"
+                          "(0000)[7FE0,0010][     0][UN]:'' |(EMPTY)|\n"
+                          "(0008)[FFFE,E000][     2][UN]:'' 01 41 |.A|\n");
+}
+
+TEST_F(CoderTrace, EveryElementHasOneLineInEachDirectionWhateverItHolds) {
+  // A sequence with an item, a value, and pixel data in one fragment: four elements and a fragment, whose tags stand in
+  // brackets in the lines of their own and nowhere else.
+  for (const Encoding encoding : kAllEncodings) {
+    const Bytes item = DataSetBuilder(encoding).Element(0x0010, 0x0010, "PN", "A ");
+    const Bytes bytes =
+        DataSetBuilder(encoding)
+            .Sequence(0x0008, 0x1140, Lengths::kUndefined, Lengths::kUndefined, {item})
+            .Element(0x0010, 0x0020, "LO", "B ")
+            .Fragments({{1, 2}});
+    const Parsed parsed = Parse(encoding, bytes, dictionary_.get());
+    const std::string read = Traced();
+    Encode(encoding, *parsed.object, dictionary_.get());
+    const std::string written = Traced();
+    for (const std::string& text : {read, written}) {
+      for (const char* tag : {"0008,1140", "0010,0010", "0010,0020", "7FE0,0010"}) {
+        const std::string group(tag, 4);
+        const std::string element(tag + 5, 4);
+        int lines = 0;
+        for (const std::string& shown :
+             {"[" + group + "," + element + "]", "[" + group + "][" + element + "]"}) {
+          for (std::size_t at = text.find(shown); at != std::string::npos;
+               at = text.find(shown, at + 1))
+            ++lines;
+        }
+        EXPECT_EQ(lines, 1) << tag << " in\n" << text;
+      }
+      EXPECT_NE(text.find("[FFFE,E000][     2]["), std::string::npos) << text;
+    }
+  }
 }
 
 TEST_F(CoderTrace, TheFileReaderAndWriterTraceTheirElements) {

@@ -682,6 +682,29 @@ TEST(ElementReader, DoesNotCheckAnUndefinedLengthOrOneOfZero) {
   EXPECT_TRUE(ParseTotalling(kExplicit, bytes, 0).result);
 }
 
+TEST(ElementReader, DoesNotCheckTheLengthOfAnItem) {
+  const Bytes bytes = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1140, "SQ", kNoLength)
+                          .Item(10)
+                          .Element(0x0010, 0x0010, "PN", "A ")
+                          .EndSequence();
+  const Parsed parsed = ParseTotalling(kExplicit, bytes, 2);
+  EXPECT_TRUE(parsed.result);
+  EXPECT_EQ(parsed.error, std::nullopt);
+  EXPECT_EQ(ValueText(At(ItemAt(*parsed.object, 0x0008, 0x1140, 0), 0x0010, 0x0010)), "A ");
+}
+
+TEST(ElementReader, WithinAViewOnlyTheViewIsAskedForATotalAndHasNone) {
+  // The value is longer than the total of the stream, but the view of its sequence does not state one.
+  const Bytes item = DataSetBuilder(kExplicit).Element(0x0010, 0x0010, "PN", "twelve bytes");
+  const Bytes bytes = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1140, "SQ", kNoLength)
+                          .Item(static_cast<std::uint32_t>(item.size()))
+                          .Raw(item)
+                          .EndSequence();
+  EXPECT_TRUE(ParseTotalling(kExplicit, bytes, 2).result);
+}
+
 // Depth.
 
 Bytes NestedSequences(Encoding encoding, int levels, Lengths lengths) {

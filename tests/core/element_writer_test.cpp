@@ -200,6 +200,48 @@ TEST(ElementWriter, RefusesAnElementThatHasALengthAndNoBytes) {
   }
 }
 
+TEST(ElementWriter, RefusesALengthThatWouldReadAsUndefined) {
+  // 0xFFFFFFFF is odd: with its pad byte the length would be 2^32, which no field states.
+  std::uint8_t byte = 7;
+  for (const Encoding encoding : kAllEncodings) {
+    for (const VrCode type : {type_code::OB, type_code::LO, type_code::UN}) {
+      DICOMObject object;
+      auto* vr = new VR(0x0010, 0x0010, 0xFFFFFFFF, &byte, false);
+      vr->TypeCode = type;
+      object.Push(vr);
+      DataSetCoder coder;
+      CollectingBuffer buffer;
+      EXPECT_FALSE(encoding == kImplicit ? coder.ImplicitLittleOut(object, buffer)
+                                         : coder.ExplicitLittleOut(object, buffer));
+      EXPECT_STREQ(coder.ErrorText(), "VR(0010,0010) is too long to be written");
+      EXPECT_TRUE(buffer.Written().empty());
+    }
+  }
+}
+
+TEST(ElementWriter, RefusesAnElementThatWouldBeReadAsABoundary) {
+  for (const Encoding encoding : kAllEncodings) {
+    for (const std::uint16_t element : {kItemElement, kItemDelimiterElement}) {
+      auto item = std::make_unique<DICOMObject>();
+      item->Push(NewElement(0xFFFE, element, type_code::UN, ""));
+      DICOMObject object;
+      object.Push(NewElement(0x0008, 0x1140, type_code::SQ, ""));
+      object.Push(item.release());
+      DataSetCoder coder;
+      CollectingBuffer buffer;
+      EXPECT_FALSE(encoding == kImplicit ? coder.ImplicitLittleOut(object, buffer)
+                                         : coder.ExplicitLittleOut(object, buffer));
+      EXPECT_EQ(ErrorOf(coder), Format("VR(FFFE,%4.4X) cannot stand in a data set", element));
+    }
+  }
+  DICOMObject object;
+  object.Push(NewElement(0xFFFE, 0xE0DD, type_code::UN, ""));
+  DataSetCoder coder;
+  CollectingBuffer buffer;
+  EXPECT_FALSE(coder.File_ParseDCMIntoRawVR(object, buffer, 101));
+  EXPECT_STREQ(coder.ErrorText(), "VR(FFFE,E0DD) cannot stand in a data set");
+}
+
 // UIDs.
 
 TEST(ElementWriter, ReplacesABlankAtTheEndOfAUidByNulWhereItIsStored) {
@@ -231,6 +273,16 @@ TEST(ElementWriter, CorrectsAUidThatTheDictionaryMakesOne) {
   EXPECT_EQ(
       EncodeElement(kImplicit, type_code::kNone, "1.2 ", dictionary.get()),
       DataSetBuilder(kImplicit).Element(0x0010, 0x0010, "UI", Bytes{'1', '.', '2', 0}).Done());
+}
+
+TEST(ElementWriter, LooksUNUpInTheExplicitFormOnly) {
+  // In the implicit form it stays UN, and a UN is no UID whose blank could be wrong.
+  const auto dictionary = DictionaryOf("(0010,0010) VR=\"UI\"\n");
+  EXPECT_EQ(EncodeElement(kImplicit, type_code::UN, "1.2 ", dictionary.get()),
+            DataSetBuilder(kImplicit).Element(0x0010, 0x0010, "UI", "1.2 ").Done());
+  EXPECT_EQ(
+      EncodeElement(kExplicit, type_code::UN, "1.2 ", dictionary.get()),
+      DataSetBuilder(kExplicit).Element(0x0010, 0x0010, "UI", Bytes{'1', '.', '2', 0}).Done());
 }
 
 // Sequences.

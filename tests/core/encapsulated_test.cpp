@@ -271,6 +271,20 @@ TEST(Encapsulated, RefusesAFragmentThatHasALengthAndNoBytes) {
   DestroyItems(items);
 }
 
+TEST(Encapsulated, RefusesAFragmentWhoseLengthWouldReadAsUndefined) {
+  std::uint8_t byte = 7;
+  ItemArray items;
+  auto* item = new DICOMObject;
+  item->Push(new VR(0xFFFE, 0xE000, 0xFFFFFFFF, &byte, false));
+  items.Add(item);
+  CollectingBuffer buffer;
+  DataSetCoder coder;
+  EXPECT_FALSE(coder.WriteEncapsulated(items, buffer));
+  EXPECT_STREQ(coder.ErrorText(), "VR(FFFE,E000) is too long to be written");
+  EXPECT_TRUE(buffer.Written().empty());
+  DestroyItems(items);
+}
+
 TEST(Encapsulated, WhatIsReadIsWrittenAgainByteForByte) {
   for (const Encoding encoding : kAllEncodings) {
     const Bytes bytes = DataSetBuilder(encoding)

@@ -297,6 +297,24 @@ TEST(FileReader, TheMetaGroupWorksForAnObjectThatPassesItsElementsOn) {
   EXPECT_EQ(ValueText(At(target, 0x0010, 0x0010)), "A ");
 }
 
+TEST(FileReader, AnObjectThatTakesNothingEndsTheParse) {
+  // Its elements would go round in a circle; none is lost without a word.
+  for (const bool fileMode : {true, false}) {
+    Bytes bytes = MetaGroup(SyntaxUidOf(kExplicit));
+    MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+    DICOMDataObject one;
+    DICOMDataObject other;
+    one.PushTarget = &other;
+    other.PushTarget = &one;
+    DataSetCoder coder;
+    coder.FileMode = fileMode;
+    EXPECT_FALSE(coder.File_ParseRawVRIntoDCM(buffer, one, 101, true));
+    EXPECT_EQ(coder.LastStop(), (ParseStop{Why::kOrphanItem, 0, 0x0002, 0x0000}));
+    EXPECT_TRUE(one.IsEmpty());
+    EXPECT_TRUE(other.IsEmpty());
+  }
+}
+
 // Pixel data that is not wanted.
 
 TEST(FileReader, WithoutPixelsTheParseEndsAtPixelDataWithItsLength) {
@@ -336,6 +354,20 @@ TEST(FileReader, WithoutPixelsTheValueNeedNotBeThere) {
                                   {.loadPixels = false, .fileMode = false});
   EXPECT_EQ(parsed.stop.why, Why::kPixelData);
   EXPECT_EQ(At(*parsed.object, 0x7FE0, 0x0010).Length, 0x7FFFFFFEu);
+}
+
+TEST(FileReader, WithoutPixelsTheirLengthIsNotHeldAgainstTheStream) {
+  Bytes bytes = DataSetBuilder(kExplicit).Element(0x7FE0, 0x0010, "OW", Pattern(100));
+  for (const bool loadPixels : {false, true}) {
+    TotallingBuffer buffer(bytes, 50);
+    const Parsed parsed = ParseFileFrom(buffer, {.loadPixels = loadPixels, .fileMode = false});
+    EXPECT_FALSE(parsed.result);
+    EXPECT_EQ(parsed.stop.why, loadPixels ? Why::kTooLong : Why::kPixelData);
+    EXPECT_EQ(parsed.error, loadPixels ? std::optional<std::string>(
+                                             "VR(7FE0,0010) Length[100] > [50] available bytes")
+                                       : std::nullopt);
+    EXPECT_EQ(CountOf(*parsed.object), loadPixels ? 0u : 1u);
+  }
 }
 
 TEST(FileReader, PixelDataOfAnIconAlwaysLoads) {

@@ -86,6 +86,26 @@ TEST_F(LoadFile, ReadsAFileInEachEncoding) {
   }
 }
 
+TEST_F(LoadFile, ReadsAMetaGroupInTheFormOfItsSixthByte) {
+  // Against the standard it is implicit here: (0002,0000) of 4 bytes with 26 behind it, (0002,0010) of 18.
+  for (const Encoding encoding : kAllEncodings) {
+    const std::string syntax = TextOf(Evened(SyntaxUidOf(encoding)));
+    const auto size = static_cast<std::uint32_t>(8 + syntax.size() + 10);
+    const Bytes meta = DataSetBuilder(kImplicit)
+                           .Head(0x0002, 0x0000, "UL", 4)
+                           .U32(size)
+                           .Element(0x0002, 0x0010, "UI", syntax)
+                           .Element(0x0002, 0x0012, "UI", "1.");
+    const Bytes bytes = Joined({Preamble(), meta, PatientIn(encoding)});
+    for (const Loaded& loaded : {Load(bytes, {.strict = true}), LoadMemory(bytes)}) {
+      ASSERT_NE(loaded.object, nullptr);
+      EXPECT_EQ(TagsOf(*loaded.object),
+                "(0002,0000) (0002,0010) (0002,0012) (0008,0060) (0010,0010)");
+      EXPECT_EQ(ValueText(At(*loaded.object, 0x0010, 0x0010)), "A ");
+    }
+  }
+}
+
 TEST_F(LoadFile, PositionsGoOnBehindLargeValues) {
   DataSetBuilder data(kExplicit);
   std::vector<std::uint32_t> starts;
@@ -267,10 +287,15 @@ TEST_F(LoadFile, GoesOnBehindAStrayDelimiterAsIfAtTheStart) {
   // preamble, with a meta group in it or not.
   const Bytes stray = DataSetBuilder(kExplicit).EndItem();
   const Bytes rest = DataSetBuilder(kExplicit).Element(0x0010, 0x0020, "LO", "B ");
-  const Loaded loaded = Load(Joined({FileOf(kExplicit, PatientIn(kExplicit)), stray, rest, stray}));
-  ASSERT_NE(loaded.object, nullptr);
-  EXPECT_EQ(ValueText(At(*loaded.object, 0x0010, 0x0020)), "B ");
-  EXPECT_EQ(loaded.stop.why, Why::kNone);
+  const Bytes bytes = Joined({FileOf(kExplicit, PatientIn(kExplicit)), stray, rest, stray});
+  // All of it waits in chunks of this one when the first parse ends, with nothing more to come from the file.
+  PlainFileBuffer plain;
+  for (FileBuffer* buffer : {static_cast<FileBuffer*>(nullptr), static_cast<FileBuffer*>(&plain)}) {
+    const Loaded loaded = Load(bytes, {}, buffer);
+    ASSERT_NE(loaded.object, nullptr);
+    EXPECT_EQ(ValueText(At(*loaded.object, 0x0010, 0x0020)), "B ");
+    EXPECT_EQ(loaded.stop.why, Why::kNone);
+  }
 }
 
 TEST_F(LoadFile, ABlockIsReadUpToAStrayDelimiter) {
@@ -385,6 +410,54 @@ TEST_F(LoadFile, AStreamErrorHasTheWordsOfTheSystem) {
   }
 }
 
+TEST_F(LoadFile, WordsOfAParseThatSucceedsEndTheLoadAllTheSame) {
+  class Complaining : public DataSetCoder {
+   public:
+    bool File_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject&, std::int32_t, bool) override {
+      std::uint8_t byte = 0;
+      buffer.Read8(&byte);
+      ++parses;
+      SetError("does not please");
+      return true;
+    }
+    int parses = 0;
+  } coder;
+  WriteBytes(Path(), FileOf(kExplicit, PatientIn(kExplicit)));
+  EXPECT_EQ(coder.LoadFile(Path().c_str(), true, true), nullptr);
+  EXPECT_STREQ(coder.ErrorText(), "does not please");
+  EXPECT_EQ(coder.parses, 1);
+}
+
+TEST_F(LoadFile, AStreamThatIsInErrorFromTheStartIsNotParsed) {
+  class Broken : public FileBuffer {
+   public:
+    bool HasError() override { return true; }
+    std::string ErrorText() override { return "broken from the start"; }
+  } buffer;
+  class Counting : public DataSetCoder {
+   public:
+    bool File_ParseRawVRIntoDCM(Buffer&, DICOMObject&, std::int32_t, bool) override {
+      ++parses;
+      return true;
+    }
+    int parses = 0;
+  } coder;
+  WriteBytes(Path(), FileOf(kExplicit, PatientIn(kExplicit)));
+  EXPECT_EQ(coder.LoadFile(Path().c_str(), true, true, &buffer), nullptr);
+  EXPECT_STREQ(coder.ErrorText(), "broken from the start");
+  EXPECT_EQ(coder.parses, 0);
+}
+
+TEST_F(LoadFile, AStreamThatCannotGoBackIsAnErrorAndNotReadFromTheMiddle) {
+  class OneWay : public FileBuffer {
+   public:
+    bool Seek(std::uint64_t offset) override { return offset >= 132 && FileBuffer::Seek(offset); }
+  } buffer;
+  const Loaded loaded = Load(PatientIn(kExplicit), {}, &buffer);
+  EXPECT_EQ(loaded.object, nullptr);
+  EXPECT_EQ(loaded.error, kParseError);
+}
+
 // Exceptions.
 
 TEST_F(LoadFile, AnExceptionOfTheParserIsAnErrorWithWords) {
@@ -424,6 +497,15 @@ TEST_F(LoadFile, TakesNoBlockThatIsNotThereOrCannotBeCounted) {
   EXPECT_EQ(coder.LoadMemory(bytes.data(), std::uint64_t{1} << 31, true, false), nullptr);
   EXPECT_STREQ(coder.ErrorText(), kParseError);
   EXPECT_NE(coder.LoadMemory(nullptr, 0, true, false), nullptr);
+  EXPECT_EQ(coder.ErrorText(), nullptr);
+}
+
+TEST_F(LoadFile, ABlockIsReadAsAFileToo) {
+  DataSetCoder coder;
+  EXPECT_FALSE(coder.FileMode);
+  const Bytes bytes = FileOf(kExplicit, PatientIn(kExplicit));
+  EXPECT_NE(coder.LoadMemory(bytes.data(), bytes.size(), true, true), nullptr);
+  EXPECT_TRUE(coder.FileMode);
 }
 
 // Pipes.

@@ -107,6 +107,19 @@ TEST(MetaHeader, PassesOverAUidWhoseBytesAreNotThere) {
   EXPECT_EQ(object.GetVR(0x0002, 0x0003), nullptr);
 }
 
+TEST(MetaHeader, PassesOverAUidThatItsLengthFieldCannotState) {
+  // As a reader of the implicit form may find one. Cut, it would make the meta header unreadable.
+  for (const std::size_t length : {65534u, 65535u, 65536u, 70000u}) {
+    DICOMObject object;
+    object.Push(NewElement(0x0008, 0x0016, type_code::UI, Bytes(length, '1')));
+    object.Push(NewElement(0x0008, 0x0018, type_code::UI, Bytes(length, '2')));
+    Add(object, 3);
+    EXPECT_EQ(object.GetVR(0x0002, 0x0002) != nullptr, length == 65534) << length;
+    EXPECT_EQ(object.GetVR(0x0002, 0x0003) != nullptr, length == 65534) << length;
+    EXPECT_EQ(At(object, 0x0008, 0x0018).Length, length);
+  }
+}
+
 TEST(MetaHeader, TakesTheWholeOldGroupAway) {
   const auto object = Instance();
   object->Push(NewElement(0x0000, 0x0002, type_code::UI, "9."));

@@ -229,6 +229,40 @@ TEST_F(SaveFile, TheCodeSetsTheIncomingByteOrderAndTheSwitchTheOutgoingOne) {
   EXPECT_EQ(buffer.OutEndian, kLittleEndian);
 }
 
+TEST_F(SaveFile, TypesThatAreNotKnownAreLookedUp) {
+  const auto dictionary = DictionaryOf("(0010,0010) VR=\"PN\"\n");
+  for (const VrCode type : {type_code::kNone, type_code::UN}) {
+    DICOMObject object;
+    object.Push(NewElement(0x0010, 0x0010, type, "A "));
+    object.Push(NewElement(0x0011, 0x0001, type, "B "));
+    DataSetCoder coder(dictionary.get());
+    CollectingBuffer buffer;
+    EXPECT_TRUE(coder.File_ParseDCMIntoRawVR(object, buffer, 101));
+    EXPECT_EQ(buffer.Written(), DataSetBuilder(kExplicit)
+                                    .Element(0x0010, 0x0010, "PN", "A ")
+                                    .Element(0x0011, 0x0001, "UN", "B ")
+                                    .Done());
+  }
+}
+
+TEST_F(SaveFile, FragmentsAndOddValuesGoOutAsInADataSet) {
+  for (const Encoding encoding : kAllEncodings) {
+    DICOMObject object;
+    object.Push(NewElement(0x0002, 0x0010, type_code::UI, Evened(SyntaxUidOf(encoding))));
+    object.Push(NewElement(0x0010, 0x0020, type_code::LO, "odd"));
+    object.Push(NewElement(0x7FE0, 0x0010, type_code::OB, ""));
+    auto* fragment = new DICOMObject;
+    fragment->Push(NewElement(0xFFFE, 0xE000, type_code::kNone, Bytes{1, 2, 3, 4}));
+    object.Push(fragment);
+    EXPECT_EQ(WriteFileStream(object, 101),
+              Joined({DataSetBuilder(kExplicit).Element(0x0002, 0x0010, "UI",
+                                                        Evened(SyntaxUidOf(encoding))),
+                      DataSetBuilder(encoding)
+                          .Element(0x0010, 0x0020, "LO", std::string_view("odd\0", 4))
+                          .Fragments({{1, 2, 3, 4}})}));
+  }
+}
+
 TEST_F(SaveFile, ASyntaxMayEndWithABlank) {
   DICOMObject object;
   object.Push(NewElement(0x0002, 0x0010, type_code::UI, "1.2.840.10008.1.2 "));
@@ -337,15 +371,59 @@ TEST_F(SaveFile, SavingAnObjectThatIsKeptDeclaresItsPixelsWithoutTouchingThem) {
   EXPECT_EQ(TagsOf(*object), "(0002,0010) (0008,0018) (0010,0010) (0028,0100) (7FE0,0010)");
 }
 
-TEST_F(SaveFile, SavingAnObjectThatIsKeptCorrectsTheUidsOfItsItemsAsACloneDoes) {
-  auto item = std::make_unique<DICOMObject>();
-  item->Push(NewElement(0x0008, 0x1150, type_code::UI, "1.2 "));
+TEST_F(SaveFile, SavingAnObjectThatIsKeptCorrectsUidsInTheFileAndNotInTheObject) {
+  // The values are literals, where nothing can be written; one is longer than what an element has room for, and one of
+  // odd length.
+  constexpr std::string_view kUids[] = {"1.2 ", "1.2.3.4.5.6.7.8.9.10.11.12.13.14.15.16.17 ",
+                                        "1.2.3.4 ", "12  ", " "};
   DICOMObject object;
   object.Push(NewElement(0x0008, 0x1140, type_code::SQ, ""));
-  object.Push(item.release());
-  ASSERT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), 3, object));
-  EXPECT_EQ(ValueText(At(ItemAt(object, 0x0008, 0x1140, 0), 0x0008, 0x1150)),
-            std::string("1.2\0", 4));
+  for (const std::string_view uid : kUids) {
+    auto item = std::make_unique<DICOMObject>();
+    auto* bytes = reinterpret_cast<std::uint8_t*>(const_cast<char*>(uid.data()));
+    item->Push(new VR(0x0008, 0x1150, static_cast<std::uint32_t>(uid.size()), bytes, false));
+    At(*item, 0x0008, 0x1150).TypeCode = type_code::UI;
+    object.Push(item.release());
+  }
+  for (const std::int32_t mode : {1, 2, 3}) {
+    ASSERT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), mode, object));
+    const Bytes kept = ReadBytes(Path());
+    for (std::uint32_t number = 0; number < std::size(kUids); ++number) {
+      EXPECT_EQ(ValueText(At(ItemAt(object, 0x0008, 0x1140, number), 0x0008, 0x1150)),
+                kUids[number]);
+    }
+    // What a clone that is written changes are the bytes that it shares: a deep one has its own.
+    const std::unique_ptr<DICOMObject> clone(object.Clone(true));
+    ASSERT_TRUE(DataSetCoder().SaveFile(Path().c_str(), mode, *clone));
+    EXPECT_EQ(ReadBytes(Path()), kept);
+  }
+}
+
+TEST_F(SaveFile, SavingAnObjectThatIsKeptWritesPixelDataOfAnyTypeAsACloneDoes) {
+  for (const VrCode type : {type_code::kNone, type_code::UN, type_code::OB, type_code::OW,
+                            type_code::US, type_code::LO, type_code::SQ}) {
+    for (const char* syntax : {"", "1.2.840.10008.1.2", "1.2.840.10008.1.2.1",
+                               "1.2.840.10008.1.2.2", "1.2.840.10008.1.2.4.50"}) {
+      for (const std::size_t size : {0u, 100u, 70000u}) {
+        const auto object = Instance(syntax);
+        object->Push(NewElement(0x0028, 0x0100, type_code::US, Bytes{16, 0}));
+        object->Push(NewElement(0x7FE0, 0x0010, type, Pattern(size)));
+        if (size == 0) {
+          auto* fragment = new DICOMObject;
+          fragment->Push(NewElement(0xFFFE, 0xE000, type_code::kNone, Bytes{1, 2}));
+          object->Push(fragment);
+        }
+        for (const std::int32_t mode : {1, 2, 3}) {
+          const auto [saved, expected] = SavedThroughAClone(Path(), *object, mode, nullptr);
+          ASSERT_TRUE(saved);
+          ASSERT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), mode, *object));
+          EXPECT_EQ(ReadBytes(Path()), expected) << type << ' ' << syntax << ' ' << size;
+          // No value goes missing under any name.
+          EXPECT_GE(expected.size(), size + (size == 0 ? 2 : 0));
+        }
+      }
+    }
+  }
 }
 
 // Streams of the caller.
@@ -421,8 +499,11 @@ TEST_F(SaveFile, APlaceThatCannotBeOpenedFailsWithoutWords) {
   for (const std::string& place : places) {
     DataSetCoder coder;
     coder.SetError("from before");
-    EXPECT_FALSE(coder.SaveFile(place.c_str(), 3, *Instance())) << place;
+    const auto object = Instance();
+    EXPECT_FALSE(coder.SaveFile(place.c_str(), 3, *object)) << place;
     EXPECT_EQ(coder.ErrorText(), nullptr) << place;
+    // It was not touched yet.
+    EXPECT_EQ(TagsOf(*object), "(0008,0018) (0010,0010)") << place;
   }
   DataSetCoder coder;
   EXPECT_FALSE(coder.SaveFile(nullptr, 3, *Instance()));

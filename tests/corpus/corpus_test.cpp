@@ -1,7 +1,7 @@
 // Real files, against what independent programs say about them.
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
+#include <ctime>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -24,14 +24,16 @@
 namespace tessaret::test {
 namespace {
 
-using Clock = std::chrono::steady_clock;
 using Object = std::unique_ptr<DICOMDataObject>;
 using Why = ParseStop::Why;
 
 constexpr CompareLeniently kAfterSaving = {.positions = true, .sequenceLengths = true};
 
-double SecondsSince(Clock::time_point start) {
-  return std::chrono::duration<double>(Clock::now() - start).count();
+/// Processor time of this thread, in seconds: on a busy machine time on the wall says nothing about a reader.
+double ProcessorSeconds() {
+  timespec now{};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
 }
 
 class Corpus : public testing::Test {
@@ -129,9 +131,9 @@ TEST_F(Corpus, EveryFileLoadsWithTheElementsThatTheManifestCountsButForTheListed
   for (const ManifestRow& row : Manifest()) {
     SCOPED_TRACE(row.path);
     DataSetCoder coder;
-    const auto start = Clock::now();
+    const double start = ProcessorSeconds();
     const Object object = Load(PathOf(row), coder);
-    tally.Add(PathOf(row), SecondsSince(start));
+    tally.Add(PathOf(row), ProcessorSeconds() - start);
     ASSERT_NE(object, nullptr) << coder.ErrorText();
     EXPECT_EQ(coder.ErrorText(), nullptr);
     const KnownDifference* known = FindRow(kKnownDifferences, row.path);
@@ -177,9 +179,9 @@ TEST_F(Corpus, EveryFileEndsWithinASecondInEveryWayOfLoading) {
     for (const bool strict : {false, true}) {
       for (const bool loadPixels : {false, true}) {
         DataSetCoder coder(&Dictionary());
-        const auto start = Clock::now();
+        const double start = ProcessorSeconds();
         const Object object = coder.LoadFile(path.c_str(), loadPixels, strict);
-        EXPECT_LT(SecondsSince(start), 1.0) << path;
+        EXPECT_LT(ProcessorSeconds() - start, 1.0) << path;
         EXPECT_TRUE(object != nullptr || coder.ErrorText() != nullptr) << path;
       }
     }
@@ -218,11 +220,11 @@ TEST_F(Corpus, EveryFileSavedLoadsAgainToAnEqualObjectButForTheListedOnes) {
     SCOPED_TRACE(row.path);
     const Object first = Load(PathOf(row));
     ASSERT_NE(first, nullptr);
-    const auto start = Clock::now();
+    const double start = ProcessorSeconds();
     ASSERT_TRUE(SaveClone(saved, *first));
     DataSetCoder coder;
     const Object second = Load(saved, coder);
-    tally.Add(PathOf(row), SecondsSince(start));
+    tally.Add(PathOf(row), ProcessorSeconds() - start);
     ASSERT_NE(second, nullptr);
     const KnownSavedDifference* known = FindRow(kKnownSavedDifferences, row.path);
     if (known == nullptr) {
