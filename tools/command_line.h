@@ -24,23 +24,18 @@ class CommandLine {
   /// The name of the verb that was recognised before parsing failed, or empty.
   [[nodiscard]] std::string VerbName() const;
 
+  /// The arguments that had no place, in their order.
+  [[nodiscard]] std::vector<std::string> Unexpected() const;
+
   [[nodiscard]] const CLI::App& App() const { return app_; }
 
  private:
   void AddVerb(const Verb& verb);
+  void AddCommonOptions(CLI::App& app);
 
   CLI::App app_;
   CommonOptions common_;
   std::vector<std::pair<CLI::App*, RunVerb>> runners_;
-};
-
-/// Spellings that people know from other DICOM programs and that are no options by the usual rules, beside ours.
-struct KnownSpelling {
-  const char* known;
-  const char* option;
-};
-inline constexpr KnownSpelling kKnownSpellings[] = {
-    {"+L", "--long"},
 };
 
 }  // namespace tessaret::tool

@@ -9,11 +9,21 @@ constexpr const char* kHead =
     "# bash completion for tessaret\n"
     "_tessaret() {\n"
     "  local current=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD-1]}\n"
-    "  local verb=${COMP_WORDS[1]} words=\n"
-    "  COMPREPLY=()\n";
+    "  local verb= words= word options=yes\n"
+    "  COMPREPLY=()\n"
+    "  # --option=value comes as three words.\n"
+    "  if [[ $current == = ]]; then\n"
+    "    current=\n"
+    "  elif [[ $previous == = ]]; then\n"
+    "    previous=${COMP_WORDS[COMP_CWORD-2]}\n"
+    "  fi\n"
+    "  for word in \"${COMP_WORDS[@]:1:COMP_CWORD-1}\"; do\n"
+    "    [[ $word == -- ]] && options=\n"
+    "    [[ -z $verb && $word != -* ]] && verb=$word\n"
+    "  done\n";
 
 constexpr const char* kTail =
-    "  if [[ $current == -* || $COMP_CWORD -eq 1 ]]; then\n"
+    "  if [[ -z $verb || -n $options && $current == [-+]* ]]; then\n"
     "    mapfile -t COMPREPLY < <(compgen -W \"$words\" -- \"$current\")\n"
     "  else\n"
     "    compopt -o filenames\n"
@@ -26,7 +36,10 @@ std::string Joined(const std::vector<std::string>& words) { return CLI::detail::
 
 std::string OptionWords(const std::vector<OptionRow>& rows) {
   std::vector<std::string> words;
-  for (const OptionRow& row : rows) words.insert(words.end(), row.names.begin(), row.names.end());
+  for (const OptionRow& row : rows) {
+    words.insert(words.end(), row.names.begin(), row.names.end());
+    words.insert(words.end(), row.stands.begin(), row.stands.end());
+  }
   return Joined(words);
 }
 
@@ -58,8 +71,8 @@ std::string BashCompletion(const CLI::App& app) {
   }
   const std::string first = Joined(firstWords) + ' ' + OptionWords(OptionRows(app));
   return kHead + std::string("  case $verb:$previous in\n") + choices +
-         "  esac\n  case $verb in\n" + options + "  esac\n  [[ $COMP_CWORD -eq 1 ]] && words=\"" +
-         first + "\"\n" + kTail;
+         "  esac\n  case $verb in\n    '') words=\"" + first + "\" ;;\n" + options + "  esac\n" +
+         kTail;
 }
 
 }  // namespace tessaret::tool

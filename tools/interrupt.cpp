@@ -12,13 +12,15 @@
 namespace tessaret::tool {
 namespace {
 
-constexpr int kSignalExitBase = 128;
-
 std::atomic<int> signalMet = 0;
 static_assert(std::atomic<int>::is_always_lock_free, "a signal handler may use nothing else");
 
+ExitCode CodeOf(int signal) {
+  return signal == SIGINT ? ExitCode::kInterrupted : ExitCode::kTerminated;
+}
+
 void OnInterrupt(int signal) {
-  if (signalMet.exchange(signal) != 0) ::_exit(kSignalExitBase + signal);
+  if (signalMet.exchange(signal) != 0) ::_exit(static_cast<int>(CodeOf(signal)));
   ::alarm(1);
 }
 
@@ -62,8 +64,9 @@ bool IsIgnored(int signal) {
 
 void WatchForInterrupts() {
   ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);
   Handle(SIGALRM, &OnAlarm);
-  for (const int signal : {SIGINT, SIGTERM}) {
+  for (const int signal : {SIGINT, SIGTERM, SIGHUP}) {
     // Whoever started the tool with the signal ignored, as a shell does for work in the background, meant that.
     if (!IsIgnored(signal)) Handle(signal, &OnInterrupt);
   }
@@ -72,6 +75,6 @@ void WatchForInterrupts() {
 
 bool IsInterrupted() { return signalMet.load(std::memory_order_relaxed) != 0; }
 
-ExitCode InterruptExitCode() { return static_cast<ExitCode>(kSignalExitBase + signalMet.load()); }
+ExitCode InterruptExitCode() { return CodeOf(signalMet.load()); }
 
 }  // namespace tessaret::tool

@@ -8,8 +8,9 @@
 
 namespace tessaret::tool {
 
-/// From here on SIGINT and SIGTERM are noted, and from then on every file call of the library fails, so that whatever runs
-/// comes to an end by its usual ways. SIGPIPE is ignored: a write says so.
+/// From here on SIGINT, SIGTERM and SIGHUP, which a terminal sends when it goes, are noted, and from then on every file call of
+/// the library fails, so that whatever runs comes to an end by its usual ways. SIGPIPE and SIGXFSZ, for a file that
+/// grows beyond its limit, are ignored: a write says so.
 void WatchForInterrupts();
 
 /// True once the tool was interrupted. Loops without file calls ask now and then.

@@ -29,6 +29,15 @@ std::string Base64(const std::uint8_t* bytes, std::size_t size) {
   return text;
 }
 
+/// "7FE00010" of "(7fe0,0010)".
+std::string JsonTag(const std::string& text) {
+  std::string digits = text.substr(1, 4) + text.substr(6, 4);
+  for (char& digit : digits) {
+    if (digit >= 'a') digit = static_cast<char>(digit - 'a' + 'A');
+  }
+  return digits;
+}
+
 std::string_view WithoutBlanksAround(std::string_view text) {
   const std::size_t begin = text.find_first_not_of(' ');
   if (begin == std::string_view::npos) return {};
@@ -149,7 +158,7 @@ class JsonDump final : public ObjectVisitor {
     json_.Key("Value").BeginArray();
     for (std::uint32_t index = 0; index < vr.Length / width; ++index) {
       std::string text = NumberText(vr, index);
-      if (tag) text = text.substr(1, 4) + text.substr(6, 4);
+      if (tag) text = JsonTag(text);
       // Infinities and what is not a number have no form in JSON.
       if (!tag && IsJsonNumber(text)) {
         json_.Raw(text);

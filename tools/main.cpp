@@ -11,17 +11,25 @@
 namespace tessaret::tool {
 namespace {
 
-ExitCode WrongUsage(Host& host, const CommandLine& line, const std::string& words,
-                    const std::vector<std::string>& arguments) {
+/// What is wrong. An option that nobody knows comes first: the parser's words may be about what is missing without it.
+std::string WordsOf(const CLI::ParseError& error, const std::vector<std::string>& unexpected) {
+  for (const std::string& argument : unexpected) {
+    if (argument.starts_with('-')) return "no such option: " + argument;
+  }
+  if (!unexpected.empty()) return "too many words: " + CLI::detail::join(unexpected, " ");
+  return error.what();
+}
+
+ExitCode WrongUsage(Host& host, const CommandLine& line, const CLI::ParseError& error) {
   const std::string verb = line.VerbName();
+  const std::vector<std::string> unexpected = line.Unexpected();
   if (!verb.empty()) {
-    host.messages.Error(verb, words);
-  } else if (arguments.empty()) {
+    host.messages.Error(verb, WordsOf(error, unexpected));
+  } else if (unexpected.empty()) {
     host.messages.Error("usage", "a verb is needed");
-  } else if (!arguments[0].starts_with('-')) {
-    host.messages.Error(arguments[0], "no such verb");
   } else {
-    host.messages.Error("usage", words);
+    const bool option = unexpected.front().starts_with('-');
+    host.messages.Error(unexpected.front(), option ? "no such option" : "no such verb");
   }
   host.messages.Error("usage", "see tessaret " + (verb.empty() ? "" : verb + ' ') + "--help");
   return ExitCode::kUsage;
@@ -33,7 +41,7 @@ ExitCode ParseAndRun(Host& host, const std::vector<std::string>& arguments) {
   try {
     run = line.Parse(arguments, host);
   } catch (const CLI::ParseError& error) {
-    return WrongUsage(host, line, error.what(), arguments);
+    return WrongUsage(host, line, error);
   }
   host.messages.SetLoudness(host.options.loudness);
   const ExitCode code = run ? (*run)(host) : ExitCode::kDone;

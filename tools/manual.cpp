@@ -2,7 +2,6 @@
 
 #include <algorithm>
 
-#include "command_line.h"
 #include "exit_code.h"
 #include "option_table.h"
 #include "tessaret/version.h"
@@ -35,7 +34,7 @@ std::string Upper(std::string text) {
 
 std::string Title(const std::string& name) {
   return ".TH \"" + Roff(Upper(name)) + "\" 1 \"\" \"Tessaret " + TESSARET_VERSION_STRING +
-         "\" \"Tessaret\"\n";
+         "\" \"Tessaret\"\n.nh\n";  // names of commands are not to be broken
 }
 
 std::string NameSection(const std::string& name, const std::string& summary) {
@@ -58,11 +57,6 @@ std::string OptionHead(const OptionRow& row) {
   for (const std::string& name : row.names) {
     if (!head.empty()) head += ", ";
     head += "\\fB" + Roff(name) + "\\fR";
-  }
-  for (const KnownSpelling& spelling : kKnownSpellings) {
-    if (std::find(row.names.begin(), row.names.end(), spelling.option) != row.names.end()) {
-      head += std::string(", \\fB") + Roff(spelling.known) + "\\fR";
-    }
   }
   return row.value.empty() ? head : head + " \\fI" + Roff(row.value) + "\\fR";
 }

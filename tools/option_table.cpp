@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "known_spellings.h"
+
 namespace tessaret::tool {
 namespace {
 
@@ -20,7 +22,23 @@ std::string ValueOf(const CLI::Option& option, const std::vector<std::string>& c
   return isFlag ? std::string() : "TEXT";
 }
 
-OptionRow RowOf(const CLI::Option& option) {
+/// Adds what other programs call the option.
+void AddKnownSpellings(const std::string& verb, OptionRow& row) {
+  const std::vector<std::string> own = row.names;
+  for (const KnownSpelling& spelling : kKnownSpellings) {
+    if (verb != spelling.verb) continue;
+    for (const std::string& name : own) {
+      const std::string option = spelling.option;
+      if (option == name) row.names.emplace_back(spelling.known);
+      if (!option.starts_with(name + '=')) continue;
+      row.stands.emplace_back(spelling.known);
+      row.description += (row.stands.size() == 1 ? "; " : ", ") + row.stands.back() + " for " +
+                         option.substr(name.size() + 1);
+    }
+  }
+}
+
+OptionRow RowOf(const std::string& verb, const CLI::Option& option) {
   OptionRow row;
   for (const std::string& name : option.get_snames()) row.names.push_back('-' + name);
   for (const std::string& name : option.get_lnames()) row.names.push_back("--" + name);
@@ -29,6 +47,7 @@ OptionRow RowOf(const CLI::Option& option) {
   row.description = option.get_description();
   row.defaultValue = option.get_default_str();
   row.required = option.get_required();
+  AddKnownSpellings(verb, row);
   return row;
 }
 
@@ -36,7 +55,9 @@ OptionRow RowOf(const CLI::Option& option) {
 
 std::vector<OptionRow> OptionRows(const CLI::App& app) {
   std::vector<OptionRow> rows;
-  for (const CLI::Option* option : app.get_options()) rows.push_back(RowOf(*option));
+  for (const CLI::Option* option : app.get_options()) {
+    rows.push_back(RowOf(app.get_name(), *option));
+  }
   std::stable_partition(rows.begin(), rows.end(),
                         [](const OptionRow& row) { return row.IsPositional(); });
   return rows;

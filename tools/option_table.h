@@ -9,7 +9,8 @@
 namespace tessaret::tool {
 
 struct OptionRow {
-  std::vector<std::string> names;    // "-q", "--quiet"; empty for a positional
+  std::vector<std::string> names;    // "-q", "--quiet", "+L"; empty for a positional
+  std::vector<std::string> stands;   // what stands for the option with one of its choices, "+ti"
   std::string value;                 // what follows it or stands for it, "OUT"; empty for a flag
   std::vector<std::string> choices;  // where only some values are taken
   std::string description;

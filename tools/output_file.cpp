@@ -6,6 +6,8 @@
 #include <filesystem>
 #include <system_error>
 
+#include <CLI/CLI.hpp>
+
 #include "core/data_set_coder.h"
 #include "platform/file_calls.h"
 
@@ -19,6 +21,12 @@ std::string WhyNotToWrite(const std::string& path, bool force) {
   if (S_ISDIR(status.st_mode)) return SystemErrorText(EISDIR);
   if (S_ISREG(status.st_mode) && !force) return "is there already; --force replaces it";
   return {};
+}
+
+void RefuseDash(const std::string& option, const std::string& path) {
+  if (path != "-") return;
+  throw CLI::ValidationError(option,
+                             "- is for reading; a file is needed, ./- for one of that name");
 }
 
 std::string SaveObject(const std::string& path, std::int32_t mode, DICOMObject& object) {

@@ -29,6 +29,8 @@ constexpr std::uint16_t kSyntaxElement = 0x0010;
 struct Head {
   std::optional<TagKey> firstTag;
   std::string syntax;
+  std::optional<std::uint32_t> claimed;  // bytes of meta header behind (0002,0000) as it says
+  std::optional<std::uint64_t> counted;  // as they are, when the end of the group was seen
 };
 
 /// The length of the element at `bytes` behind its tag; nothing when the bytes end.
@@ -45,15 +47,24 @@ std::optional<std::uint32_t> ReadLength(BoundedReader& bytes, bool isExplicit) {
 /// Looks through the meta header. The reader goes by its transfer syntax too, but does not always keep it.
 Head ReadHead(BoundedReader bytes, std::int32_t code) {
   Head head;
+  std::uint64_t leftBehindLength = 0;
   for (;;) {
+    const std::uint64_t left = bytes.Left();
     const auto group = bytes.Little16();
     const auto element = bytes.Little16();
     if (!group || !element) return head;
     if (!head.firstTag) head.firstTag = MakeTagKey(*group, *element);
-    if (*group != kMetaGroup) return head;
+    if (*group != kMetaGroup) {
+      if (head.claimed) head.counted = leftBehindLength - left;
+      return head;
+    }
     const auto length = ReadLength(bytes, !IsImplicit(code));
-    const auto value = length ? bytes.Sub(*length) : std::nullopt;
+    auto value = length ? bytes.Sub(*length) : std::nullopt;
     if (!value) return head;
+    if (*element == 0 && value->Left() == sizeof(std::uint32_t)) {
+      head.claimed = value->Little32();
+      leftBehindLength = bytes.Left();
+    }
     if (*element != kSyntaxElement || value->Left() == 0) continue;
     const std::string_view text(reinterpret_cast<const char*>(value->Here()), value->Left());
     head.syntax = Trimmed(text.substr(0, text.find('\0')));
@@ -87,6 +98,14 @@ class ObservingCoder final : public DataSetCoder {
 
   bool observed_ = false;
 };
+
+/// Why the length of the meta header is wrong, or empty. The reader goes by it as far as that makes sense, and leaves elements
+/// out where it does not.
+std::string WhyMetaLengthIsOdd(const Head& head) {
+  if (!head.counted || *head.counted == *head.claimed) return {};
+  return Format("(0002,0000) says that %u bytes of meta header follow, where there are %llu",
+                *head.claimed, static_cast<unsigned long long>(*head.counted));
+}
 
 std::string At(const ParseStop& stop) {
   return Format(" at offset %llu", static_cast<unsigned long long>(stop.position));
@@ -168,6 +187,8 @@ class Loader {
       if (!IsBigEndianDataSet(coder.head)) return NotDicom();
       LoadBigEndian();
     }
+    if (std::string odd = WhyMetaLengthIsOdd(coder.head); !odd.empty())
+      source_.warnings.push_back(std::move(odd));
     Judge();
     return std::move(source_);
   }

@@ -15,6 +15,7 @@ namespace {
 struct CheckOptions {
   std::vector<std::string> paths;
   bool strict = false;
+  bool recurse = false;  // asked for by those who know it from elsewhere; it is what happens anyhow
 };
 
 struct Summary {
@@ -127,6 +128,7 @@ RunVerb SetUpCheck(CLI::App& app) {
                  "DICOM files; directories are gone through; - is standard input")
       ->required()
       ->option_text("FILE|DIR...");
+  app.add_flag("--recurse", options->recurse, "Go through directories, as is done anyhow");
   app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");
   return [options](Host& host) { return Check(*options, host).All(); };
 }

@@ -57,7 +57,9 @@ class Conversion {
     const std::string to = TargetSyntax(source, options_.WantedTarget());
     PrepareToEncode(source, options_.WantedTarget());
     const std::int32_t mode = options_.noPreamble ? kSaveBare : kSaveComplete;
-    const std::string why = SaveObject(options_.output, mode, *source.object);
+    // Reading may have taken long enough for another file to come to this place.
+    std::string why = WhyNotToWrite(options_.output, options_.force);
+    if (why.empty()) why = SaveObject(options_.output, mode, *source.object);
     StopIfInterrupted();
     if (!why.empty()) return OutputFailed(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to));
@@ -109,6 +111,7 @@ RunVerb SetUpConvert(CLI::App& app) {
       "Write the bare data set in implicit little endian, without preamble and meta header");
   app.add_flag("--force", options->force, "Replace OUT if it is there");
   app.callback([options] {
+    RefuseDash("OUT", options->output);
     if (options->noPreamble && options->syntax == "explicit") {
       throw CLI::ValidationError("--no-preamble", "a bare data set is implicit little endian");
     }

@@ -50,7 +50,7 @@ class Search {
   explicit Search(Host& host) : host_(host) {}
 
   /// True when something was found.
-  bool For(const std::string& query) {
+  [[nodiscard]] bool For(const std::string& query) {
     if (const auto tag = ParseTag(query)) {
       if (const _RTCElement* entry = host_.Tags().Find(*tag); entry != nullptr) Show(*entry);
     } else if (IsUid(query)) {
@@ -58,7 +58,8 @@ class Search {
     } else {
       ForText(query);
     }
-    return found_;
+    if (found_ > 0) host_.messages.Note(query, Format("%zu found", found_));
+    return found_ > 0;
   }
 
  private:
@@ -81,7 +82,7 @@ class Search {
   }
 
   void Show(const _RTCElement& entry) {
-    found_ = true;
+    ++found_;
     const char* name = entry.Description == nullptr ? "" : entry.Description;
     if (host_.options.json) {
       JsonWriter json(host_.output);
@@ -94,7 +95,7 @@ class Search {
   }
 
   void Show(const UIDEntry& entry) {
-    found_ = true;
+    ++found_;
     if (host_.options.json) {
       JsonWriter json(host_.output);
       json.BeginObject()
@@ -113,7 +114,7 @@ class Search {
   }
 
   Host& host_;
-  bool found_ = false;
+  std::size_t found_ = 0;
 };
 
 ExitCode Compile(const DictionaryOptions& options, Host& host) {
@@ -163,6 +164,7 @@ RunVerb SetUpDictionary(CLI::App& app) {
       ->option_text("OUT");
   app.add_flag("--force", options->force, "Replace OUT if it is there");
   app.callback([options] {
+    RefuseDash("--compile", options->compileTo);
     if (options->query.empty() && options->compileTo.empty())
       throw CLI::RequiredError("TAG, TEXT, UID or --compile");
   });

@@ -18,6 +18,7 @@ struct DumpOptions {
   std::string format = "lines";
   bool noPixels = false;
   bool strict = false;
+  bool recurse = false;  // asked for by those who know it from elsewhere; it is what happens anyhow
   LineDumpOptions lines;
 };
 
@@ -66,7 +67,7 @@ class Dump {
     how.strict = options_.strict;
     const SourceFile source = LoadSource(path, how, host_.Tags());
     StopIfInterrupted();
-    host_.messages.Detail(SubjectOf(path), DescribeEncoding(source));
+    host_.messages.Note(SubjectOf(path), DescribeEncoding(source));
     for (const std::string& warning : source.warnings)
       host_.messages.Warn(SubjectOf(path), warning);
     if (host_.options.json) {
@@ -109,13 +110,14 @@ RunVerb SetUpDump(CLI::App& app) {
                  "DICOM files; directories are gone through; - is standard input")
       ->required()
       ->option_text("FILE|DIR...");
+  app.add_flag("--recurse", options->recurse, "Go through directories, as is done anyhow");
   app.add_option("--format", options->format,
                  "lines: an element a line, long values cut; text: the library's own form")
       ->check(CLI::IsMember({"lines", "text"}))
       ->capture_default_str();
   app.add_flag("--no-pixels", options->noPixels, "Stop at the pixel data, which saves reading it");
   app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");
-  app.add_flag("--long", options->lines.wholeValues, "Do not cut long values; +L says the same");
+  app.add_flag("--long", options->lines.wholeValues, "Do not cut long values");
   return [options](Host& host) { return Dump(*options, host).All(); };
 }
 

@@ -31,7 +31,14 @@ std::vector<std::string> KindNames() {
   return names;
 }
 
-/// Three lengths in mm, each above 0 and below a metre; false for any other text.
+/// The parser would read a number that begins with 0 as octal.
+std::string WhyNoPlainNumber(const std::string& text) {
+  const bool plain =
+      !text.starts_with('0') && text.find_first_not_of("0123456789") == std::string::npos;
+  return plain ? std::string() : text + " is no plain whole number";
+}
+
+/// Three lengths in mm, each above a nanometre and below a metre; false for any other text.
 bool ParseSpacing(std::string_view text, Vector3& spacing) {
   const std::array<double*, 3> parts = {&spacing.x, &spacing.y, &spacing.z};
   const char* at = text.data();
@@ -111,7 +118,8 @@ class Series {
 
 void Validate(PhantomOptions& options) {
   if (!ParseSpacing(options.spacing, options.shape.spacing)) {
-    throw CLI::ValidationError("--spacing", "three lengths in mm, as in 0.5,0.5,2");
+    throw CLI::ValidationError("--spacing",
+                               "three lengths above 0.000001 and below 1000 mm, as in 0.5,0.5,2");
   }
   constexpr std::uint64_t kLongestValue = 0xFFFFFFFE;
   if (PixelBytes(*FindPhantomKind(options.kind), options.shape) > kLongestValue) {
@@ -132,11 +140,13 @@ RunVerb SetUpPhantom(CLI::App& app) {
       ->capture_default_str();
   app.add_option("--size", options->shape.size, "Rows and columns of an image")
       ->check(CLI::Range(kSmallestSize, kLargestSize))
+      ->check(&WhyNoPlainNumber)
       ->option_text("N")
       ->capture_default_str();
   app.add_option("--slices", options->shape.slices,
                  "Images of the series, or frames of the one multiframe image")
       ->check(CLI::Range(1, kMostSlices))
+      ->check(&WhyNoPlainNumber)
       ->option_text("N")
       ->capture_default_str();
   app.add_option("--spacing", options->spacing,

@@ -104,6 +104,13 @@ class Findings(tool.ToolTest):
         self.assertEqual(self.words(start + element(0x00100010, "PN", "ab")),
                          [f"warning: (0010,0010) at offset {len(start)} stands behind an element of a higher tag"])
 
+    def test_a_wrong_length_of_the_meta_header_is_told(self):
+        right = meta(EXPLICIT) + tool.image()
+        length = struct.unpack_from("<I", right, 140)[0]
+        for wrong in (0, length - 8, length - 1, length + 1, length + 8, length + 100000, 0xFFFFFFFF):
+            words = self.words(right[:140] + struct.pack("<I", wrong) + right[144:])
+            self.assertIn(f"warning: (0002,0000) says that {wrong} bytes of meta header follow, where there are {length}", words)
+
     def test_letters_that_are_no_vr_are_told(self):
         start = meta(EXPLICIT)
         self.assertEqual(self.words(start + struct.pack("<HH", 0x0009, 0x1001) + b"Pi\2\0ab"),

@@ -332,7 +332,7 @@ class Outputs(ConvertTest):
 
     def test_a_limit_on_file_size_leaves_nothing_half_written(self):
         large = self.write("large.dcm", meta(EXPLICIT) + tool.image(600, 500))
-        script = 'ulimit -f 100; trap "" XFSZ; exec "$0" "$@"'
+        script = 'ulimit -f 100; exec "$0" "$@"'
         result = subprocess.run(["sh", "-c", script, tool.TOOL, "convert", large, self.out], check=False, capture_output=True)
         self.assertEqual((result.returncode, result.stderr.decode()), (OUTPUT_FAILED, f"tessaret: {self.out}: File too large\n"))
         self.assertFalse(self.out.exists())

@@ -209,7 +209,7 @@ class Json(tool.ToolTest):
             element(0x00101030, "DS", " 75.50\\+1\\1e3 "), element(0x00200013, "IS", "7"),
             element(0x00204000, "LT", "a\\b")))), {
                 "00080008": {"vr": "CS", "Value": ["ORIGINAL", None, "AXIAL"]}, "00080018": {"vr": "UI", "Value": ["1.2.3"]},
-                "00091001": {"vr": "AT", "Value": ["00100020", "7fe00010"]}, "00091002": {"vr": "FD", "Value": [0.1]},
+                "00091001": {"vr": "AT", "Value": ["00100020", "7FE00010"]}, "00091002": {"vr": "FD", "Value": [0.1]},
                 "00091003": {"vr": "US", "Value": [1, 2]},
                 "00100010": {"vr": "PN", "Value": [{"Alphabetic": "Yamada^Tarou", "Ideographic": "IDEO", "Phonetic": "PHON"},
                                                    {"Alphabetic": "Doe^John"}]},

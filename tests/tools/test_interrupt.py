@@ -11,7 +11,7 @@ import unittest
 import tool
 from tool import DONE, EXPLICIT, INTERRUPTED, TERMINATED, TOOL, element, meta, run
 
-CODES = {signal.SIGINT: INTERRUPTED, signal.SIGTERM: TERMINATED}
+CODES = {signal.SIGINT: INTERRUPTED, signal.SIGTERM: TERMINATED, signal.SIGHUP: TERMINATED}
 
 
 def wait_for(condition, seconds=60):

@@ -286,6 +286,9 @@ class Loudness(tool.ToolTest):
     def test_verbose_says_what_is_done(self):
         good = self.good_file()
         self.assert_ends(run("check", "-v", good), DONE, f"tessaret: {good}: reads, 16 elements\n")
+        self.assert_ends(run("dictionary", "-v", "0010,0010"), DONE, "tessaret: 0010,0010: 1 found\n")
+        self.assertRegex(run("dump", "-v", good).stderr.decode(), rf"^tessaret: {good}: \d+ bytes, preamble and mark, transfer "
+                         rf"syntax {tool.EXPLICIT} \(ExplicitVRLittleEndian\), explicit little endian\n$")
         copy = self.path("copy.dcm")
         self.assert_ends(run("convert", "-v", good, copy), DONE, f"tessaret: {copy}: written in ExplicitVRLittleEndian\n")
         series = self.path("series")

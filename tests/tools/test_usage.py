@@ -35,6 +35,45 @@ class Usage(tool.ToolTest):
         self.assert_ends(result, USAGE)
         self.assertIn(b"tessaret: dmup: no such verb\n", result.stderr)
 
+    def test_an_unknown_option_is_named_with_and_without_a_verb(self):
+        self.assert_ends(run("--versio"), USAGE, "tessaret: --versio: no such option\ntessaret: usage: see tessaret --help\n")
+        # Not what is missing besides.
+        self.assert_ends(run("check", "-x.dcm"), USAGE,
+                         "tessaret: check: no such option: -x.dcm\ntessaret: usage: see tessaret check --help\n")
+        self.assert_ends(run("-q"), USAGE, "tessaret: usage: a verb is needed\ntessaret: usage: see tessaret --help\n")
+
+    def test_superfluous_words_are_named_in_their_order(self):
+        self.assert_ends(run("convert", "a", "b", "[c]", "d"), USAGE,
+                         "tessaret: convert: too many words: [c] d\ntessaret: usage: see tessaret convert --help\n")
+
+    def test_options_of_all_verbs_may_stand_before_the_verb(self):
+        good = self.good_file()
+        self.assert_ends(run("-v", "check", good), DONE, f"tessaret: {good}: reads, 16 elements\n")
+        self.assertEqual(run("-q", "check", good).stdout, b"")
+        self.assertEqual(json.loads(run("--json", "dictionary", "0010,0010").stdout)["tag"], "00100010")
+
+    def test_names_of_any_characters_are_names(self):
+        names = ["[x]", "[a,b]", "[]", "{}", "%%", "-x", " ", "+L", "++", "@x", "a=b", "\"q\"", "new\nline", "--"]
+        for name in names:
+            with self.subTest(name):
+                self.good_file(name)
+                result = run("check", "--json", "--", name, cwd=self.folder)
+                self.assert_ends(result, DONE, "")
+                self.assertEqual([json.loads(line).get("file") for line in result.stdout.splitlines()], [name, None])
+                self.assertIn(b"[Doe^John]", run("dump", "--", name, cwd=self.folder).stdout)
+                self.assert_ends(run("convert", "--", name, "to" + name, cwd=self.folder), DONE, "")
+                self.assertTrue(self.path("to" + name).is_file())
+
+    def test_a_dash_is_no_place_to_write_to(self):
+        good = self.good_file()
+        for arguments in (["convert", good, "-"], ["dictionary", "--compile", "-"]):
+            result = run(*arguments, cwd=self.folder)
+            self.assert_ends(result, USAGE)
+            self.assertIn(b"- is for reading; a file is needed, ./- for one of that name", result.stderr)
+            self.assertEqual(list(self.folder.iterdir()), [good])
+        self.assert_ends(run("convert", good, "./-", cwd=self.folder), DONE, "")
+        self.assertTrue(self.path("-").is_file())
+
     def test_each_verb_refuses_an_unknown_option(self):
         for verb in VERBS:
             with self.subTest(verb):
@@ -63,10 +102,13 @@ class Usage(tool.ToolTest):
     def test_values_that_make_no_sense_are_wrong_usage(self):
         for arguments in (["dump", "--format", "xml", "x"], ["phantom", "--kind", "pet", "x"],
                           ["phantom", "--size", "7", "x"], ["phantom", "--size", "many", "x"],
+                          ["phantom", "--size", "010", "x"], ["phantom", "--size", "0x10", "x"],
+                          ["phantom", "--size", "1e1", "x"], ["phantom", "--slices", "+5", "x"],
                           ["phantom", "--slices", "0", "x"], ["phantom", "--slices", "1000000", "x"],
                           ["phantom", "--spacing", "1,2", "x"], ["phantom", "--spacing", "1,2,-3", "x"],
                           ["phantom", "--spacing", "1,2,nan", "x"], ["phantom", "--spacing", "1,2,3,4", "x"],
-                          ["phantom", "--spacing", "1;2;3", "x"],
+                          ["phantom", "--spacing", "1;2;3", "x"], ["phantom", "--spacing", "0,1,1", "x"],
+                          ["phantom", "--spacing", "1,1,1000", "x"], ["phantom", "--spacing", "1,1,1 ", "x"],
                           ["phantom", "--kind", "multiframe", "--size", "16384", "--slices", "999999", "x"],
                           ["convert", "--syntax", "jpeg", "x", "y"],
                           ["convert", "--no-preamble", "--syntax", "explicit", "x", "y"]):
@@ -94,7 +136,7 @@ class Help(tool.ToolTest):
     def test_every_verb_has_the_common_options(self):
         for verb in VERBS:
             options = options_in(run(verb, "--help").stdout.decode())
-            self.assertLessEqual({"-q", "--quiet", "-v", "--verbose", "-d", "--debug", "--json", "-h", "--help"}, options)
+            self.assertLessEqual({"-q", "--quiet", "-v", "--verbose", "-d", "--debug", "--json", "-h", "--help", "--version"}, options)
 
     def test_every_help_has_the_table_of_exit_codes(self):
         for arguments in (["--help"], *[[verb, "--help"] for verb in VERBS]):
@@ -110,9 +152,10 @@ class Help(tool.ToolTest):
     def test_version_is_that_of_the_library(self):
         header = (tool.SOURCE_DIR / "include/tessaret/version.h").read_text()
         numbers = [re.search(rf"VERSION_{part} (\d+)", header)[1] for part in ("MAJOR", "MINOR", "PATCH")]
-        result = run("--version")
-        self.assert_ends(result, DONE, "")
-        self.assertEqual(result.stdout.decode(), f"tessaret {'.'.join(numbers)}\n")
+        for arguments in (["--version"], *[[verb, "--version"] for verb in VERBS]):
+            result = run(*arguments)
+            self.assert_ends(result, DONE, "")
+            self.assertEqual(result.stdout.decode(), f"tessaret {'.'.join(numbers)}\n")
 
 
 class Manual(tool.ToolTest):
@@ -151,8 +194,23 @@ class Manual(tool.ToolTest):
             for code, words in CODES.items():
                 self.assertRegex(text, rf"{code}\s+{words}")
 
-    def test_the_pages_name_the_spellings_of_other_programs(self):
-        self.assertIn("\\fB+L\\fR", (self.pages / "tessaret-dump.1").read_text())
+    def test_the_spellings_of_other_programs_are_named_in_every_text(self):
+        completion = (self.folder / "bash-completion/completions/tessaret").read_text()
+        for verb, spellings in (("dump", ["+L", "+r", "+sd"]), ("check", ["+r", "+sd"]), ("convert", ["+ti", "+te"])):
+            for text in ((self.pages / f"tessaret-{verb}.1").read_text(), run(verb, "--help").stdout.decode(),
+                         re.search(rf"^    {verb}\) words=(.*)$", completion, re.M)[1]):
+                for spelling in spellings:
+                    self.assertRegex(text, rf"\{spelling}(?![a-z])")
+
+    def test_the_spellings_of_other_programs_work(self):
+        file = self.write("tree/a.dcm", tool.meta(tool.EXPLICIT) + tool.element(0x00204000, "LT", "x" * 200))
+        self.assertIn(b"x" * 200, run("dump", "+sd", "+r", "+L", file.parent).stdout)
+        self.assertIn(b"1 files", run("check", "+sd", "+r", file.parent).stdout)
+        for spelling, name in (("+ti", "ImplicitVRLittleEndian"), ("+te", "ExplicitVRLittleEndian")):
+            out = self.path(name)
+            self.assert_ends(run("convert", "-v", spelling, file, out), DONE, f"tessaret: {out}: written in {name}\n")
+        # Where a verb has no such option it is a word like any other.
+        self.assert_ends(run("check", "+L", cwd=self.folder), INPUT_FAILED, "tessaret: +L: No such file or directory\n")
 
     def test_completion_offers_verbs_options_and_choices(self):
         script = self.folder / "bash-completion/completions/tessaret"
@@ -169,6 +227,11 @@ class Manual(tool.ToolTest):
         self.assertEqual(complete("tessaret", "dump", "--format", ""), {"lines", "text"})
         self.assertEqual(complete("tessaret", "phantom", "--kind", "m"), {"mr", "multiframe", "mono1"})
         self.assertEqual(complete("tessaret", "convert", "--no"), {"--no-preamble"})
+        self.assertEqual(complete("tessaret", "convert", "+"), {"+ti", "+te"})
+        self.assertEqual(complete("tessaret", "-q", "du"), {"dump"})
+        self.assertEqual(complete("tessaret", "-q", "dump", "--format", "="), {"lines", "text"})
+        self.assertEqual(complete("tessaret", "dump", "--format", "=", "li"), {"lines"})
+        self.assertEqual(complete("tessaret", "dump", "--", "--"), set())
         self.write("some.dcm", b"")
         self.assertEqual(complete("tessaret", "dump", "so"), {"some.dcm"})
 

@@ -1,0 +1,81 @@
+"""The test programs and the tool in little room: 256 MiB of address space beyond what a program takes to start, and 256 KiB of stack.
+
+What is left out has more than that in its hands before it begins.
+"""
+
+import concurrent.futures
+import os
+import pathlib
+import subprocess
+import unittest
+
+BIN = pathlib.Path(os.environ["TESSARET_BINARY_DIR"]) / "bin"
+TOOL = os.environ["TESSARET_TOOL"]
+CORPUS = pathlib.Path(os.path.normpath(pathlib.Path(os.environ["TESSARET_SOURCE_DIR"]) / ".." / "shared" / "dicom"))
+
+MIB = 1 << 20
+ROOM = 256 * MIB
+STACK = 256 << 10
+
+PROGRAMS = {
+    "base_test": [],
+    "platform_test": [],
+    "core_object_test": ["DICOMObject.CopiesAndDestroysAMillionLevelsOnASmallStack"],
+    "core_coding_test": [],
+    "core_dictionary_test": [],
+    "core_dump_test": [],
+    "core_memory_test": [],
+    "core_stream_test": ["MemoryBuffer.ABlockLongerThanInSizeCanCountIsReadToItsEnd"],
+    "corpus_test": [],
+    "tools_test": [],
+    "fault_file_test": ["BoundedCost.TenMillionEmptyElementsCostTheirRecords", "BoundedCost.AnUnknownValueOfAGibibyteCostsItself",
+                        "BoundedCost.ABlockThatFailsLateCostsASmallMultipleOfItself", "BoundedCost.ALargeFileIsSavedInMegabytes",
+                        "BoundedCost/Depth.*/10000000*"],
+}
+
+
+def limited(command, space):
+    """The finished command, held to an address space and a small stack."""
+    held = ["prlimit", f"--stack={STACK}", f"--as={space}", *map(str, command)]
+    return subprocess.run(held, check=False, capture_output=True, stdin=subprocess.DEVNULL)
+
+
+def least_space(command):
+    """The least address space, to the MiB, in which a command that does next to nothing succeeds."""
+    low, high = 1 * MIB, 1024 * MIB
+    while high - low > MIB:
+        middle = (low + high) // 2
+        if limited(command, middle).returncode == 0:
+            high = middle
+        else:
+            low = middle
+    return high
+
+
+class SmallLimits(unittest.TestCase):
+
+    def failure_of(self, program):
+        """What a test program says when it fails; empty when all is well."""
+        path = BIN / program
+        space = least_space([path, "--gtest_list_tests"]) + ROOM
+        result = limited([path, "--gtest_brief=1", "--gtest_filter=-" + ":".join(PROGRAMS[program])], space)
+        return "" if result.returncode == 0 else f"{program} in {space // MIB} MiB: " + (result.stdout + result.stderr).decode()[-3000:]
+
+    def test_every_test_program_passes(self):
+        with concurrent.futures.ThreadPoolExecutor(2) as pool:
+            self.assertEqual([words for words in pool.map(self.failure_of, PROGRAMS) if words], [])
+
+    @unittest.skipUnless((CORPUS / "manifest.tsv").exists(), f"the real files of {CORPUS} are not here")
+    def test_the_tool_says_of_real_files_what_it_says_in_more_room(self):
+        space = least_space([TOOL, "dictionary", "0010,0010"]) + ROOM
+        for command in ([TOOL, "check", "--json", CORPUS], [TOOL, "dump", "--json", CORPUS]):
+            small = limited(command, space)
+            large = subprocess.run(list(map(str, command)), check=False, capture_output=True, stdin=subprocess.DEVNULL)
+            self.assertEqual(small.returncode, large.returncode, small.stderr[-2000:])
+            self.assertEqual(small.stderr, large.stderr)
+            without_summary = lambda output: [line for line in output.splitlines() if b'"seconds"' not in line]
+            self.assertEqual(without_summary(small.stdout), without_summary(large.stdout))
+
+
+if __name__ == "__main__":
+    unittest.main()
