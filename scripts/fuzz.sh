@@ -23,6 +23,10 @@ while [ $# -gt 0 ]; do
   shift
 done
 
+# A run is short and frees all that it took, so few freed blocks have to be watched, and a finding is replayed with the
+# stacks of its allocations: run the target on the file. It makes the runs half as fast again.
+export ASAN_OPTIONS="allocator_may_return_null=1:quarantine_size_mb=1:malloc_context_size=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
+
 # One kilobyte more than the largest file of a seed folder is the longest input that is tried: runs by the million find
 # more in many short inputs than in few long ones.
 longest_input() {
