@@ -27,6 +27,7 @@ class ElementMap {
   /// changed, when there is no memory.
   VR** FindOrInsert(TagKey key) {
     if (tree_ || (!flat_.empty() && flat_.back().key >= key)) return InsertLate(key);
+    if (flat_.size() == flat_.capacity()) Reserve(kFirstRoom);
     flat_.push_back({key, nullptr});
     return &flat_.back().vr;
   }
@@ -86,6 +87,9 @@ class ElementMap {
 
  private:
   using Tree = std::map<TagKey, VR*>;
+
+  /// An item of a sequence has about three elements; a vector would take memory for one, for two and for four of them.
+  static constexpr std::size_t kFirstRoom = 4;
 
   /// The index of the first entry whose key is not below `key`.
   [[nodiscard]] std::size_t LowerBound(TagKey key) const;

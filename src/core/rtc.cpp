@@ -41,6 +41,14 @@ std::unique_ptr<RtcTable> MakeTable(const std::vector<RtcDraft::Entry>& entries,
   return table;
 }
 
+TagIndex IndexOf(const RtcTable& table) {
+  std::vector<VrCode> types(table.Count);
+  for (std::uint32_t at = 0; at < table.Count; ++at) types[at] = table.Elements[at].TypeCode;
+  TagIndex index;
+  index.Build(table.Keys.get(), types.data(), table.Count);
+  return index;
+}
+
 }  // namespace
 
 RTC::~RTC() = default;
@@ -129,8 +137,7 @@ bool RTC::Install(RtcDraft&& draft) {
   // All that needs memory comes first: without it the dictionary stays as it was.
   SortByTag(draft.entries);
   std::unique_ptr<RtcTable> table = MakeTable(draft.entries, draft.texts);
-  TagIndex index;
-  index.Build(table->Keys.get(), table->Count);
+  TagIndex index = IndexOf(*table);
   DetachRTC();
   Table = std::move(table);
   index_ = std::move(index);
@@ -152,8 +159,10 @@ const _RTCElement* RTC::Find(TagKey key) const {
 }
 
 VrCode RTC::RunTimeClass(std::uint16_t group, std::uint16_t element, char* description) const {
+  const TagKey key = MakeTagKey(group, element);
+  if (description == nullptr && index_.IsBuilt()) return index_.TypeOf(key);
   if (description != nullptr) *description = '\0';
-  const _RTCElement* entry = Find(MakeTagKey(group, element));
+  const _RTCElement* entry = Find(key);
   if (entry == nullptr) return type_code::kNone;
   if (description != nullptr && entry->Description != nullptr) {
     std::memcpy(description, entry->Description, std::strlen(entry->Description) + 1);

@@ -10,7 +10,7 @@ namespace {
 constexpr std::uint32_t kLongestProbe = 64;
 
 /// A larger dictionary than the index can number is searched the plain way.
-constexpr std::uint32_t kMostKeys = 1U << 29;
+constexpr std::uint32_t kMostKeys = 0xFFFF;
 
 }  // namespace
 
@@ -29,30 +29,32 @@ std::int64_t SearchKeys(const TagKey* keys, std::uint32_t count, TagKey key) {
   return std::lower_bound(keys, keys + at, key) - keys;
 }
 
-bool TagIndex::Build(const TagKey* keys, std::uint32_t count) {
+bool TagIndex::Build(const TagKey* keys, const VrCode* types, std::uint32_t count) {
   slots_.clear();
   if (count > kMostKeys) return false;
-  const std::uint32_t size = std::bit_ceil(std::max(3 * count, 2U));
+  const std::uint32_t size = std::bit_ceil(std::max(2 * count, 2U));
   slots_.resize(size);
   mask_ = size - 1;
   shift_ = 32 - static_cast<std::uint32_t>(std::countr_zero(size));
   for (std::uint32_t position = 0; position < count; ++position) {
-    if (Insert(keys[position], position)) continue;
+    if (Insert({keys[position], static_cast<std::uint16_t>(position + 1), types[position]})) {
+      continue;
+    }
     slots_.clear();
     return false;
   }
   return true;
 }
 
-bool TagIndex::Insert(TagKey key, std::uint32_t position) {
-  std::uint32_t at = HomeOf(key);
+bool TagIndex::Insert(Slot entry) {
+  std::uint32_t at = HomeOf(entry.key);
   for (std::uint32_t probe = 0; probe < kLongestProbe; ++probe, at = (at + 1) & mask_) {
     Slot& slot = slots_[at];
     if (slot.next == 0) {
-      slot = {key, position + 1};
+      slot = entry;
       return true;
     }
-    if (slot.key == key) return true;
+    if (slot.key == entry.key) return true;
   }
   return false;
 }

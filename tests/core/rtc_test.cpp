@@ -615,6 +615,8 @@ TEST_F(RealDictionary, FindsEveryKeyAsThePlainSearchDoes) {
     const std::int64_t plain = SearchKeys(table.Keys.get(), table.Count, table.Keys[at]);
     ASSERT_EQ(plain, at);
     ASSERT_EQ(rtc_.Find(table.Keys[at]), &table.Elements[at]);
+    ASSERT_EQ(TypeOf(rtc_, table.Elements[at].Group, table.Elements[at].Element),
+              table.Elements[at].TypeCode);
   }
 }
 

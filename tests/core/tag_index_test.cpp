@@ -22,6 +22,15 @@ std::int64_t Search(const Keys& keys, TagKey key) {
   return SearchKeys(keys.data(), static_cast<std::uint32_t>(keys.size()), key);
 }
 
+/// A type for each position that no other position below 65535 has.
+VrCode TypeAt(std::size_t position) { return static_cast<VrCode>(position + 1); }
+
+bool Build(TagIndex& index, const Keys& keys) {
+  std::vector<VrCode> types;
+  for (std::size_t at = 0; at < keys.size(); ++at) types.push_back(TypeAt(at));
+  return index.Build(keys.data(), types.data(), static_cast<std::uint32_t>(keys.size()));
+}
+
 /// `count` sorted keys, some of them equal.
 Keys RandomKeys(std::mt19937& random, std::size_t count) {
   Keys keys(count);
@@ -75,10 +84,11 @@ TEST(TagIndex, IsNotBuiltAtFirst) { EXPECT_FALSE(TagIndex().IsBuilt()); }
 
 TEST(TagIndex, OfNoKeysFindsNothing) {
   TagIndex index;
-  EXPECT_TRUE(index.Build(nullptr, 0));
+  EXPECT_TRUE(Build(index, {}));
   EXPECT_TRUE(index.IsBuilt());
   EXPECT_EQ(index.Find(0), -1);
   EXPECT_EQ(index.Find(0xFFFFFFFF), -1);
+  EXPECT_EQ(index.TypeOf(0), type_code::kNone);
 }
 
 TEST(TagIndex, AgreesWithThePlainSearchForEverySizeUpTo100) {
@@ -86,9 +96,12 @@ TEST(TagIndex, AgreesWithThePlainSearchForEverySizeUpTo100) {
   for (std::size_t count = 1; count <= 100; ++count) {
     const Keys keys = RandomKeys(random, count);
     TagIndex index;
-    ASSERT_TRUE(index.Build(keys.data(), static_cast<std::uint32_t>(count)));
+    ASSERT_TRUE(Build(index, keys));
     for (TagKey key = 0; key <= 2 * count + 2; ++key) {
-      ASSERT_EQ(index.Find(key), Search(keys, key)) << count << " keys, key " << key;
+      const std::int64_t plain = Search(keys, key);
+      ASSERT_EQ(index.Find(key), plain) << count << " keys, key " << key;
+      ASSERT_EQ(index.TypeOf(key),
+                plain < 0 ? type_code::kNone : TypeAt(static_cast<std::size_t>(plain)));
     }
   }
 }
@@ -96,22 +109,36 @@ TEST(TagIndex, AgreesWithThePlainSearchForEverySizeUpTo100) {
 TEST(TagIndex, HoldsTheSmallestAndTheLargestKey) {
   const Keys keys{0, 0xFFFFFFFF};
   TagIndex index;
-  ASSERT_TRUE(index.Build(keys.data(), 2));
+  ASSERT_TRUE(Build(index, keys));
   EXPECT_EQ(index.Find(0), 0);
   EXPECT_EQ(index.Find(0xFFFFFFFF), 1);
 }
 
-TEST(TagIndex, TakesAnyNumberOfEqualKeys) {
+TEST(TagIndex, NumbersAsManyKeysAsTwoBytesCanAndRefusesMore) {
+  Keys keys(65535);
+  for (std::size_t at = 0; at < keys.size(); ++at) keys[at] = static_cast<TagKey>(at * 3);
+  TagIndex index;
+  ASSERT_TRUE(Build(index, keys));
+  EXPECT_EQ(index.Find(3 * 65534), 65534);
+  EXPECT_EQ(index.TypeOf(3 * 65534), 0xFFFF);
+  EXPECT_EQ(index.Find(3 * 65534 + 1), -1);
+  keys.push_back(3 * 65535);
+  EXPECT_FALSE(Build(index, keys));
+  EXPECT_FALSE(index.IsBuilt());
+}
+
+TEST(TagIndex, TakesEqualKeysAsTheFirst) {
   const Keys keys(1000, 0x00100010);
   TagIndex index;
-  ASSERT_TRUE(index.Build(keys.data(), 1000));
+  ASSERT_TRUE(Build(index, keys));
   EXPECT_EQ(index.Find(0x00100010), 0);
+  EXPECT_EQ(index.TypeOf(0x00100010), TypeAt(0));
 }
 
 TEST(TagIndex, TakesAsManyKeysOfOneHomeAsALookUpMayPass) {
   const Keys keys = CrowdedKeys(64);
   TagIndex index;
-  ASSERT_TRUE(index.Build(keys.data(), 64));
+  ASSERT_TRUE(Build(index, keys));
   for (std::uint32_t at = 0; at < 64; ++at) EXPECT_EQ(index.Find(keys[at]), at);
 }
 
@@ -119,15 +146,15 @@ TEST(TagIndex, IsNotBuiltForMoreKeysOfOneHome) {
   const Keys few{1, 2, 3};
   const Keys keys = CrowdedKeys(65);
   TagIndex index;
-  ASSERT_TRUE(index.Build(few.data(), 3));
-  EXPECT_FALSE(index.Build(keys.data(), 65));
+  ASSERT_TRUE(Build(index, few));
+  EXPECT_FALSE(Build(index, keys));
   EXPECT_FALSE(index.IsBuilt());
 }
 
 TEST(TagIndex, RefusesKeysOfOneHomeWithoutGoingThroughAllOfThem) {
   const Keys keys = CrowdedKeys(60000);
   TagIndex index;
-  EXPECT_FALSE(index.Build(keys.data(), static_cast<std::uint32_t>(keys.size())));
+  EXPECT_FALSE(Build(index, keys));
 }
 
 }  // namespace
