@@ -25,6 +25,13 @@ test_threads() {
   run_ctest tsan -L '^threads$'
 }
 
+# Real and damaged files once more, through code that the linker has optimised as a whole: what rests on undefined
+# behaviour comes out otherwise there.
+test_linked_as_one() {
+  build_preset lto fault_file_test fault_file_threads_test corpus_test || return
+  run_ctest lto -L '^(fault|corpus)$' -E '^fault_small_limits_test$'
+}
+
 failed=()
 # step NAME COMMAND...: runs one step, keeps its time, goes on after a failure so that one run shows all of them.
 step() {
@@ -45,6 +52,7 @@ if [ "${1:-}" != --quick ]; then
   step "Clang tests" run_ctest clang -L '^(base|platform|core)$'
   step "address and undefined sanitizers" test_instrumented asan
   step "thread sanitizer" test_threads
+  step "link-time optimisation" test_linked_as_one
   step "check" bash "$root/scripts/check.sh"
   step "fuzz targets, $fuzz_runs runs each" bash "$root/scripts/fuzz.sh" --runs $fuzz_runs
 fi
