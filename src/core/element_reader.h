@@ -134,8 +134,6 @@ class ElementReader {
     bool within = false;
     std::int64_t remaining = 0;         // what its counted length leaves
     std::optional<std::string> syntax;  // named by it and not yet in use
-    // Where an element of it is read at first: the object may hold an older one of the tag, or pass its elements on.
-    DICOMObject aside;
   };
 
   bool StopAt(ParseStop::Why why, const Head& head) {
@@ -235,10 +233,13 @@ class ElementReader {
       if (!PushElement(object, vr, head)) return false;
       return in_.ReadNested(*this, object, form, depth + 1, head.length);
     }
-    if (!ReadValue(*vr)) return Truncated(head);
-    if (TurnsValues(form, depth) && in_.SwapsValues())
-      SwapValue(vr->TypeCode, vr->Data, vr->Length);
-    return PushElement(object, vr, head);
+    return ReadTurnedValue(*vr, head, form, depth) && PushElement(object, vr, head);
+  }
+
+  bool ReadTurnedValue(VR& vr, const Head& head, ElementForm form, std::int32_t depth) {
+    if (!ReadValue(vr)) return Truncated(head);
+    if (TurnsValues(form, depth) && in_.SwapsValues()) SwapValue(vr.TypeCode, vr.Data, vr.Length);
+    return true;
   }
 
   /// Values stay as they are in implicit data sets and items; at the outermost level of a file they are turned in any form.
@@ -247,13 +248,30 @@ class ElementReader {
   }
 
   bool ReadMetaElement(DICOMObject& object, const Head& head, ElementForm form, Meta& meta) {
-    const bool read = ReadBody(meta.aside, head, form, 0);
-    const VR* vr = meta.aside.GetVR(head.group, head.element);
+    if (head.length == kUndefinedLength || head.type == type_code::SQ)
+      return ReadMetaSequence(object, head, form, meta);
+    if (!CheckTotal(head)) return false;
+    auto vr = MakeElement(head);
+    if (!ReadTurnedValue(*vr, head, form, 0)) return false;
+    NoteMetaElement(*vr, head, meta);
+    if (!EndsWithSyntax(head, meta)) return PushElement(object, vr, head);
+    if (tracing_) TraceElement(*vr);
+    return true;
+  }
+
+  /// It is read aside at first: the object may hold an older one of the tag, or pass its elements on.
+  bool ReadMetaSequence(DICOMObject& object, const Head& head, ElementForm form, Meta& meta) {
+    DICOMObject aside;
+    const bool read = ReadBody(aside, head, form, 0);
+    const VR* vr = aside.GetVR(head.group, head.element);
     if (read && vr != nullptr) NoteMetaElement(*vr, head, meta);
-    // The syntax that ends the meta header takes effect, but does not stay.
-    if (!meta.within && head.Key() == kTransferSyntaxTag)
-      delete meta.aside.Remove(head.group, head.element);
-    return MoveElements(meta.aside, object, head) && read;
+    if (EndsWithSyntax(head, meta)) delete aside.Remove(head.group, head.element);
+    return MoveElements(aside, object, head) && read;
+  }
+
+  /// The syntax that ends the meta header takes effect, but does not stay.
+  static bool EndsWithSyntax(const Head& head, const Meta& meta) {
+    return !meta.within && head.Key() == kTransferSyntaxTag;
   }
 
   static void NoteMetaElement(const VR& vr, const Head& head, Meta& meta) {
