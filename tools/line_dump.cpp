@@ -123,7 +123,8 @@ class LineDump final : public ObjectVisitor {
     if (vr.Element == 0) return "Group Length";
     if (vr.Group % 2 == 0) return "Unknown";
     if (vr.Element >= 0x0010 && vr.Element <= 0x00FF) return "Private Creator";
-    const VR* creator = owner.GetVR(vr.Group, vr.Element >> 8);
+    // Below (gggg,1000) no element belongs to a creator.
+    const VR* creator = vr.Element < 0x1000 ? nullptr : owner.GetVR(vr.Group, vr.Element >> 8);
     if (creator == nullptr || creator->Data == nullptr) return "Private";
     return "Private (" + Escaped(UnpaddedText(*creator), kLongestValue) + ')';
   }

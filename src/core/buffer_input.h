@@ -32,7 +32,7 @@ class BufferInput {
   bool Read32(std::uint32_t& value) { return buffer_.Read32(&value); }
   bool Read8(std::uint8_t& value) { return buffer_.Read8(&value); }
 
-  [[nodiscard]] static bool HoldsInPlace(std::uint32_t) { return false; }
+  [[nodiscard]] static bool ReadInPlace(VR&) { return false; }
 
   bool ReadBytes(std::uint8_t* to, std::uint32_t count) {
     // In portions, since the stream gathers what is asked for at once in chunks beside its destination.

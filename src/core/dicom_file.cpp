@@ -218,7 +218,10 @@ bool DataSetCoder::SaveStaged(const char* path, FileBuffer& buffer, Encode encod
     systemError_ = staged.Error();
     return false;
   }
-  if (!buffer.OpenForWrite(staged.StagingPath().c_str())) return false;
+  if (!buffer.OpenForWrite(staged.StagingPath().c_str())) {
+    systemError_ = buffer.ErrorNumber();
+    return false;
+  }
   buffer.SetOutEndian(kLittleEndian);
   const bool encoded = encode(buffer) && buffer.Flush();
   buffer.Close();

@@ -39,12 +39,29 @@ std::unique_ptr<ItemArray, ItemArrayDestroyer> EmptyTwins(const ItemArray& items
   return twins;
 }
 
+/// Takes what is to be copied into the items of `former` off the list: they go with it.
+void ForgetItems(const VR& former, std::vector<PendingCopy>& pending) {
+  if (former.Items == nullptr) return;
+  std::erase_if(pending, [&former](const PendingCopy& each) {
+    const ItemArray::Node* node = former.Items->First;
+    while (node != nullptr && node->value != each.target) node = node->next;
+    return node != nullptr;
+  });
+}
+
 void CopyElements(const PendingCopy copy, bool deep, std::vector<PendingCopy>& pending) {
   const auto before = static_cast<std::ptrdiff_t>(pending.size());
   copy.target->Elements.Reserve(copy.source->Elements.Size());
+  TagKey highest = 0;
   copy.source->Elements.ForEach([&](const VR& element) {
     auto twin = std::make_unique<VR>(element, deep, VR::WithoutItems{});
     if (element.Items != nullptr) twin->Items = EmptyTwins(*element.Items, pending).release();
+    // Only where a tag was changed in place can a twin be there already, which the push will destroy.
+    if (twin->Key() <= highest) {
+      const VR* former = copy.target->Elements.Find(twin->Key());
+      if (former != nullptr) ForgetItems(*former, pending);
+    }
+    highest = std::max(highest, twin->Key());
     copy.target->Push(twin.get());
     twin.release();
   });

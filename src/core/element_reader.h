@@ -39,7 +39,11 @@ template <class Input>
 class ElementReader {
  public:
   ElementReader(DataSetCoder& coder, Input& in)
-      : coder_(coder), dictionary_(coder.Dictionary), in_(in), tracing_(IsDumping(kDumpParse)) {}
+      : coder_(coder),
+        dictionary_(coder.Dictionary),
+        types_(dictionary_ == nullptr ? nullptr : dictionary_->PlainTypes()),
+        in_(in),
+        tracing_(IsDumping(kDumpParse)) {}
 
   /// Reads elements until the level ends.
   bool ReadLevel(DICOMObject& object, ElementForm form, std::int32_t depth) {
@@ -147,6 +151,7 @@ class ElementReader {
   }
 
   VrCode LookUp(const Head& head) const {
+    if (types_ != nullptr) return types_->TypeOf(head.Key());
     if (dictionary_ == nullptr) return type_code::kNone;
     return dictionary_->RunTimeClass(head.group, head.element, nullptr);
   }
@@ -332,10 +337,7 @@ class ElementReader {
   /// Reads `vr.Length` bytes into a new Data. Within a view a longer value yields what is left, and has that length.
   bool ReadValue(VR& vr) {
     if (vr.Length == 0) return true;
-    if (in_.HoldsInPlace(vr.Length)) {
-      vr.AllocateValue();
-      return in_.ReadBytes(vr.Data, vr.Length);
-    }
+    if (in_.ReadInPlace(vr)) return true;
     if (vr.Length > in_.LeftInView()) vr.Length = in_.LeftInView();
     if (vr.Length == 0) return true;
     const std::uint64_t supply = in_.SuppliesAtMost();
@@ -384,6 +386,7 @@ class ElementReader {
 
   DataSetCoder& coder_;
   const RTC* dictionary_;
+  const TagIndex* types_;  // of the dictionary, where no descendant answers in its own way
   Input& in_;
   bool tracing_;
   bool readsFile_ = false;

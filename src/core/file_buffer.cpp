@@ -91,8 +91,12 @@ bool FileBuffer::Seek(std::uint64_t offset) {
 bool FileBuffer::HasError() { return Stream ? Stream->Error() != 0 : error_ != 0; }
 
 std::string FileBuffer::ErrorText() {
-  const int error = Stream && Stream->Error() != 0 ? Stream->Error() : error_;
+  const int error = ErrorNumber();
   return error == 0 ? std::string() : SystemErrorText(error);
+}
+
+int FileBuffer::ErrorNumber() const {
+  return Stream && Stream->Error() != 0 ? Stream->Error() : error_;
 }
 
 FileStream* FileBuffer::LendStream() {

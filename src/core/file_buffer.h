@@ -39,6 +39,8 @@ class FileBuffer : public LinkedBuffer {
   virtual bool HasError();
   /// The operating system's words for the last file error; empty when there was none.
   virtual std::string ErrorText();
+  /// The number of that error; 0 when there was none.
+  [[nodiscard]] int ErrorNumber() const;
 
   /// The stream for a reader that takes its bytes from the window in place; null when bytes wait in chunks, when
   /// nothing is open for reading, or when a descendant may read in its own way.

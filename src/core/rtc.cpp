@@ -4,6 +4,7 @@
 #include <cstring>
 #include <new>
 #include <string_view>
+#include <typeinfo>
 #include <utility>
 
 #include "core/rtc_binary.h"
@@ -156,6 +157,12 @@ const _RTCElement* RTC::Find(TagKey key) const {
   const std::int64_t at =
       index_.IsBuilt() ? index_.Find(key) : SearchKeys(Table->Keys.get(), Table->Count, key);
   return at < 0 ? nullptr : &Table->Elements[static_cast<std::size_t>(at)];
+}
+
+const TagIndex* RTC::PlainTypes() const {
+  const std::type_info& type = typeid(*this);
+  const bool plain = type == typeid(RTC) || type == typeid(DcmDictionary);
+  return plain && index_.IsBuilt() ? &index_ : nullptr;
 }
 
 VrCode RTC::RunTimeClass(std::uint16_t group, std::uint16_t element, char* description) const {

@@ -68,6 +68,10 @@ class RTC {
   /// The entry of a tag, or null. It lives until the dictionary is loaded anew or emptied.
   [[nodiscard]] const _RTCElement* Find(TagKey key) const;
 
+  /// What RunTimeClass looks types up in, for those who ask a great many times; null where there is none and where a
+  /// descendant may answer in its own way. It lives as an entry does.
+  [[nodiscard]] const TagIndex* PlainTypes() const;
+
   /// Why the last load was refused, with the number of the line in a text file; empty after one that was not.
   [[nodiscard]] const std::string& LastErrorText() const { return lastErrorText_; }
 

@@ -2,12 +2,17 @@
 
 #include <algorithm>
 #include <bit>
+#include <cstddef>
 
 namespace tessaret {
 namespace {
 
 /// Slots that a key may lie away from its home. The dictionary of the standard needs fewer than 10.
 constexpr std::uint32_t kLongestProbe = 64;
+
+/// Used slots side by side. A look-up of an unknown key may go through all of them, however near each key is to its home.
+/// The dictionary of the standard has at most 24.
+constexpr std::uint32_t kLongestRun = 256;
 
 /// A larger dictionary than the index can number is searched the plain way.
 constexpr std::uint32_t kMostKeys = 0xFFFF;
@@ -43,7 +48,19 @@ bool TagIndex::Build(const TagKey* keys, const VrCode* types, std::uint32_t coun
     slots_.clear();
     return false;
   }
-  return true;
+  if (LongestRun() > kLongestRun) slots_.clear();
+  return IsBuilt();
+}
+
+std::uint32_t TagIndex::LongestRun() const {
+  std::uint32_t longest = 0;
+  std::uint32_t run = 0;
+  // Twice round, since a run may go on from the last slot in the first. Half of the slots are free.
+  for (std::size_t at = 0; at < 2 * slots_.size(); ++at) {
+    run = slots_[at & mask_].next == 0 ? 0 : run + 1;
+    longest = std::max(longest, run);
+  }
+  return longest;
 }
 
 bool TagIndex::Insert(Slot entry) {

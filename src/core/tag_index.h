@@ -48,6 +48,7 @@ class TagIndex {
 
   [[nodiscard]] std::uint32_t HomeOf(TagKey key) const { return (key * kScatter) >> shift_; }
   bool Insert(Slot entry);
+  [[nodiscard]] std::uint32_t LongestRun() const;
 
   /// 2^32 divided by the golden ratio: neighbouring tags come to lie far apart.
   static constexpr std::uint32_t kScatter = 0x9E3779B1;

@@ -73,9 +73,20 @@ class WindowInput {
     return true;
   }
 
-  /// True when `count` bytes can be read without going to the stream.
-  [[nodiscard]] bool HoldsInPlace(std::uint32_t count) const {
-    return count <= static_cast<std::size_t>(stop_ - at_);
+  /// Gives `vr` its value when that can be read without going to the stream. A copy of fixed length, where the window has
+  /// the bytes for it, costs a fraction of one whose length is not known before.
+  bool ReadInPlace(VR& vr) {
+    if (!HoldsInPlace(vr.Length)) return false;
+    vr.AllocateValue();
+    const bool fixed =
+        vr.Data == vr.Small && static_cast<std::size_t>(windowEnd_ - at_) >= sizeof(vr.Small);
+    if (fixed) {
+      std::memcpy(vr.Small, at_, sizeof(vr.Small));
+    } else {
+      std::memcpy(vr.Data, at_, vr.Length);
+    }
+    at_ += vr.Length;
+    return true;
   }
 
   bool ReadBytes(std::uint8_t* to, std::uint32_t count) {
@@ -122,6 +133,11 @@ class WindowInput {
   }
 
  private:
+  /// True when `count` bytes can be read without going to the stream.
+  [[nodiscard]] bool HoldsInPlace(std::uint32_t count) const {
+    return count <= static_cast<std::size_t>(stop_ - at_);
+  }
+
   static constexpr std::uint64_t kNoEnd = std::numeric_limits<std::uint64_t>::max();
 
   [[nodiscard]] std::uint64_t Offset() const {

@@ -53,7 +53,8 @@ class WriteSignals {
   WriteSignals& operator=(const WriteSignals&) = delete;
   ~WriteSignals() { ::pthread_sigmask(SIG_SETMASK, &before_, nullptr); }
 
-  /// Takes away what a write that failed has raised. Where the host holds a signal back itself, it stays for the host.
+  /// Takes away what a write that failed, if only after some of its bytes, has raised. Where the host holds a signal back
+  /// itself, it stays for the host.
   void Take() const {
     const int error = errno;
     sigset_t ours = held_;
@@ -101,7 +102,8 @@ FileResult WriteSome(int descriptor, const void* data, std::size_t count) {
   const WriteSignals signals;
   return Run(FileCall::kWrite, count, [&] {
     const ssize_t written = ::write(descriptor, data, count);
-    if (written < 0) signals.Take();
+    // A pipe that loses its reader in the middle of a write answers with what went, and raises the signal all the same.
+    if (written < static_cast<ssize_t>(count)) signals.Take();
     return written;
   });
 }

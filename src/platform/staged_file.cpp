@@ -22,9 +22,12 @@ constexpr int kMostWritersOfOnePlace = 64;
 // As many links in a row as the system itself follows.
 constexpr int kMostLinks = 40;
 
-/// What `path` names behind all symbolic links; where nothing is there yet, the place that the last link leads to.
+/// What `path` names behind all symbolic links; where nothing is there yet, the place that the last link leads to. What is
+/// no regular file is written where it is, and the link to a pipe in /dev/fd names nothing that could be opened.
 std::string ResolveLinks(std::string path) {
   if (HasNul(path)) return path;
+  struct stat there {};
+  if (::stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) return path;
   for (int link = 0; link < kMostLinks; ++link) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
                                                                &std::free);

@@ -259,6 +259,16 @@ TEST_F(CoderTrace, TheFileReaderAndWriterTraceTheirElements) {
             "(004C)[7FE0,0010][     4][UN]:'' |(EMPTY)|\n");
 }
 
+TEST_F(CoderTrace, ASyntaxThatDoesNotStayInTheObjectIsTracedToo) {
+  DataSetBuilder elements(kExplicit);
+  elements.Element(0x0002, 0x0010, "UI", Evened(SyntaxUidOf(kImplicit)));
+  // 4 for the first and 26 for the syntax, which ends the group.
+  EXPECT_EQ(TagsOf(*ParseFile(MetaGroupOf(elements, 30)).object), "(0002,0000)");
+  EXPECT_EQ(Traced(),
+            "(0000)[0002,0000][     4][UL]:'' |30,0x1E|\n"
+            "(000C)[0002,0010][    18][UI]:'' |1.2.840.10008.1.2|\n");
+}
+
 TEST_F(CoderTrace, SavingAFileTracesItsElementsWhetherTheObjectIsKeptOrNot) {
   const std::string name = "(0000)[0010,0010][     2][PN]:'' |A |\n";
   const std::string outgoing = kRule + "Parsing outgoing Implicit Little Endian\n";
@@ -283,6 +293,20 @@ TEST_F(CoderTrace, SavingAFileTracesItsElementsWhetherTheObjectIsKeptOrNot) {
     EXPECT_EQ(kept.substr(kept.size() - name.size()), name);
     EXPECT_EQ(kept.find("Parsing"), std::string::npos);
   }
+}
+
+TEST_F(CoderTrace, AUidThatIsPutRightIsTracedAsFromWhereItWasRead) {
+  DICOMObject object;
+  object.Push(NewElement(0x0008, 0x0018, type_code::UI, "1.2 "));
+  object.GetFirstVR()->StreamPosition = 0x1234;
+  const std::string path = folder_.File("saved.dcm");
+  const std::string traced = kRule +
+                             "Parsing outgoing Implicit Little Endian\n"
+                             "(1234)[0008,0018][     4][UI]:'' |1.2|\n";
+  EXPECT_TRUE(DataSetCoder().SaveKeeping(path.c_str(), 1, object));
+  EXPECT_EQ(Traced(), traced);
+  EXPECT_TRUE(DataSetCoder().SaveFile(path.c_str(), 1, object));
+  EXPECT_EQ(Traced(), traced);
 }
 
 TEST_F(CoderTrace, WhatIsTracedIsReadTheSame) {

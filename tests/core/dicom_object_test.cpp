@@ -515,6 +515,26 @@ TEST(DICOMObject, CloneInTheMiddleOfAWalkHasWhatIsLeft) {
   EXPECT_EQ(KeysOf(*source), (std::vector{kHigh, kTop}));
 }
 
+TEST(DICOMObject, OfElementsWhoseTagsWereMadeEqualInPlaceTheLastIsCloned) {
+  const auto sequenceOf = [](TagKey key, std::string_view text) {
+    return NewSequence(key, {NewObject({NewSequence(kLow, {NewObject({NewVR(kLow, text)})})})});
+  };
+  DICOMObject source;
+  source.Push(sequenceOf(kLow, "first"));
+  source.Push(sequenceOf(kMiddle, "second"));
+  source.Push(sequenceOf(kHigh, "third"));
+  for (const TagKey key : {kLow, kMiddle}) {
+    VR* vr = source.GetVR(GroupOf(key), ElementOf(key));
+    vr->Group = GroupOf(kHigh);
+    vr->Element = ElementOf(kHigh);
+  }
+  const std::unique_ptr<DICOMObject> expected(NewObject({sequenceOf(kHigh, "third")}));
+  for (const bool deep : {true, false}) {
+    const std::unique_ptr<DICOMObject> clone(source.Clone(deep));
+    EXPECT_EQ(Outline(*clone), Outline(*expected));
+  }
+}
+
 TEST(DICOMObject, CopyFromAddsADeepCopyOfEveryElement) {
   auto source = Sample();
   const std::string outline = Outline(*source);

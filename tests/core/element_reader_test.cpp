@@ -52,6 +52,25 @@ TEST(ElementReader, GivesImplicitElementsTheTypeOfTheDictionaryAndOthersUN) {
   EXPECT_EQ(At(*parsed.object, 0x0011, 0x0001).TypeCode, type_code::UN);
 }
 
+/// Knows one tag that no table holds.
+class OwnAnswers : public DcmDictionary {
+ public:
+  VrCode RunTimeClass(std::uint16_t group, std::uint16_t element, char*) const override {
+    return group == 0x0011 && element == 0x0001 ? type_code::LO : type_code::kNone;
+  }
+};
+
+TEST(ElementReader, AsksADescendantOfTheDictionaryAndNotItsTable) {
+  OwnAnswers dictionary;
+  ASSERT_TRUE(dictionary.AttachBytes("x\n(0010,0010) VR=\"PN\"\n", 22));
+  const Bytes bytes = DataSetBuilder(kImplicit)
+                          .Element(0x0010, 0x0010, "PN", "A ")
+                          .Element(0x0011, 0x0001, "LO", "B ");
+  const Parsed parsed = Parse(kImplicit, bytes, &dictionary);
+  EXPECT_EQ(At(*parsed.object, 0x0010, 0x0010).TypeCode, type_code::UN);
+  EXPECT_EQ(At(*parsed.object, 0x0011, 0x0001).TypeCode, type_code::LO);
+}
+
 TEST(ElementReader, LeavesImplicitElementsWithoutTypeWhereThereIsNoDictionary) {
   const Parsed parsed =
       Parse(kImplicit, DataSetBuilder(kImplicit).Element(0x0011, 0x0001, "LO", "B "));

@@ -163,6 +163,19 @@ TEST(FileReader, ASyntaxThatEndsTheCountedGroupTakesEffectAndDoesNotStay) {
   EXPECT_EQ(ValueText(At(*notLast.object, 0x0010, 0x0010)), "A ");
 }
 
+TEST(FileReader, ASyntaxWithoutALengthThatEndsTheCountedGroupDoesNotStayEither) {
+  DataSetBuilder elements(kExplicit);
+  elements.Sequence(0x0002, 0x0010, Lengths::kUndefined, Lengths::kUndefined, {Bytes{}});
+  // 4 for the first and 8 for the head: 12 makes it the last one, 13 does not.
+  const Parsed last = ParseFile(MetaGroupOf(elements, 12));
+  EXPECT_TRUE(last.result);
+  EXPECT_EQ(TagsOf(*last.object), "(0002,0000)");
+  const Parsed notLast = ParseFile(MetaGroupOf(elements, 13));
+  EXPECT_TRUE(notLast.result);
+  EXPECT_EQ(TagsOf(*notLast.object), "(0002,0000) (0002,0010)");
+  EXPECT_EQ(At(*notLast.object, 0x0002, 0x0010).ItemCount(), 1u);
+}
+
 TEST(FileReader, TheSyntaxOfAnElementBeforeStaysWhenASecondOneEndsTheGroup) {
   DataSetBuilder elements(kExplicit);
   elements.Element(0x0002, 0x0010, "UI", Evened(SyntaxUidOf(kExplicit)));  // 8 + 20
@@ -456,6 +469,22 @@ TEST(FileReader, TurnsValuesRoundInEveryFormButNotWithinImplicitItems) {
   }
 }
 
+TEST(FileReader, TurnsValuesOfTheMetaGroupRoundInEveryForm) {
+  const auto dictionary = DictionaryOf("(0002,0001) VR=\"US\"\n(0028,0010) VR=\"US\"\n");
+  for (const Encoding encoding : {kImplicit, kExplicit}) {
+    // As OB, and where the dictionary does not know it, the group length is not turned round and counts as it stands.
+    Bytes bytes = DataSetBuilder(encoding)
+                      .Element(0x0002, 0x0000, "OB", Bytes{14, 0, 0, 0})
+                      .Element(0x0002, 0x0001, "US", "AB");
+    MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+    buffer.SetOutEndian(kBigEndian);
+    const Parsed parsed =
+        ParseFileFrom(buffer, {.start = encoding, .dictionary = dictionary.get()});
+    ASSERT_TRUE(parsed.result);
+    EXPECT_EQ(ValueText(At(*parsed.object, 0x0002, 0x0001)), "BA") << NameOf(encoding);
+  }
+}
+
 // Structure at the outermost level.
 
 TEST(FileReader, KnowsStructuralTagsInEveryByteOrder) {
@@ -470,6 +499,17 @@ TEST(FileReader, KnowsStructuralTagsInEveryByteOrder) {
     EXPECT_FALSE(stray.result);
     EXPECT_EQ(stray.stop, (ParseStop{Why::kStrayTag, meta.size(), 0xFFFE, 0x1234}));
   }
+}
+
+TEST(FileReader, RefusesALengthInTheMetaGroupAboveTheTotalOfTheStreamWithWords) {
+  Bytes bytes = MetaGroup(SyntaxUidOf(kImplicit));
+  TotallingBuffer enough(bytes, 18);
+  EXPECT_TRUE(ParseFileFrom(enough, {}).result);
+  TotallingBuffer less(bytes, 17);
+  const Parsed parsed = ParseFileFrom(less, {});
+  EXPECT_FALSE(parsed.result);
+  EXPECT_EQ(parsed.error, "VR(0002,0010) Length[18] > [17] available bytes");
+  EXPECT_EQ(TagsOf(*parsed.object), "(0002,0000) (0002,0001)");
 }
 
 TEST(FileReader, AStreamThatEndsWithinTheMetaGroupGivesWhatCameBefore) {

@@ -608,6 +608,16 @@ TEST_F(RealDictionary, KnowsElementsOfTheStandard) {
   }
 }
 
+TEST_F(RealDictionary, LendsItsTypesUnlessADescendantMayAnswerInItsOwnWay) {
+  class Descendant : public DcmDictionary {};
+  Descendant descendant;
+  ASSERT_TRUE(descendant.AttachRTC(path_.c_str()));
+  EXPECT_EQ(descendant.PlainTypes(), nullptr);
+  EXPECT_EQ(DcmDictionary().PlainTypes(), nullptr);
+  ASSERT_NE(rtc_.PlainTypes(), nullptr);
+  EXPECT_EQ(rtc_.PlainTypes()->TypeOf(0x00280010), type_code::US);
+}
+
 TEST_F(RealDictionary, FindsEveryKeyAsThePlainSearchDoes) {
   const RtcTable& table = *rtc_.Table;
   ASSERT_GT(table.Count, 5000u);

@@ -342,6 +342,18 @@ TEST_F(SaveFile, SavingAnObjectThatIsKeptWritesTheVeryFileOfAClone) {
   }
 }
 
+TEST_F(SaveFile, SavingAnObjectThatIsKeptWritesTheMetaGroupWhereNothingIsToFollow) {
+  DICOMObject empty;
+  DICOMObject command;
+  command.Push(NewElement(0x0000, 0x0110, type_code::US, "AB"));
+  for (const DICOMObject* object : {&empty, &command}) {
+    const auto [saved, expected] = SavedThroughAClone(Path(), *object, 3, nullptr);
+    ASSERT_TRUE(saved);
+    ASSERT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), 3, *object));
+    EXPECT_EQ(ReadBytes(Path()), expected);
+  }
+}
+
 TEST_F(SaveFile, SavingAnObjectThatIsKeptFailsWhereAClonesSaveFails) {
   DICOMObject header;
   header.Push(NewElement(0x0002, 0x0010, type_code::UI, Evened(SyntaxUidOf(kExplicit))));
@@ -508,6 +520,26 @@ TEST_F(SaveFile, APlaceThatCannotBeOpenedFailsWithoutWords) {
   DataSetCoder coder;
   EXPECT_FALSE(coder.SaveFile(nullptr, 3, *Instance()));
   EXPECT_EQ(folder_.Listing(), "file.dcm");
+}
+
+TEST_F(SaveFile, APlaceThatCannotBeOpenedIsToldByItsNumber) {
+  DataSetCoder coder;
+  EXPECT_FALSE(coder.SaveFile(folder_.File("nowhere/file.dcm").c_str(), 3, *Instance()));
+  EXPECT_EQ(coder.LastOpenError(), ENOENT);
+  // What is no regular file is found out only when it is opened for writing; so is a process without descriptors left.
+  const std::string socket = folder_.File("socket");
+  ASSERT_EQ(::mknod(socket.c_str(), S_IFSOCK | 0600, 0), 0);
+  EXPECT_FALSE(coder.SaveFile(socket.c_str(), 3, *Instance()));
+  EXPECT_EQ(coder.LastOpenError(), ENXIO);
+  {
+    FileFailure failure;
+    failure.FailCall(FileCall::kOpen, 2, EMFILE);
+    EXPECT_FALSE(coder.SaveKeeping(Path().c_str(), 3, *Instance()));
+    EXPECT_EQ(coder.LastOpenError(), EMFILE);
+  }
+  EXPECT_TRUE(coder.SaveFile(Path().c_str(), 3, *Instance()));
+  EXPECT_EQ(coder.LastOpenError(), 0);
+  EXPECT_EQ(folder_.Listing(), "file.dcm socket");
 }
 
 TEST_F(SaveFile, ReplacesAFileAndKeepsItsPermissions) {

@@ -157,5 +157,30 @@ TEST(TagIndex, RefusesKeysOfOneHomeWithoutGoingThroughAllOfThem) {
   EXPECT_FALSE(Build(index, keys));
 }
 
+/// Sorted keys in a table of 8192 slots: `count` whose homes lie side by side from `first` on, and others that stand apart.
+Keys KeysSideBySide(std::uint32_t first, std::uint32_t count) {
+  constexpr std::uint32_t kSlots = 8192;
+  const auto keyWithHome = [](std::uint32_t home) {
+    return ((home % kSlots) << 19) * InverseOf(0x9E3779B1);
+  };
+  Keys keys;
+  for (std::uint32_t at = 0; at < count; ++at) keys.push_back(keyWithHome(first + at));
+  // A table of so many slots is for more than 2048 keys and at most 4096.
+  for (std::uint32_t home = 2000; keys.size() < 2100; home += 3) keys.push_back(keyWithHome(home));
+  std::sort(keys.begin(), keys.end());
+  return keys;
+}
+
+// An unknown key is looked for up to the next free slot, though each known one is found at once.
+TEST(TagIndex, IsNotBuiltWhenTooManySlotsSideBySideAreInUse) {
+  // At the start of the table, within it and across its end.
+  for (const std::uint32_t first : {0u, 1000u, 8100u}) {
+    TagIndex index;
+    EXPECT_TRUE(Build(index, KeysSideBySide(first, 256))) << first;
+    EXPECT_FALSE(Build(index, KeysSideBySide(first, 257))) << first;
+    EXPECT_FALSE(index.IsBuilt()) << first;
+  }
+}
+
 }  // namespace
 }  // namespace tessaret

@@ -274,6 +274,28 @@ TEST_F(FileCalls, AWriteThatNobodyReadsIsAnErrorAndNoSignal) {
             0);
 }
 
+TEST_F(FileCalls, AWriteWhoseReaderGoesInItsMiddleTellsWhatWentAndRaisesNoSignal) {
+  EXPECT_EQ(test::RunInChild([] {
+              ::signal(SIGPIPE, SIG_DFL);
+              std::array<int, 2> pipe{};
+              if (::pipe(pipe.data()) != 0) return 1;
+              // More than a pipe takes, so that the write waits; the byte read tells that it has begun.
+              const std::string words(std::size_t{1} << 20, 'w');
+              std::thread reader([&pipe] {
+                char byte = 0;
+                while (::read(pipe[0], &byte, 1) != 1) continue;
+                ::close(pipe[0]);
+              });
+              const FileResult written = WriteSome(pipe[1], words.data(), words.size());
+              const bool waits = Waits(SIGPIPE);
+              reader.join();
+              if (!written.Ok() || written.value >= std::int64_t{1} << 20) return 2;
+              if (waits || IsHeldBack(SIGPIPE)) return 3;
+              return WriteAll(pipe[1], words.data(), words.size()).error == EPIPE ? 0 : 4;
+            }),
+            0);
+}
+
 TEST_F(FileCalls, AWriteBeyondTheSizeThatAFileMayHaveIsAnErrorAndNoSignal) {
   EXPECT_EQ(test::RunInChild([this] {
               ::signal(SIGXFSZ, SIG_DFL);

@@ -1,7 +1,6 @@
 #include "platform/large_pages.h"
 
 #include <sys/mman.h>
-#include <unistd.h>
 
 #include <cerrno>
 #include <cstddef>
@@ -52,7 +51,11 @@ bool IsPreferred(const std::uint8_t* address) {
   return false;
 }
 
-bool SystemKnowsLargePages() { return ::access("/sys/kernel/mm/transparent_hugepage", F_OK) == 0; }
+/// Asked of other pages: a system without large pages refuses the wish.
+bool SystemKnowsLargePages() {
+  const Pages pages(4 * kMiB);
+  return pages.data != nullptr && ::madvise(pages.data, 4 * kMiB, MADV_HUGEPAGE) == 0;
+}
 
 TEST(LargePages, ALargeBlockIsPreferredFromItsFirstWholePageToItsLast) {
   const bool kept = SystemKnowsLargePages();

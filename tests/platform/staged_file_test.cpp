@@ -59,6 +59,17 @@ class StagedFileTest : public testing::Test {
   std::string path_ = folder_.File("file");
 };
 
+TEST_F(StagedFileTest, AnOpenPipeIsWrittenUnderItsNameInDevFd) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  EXPECT_EQ(Write("/dev/fd/" + std::to_string(ends[1]), "bytes"), 0);
+  ::close(ends[1]);
+  char read[16] = {};
+  EXPECT_EQ(::read(ends[0], read, sizeof(read)), 5);
+  EXPECT_STREQ(read, "bytes");
+  ::close(ends[0]);
+}
+
 TEST_F(StagedFileTest, TheFileComesToItsPlaceWithTheCommit) {
   StagedFile staged(path_);
   ASSERT_TRUE(staged.Begin());

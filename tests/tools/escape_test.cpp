@@ -35,6 +35,7 @@ TEST(Escape, WhatTurnsTheDirectionOfReadingIsShownAsNumbers) {
                     "txt"),
             "\\xe2\\x80\\xaetxt");                        // U+202E
   EXPECT_EQ(Escaped("\xE2\x81\xA6"), "\\xe2\\x81\\xa6");  // U+2066
+  EXPECT_EQ(Escaped("\xE2\x81\xA9"), "\\xe2\\x81\\xa9");  // U+2069
   EXPECT_EQ(Escaped("\xE2\x80\xA8"), "\\xe2\\x80\\xa8");  // U+2028, a line separator
 }
 

@@ -98,6 +98,9 @@ class Findings(tool.ToolTest):
     def test_an_image_without_pixels_is_told(self):
         content = element(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.2") + element(0x00100010, "PN", "x")
         self.assertEqual(self.words(meta(EXPLICIT) + content), ["warning: an image without pixel data"])
+        for tag, vr in ((0x7FE00008, "OF"), (0x7FE00009, "OD")):
+            content = element(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.30", implicit=True) + element(tag, vr, bytes(8), implicit=True)
+            self.assertEqual(self.words(meta(IMPLICIT) + content), [])
 
     def test_elements_out_of_order_are_told(self):
         start = meta(EXPLICIT) + element(0x00100020, "LO", "12")

@@ -90,6 +90,7 @@ class Lines(tool.ToolTest):
                              element(0x00091001, "UI", "1.2.3\\1.2.840.10008.1.1"))
         self.assertEqual(values["0008,0016"][1], "[1.2.840.10008.5.1.4.1.1.2] =CTImageStorage")
         self.assertEqual(values["0009,1001"][1], "[1.2.3\\1.2.840.10008.1.1] =\\Verification")
+        self.assertEqual(self.values(element(0x00091001, "UI", "1.2.3\\1.2.4"))["0009,1001"][1], "[1.2.3\\1.2.4]")
 
     def test_descriptions_of_private_and_unknown_elements(self):
         lines = self.dump(element(0x00090010, "LO", "ACME 1.1") + element(0x00091001, "LO", "x") +
@@ -98,6 +99,10 @@ class Lines(tool.ToolTest):
         self.assertEqual([line.split(" # ")[1] for line in lines], [
             "8, 1 Private Creator", "2, 1 Private (ACME 1.1)", "2, 1 Private", "4, 1 Group Length", "2, 1 Private",
             "2, 1 Unknown"])
+
+    def test_private_elements_outside_all_blocks_have_no_creator(self):
+        lines = self.dump(element(0x00110000, "UL", b"ABCD") + element(0x00110001, "LO", "x") + element(0x00110101, "LO", "y"))
+        self.assertEqual([line.split(" # ")[1] for line in lines], ["4, 1 Group Length", "2, 1 Private", "2, 1 Private"])
 
     def test_sequences_items_and_delimiters_are_set_in(self):
         inner = element(0x00080100, "SH", "CT") + element(0x00081140, "SQ", b"")
@@ -220,6 +225,10 @@ class Json(tool.ToolTest):
         code = item(element(0x00080100, "SH", "A1"))
         self.assertEqual(self.dump(element(0x00081032, "SQ", code + item(b"")) + element(0x00081140, "SQ")), {
             "00081032": {"vr": "SQ", "Value": [{"00080100": {"vr": "SH", "Value": ["A1"]}}, {}]}, "00081140": {"vr": "SQ"}})
+
+    def test_what_holds_items_is_a_sequence_whatever_its_letters(self):
+        unknown = element(0x00091001, "UN", item(element(0x00080100, "SH", "A1")) + sequence_end(), length=UNDEFINED)
+        self.assertEqual(self.dump(unknown), {"00091001": {"vr": "SQ", "Value": [{"00080100": {"vr": "SH", "Value": ["A1"]}}]}})
 
     def test_bytes_are_base64_up_to_4096(self):
         for size in (2, 4, 6, 4096):

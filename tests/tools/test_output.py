@@ -138,6 +138,12 @@ class StandardInput(tool.ToolTest):
         self.assert_ends(result, DONE, "tessaret: standard input: warning: no \"DICM\" mark, so the encoding is a guess\n")
         self.assertIn(b"[Doe^John]", result.stdout)
 
+    def test_big_endian_without_preamble_is_not_tried_on_a_stream(self):
+        bare = self.write("bare", tool.image(order=">"))
+        with open(bare, "rb") as file:
+            for result in (run("dump", "-", input=bare.read_bytes()), run("dump", "-", stdin=file)):
+                self.assert_ends(result, INPUT_FAILED, "tessaret: standard input: not DICOM\n")
+
     def test_a_large_value_comes_through_a_pipe_that_drips(self):
         content = meta(tool.EXPLICIT) + tool.image(1000, 700)
         with subprocess.Popen([TOOL, "check", "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
