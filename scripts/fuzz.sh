@@ -27,17 +27,12 @@ done
 # stacks of its allocations: run the target on the file. It makes the runs half as fast again.
 export ASAN_OPTIONS="allocator_may_return_null=1:quarantine_size_mb=1:malloc_context_size=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
 
-# One kilobyte more than the largest file of a seed folder is the longest input that is tried: runs by the million find
-# more in many short inputs than in few long ones.
-longest_input() {
-  local largest
-  largest="$(find "$1" -type f -printf '%s\n' 2>/dev/null | sort -n | tail -1)"
-  echo $((${largest:-0} + 1024))
-}
+# Bytes of the longest input that is tried: runs by the million find more in many short inputs than in few long ones.
+longest_input=2048
 
 run_target() {
   local name="$1" seeds="$2" dictionary="$3" learned="$root/build/fuzz/learned/$1"
-  local options=(-print_final_stats=1 -timeout=25 -rss_limit_mb=2560 "-max_len=$(longest_input "$seeds")"
+  local options=(-print_final_stats=1 -timeout=25 -rss_limit_mb=2560 "-max_len=$longest_input"
     "-artifact_prefix=$root/build/fuzz/findings/$name-")
   [ -z "$dictionary" ] || options+=("-dict=$dictionary")
   [ -z "$runs" ] || options+=("-runs=$runs")
@@ -61,7 +56,7 @@ run_target() {
 reduce_target() {
   local name="$1" seeds="$2" reduced
   reduced="$(mktemp -d)"
-  "$root/build/fuzz/bin/$name" -merge=1 -timeout=25 "-max_len=$(longest_input "$seeds")" \
+  "$root/build/fuzz/bin/$name" -merge=1 -timeout=25 "-max_len=$longest_input" \
     "$reduced" "$seeds" "$root/build/fuzz/learned/$name" >"$root/build/fuzz/logs/$name.merge.log" 2>&1
   say "$name: $(find "$seeds" -type f | wc -l) seeds become $(find "$reduced" -type f | wc -l)"
   find "$seeds" -type f -delete
