@@ -130,6 +130,15 @@ bool DICOMObject::Push(DICOMObject* item) {
 
 bool DICOMObject::Push(VR* element) {
   if (element == nullptr) return false;
+  if (PushTarget != nullptr || !Elements.TryAppend(element->Key(), element)) {
+    return PushAnywhere(element);
+  }
+  LastPushedVR = element;
+  Iterating = 0;
+  return true;
+}
+
+bool DICOMObject::PushAnywhere(VR* element) {
   if (PushTarget != nullptr) return EndOfForwarding(*this) != nullptr && PushTarget->Push(element);
   VR** place = Elements.FindOrInsert(element->Key());
   LastPushedVR = element;

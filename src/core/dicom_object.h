@@ -77,6 +77,8 @@ class DICOMObject {
   ElementMap Elements;
 
  private:
+  /// Push where the element does not just go behind the last one; apart, so that the usual way needs no stack frame.
+  [[gnu::noinline]] bool PushAnywhere(VR* element);
   void Forget(const VR* taken) noexcept {
     if (LastPushedVR == taken) LastPushedVR = nullptr;
   }

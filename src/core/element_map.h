@@ -32,6 +32,14 @@ class ElementMap {
     return &flat_.back().vr;
   }
 
+  /// Stores `vr` under a `key` above all others, if there is room for it; false, with nothing changed, otherwise.
+  bool TryAppend(TagKey key, VR* vr) {
+    if (tree_ || flat_.size() == flat_.capacity()) return false;
+    if (!flat_.empty() && flat_.back().key >= key) return false;
+    flat_.push_back({key, vr});
+    return true;
+  }
+
   /// The element stored under `key`, or null.
   [[nodiscard]] VR* Find(TagKey key) const;
 

@@ -75,8 +75,10 @@ class ElementReader {
       if (!in_.Read16(head.group)) return Truncated(head);
       if (!meta.within || head.group >= 3) {
         meta.within = false;
-        if (meta.syntax && !SwitchSyntax(*meta.syntax, code, head)) return false;
-        meta.syntax.reset();
+        if (meta.syntax) {
+          if (!SwitchSyntax(*meta.syntax, code, head)) return false;
+          meta.syntax.reset();
+        }
       }
       if (!in_.Read16(head.element)) return Truncated(head);
       const ElementForm form = IsImplicit(code) ? ElementForm::kImplicit : ElementForm::kExplicit;
@@ -140,12 +142,14 @@ class ElementReader {
     std::optional<std::string> syntax;  // named by it and not yet in use
   };
 
-  bool StopAt(ParseStop::Why why, const Head& head) {
+  [[gnu::cold]] bool StopAt(ParseStop::Why why, const Head& head) {
     return coder_.Stop({why, head.position, head.group, head.element});
   }
-  bool Truncated(const Head& head) { return StopAt(ParseStop::Why::kTruncated, head); }
+  [[gnu::cold]] bool Truncated(const Head& head) {
+    return StopAt(ParseStop::Why::kTruncated, head);
+  }
 
-  bool RefuseDepth() {
+  [[gnu::cold]] bool RefuseDepth() {
     coder_.SetError("Sequences are nested too deeply");
     return StopAt(ParseStop::Why::kTooDeep, {.position = in_.Position()});
   }

@@ -125,13 +125,12 @@ void SeeOffAtTheEndOfTheThread() { static thread_local CacheLeaver leaver; }
 
 }  // namespace
 
-void* TakeVrBlock() {
+namespace {
+
+/// The ways of the few calls that the thread's list does not serve, apart, so that the others need no stack frame.
+[[gnu::noinline]] void* TakeBeyondList() {
   for (;;) {
-    if (FreeBlock* block = cache.free; block != nullptr) {
-      cache.free = block->next;
-      if (cache.freeCount > 0) --cache.freeCount;
-      return block;
-    }
+    if (cache.free != nullptr) return TakeVrBlock();
     if (cache.fresh != cache.freshEnd) {
       void* block = cache.fresh;
       cache.fresh += sizeof(VR);
@@ -141,11 +140,28 @@ void* TakeVrBlock() {
   }
 }
 
+[[gnu::noinline]] void GiveToFullList(void* block) noexcept {
+  PassOn();
+  GiveVrBlock(block);
+}
+
+}  // namespace
+
+void* TakeVrBlock() {
+  Cache& mine = cache;
+  FreeBlock* block = mine.free;
+  if (block == nullptr) return TakeBeyondList();
+  mine.free = block->next;
+  if (mine.freeCount > 0) --mine.freeCount;
+  return block;
+}
+
 void GiveVrBlock(void* block) noexcept {
   if (block == nullptr) return;
-  if (cache.freeCount >= kBatch) PassOn();
-  cache.free = new (block) FreeBlock{cache.free, nullptr};
-  ++cache.freeCount;
+  Cache& mine = cache;
+  if (mine.freeCount >= kBatch) return GiveToFullList(block);
+  mine.free = new (block) FreeBlock{mine.free, nullptr};
+  ++mine.freeCount;
 }
 
 #endif

@@ -167,9 +167,9 @@ class WindowInput {
     base_ = at_;
   }
 
-  bool AvailableBeyond();
-  bool NeedBeyond(std::size_t count);
-  bool ReadBytesBeyond(std::uint8_t* to, std::uint32_t count);
+  [[gnu::cold]] bool AvailableBeyond();
+  [[gnu::cold]] bool NeedBeyond(std::size_t count);
+  [[gnu::cold]] bool ReadBytesBeyond(std::uint8_t* to, std::uint32_t count);
 
   Buffer& buffer_;
   FileStream* stream_ = nullptr;        // null for a block of memory

