@@ -32,6 +32,9 @@ class BufferInput {
   bool Read32(std::uint32_t& value) { return buffer_.Read32(&value); }
   bool Read8(std::uint8_t& value) { return buffer_.Read8(&value); }
 
+  [[nodiscard]] static const std::uint8_t* Ahead(std::size_t) { return nullptr; }
+  [[nodiscard]] static std::size_t AtHand() { return 0; }
+  static void StepOver(std::size_t) {}
   [[nodiscard]] static bool ReadInPlace(VR&) { return false; }
 
   bool ReadBytes(std::uint8_t* to, std::uint32_t count) {

@@ -49,6 +49,8 @@ class ElementReader {
   bool ReadLevel(DICOMObject& object, ElementForm form, std::int32_t depth) {
     if (depth > kMaxDepth) return RefuseDepth();
     while (in_.Available()) {
+      if (!TakeUsualElements(object, form, depth)) return false;
+      if (!in_.Available()) break;
       Head head;
       head.position = in_.Position();
       if (!in_.Read16(head.group) || !in_.Read16(head.element)) return Truncated(head);
@@ -70,6 +72,9 @@ class ElementReader {
     Meta meta;
     meta.within = coder_.FileMode;
     while (in_.Available()) {
+      const bool inDataSet = !meta.within && !meta.syntax;
+      if (inDataSet && !TakeUsualElements(object, FormOf(code), 0)) return false;
+      if (!in_.Available()) break;
       Head head;
       head.position = in_.Position();
       if (!in_.Read16(head.group)) return Truncated(head);
@@ -81,7 +86,7 @@ class ElementReader {
         }
       }
       if (!in_.Read16(head.element)) return Truncated(head);
-      const ElementForm form = IsImplicit(code) ? ElementForm::kImplicit : ElementForm::kExplicit;
+      const ElementForm form = FormOf(code);
       if (head.group == kStructuralGroup) {
         const Structure what = ReadStructural(object, head, form, 0);
         if (what != Structure::kItem) return what == Structure::kDelimiter;
@@ -154,19 +159,63 @@ class ElementReader {
     return StopAt(ParseStop::Why::kTooDeep, {.position = in_.Position()});
   }
 
-  VrCode LookUp(const Head& head) const {
-    if (types_ != nullptr) return types_->TypeOf(head.Key());
+  VrCode LookUp(TagKey key) const {
+    if (types_ != nullptr) return types_->TypeOf(key);
     if (dictionary_ == nullptr) return type_code::kNone;
-    return dictionary_->RunTimeClass(head.group, head.element, nullptr);
+    return dictionary_->RunTimeClass(GroupOf(key), ElementOf(key), nullptr);
+  }
+
+  /// The type of an implicit element. Without a dictionary there is none, not even "unknown".
+  VrCode LookUpOrUnknown(TagKey key) const {
+    if (dictionary_ == nullptr) return type_code::kNone;
+    const VrCode type = LookUp(key);
+    return type != type_code::kNone ? type : type_code::UN;
+  }
+
+  static ElementForm FormOf(std::int32_t code) {
+    return IsImplicit(code) ? ElementForm::kImplicit : ElementForm::kExplicit;
+  }
+
+  /// Takes elements for as long as each is of the most usual kind: short, with a value that stays as it is, and all of it
+  /// at hand. Whatever else comes is left for the long way, which reads these just the same. False when the object takes
+  /// no more.
+  bool TakeUsualElements(DICOMObject& object, ElementForm form, std::int32_t depth) {
+    if (tracing_ || (TurnsValues(form, depth) && in_.SwapsValues())) return true;
+    while (const std::uint8_t* const bytes = in_.Ahead(kLongHead + sizeof(VR::Small))) {
+      const TagKey key = MakeTagKey(LoadLittle16(bytes), LoadLittle16(bytes + 2));
+      if (key < kFirstUsualTag || key >= kPixelDataTag) return true;
+      VrCode type = type_code::kNone;
+      std::uint32_t headSize = kShortHead;
+      std::uint32_t length = 0;
+      if (form == ElementForm::kImplicit) {
+        type = LookUpOrUnknown(key);
+        length = LoadLittle32(bytes + 4);
+      } else {
+        type = LoadBig16(bytes + 4);
+        if (type == type_code::kNone) return true;
+        length = LoadLittle16(bytes + 6);
+        if (HasLongForm(type)) {
+          headSize = kLongHead;
+          length = LoadLittle32(bytes + kShortHead);
+        }
+      }
+      if (type == type_code::SQ || length > sizeof(VR::Small)) return true;
+      if (headSize + length > in_.AtHand()) return true;
+      const Head head{in_.Position(), GroupOf(key), ElementOf(key), type, length};
+      in_.StepOver(headSize + length);
+      auto vr = MakeElement(head);
+      if (length != 0) vr->Data = vr->Small;
+      std::memcpy(vr->Small, bytes + headSize, sizeof(vr->Small));
+      if (!object.Push(vr.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
+      vr.release();
+    }
+    return true;
   }
 
   /// Reads what stands between the tag and the value.
   bool ReadHead(Head& head, ElementForm form) {
     if (form == ElementForm::kImplicit) {
-      if (dictionary_ != nullptr) {
-        head.type = LookUp(head);
-        if (head.type == type_code::kNone) head.type = type_code::UN;
-      }
+      head.type = LookUpOrUnknown(head.Key());
       return in_.Read32(head.length);
     }
     return ReadLetters(head) && ReadExplicitLength(head);
@@ -181,7 +230,7 @@ class ElementReader {
   }
 
   bool ReadExplicitLength(Head& head) {
-    if (head.type == type_code::kNone) head.type = LookUp(head);
+    if (head.type == type_code::kNone) head.type = LookUp(head.Key());
     if (head.type == type_code::kNone) head.type = type_code::UN;
     std::uint16_t half = 0;
     if (!in_.Read16(half)) return false;
@@ -193,7 +242,7 @@ class ElementReader {
   bool ReadFileHead(Head& head, ElementForm form) {
     if (form == ElementForm::kImplicit) return ReadHead(head, form);
     if (!ReadLetters(head)) return false;
-    if (head.type != type_code::kNone || LookUp(head) != type_code::SQ)
+    if (head.type != type_code::kNone || LookUp(head.Key()) != type_code::SQ)
       return ReadExplicitLength(head);
     head.type = type_code::SQ;
     head.length = kUndefinedLength;
@@ -387,6 +436,10 @@ class ElementReader {
   }
 
   static constexpr std::uint32_t kTrustedLength = 1u << 20;
+  static constexpr std::uint32_t kShortHead = 8;
+  static constexpr std::uint32_t kLongHead = 12;
+  // Below lies what may belong to the meta header; from pixel data on, some tags have ways of their own.
+  static constexpr TagKey kFirstUsualTag = MakeTagKey(0x0003, 0);
 
   DataSetCoder& coder_;
   const RTC* dictionary_;

@@ -55,6 +55,16 @@ class WindowInput {
   }
   [[nodiscard]] bool SwapsValues() const { return swapsValues_; }
 
+  /// The bytes to be read next where `room` of them lie in memory, whether or not they all belong to the view, and numbers
+  /// are little endian; null otherwise.
+  [[nodiscard]] const std::uint8_t* Ahead(std::size_t room) const {
+    return !big_ && static_cast<std::size_t>(windowEnd_ - at_) >= room ? at_ : nullptr;
+  }
+  /// How many bytes of the view can be taken without going to the stream.
+  [[nodiscard]] std::size_t AtHand() const { return static_cast<std::size_t>(stop_ - at_); }
+  /// Requires: count <= AtHand().
+  void StepOver(std::size_t count) { at_ += count; }
+
   bool Read8(std::uint8_t& value) {
     if (!Need(1)) return false;
     value = *at_++;

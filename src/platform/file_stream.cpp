@@ -11,8 +11,12 @@
 namespace tessaret {
 namespace {
 
-// A header fits into the first read, so that reading headers only does not pay for pixels.
-constexpr std::size_t kFirstRead = std::size_t{8} * 1024;
+// Most headers fit into the first read, so that reading headers only does not pay for pixels: one page of memory costs the
+// system the least.
+constexpr std::size_t kFirstRead = std::size_t{4} * 1024;
+// Each further one is so many times as large as what was read before, up to the window: longer headers do not pay for much
+// more either.
+constexpr std::size_t kGrowth = 4;
 // From here on bytes go straight to where they are wanted instead of through the window.
 constexpr std::size_t kDirectRead = std::size_t{8} * 1024;
 
@@ -60,7 +64,10 @@ bool FileStream::TakeWindow() {
 }
 
 std::size_t FileStream::NextRead() const {
-  return offset_ == 0 && end_ == 0 ? kFirstRead : kLargestWindow - end_;
+  if (offset_ == 0 && end_ == 0) return kFirstRead;
+  const std::size_t before =
+      static_cast<std::size_t>(std::min<std::uint64_t>(offset_, kLargestWindow));
+  return std::min(std::max(kFirstRead, kGrowth * before), kLargestWindow - end_);
 }
 
 std::size_t FileStream::ReadDirect(void* data, std::size_t count) {

@@ -214,6 +214,22 @@ TEST(ElementReader, AnElementOfLengthZeroHasNoData) {
   }
 }
 
+TEST(ElementReader, ReadsValuesOfEveryLengthWhereverTheStreamEnds) {
+  // Short and long values lie in different places, and near the end of the bytes they are copied in another way.
+  for (const Encoding encoding : kAllEncodings) {
+    for (std::size_t length = 0; length <= 80; ++length) {
+      const Bytes value = Pattern(length);
+      const std::string text(value.begin(), value.end());
+      const Parsed parsed = Parse(encoding, DataSetBuilder(encoding)
+                                                .Element(0x0009, 0x1001, "OB", value)
+                                                .Element(0x0009, 0x1002, "LO", value));
+      ASSERT_EQ(CountOf(*parsed.object), 2u) << length;
+      EXPECT_EQ(ValueText(At(*parsed.object, 0x0009, 0x1001)), text) << length;
+      EXPECT_EQ(ValueText(At(*parsed.object, 0x0009, 0x1002)), text) << length;
+    }
+  }
+}
+
 TEST(ElementReader, KeepsAnOddLength) {
   for (const Encoding encoding : kAllEncodings) {
     const Bytes bytes = DataSetBuilder(encoding)

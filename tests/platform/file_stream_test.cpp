@@ -219,10 +219,23 @@ TEST_F(FileStreamTest, ReadingAHeaderReadsLittleOfALargeFile) {
   const FileFailure calls;
   ASSERT_TRUE(stream->Refill(132));
   EXPECT_EQ(calls.Calls(FileCall::kRead), 1);
-  EXPECT_LE(stream->WindowSize(), 8192u);
+  EXPECT_LE(stream->WindowSize(), 4096u);
+  // A header of 6000 bytes takes another read, which brings some of what lies behind it, and not all that the window holds.
+  EXPECT_EQ(stream->Skip(6000), 6000u);
+  EXPECT_EQ(calls.Calls(FileCall::kRead), 2);
+  EXPECT_LE(stream->WindowSize(), 5u * 4096u - 6000u);
 }
 
-TEST_F(FileStreamTest, ASmallFileComesInOneReadAndOneThatMeetsItsEnd) {
+TEST_F(FileStreamTest, ALongWalkTakesTheWholeWindowAtATime) {
+  const Bytes bytes = Pattern(1000000);
+  const auto stream = Open(FileOf(bytes));
+  const FileFailure calls;
+  EXPECT_EQ(TakeAll(*stream, 100), bytes);
+  // 4096 and 16384 bytes, then 65536 each time: (1000000 - 20480) / 65536 = 14.9.
+  EXPECT_EQ(calls.Calls(FileCall::kRead), 17);
+}
+
+TEST_F(FileStreamTest, ASmallFileComesInTwoReads) {
   const Bytes bytes = Pattern(5000);
   const auto stream = Open(FileOf(bytes));
   const FileFailure calls;
@@ -247,8 +260,8 @@ TEST_F(FileStreamTest, SeekWithinTheWindowCallsNothing) {
   const FileFailure calls;
   EXPECT_TRUE(stream->Seek(0));
   EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 0, 10));
-  EXPECT_TRUE(stream->Seek(8000));
-  EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 8000, 10));
+  EXPECT_TRUE(stream->Seek(4000));
+  EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 4000, 10));
   EXPECT_EQ(calls.Calls(), 0);
 }
 
@@ -456,7 +469,7 @@ TEST_F(FileStreamTest, AReadErrorStaysAndWhatCameBeforeIsGiven) {
   FileFailure calls;
   calls.FailCall(FileCall::kRead, 2, EIO);
   EXPECT_EQ(ReadUpTo(*stream, 100), Part(bytes, 0, 100));
-  EXPECT_EQ(ReadUpTo(*stream, 50000), Part(bytes, 100, 8092));
+  EXPECT_EQ(ReadUpTo(*stream, 50000), Part(bytes, 100, 3996));
   EXPECT_EQ(stream->Error(), EIO);
   EXPECT_FALSE(stream->AtEnd());
   EXPECT_EQ(ReadUpTo(*stream, 10), Bytes{});
