@@ -43,6 +43,7 @@ int CancelWhenInterrupted(FileCall call, std::size_t&) {
     case FileCall::kWrite:
     case FileCall::kSync:
     case FileCall::kRename:
+    case FileCall::kLink:
       return ECANCELED;
     case FileCall::kClose:
     case FileCall::kSeek:

@@ -29,9 +29,11 @@ void RefuseDash(const std::string& option, const std::string& path) {
                              "- is for reading; a file is needed, ./- for one of that name");
 }
 
-std::string SaveObject(const std::string& path, std::int32_t mode, DICOMObject& object) {
+std::string SaveObject(const std::string& path, std::int32_t mode, bool force,
+                       DICOMObject& object) {
   // Types are set already; without a dictionary none is looked up anew.
   DataSetCoder coder;
+  coder.ReplacesFiles = force;
   if (coder.SaveFile(path.c_str(), mode, object)) return {};
   if (coder.ErrorText() != nullptr) return coder.ErrorText();
   return coder.LastOpenError() != 0 ? SystemErrorText(coder.LastOpenError()) : "cannot be written";

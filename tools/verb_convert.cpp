@@ -57,9 +57,7 @@ class Conversion {
     const std::string to = TargetSyntax(source, options_.WantedTarget());
     PrepareToEncode(source, options_.WantedTarget());
     const std::int32_t mode = options_.noPreamble ? kSaveBare : kSaveComplete;
-    // Reading may have taken long enough for another file to come to this place.
-    std::string why = WhyNotToWrite(options_.output, options_.force);
-    if (why.empty()) why = SaveObject(options_.output, mode, *source.object);
+    const std::string why = SaveObject(options_.output, mode, options_.force, *source.object);
     StopIfInterrupted();
     if (!why.empty()) return OutputFailed(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to));

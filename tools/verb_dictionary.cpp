@@ -124,7 +124,12 @@ ExitCode Compile(const DictionaryOptions& options, Host& host) {
     return ExitCode::kOutputFailed;
   }
   const auto bytes = WriteRtcBinary(*tags.Table, tags.KeepDescriptions != 0);
-  if (const int error = WriteWholeFile(options.compileTo, bytes.data(), bytes.size()); error != 0) {
+  // A larger one could not be loaded.
+  const int error = bytes.size() > kLargestDictionaryFile
+                        ? EFBIG
+                        : WriteWholeFile(options.compileTo, bytes.data(), bytes.size(),
+                                         ExistingFor(options.force));
+  if (error != 0) {
     host.messages.Error(options.compileTo, SystemErrorText(error));
     return ExitCode::kOutputFailed;
   }

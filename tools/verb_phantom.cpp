@@ -93,7 +93,7 @@ class Series {
     const std::unique_ptr<DICOMObject> object = MakePhantom(kind_, geometry_, index);
     const VR* instance = object->GetVR(0x0008, 0x0018);
     const std::string uid(reinterpret_cast<const char*>(instance->Data), instance->Length);
-    std::string why = SaveObject(path, kSaveComplete, *object);
+    std::string why = SaveObject(path, kSaveComplete, options_.force, *object);
     StopIfInterrupted();
     if (!why.empty()) return why;
     if (host_.options.json) {

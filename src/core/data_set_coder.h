@@ -112,6 +112,9 @@ class DataSetCoder {
 
   const RTC* Dictionary = nullptr;  // not owned
   bool FileMode = false;  // true from the first load of a file on: group 0002 is a meta header
+  /// Whether a save may take the place of a file that is there. Where not, the error is that the file exists, also for one
+  /// that comes there during the save.
+  bool ReplacesFiles = true;
   /// Goes into (0002,0016), 16 bytes, filled up with blanks.
   std::string CallingAETitle;
 

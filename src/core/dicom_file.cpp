@@ -212,7 +212,7 @@ bool DataSetCoder::SaveWhole(const char* path, FileBuffer* fileBuffer, Encode en
 
 template <class Encode>
 bool DataSetCoder::SaveStaged(const char* path, FileBuffer& buffer, Encode encode) {
-  StagedFile staged(path);
+  StagedFile staged(path, ReplacesFiles ? Existing::kReplace : Existing::kKeep);
   // A place that cannot be opened gets no words of its own, only the number.
   if (!staged.Begin()) {
     systemError_ = staged.Error();

@@ -75,6 +75,7 @@ bool RTC::SaveBinary(const char* path) const {
   if (path == nullptr || !Table) return false;
   try {
     const std::vector<std::uint8_t> bytes = WriteRtcBinary(*Table, KeepDescriptions != 0);
+    if (bytes.size() > kLargestDictionaryFile) return false;
     return WriteWholeFile(path, bytes.data(), bytes.size()) == 0;
   } catch (const std::bad_alloc&) {
     return false;

@@ -53,8 +53,8 @@ class RTC {
   /// again, and LastPushedVR is the last one. Throws std::bad_alloc with some elements not typed yet.
   bool RunTimeClass(DICOMObject* object) const;
 
-  /// Writes the binary form, whole or not at all. False with an empty dictionary, for a null path and for a file that
-  /// cannot be written.
+  /// Writes the binary form, whole or not at all. False with an empty dictionary, for a null path, for a file that
+  /// cannot be written, and for one above kLargestDictionaryFile, which could not be loaded.
   bool SaveBinary(const char* path) const;
 
   /// Replaces what is loaded by the entries of a file in binary form. KeepDescriptions is off afterwards when it or the

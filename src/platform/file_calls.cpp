@@ -142,6 +142,10 @@ FileResult RenameFile(const char* from, const char* to) {
   return Run(FileCall::kRename, [&] { return std::rename(from, to); });
 }
 
+FileResult LinkFile(const char* from, const char* to) {
+  return Run(FileCall::kLink, [&] { return ::link(from, to); });
+}
+
 FileResult RemoveFile(const char* path) {
   return Run(FileCall::kRemove, [&] { return ::unlink(path); });
 }

@@ -21,6 +21,7 @@ enum class FileCall {
   kStat,
   kSync,
   kRename,
+  kLink,
   kRemove,
   kMode,
   kLock,
@@ -58,6 +59,8 @@ FileResult StatPath(const char* path, struct stat& status);
 /// Brings the bytes to the medium. A file system without that notion counts as success.
 FileResult SyncFile(int descriptor);
 FileResult RenameFile(const char* from, const char* to);
+/// Gives the file `from` the further name `to`; EEXIST when that is taken.
+FileResult LinkFile(const char* from, const char* to);
 FileResult RemoveFile(const char* path);
 FileResult SetFileMode(int descriptor, mode_t mode);
 /// Takes the exclusive lock of the open file without waiting; EWOULDBLOCK when somebody else holds it.

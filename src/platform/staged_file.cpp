@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
+#include <string_view>
 #include <system_error>
 #include <utility>
 
@@ -22,12 +23,18 @@ constexpr int kMostWritersOfOnePlace = 64;
 // As many links in a row as the system itself follows.
 constexpr int kMostLinks = 40;
 
-/// What `path` names behind all symbolic links; where nothing is there yet, the place that the last link leads to. What is
-/// no regular file is written where it is, and the link to a pipe in /dev/fd names nothing that could be opened.
+// What the system puts behind the name in a link to a file without one.
+constexpr std::string_view kNamelessMark = " (deleted)";
+
+bool IsStillNamed(const std::string& name, const struct stat& file) {
+  struct stat named {};
+  return StatPath(name.c_str(), named).Ok() && named.st_dev == file.st_dev &&
+         named.st_ino == file.st_ino;
+}
+
+/// What `path` names behind all symbolic links; where nothing is there yet, the place that the last link leads to.
 std::string ResolveLinks(std::string path) {
   if (HasNul(path)) return path;
-  struct stat there {};
-  if (::stat(path.c_str(), &there) == 0 && !S_ISREG(there.st_mode)) return path;
   for (int link = 0; link < kMostLinks; ++link) {
     const std::unique_ptr<char, decltype(&std::free)> resolved(::realpath(path.c_str(), nullptr),
                                                                &std::free);
@@ -40,6 +47,16 @@ std::string ResolveLinks(std::string path) {
   return path;
 }
 
+/// Whether what is at `path` can only be written where it is: no regular file, or one that has lost its name or never had
+/// one. The link to such a file in /dev/fd reads as a name that belongs to nothing, or to another file.
+bool MustBeWrittenInPlace(const std::string& path) {
+  struct stat there {};
+  if (HasNul(path) || ::stat(path.c_str(), &there) != 0) return false;
+  if (!S_ISREG(there.st_mode)) return !S_ISDIR(there.st_mode);
+  const std::string resolved = ResolveLinks(path);
+  return resolved != path && resolved.ends_with(kNamelessMark) && !IsStillNamed(resolved, there);
+}
+
 std::string StagingName(const std::string& path, int slot) {
   const std::size_t slash = path.rfind('/');
   const std::size_t nameAt = slash == std::string::npos ? 0 : slash + 1;
@@ -47,12 +64,6 @@ std::string StagingName(const std::string& path, int slot) {
   constexpr std::size_t kMostOfName = NAME_MAX - 20;
   return path.substr(0, nameAt) + "." + path.substr(nameAt, kMostOfName) +
          Format(".tessaret-%d", slot);
-}
-
-bool IsStillNamed(const std::string& name, const struct stat& file) {
-  struct stat named {};
-  return StatPath(name.c_str(), named).Ok() && named.st_dev == file.st_dev &&
-         named.st_ino == file.st_ino;
 }
 
 /// Removes a staging file whose writer is gone: nobody holds its lock. The lock came late if another writer has removed or
@@ -70,7 +81,10 @@ void RemoveIfAbandoned(const std::string& name) {
 
 }  // namespace
 
-StagedFile::StagedFile(std::string path) : path_(ResolveLinks(std::move(path))) {}
+StagedFile::StagedFile(std::string path, Existing existing)
+    : existing_(existing), direct_(MustBeWrittenInPlace(path)) {
+  path_ = direct_ ? std::move(path) : ResolveLinks(std::move(path));
+}
 
 StagedFile::~StagedFile() { Discard(); }
 
@@ -96,10 +110,11 @@ bool StagedFile::Begin() {
   const FileResult there = StatPath(path_.c_str(), status);
   if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
   if (there.Ok() && S_ISDIR(status.st_mode)) return Fail(EISDIR);
-  if (there.Ok() && !S_ISREG(status.st_mode)) {
+  if (direct_ || (there.Ok() && !S_ISREG(status.st_mode))) {
     stagingPath_ = path_;
     return true;
   }
+  if (there.Ok() && existing_ == Existing::kKeep) return Fail(EEXIST);
   // Replacing a file asks for rights to its directory only; a file that is write-protected is not to be replaced.
   if (there.Ok() && ::access(path_.c_str(), W_OK) != 0) return Fail(errno);
   // Never open to more readers than the file to be replaced, not even on the way.
@@ -135,6 +150,22 @@ bool StagedFile::TryStagingPath(mode_t mode) {
   return true;
 }
 
+int StagedFile::MoveToPlace() {
+  if (existing_ == Existing::kKeep) {
+    // A link is made only where nothing is, however short the moment since that was looked at.
+    const int error = LinkFile(stagingPath_.c_str(), path_.c_str()).error;
+    if (error == 0) {
+      RemoveFile(stagingPath_.c_str());
+      return 0;
+    }
+    // Some file systems have no links.
+    if (error != EPERM && error != EOPNOTSUPP && error != ENOSYS) return error;
+    struct stat status {};
+    if (StatPath(path_.c_str(), status).error != ENOENT) return EEXIST;
+  }
+  return RenameFile(stagingPath_.c_str(), path_.c_str()).error;
+}
+
 bool StagedFile::Commit() {
   if (error_ == 0 && stagingPath_.empty()) return Fail(EBADF);
   if (lock_ < 0) return error_ == 0;
@@ -147,8 +178,7 @@ bool StagedFile::Commit() {
   }
   const FileResult synced = SyncFile(lock_);
   if (!synced.Ok()) return Fail(synced.error);
-  const FileResult moved = RenameFile(stagingPath_.c_str(), path_.c_str());
-  if (!moved.Ok()) return Fail(moved.error);
+  if (const int error = MoveToPlace(); error != 0) return Fail(error);
   CloseFile(lock_);
   lock_ = -1;
   return true;

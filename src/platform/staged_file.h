@@ -10,12 +10,17 @@
 
 namespace tessaret {
 
+/// What becomes of a regular file that is at the place already.
+enum class Existing { kReplace, kKeep };
+
 class StagedFile {
  public:
-  /// Prepares to write `path`; a symbolic link is followed, so that what it names is replaced and the link stays. A path
-  /// that is there and is no regular file (a device, a pipe) is written directly: it cannot be replaced. A path with a NUL
-  /// in it names nothing, rather than what its first part names.
-  explicit StagedFile(std::string path);
+  /// Prepares to write `path`; a symbolic link is followed, so that what it names is replaced and the link stays. What
+  /// cannot be replaced is written directly: a path that is there and is no regular file (a device, a pipe), and a file
+  /// without a name, which only a link in /dev/fd leads to. A path with a NUL in it names nothing, rather than what its
+  /// first part names. With `existing` kKeep a file that is at the place, or comes there before the commit, stays, and the
+  /// error is EEXIST.
+  explicit StagedFile(std::string path, Existing existing = Existing::kReplace);
   StagedFile(const StagedFile&) = delete;
   StagedFile& operator=(const StagedFile&) = delete;
   /// Takes the staged bytes away unless they were committed.
@@ -39,8 +44,12 @@ class StagedFile {
   /// Tries to create the file named by stagingPath_. True: created and locked, or failed for good with error_ set.
   bool TryStagingPath(mode_t mode);
   void Discard();
+  /// Gives the staged file its name. The system's error number, or 0.
+  int MoveToPlace();
 
-  std::string path_;         // with links resolved
+  std::string path_;  // with links resolved
+  Existing existing_;
+  bool direct_ = false;      // the place cannot be replaced
   std::string stagingPath_;  // equal to path_ when written directly
   int lock_ = -1;  // descriptor of the staging file, whose lock says that its writer lives
   int error_ = 0;

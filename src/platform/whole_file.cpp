@@ -3,7 +3,6 @@
 #include <cerrno>
 
 #include "platform/file_stream.h"
-#include "platform/staged_file.h"
 
 namespace tessaret {
 
@@ -25,8 +24,9 @@ int ReadWholeFile(const std::string& path, std::uint64_t most, std::vector<std::
   return stream->Error();
 }
 
-int WriteWholeFile(const std::string& path, const void* bytes, std::uint64_t size) {
-  StagedFile staged(path);
+int WriteWholeFile(const std::string& path, const void* bytes, std::uint64_t size,
+                   Existing existing) {
+  StagedFile staged(path, existing);
   if (!staged.Begin()) return staged.Error();
   int error = 0;
   const auto stream = FileStream::OpenForWrite(staged.StagingPath().c_str(), error);

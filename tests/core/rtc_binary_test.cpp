@@ -11,6 +11,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/text.h"
 #include "core/rtc.h"
 #include "support/allocation_failure.h"
 #include "support/bytes.h"
@@ -118,6 +119,24 @@ TEST(RtcBinary, CannotBeWrittenFromAnEmptyDictionaryOrWithoutAPath) {
   EXPECT_FALSE(rtc.SaveBinary(nullptr));
   EXPECT_FALSE(rtc.SaveBinary(folder.File("absent/d.bin").c_str()));
   EXPECT_FALSE(rtc.SaveBinary(""));
+}
+
+TEST(RtcBinary, IsNotWrittenLargerThanAFileThatCanBeLoaded) {
+  // 20 bytes of header; 4 for the key, 12 for the element and 2 for its text: 932066 entries fill 16 MiB but for 8.
+  const TempFolder folder;
+  for (const std::uint32_t count : {932066u, 932067u}) {
+    RTC rtc;
+    std::string text = "\n";
+    for (std::uint32_t at = 0; at < count; ++at)
+      text += Format("{%u %u LO x\"\n", at >> 16, at & 0xFFFF);
+    ASSERT_TRUE(Attach(rtc, text));
+    ASSERT_EQ(rtc.Table->Count, count);
+    const std::string path = folder.File("large.bin");
+    EXPECT_EQ(rtc.SaveBinary(path.c_str()), count == 932066u);
+    RTC loaded;
+    EXPECT_TRUE(loaded.LoadBinary(path.c_str()));
+    EXPECT_EQ(loaded.Table->Count, 932066u);
+  }
 }
 
 TEST(RtcBinary, IsWrittenWholeOrNotAtAllWhicheverCallFails) {

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <filesystem>
 
 #include <gtest/gtest.h>
 
@@ -95,6 +96,26 @@ TEST_F(SaveFile, AnyOtherModeDoesNothing) {
     EXPECT_EQ(CountOf(*object), 2u);
     EXPECT_EQ(folder_.Listing(), "");
   }
+}
+
+TEST_F(SaveFile, AFileThatIsThereStaysWhereNoneIsToBeReplaced) {
+  DataSetCoder coder;
+  coder.ReplacesFiles = false;
+  EXPECT_TRUE(coder.SaveFile(Path().c_str(), 1, *Instance()));
+  EXPECT_FALSE(coder.SaveFile(Path().c_str(), 2, *Instance()));
+  EXPECT_EQ(coder.LastOpenError(), EEXIST);
+  EXPECT_FALSE(coder.SaveKeeping(Path().c_str(), 2, *Instance()));
+  EXPECT_EQ(coder.LastOpenError(), EEXIST);
+  EXPECT_EQ(ReadBytes(Path()), InstanceIn(kImplicit));
+
+  // One that comes while the bytes are written stays as well.
+  std::filesystem::remove(Path());
+  FileFailure calls;
+  calls.RunBefore(FileCall::kSync, 1, [this] { WriteText(Path(), "early"); });
+  EXPECT_FALSE(coder.SaveFile(Path().c_str(), 1, *Instance()));
+  EXPECT_EQ(ErrorOf(coder), SystemErrorText(EEXIST));
+  EXPECT_EQ(ReadText(Path()), "early");
+  EXPECT_EQ(folder_.Listing(), "file.dcm");
 }
 
 TEST_F(SaveFile, AnEmptyObjectIsAnEmptyDataSet) {

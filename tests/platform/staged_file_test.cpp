@@ -21,6 +21,7 @@
 #include "support/bytes.h"
 #include "support/child_process.h"
 #include "support/file_failure.h"
+#include "support/memory_file.h"
 #include "support/temp_folder.h"
 
 namespace tessaret {
@@ -68,6 +69,76 @@ TEST_F(StagedFileTest, AnOpenPipeIsWrittenUnderItsNameInDevFd) {
   EXPECT_EQ(::read(ends[0], read, sizeof(read)), 5);
   EXPECT_STREQ(read, "bytes");
   ::close(ends[0]);
+}
+
+TEST_F(StagedFileTest, AFileWithoutANameIsWrittenWhereItIs) {
+  test::MemoryFile memory;
+  memory.Fill(Pattern(100));
+  EXPECT_EQ(Write(memory.Path(), "bytes"), 0);
+  EXPECT_EQ(ReadText(memory.Path()), "bytes");
+
+  WriteText(path_, "before");
+  const int open = ::open(path_.c_str(), O_RDWR | O_CLOEXEC);
+  ASSERT_EQ(::unlink(path_.c_str()), 0);
+  const std::string link = "/dev/fd/" + std::to_string(open);
+  EXPECT_EQ(Write(link, "after"), 0);
+  EXPECT_EQ(ReadText(link), "after");
+  // The link reads as the former name with a mark, which may be the name of another file.
+  WriteText(path_ + " (deleted)", "another");
+  EXPECT_EQ(Write(link, "again"), 0);
+  EXPECT_EQ(ReadText(link), "again");
+  EXPECT_EQ(ReadText(path_ + " (deleted)"), "another");
+  EXPECT_EQ(folder_.Listing(), "file (deleted)");
+  ::close(open);
+}
+
+TEST_F(StagedFileTest, AFileWhoseNameLooksLikeThatOfNoneIsReplacedAsAnyOther) {
+  const std::string path = path_ + " (deleted)";
+  WriteText(path, "old");
+  const ino_t before = InodeOf(path);
+  EXPECT_EQ(Write(path, "new"), 0);
+  EXPECT_EQ(ReadText(path), "new");
+  EXPECT_NE(InodeOf(path), before);
+}
+
+TEST_F(StagedFileTest, AFileThatIsThereStaysWhereItIsToBeKept) {
+  EXPECT_EQ(WriteWholeFile(path_, "new", 3, Existing::kKeep), 0);
+  EXPECT_EQ(ReadText(path_), "new");
+  EXPECT_EQ(WriteWholeFile(path_, "other", 5, Existing::kKeep), EEXIST);
+  EXPECT_EQ(ReadText(path_), "new");
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
+TEST_F(StagedFileTest, AFileThatComesBeforeTheCommitStaysWhereItIsToBeKept) {
+  // The second time as on a file system without links.
+  for (const bool links : {true, false}) {
+    FileFailure calls;
+    if (!links) calls.FailCall(FileCall::kLink, 1, EPERM);
+    StagedFile staged(path_, Existing::kKeep);
+    ASSERT_TRUE(staged.Begin());
+    WriteText(staged.StagingPath(), "late");
+    WriteText(path_, "early");
+    EXPECT_FALSE(staged.Commit());
+    EXPECT_EQ(staged.Error(), EEXIST);
+    EXPECT_EQ(ReadText(path_), "early");
+    EXPECT_EQ(folder_.Listing(), "file");
+    std::filesystem::remove(path_);
+  }
+}
+
+TEST_F(StagedFileTest, WithoutLinksAFreePlaceIsTakenAllTheSame) {
+  FileFailure calls;
+  calls.FailCall(FileCall::kLink, 1, EPERM);
+  EXPECT_EQ(WriteWholeFile(path_, "new", 3, Existing::kKeep), 0);
+  EXPECT_EQ(ReadText(path_), "new");
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
+TEST_F(StagedFileTest, ALinkThatFailsForAnotherReasonIsAnError) {
+  FileFailure calls;
+  calls.FailCall(FileCall::kLink, 1, EIO);
+  EXPECT_EQ(WriteWholeFile(path_, "new", 3, Existing::kKeep), EIO);
+  EXPECT_EQ(folder_.Listing(), "");
 }
 
 TEST_F(StagedFileTest, TheFileComesToItsPlaceWithTheCommit) {

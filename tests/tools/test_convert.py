@@ -15,7 +15,7 @@ import unittest
 import pydicom
 
 import tool
-from tool import (BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, OUTPUT_FAILED, UNDEFINED, element, item, meta,
+from tool import (BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, OUTPUT_FAILED, TOOL, UNDEFINED, element, item, meta,
                   run, sequence_end)
 
 NATIVE = (IMPLICIT, EXPLICIT, BIG_ENDIAN)
@@ -314,6 +314,20 @@ class Outputs(ConvertTest):
         before = self.good.read_bytes()
         self.assert_ends(run("convert", self.good, self.out), OUTPUT_FAILED)
         self.assertEqual(self.good.read_bytes(), before)
+
+    def test_a_file_that_comes_while_the_input_is_read_stays(self):
+        content = meta(EXPLICIT) + element(0x00091001, "UT", "x" * 1000000)
+        with subprocess.Popen([TOOL, "convert", "-", self.out], stdin=subprocess.PIPE, stderr=subprocess.PIPE) as process:
+            # A pipe holds less than half of this: the tool is reading, and has looked at the place, once it is written.
+            process.stdin.write(content[:500000])
+            process.stdin.flush()
+            self.out.write_bytes(b"precious")
+            process.stdin.write(content[500000:])
+            process.stdin.close()
+            self.assertEqual(process.stderr.read().decode(), f"tessaret: {self.out}: File exists\n")
+        self.assertEqual(process.returncode, OUTPUT_FAILED)
+        self.assertEqual(self.out.read_bytes(), b"precious")
+        self.assert_no_leftovers()
 
     def test_a_failed_input_leaves_what_was_there(self):
         self.out.write_bytes(b"precious")
