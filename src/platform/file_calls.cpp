@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <sys/file.h>
+#include <sys/xattr.h>
 #include <time.h>
 #include <unistd.h>
 
@@ -10,6 +11,8 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <memory>
+#include <new>
 
 namespace tessaret {
 namespace {
@@ -152,6 +155,28 @@ FileResult RemoveFile(const char* path) {
 
 FileResult SetFileMode(int descriptor, mode_t mode) {
   return Run(FileCall::kMode, [&] { return ::fchmod(descriptor, mode); });
+}
+
+FileResult SetFileOwner(int descriptor, uid_t user, gid_t group) {
+  return Run(FileCall::kMode, [&] { return ::fchown(descriptor, user, group); });
+}
+
+FileResult CopyAccessList(const char* from, int to) {
+  constexpr const char* kList = "system.posix_acl_access";
+  // No list is longer than what the system takes as one attribute.
+  constexpr std::size_t kLongest = std::size_t{64} * 1024;
+  const std::unique_ptr<char[]> list(new (std::nothrow) char[kLongest]);
+  if (!list) return {0, ENOMEM};
+  const FileResult read =
+      Run(FileCall::kMode, [&] { return ::getxattr(from, kList, list.get(), kLongest); });
+  const auto size = static_cast<std::size_t>(read.value);
+  if (read.Ok())
+    return Run(FileCall::kMode, [&] { return ::fsetxattr(to, kList, list.get(), size, 0); });
+  if (read.error == ENOTSUP) return {};
+  if (read.error != ENODATA) return read;
+  // It may have one from its directory.
+  const FileResult removed = Run(FileCall::kMode, [&] { return ::fremovexattr(to, kList); });
+  return removed.error == ENODATA ? FileResult{} : removed;
 }
 
 FileResult LockFile(int descriptor) {

@@ -23,7 +23,7 @@ enum class FileCall {
   kRename,
   kLink,
   kRemove,
-  kMode,
+  kMode,  // owner and access list too
   kLock,
 };
 
@@ -63,6 +63,10 @@ FileResult RenameFile(const char* from, const char* to);
 FileResult LinkFile(const char* from, const char* to);
 FileResult RemoveFile(const char* path);
 FileResult SetFileMode(int descriptor, mode_t mode);
+/// Gives the open file to `user` and `group`; the largest number of either leaves it as it is.
+FileResult SetFileOwner(int descriptor, uid_t user, gid_t group);
+/// Gives the open file `to` the access list that `from` has beside its mode, or none where that has none.
+FileResult CopyAccessList(const char* from, int to);
 /// Takes the exclusive lock of the open file without waiting; EWOULDBLOCK when somebody else holds it.
 FileResult LockFile(int descriptor);
 

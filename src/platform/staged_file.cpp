@@ -79,6 +79,22 @@ void RemoveIfAbandoned(const std::string& name) {
   CloseFile(descriptor);
 }
 
+/// Gives an open file the owner and the group of `old`, or at least the group. False where that is not allowed.
+bool KeepGroup(int descriptor, const struct stat& old) {
+  constexpr auto kAsItIs = static_cast<uid_t>(-1);
+  struct stat now {};
+  if (!StatDescriptor(descriptor, now).Ok()) return false;
+  if (now.st_uid == old.st_uid && now.st_gid == old.st_gid) return true;
+  if (SetFileOwner(descriptor, old.st_uid, old.st_gid).Ok()) return true;
+  return now.st_gid == old.st_gid || SetFileOwner(descriptor, kAsItIs, old.st_gid).Ok();
+}
+
+/// The rights that are left when the file has another group: those that both the old group and all others had.
+mode_t WithoutGroup(mode_t mode) {
+  const mode_t both = (mode >> 3) & mode & 07;
+  return (mode & ~mode_t{02077}) | both << 3 | both;
+}
+
 }  // namespace
 
 StagedFile::StagedFile(std::string path, Existing existing)
@@ -118,7 +134,7 @@ bool StagedFile::Begin() {
   // Replacing a file asks for rights to its directory only; a file that is write-protected is not to be replaced.
   if (there.Ok() && ::access(path_.c_str(), W_OK) != 0) return Fail(errno);
   // Never open to more readers than the file to be replaced, not even on the way.
-  const mode_t mode = there.Ok() ? (status.st_mode & 0666) | 0600 : 0666;
+  const mode_t mode = there.Ok() ? 0600 : 0666;
   for (int slot = 0; slot < kMostWritersOfOnePlace; ++slot) {
     stagingPath_ = StagingName(path_, slot);
     if (TryStagingPath(mode)) return error_ == 0;
@@ -150,6 +166,13 @@ bool StagedFile::TryStagingPath(mode_t mode) {
   return true;
 }
 
+int StagedFile::TakeRightsOf(const struct stat& old) {
+  mode_t mode = old.st_mode & 07777;
+  const bool kept = KeepGroup(lock_, old) && CopyAccessList(path_.c_str(), lock_).Ok();
+  if (!kept) mode = WithoutGroup(mode);
+  return SetFileMode(lock_, mode).error;
+}
+
 int StagedFile::MoveToPlace() {
   if (existing_ == Existing::kKeep) {
     // A link is made only where nothing is, however short the moment since that was looked at.
@@ -173,8 +196,7 @@ bool StagedFile::Commit() {
   const FileResult there = StatPath(path_.c_str(), status);
   if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
   if (there.Ok()) {
-    const FileResult mode = SetFileMode(lock_, status.st_mode & 07777);
-    if (!mode.Ok()) return Fail(mode.error);
+    if (const int error = TakeRightsOf(status); error != 0) return Fail(error);
   }
   const FileResult synced = SyncFile(lock_);
   if (!synced.Ok()) return Fail(synced.error);

@@ -4,7 +4,7 @@
 // takes away.
 #pragma once
 
-#include <sys/types.h>
+#include <sys/stat.h>
 
 #include <string>
 
@@ -32,7 +32,8 @@ class StagedFile {
   /// Where the bytes are to be written: open it for writing, write, close.
   [[nodiscard]] const std::string& StagingPath() const { return stagingPath_; }
 
-  /// Syncs the staged bytes and moves them to their place, with the permissions of the file that was there. False, with
+  /// Syncs the staged bytes and moves them to their place, with the owner, the permissions and the access list of the file
+  /// that was there; a group that cannot be kept has no more rights than all others. False, with
   /// Error() set and the place untouched; EBADF where nothing was begun.
   bool Commit();
 
@@ -44,6 +45,8 @@ class StagedFile {
   /// Tries to create the file named by stagingPath_. True: created and locked, or failed for good with error_ set.
   bool TryStagingPath(mode_t mode);
   void Discard();
+  /// Gives the staged file the rights of the file to be replaced. The system's error number, or 0.
+  int TakeRightsOf(const struct stat& old);
   /// Gives the staged file its name. The system's error number, or 0.
   int MoveToPlace();
 
