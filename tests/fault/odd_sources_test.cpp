@@ -1,5 +1,4 @@
 // Sources that are no ordinary files: directories, devices, pipes, files that change while they are read.
-#include <signal.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -57,7 +56,6 @@ TEST(OddSources, APseudoFileThatSaysItIsEmptyIsRead) {
 
 /// Loads from one end of a socket pair or pipe while a thread writes `bytes` into the other in pieces.
 Loaded LoadWhileSent(int readEnd, int writeEnd, const Bytes& bytes, std::size_t piece) {
-  ::signal(SIGPIPE, SIG_IGN);
   std::thread sender([&] {
     for (std::size_t at = 0; at < bytes.size(); at += piece) {
       WriteAll(writeEnd, bytes.data() + at, std::min(piece, bytes.size() - at));
@@ -182,7 +180,6 @@ TEST_F(ChangesWhileRead, AFileThatGrowsIsReadWithoutHarm) {
 // O06
 
 TEST(OddSources, APipeWhoseReaderLeftIsAnErrorOfTheSave) {
-  ::signal(SIGPIPE, SIG_IGN);
   const TempFolder folder;
   const std::string path = folder.File("pipe");
   ASSERT_EQ(::mkfifo(path.c_str(), 0600), 0);
