@@ -186,6 +186,7 @@ class Loader {
     if (!source_.hasMark && !IsDataSet(coder.head)) {
       if (!IsBigEndianDataSet(coder.head)) return NotDicom();
       LoadBigEndian();
+      if (source_.object == nullptr) return std::move(source_);
     }
     if (std::string odd = WhyMetaLengthIsOdd(coder.head); !odd.empty())
       source_.warnings.push_back(std::move(odd));
@@ -199,7 +200,8 @@ class Loader {
     source_.stop = coder.LastStop();
     source_.bigEndian = buffer.InEndian == kBigEndian;
     source_.bytes = std::max<std::uint64_t>(source_.bytes, buffer.Position);
-    source_.failure = WordsOf(source_.stop, source_);
+    // What a failing system cut short looks truncated too.
+    source_.failure = buffer.HasError() ? buffer.ErrorText() : WordsOf(source_.stop, source_);
     if (source_.object != nullptr || !source_.failure.empty()) return;
     source_.failure = coder.ErrorText() == nullptr ? "cannot be read" : coder.ErrorText();
   }
@@ -221,9 +223,19 @@ class Loader {
     FileBuffer buffer;
     source_.object = std::make_unique<DICOMDataObject>();
     source_.code = kExplicitBig;
-    if (buffer.OpenForRead(path_.c_str())) coder.ExplicitBigIn(buffer, *source_.object);
-    if (buffer.HasError()) source_.failure = buffer.ErrorText();
+    if (buffer.OpenForRead(path_.c_str())) ReadBigEndian(coder, buffer);
+    if (buffer.HasError()) source_.object.reset();
     Take(coder, buffer);
+  }
+
+  /// A parse ends at a stray delimiter, and the next one goes on behind it.
+  void ReadBigEndian(DataSetCoder& coder, FileBuffer& buffer) {
+    std::uint32_t before = 0;
+    do {
+      before = buffer.Position;
+    } while (
+        coder.File_ParseRawVRIntoDCM(buffer, *source_.object, kExplicitBig, options_.loadPixels) &&
+        buffer.Position != before);
   }
 
   SourceFile NotDicom() {
