@@ -1,13 +1,11 @@
 // tessaret dump: shows what DICOM files hold.
-#include <algorithm>
-
-#include "core/object_text.h"
 #include "escape.h"
 #include "file_walk.h"
 #include "interrupt.h"
 #include "json_dump.h"
 #include "line_dump.h"
 #include "source_file.h"
+#include "text_dump.h"
 #include "verbs.h"
 
 namespace tessaret::tool {
@@ -21,17 +19,6 @@ struct DumpOptions {
   bool recurse = false;  // asked for by those who know it from elsewhere; it is what happens anyhow
   LineDumpOptions lines;
 };
-
-/// Writes the library's own form of the text, whose lines are safe to show one by one.
-void DumpText(const DICOMObject& object, Host& host) {
-  const std::string text = ObjectToText(object, 0, &host.Tags());
-  std::string_view rest = text;
-  while (!rest.empty()) {
-    const std::size_t end = rest.find('\n');
-    host.output.Line(Escaped(rest.substr(0, end)));
-    rest.remove_prefix(std::min(end, rest.size() - 1) + 1);
-  }
-}
 
 void DumpAsJson(const std::string& path, const SourceFile& source, Host& host) {
   JsonWriter json(host.output);

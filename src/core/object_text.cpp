@@ -42,12 +42,11 @@ std::string ValueText(const VR& vr, VrCode type) {
 /// Walks an object and what is nested in it with a stack of its own.
 class Listing {
  public:
-  explicit Listing(const RTC* dictionary) : dictionary_(dictionary) {}
+  Listing(const RTC* dictionary, const LineSink& sink) : dictionary_(dictionary), sink_(sink) {}
 
-  std::string Of(const DICOMObject& object, int depth) {
+  void Of(const DICOMObject& object, int depth) {
     Enter(&object, depth);
     while (!levels_.empty()) Step(levels_.back());
-    return std::move(text_);
   }
 
  private:
@@ -119,18 +118,26 @@ class Listing {
   }
 
   void Line(const Level& level, std::string_view line) {
-    text_.append(level.prefix).append(line).append("\n");
+    line_.assign(level.prefix).append(line).append("\n");
+    sink_(line_);
   }
 
   const RTC* const dictionary_;
-  std::string text_;
+  const LineSink& sink_;
+  std::string line_;  // keeps its room from line to line
   std::vector<Level> levels_;
 };
 
 }  // namespace
 
+void ListObject(const DICOMObject& object, int depth, const RTC* dictionary, const LineSink& sink) {
+  Listing(dictionary, sink).Of(object, depth);
+}
+
 std::string ObjectToText(const DICOMObject& object, int depth, const RTC* dictionary) {
-  return Listing(dictionary).Of(object, depth);
+  std::string text;
+  ListObject(object, depth, dictionary, [&text](std::string_view line) { text += line; });
+  return text;
 }
 
 std::string VRValueToText(const VR& vr) { return ValueText(vr, vr.TypeCode); }

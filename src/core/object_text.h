@@ -1,7 +1,9 @@
 // An object as text, for people: one line an element, items set in below their sequence.
 #pragma once
 
+#include <functional>
 #include <string>
+#include <string_view>
 
 #include "core/dicom_object.h"
 
@@ -17,6 +19,13 @@ inline constexpr int kDeepestListedLevel = 1000;
 /// 0, a blank. `dictionary` describes the tags, and types the elements that have no type; null: none. The object is only
 /// read, so several threads may list one object at once.
 std::string ObjectToText(const DICOMObject& object, int depth, const RTC* dictionary);
+
+/// Takes one line of a listing, its line end included.
+using LineSink = std::function<void(std::string_view line)>;
+
+/// The same text, each line as soon as it is made: set in by their depth, all of them may need many times the memory of the
+/// object. Throws what `sink` throws, and std::bad_alloc.
+void ListObject(const DICOMObject& object, int depth, const RTC* dictionary, const LineSink& sink);
 
 /// The value alone: text cut to 126 characters and trimmed (a TM without ":" and ".", a DA without "."), the first of several
 /// numbers, up to 16 bytes in hexadecimal for other types, "(EMPTY)" for no value.

@@ -1,6 +1,7 @@
 #include "core/object_text.h"
 
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 
@@ -60,6 +61,7 @@ TEST(VRValueToText, RemovesColonsAndPointsFromATime) {
 TEST(VRValueToText, RemovesPointsFromADate) {
   EXPECT_EQ(TextOf(type_code::DA, "1999.12.31"), "19991231");
   EXPECT_EQ(TextOf(type_code::DA, "12:31"), "12:31");
+  EXPECT_EQ(TextOf(type_code::DA, ".1999.12.31-2000.01.31."), "19991231-20000131");
 }
 
 TEST(VRValueToText, LeavesThePointsOfOtherTexts) {
@@ -278,6 +280,38 @@ TEST(ObjectToText, EndsOnAnObjectDeeperThanAnyStack) {
   EXPECT_EQ(CountOf("...\n", text), 1u);
   // Each of 1,000 levels has four lines with a prefix of at most 1,002 characters and at most 30 others.
   EXPECT_LT(text.size(), 1001u * 4 * (1002 + 30));
+}
+
+TEST(ObjectToText, CountsTheDeepestLevelFromTheDepthThatItStartsWith) {
+  const int start = kDeepestListedLevel - 1;
+  EXPECT_EQ(CountOf("innermost\n", ObjectToText(*Chain(1), start, nullptr)), 1u);
+  const std::string text = ObjectToText(*Chain(2), start, nullptr);
+  EXPECT_EQ(CountOf("innermost\n", text), 0u);
+  EXPECT_EQ(CountOf("> ...\n", text), 1u);
+}
+
+TEST(ListObject, HandsOutTheTextLineByLine) {
+  const auto chain = Chain(3);
+  std::string text;
+  std::size_t lines = 0;
+  ListObject(*chain, 2, nullptr, [&](std::string_view line) {
+    ++lines;
+    EXPECT_EQ(line.find('\n'), line.size() - 1);
+    text += line;
+  });
+  // Four lines around each of three items, and the innermost element.
+  EXPECT_EQ(lines, 3u * 4 + 1);
+  EXPECT_EQ(text, ObjectToText(*chain, 2, nullptr));
+}
+
+TEST(ListObject, LetsItsSinkEndTheListing) {
+  const auto chain = Chain(3);
+  std::size_t lines = 0;
+  const LineSink sink = [&](std::string_view) {
+    if (++lines == 5) throw std::runtime_error("enough");
+  };
+  EXPECT_THROW(ListObject(*chain, 0, nullptr, sink), std::runtime_error);
+  EXPECT_EQ(lines, 5u);
 }
 
 TEST(ObjectToText, CountsTheItemsOfALongSequence) {

@@ -6,7 +6,9 @@ What is left out has more than that in its hands before it begins.
 import concurrent.futures
 import os
 import pathlib
+import struct
 import subprocess
+import tempfile
 import unittest
 
 BIN = pathlib.Path(os.environ["TESSARET_BINARY_DIR"]) / "bin"
@@ -34,10 +36,10 @@ PROGRAMS = {
 }
 
 
-def limited(command, space):
+def limited(command, space, stdout=subprocess.PIPE):
     """The finished command, held to an address space and a small stack."""
     held = ["prlimit", f"--stack={STACK}", f"--as={space}", *map(str, command)]
-    return subprocess.run(held, check=False, capture_output=True, stdin=subprocess.DEVNULL)
+    return subprocess.run(held, check=False, stdin=subprocess.DEVNULL, stdout=stdout, stderr=subprocess.PIPE)
 
 
 def least_space(command):
@@ -75,6 +77,20 @@ class SmallLimits(unittest.TestCase):
             self.assertEqual(small.stderr, large.stderr)
             without_summary = lambda output: [line for line in output.splitlines() if b'"seconds"' not in line]
             self.assertEqual(without_summary(small.stdout), without_summary(large.stdout))
+
+    def test_the_tool_lists_many_deep_elements_as_it_walks(self):
+        # A million lines of which each is set in by 250 levels: the text alone is larger than the room.
+        opening = struct.pack("<HH2sHIHHI", 0x0008, 0x1140, b"SQ", 0, 0xFFFFFFFF, 0xFFFE, 0xE000, 0xFFFFFFFF)
+        elements = b"".join(struct.pack("<HH2sH", 0x0009 + 2 * (number >> 16), number & 0xFFFF, b"LO", 0)
+                            for number in range(1_000_000))
+        space = least_space([TOOL, "dictionary", "0010,0010"]) + ROOM
+        with tempfile.NamedTemporaryFile() as file:
+            file.write(opening * 250 + elements)
+            file.flush()
+            for form in ("lines", "text"):
+                command = [TOOL, "dump", "-q", "--format", form, file.name]
+                result = limited(command, space, stdout=subprocess.DEVNULL)
+                self.assertEqual((result.returncode, result.stderr), (0, b""), form)
 
 
 if __name__ == "__main__":
