@@ -7,12 +7,21 @@
 #include "standard_streams.h"
 
 namespace tessaret::tool {
+namespace {
+
+/// What the library tells its host of a failed start, and the line or the system's words that it keeps beside that.
+std::string WithReason(const std::string& words) {
+  const std::string& reason = ModuleDictionary().LastErrorText();
+  return reason.empty() ? words : words + ": " + reason;
+}
+
+}  // namespace
 
 void Host::LoadDictionaries() {
   if (dictionariesLoaded_) return;
   std::string why;
   const MessageSink keepWords = [&why](const std::string& text, const std::string&) { why = text; };
-  if (!StartDictionaries(ModuleDirectory(), keepWords)) throw DictionaryError(why);
+  if (!StartDictionaries(ModuleDirectory(), keepWords)) throw DictionaryError(WithReason(why));
   dictionariesLoaded_ = true;
 }
 

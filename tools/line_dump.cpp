@@ -97,7 +97,7 @@ class LineDump final : public ObjectVisitor {
     Line(ItemIndent(level), TagText(vr), "pi", ShownValue(vr, most_), {Length(vr), 1, "Item"});
   }
 
-  /// "=CTImageStorage" behind a UID that has a name, one for each of several.
+  /// "=CTImageStorage" behind a UID that has a name, one for each of several. Cut like the value: a name is longer than its UID.
   std::string UidNames(const VR& vr) {
     if (vr.TypeCode != type_code::UI || vr.Data == nullptr) return {};
     std::string names;
@@ -108,11 +108,11 @@ class LineDump final : public ObjectVisitor {
       const std::string name = host_.NameOfUid(rest.substr(0, end));
       any = any || !name.empty();
       names += name;
-      if (end == std::string_view::npos) break;
+      if (end == std::string_view::npos || names.size() > most_) break;
       names += '\\';
       rest.remove_prefix(end + 1);
     }
-    return any ? " =" + names : std::string();
+    return any ? " =" + Escaped(names, most_) : std::string();
   }
 
   /// What the dictionary says of a tag; for a private one whose it is.

@@ -92,6 +92,20 @@ class Lines(tool.ToolTest):
         self.assertEqual(values["0009,1001"][1], "[1.2.3\\1.2.840.10008.1.1] =\\Verification")
         self.assertEqual(self.values(element(0x00091001, "UI", "1.2.3\\1.2.4"))["0009,1001"][1], "[1.2.3\\1.2.4]")
 
+    def test_names_of_many_uids_are_cut_like_values_and_whole_when_asked_for(self):
+        uid, name = "1.2.840.10008.1.1", "Verification"
+        for uids, names in (([uid] * 3000, [name] * 3000), ([uid] + [""] * 9000, [name] + [""] * 9000)):
+            content = element(0x00091001, "UI", "\\".join(uids) + "\\1")
+            value, joined = "\\".join(uids), "\\".join(names)
+            self.assertEqual(self.values(content)["0009,1001"][1], f"[{value[:61]}...] ={joined[:61]}...")
+            self.assertEqual(self.values(content, "--long")["0009,1001"][1], f"[{value}\\1] ={joined}\\")
+        # 64 characters are whole.
+        uids = [uid] * 4 + ["1.2"] * 13
+        self.assertEqual(self.values(element(0x00091001, "UI", "\\".join(uids)))["0009,1001"][1].split("] ")[1],
+                         "=" + "\\".join([name] * 4) + "\\" * 13)
+        self.assertEqual(self.values(element(0x00091001, "UI", "\\".join(uids + ["1.2"])))["0009,1001"][1].split("] ")[1],
+                         "=" + "\\".join([name] * 4) + "\\" * 10 + "...")
+
     def test_descriptions_of_private_and_unknown_elements(self):
         lines = self.dump(element(0x00090010, "LO", "ACME 1.1") + element(0x00091001, "LO", "x") +
                           element(0x00092001, "LO", "x") + element(0x00100000, "UL", bytes(4)) + element(0x00110001, "LO", "x") +
@@ -173,6 +187,13 @@ class Lines(tool.ToolTest):
         fragments = element(0x7FE00010, "OB", item(b"") + sequence_end(), length=UNDEFINED)
         self.assertEqual(self.dump(fragments, "--no-pixels", syntax=JPEG),
                          [f"(7fe0,0010) OB {'(not loaded)':<40} # u/l, 1 Pixel Data"])
+
+    def test_no_pixels_stops_before_those_of_a_big_endian_data_set_without_a_mark(self):
+        result = run("dump", "-q", "--no-pixels", self.write("bare", tool.image(order=">")))
+        self.assert_ends(result, DONE, "")
+        self.assertEqual(result.stdout.decode().splitlines()[-2:],
+                         [f"(0028,0103) US {'0':<40} # 2, 1 Pixel Representation",
+                          f"(7fe0,0010) OW {'(not loaded)':<40} # 12, 1 Pixel Data"])
 
     def test_strict_refuses_what_has_no_mark(self):
         bare = self.write("bare.dcm", tool.image())

@@ -244,10 +244,28 @@ class Manual(tool.ToolTest):
 
 class Dictionaries(tool.ToolTest):
 
-    def test_missing_dictionaries_are_told_and_end_the_work(self):
+    def assert_dictionaries_refused(self, words):
         environment = {**os.environ, "TESSARET_DATA_DIR": str(self.folder)}
         result = run("dump", self.good_file(), env=environment)
-        self.assert_ends(result, INPUT_FAILED, f"tessaret: dictionaries: Error reading [{self.folder}/dicom-dict.txt]\n")
+        self.assert_ends(result, INPUT_FAILED, f"tessaret: dictionaries: {words}\n")
+        self.assertEqual(result.stdout, b"")
+
+    def test_missing_dictionaries_are_told_and_end_the_work(self):
+        self.assert_dictionaries_refused(f"Error reading [{self.folder}/dicom-dict.txt]: No such file or directory")
+
+    def test_a_broken_dictionary_is_told_with_the_number_of_its_line(self):
+        lines = (tool.SOURCE_DIR / "data/dicom-dict.txt").read_text().splitlines()
+        # The first entry becomes one without an end.
+        number = next(number for number, line in enumerate(lines, 1) if line.startswith("{"))
+        lines[number - 1] = '{0x0008 0x0001 UL "no end'
+        self.write("dicom-dict.txt", "\n".join(lines).encode())
+        self.assert_dictionaries_refused(
+            f"Error reading [{self.folder}/dicom-dict.txt]: line {number}: the record has no end before the next one")
+
+    def test_a_broken_dictionary_of_uids_is_told_with_the_number_of_its_line(self):
+        shutil.copy(tool.SOURCE_DIR / "data/dicom-dict.txt", self.path("dicom-dict.txt"))
+        self.write("uid-dict.txt", b"# comment\nSOPClass 1.2.3 image Name\n")
+        self.assert_dictionaries_refused("Error reading UID file at line 2")
 
     def test_help_needs_no_dictionaries(self):
         environment = {**os.environ, "TESSARET_DATA_DIR": str(self.folder)}
