@@ -167,6 +167,24 @@ class Types(ConvertTest):
             self.assertEqual(dataset[0x00280120].VR, vr)
             self.assertEqual(dataset.PixelPaddingValue, 63536 if vr == "US" else -2000)
 
+    @staticmethod
+    def types_that_may_be_numbers_of_two_bytes():
+        """Tag to the types that the table of elements names, of all data elements that may be US."""
+        rows = [line.split("\t") for line in (tool.SOURCE_DIR / "data/tables/elements.tsv").read_text().splitlines()[1:]]
+        return {int(group + number, 16): types for group, number, types, *_ in rows
+                if "US" in types.split(" or ") and "x" not in group + number and int(group, 16) > 4}
+
+    def test_every_element_that_may_be_signed_goes_by_the_pixels_and_no_other(self):
+        table = self.types_that_may_be_numbers_of_two_bytes()
+        signed = {tag for tag, types in table.items() if types == "US or SS"}
+        self.assertLessEqual({0x00280106, 0x00189810, 0x00603006}, signed)
+        self.assertIn("US or SS or OW", table.values())
+        for representation, expected in ((0, set()), (1, signed)):
+            content = b"".join(self.number(tag, representation) for tag in sorted(table))
+            dataset = self.convert(meta(IMPLICIT) + content, "--syntax", "explicit")
+            self.assertEqual({tag for tag in table if dataset.get_item(tag).VR == "SS"}, expected)
+            self.assertEqual({tag for tag in table if dataset.get_item(tag).value != struct.pack("<H", representation)}, set())
+
     def test_what_is_nested_goes_by_what_surrounds_it(self):
         nested = item(element(0x00281101, "US", struct.pack("<3H", 16, 0x8000, 16), implicit=True))
         content = meta(IMPLICIT) + self.number(0x00280103, 1) + element(0x00880200, "SQ", nested, implicit=True)
