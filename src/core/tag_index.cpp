@@ -7,7 +7,7 @@
 namespace tessaret {
 namespace {
 
-/// Slots that a key may lie away from its home. The dictionary of the standard needs fewer than 10.
+/// Slots that a key may lie away from its home. The dictionary of the standard needs 18.
 constexpr std::uint32_t kLongestProbe = 64;
 
 /// Used slots side by side. A look-up of an unknown key may go through all of them, however near each key is to its home.

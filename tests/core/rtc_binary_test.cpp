@@ -343,6 +343,15 @@ TEST(RtcBinary, CutInTheElementsHoldsTheEntriesThatCameWhole) {
   }
 }
 
+TEST(RtcBinary, CutWithoutDescriptionsKeepsThemForTheNextFile) {
+  Loaded loaded;
+  EXPECT_FALSE(Attach(loaded.rtc, Cut(kFileWithoutTexts, kFileWithoutTexts.size() - 1)));
+  EXPECT_EQ(Shown(loaded.rtc), "00100010 PN -");
+  EXPECT_NE(loaded.rtc.KeepDescriptions, 0u);
+  EXPECT_TRUE(Attach(loaded.rtc, kFile));
+  EXPECT_EQ(Shown(loaded.rtc), kBoth);
+}
+
 TEST(RtcBinary, CutInTheDescriptionsHoldsAllEntriesAndTheDescriptionsThatCameWhole) {
   const std::size_t texts = kFile.size() - kTexts.size();
   for (std::size_t size = texts; size < kFile.size(); ++size) {

@@ -8,6 +8,7 @@
 #include <cerrno>
 #include <ctime>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -258,6 +259,25 @@ TEST_F(Trace, ErrnoIsAsItWasBefore) {
   EXPECT_EQ(errno, ECONNRESET);
 }
 
+TEST_F(Trace, ErrnoIsAsItWasBeforeAlsoWhenATextCannotBeMade) {
+  const std::string path = TraceTo("trace");
+  errno = ECONNRESET;
+  // No character has this number.
+  DumpTrace(kDumpSocket, "%ls\n", L"\x7FFFFFFF");
+  EXPECT_EQ(errno, ECONNRESET);
+  const std::string words(3000, 'w');
+  const auto keepsErrno = [&](auto trace) {
+    return test::FailEveryAllocation([&] {
+      errno = ECONNRESET;
+      trace();
+      EXPECT_EQ(errno, ECONNRESET);
+    });
+  };
+  EXPECT_GT(keepsErrno([&] { DumpTrace(kDumpSocket, "%s\n", words.c_str()); }), 0u);
+  EXPECT_GT(keepsErrno([&] { DumpTimeStamped(words); }), 0u);
+  EXPECT_GT(keepsErrno([&] { AppendToDump("!"); }), 0u);
+}
+
 TEST_F(Trace, WithoutMemoryATextIsLostAndNothingIsThrown) {
   // Longer than what a string keeps in itself, so that the name takes memory.
   const std::string path = TraceTo("a name of more than sixteen characters");
@@ -272,7 +292,29 @@ TEST_F(Trace, WithoutMemoryATextIsLostAndNothingIsThrown) {
   EXPECT_EQ(text.substr(text.size() - 1), "!");
 }
 
+/// Puts the process five and a half hours east of Greenwich.
+class FarEast {
+ public:
+  FarEast() {
+    if (const char* zone = std::getenv("TZ"); zone != nullptr) before_ = zone;
+    ::setenv("TZ", "TST-05:30", 1);
+    ::tzset();
+  }
+  FarEast(const FarEast&) = delete;
+  FarEast& operator=(const FarEast&) = delete;
+  ~FarEast() {
+    before_ ? ::setenv("TZ", before_->c_str(), 1) : ::unsetenv("TZ");
+    ::tzset();
+  }
+
+  static constexpr std::time_t kOffset = (5 * 60 + 30) * 60;
+
+ private:
+  std::optional<std::string> before_;
+};
+
 TEST_F(Trace, ATimeStampedLineHasTheLocalTimeAndTheText) {
+  const FarEast zone;
   const std::string path = TraceTo("trace");
   SetDumpFlag(kAllBits, false);
   const std::time_t start = std::time(nullptr);
@@ -280,8 +322,9 @@ TEST_F(Trace, ATimeStampedLineHasTheLocalTimeAndTheText) {
   const std::time_t end = std::time(nullptr);
   std::vector<std::string> possible;
   for (std::time_t second = start; second <= end; ++second) {
+    const std::time_t shifted = second + FarEast::kOffset;
     std::tm parts{};
-    ::localtime_r(&second, &parts);
+    ::gmtime_r(&shifted, &parts);
     char text[200];
     ASSERT_GT(std::strftime(text, sizeof text, "%c", &parts), 0u);
     possible.push_back(std::string(text) + " : 100% of it\n");

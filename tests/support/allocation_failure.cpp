@@ -1,6 +1,7 @@
 #include "support/allocation_failure.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdlib>
 
 namespace tessaret::test {
@@ -23,6 +24,7 @@ bool Refused(std::size_t size) {
   tally.largest = std::max(tally.largest, size);
   if (tally.untilFailure == 0 || --tally.untilFailure > 0) return false;
   tally.happened = true;
+  errno = ENOMEM;  // as malloc leaves it
   return true;
 }
 

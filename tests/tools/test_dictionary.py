@@ -111,7 +111,24 @@ class Compile(tool.ToolTest):
         out = self.path("dict.bin")
         result = run("dictionary", "--json", "--compile", out)
         report = json.loads(result.stdout)
-        self.assertEqual((report["output"], report["bytes"]), (str(out), out.stat().st_size))
+        entries = (tool.SOURCE_DIR / "data/dicom-dict.txt").read_text().count("\n{")
+        self.assertEqual(report, {"output": str(out), "bytes": out.stat().st_size, "entries": entries})
+        self.assert_ends(run("dictionary", "-v", "--force", "--compile", out), DONE,
+                         f"tessaret: {out}: {entries} entries, {out.stat().st_size} bytes\n")
+
+    def test_a_dictionary_without_descriptions_is_written_without_them(self):
+        place, out = self.path("data"), self.path("dict.bin")
+        place.mkdir()
+        whole = self.path("whole.bin")
+        self.assert_ends(run("dictionary", "--compile", whole), DONE)
+        content = whole.read_bytes()
+        count = struct.unpack_from("<i", content, 12)[0]
+        bare = content[:16] + bytes(4) + content[20:20 + 16 * count]
+        (place / "dicom-dict.txt").write_bytes(bare)
+        (place / "uid-dict.txt").write_bytes((tool.SOURCE_DIR / "data/uid-dict.txt").read_bytes())
+        environment = {**os.environ, "TESSARET_DATA_DIR": str(place)}
+        self.assert_ends(run("dictionary", "--compile", out, env=environment), DONE, "")
+        self.assertEqual(out.read_bytes()[16:], bare[16:])
 
     def test_a_question_may_come_with_it(self):
         result = run("dictionary", "--compile", self.path("dict.bin"), "0010,0010")

@@ -138,6 +138,12 @@ class Lines(tool.ToolTest):
                 f"  (fffe,e00d) na {'(ItemDelimitationItem)':<40} # 0, 0 Item Delimitation Item",
                 f"(fffe,e0dd) na {'(SequenceDelimitationItem)':<40} # 0, 0 Sequence Delimitation Item"])
 
+    def test_a_sequence_that_holds_nothing_but_its_end_has_one(self):
+        self.assertEqual(self.dump(element(0x00081140, "SQ", sequence_end()) + element(0x00081150, "UI", "1.2.3")), [
+            f"(0008,1140) SQ {'(Sequence with explicit length #=0)':<40} # 8, 1 Referenced Image Sequence",
+            f"(fffe,e0dd) na {'(SequenceDelimitationItem)':<40} # 0, 0 Sequence Delimitation Item",
+            f"(0008,1150) UI {'[1.2.3]':<40} # 6, 1 Referenced SOP Class UID"])
+
     def test_fragments_of_compressed_pixels_are_listed(self):
         pixels = element(0x7FE00010, "OB", item(b"") + item(b"\xff\xd8\xff\xd9") + sequence_end(), length=UNDEFINED)
         self.assertEqual(self.dump(pixels, syntax=JPEG), [
@@ -251,6 +257,17 @@ class Json(tool.ToolTest):
         unknown = element(0x00091001, "UN", item(element(0x00080100, "SH", "A1")) + sequence_end(), length=UNDEFINED)
         self.assertEqual(self.dump(unknown), {"00091001": {"vr": "SQ", "Value": [{"00080100": {"vr": "SH", "Value": ["A1"]}}]}})
 
+    def test_a_value_of_blanks_is_null(self):
+        self.assertEqual(self.dump(element(0x00080008, "CS", "ORIGINAL\\  \\AXIAL") + element(0x00101030, "DS", " \\1.5")), {
+            "00080008": {"vr": "CS", "Value": ["ORIGINAL", None, "AXIAL"]},
+            "00101030": {"vr": "DS", "Value": [None, 1.5]}})
+
+    def test_a_value_that_is_no_whole_number_of_numbers_is_base64(self):
+        self.assertEqual(self.dump(element(0x00091001, "UL", b"\x01\x02\x03", length=3) +
+                                   element(0x00091002, "AT", b"\xff\xfe", length=2)), {
+            "00091001": {"vr": "UL", "InlineBinary": base64.b64encode(b"\x01\x02\x03").decode()},
+            "00091002": {"vr": "AT", "InlineBinary": base64.b64encode(b"\xff\xfe").decode()}})
+
     def test_bytes_are_base64_up_to_4096(self):
         for size in (2, 4, 6, 4096):
             value = bytes(index % 251 for index in range(size))
@@ -345,6 +362,23 @@ class Faults(tool.ToolTest):
         result = run("dump", file)
         self.assert_ends(result, INPUT_FAILED)
         self.assertIn(b": the length of (7fe0,0008) at offset ", result.stderr)
+
+    def assert_length_doubted(self, content, tag, offset):
+        file = self.write("newer.dcm", content)
+        self.assert_ends(run("dump", file), INPUT_FAILED, f"tessaret: {file}: the length of {tag} at offset {offset} is in a "
+                         "form that is not read here; what follows is not to be trusted\n")
+
+    def test_lengths_that_are_newer_than_the_reader_are_told_even_where_what_follows_makes_sense(self):
+        # Three numbers, whose length and first bytes read as (000c,0000) LO with the rest as its value.
+        start = meta(EXPLICIT) + element(0x00080060, "CS", "CT")
+        misread = element(0x00660016, "OF", b"LO\x08\x00" + b"12345678")
+        self.assert_length_doubted(start + misread, "(0066,0016)", len(start))
+        self.assert_length_doubted(start + misread + element(0x00720052, "AT", bytes(4)), "(0066,0016)", len(start))
+
+    def test_an_empty_value_of_a_newer_type_is_no_mystery_where_its_length_is_short(self):
+        empty = struct.pack("<HH2sH", 0x0066, 0x0016, b"OF", 0)
+        for behind in (b"", element(0x00720052, "AT", bytes(4))):
+            self.assert_ends(run("dump", self.write("short.dcm", meta(EXPLICIT) + empty + behind)), DONE, "")
 
     def test_three_good_files_and_a_bad_one(self):
         good = [self.good_file(f"{name}.dcm") for name in "abd"]

@@ -7,10 +7,14 @@ import re
 import select
 import struct
 import subprocess
+import time
 import unittest
 
 import tool
 from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, TOOL, element, meta, run
+
+# Of tool.image().
+PIXELS_LINE = f"(7fe0,0010) OW {'01' + ''.join(chr(92) + byte for byte in '00 02 00 03 00 04 00 05 00 06 00'.split()):<40} # 12, 1 Pixel Data"
 
 
 def with_closed(descriptors, *arguments):
@@ -75,6 +79,28 @@ class FullOutput(tool.ToolTest):
                     self.assert_ends(run(*way, stdout=writer), OUTPUT_FAILED, "")
                 finally:
                     os.close(writer)
+
+    def test_an_output_that_does_not_wait_is_waited_for(self):
+        long_one = self.write("long.dcm", meta(tool.EXPLICIT) + b"".join(
+            element(0x00091000 + index, "LO", "x" * 60) for index in range(6000)))
+        expected = run("dump", long_one).stdout
+        reader, writer = os.pipe()
+        os.set_blocking(writer, False)
+        with subprocess.Popen([TOOL, "dump", long_one], stdout=writer, stderr=subprocess.PIPE) as process:
+            os.close(writer)
+            time.sleep(0.3)  # the pipe is full long since
+            with open(reader, "rb") as listing:
+                self.assertEqual(listing.read(), expected)
+            self.assertEqual((process.wait(60), process.stderr.read()), (DONE, b""))
+
+    def test_results_and_words_come_in_the_order_in_which_they_happened(self):
+        good, other = self.good_file("a.dcm"), self.good_file("c.dcm")
+        bad = self.write("b.dcm", b"bad")
+        cut = self.write("d.dcm", good.read_bytes()[:-1])
+        result = run("dump", good, bad, other, cut, stderr=subprocess.STDOUT)
+        self.assertEqual([line for line in result.stdout.decode().splitlines() if re.match("#|tessaret|.*7fe0", line)], [
+            f"# {good}", PIXELS_LINE, f"tessaret: {bad}: not DICOM", f"# {other}", PIXELS_LINE, f"# {cut}",
+            f"tessaret: {cut}: truncated at offset {good.stat().st_size - 24}, in (7fe0,0010)"])
 
     def test_a_reader_that_leaves_early_ends_the_work(self):
         listing = self.write("long.dcm", meta(tool.EXPLICIT) + b"".join(
@@ -300,6 +326,15 @@ class Loudness(tool.ToolTest):
         series = self.path("series")
         self.assert_ends(run("phantom", "-v", "--size", 8, "--slices", 2, series), DONE,
                          f"tessaret: {series}: 2 files written\n")
+
+    def test_debug_adds_what_helps_to_find_a_fault_to_what_verbose_says(self):
+        good = self.good_file()
+        encoding = (f"{good.stat().st_size} bytes, preamble and mark, transfer syntax {tool.EXPLICIT} (ExplicitVRLittleEndian), "
+                    "explicit little endian")
+        for options in (["-d"], ["-v", "-d"]):
+            self.assert_ends(run("check", *options, good), DONE,
+                             f"tessaret: {good}: {encoding}\ntessaret: {good}: reads, 16 elements\n")
+        self.assert_ends(run("dictionary", "-d", "0010,0010"), DONE, "tessaret: 0010,0010: 1 found\n")
 
     def test_words_hold_no_patient_data_at_any_loudness(self):
         secret = b"Secret^Name"
