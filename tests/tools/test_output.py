@@ -13,8 +13,9 @@ import unittest
 import tool
 from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, TOOL, element, meta, run
 
-# Of tool.image().
-PIXELS_LINE = f"(7fe0,0010) OW {'01' + ''.join(chr(92) + byte for byte in '00 02 00 03 00 04 00 05 00 06 00'.split()):<40} # 12, 1 Pixel Data"
+# The last line of tool.image().
+PIXELS = "\\".join("01 00 02 00 03 00 04 00 05 00 06 00".split())
+PIXELS_LINE = f"(7fe0,0010) OW {PIXELS:<40} # 12, 1 Pixel Data"
 
 
 def with_closed(descriptors, *arguments):
