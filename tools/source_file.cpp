@@ -139,13 +139,11 @@ std::string WordsOf(const ParseStop& stop, const SourceFile& source) {
   return {};
 }
 
-/// Why a path is not to be opened at all, or empty.
-std::string WhyNotToOpen(const std::string& path, std::uint64_t& size) {
-  struct stat status {};
+/// Why a path is not to be opened at all, or empty with its `status`.
+std::string WhyNotToOpen(const std::string& path, struct stat& status) {
   const FileResult found = StatPath(path.c_str(), status);
   if (!found.Ok()) return SystemErrorText(found.error);
   if (S_ISDIR(status.st_mode)) return SystemErrorText(EISDIR);
-  if (S_ISREG(status.st_mode)) size = static_cast<std::uint64_t>(status.st_size);
   // A device may never come to an end.
   return S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode) ? "is a device" : std::string();
 }
@@ -173,8 +171,12 @@ class Loader {
         dictionary_(dictionary) {}
 
   SourceFile Load() {
-    source_.failure = WhyNotToOpen(path_, source_.bytes);
+    struct stat status {};
+    source_.failure = WhyNotToOpen(path_, status);
     if (!source_.failure.empty()) return std::move(source_);
+    // A pipe that has been read cannot be read again, and to open it anew may wait for ever.
+    const bool readableAgain = S_ISREG(status.st_mode);
+    if (readableAgain) source_.bytes = static_cast<std::uint64_t>(status.st_size);
     ObservingCoder coder(&dictionary_);
     FileBuffer buffer;
     source_.object = coder.LoadFile(path_.c_str(), options_.loadPixels, options_.strict, &buffer);
@@ -184,7 +186,7 @@ class Loader {
     Take(coder, buffer);
     if (source_.object == nullptr) return std::move(source_);
     if (!source_.hasMark && !IsDataSet(coder.head)) {
-      if (!IsBigEndianDataSet(coder.head)) return NotDicom();
+      if (!readableAgain || !IsBigEndianDataSet(coder.head)) return NotDicom();
       LoadBigEndian();
       if (source_.object == nullptr) return std::move(source_);
     }
@@ -211,10 +213,9 @@ class Loader {
            HoldsMoreThanZeros(*source_.object);
   }
 
-  /// A stream that has been read cannot be read again.
   [[nodiscard]] bool IsBigEndianDataSet(const Head& head) const {
     return head.firstTag && IsKnown(InOtherOrder(*head.firstTag), dictionary_) &&
-           path_ != kStandardInputPath && *head.firstTag != 0;
+           *head.firstTag != 0;
   }
 
   /// A bare data set in big endian, which the library's own loading does not look for.

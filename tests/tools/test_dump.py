@@ -2,7 +2,9 @@
 
 import base64
 import json
+import os
 import struct
+import subprocess
 import unittest
 
 import tool
@@ -185,6 +187,15 @@ class Lines(tool.ToolTest):
         self.assert_ends(result, DONE, f"tessaret: {file}: warning: no \"DICM\" mark, so the encoding is a guess\n")
         self.assertIn(b"(0028,0010) US 2 ", result.stdout)
         self.assertIn(b"01\\00\\02\\00\\03\\00", result.stdout)
+
+    def test_a_big_endian_data_set_is_not_looked_for_in_a_pipe(self):
+        # To recognise it takes a second look at the bytes. Opened once more, a pipe would wait for another writer.
+        pipe = self.path("pipe")
+        os.mkfifo(pipe)
+        with subprocess.Popen(["cp", "/dev/stdin", pipe], stdin=subprocess.PIPE) as writer:
+            writer.stdin.write(tool.image(order=">"))
+            writer.stdin.close()
+            self.assert_ends(run("dump", pipe), INPUT_FAILED, f"tessaret: {pipe}: not DICOM\n")
 
     def test_no_pixels_stops_before_them(self):
         content = tool.image() + element(0xFFFCFFFC, "OB", b"\0\0")
