@@ -4,6 +4,7 @@
 #include <array>
 #include <cstring>
 #include <memory>
+#include <string>
 
 #include "base/byte_order.h"
 #include "core/element_reader.h"
@@ -59,6 +60,18 @@ void RemoveMetaGroup(DICOMObject& object, bool keepSyntax) {
   }
 }
 
+/// What is longer than its length field can state shrinks to the text that counts of it: cut in its length alone, it would
+/// make the file unreadable.
+void ShortenSyntax(VR& syntax) {
+  if (syntax.Data == nullptr || syntax.Length <= kLongestUid) return;
+  const std::string text = TransferSyntaxText(syntax);
+  syntax.Reset();
+  if (text.empty()) return;
+  syntax.Length = static_cast<std::uint32_t>(text.size());
+  syntax.AllocateValue();
+  std::memcpy(syntax.Data, text.data(), text.size());
+}
+
 bool IsBigEndianSyntax(const VR& syntax) {
   const auto code = FindTransferSyntax(TransferSyntaxText(syntax));
   return code && IsBigEndian(*code);
@@ -89,7 +102,10 @@ void CopyUid(DICOMObject& object, std::uint16_t sourceElement, MetaBuilder& meta
 void BuildMetaHeader(DICOMObject& object, std::int32_t mode, std::string_view callingAeTitle) {
   RemoveMetaGroup(object, mode == kMetaKeepSyntax);
   VR* syntax = object.GetVR(kMetaGroup, 0x0010);
-  if (syntax != nullptr) DeclarePixelType(object, *syntax);
+  if (syntax != nullptr) {
+    ShortenSyntax(*syntax);
+    DeclarePixelType(object, *syntax);
+  }
 
   MetaBuilder meta(object);
   constexpr std::array<std::uint8_t, 2> kVersion = {0x00, 0x01};

@@ -120,6 +120,32 @@ TEST(MetaHeader, PassesOverAUidThatItsLengthFieldCannotState) {
   }
 }
 
+TEST(MetaHeader, KeepsASyntaxThatItsLengthFieldCannotStateAsTheTextThatCountsOfIt) {
+  // 65536 + 18 and 65536 + 17 state 18 and 17 in six bits, 65536 states 0, and 65534 fits.
+  const std::string known = "1.2.840.10008.1.2";  // 17 characters
+  struct Case {
+    std::size_t length;
+    std::string kept;
+  };
+  const Case cases[] = {{65534, known + std::string(65534 - 17, '\0')},
+                        {65535, known},
+                        {65536 + 17, known},
+                        {65536 + 18, known},
+                        {65536, ""}};
+  for (const auto& [length, kept] : cases) {
+    DICOMObject object;
+    object.Push(NewElement(0x0002, 0x0010, type_code::UI, known + std::string(length - 17, '\0')));
+    Add(object, 3);
+    EXPECT_EQ(ValueText(At(object, 0x0002, 0x0010)), kept) << length;
+    EXPECT_EQ(GroupLength(object), 14u + (8 + (kept.size() + 1) / 2 * 2) + 42 + 20 + 24) << length;
+  }
+  // Its bytes are not there: the writer has words for that.
+  DICOMObject object;
+  object.Push(new VR(0x0002, 0x0010, 70000, nullptr));
+  Add(object, 3);
+  EXPECT_EQ(At(object, 0x0002, 0x0010).Length, 70000u);
+}
+
 TEST(MetaHeader, TakesTheWholeOldGroupAway) {
   const auto object = Instance();
   object->Push(NewElement(0x0000, 0x0002, type_code::UI, "9."));

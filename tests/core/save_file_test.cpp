@@ -293,6 +293,25 @@ TEST_F(SaveFile, ASyntaxMayEndWithABlank) {
                     DataSetBuilder(kImplicit).Element(0x0010, 0x0010, "PN", "A ")}));
 }
 
+TEST_F(SaveFile, ASyntaxThatItsLengthFieldCannotStateLeavesAFileThatCanBeRead) {
+  for (const Encoding encoding : kAllEncodings) {
+    // NULs behind the UID up to a length that states 64 * 1024 too little.
+    std::string syntax(SyntaxUidOf(encoding));
+    const std::size_t stated = syntax.size() + 1;
+    syntax.resize(65536 + stated);
+    const auto object = std::make_unique<DICOMObject>();
+    object->Push(NewElement(0x0002, 0x0010, type_code::UI, syntax));
+    object->Push(NewElement(0x0008, 0x0018, type_code::UI, "1.2.3."));
+    object->Push(NewElement(0x0010, 0x0010, type_code::PN, "A "));
+    const Bytes expected =
+        Joined({Preamble(), MetaNaming(SyntaxUidOf(encoding)), InstanceIn(encoding)});
+    ASSERT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), 3, *object));
+    EXPECT_EQ(ReadBytes(Path()), expected);
+    EXPECT_EQ(At(*object, 0x0002, 0x0010).Length, syntax.size());
+    EXPECT_EQ(Save(3, *object), expected);
+  }
+}
+
 // What was read and is written again.
 
 TEST_F(SaveFile, WhatIsLoadedAndSavedHoldsTheSameDataSet) {
