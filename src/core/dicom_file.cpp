@@ -192,9 +192,11 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std
 }
 
 template <class Encode>
-bool DataSetCoder::SaveWhole(const char* path, FileBuffer* fileBuffer, Encode encode) {
+bool DataSetCoder::SaveWhole(const char* path, std::int32_t mode, FileBuffer* fileBuffer,
+                             Encode encode) {
   SetError(nullptr);
   systemError_ = 0;
+  if (mode < 1 || mode > 3 || path == nullptr) return false;
   FileBuffer local;
   FileBuffer& buffer = fileBuffer != nullptr ? *fileBuffer : local;
   bool saved = false;
@@ -234,14 +236,12 @@ bool DataSetCoder::SaveStaged(const char* path, FileBuffer& buffer, Encode encod
 
 bool DataSetCoder::SaveFile(const char* path, std::int32_t mode, DICOMObject& object,
                             FileBuffer* fileBuffer) {
-  if (mode < 1 || mode > 3 || path == nullptr) return false;
-  return SaveWhole(path, fileBuffer,
+  return SaveWhole(path, mode, fileBuffer,
                    [&](FileBuffer& buffer) { return Encode(*this, mode, object, buffer); });
 }
 
 bool DataSetCoder::SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object) {
-  if (mode < 1 || mode > 3 || path == nullptr) return false;
-  return SaveWhole(path, nullptr,
+  return SaveWhole(path, mode, nullptr,
                    [&](FileBuffer& buffer) { return EncodeKeeping(*this, mode, object, buffer); });
 }
 

@@ -98,6 +98,25 @@ TEST_F(SaveFile, AnyOtherModeDoesNothing) {
   }
 }
 
+TEST_F(SaveFile, ASaveThatIsRefusedForgetsTheErrorBeforeIt) {
+  for (const bool keeping : {false, true}) {
+    const auto object = Instance();
+    const auto save = [&](DataSetCoder& coder, const char* path, std::int32_t mode) {
+      return keeping ? coder.SaveKeeping(path, mode, *object) : coder.SaveFile(path, mode, *object);
+    };
+    for (const bool nullPath : {false, true}) {
+      DataSetCoder coder;
+      EXPECT_FALSE(save(coder, folder_.File("nowhere/file.dcm").c_str(), 3));
+      ASSERT_EQ(coder.LastOpenError(), ENOENT);
+      coder.SetError("from before");
+      EXPECT_FALSE(nullPath ? save(coder, nullptr, 3) : save(coder, Path().c_str(), 4));
+      EXPECT_EQ(coder.LastOpenError(), 0);
+      EXPECT_EQ(coder.ErrorText(), nullptr);
+    }
+    EXPECT_EQ(CountOf(*object), 2u);
+  }
+}
+
 TEST_F(SaveFile, AFileThatIsThereStaysWhereNoneIsToBeReplaced) {
   DataSetCoder coder;
   coder.ReplacesFiles = false;
