@@ -797,5 +797,27 @@ TEST(ElementReader, ReadsAndWritesTheDeepestNestingOnASmallStack) {
   }
 }
 
+TEST(ElementReader, SetsTheByteOrderOfTheStreamForEachEncoding) {
+  // Each stream was left at the other order.
+  struct Case {
+    Encoding encoding;
+    Bytes name;
+    VrCode type;
+    std::int32_t before;
+    std::int32_t behind;
+  };
+  const Case cases[] = {
+      {kImplicit, kNameImplicit, type_code::kNone, kBigEndian, kLittleEndian},
+      {kExplicit, kNameExplicit, type_code::PN, kBigEndian, kLittleEndian},
+      {kBig, kNameBig, type_code::PN, kLittleEndian, kBigEndian},
+  };
+  for (const auto& [encoding, name, type, before, behind] : cases) {
+    Bytes bytes = name;
+    MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false, before);
+    ExpectName(ParseFrom(buffer, encoding), type);
+    EXPECT_EQ(buffer.InEndian, behind);
+  }
+}
+
 }  // namespace
 }  // namespace tessaret::test

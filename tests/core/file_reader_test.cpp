@@ -176,6 +176,18 @@ TEST(FileReader, ASyntaxWithoutALengthThatEndsTheCountedGroupDoesNotStayEither) 
   EXPECT_EQ(At(*notLast.object, 0x0002, 0x0010).ItemCount(), 1u);
 }
 
+TEST(FileReader, ASequenceInTheMetaGroupThatBreaksOffEndsTheParseAndIsNotCounted) {
+  // The count would make it the last one, which does not stay.
+  const Bytes elements =
+      DataSetBuilder(kExplicit).Head(0x0002, 0x0010, "SQ", kNoLength).Item().Tag(0x0010, 0x0010);
+  const Parsed parsed = ParseFile(MetaGroupOf(elements, 12));
+  EXPECT_FALSE(parsed.result);
+  // The heads of group length and sequence take 12 bytes each, that of the item 8.
+  EXPECT_EQ(parsed.stop, (ParseStop{Why::kTruncated, 12 + 12 + 8, 0x0010, 0x0010}));
+  EXPECT_EQ(TagsOf(*parsed.object), "(0002,0000) (0002,0010)");
+  EXPECT_EQ(At(*parsed.object, 0x0002, 0x0010).ItemCount(), 1u);
+}
+
 TEST(FileReader, TheSyntaxOfAnElementBeforeStaysWhenASecondOneEndsTheGroup) {
   DataSetBuilder elements(kExplicit);
   elements.Element(0x0002, 0x0010, "UI", Evened(SyntaxUidOf(kExplicit)));  // 8 + 20
@@ -210,11 +222,38 @@ TEST(FileReader, ASyntaxBehindTheCountedGroupIsNeitherKeptNorFollowed) {
   EXPECT_EQ(TagsOf(*parsed.object), "(0002,0000) (0002,0001) (0008,0060) (0010,0010) (0028,0010)");
 }
 
+TEST(FileReader, ASyntaxBehindTheCountedGroupThatBreaksOffEndsTheParse) {
+  const Bytes elements = DataSetBuilder(kExplicit)
+                             .Element(0x0002, 0x0001, "OB", Bytes{0, 1})
+                             .Head(0x0002, 0x0010, "UI", 18);
+  // 14 counts the version only.
+  const Bytes bytes = MetaGroupOf(elements, 14);
+  const Parsed parsed = ParseFile(bytes);
+  EXPECT_FALSE(parsed.result);
+  EXPECT_EQ(parsed.stop, (ParseStop{Why::kTruncated, 12 + 14, 0x0002, 0x0010}));
+  EXPECT_EQ(TagsOf(*parsed.object), "(0002,0000) (0002,0001)");
+  DataSetCoder coder;
+  EXPECT_EQ(coder.LoadMemory(bytes.data(), bytes.size(), true, false), nullptr);
+}
+
 TEST(FileReader, AGroupLengthThatIsTooLargeEndsWithTheFirstElementAboveTheGroup) {
   for (const std::uint32_t length : {1000u, 32767u, 65535u}) {
     const Parsed parsed = ParseFile(Joined({CountedMeta(length, kBig), PatientIn(kBig)}));
     EXPECT_TRUE(parsed.result);
     EXPECT_EQ(CountOf(*parsed.object), 7u);
+  }
+}
+
+TEST(FileReader, GroupThreeIsAboveTheMetaGroup) {
+  for (const Encoding encoding : kAllEncodings) {
+    const Bytes data = DataSetBuilder(encoding)
+                           .Element(0x0003, 0x0001, "LO", "B ")
+                           .Element(0x0010, 0x0010, "PN", "A ");
+    const Parsed parsed = ParseFile(Joined({CountedMeta(1000, encoding), data}));
+    ASSERT_TRUE(parsed.result) << NameOf(encoding);
+    EXPECT_EQ(TagsOf(*parsed.object),
+              "(0002,0000) (0002,0001) (0002,0010) (0002,0012) (0003,0001) (0010,0010)");
+    EXPECT_EQ(ValueText(At(*parsed.object, 0x0003, 0x0001)), "B ");
   }
 }
 
@@ -326,6 +365,42 @@ TEST(FileReader, AnObjectThatTakesNothingEndsTheParse) {
     EXPECT_TRUE(one.IsEmpty());
     EXPECT_TRUE(other.IsEmpty());
   }
+}
+
+/// A meta group of one sequence of one item, without a group length.
+Bytes MetaSequence() {
+  return DataSetBuilder(kExplicit).Sequence(0x0002, 0x0012, Lengths::kUndefined,
+                                            Lengths::kUndefined, {Bytes{}});
+}
+
+TEST(FileReader, AnObjectThatTakesNothingTakesNoSequenceOfTheMetaGroupEither) {
+  Bytes bytes = MetaSequence();
+  MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+  DICOMDataObject one;
+  DICOMDataObject other;
+  one.PushTarget = &other;
+  other.PushTarget = &one;
+  DataSetCoder coder;
+  coder.FileMode = true;
+  EXPECT_FALSE(coder.File_ParseRawVRIntoDCM(buffer, one, 101, true));
+  EXPECT_EQ(coder.LastStop(), (ParseStop{Why::kOrphanItem, 0, 0x0002, 0x0012}));
+}
+
+TEST(FileReader, ASequenceOfTheMetaGroupThatIsPassedOnIsNotTheLastElementHere) {
+  const auto sequenceSize = static_cast<std::uint32_t>(MetaSequence().size());
+  Bytes bytes = Joined({MetaSequence(), DataSetBuilder(kExplicit).Item(0)});
+  MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+  DICOMObject target;
+  DICOMDataObject passing;
+  passing.PushTarget = &target;
+  DataSetCoder coder;
+  coder.FileMode = true;
+  // An item goes by the last element of the object that is read into, and there is none.
+  EXPECT_FALSE(coder.File_ParseRawVRIntoDCM(buffer, passing, 101, true));
+  EXPECT_EQ(coder.LastStop(), (ParseStop{Why::kOrphanItem, sequenceSize, 0xFFFE, 0xE000}));
+  EXPECT_EQ(passing.LastPushedVR, nullptr);
+  EXPECT_EQ(target.LastPushedVR, &At(target, 0x0002, 0x0012));
+  EXPECT_EQ(At(target, 0x0002, 0x0012).ItemCount(), 1u);
 }
 
 // Pixel data that is not wanted.
