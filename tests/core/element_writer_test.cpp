@@ -5,6 +5,7 @@
 
 #include "core/coding_helpers.h"
 #include "core/element_maker.h"
+#include "support/memory_file.h"
 
 namespace tessaret::test {
 namespace {
@@ -359,6 +360,27 @@ TEST(ElementWriter, AnEmptyListOfItemsStillGetsItsDelimiter) {
   }
 }
 
+TEST(ElementWriter, AnItemThatIsNullGoesOutAsAnEmptyOne) {
+  DICOMObject object;
+  object.Push(NewElement(0x0008, 0x1140, type_code::SQ, ""));
+  auto item = std::make_unique<DICOMObject>();
+  item->Push(NewElement(0x0010, 0x0010, type_code::PN, "A "));
+  auto* items = new ItemArray;
+  At(object, 0x0008, 0x1140).Items = items;
+  items->Add(nullptr);
+  items->Add(item.release());
+  const auto expectedIn = [](Encoding encoding) {
+    const Bytes inside = DataSetBuilder(encoding).Element(0x0010, 0x0010, "PN", "A ");
+    return DataSetBuilder(encoding)
+        .Sequence(0x0008, 0x1140, Lengths::kUndefined, Lengths::kUndefined, {Bytes{}, inside})
+        .Done();
+  };
+  const MemoryFile file;
+  EXPECT_TRUE(DataSetCoder().SaveKeeping(file.Path().c_str(), 1, object));
+  EXPECT_EQ(ReadBytes(file.Path()), expectedIn(kImplicit));
+  EXPECT_EQ(Encode(kExplicit, object), expectedIn(kExplicit));
+}
+
 TEST(ElementWriter, AnElementWithItemsIsASequenceWhateverItsTypeSays) {
   const auto dictionary = DictionaryOf("(0008,1140) VR=\"LO\"\n");
   for (const VrCode type : {type_code::kNone, type_code::UN, type_code::LO, type_code::OB}) {
@@ -411,6 +433,18 @@ TEST(ElementWriter, WritesSequencesNestedToTheLimitAndRefusesOneMore) {
     EXPECT_FALSE(write(*beyond));
     EXPECT_STREQ(coder.ErrorText(), "Sequences are nested too deeply");
     EXPECT_TRUE(beyond->IsEmpty());
+  }
+}
+
+TEST(ElementWriter, WritesAnObjectThatItKeepsToTheSameLimit) {
+  const auto atLimit = NestedObjects(256);
+  const auto beyond = NestedObjects(257);
+  for (const std::int32_t mode : {1, 2, 3}) {
+    DataSetCoder coder;
+    EXPECT_TRUE(coder.SaveKeeping("/dev/null", mode, *atLimit));
+    EXPECT_FALSE(coder.SaveKeeping("/dev/null", mode, *beyond));
+    EXPECT_STREQ(coder.ErrorText(), "Sequences are nested too deeply");
+    EXPECT_FALSE(beyond->IsEmpty());
   }
 }
 

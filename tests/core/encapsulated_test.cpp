@@ -3,6 +3,7 @@
 
 #include "core/coding_helpers.h"
 #include "core/element_maker.h"
+#include "support/memory_file.h"
 
 namespace tessaret::test {
 namespace {
@@ -240,6 +241,22 @@ TEST(Encapsulated, WritesNothingForAnItemWithoutAFragmentAndOnlyThatOfOneWithMor
   EXPECT_TRUE(withMore->IsEmpty());
   EXPECT_TRUE(withOther->IsEmpty());
   DestroyItems(items);
+}
+
+TEST(Encapsulated, WritesNothingForAnItemThatIsNull) {
+  DICOMObject object;
+  object.Push(NewElement(0x7FE0, 0x0010, type_code::OB, ""));
+  auto fragment = std::make_unique<DICOMObject>();
+  fragment->Push(NewElement(0xFFFE, 0xE000, type_code::kNone, Bytes{1, 2}));
+  auto* items = new ItemArray;
+  At(object, 0x7FE0, 0x0010).Items = items;
+  items->Add(nullptr);
+  items->Add(fragment.release());
+  items->Add(nullptr);
+  const MemoryFile file;
+  EXPECT_TRUE(DataSetCoder().SaveKeeping(file.Path().c_str(), 1, object));
+  EXPECT_EQ(ReadBytes(file.Path()), DataSetBuilder(kImplicit).Fragments({{1, 2}}).Done());
+  EXPECT_EQ(Encode(kExplicit, object), DataSetBuilder(kExplicit).Fragments({{1, 2}}).Done());
 }
 
 TEST(Encapsulated, WritesAFragmentOfOddLengthAsItIs) {
