@@ -164,6 +164,22 @@ TEST_F(LoadFile, EachLoadForgetsTheErrorBeforeIt) {
   EXPECT_TRUE(coder.FileMode);
 }
 
+TEST_F(LoadFile, EachLoadForgetsHowTheOneBeforeItEnded) {
+  const Bytes whole = FileOf(kExplicit, PatientIn(kExplicit));
+  const Bytes cut(whole.begin(), whole.end() - 1);
+  WriteBytes(Path(), cut);
+  DataSetCoder coder;
+  EXPECT_NE(coder.LoadFile(Path().c_str(), true, true), nullptr);
+  EXPECT_EQ(coder.LastStop().why, Why::kTruncated);
+  // Neither of these comes to a parse.
+  EXPECT_EQ(coder.LoadFile(folder_.File("nowhere.dcm").c_str(), true, true), nullptr);
+  EXPECT_EQ(coder.LastStop(), ParseStop());
+  EXPECT_EQ(coder.LoadMemory(cut.data(), cut.size(), true, true), nullptr);
+  EXPECT_EQ(coder.LastStop().why, Why::kTruncated);
+  EXPECT_EQ(coder.LoadMemory(nullptr, 100, true, true), nullptr);
+  EXPECT_EQ(coder.LastStop(), ParseStop());
+}
+
 // Files without the mark.
 
 TEST_F(LoadFile, StrictRefusesAFileWithoutTheMark) {
@@ -456,6 +472,24 @@ TEST_F(LoadFile, AStreamThatCannotGoBackIsAnErrorAndNotReadFromTheMiddle) {
   const Loaded loaded = Load(PatientIn(kExplicit), {}, &buffer);
   EXPECT_EQ(loaded.object, nullptr);
   EXPECT_EQ(loaded.error, kParseError);
+}
+
+TEST_F(LoadFile, AnErrorOnTheWayBackHasTheWordsOfTheStream) {
+  class Breaking : public FileBuffer {
+   public:
+    bool Seek(std::uint64_t offset) override {
+      broken_ = broken_ || offset < 132;
+      return !broken_ && FileBuffer::Seek(offset);
+    }
+    bool HasError() override { return broken_ || FileBuffer::HasError(); }
+    std::string ErrorText() override { return "broken on the way back"; }
+
+   private:
+    bool broken_ = false;
+  } buffer;
+  const Loaded loaded = Load(PatientIn(kExplicit), {}, &buffer);
+  EXPECT_EQ(loaded.object, nullptr);
+  EXPECT_EQ(loaded.error, "broken on the way back");
 }
 
 // Exceptions.
