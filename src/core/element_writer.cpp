@@ -89,8 +89,8 @@ bool ElementWriter::WriteBlankPaddedUid(VR& vr, VrCode type, ElementForm form, s
 bool ElementWriter::WriteFile(DICOMObject& object, std::int32_t code) {
   buffer_.SetInEndian(IsBigEndian(code) ? kBigEndian : kLittleEndian);
   FileState state{code, std::nullopt};
-  const bool written = object.Elements.ForEachWhile(
-      [&](VR& vr) { return WriteFileElement(vr, state, type_code::kNone); });
+  const bool written =
+      object.Elements.ForEachWhile([&](VR& vr) { return WriteFileElement(vr, state); });
   if (after_ == After::kEmpty) object.Reset();
   return written;
 }
@@ -99,27 +99,26 @@ bool ElementWriter::WriteFileWithMeta(DICOMObject& object, DICOMObject& meta, Vr
                                       std::int32_t code) {
   buffer_.SetInEndian(IsBigEndian(code) ? kBigEndian : kLittleEndian);
   FileState state{code, std::nullopt};
+  pixelType_ = pixelType;
   bool metaWritten = false;
   const auto writeMeta = [&] {
     metaWritten = true;
-    return meta.Elements.ForEachWhile(
-        [&](VR& vr) { return WriteFileElement(vr, state, type_code::kNone); });
+    return meta.Elements.ForEachWhile([&](VR& vr) { return WriteFileElement(vr, state); });
   };
   const bool written = object.Elements.ForEachWhile([&](VR& vr) {
     if (vr.Group == 0x0002) return true;
     if (vr.Group > 0x0002 && !metaWritten && !writeMeta()) return false;
-    return WriteFileElement(vr, state, pixelType);
+    return WriteFileElement(vr, state);
   });
   return written && (metaWritten || writeMeta());
 }
 
-bool ElementWriter::WriteFileElement(VR& vr, FileState& state, VrCode pixelType) {
+bool ElementWriter::WriteFileElement(VR& vr, FileState& state) {
   // The form that rules so far decides about a group length, before any switch.
   if (!IsImplicit(state.code) && vr.Element == 0 && vr.Group != 2) return true;
   if (vr.Group > 2 && state.heldSyntax && !SwitchSyntax(state)) return false;
   const ElementForm form = IsImplicit(state.code) ? ElementForm::kImplicit : ElementForm::kExplicit;
-  const bool renamed = pixelType != type_code::kNone && IsPixelData(vr);
-  const VrCode type = TypeToWrite(vr, renamed ? pixelType : vr.TypeCode, form);
+  const VrCode type = TypeToWrite(vr, GivenType(vr, 0), form);
   if (!WriteElement(vr, type, form, 0)) return false;
   if (vr.Key() == kTransferSyntaxTag) state.heldSyntax = TransferSyntaxText(vr);
   return true;
@@ -141,6 +140,11 @@ bool ElementWriter::RefuseDepth() {
   return false;
 }
 
+VrCode ElementWriter::GivenType(const VR& vr, std::int32_t depth) const {
+  const bool renamed = pixelType_ != type_code::kNone && depth == 0 && IsPixelData(vr);
+  return renamed ? pixelType_ : vr.TypeCode;
+}
+
 VrCode ElementWriter::TypeToWrite(const VR& vr, VrCode type, ElementForm form) const {
   if (type == type_code::kNone || (form == ElementForm::kExplicit && type == type_code::UN)) {
     const VrCode known = coder_.Dictionary == nullptr
@@ -160,7 +164,7 @@ bool ElementWriter::WriteElement(VR& vr, VrCode type, ElementForm form, std::int
   if (vr.Group == kStructuralGroup) return Refuse(vr, "cannot stand in a data set");
   const bool hasValue = vr.Items == nullptr && vr.Length != 0 && type != type_code::SQ;
   if (hasValue && !CheckValue(vr)) return false;
-  if (tracing_) TraceElement(vr, form);
+  if (tracing_) TraceElement(vr, form, depth);
   WriteHead(vr, type, form);
   if (hasValue && !WriteValue(vr)) return false;
   if (vr.Items != nullptr && !WriteItems(vr, form, depth)) return false;
@@ -178,11 +182,15 @@ bool ElementWriter::Refuse(const VR& vr, const char* why) {
   return false;
 }
 
-void ElementWriter::TraceElement(const VR& vr, ElementForm form) const {
+void ElementWriter::TraceElement(const VR& vr, ElementForm form, std::int32_t depth) const {
   const bool implicit = form == ElementForm::kImplicit;
   if (vr.Items == nullptr || (IsPixelData(vr) && !implicit)) {
     const DumpService service{coder_.Dictionary};
-    DumpVR(vr, &service);
+    // Pixel data that an object keeps under another type is shown as what goes out.
+    VR shown(vr, false, VR::WithoutItems{});
+    shown.StreamPosition = vr.StreamPosition;
+    shown.TypeCode = GivenType(vr, depth);
+    DumpVR(shown, &service);
   } else if (IsPixelData(vr)) {
     AppendToDump(parse_trace::ImplicitPixelData(vr.Group, vr.Element, vr.Length));
   } else {
@@ -273,7 +281,7 @@ bool ElementWriter::WriteFragment(DICOMObject& item) {
   const VR* vr = item.GetVR(kStructuralGroup, kItemElement);
   if (vr == nullptr) return true;
   if (vr->Length != 0 && !CheckValue(*vr)) return false;
-  if (tracing_) TraceElement(*vr, ElementForm::kExplicit);
+  if (tracing_) TraceElement(*vr, ElementForm::kExplicit, 0);
   WriteStructural(kItemElement, vr->Length);
   return vr->Length == 0 || buffer_.WriteLong(vr->Data, vr->Length);
 }

@@ -40,11 +40,13 @@ class ElementWriter {
   };
 
   bool WriteElements(DICOMObject& object, ElementForm form, std::int32_t depth);
-  bool WriteFileElement(VR& vr, FileState& state, VrCode pixelType);
+  bool WriteFileElement(VR& vr, FileState& state);
   bool WriteBlankPaddedUid(VR& vr, VrCode type, ElementForm form, std::int32_t depth);
   bool SwitchSyntax(FileState& state);
   /// Writes one element, as `type`, and what is nested below it.
   bool WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth);
+  /// What the element is called: its own type, or that which a file gives its pixel data.
+  [[nodiscard]] VrCode GivenType(const VR& vr, std::int32_t depth) const;
   /// The representation to write for an element called `type`: looked up where that is not known.
   [[nodiscard]] VrCode TypeToWrite(const VR& vr, VrCode type, ElementForm form) const;
   void WriteHead(const VR& vr, VrCode type, ElementForm form);
@@ -58,12 +60,14 @@ class ElementWriter {
   /// Sets the words "VR(group,element) `why`". Always false.
   bool Refuse(const VR& vr, const char* why);
   bool RefuseDepth();
-  void TraceElement(const VR& vr, ElementForm form) const;
+  /// Apart, so that the levels of a nest do not hold what it needs.
+  [[gnu::noinline]] void TraceElement(const VR& vr, ElementForm form, std::int32_t depth) const;
 
   DataSetCoder& coder_;
   Buffer& buffer_;
   After after_;
   bool tracing_;
+  VrCode pixelType_ = type_code::kNone;  // for pixel data of a file, its icons excepted; 0: its own
 };
 
 }  // namespace tessaret

@@ -295,6 +295,30 @@ TEST_F(CoderTrace, SavingAFileTracesItsElementsWhetherTheObjectIsKeptOrNot) {
   }
 }
 
+TEST_F(CoderTrace, PixelDataIsTracedAsTheTypeThatIsWrittenWhetherTheObjectIsKeptOrNot) {
+  DICOMObject object;
+  object.Push(NewElement(0x0002, 0x0010, type_code::UI, Evened(SyntaxUidOf(kExplicit))));
+  object.Push(NewElement(0x0028, 0x0100, type_code::US, Bytes{16, 0}));
+  // Its icon keeps its own type.
+  object.Push(NewElement(0x0088, 0x0200, type_code::SQ, ""));
+  auto icon = std::make_unique<DICOMObject>();
+  icon->Push(NewElement(0x7FE0, 0x0010, type_code::OB, Bytes{1, 'A'}));
+  object.Push(icon.release());
+  object.Push(NewElement(0x7FE0, 0x0010, type_code::OB, Bytes{2, 'B'}));
+  At(object, 0x7FE0, 0x0010).StreamPosition = 0x1234;
+  const std::string expected =
+      "[0088][0200][FFFFFFFF][SQ]Start undefined length sequence\n"
+      "(0000)[7FE0,0010][     2][OB]:'' 01 41 |.A|\n"
+      "(1234)[7FE0,0010][     2][OW]:'' 02 42 |.B|\n";
+  const std::string path = folder_.File("saved.dcm");
+  EXPECT_TRUE(DataSetCoder().SaveKeeping(path.c_str(), 3, object));
+  const std::string kept = Traced();
+  EXPECT_EQ(kept.substr(kept.size() - expected.size()), expected);
+  EXPECT_EQ(At(object, 0x7FE0, 0x0010).TypeCode, type_code::OB);
+  EXPECT_TRUE(DataSetCoder().SaveFile(path.c_str(), 3, object));
+  EXPECT_EQ(Traced(), kept);
+}
+
 TEST_F(CoderTrace, AUidThatIsPutRightIsTracedAsFromWhereItWasRead) {
   DICOMObject object;
   object.Push(NewElement(0x0008, 0x0018, type_code::UI, "1.2 "));
