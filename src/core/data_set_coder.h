@@ -36,7 +36,8 @@ struct ParseStop {
     kTooLong,        // a length beyond what the stream says it holds
   };
   Why why = Why::kNone;
-  std::uint64_t position = 0;  // stream offset of the element that could not be read
+  // Stream offset of the element that could not be read, modulo 4 GiB like Buffer::Position.
+  std::uint64_t position = 0;
   std::uint16_t group = 0;
   std::uint16_t element = 0;
 };
@@ -53,7 +54,9 @@ class DataSetCoder {
   // Readers: append what `buffer` holds to `object` and answer true at the end of the stream or a delimiter. False after
   // a failure, with everything that could be read in `object`; ErrorText() is set where a failure has words. Throws
   // std::bad_alloc. `depth` is 0 for a data set and more within its sequences.
-  // Writers: pop `object` empty into `buffer`. False, with the rest destroyed, when it cannot be encoded.
+  // Writers: pop `object` empty into `buffer`. False, with the rest destroyed, when it cannot be encoded. Throw
+  // std::bad_alloc: then `object` keeps its elements, but items and fragments that were written are empty, and `buffer`
+  // has a part of the bytes.
 
   virtual bool Implicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object, std::int32_t depth);
   virtual bool Implicit_ParseDCMIntoRawVR(DICOMObject& object, Buffer& buffer, std::int32_t depth);
@@ -97,16 +100,20 @@ class DataSetCoder {
                 FileBuffer* fileBuffer = nullptr);
 
   /// Writes the very file that SaveFile of a shallow clone would write, and leaves `object` as it is: several threads may
-  /// save one object, each by a coder of its own.
+  /// save one object, each by a coder of its own. The file differs in two cases: elements whose tags were changed in place
+  /// stand where their old tags were, where a clone files them anew; and a descendant's AddMetaHeader and writers are not
+  /// called.
   bool SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object);
 
-  /// What went wrong, or null.
+  /// What went wrong, or null. Loads and saves start without words; what the other readers and writers find stays from call
+  /// to call.
   [[nodiscard]] const char* ErrorText() const { return errorText_ ? errorText_->c_str() : nullptr; }
   /// The system's error number when the last save could not open its place, which has no words; otherwise 0.
   [[nodiscard]] int LastOpenError() const { return systemError_; }
   /// Replaces the words; null clears them.
   void SetError(const char* text) noexcept;
-  /// How the last parse ended.
+  /// How the last parse ended. A load starts without a note, and so does a parse of a file or of a data set (depth 0);
+  /// ReadEncapsulated by itself leaves one that is there.
   [[nodiscard]] const ParseStop& LastStop() const { return stop_; }
   /// Notes why a parse ends. The first note counts: it comes from the innermost level. Always false.
   bool Stop(const ParseStop& stop);

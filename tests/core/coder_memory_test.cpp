@@ -1,4 +1,4 @@
-// What loads say when there is no memory for the object itself, and what saves leave.
+// What loads say when there is no memory for the object itself, and what writers leave.
 #include <cerrno>
 #include <set>
 
@@ -28,6 +28,33 @@ TEST(CoderMemory, EachStepOfALoadHasItsWords) {
   EXPECT_EQ(words.count(SystemErrorText(ENOMEM)), 1u);
   EXPECT_EQ(words.count("Error creating DICOM OBJECT"), 1u);
   EXPECT_EQ(words.count("Error parsing DICOM Object"), 1u);
+}
+
+TEST(CoderMemory, AnObjectWhoseWritingFindsNoMemoryKeepsItsElements) {
+  // A short item, and behind it more than one portion of a stream.
+  std::set<bool> itemsLeftEmpty;
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    const std::unique_ptr<DICOMObject> object(
+        NewObject({NewSequence(kSequenceTag, {NewObject({NewVR(kTextTag, "short")})}),
+                   NewVR(MakeTagKey(0x7001, 0x0010), Pattern(100000))}));
+    CollectingBuffer buffer;
+    bool thrown = false;
+    {
+      const AllocationFailure failure(nth);
+      try {
+        EXPECT_TRUE(DataSetCoder().ExplicitLittleOut(*object, buffer));
+      } catch (const std::bad_alloc&) {
+        thrown = true;
+      }
+      happened = failure.Happened();
+    }
+    EXPECT_EQ(thrown, happened) << nth;
+    ASSERT_EQ(CountOf(*object), thrown ? 2u : 0u) << nth;
+    if (thrown) itemsLeftEmpty.insert(InnerOf(*object)->IsEmpty());
+  }
+  // Before the item was written, and behind it.
+  EXPECT_EQ(itemsLeftEmpty, (std::set<bool>{false, true}));
 }
 
 TEST(CoderMemory, ASaveThatFindsNoMemoryClosesTheStreamThatItWasGiven) {
