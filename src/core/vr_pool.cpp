@@ -63,6 +63,18 @@ struct Cache {
 };
 thread_local constinit Cache cache;
 
+/// Set once the thread has handed its blocks on. Its cache then stays as it is when new, so that every further call takes
+/// the slow way, where this is seen.
+thread_local constinit bool gone = false;
+
+/// What destructors that run even later in their thread make and free. Nobody would hand the blocks of one such thread on,
+/// so all of them share these.
+struct LateBlocks {
+  std::mutex mutex;
+  Cache cache;
+};
+constinit LateBlocks late;
+
 void PutIntoStore(FreeBlock* batch) noexcept {
   if (batch == nullptr) return;
   const std::lock_guard lock(store.mutex);
@@ -80,88 +92,106 @@ struct CacheLeaver {
     PutIntoStore(cache.free);
     PutIntoStore(cache.spare);
     cache = {};
+    gone = true;
   }
 };
 
-void TakeSlab() {
+/// A thread that only frees has lists to hand on as well.
+void SeeOffAtTheEndOfTheThread() { static thread_local CacheLeaver leaver; }
+
+void TakeSlab(Cache& into) {
   const std::size_t size = store.nextSlab;
   auto* slab = static_cast<std::uint8_t*>(::operator new(size));
   store.slabs = new (slab) SlabHead{store.slabs};
   store.nextSlab = std::min(size * 2, kLargestSlab);
   const std::size_t blocks = (size - kSlabHeadSize) / sizeof(VR);
-  cache.fresh = slab + kSlabHeadSize;
-  cache.freshEnd = cache.fresh + blocks * sizeof(VR);
+  into.fresh = slab + kSlabHeadSize;
+  into.freshEnd = into.fresh + blocks * sizeof(VR);
 }
 
-/// A thread that only frees has lists to hand on as well.
-void SeeOffAtTheEndOfTheThread() { static thread_local CacheLeaver leaver; }
-
-[[gnu::noinline]] void Refill() {
-  SeeOffAtTheEndOfTheThread();
-  if (cache.spare != nullptr) {
-    cache.free = cache.spare;
-    cache.freeCount = kBatch;
-    cache.spare = nullptr;
+void Refill(Cache& into) {
+  if (into.spare != nullptr) {
+    into.free = into.spare;
+    into.freeCount = kBatch;
+    into.spare = nullptr;
     return;
   }
   const std::lock_guard lock(store.mutex);
   if (store.batches == nullptr) {
-    TakeSlab();
+    TakeSlab(into);
     return;
   }
-  cache.free = store.batches;
-  store.batches = cache.free->nextBatch;
+  into.free = store.batches;
+  store.batches = into.free->nextBatch;
   // A list from a thread that ended may be shorter or longer; the count only steers when it is passed on.
-  cache.freeCount = kBatch;
+  into.freeCount = kBatch;
 }
 
-[[gnu::noinline]] void PassOn() noexcept {
-  SeeOffAtTheEndOfTheThread();
-  PutIntoStore(cache.spare);
-  cache.spare = cache.free;
-  cache.free = nullptr;
-  cache.freeCount = 0;
+void PassOn(Cache& from) noexcept {
+  PutIntoStore(from.spare);
+  from.spare = from.free;
+  from.free = nullptr;
+  from.freeCount = 0;
 }
 
-}  // namespace
+/// Requires: the list is not empty.
+void* TakeFromList(Cache& from) {
+  FreeBlock* block = from.free;
+  from.free = block->next;
+  if (from.freeCount > 0) --from.freeCount;
+  return block;
+}
 
-namespace {
+void PutIntoList(Cache& into, void* block) noexcept {
+  into.free = new (block) FreeBlock{into.free, nullptr};
+  ++into.freeCount;
+}
+
+void* TakeAny(Cache& from) {
+  for (;;) {
+    if (from.free != nullptr) return TakeFromList(from);
+    if (from.fresh != from.freshEnd) {
+      void* block = from.fresh;
+      from.fresh += sizeof(VR);
+      return block;
+    }
+    Refill(from);
+  }
+}
 
 /// The ways of the few calls that the thread's list does not serve, apart, so that the others need no stack frame.
 [[gnu::noinline]] void* TakeBeyondList() {
-  for (;;) {
-    if (cache.free != nullptr) return TakeVrBlock();
-    if (cache.fresh != cache.freshEnd) {
-      void* block = cache.fresh;
-      cache.fresh += sizeof(VR);
-      return block;
-    }
-    Refill();
+  if (gone) {
+    const std::lock_guard lock(late.mutex);
+    return TakeAny(late.cache);
   }
+  SeeOffAtTheEndOfTheThread();
+  return TakeAny(cache);
 }
 
 [[gnu::noinline]] void GiveToFullList(void* block) noexcept {
-  PassOn();
-  GiveVrBlock(block);
+  if (gone) {
+    const std::lock_guard lock(late.mutex);
+    if (late.cache.freeCount >= kBatch) PassOn(late.cache);
+    return PutIntoList(late.cache, block);
+  }
+  SeeOffAtTheEndOfTheThread();
+  PassOn(cache);
+  PutIntoList(cache, block);
 }
 
 }  // namespace
 
 void* TakeVrBlock() {
   Cache& mine = cache;
-  FreeBlock* block = mine.free;
-  if (block == nullptr) return TakeBeyondList();
-  mine.free = block->next;
-  if (mine.freeCount > 0) --mine.freeCount;
-  return block;
+  return mine.free == nullptr ? TakeBeyondList() : TakeFromList(mine);
 }
 
 void GiveVrBlock(void* block) noexcept {
   if (block == nullptr) return;
   Cache& mine = cache;
   if (mine.freeCount >= kBatch) return GiveToFullList(block);
-  mine.free = new (block) FreeBlock{mine.free, nullptr};
-  ++mine.freeCount;
+  PutIntoList(mine, block);
 }
 
 #endif

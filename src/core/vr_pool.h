@@ -3,7 +3,8 @@
 //
 // Every thread takes from a list of its own and frees into it, without a lock; full lists pass to other threads through a
 // shared store, so that a thread that makes objects for another one to free does not take new memory for ever. What was once
-// taken from the system is kept for later records until the process ends.
+// taken from the system is kept for later records until the process ends. A thread that ends hands on what it has; what
+// destructors make and free after that goes through one place for all threads, with a lock.
 //
 // The sanitizers see single allocations instead: their builds go past the pool.
 #pragma once

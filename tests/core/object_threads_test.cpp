@@ -2,6 +2,7 @@
 
 #include <array>
 #include <atomic>
+#include <cstdlib>
 #include <fstream>
 #include <functional>
 #include <map>
@@ -156,20 +157,27 @@ TEST(ObjectThreads, AnObjectThatOutlivesWhatItsThreadKeepsIsDestroyedWhole) {
   EXPECT_EQ(died, 2);
 }
 
-std::size_t ResidentBytes() {
-  std::size_t total = 0;
+/// In bytes: the process's whole address space, and how much of it is in memory.
+struct MemoryOfProcess {
+  std::size_t mapped = 0;
   std::size_t resident = 0;
-  std::ifstream("/proc/self/statm") >> total >> resident;
-  return resident * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+};
+
+MemoryOfProcess MeasureMemory() {
+  MemoryOfProcess pages;
+  std::ifstream("/proc/self/statm") >> pages.mapped >> pages.resident;
+  const auto pageSize = static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  return {pages.mapped * pageSize, pages.resident * pageSize};
 }
 
 /// By how many bytes the process grows over `rounds` of `round`, when some have run already.
 template <class Round>
-std::size_t GrowthOver(int rounds, Round round) {
+std::size_t GrowthOver(int rounds, Round round,
+                       std::size_t MemoryOfProcess::*kind = &MemoryOfProcess::resident) {
   for (int warmUp = 0; warmUp < 20; ++warmUp) round();
-  const std::size_t before = ResidentBytes();
+  const std::size_t before = MeasureMemory().*kind;
   for (int times = 0; times < rounds; ++times) round();
-  const std::size_t after = ResidentBytes();
+  const std::size_t after = MeasureMemory().*kind;
   return after > before ? after - before : 0;
 }
 
@@ -225,6 +233,56 @@ TEST(ObjectThreads, MemoryThatSeveralThreadsFreedBeforeItWasAskedForIsAllUsedAga
                            std::thread([&] { object.Reset(); }).join();
                          }
                        }),
+            kAllowedGrowth);
+}
+
+/// What the process grows by when thread after thread makes one element for this one.
+std::size_t GrowthByElementsOfThreadsThatEnd() {
+  return GrowthOver(
+      800,
+      [] {
+        std::unique_ptr<VR> made;
+        std::thread([&] { made = std::make_unique<VR>(); }).join();
+      },
+      &MemoryOfProcess::mapped);
+}
+
+// A thread takes up to 1 MiB of addresses for its first element and uses little of them. In a process of its own, where no
+// test before this one has left free records.
+TEST(ObjectThreadsDeathTest, MemoryThatAThreadTookAndDidNotUseIsUsedByOthers) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(GrowthByElementsOfThreadsThatEnd() < kAllowedGrowth ? 0 : 1),
+              testing::ExitedWithCode(0), "");
+}
+
+TEST(ObjectThreads, MemoryOfObjectsDestroyedAtTheVeryEndOfAThreadIsUsedAgain) {
+  // 3,000 elements a round.
+  EXPECT_LT(GrowthOver(2500,
+                       [] {
+                         std::thread([] {
+                           // Made before the first element, so it goes when the thread has handed its free records on.
+                           static thread_local std::unique_ptr<DICOMObject> late;
+                           late = std::make_unique<DICOMObject>();
+                           FillWithEmptyElements(*late, 3000);
+                         }).join();
+                       }),
+            kAllowedGrowth);
+}
+
+TEST(ObjectThreads, MemoryTakenAtTheVeryEndOfAThreadIsUsedAgain) {
+  struct MakesLate {
+    ~MakesLate() { delete new VR; }
+  };
+  EXPECT_LT(GrowthOver(
+                800,
+                [] {
+                  std::thread([] {
+                    static thread_local MakesLate late;
+                    static_cast<void>(&late);
+                    delete new VR;
+                  }).join();
+                },
+                &MemoryOfProcess::mapped),
             kAllowedGrowth);
 }
 
