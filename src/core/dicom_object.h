@@ -30,7 +30,8 @@ class DICOMObject {
   /// last one wins; pushing the very same element again does nothing. A walk by Pop starts again at the lowest tag.
   /// With PushTarget set all this happens there. True; false, with nothing changed, for null and where the targets lead in
   /// a circle. Throws std::bad_alloc, with the element still the caller's, when there is no memory.
-  /// Requires: nobody else owns `element`, and this object does not hang below it.
+  /// Requires: nobody else owns `element`, nor does this object under another tag, when the tag was changed in place; and
+  /// this object does not hang below it.
   virtual bool Push(VR* element);
 
   /// Takes out the element with the lowest tag, for the caller to own; null when there is none. This is the normal way to

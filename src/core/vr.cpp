@@ -1,6 +1,7 @@
 #include "core/vr.h"
 
 #include <cstring>
+#include <map>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -41,6 +42,66 @@ bool AnyBelowMightBe(const VR& top, Is is) try {
   }
 } catch (const std::bad_alloc&) {
   return true;
+}
+
+/// The elements that hold bytes, by these.
+using Holders = std::map<const std::uint8_t*, VR*>;
+
+bool HoldsBytes(const VR& vr) {
+  return vr.Data != nullptr && (vr.OwnsData != 0 || vr.Data == vr.Small);
+}
+
+/// Adds what holds bytes below `dying`, but for `leaving` and what hangs below that. False without memory.
+bool AddHoldersBelow(const VR& dying, VR& leaving, Holders& holders) {
+  ItemArray* const leavingItems = std::exchange(leaving.Items, nullptr);
+  const bool failed = AnyBelowMightBe(dying, [&](const DICOMObject& object) {
+    object.Elements.ForEach([&](VR& vr) {
+      if (&vr != &leaving && HoldsBytes(vr)) holders.emplace(vr.Data, &vr);
+    });
+    return false;
+  });
+  leaving.Items = leavingItems;
+  return !failed;
+}
+
+/// Lets the bytes that `borrower` has from `holder` outlive that one. Of several borrowers of an array the first owns it.
+void TakeOver(VR& borrower, VR& holder) noexcept {
+  if (holder.Data != holder.Small) {
+    borrower.OwnsData = std::exchange(holder.OwnsData, 0u);
+    return;
+  }
+  std::memcpy(borrower.Small, holder.Small, sizeof(borrower.Small));
+  borrower.Data = borrower.Small;
+  borrower.OwnsData = 1;
+}
+
+/// Lets all bytes in `source` outlive `former`, from which it may borrow them. False, and nothing changes, when `former`
+/// hangs below `source`, and without memory to find that out.
+bool OutliveFormer(VR& source, VR& former) try {
+  std::vector<VR*> borrowers;
+  const auto noteBorrower = [&borrowers](VR& vr) {
+    if (vr.Data != nullptr && !HoldsBytes(vr)) borrowers.push_back(&vr);
+  };
+  noteBorrower(source);
+  // Not by the tag, which may have been changed in place.
+  const auto holdsFormer = [&](const DICOMObject& object) {
+    return !object.Elements.ForEachWhile([&](VR& vr) {
+      noteBorrower(vr);
+      return &vr != &former;
+    });
+  };
+  if (AnyBelowMightBe(source, holdsFormer)) return false;
+  if (borrowers.empty()) return true;
+  Holders holders;
+  if (HoldsBytes(former)) holders.emplace(former.Data, &former);
+  if (!AddHoldersBelow(former, source, holders)) return false;
+  for (VR* borrower : borrowers) {
+    const auto holder = holders.find(borrower->Data);
+    if (holder != holders.end()) TakeOver(*borrower, *holder->second);
+  }
+  return true;
+} catch (const std::bad_alloc&) {
+  return false;
 }
 
 /// A new element of the same tag and type without a value; null without memory.
@@ -120,12 +181,8 @@ void VR::DestroyOwnItems() noexcept {
 bool VR::ReplaceFrom(VR* source) {
   if (source == nullptr || source->Key() != Key()) return false;
   if (source == this) return true;
-  const auto holdsThis = [this](const DICOMObject& object) {
-    return object.GetVR(Group, Element) == this;
-  };
-  if (AnyBelowMightBe(*source, holdsThis)) return false;
-  // Bytes that the source borrowed from here stay owned, and what was here dies last: the source may hang below it.
-  if (Data != nullptr && source->Data == Data) source->OwnsData |= std::exchange(OwnsData, 0u);
+  if (!OutliveFormer(*source, *this)) return false;
+  // What was here dies last: the source may hang below it.
   VR former;
   former.TakeValue(*this);
   former.Items = std::exchange(Items, std::exchange(source->Items, nullptr));

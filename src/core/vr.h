@@ -72,12 +72,14 @@ struct VR {
   /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source, another
   /// tag, a source that this element hangs below, and without memory to find that out. Replacing an element by itself
   /// changes nothing and answers true. The source may hang below this element, and dies with what was here then; it may
-  /// be a shallow copy of this element, whose bytes stay.
+  /// be a shallow copy of this element or of one below it: bytes that it, or what hangs below it, shares with what was
+  /// here stay.
   bool ReplaceFrom(VR* source);
 
   /// Hands value and items over to `target`: pushes a new VR of this tag that takes Length, Data and OwnsData, then
   /// pushes every item. False, and nothing changes, when Length and Moved are both 0, when `target` is null, hangs below
-  /// this element or refuses it, and without memory. An element that lies in `target` already stays there: true.
+  /// this element or refuses it, and without memory. An element that lies in `target` already stays there: true; with a
+  /// tag that was changed in place it hands its value on to a new element of its present tag.
   bool MoveToObject(DICOMObject* target);
 
   /// 0 when there are no Items.

@@ -305,6 +305,31 @@ TEST(ObjectMemory, ReplaceFromWithoutMemoryToLookBelowTheSourceChangesNothing) {
   EXPECT_EQ(target.ItemCount(), 2u);
 }
 
+TEST(ObjectMemory, ReplaceFromAShallowCopyWithoutMemoryChangesNothing) {
+  const std::unique_ptr<VR> target(
+      NewSequence(kTag, {NewObject({NewVR(kInner, Pattern(70)),
+                                    NewSequence(kTag, {NewObject({NewVR(kInner, Pattern(80))})})}),
+                         NewObject({})}));
+  std::unique_ptr<VR> source(target->Clone(false));
+  const ItemArray* items = source->Items;
+  const VR* held = target->GetItem(0)->GetFirstVR();
+  bool replaced = false;
+  const auto failures = FailEach([&] { replaced = target->ReplaceFrom(source.get()); },
+                                 [&](bool failed) {
+                                   ASSERT_EQ(replaced, !failed);
+                                   if (!failed) return;
+                                   ASSERT_EQ(source->Items, items);
+                                   ASSERT_EQ(source->Moved, 1u);
+                                   ASSERT_EQ(held->OwnsData, 1u);
+                                   ASSERT_EQ(source->GetItem(0)->GetFirstVR()->OwnsData, 0u);
+                                 });
+  // For the list of what borrows, for two of what holds, and for the way there.
+  EXPECT_GE(failures, 3u);
+  source.reset();
+  EXPECT_EQ(target->Items, items);
+  EXPECT_EQ(test::ValueOf(*target->GetItem(0)->GetFirstVR()), Pattern(70));
+}
+
 TEST(ObjectMemory, ACopyThatIsRefusedIsFreed) {
   class Refuser : public DICOMObject {
    public:

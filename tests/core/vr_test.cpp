@@ -563,6 +563,111 @@ TEST(VR, ReplaceFromItsOwnShallowCopyKeepsTheBytes) {
   }
 }
 
+TEST(VR, ReplaceFromItsOwnShallowCopyKeepsTheBytesInItems) {
+  for (const std::size_t size : {4u, 32u, 64u}) {
+    const auto inner = [size](std::uint32_t seed) {
+      std::unique_ptr<VR> vr = Parsed(Pattern(size, seed));
+      return vr.release();
+    };
+    const std::unique_ptr<VR> vr(NewSequence(
+        kTag, {NewObject({inner(1)}),
+               NewObject({NewSequence(kInner, {NewObject({}), NewObject({inner(2)})})})}));
+    vr->Data = NewBytes(Pattern(50));
+    vr->Length = 50;
+    std::unique_ptr<VR> copy(vr->Clone(false));
+    EXPECT_TRUE(vr->ReplaceFrom(copy.get()));
+    copy.reset();
+    EXPECT_EQ(ValueOf(*vr), Pattern(50));
+    ASSERT_EQ(vr->ItemCount(), 2u);
+    const VR* first = vr->GetItem(0)->GetFirstVR();
+    const VR* second = vr->GetItem(1)->GetFirstVR()->GetItem(1)->GetFirstVR();
+    EXPECT_EQ(ValueOf(*first), Pattern(size, 1));
+    EXPECT_EQ(ValueOf(*second), Pattern(size, 2));
+    for (const VR* each : {static_cast<const VR*>(vr.get()), first, second}) {
+      EXPECT_EQ(each->OwnsData, 1u);
+    }
+  }
+}
+
+TEST(VR, ReplaceFromAShallowCopyOfWhatHangsBelowItKeepsTheBytes) {
+  for (const std::size_t size : {4u, 64u}) {
+    const std::unique_ptr<VR> vr(
+        NewSequence(kTag, {NewObject({Parsed(Pattern(size)).release()}), NewObject({})}));
+    std::unique_ptr<VR> copy(vr->GetItem(0)->GetFirstVR()->Clone(false));
+    EXPECT_TRUE(vr->ReplaceFrom(copy.get()));
+    copy.reset();
+    EXPECT_EQ(ValueOf(*vr), Pattern(size));
+    EXPECT_EQ(vr->OwnsData, 1u);
+    EXPECT_EQ(vr->Items, nullptr);
+  }
+}
+
+TEST(VR, ReplaceFromTwoShallowCopiesInOneSourceKeepsTheBytesOfBoth) {
+  for (const std::size_t size : {4u, 64u}) {
+    const std::unique_ptr<VR> vr(NewSequence(kTag, {NewObject({Parsed(Pattern(size)).release()})}));
+    std::unique_ptr<VR> copy(vr->Clone(false));
+    copy->AddItem(vr->GetItem(0)->Clone(false));
+    EXPECT_TRUE(vr->ReplaceFrom(copy.get()));
+    copy.reset();
+    ASSERT_EQ(vr->ItemCount(), 2u);
+    for (std::uint32_t at = 0; at < 2; ++at) {
+      EXPECT_EQ(ValueOf(*vr->GetItem(at)->GetFirstVR()), Pattern(size));
+    }
+  }
+}
+
+// What stays together keeps its owner.
+TEST(VR, ReplaceFromAnElementBelowItLeavesWhatItSharesWithinItself) {
+  VR* original = NewVR(kInner, Pattern(64));
+  VR* inner = NewSequence(kTag, {NewObject({original}), NewObject({original->Clone(false)})});
+  const std::unique_ptr<VR> outer(NewSequence(kTag, {NewObject({inner})}));
+  EXPECT_TRUE(outer->ReplaceFrom(inner));
+  ASSERT_EQ(outer->ItemCount(), 2u);
+  EXPECT_EQ(outer->GetItem(0)->GetFirstVR(), original);
+  EXPECT_EQ(original->OwnsData, 1u);
+  EXPECT_EQ(outer->GetItem(1)->GetFirstVR()->OwnsData, 0u);
+  EXPECT_EQ(outer->GetItem(1)->GetFirstVR()->Data, original->Data);
+}
+
+TEST(VR, ReplaceFromLeavesWhatIsBorrowedElsewhere) {
+  std::uint8_t bytes[] = {5, 6};
+  VR target(0x0010, 0x0020, 2, NewBytes({1, 2}));
+  VR source(0x0010, 0x0020, 0, nullptr);
+  source.AddItem(NewObject({new VR(0x0008, 0x0100, 2, bytes, false)}));
+  EXPECT_TRUE(target.ReplaceFrom(&source));
+  EXPECT_EQ(target.GetItem(0)->GetFirstVR()->Data, bytes);
+  EXPECT_EQ(target.GetItem(0)->GetFirstVR()->OwnsData, 0u);
+}
+
+TEST(VR, ReplaceFromAnElementThatItHangsBelowUnderAFormerTagIsRefused) {
+  VR* inner = NewVR(kInner, "kept");
+  const std::unique_ptr<VR> outer(NewSequence(kTag, {NewObject({inner, NewVR(kTag, "like")})}));
+  inner->Group = GroupOf(kTag);
+  inner->Element = ElementOf(kTag);
+  EXPECT_FALSE(inner->ReplaceFrom(outer.get()));
+  EXPECT_EQ(TextOf(*inner), "kept");
+  EXPECT_EQ(outer->ItemCount(), 1u);
+}
+
+TEST(VR, MoveToTheObjectThatHoldsItUnderAFormerTagHandsTheValueToTheNewOne) {
+  VR* vr = NewSequence(kInner, {NewObject({NewVR(kTag, "item")})});
+  vr->Data = NewBytes(Pattern(64));
+  vr->Length = 64;
+  DICOMObject object;
+  object.Push(vr);
+  vr->Group = GroupOf(kTag);
+  vr->Element = ElementOf(kTag);
+  EXPECT_TRUE(vr->MoveToObject(&object));
+  VR* moved = object.GetVR(GroupOf(kTag), ElementOf(kTag));
+  ASSERT_NE(moved, nullptr);
+  ASSERT_NE(moved, vr);
+  EXPECT_EQ(ValueOf(*moved), Pattern(64));
+  ASSERT_EQ(moved->ItemCount(), 1u);
+  EXPECT_EQ(object.GetVR(GroupOf(kInner), ElementOf(kInner)), vr);
+  EXPECT_EQ(vr->Length, 0u);
+  EXPECT_EQ(vr->Items, nullptr);
+}
+
 TEST(VR, MoveToObjectHandsTheValueToANewElementInTheTarget) {
   auto* bytes = NewBytes({3, 4, 5});
   VR source(0x0010, 0x0020, 3, bytes);
