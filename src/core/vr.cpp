@@ -47,16 +47,14 @@ bool AnyBelowMightBe(const VR& top, Is is) try {
 /// The elements that hold bytes, by these.
 using Holders = std::map<const std::uint8_t*, VR*>;
 
-bool HoldsBytes(const VR& vr) {
-  return vr.Data != nullptr && (vr.OwnsData != 0 || vr.Data == vr.Small);
-}
+bool HoldsBytes(const VR& vr) { return vr.Data != nullptr && vr.OwnsData != 0; }
 
-/// Adds what holds bytes below `dying`, but for `leaving` and what hangs below that. False without memory.
+/// Adds what holds bytes below `dying`, but for what hangs below `leaving`. False without memory.
 bool AddHoldersBelow(const VR& dying, VR& leaving, Holders& holders) {
   ItemArray* const leavingItems = std::exchange(leaving.Items, nullptr);
   const bool failed = AnyBelowMightBe(dying, [&](const DICOMObject& object) {
     object.Elements.ForEach([&](VR& vr) {
-      if (&vr != &leaving && HoldsBytes(vr)) holders.emplace(vr.Data, &vr);
+      if (HoldsBytes(vr)) holders.emplace(vr.Data, &vr);
     });
     return false;
   });
