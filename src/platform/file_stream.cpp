@@ -85,8 +85,7 @@ std::size_t FileStream::ReadDirect(void* data, std::size_t count) {
 
 bool FileStream::Refill(std::size_t count) {
   if (WindowSize() >= count) return true;
-  if (offset_ > 0) AskSize();
-  if (error_ != 0 || atEnd_ || !TakeWindow()) return false;
+  if (!MayReadOn() || atEnd_ || !TakeWindow()) return false;
   // What was taken of the first bytes stays in reach however small the pieces in which they come.
   if (begin_ > 0 && (offset_ >= kFirstRead || begin_ + count > kLargestWindow)) {
     std::memmove(window_.get(), Window(), WindowSize());
@@ -116,8 +115,7 @@ std::uint64_t FileStream::Read(void* data, std::uint64_t count) {
       Consume(rest);
       return done + rest;
     }
-    if (offset_ > 0) AskSize();
-    if (error_ != 0) break;
+    if (!MayReadOn()) break;
     // What comes directly passes the window by, which then no longer lies just before the place reached.
     begin_ = end_ = 0;
     const std::size_t got = ReadDirect(to + done, count - done);
@@ -183,8 +181,16 @@ void FileStream::AskSize() {
   if (!StatDescriptor(descriptor_, status).Ok()) return;
   // A size of 0 says nothing: the system's own pseudo files state it too.
   if (S_ISREG(status.st_mode)) size_ = static_cast<std::uint64_t>(status.st_size);
-  // Devices may never end, and hold no files of ours.
-  if (S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode)) Fail(ENODEV);
+  isDevice_ = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
+}
+
+bool FileStream::MayReadOn() {
+  if (offset_ > 0) {
+    AskSize();
+    // Devices may never end, and hold no files of ours.
+    if (isDevice_) Fail(ENODEV);
+  }
+  return error_ == 0;
 }
 
 std::uint64_t FileStream::LeftAtMost() {

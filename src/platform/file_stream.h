@@ -66,6 +66,8 @@ class FileStream {
     if (error_ == 0) error_ = error;
   }
   void AskSize();
+  /// False, with the error set, behind the first bytes of a device and after any error.
+  bool MayReadOn();
   bool TakeWindow();
   /// How much to ask for when the window is filled up.
   [[nodiscard]] std::size_t NextRead() const;
@@ -76,6 +78,7 @@ class FileStream {
   int error_ = 0;
   bool atEnd_ = false;
   bool sizeAsked_ = false;
+  bool isDevice_ = false;     // known once the size was asked
   std::uint64_t size_ = 0;    // of a regular file; 0 where that is not known
   std::uint64_t offset_ = 0;  // of the byte behind the window
   std::unique_ptr<std::uint8_t[]> window_;

@@ -167,6 +167,18 @@ TEST_F(FileStreamTest, ADeviceGivesItsFirstBytesOnly) {
   EXPECT_EQ(bySkip->Error(), ENODEV);
 }
 
+TEST_F(FileStreamTest, AskingADeviceWhatIsLeftTakesNothingFromItsFirstBytes) {
+  const auto stream = Open("/dev/zero");
+  EXPECT_EQ(stream->LeftAtMost(), kMost64);
+  EXPECT_EQ(stream->Error(), 0);
+  EXPECT_EQ(ReadUpTo(*stream, 100), Bytes(100, 0));
+  EXPECT_EQ(stream->LeftAtMost(), kMost64);
+  EXPECT_EQ(stream->Error(), 0);
+  stream->Consume(stream->WindowSize());
+  EXPECT_FALSE(stream->Refill(1));
+  EXPECT_EQ(stream->Error(), ENODEV);
+}
+
 TEST_F(FileStreamTest, ADeviceWithoutBytesIsAtItsEnd) {
   const auto nothing = Open("/dev/null");
   EXPECT_FALSE(nothing->Refill(1));
@@ -372,6 +384,19 @@ TEST_F(FileStreamTest, LeftAtMostGoesByTheSizeAtFirstAndAGrownFileIsReadAllTheSa
   EXPECT_EQ(stream->LeftAtMost(), 100u);
   EXPECT_EQ(TakeAll(*stream, 10), bytes);
   EXPECT_EQ(stream->LeftAtMost(), 0u);
+}
+
+TEST_F(FileStreamTest, AFileThatGrewSinceItsSizeWasAskedIsReadToItsNewEnd) {
+  const Bytes bytes = Pattern(200000);
+  const std::string path = FileOf(Part(bytes, 0, 50000));
+  const auto stream = Open(path);
+  EXPECT_EQ(stream->LeftAtMost(), 50000u);
+  test::WriteBytes(path, bytes);
+  // The second of these reads ends behind the size that was asked, with as many bytes as it asked for.
+  EXPECT_EQ(ReadUpTo(*stream, 40000), Part(bytes, 0, 40000));
+  EXPECT_EQ(ReadUpTo(*stream, 20000), Part(bytes, 40000, 20000));
+  EXPECT_FALSE(stream->AtEnd());
+  EXPECT_EQ(TakeAll(*stream, 10000), Part(bytes, 60000, kMost64));
 }
 
 TEST_F(FileStreamTest, LeftAtMostSaysNothingOfAPipe) {
