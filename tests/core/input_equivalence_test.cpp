@@ -8,6 +8,7 @@
 
 #include "core/coding_helpers.h"
 #include "core/element_maker.h"
+#include "support/guarded_block.h"
 #include "support/memory_file.h"
 #include "support/test_paths.h"
 
@@ -58,6 +59,16 @@ std::string DifferenceOfInputs(Bytes& bytes, const Way& way, const RTC* dictiona
   const auto size = static_cast<std::uint32_t>(bytes.size());
   MemoryBuffer block(bytes.data(), size, false);
   PlainMemoryBuffer stream(bytes.data(), size, false);
+  return DifferenceOfParses(ParseThis(block, way, dictionary), ParseThis(stream, way, dictionary));
+}
+
+/// The same with a block that ends where memory ends.
+std::string DifferenceAtTheEndOfMemory(GuardedBlock& memory, const Bytes& bytes, std::size_t count,
+                                       const Way& way, const RTC* dictionary) {
+  std::uint8_t* const at = memory.Put(bytes.data(), count);
+  const auto size = static_cast<std::uint32_t>(count);
+  MemoryBuffer block(at, size, false);
+  PlainMemoryBuffer stream(at, size, false);
   return DifferenceOfParses(ParseThis(block, way, dictionary), ParseThis(stream, way, dictionary));
 }
 
@@ -123,6 +134,25 @@ TEST_P(InputEquivalence, DataSetsCutAtAnyByteAreReadTheSame) {
       EXPECT_EQ(DifferenceOfInputs(cut, plain, nullptr), "") << "untyped, cut at " << size;
       EXPECT_EQ(DifferenceFromAPeer(cut, plain, dictionary_.get()), "")
           << "from a peer, cut at " << size;
+    }
+  }
+}
+
+// Values are copied in pieces of fixed length where that many bytes lie in memory, whoever they belong to.
+TEST_P(InputEquivalence, NothingBehindTheLastByteIsTouched) {
+  GuardedBlock memory(2048);
+  for (const Bytes& data : SmallDataSets(4)) {
+    const Bytes file = Joined({MetaOfParam(), data});
+    for (std::size_t size = 0; size <= file.size(); ++size) {
+      const Way asFile{.encoding = Encoding::kExplicitLittle, .asFile = true};
+      EXPECT_EQ(DifferenceAtTheEndOfMemory(memory, file, size, asFile, dictionary_.get()), "")
+          << "file cut at " << size;
+      if (size > data.size()) continue;
+      const Way plain{.encoding = GetParam(), .asFile = false};
+      EXPECT_EQ(DifferenceAtTheEndOfMemory(memory, data, size, plain, dictionary_.get()), "")
+          << "cut at " << size;
+      EXPECT_EQ(DifferenceAtTheEndOfMemory(memory, data, size, plain, nullptr), "")
+          << "untyped, cut at " << size;
     }
   }
 }

@@ -801,5 +801,33 @@ TEST_F(StagedFileTest, WritersThatAreKilledAtRandomDoNotHarmTheOthers) {
   EXPECT_EQ(ReadBytes(path_), good);
 }
 
+TEST_F(StagedFileTest, TheBytesAreOnTheMediumBeforeTheyMoveToTheirPlace) {
+  for (const Existing existing : {Existing::kReplace, Existing::kKeep}) {
+    StagedFile file(existing == Existing::kKeep ? path_ + "2" : path_, existing);
+    ASSERT_TRUE(file.Begin());
+    FileFailure calls;
+    int syncedBefore = 0;
+    const FileCall move = existing == Existing::kKeep ? FileCall::kLink : FileCall::kRename;
+    calls.RunBefore(move, 1, [&] { syncedBefore = calls.Calls(FileCall::kSync); });
+    EXPECT_TRUE(file.Commit());
+    EXPECT_EQ(calls.Calls(move), 1);
+    EXPECT_EQ(syncedBefore, 1);
+  }
+}
+
+TEST_F(StagedFileTest, BytesThatDoNotReachTheMediumDoNotMove) {
+  WriteText(path_, "old");
+  StagedFile file(path_);
+  ASSERT_TRUE(file.Begin());
+  WriteText(file.StagingPath(), "new");
+  FileFailure calls;
+  calls.FailCall(FileCall::kSync, 1, EIO);
+  EXPECT_FALSE(file.Commit());
+  EXPECT_EQ(file.Error(), EIO);
+  EXPECT_EQ(calls.Calls(FileCall::kRename), 0);
+  EXPECT_EQ(ReadText(path_), "old");
+  EXPECT_EQ(folder_.Listing(), "file");
+}
+
 }  // namespace
 }  // namespace tessaret
