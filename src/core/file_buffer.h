@@ -35,7 +35,8 @@ class FileBuffer : public LinkedBuffer {
   /// Moves to `offset` from the start of the file; bytes that wait to be read are dropped, Position stays, and bytes
   /// that wait to be written go to the new place. False, and nothing is dropped, when the stream cannot go there.
   virtual bool Seek(std::uint64_t offset);
-  /// True after a failed read, write or close, also when the stream is closed since.
+  /// True after a failed open, read, write or close, also when the stream is closed since, and after bytes were sent where
+  /// nothing is open.
   virtual bool HasError();
   /// The operating system's words for the last file error; empty when there was none.
   virtual std::string ErrorText();

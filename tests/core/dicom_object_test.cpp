@@ -319,6 +319,17 @@ TEST(DICOMObject, PushInTheMiddleOfAWalkStartsItAgainAtTheLowestTagThatIsLeft) {
   EXPECT_EQ(object.Pop(), nullptr);
 }
 
+TEST(DICOMObject, PushBehindTheLastInTheMiddleOfAWalkStartsItAgainToo) {
+  DICOMObject object;
+  for (const TagKey key : {kLow, kMiddle, kHigh}) object.Push(NewVR(key));
+  EXPECT_EQ(PopKey(object), kLow);
+  EXPECT_EQ(object.Iterating, 1u);
+  // There is room for it, so that nothing has to move.
+  object.Push(NewVR(kTop));
+  EXPECT_EQ(object.Iterating, 0u);
+  EXPECT_EQ(PopKey(object), kMiddle);
+}
+
 TEST(DICOMObject, RemoveInTheMiddleOfAWalkGoesOnWithTheNextThatIsLeft) {
   DICOMObject object;
   for (const TagKey key : {kLow, kMiddle, kHigh, kTop}) object.Push(NewVR(key));

@@ -844,6 +844,22 @@ TEST(VR, MoveToObjectGoesThroughThePushOfTheTarget) {
   EXPECT_EQ(target.items, 3);
 }
 
+TEST(VR, MoveToATargetWhosePushPutsElementsElsewhereTakesTheItemsThereToo) {
+  class Diverter : public DICOMObject {
+   public:
+    using DICOMObject::Push;
+    bool Push(VR* element) override { return elsewhere.Push(element); }
+    DICOMObject elsewhere;
+  };
+  Diverter target;
+  target.DICOMObject::Push(NewVR(kInner, "here before"));
+  const auto source = NestedSequence();
+  source->Length = 60;
+  EXPECT_TRUE(source->MoveToObject(&target));
+  EXPECT_EQ(Outline(target), "8.256=here before");
+  ExpectNestedItems(*target.elsewhere.GetFirstVR());
+}
+
 TEST(VR, MoveToATargetThatRefusesLeavesEverything) {
   class Refuser : public DICOMObject {
    public:
