@@ -94,8 +94,8 @@ class DataSetCoder {
   /// Saves `object`, which is popped empty, so that callers pass a shallow clone. Mode 1: implicit little endian without
   /// preamble; 2: preamble, then implicit little endian without meta header; 3: preamble, meta header, and the data set in
   /// the syntax of (0002,0010). The file comes to its place whole, or what was there stays and the answer is false, with
-  /// the system's words in ErrorText() after an error of the file system. Any other mode, or a null path, is refused with the words and the number of the save
-  /// before cleared.
+  /// the system's words in ErrorText() after an error of the file system. Any other mode and a null path are refused, with
+  /// the words and the number of the save before cleared.
   bool SaveFile(const char* path, std::int32_t mode, DICOMObject& object,
                 FileBuffer* fileBuffer = nullptr);
 

@@ -92,7 +92,8 @@ DICOMObject* EndOfForwarding(DICOMObject& start) noexcept;
 /// Destroys all objects in `items`, with all that is nested below them, on a flat stack.
 void DestroyItems(ItemArray& items) noexcept;
 
-/// A new list with a copy of every item, made on a flat stack; where an item is null, so is its copy. Deep decides about the bytes only. Throws std::bad_alloc.
+/// A new list with a copy of every item, made on a flat stack; where an item is null, so is its copy. Deep decides about the
+/// bytes only. Throws std::bad_alloc.
 ItemArray* CloneItems(const ItemArray& items, bool deep);
 
 /// What the parsers create for files and items.
