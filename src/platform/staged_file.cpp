@@ -68,31 +68,32 @@ std::string StagingName(const std::string& path, int slot) {
 
 /// Removes a staging file whose writer is gone: nobody holds its lock. The lock came late if another writer has removed or
 /// committed that file meanwhile; what bears the name now is then somebody else's.
-void RemoveIfAbandoned(const std::string& name) {
+/// Taken away is what the caller or `owner`, whom the place belongs to, left.
+void RemoveIfAbandoned(const std::string& name, uid_t owner) {
   const FileResult opened = OpenFile(name.c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
   if (!opened.Ok()) return;
   const int descriptor = static_cast<int>(opened.value);
   struct stat status {};
   const bool ours = StatDescriptor(descriptor, status).Ok() && S_ISREG(status.st_mode) &&
-                    status.st_uid == ::geteuid();
+                    (status.st_uid == ::geteuid() || status.st_uid == owner);
   if (ours && LockFile(descriptor).Ok() && IsStillNamed(name, status)) RemoveFile(name.c_str());
   CloseFile(descriptor);
 }
 
-/// Gives an open file the owner and the group of `old`, or at least the group. False where that is not allowed.
+constexpr auto kSameUser = static_cast<uid_t>(-1);
+constexpr auto kSameGroup = static_cast<gid_t>(-1);
+
+/// Gives an open file the group of `old`. False where that is not allowed.
 bool KeepGroup(int descriptor, const struct stat& old) {
-  constexpr auto kAsItIs = static_cast<uid_t>(-1);
   struct stat now {};
   if (!StatDescriptor(descriptor, now).Ok()) return false;
-  if (now.st_uid == old.st_uid && now.st_gid == old.st_gid) return true;
-  if (SetFileOwner(descriptor, old.st_uid, old.st_gid).Ok()) return true;
-  return now.st_gid == old.st_gid || SetFileOwner(descriptor, kAsItIs, old.st_gid).Ok();
+  return now.st_gid == old.st_gid || SetFileOwner(descriptor, kSameUser, old.st_gid).Ok();
 }
 
 /// The rights that are left when the file has another group: those that both the old group and all others had.
 mode_t WithoutGroup(mode_t mode) {
   const mode_t both = (mode >> 3) & mode & 07;
-  return (mode & ~mode_t{02077}) | both << 3 | both;
+  return (mode & 0700) | both << 3 | both;
 }
 
 }  // namespace
@@ -126,11 +127,16 @@ bool StagedFile::Begin() {
   const FileResult there = StatPath(path_.c_str(), status);
   if (!there.Ok() && there.error != ENOENT) return Fail(there.error);
   if (there.Ok() && S_ISDIR(status.st_mode)) return Fail(EISDIR);
+  const uid_t owner = there.Ok() ? status.st_uid : ::geteuid();
+  if (there.Ok() && S_ISREG(status.st_mode) && existing_ == Existing::kKeep) {
+    // A writer that was killed once its file had its name may have left the other name behind.
+    if (!direct_) RemoveIfAbandoned(StagingName(path_, 0), owner);
+    return Fail(EEXIST);
+  }
   if (direct_ || (there.Ok() && !S_ISREG(status.st_mode))) {
     stagingPath_ = path_;
     return true;
   }
-  if (there.Ok() && existing_ == Existing::kKeep) return Fail(EEXIST);
   // Replacing a file asks for rights to its directory only; a file that is write-protected is not to be replaced.
   if (there.Ok() && ::access(path_.c_str(), W_OK) != 0) return Fail(errno);
   // Never open to more readers than the file to be replaced, not even on the way.
@@ -138,7 +144,7 @@ bool StagedFile::Begin() {
   for (int slot = 0; slot < kMostWritersOfOnePlace; ++slot) {
     stagingPath_ = StagingName(path_, slot);
     if (TryStagingPath(mode)) return error_ == 0;
-    RemoveIfAbandoned(stagingPath_);
+    RemoveIfAbandoned(stagingPath_, owner);
     if (TryStagingPath(mode)) return error_ == 0;
   }
   return Fail(EBUSY);
@@ -167,15 +173,19 @@ bool StagedFile::TryStagingPath(mode_t mode) {
 }
 
 int StagedFile::TakeRightsOf(const struct stat& old) {
-  mode_t mode = old.st_mode & 07777;
+  // To run as its owner or group is no right that new bytes may have.
+  const mode_t mode = old.st_mode & 0777;
   const bool kept = KeepGroup(lock_, old) && CopyAccessList(path_.c_str(), lock_).Ok();
-  if (!kept) mode = WithoutGroup(mode);
-  return SetFileMode(lock_, mode).error;
+  const FileResult set = SetFileMode(lock_, kept ? mode : WithoutGroup(mode));
+  // Last, since nothing more can be set on a file that is another's. Where only its owner may give a file away it stays ours.
+  if (set.Ok() && old.st_uid != ::geteuid()) SetFileOwner(lock_, old.st_uid, kSameGroup);
+  return set.error;
 }
 
 int StagedFile::MoveToPlace() {
   if (existing_ == Existing::kKeep) {
-    // A link is made only where nothing is, however short the moment since that was looked at.
+    // A link is made only where nothing is, however short the moment since that was looked at. A second name that cannot be
+    // removed does no harm, and the next writer takes it away.
     const int error = LinkFile(stagingPath_.c_str(), path_.c_str()).error;
     if (error == 0) {
       RemoveFile(stagingPath_.c_str());
@@ -184,7 +194,8 @@ int StagedFile::MoveToPlace() {
     // Some file systems have no links.
     if (error != EPERM && error != EOPNOTSUPP && error != ENOSYS) return error;
     struct stat status {};
-    if (StatPath(path_.c_str(), status).error != ENOENT) return EEXIST;
+    const FileResult there = StatPath(path_.c_str(), status);
+    if (there.error != ENOENT) return there.Ok() ? EEXIST : there.error;
   }
   return RenameFile(stagingPath_.c_str(), path_.c_str()).error;
 }

@@ -131,11 +131,54 @@ TEST_F(StagedFileTest, AFileThatComesBeforeTheCommitStaysWhereItIsToBeKept) {
 }
 
 TEST_F(StagedFileTest, WithoutLinksAFreePlaceIsTakenAllTheSame) {
+  for (const int noLinks : {EPERM, EOPNOTSUPP, ENOSYS}) {
+    FileFailure calls;
+    calls.FailCall(FileCall::kLink, 1, noLinks);
+    EXPECT_EQ(WriteWholeFile(path_, "new", 3, Existing::kKeep), 0);
+    EXPECT_EQ(ReadText(path_), "new");
+    EXPECT_EQ(folder_.Listing(), "file");
+    std::filesystem::remove(path_);
+  }
+}
+
+TEST_F(StagedFileTest, WithoutLinksAPlaceThatCannotBeLookedAtIsNotTaken) {
   FileFailure calls;
   calls.FailCall(FileCall::kLink, 1, EPERM);
-  EXPECT_EQ(WriteWholeFile(path_, "new", 3, Existing::kKeep), 0);
-  EXPECT_EQ(ReadText(path_), "new");
+  calls.RunBefore(FileCall::kLink, 1, [&] {
+    WriteText(path_, "early");
+    calls.FailCalls(FileCall::kStat, 1, 1000, EIO);
+  });
+  EXPECT_EQ(WriteWholeFile(path_, "late", 4, Existing::kKeep), EIO);
+  EXPECT_EQ(ReadText(path_), "early");
   EXPECT_EQ(folder_.Listing(), "file");
+}
+
+TEST_F(StagedFileTest, AFileWithoutANameStaysWhereItIsToBeKept) {
+  const test::MemoryFile memory(Pattern(100));
+  EXPECT_EQ(WriteWholeFile(memory.Path(), "new", 3, Existing::kKeep), EEXIST);
+  EXPECT_EQ(ReadBytes(memory.Path()), Pattern(100));
+}
+
+TEST_F(StagedFileTest, AWriterKilledAtAnyCallOfANewFileLeavesItWholeOrNotAtAll) {
+  int made = 0;
+  for (int nth = 1;; ++nth) {
+    SCOPED_TRACE(nth);
+    const int ended = test::RunInChild([&] {
+      FileFailure failure;
+      failure.KillAtCall(nth);
+      return WriteWholeFile(path_, "new", 3, Existing::kKeep);
+    });
+    if (ended == 0) break;
+    ASSERT_EQ(ended, -SIGKILL);
+    const bool isThere = std::filesystem::exists(path_);
+    made += isThere ? 1 : 0;
+    // What the next writer answers does not matter to what it clears away.
+    EXPECT_EQ(WriteWholeFile(path_, "next", 4, Existing::kKeep), isThere ? EEXIST : 0);
+    EXPECT_EQ(ReadText(path_), isThere ? "new" : "next");
+    EXPECT_EQ(folder_.Listing(), "file");
+    std::filesystem::remove(path_);
+  }
+  EXPECT_EQ(made, 2) << "before the second name is removed and before the last close";
 }
 
 TEST_F(StagedFileTest, ALinkThatFailsForAnotherReasonIsAnError) {
@@ -296,15 +339,72 @@ TEST_F(StagedFileTest, WhereTheRightsCannotBeAskedForTheGroupHasNoMoreThanAllOth
     EXPECT_EQ(Write(path_, "new"), 0);
     EXPECT_EQ(ModeOf(path_), 0644u) << nth;
   }
+  // The look at the group is the last one before the first of these.
+  ASSERT_EQ(::chmod(path_.c_str(), 0664), 0);
+  int looks = 0;
+  {
+    FileFailure calls;
+    calls.RunBefore(FileCall::kMode, 1, [&] { looks = calls.Calls(FileCall::kStat); });
+    EXPECT_EQ(Write(path_, "new"), 0);
+  }
+  FileFailure calls;
+  calls.FailCall(FileCall::kStat, looks, EIO);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(ModeOf(path_), 0644u);
+}
+
+TEST_F(StagedFileTest, WhereThereAreNoAccessListsTheModeStays) {
+  WriteText(path_, "old");
+  ASSERT_EQ(::chmod(path_.c_str(), 0664), 0);
+  FileFailure calls;
+  calls.FailCall(FileCall::kMode, 1, ENOTSUP);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(ModeOf(path_), 0664u);
 }
 
 TEST_F(StagedFileTest, TheSuperuserLeavesAFileToItsOwner) {
   if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can give a file away";
-  WriteText(path_, "old");
-  ASSERT_EQ(::chown(path_.c_str(), 4000, 2345), 0);
-  ASSERT_EQ(::chmod(path_.c_str(), 0640), 0);
+  const auto prepare = [this] {
+    WriteText(path_, "old");
+    EXPECT_EQ(::chown(path_.c_str(), 4000, 2345), 0);
+    EXPECT_EQ(::chmod(path_.c_str(), 0640), 0);
+  };
+  prepare();
   EXPECT_EQ(Write(path_, "new"), 0);
   EXPECT_EQ(RightsOf(path_), (Rights{4000, 2345, 0640}));
+  // Killed on the way, what he leaves is taken away by the next writer, whomever it belongs to by then.
+  for (int nth = 1;; ++nth) {
+    SCOPED_TRACE(nth);
+    prepare();
+    const int ended = test::RunInChild([&] {
+      FileFailure failure;
+      failure.KillAtCall(nth);
+      return Write(path_, "newer");
+    });
+    if (ended == 0) break;
+    ASSERT_EQ(ended, -SIGKILL);
+    EXPECT_EQ(RightsOf(path_), (Rights{4000, 2345, 0640}));
+    EXPECT_EQ(Write(path_, "next"), 0);
+    EXPECT_EQ(folder_.Listing(), "file");
+  }
+}
+
+TEST_F(StagedFileTest, AFileThatCannotBeGivenAwayKeepsItsOtherRights) {
+  if (::geteuid() != 0) GTEST_SKIP() << "only the superuser can make a file of somebody else";
+  WriteText(path_, "old");
+  ASSERT_EQ(::chown(path_.c_str(), 4000, 0), 0);
+  ASSERT_EQ(::chmod(path_.c_str(), 0664), 0);
+  FileFailure calls;
+  calls.FailCalls(FileCall::kMode, 4, 4, EPERM);  // list asked for, none to remove, mode, owner
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(RightsOf(path_), (Rights{0, 0, 0664}));
+}
+
+TEST_F(StagedFileTest, TheRightToRunAsOwnerOrGroupDoesNotPassToNewBytes) {
+  WriteText(path_, "old");
+  ASSERT_EQ(::chmod(path_.c_str(), 06755), 0);
+  EXPECT_EQ(Write(path_, "new"), 0);
+  EXPECT_EQ(ModeOf(path_), 0755u);
 }
 
 /// An access list as the system stores it (acl(5), version 2): entries of kind, rights and number.
