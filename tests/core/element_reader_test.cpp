@@ -797,6 +797,27 @@ TEST(ElementReader, ReadsAndWritesTheDeepestNestingOnASmallStack) {
   }
 }
 
+TEST(ElementReader, AnObjectThatTakesAnElementNoMoreEndsTheParseThere) {
+  for (const Encoding encoding : kAllEncodings) {
+    // Two elements of 8 + 2 and one of 8 + 50 bytes; behind the second one follows enough for any way of reading.
+    Bytes bytes = DataSetBuilder(encoding)
+                      .Number(0x0028, 0x0010, 1)
+                      .Number(0x0028, 0x0011, 2)
+                      .Element(0x0028, 0x0A04, "LO", Pattern(50));
+    MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+    class TakesOne : public DICOMDataObject {
+     public:
+      using DICOMDataObject::Push;
+      bool Push(VR* element) override { return IsEmpty() && DICOMDataObject::Push(element); }
+    } object;
+    DataSetCoder coder;
+    EXPECT_FALSE(
+        coder.File_ParseRawVRIntoDCM(buffer, object, static_cast<std::int32_t>(encoding), true));
+    EXPECT_EQ(coder.LastStop(), (ParseStop{Why::kOrphanItem, 10, 0x0028, 0x0011}));
+    EXPECT_EQ(TagsOf(object), "(0028,0010)");
+  }
+}
+
 TEST(ElementReader, SetsTheByteOrderOfTheStreamForEachEncoding) {
   // Each stream was left at the other order.
   struct Case {

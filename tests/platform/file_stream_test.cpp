@@ -238,6 +238,17 @@ TEST_F(FileStreamTest, ReadingAHeaderReadsLittleOfALargeFile) {
   EXPECT_LE(stream->WindowSize(), 5u * 4096u - 6000u);
 }
 
+TEST_F(FileStreamTest, AfterASmallPieceTheNextReadAsksForNoLessThanTheFirst) {
+  const Bytes bytes = Pattern(10000);
+  const auto stream = Open(FileOf(bytes));
+  FileFailure calls;
+  calls.LimitCount(FileCall::kRead, 1);
+  ASSERT_TRUE(stream->Refill(1));
+  calls.LimitCount(FileCall::kRead, bytes.size());
+  ASSERT_TRUE(stream->Refill(2));
+  EXPECT_EQ(stream->WindowSize(), 1u + 4096u);
+}
+
 TEST_F(FileStreamTest, ALongWalkTakesTheWholeWindowAtATime) {
   const Bytes bytes = Pattern(1000000);
   const auto stream = Open(FileOf(bytes));
