@@ -1,3 +1,5 @@
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <array>
 #include <cstring>
@@ -106,7 +108,9 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool l
   FileBuffer local;
   try {
     return LoadFrom(fileBuffer != nullptr ? *fileBuffer : local, path, loadPixels, strict);
-  } catch (const std::exception&) {
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled
+  } catch (...) {
     SetError(kParseError);
     return nullptr;
   }
@@ -185,7 +189,9 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std
     MemoryBuffer buffer(block + start, length - start, false);
     buffer.Position = start;
     if (File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) return object;
-  } catch (const std::exception&) {
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
   }
   if (ErrorText() == nullptr) SetError(kParseError);
   return nullptr;
@@ -202,7 +208,9 @@ bool DataSetCoder::SaveWhole(const char* path, std::int32_t mode, FileBuffer* fi
   bool saved = false;
   try {
     saved = SaveStaged(path, buffer, encode);
-  } catch (const std::exception&) {
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
     buffer.Close();
     SetError("Not enough memory to save the object");
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "base/thread_keep.h"
+#include "core/vr.h"
 
 namespace tessaret {
 namespace {
@@ -123,6 +124,16 @@ VR* ElementMap::Remove(TagKey key) noexcept {
   if (flat_.size() - at > kMostEntriesToCloseUp && TryToBecomeTree()) return Remove(key);
   flat_.erase(flat_.begin() + static_cast<std::ptrdiff_t>(at));
   return vr;
+}
+
+bool ElementMap::IsInOrder() const {
+  if (tree_) {
+    return std::all_of(tree_->begin(), tree_->end(), [](const Tree::value_type& entry) {
+      return entry.first == entry.second->Key();
+    });
+  }
+  return std::all_of(flat_.begin() + static_cast<std::ptrdiff_t>(head_), flat_.end(),
+                     [](const Entry& entry) { return entry.key == entry.vr->Key(); });
 }
 
 void ElementMap::Reserve(std::size_t count) {

@@ -58,6 +58,9 @@ class ElementMap {
   [[nodiscard]] std::size_t Size() const { return tree_ ? tree_->size() : flat_.size() - head_; }
   [[nodiscard]] bool IsEmpty() const { return Size() == 0; }
 
+  /// Whether every element is stored under its own key. Not so where a tag was changed in place.
+  [[nodiscard]] bool IsInOrder() const;
+
   /// Makes room for `count` further elements that come in order.
   void Reserve(std::size_t count);
 

@@ -50,7 +50,24 @@ class MetaBuilder {
   std::uint32_t count_ = 0;
 };
 
+void MoveAll(DICOMObject& from, DICOMObject& to) {
+  while (VR* popped = from.Pop()) {
+    std::unique_ptr<VR> vr(popped);
+    if (to.Push(popped)) vr.release();
+  }
+}
+
+/// Brings elements to their place whose tags were changed where they lay: what is added and removed by tag is not to meet
+/// them under their former ones. Of two with one tag the latter stays.
+void PutInOrder(DICOMObject& object) {
+  if (object.Elements.IsInOrder()) return;
+  DICOMObject aside;
+  MoveAll(object, aside);
+  MoveAll(aside, object);
+}
+
 void RemoveMetaGroup(DICOMObject& object, bool keepSyntax) {
+  PutInOrder(object);
   VR* vr = object.GetFirstVR();
   while (vr != nullptr && vr->Group <= kMetaGroup) {
     VR* next = object.GetNextVR(vr);

@@ -49,12 +49,14 @@ using Holders = std::map<const std::uint8_t*, VR*>;
 
 bool HoldsBytes(const VR& vr) { return vr.Data != nullptr && vr.OwnsData != 0; }
 
-/// Adds what holds bytes below `dying`, but for what hangs below `leaving`. False without memory.
+/// Adds what holds bytes below `dying`, but for what hangs below `leaving`. Bytes of `leaving` itself go where it goes, unless
+/// they lie within it. False without memory.
 bool AddHoldersBelow(const VR& dying, VR& leaving, Holders& holders) {
   ItemArray* const leavingItems = std::exchange(leaving.Items, nullptr);
   const bool failed = AnyBelowMightBe(dying, [&](const DICOMObject& object) {
     object.Elements.ForEach([&](VR& vr) {
-      if (HoldsBytes(vr)) holders.emplace(vr.Data, &vr);
+      const bool goes = &vr == &leaving && vr.Data != vr.Small;
+      if (HoldsBytes(vr) && !goes) holders.emplace(vr.Data, &vr);
     });
     return false;
   });

@@ -1,5 +1,7 @@
 #include "core/vr_pool.h"
 
+#include <pthread.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <mutex>
@@ -83,21 +85,37 @@ void PutIntoStore(FreeBlock* batch) noexcept {
 }
 
 /// Hands the lists of a thread that ends to the others. Unused fresh memory becomes blocks as well.
-struct CacheLeaver {
-  CacheLeaver() {}  // not trivial, so that passing its declaration sets the destructor up
-  ~CacheLeaver() {
-    for (; cache.fresh != cache.freshEnd; cache.fresh += sizeof(VR)) {
-      cache.free = new (cache.fresh) FreeBlock{cache.free, nullptr};
-    }
-    PutIntoStore(cache.free);
-    PutIntoStore(cache.spare);
-    cache = {};
-    gone = true;
+void LeaveThread(void*) {
+  for (; cache.fresh != cache.freshEnd; cache.fresh += sizeof(VR)) {
+    cache.free = new (cache.fresh) FreeBlock{cache.free, nullptr};
   }
-};
+  PutIntoStore(cache.free);
+  PutIntoStore(cache.spare);
+  cache = {};
+  gone = true;
+}
 
-/// A thread that only frees has lists to hand on as well.
-void SeeOffAtTheEndOfTheThread() { static thread_local CacheLeaver leaver; }
+/// Calls LeaveThread at the end of threads. An object of the thread would not do: when keys are destroyed, in whose
+/// destructors hosts may free their last elements, none is set up any more. The key goes with the library, so that no thread
+/// calls what has been unloaded.
+class ThreadEnds {
+ public:
+  ThreadEnds() : made_(::pthread_key_create(&key_, &LeaveThread) == 0) {}
+  ThreadEnds(const ThreadEnds&) = delete;
+  ThreadEnds& operator=(const ThreadEnds&) = delete;
+  ~ThreadEnds() {
+    if (made_) ::pthread_key_delete(key_);
+    made_ = false;
+  }
+  void SeeOffThisThread() const {
+    if (made_) ::pthread_setspecific(key_, &cache);
+  }
+
+ private:
+  pthread_key_t key_ = 0;
+  bool made_ = false;
+};
+ThreadEnds threadEnds;
 
 void TakeSlab(Cache& into) {
   const std::size_t size = store.nextSlab;
@@ -165,7 +183,7 @@ void* TakeAny(Cache& from) {
     const std::lock_guard lock(late.mutex);
     return TakeAny(late.cache);
   }
-  SeeOffAtTheEndOfTheThread();
+  threadEnds.SeeOffThisThread();
   return TakeAny(cache);
 }
 
@@ -175,7 +193,7 @@ void* TakeAny(Cache& from) {
     if (late.cache.freeCount >= kBatch) PassOn(late.cache);
     return PutIntoList(late.cache, block);
   }
-  SeeOffAtTheEndOfTheThread();
+  threadEnds.SeeOffThisThread();
   PassOn(cache);
   PutIntoList(cache, block);
 }

@@ -503,6 +503,19 @@ TEST_F(FileBufferTest, SuppliesAtMostWhatTheFileStillHolds) {
   EXPECT_EQ(buffer.SuppliesAtMost(), 0u);
 }
 
+TEST_F(FileBufferTest, BytesThatWaitDoNotMakeAPipeKnowItsEnd) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  ASSERT_EQ(::write(ends[1], "0123456789", 10), 10);
+  ::close(ends[1]);
+  FileBuffer buffer;
+  ASSERT_TRUE(buffer.OpenForRead(("/dev/fd/" + std::to_string(ends[0])).c_str()));
+  ::close(ends[0]);
+  ASSERT_TRUE(buffer.Fill(4));
+  EXPECT_GT(buffer.InSize, 0u);
+  EXPECT_EQ(buffer.SuppliesAtMost(), std::numeric_limits<std::uint64_t>::max());
+}
+
 TEST_F(FileBufferTest, APipeIsReadWithoutKnowingItsEnd) {
   int ends[2];
   ASSERT_EQ(pipe(ends), 0);

@@ -510,6 +510,26 @@ TEST_F(LoadFile, AnExceptionOfTheParserIsAnErrorWithWords) {
   EXPECT_STREQ(coder.ErrorText(), kParseError);
 }
 
+TEST_F(LoadFile, WhateverIsThrownIsAnErrorWithWords) {
+  class Throwing : public DataSetCoder {
+   public:
+    bool File_ParseRawVRIntoDCM(Buffer&, DICOMObject&, std::int32_t, bool) override {
+      throw "in the parser";
+    }
+    bool AddMetaHeader(DICOMObject&, std::int32_t) override { throw "in the writer"; }
+  } coder;
+  WriteBytes(Path(), Preamble());
+  EXPECT_EQ(coder.LoadFile(Path().c_str(), true, false), nullptr);
+  EXPECT_STREQ(coder.ErrorText(), kParseError);
+  coder.SetError(nullptr);
+  EXPECT_EQ(coder.LoadMemory(nullptr, 0, true, false), nullptr);
+  EXPECT_STREQ(coder.ErrorText(), kParseError);
+  DICOMObject object;
+  EXPECT_FALSE(coder.SaveFile(Path().c_str(), 3, object));
+  EXPECT_NE(coder.ErrorText(), nullptr);
+  EXPECT_EQ(ReadBytes(Path()), Preamble());
+}
+
 // Blocks of memory.
 
 TEST_F(LoadFile, ReadsABlockInEachEncodingAndLeavesItAlone) {

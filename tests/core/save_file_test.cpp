@@ -175,6 +175,22 @@ TEST_F(SaveFile, LargeValuesAndManyElementsComeWhole) {
 
 // The switch behind the meta group.
 
+TEST_F(SaveFile, ElementsWhoseTagsWereChangedWhereTheyLieGoOutUnderTheirNewOnes) {
+  // Two that have one tag now, the latter of which stays, and one that has left the meta group.
+  const auto object = Instance(SyntaxUidOf(kExplicit));
+  object->Push(NewElement(0x0002, 0x0001, type_code::LO, "away"));
+  object->Push(NewElement(0x0002, 0x0012, type_code::UI, Evened(SyntaxUidOf(kExplicit))));
+  object->Push(NewElement(0x0002, 0x0100, type_code::UI, "1.2."));
+  VR* moved = object->GetVR(0x0002, 0x0001);
+  moved->Group = 0x0009;
+  object->GetVR(0x0002, 0x0012)->Element = 0x0010;
+  DataSetBuilder data(kExplicit);
+  data.Element(0x0008, 0x0018, "UI", "1.2.3.")
+      .Element(0x0009, 0x0001, "LO", "away")
+      .Element(0x0010, 0x0010, "PN", "A ");
+  EXPECT_EQ(Save(3, *object), Joined({Preamble(), MetaNaming(SyntaxUidOf(kExplicit)), data}));
+}
+
 TEST_F(SaveFile, AnUnknownSyntaxFailsAtTheFirstElementBehindTheMetaGroup) {
   const auto object = Instance("1.2.3");
   DataSetCoder coder;

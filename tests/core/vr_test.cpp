@@ -629,6 +629,31 @@ TEST(VR, ReplaceFromAnElementBelowItLeavesWhatItSharesWithinItself) {
   EXPECT_EQ(outer->GetItem(1)->GetFirstVR()->Data, original->Data);
 }
 
+TEST(VR, ReplaceFromAnElementBelowItTakesBytesThatItsOwnItemsShare) {
+  for (const std::size_t size : {4u, 64u}) {
+    VR* inner = Parsed(Pattern(size)).release();
+    VR* sharer = inner->Clone(false);
+    sharer->Element = ElementOf(kInner);
+    inner->AddItem(NewObject({sharer}));
+    const std::unique_ptr<VR> outer(NewSequence(inner->Key(), {NewObject({inner})}));
+    EXPECT_TRUE(outer->ReplaceFrom(inner));
+    EXPECT_EQ(outer->OwnsData, 1u);
+    EXPECT_EQ(ValueOf(*outer->GetItem(0)->GetFirstVR()), Pattern(size));
+    delete outer->PopFirstItem();
+    EXPECT_EQ(ValueOf(*outer), Pattern(size));
+  }
+}
+
+TEST(VR, ReplaceFromItsShallowCopyWhereItBorrowsFromItsOwnItemKeepsTheBytes) {
+  VR* owner = NewVR(kInner, Pattern(64));
+  VR vr(GroupOf(kTag), ElementOf(kTag), 64, owner->Data, false);
+  vr.AddItem(NewObject({owner}));
+  const std::unique_ptr<VR> copy(vr.Clone(false));
+  EXPECT_TRUE(vr.ReplaceFrom(copy.get()));
+  EXPECT_EQ(ValueOf(vr), Pattern(64));
+  EXPECT_EQ(ValueOf(*vr.GetItem(0)->GetFirstVR()), Pattern(64));
+}
+
 TEST(VR, ReplaceFromLeavesWhatIsBorrowedElsewhere) {
   std::uint8_t bytes[] = {5, 6};
   VR target(0x0010, 0x0020, 2, NewBytes({1, 2}));

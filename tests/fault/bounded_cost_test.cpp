@@ -247,6 +247,18 @@ TEST(BoundedCost, ALargeFileIsSavedInMegabytes) {
   ExpectCost(measured, 8 * kMiB, 1);
 }
 
+TEST(BoundedCost, ManyShortValuesAreSavedInMegabytes) {
+  // 400,000 of 8 + 40 bytes, 19 MB.
+  DICOMObject object;
+  for (std::uint32_t at = 0; at < 400'000; ++at) {
+    const TagKey key = MakeTagKey(0x0011, 0x1000) + at;
+    object.Push(NewElement(GroupOf(key), ElementOf(key), type_code::LO, Pattern(40)));
+  }
+  const Measured measured =
+      RunMeasured([&] { return DataSetCoder().SaveKeeping("/dev/null", 3, object) ? 0 : 1; });
+  ExpectCost(measured, 8 * kMiB, 1);
+}
+
 // What is refused costs little, whatever it claims.
 
 TEST(BoundedCost, AClaimOfFourGigabytesCostsWhatIsThere) {

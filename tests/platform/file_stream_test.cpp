@@ -249,6 +249,18 @@ TEST_F(FileStreamTest, AfterASmallPieceTheNextReadAsksForNoLessThanTheFirst) {
   EXPECT_EQ(stream->WindowSize(), 1u + 4096u);
 }
 
+TEST_F(FileStreamTest, AWindowThatWasBegunCanBeFilledWhole) {
+  const Bytes bytes = Pattern(100000);
+  const auto stream = Open(FileOf(bytes));
+  FileFailure calls;
+  calls.LimitCount(FileCall::kRead, 3000);
+  ASSERT_TRUE(stream->Refill(1));
+  stream->Consume(100);
+  ASSERT_TRUE(stream->Refill(FileStream::kLargestWindow));
+  EXPECT_EQ(stream->WindowSize(), FileStream::kLargestWindow);
+  EXPECT_EQ(TakeAll(*stream, 1000), Part(bytes, 100, kMost64));
+}
+
 TEST_F(FileStreamTest, ALongWalkTakesTheWholeWindowAtATime) {
   const Bytes bytes = Pattern(1000000);
   const auto stream = Open(FileOf(bytes));
