@@ -31,6 +31,7 @@ struct Head {
   std::string syntax;
   std::optional<std::uint32_t> claimed;  // bytes of meta header behind (0002,0000) as it says
   std::optional<std::uint64_t> counted;  // as they are, when the end of the group was seen
+  bool isCut = false;                    // the bytes ended before the group did
 };
 
 /// The length of the element at `bytes` behind its tag; nothing when the bytes end.
@@ -52,7 +53,8 @@ Head ReadHead(BoundedReader bytes, std::int32_t code) {
     const std::uint64_t left = bytes.Left();
     const auto group = bytes.Little16();
     const auto element = bytes.Little16();
-    if (!group || !element) return head;
+    head.isCut = !group || !element;
+    if (head.isCut) return head;
     if (!head.firstTag) head.firstTag = MakeTagKey(*group, *element);
     if (*group != kMetaGroup) {
       if (head.claimed) head.counted = leftBehindLength - left;
@@ -60,7 +62,8 @@ Head ReadHead(BoundedReader bytes, std::int32_t code) {
     }
     const auto length = ReadLength(bytes, !IsImplicit(code));
     auto value = length ? bytes.Sub(*length) : std::nullopt;
-    if (!value) return head;
+    head.isCut = !value;
+    if (head.isCut) return head;
     if (*element == 0 && value->Left() == sizeof(std::uint32_t)) {
       head.claimed = value->Little32();
       leftBehindLength = bytes.Left();
@@ -69,6 +72,13 @@ Head ReadHead(BoundedReader bytes, std::int32_t code) {
     const std::string_view text(reinterpret_cast<const char*>(value->Here()), value->Left());
     head.syntax = Trimmed(text.substr(0, text.find('\0')));
   }
+}
+
+/// Brings more into the window, where the reader finds it in its turn. False when nothing more comes or goes in.
+bool LookFurther(FileStream& stream) {
+  const std::size_t before = stream.WindowSize();
+  stream.Refill(std::min(2 * before, FileStream::kLargestWindow));
+  return stream.WindowSize() > before;
 }
 
 /// Notes what the reader is about to see, since an object does not say how it was encoded.
@@ -93,7 +103,11 @@ class ObservingCoder final : public DataSetCoder {
     start = buffer.Position;
     const auto* file = dynamic_cast<FileBuffer*>(&buffer);
     FileStream* stream = file == nullptr ? nullptr : file->Stream.get();
-    if (stream != nullptr) head = ReadHead({stream->Window(), stream->WindowSize()}, firstCode);
+    if (stream == nullptr) return;
+    // A pipe gives what its writer wrote so far, and a meta header may be longer than what is read at once.
+    do {
+      head = ReadHead({stream->Window(), stream->WindowSize()}, firstCode);
+    } while (head.isCut && LookFurther(*stream));
   }
 
   bool observed_ = false;

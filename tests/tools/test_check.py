@@ -120,6 +120,13 @@ class Findings(tool.ToolTest):
             words = self.words(right[:140] + struct.pack("<I", wrong) + right[144:])
             self.assertIn(f"warning: (0002,0000) says that {wrong} bytes of meta header follow, where there are {length}", words)
 
+    def test_a_wrong_length_of_a_long_meta_header_is_a_warning_too(self):
+        right = meta(EXPLICIT, element(0x00020102, "OB", bytes(5000))) + tool.image()
+        length = struct.unpack_from("<I", right, 140)[0]
+        self.assertGreater(length, 5000)
+        words = self.words(right[:140] + struct.pack("<I", length + 40) + right[144:])
+        self.assertIn(f"warning: (0002,0000) says that {length + 40} bytes of meta header follow, where there are {length}", words)
+
     def test_letters_that_are_no_vr_are_told(self):
         start = meta(EXPLICIT)
         self.assertEqual(self.words(start + struct.pack("<HH", 0x0009, 0x1001) + b"Pi\2\0ab"),

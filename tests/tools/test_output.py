@@ -184,6 +184,42 @@ class StandardInput(tool.ToolTest):
             self.assertEqual(process.wait(60), DONE)
         self.assertTrue(summary.startswith(f"1 files, {len(content)} bytes".encode()), summary)
 
+    def run_with_pause(self, content, *arguments):
+        """The words of the tool that gets its input in two parts, the first of which ends in the meta header."""
+        with subprocess.Popen([TOOL, *map(str, arguments)], stdin=subprocess.PIPE, stdout=subprocess.DEVNULL,
+                              stderr=subprocess.PIPE) as process:
+            process.stdin.write(content[:150])
+            process.stdin.flush()
+            time.sleep(0.2)
+            process.stdin.write(content[150:])
+            process.stdin.close()
+            words = process.stderr.read().decode()
+            self.assertEqual(process.wait(60), DONE, words)
+        return words
+
+    def test_the_encoding_is_known_however_late_the_meta_header_comes(self):
+        fragments = element(0x7FE00010, "OB", tool.item(b"") + tool.item(b"\xff\xd8\xff\xd9") + tool.sequence_end(),
+                            length=tool.UNDEFINED)
+        for name, syntax, form, data in (
+                ("implicit", tool.IMPLICIT, "implicit little endian", tool.image(implicit=True)),
+                ("explicit", tool.EXPLICIT, "explicit little endian", tool.image()),
+                ("big", tool.BIG_ENDIAN, "explicit big endian", tool.image(order=">")),
+                ("jpeg", tool.JPEG, "explicit little endian", element(0x00100010, "PN", "Doe^John") + fragments)):
+            with self.subTest(name):
+                content = meta(syntax) + data
+                self.assertRegex(self.run_with_pause(content, "check", "-d", "-"),
+                                 rf"transfer syntax {re.escape(syntax)} \(\w+\), {form}\n")
+                self.run_with_pause(content, "convert", "-", self.path(f"{name}.out"))
+                file = self.write(name, content)
+                self.assert_ends(run("convert", file, self.path(f"{name}.expected")), DONE)
+                self.assertEqual(self.path(f"{name}.out").read_bytes(), self.path(f"{name}.expected").read_bytes())
+
+    def test_a_sign_is_kept_however_late_the_meta_header_comes(self):
+        content = meta(tool.IMPLICIT) + element(0x00280103, "US", b"\1\0", True) + \
+            element(0x00280106, "SS", struct.pack("<h", -5), True)
+        self.run_with_pause(content, "convert", "--syntax", "explicit", "-", self.path("out.dcm"))
+        self.assertIn(element(0x00280106, "SS", struct.pack("<h", -5)), self.path("out.dcm").read_bytes())
+
     def test_a_length_that_a_pipe_does_not_supply_takes_no_memory(self):
         claims = meta(tool.EXPLICIT) + element(0x00091001, "OB", b"x" * 64, length=0xFFFFFFF0)
         script = 'ulimit -v 1000000; exec "$0" "$@"'
