@@ -1,6 +1,7 @@
 #include "source_file.h"
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -21,7 +22,6 @@
 namespace tessaret::tool {
 namespace {
 
-constexpr const char* kStandardInputPath = "/dev/stdin";
 constexpr std::uint16_t kMetaGroup = 0x0002;
 constexpr std::uint16_t kSyntaxElement = 0x0010;
 
@@ -153,9 +153,29 @@ std::string WordsOf(const ParseStop& stop, const SourceFile& source) {
   return {};
 }
 
+/// The descriptor that the tool was given. It may stand for a socket, or for a file that nobody could open anew.
+class StandardInput final : public FileBuffer {
+ public:
+  /// `start`: where it began, when it can go back there.
+  explicit StandardInput(std::optional<std::uint64_t> start) : start_(start) {}
+
+  bool OpenForRead(const char*) override {
+    int error = start_ ? SeekFile(STDIN_FILENO, *start_).error : 0;
+    auto stream = error != 0 ? nullptr : FileStream::FromDescriptor(STDIN_FILENO, error);
+    return TakeForRead(std::move(stream), error);
+  }
+
+ protected:
+  [[nodiscard]] bool ReadsPlainly() const override { return true; }
+
+ private:
+  std::optional<std::uint64_t> start_;
+};
+
 /// Why a path is not to be opened at all, or empty with its `status`.
 std::string WhyNotToOpen(const std::string& path, struct stat& status) {
-  const FileResult found = StatPath(path.c_str(), status);
+  const FileResult found = path == kStandardInput ? StatDescriptor(STDIN_FILENO, status)
+                                                  : StatPath(path.c_str(), status);
   if (!found.Ok()) return SystemErrorText(found.error);
   if (S_ISDIR(status.st_mode)) return SystemErrorText(EISDIR);
   // A device may never come to an end.
@@ -180,9 +200,7 @@ bool HoldsMoreThanZeros(const DICOMObject& object) {
 class Loader {
  public:
   Loader(const std::string& path, const SourceOptions& options, const RTC& dictionary)
-      : path_(path == kStandardInput ? kStandardInputPath : path),
-        options_(options),
-        dictionary_(dictionary) {}
+      : path_(path), options_(options), dictionary_(dictionary) {}
 
   SourceFile Load() {
     struct stat status {};
@@ -190,14 +208,15 @@ class Loader {
     if (!source_.failure.empty()) return std::move(source_);
     // A pipe that has been read cannot be read again, and to open it anew may wait for ever.
     const bool readableAgain = S_ISREG(status.st_mode);
-    if (readableAgain) source_.bytes = static_cast<std::uint64_t>(status.st_size);
+    if (readableAgain) MeasureFile(static_cast<std::uint64_t>(status.st_size));
     ObservingCoder coder(&dictionary_);
-    FileBuffer buffer;
-    source_.object = coder.LoadFile(path_.c_str(), options_.loadPixels, options_.strict, &buffer);
+    const std::unique_ptr<FileBuffer> buffer = NewBuffer();
+    source_.object =
+        coder.LoadFile(path_.c_str(), options_.loadPixels, options_.strict, buffer.get());
     source_.syntax = coder.head.syntax;
     source_.hasMark = coder.start != 0;
     source_.code = FindTransferSyntax(source_.syntax).value_or(coder.code);
-    Take(coder, buffer);
+    Take(coder, *buffer);
     if (source_.object == nullptr) return std::move(source_);
     if (!source_.hasMark && !IsDataSet(coder.head)) {
       if (!readableAgain || !IsBigEndianDataSet(coder.head)) return NotDicom();
@@ -211,6 +230,20 @@ class Loader {
   }
 
  private:
+  /// Notes the size of a regular file. Standard input begins where the tool was given it.
+  void MeasureFile(std::uint64_t size) {
+    if (path_ == kStandardInput) {
+      const off_t place = ::lseek(STDIN_FILENO, 0, SEEK_CUR);
+      inputStart_ = static_cast<std::uint64_t>(std::max<off_t>(place, 0));
+    }
+    source_.bytes = size - std::min(size, inputStart_.value_or(0));
+  }
+
+  [[nodiscard]] std::unique_ptr<FileBuffer> NewBuffer() const {
+    if (path_ == kStandardInput) return std::make_unique<StandardInput>(inputStart_);
+    return std::make_unique<FileBuffer>();
+  }
+
   /// Notes how a parse ended.
   void Take(const DataSetCoder& coder, FileBuffer& buffer) {
     source_.stop = coder.LastStop();
@@ -235,12 +268,12 @@ class Loader {
   /// A bare data set in big endian, which the library's own loading does not look for.
   void LoadBigEndian() {
     DataSetCoder coder(&dictionary_);
-    FileBuffer buffer;
+    const std::unique_ptr<FileBuffer> buffer = NewBuffer();
     source_.object = std::make_unique<DICOMDataObject>();
     source_.code = kExplicitBig;
-    if (buffer.OpenForRead(path_.c_str())) ReadBigEndian(coder, buffer);
-    if (buffer.HasError()) source_.object.reset();
-    Take(coder, buffer);
+    if (buffer->OpenForRead(path_.c_str())) ReadBigEndian(coder, *buffer);
+    if (buffer->HasError()) source_.object.reset();
+    Take(coder, *buffer);
   }
 
   /// A parse ends at a stray delimiter, and the next one goes on behind it.
@@ -269,6 +302,7 @@ class Loader {
   }
 
   std::string path_;
+  std::optional<std::uint64_t> inputStart_;  // of standard input that is a regular file
   const SourceOptions& options_;
   const RTC& dictionary_;
   SourceFile source_;

@@ -56,6 +56,10 @@ void FileBuffer::Adopt(std::unique_ptr<FileStream> stream, int error) {
 bool FileBuffer::OpenForRead(const char* path) {
   int error = EINVAL;
   auto stream = path == nullptr ? nullptr : FileStream::OpenForRead(path, error);
+  return TakeForRead(std::move(stream), error);
+}
+
+bool FileBuffer::TakeForRead(std::unique_ptr<FileStream> stream, int error) {
   Adopt(std::move(stream), error);
   directWriteSize_ = kNeverDirect;
   return Stream != nullptr;
@@ -99,8 +103,10 @@ int FileBuffer::ErrorNumber() const {
   return Stream && Stream->Error() != 0 ? Stream->Error() : error_;
 }
 
+bool FileBuffer::ReadsPlainly() const { return typeid(*this) == typeid(FileBuffer); }
+
 FileStream* FileBuffer::LendStream() {
-  const bool lends = InSize == 0 && !IsForWriting() && typeid(*this) == typeid(FileBuffer);
+  const bool lends = InSize == 0 && !IsForWriting() && ReadsPlainly();
   return lends ? Stream.get() : nullptr;
 }
 

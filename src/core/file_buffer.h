@@ -44,10 +44,17 @@ class FileBuffer : public LinkedBuffer {
   [[nodiscard]] int ErrorNumber() const;
 
   /// The stream for a reader that takes its bytes from the window in place; null when bytes wait in chunks, when
-  /// nothing is open for reading, or when a descendant may read in its own way.
+  /// nothing is open for reading, or when a descendant may read in its own way, see ReadsPlainly.
   FileStream* LendStream();
 
   std::unique_ptr<FileStream> Stream;  // null when closed
+
+ protected:
+  /// Takes what a descendant opened for reading, or null with the system's error number, as OpenForRead takes a file.
+  bool TakeForRead(std::unique_ptr<FileStream> stream, int error);
+  /// True when bytes are read as this class does. A descendant that only opens in its own way may say so, and is then read as
+  /// fast as a file.
+  [[nodiscard]] virtual bool ReadsPlainly() const;
 
  private:
   void Adopt(std::unique_ptr<FileStream> stream, int error);

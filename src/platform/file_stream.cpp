@@ -1,5 +1,9 @@
 #include "platform/file_stream.h"
 
+#include <fcntl.h>
+#include <poll.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
@@ -27,6 +31,12 @@ std::unique_ptr<std::uint8_t[]>* Idle() {
   return ThreadKept<std::unique_ptr<std::uint8_t[]>, IdleWindow>();
 }
 
+/// Waits until a descriptor that does not block has bytes, or a signal comes.
+void WaitForBytes(int descriptor) {
+  struct pollfd waited = {descriptor, POLLIN, 0};
+  ::poll(&waited, 1, -1);
+}
+
 }  // namespace
 
 std::unique_ptr<FileStream> FileStream::Adopt(const FileResult& opened, int& error) {
@@ -43,6 +53,16 @@ std::unique_ptr<FileStream> FileStream::Adopt(const FileResult& opened, int& err
 
 std::unique_ptr<FileStream> FileStream::OpenForRead(const char* path, int& error) {
   return Adopt(OpenFile(path, O_RDONLY), error);
+}
+
+std::unique_ptr<FileStream> FileStream::FromDescriptor(int descriptor, int& error) {
+  const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
+  auto stream = Adopt(own < 0 ? FileResult{-1, errno} : FileResult{own, 0}, error);
+  if (!stream) return nullptr;
+  // Pipes and sockets have no place.
+  const off_t place = ::lseek(own, 0, SEEK_CUR);
+  if (place > 0) stream->start_ = static_cast<std::uint64_t>(place);
+  return stream;
 }
 
 std::unique_ptr<FileStream> FileStream::OpenForWrite(const char* path, int& error) {
@@ -71,7 +91,12 @@ std::size_t FileStream::NextRead() const {
 }
 
 std::size_t FileStream::ReadDirect(void* data, std::size_t count) {
-  const FileResult got = ReadSome(descriptor_, data, count);
+  FileResult got = ReadSome(descriptor_, data, count);
+  while (got.error == EAGAIN) {
+    // Whoever opened a descriptor that was handed over may have meant it not to wait; a stream does.
+    WaitForBytes(descriptor_);
+    got = ReadSome(descriptor_, data, count);
+  }
   if (!got.Ok()) {
     Fail(got.error);
     return 0;
@@ -144,7 +169,8 @@ bool FileStream::Seek(std::uint64_t offset) {
     begin_ = static_cast<std::size_t>(offset - windowStart);
     return true;
   }
-  const FileResult moved = SeekFile(descriptor_, offset);
+  if (offset > std::numeric_limits<std::uint64_t>::max() - start_) return false;
+  const FileResult moved = SeekFile(descriptor_, start_ + offset);
   if (!moved.Ok()) return false;
   begin_ = end_ = 0;
   offset_ = offset;
@@ -180,7 +206,8 @@ void FileStream::AskSize() {
   struct stat status {};
   if (!StatDescriptor(descriptor_, status).Ok()) return;
   // A size of 0 says nothing: the system's own pseudo files state it too.
-  if (S_ISREG(status.st_mode)) size_ = static_cast<std::uint64_t>(status.st_size);
+  const auto size = static_cast<std::uint64_t>(status.st_size);
+  if (S_ISREG(status.st_mode) && size > start_) size_ = size - start_;
   isDevice_ = S_ISCHR(status.st_mode) || S_ISBLK(status.st_mode);
 }
 

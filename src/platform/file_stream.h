@@ -16,6 +16,9 @@ class FileStream {
   /// Opening a named pipe waits for its other end, as everywhere.
   /// A device gives its first bytes only; reading on fails, because it may never end.
   static std::unique_ptr<FileStream> OpenForRead(const char* path, int& error);
+  /// A stream of its own over what `descriptor` stands for, which stays with the caller and moves along where the system lets
+  /// both share their place. Its start is the place at which the descriptor is now. Errors as above.
+  static std::unique_ptr<FileStream> FromDescriptor(int descriptor, int& error);
   /// Creates or empties `path`.
   static std::unique_ptr<FileStream> OpenForWrite(const char* path, int& error);
 
@@ -79,8 +82,9 @@ class FileStream {
   bool atEnd_ = false;
   bool sizeAsked_ = false;
   bool isDevice_ = false;     // known once the size was asked
-  std::uint64_t size_ = 0;    // of a regular file; 0 where that is not known
-  std::uint64_t offset_ = 0;  // of the byte behind the window
+  std::uint64_t size_ = 0;    // of a regular file from the start on; 0 where that is not known
+  std::uint64_t start_ = 0;   // where in the file the stream starts
+  std::uint64_t offset_ = 0;  // of the byte behind the window, from that start
   std::unique_ptr<std::uint8_t[]> window_;
   std::size_t begin_ = 0;
   std::size_t end_ = 0;

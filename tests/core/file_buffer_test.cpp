@@ -547,6 +547,13 @@ TEST_F(FileBufferTest, LendsItsStreamOnlyWhileNothingWaitsInChunks) {
   Own own;
   ASSERT_TRUE(own.OpenForRead(FileOf(10).c_str()));
   EXPECT_EQ(own.LendStream(), nullptr);
+
+  class Plain : public FileBuffer {
+    [[nodiscard]] bool ReadsPlainly() const override { return true; }
+  };
+  Plain plain;
+  ASSERT_TRUE(plain.OpenForRead(FileOf(10).c_str()));
+  EXPECT_EQ(plain.LendStream(), plain.Stream.get());
 }
 
 }  // namespace

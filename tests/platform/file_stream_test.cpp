@@ -1,11 +1,14 @@
 #include "platform/file_stream.h"
 
 #include <fcntl.h>
+#include <sys/socket.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <limits>
@@ -381,6 +384,73 @@ TEST_F(FileStreamTest, AShortPipeSeeksNoFurtherThanItReaches) {
   EXPECT_FALSE(stream->Seek(128));
   EXPECT_TRUE(stream->Seek(0));
   EXPECT_EQ(TakeAll(*stream, 7), bytes);
+}
+
+TEST_F(FileStreamTest, AStreamOfADescriptorStartsAtItsPlace) {
+  const Bytes bytes = Pattern(300000);
+  const int given = ::open(FileOf(bytes).c_str(), O_RDONLY);
+  ASSERT_EQ(::lseek(given, 1000, SEEK_SET), 1000);
+  int error = -1;
+  const auto stream = FileStream::FromDescriptor(given, error);
+  ASSERT_NE(stream, nullptr);
+  EXPECT_EQ(error, 0);
+  EXPECT_EQ(::close(given), 0);
+  EXPECT_EQ(stream->LeftAtMost(), 299000u);
+  EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 1000, 10));
+  ASSERT_TRUE(stream->Seek(200000));
+  EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 201000, 10));
+  EXPECT_EQ(stream->LeftAtMost(), 98990u);
+  // From its start this would be the byte before it.
+  EXPECT_FALSE(stream->Seek(kMost64));
+  ASSERT_TRUE(stream->Seek(0));
+  EXPECT_EQ(TakeAll(*stream, 1000), Part(bytes, 1000, kMost64));
+}
+
+TEST_F(FileStreamTest, AStreamOfADescriptorLeavesItToItsOwner) {
+  const int given = ::open(FileOf(Pattern(10)).c_str(), O_RDONLY);
+  int error = -1;
+  const auto stream = FileStream::FromDescriptor(given, error);
+  ASSERT_NE(stream, nullptr);
+  EXPECT_NE(stream->Descriptor(), given);
+  EXPECT_EQ(::fcntl(stream->Descriptor(), F_GETFD), FD_CLOEXEC);
+  EXPECT_TRUE(stream->Close());
+  EXPECT_EQ(::close(given), 0);
+}
+
+TEST_F(FileStreamTest, ADescriptorBehindTheEndOfItsFileIsAtTheEnd) {
+  const int given = ::open(FileOf(Pattern(10)).c_str(), O_RDONLY);
+  ASSERT_EQ(::lseek(given, 20, SEEK_SET), 20);
+  int error = -1;
+  const auto stream = FileStream::FromDescriptor(given, error);
+  ::close(given);
+  EXPECT_EQ(stream->LeftAtMost(), kMost64) << "nothing is known";
+  EXPECT_EQ(ReadUpTo(*stream, 10), Bytes{});
+  EXPECT_TRUE(stream->AtEnd());
+  EXPECT_EQ(stream->Error(), 0);
+}
+
+TEST_F(FileStreamTest, ADescriptorThatIsNoneGivesNoStream) {
+  int error = 0;
+  EXPECT_EQ(FileStream::FromDescriptor(-1, error), nullptr);
+  EXPECT_EQ(error, EBADF);
+}
+
+TEST_F(FileStreamTest, WaitsForBytesWhereTheDescriptorDoesNot) {
+  const Bytes bytes = Pattern(5000);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(::socketpair(AF_UNIX, SOCK_STREAM | SOCK_NONBLOCK, 0, ends.data()), 0);
+  int error = -1;
+  const auto stream = FileStream::FromDescriptor(ends[0], error);
+  ASSERT_NE(stream, nullptr);
+  writer_ = std::thread([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(::write(ends[1], bytes.data(), bytes.size()), 5000);
+    ::close(ends[1]);
+  });
+  EXPECT_EQ(ReadUpTo(*stream, 5001), bytes);
+  EXPECT_EQ(stream->Error(), 0);
+  writer_.join();
+  ::close(ends[0]);
 }
 
 TEST_F(FileStreamTest, LeftAtMostCountsDownForAFile) {

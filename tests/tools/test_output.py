@@ -5,6 +5,7 @@ import os
 import pty
 import re
 import select
+import socket
 import struct
 import subprocess
 import time
@@ -151,6 +152,43 @@ class StandardInput(tool.ToolTest):
     def test_a_dash_is_standard_input_from_a_file(self):
         with open(self.good_file(), "rb") as file:
             result = run("dump", "-", stdin=file)
+        self.assert_ends(result, DONE, "")
+        self.assertIn(b"[Doe^John]", result.stdout)
+
+    def test_a_dash_reads_on_from_where_a_file_stands(self):
+        for name, content, line in (("good.dcm", self.good_file().read_bytes(), b"[Doe^John]"),
+                                    ("bare", tool.image(order=">"), b"(0028,0010) US 2 ")):
+            with self.subTest(name), open(self.write("behind", bytes(5000) + content), "rb", buffering=0) as file:
+                os.lseek(file.fileno(), 5000, os.SEEK_SET)
+                result = run("dump", "-v", "-", stdin=file)
+                self.assert_ends(result, DONE)
+                self.assertIn(line, result.stdout)
+                self.assertIn(f"standard input: {len(content)} bytes, ".encode(), result.stderr)
+
+    def test_a_dash_is_standard_input_from_a_socket(self):
+        for blocking in (True, False):
+            with self.subTest(blocking=blocking):
+                here, there = socket.socketpair()
+                there.setblocking(blocking)
+                with here, subprocess.Popen([TOOL, "dump", "-"], stdin=there, stdout=subprocess.PIPE,
+                                            stderr=subprocess.PIPE) as process:
+                    there.close()
+                    time.sleep(0.1)
+                    here.sendall(self.good_file().read_bytes())
+                    here.close()
+                    listing, words = process.communicate(timeout=60)
+                self.assertEqual((process.returncode, words), (DONE, b""))
+                self.assertIn(b"[Doe^John]", listing)
+
+    @unittest.skipUnless(os.geteuid() == 0, "only root can become somebody else")
+    def test_a_dash_is_standard_input_from_a_file_that_only_the_parent_may_open(self):
+        secret = self.good_file()
+        secret.chmod(0o600)
+        # For whoever that is, the tool's own folder may be closed too.
+        if run("--version", user=65534, stderr=subprocess.DEVNULL).returncode != DONE:
+            self.skipTest("the tool is not for everybody")
+        with open(secret, "rb") as file:
+            result = run("dump", "-", stdin=file, user=65534)
         self.assert_ends(result, DONE, "")
         self.assertIn(b"[Doe^John]", result.stdout)
 
