@@ -15,13 +15,21 @@ std::string WithReason(const std::string& words) {
   return reason.empty() ? words : words + ": " + reason;
 }
 
+/// The library's words always name the file of the data dictionary, but not that of the UID dictionary.
+std::string WithFile(const std::string& words, const std::string& directory) {
+  if (words.find('[' + directory) != std::string::npos) return words;
+  return "Error reading [" + directory + kUidDictionaryFile + "]: " + words;
+}
+
 }  // namespace
 
 void Host::LoadDictionaries() {
   if (dictionariesLoaded_) return;
+  const std::string directory = ModuleDirectory();
   std::string why;
   const MessageSink keepWords = [&why](const std::string& text, const std::string&) { why = text; };
-  if (!StartDictionaries(ModuleDirectory(), keepWords)) throw DictionaryError(WithReason(why));
+  if (!StartDictionaries(directory, keepWords))
+    throw DictionaryError(WithFile(WithReason(why), directory));
   dictionariesLoaded_ = true;
 }
 

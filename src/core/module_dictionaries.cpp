@@ -8,8 +8,6 @@ namespace tessaret {
 namespace {
 
 constexpr const char* kCaption = "Error Tessaret";
-constexpr const char* kDataDictionaryFile = "dicom-dict.txt";
-constexpr const char* kUidDictionaryFile = "uid-dict.txt";
 
 struct Module {
   DcmDictionary dictionary;

@@ -12,13 +12,17 @@
 
 namespace tessaret {
 
+/// What the files are called.
+inline constexpr const char* kDataDictionaryFile = "dicom-dict.txt";
+inline constexpr const char* kUidDictionaryFile = "uid-dict.txt";
+
 /// Shows a message to whoever runs the program.
 using MessageSink = std::function<void(const std::string& text, const std::string& caption)>;
 
 /// Writes "caption: text" as a line to standard error.
 void WriteMessageToStandardError(const std::string& text, const std::string& caption);
 
-/// Loads "dicom-dict.txt" and "uid-dict.txt" from `directory`, in place of what was loaded. False when one of them cannot
+/// Loads both files from `directory`, in place of what was loaded. False when one of them cannot
 /// be loaded: `sink` has then been told why, and both dictionaries and the directory are empty. An empty `sink` means
 /// standard error. Throws std::bad_alloc, with all of them empty too.
 bool StartDictionaries(const std::string& directory, const MessageSink& sink = {});

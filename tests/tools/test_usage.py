@@ -265,7 +265,14 @@ class Dictionaries(tool.ToolTest):
     def test_a_broken_dictionary_of_uids_is_told_with_the_number_of_its_line(self):
         shutil.copy(tool.SOURCE_DIR / "data/dicom-dict.txt", self.path("dicom-dict.txt"))
         self.write("uid-dict.txt", b"# comment\nSOPClass 1.2.3 image Name\n")
-        self.assert_dictionaries_refused("Error reading UID file at line 2")
+        self.assert_dictionaries_refused(
+            f"Error reading [{self.folder}/uid-dict.txt]: Error reading UID file at line 2")
+
+    def test_a_missing_dictionary_of_uids_is_told_with_its_name(self):
+        shutil.copy(tool.SOURCE_DIR / "data/dicom-dict.txt", self.path("dicom-dict.txt"))
+        self.assert_dictionaries_refused(f"Error reading [{self.folder}/uid-dict.txt]: No such file or directory")
+        self.path("uid-dict.txt").mkdir()
+        self.assert_dictionaries_refused(f"Error reading [{self.folder}/uid-dict.txt]: Is a directory")
 
     def test_help_needs_no_dictionaries(self):
         environment = {**os.environ, "TESSARET_DATA_DIR": str(self.folder)}
