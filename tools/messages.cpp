@@ -43,11 +43,11 @@ void Messages::Error(std::string_view subject, std::string_view words) {
 }
 
 void Messages::Warn(std::string_view subject, std::string_view words) {
-  if (!loudness_.quiet) Say(kYellow, subject, "warning: ", words);
+  if (SaysWarnings()) Say(kYellow, subject, "warning: ", words);
 }
 
 void Messages::Note(std::string_view subject, std::string_view words) {
-  if (loudness_.verbose || loudness_.debug) Say({}, subject, {}, words);
+  if (SaysNotes()) Say({}, subject, {}, words);
 }
 
 void Messages::Detail(std::string_view subject, std::string_view words) {

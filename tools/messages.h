@@ -25,6 +25,10 @@ class Messages {
 
   void SetLoudness(const Loudness& loudness);
 
+  /// Whether warnings and notes are said at all.
+  [[nodiscard]] bool SaysWarnings() const { return !loudness_.quiet; }
+  [[nodiscard]] bool SaysNotes() const { return loudness_.verbose || loudness_.debug; }
+
   /// Something failed. Silent once the tool was interrupted: what fails then fails for that reason.
   void Error(std::string_view subject, std::string_view words);
   /// Something is odd, and the work goes on. Not with `quiet`.

@@ -54,19 +54,25 @@ class Dump {
     how.strict = options_.strict;
     const SourceFile source = LoadSource(path, how, host_.Tags());
     StopIfInterrupted();
-    host_.messages.Note(SubjectOf(path), DescribeEncoding(source));
-    for (const std::string& warning : source.warnings)
-      host_.messages.Warn(SubjectOf(path), warning);
+    TellOf(path, source);
     if (host_.options.json) {
       DumpAsJson(path, source, host_);
     } else if (source.object != nullptr) {
       Show(path, *source.object);
     }
     if (source.IsWhole()) return;
-    // In the order in which it happened, also where both streams end on one terminal.
     host_.output.Flush();
     host_.messages.Error(SubjectOf(path), source.failure);
     failed_ = true;
+  }
+
+  void TellOf(const std::string& path, const SourceFile& source) {
+    Messages& messages = host_.messages;
+    // In the order in which it happened, also where both streams end on one terminal.
+    if (messages.SaysNotes() || (messages.SaysWarnings() && !source.warnings.empty()))
+      host_.output.Flush();
+    messages.Note(SubjectOf(path), DescribeEncoding(source));
+    for (const std::string& warning : source.warnings) messages.Warn(SubjectOf(path), warning);
   }
 
   void Show(const std::string& path, const DICOMObject& object) {

@@ -104,6 +104,17 @@ class FullOutput(tool.ToolTest):
             f"# {good}", PIXELS_LINE, f"tessaret: {bad}: not DICOM", f"# {other}", PIXELS_LINE, f"# {cut}",
             f"tessaret: {cut}: truncated at offset {good.stat().st_size - 24}, in (7fe0,0010)"])
 
+    def test_warnings_and_notes_come_in_that_order_too(self):
+        good, bare = self.good_file("a.dcm"), self.write("bare.dcm", tool.image())
+        order = lambda *options: [line.split(": ")[0] for line in
+                                  run("dump", *options, good, bare, stderr=subprocess.STDOUT).stdout.decode().splitlines()
+                                  if re.match("#|tessaret|.*7fe0", line)]
+        warned = [f"# {good}", PIXELS_LINE, "tessaret", f"# {bare}", PIXELS_LINE]
+        self.assertEqual(order(), warned)
+        self.assertEqual(order("-v"), ["tessaret", *warned[:2], "tessaret", *warned[2:]])
+        noted = run("dump", "-v", good, good, stderr=subprocess.STDOUT).stdout.decode().splitlines()
+        self.assertEqual([line[:2] for line in noted if line[:2] in ("# ", "te", "(7")], ["te", "# ", "(7", "te", "# ", "(7"])
+
     def test_a_reader_that_leaves_early_ends_the_work(self):
         listing = self.write("long.dcm", meta(tool.EXPLICIT) + b"".join(
             element(0x00091000 + index, "LO", "x" * 60) for index in range(60000)))
