@@ -105,7 +105,7 @@ constexpr const char* kConventions =
     "\\fBtessaret:\\fR \\fISUBJECT\\fR\\fB:\\fR \\fIWORDS\\fR.\n"
     "Control characters in values and names are shown as \\ex1b.\n"
     "Output that is there already is replaced only with \\fB\\-\\-force\\fR, and a file is written "
-    "whole or not at all.\n";
+    "whole or not at all; devices, pipes and files without a name are written where they are.\n";
 
 std::string VerbPageName(const CLI::App& verb) { return "tessaret-" + verb.get_name(); }
 
