@@ -130,6 +130,18 @@ class Compile(tool.ToolTest):
         self.assert_ends(run("dictionary", "--compile", out, env=environment), DONE, "")
         self.assertEqual(out.read_bytes()[16:], bare[16:])
 
+    def test_one_that_could_not_be_loaded_is_not_written(self):
+        # 20 bytes of header; 4 for the key, 12 for the element and 2 for its text: 932066 entries fill 16 MiB but for 8.
+        out = self.path("large.bin")
+        self.write("uid-dict.txt", (tool.SOURCE_DIR / "data/uid-dict.txt").read_bytes())
+        environment = {**os.environ, "TESSARET_DATA_DIR": str(self.folder)}
+        for count, error in ((932066, ""), (932067, f"tessaret: {out}: File too large\n")):
+            lines = "".join(f"{{{at >> 16} {at & 0xFFFF} LO x\"\n" for at in range(count))
+            self.write("dicom-dict.txt", ("\n" + lines).encode())
+            result = run("dictionary", "--force", "--compile", out, env=environment)
+            self.assert_ends(result, OUTPUT_FAILED if error else DONE, error)
+            self.assertEqual(out.stat().st_size, (16 << 20) - 8)
+
     def test_a_question_may_come_with_it(self):
         result = run("dictionary", "--compile", self.path("dict.bin"), "0010,0010")
         self.assert_ends(result, DONE, "")

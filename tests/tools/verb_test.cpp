@@ -1,0 +1,66 @@
+// Verbs within this process, where a file can come to the output's place at a chosen moment.
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "core/module_dictionaries.h"
+#include "support/bytes.h"
+#include "support/file_failure.h"
+#include "support/temp_folder.h"
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+using test::FileFailure;
+
+constexpr const char* kOther = "of somebody else";
+
+class ComesMeanwhile : public testing::Test {
+ protected:
+  /// Runs a verb; a file comes to `path` when the bytes of the verb's own are about to be secured.
+  ExitCode Run(RunVerb (*setUp)(CLI::App&), const std::string& arguments, const std::string& path) {
+    CLI::App app;
+    const RunVerb run = setUp(app);
+    app.parse(arguments, false);
+    Host host;
+    FileFailure failure;
+    failure.RunBefore(FileCall::kSync, 1, [&] { test::WriteText(path, kOther); });
+    testing::internal::CaptureStderr();
+    const ExitCode code = run(host);
+    words_ = testing::internal::GetCapturedStderr();
+    EXPECT_GT(failure.Calls(FileCall::kSync), 0);
+    return code;
+  }
+
+  /// Without --force the file stays, with it the verb's own takes its place.
+  void Expect(RunVerb (*setUp)(CLI::App&), const std::string& arguments, const std::string& path) {
+    EXPECT_EQ(Run(setUp, arguments, path), ExitCode::kOutputFailed);
+    EXPECT_EQ(words_, "tessaret: " + path + ": File exists\n");
+    EXPECT_EQ(test::ReadText(path), kOther);
+    EXPECT_EQ(Run(setUp, arguments + " --force", path), ExitCode::kDone);
+    EXPECT_EQ(words_, "");
+    EXPECT_NE(test::ReadText(path), kOther);
+  }
+
+  test::TempFolder folder_;
+  std::string words_;
+};
+
+TEST_F(ComesMeanwhile, AFileStaysThatTakesThePlaceOfAPhantom) {
+  Expect(&SetUpPhantom, folder_.Path().string() + " --size 8 --slices 1",
+         folder_.File("IM000001.dcm"));
+}
+
+TEST_F(ComesMeanwhile, AFileStaysThatTakesThePlaceOfADictionary) {
+  test::WriteText(folder_.File("dicom-dict.txt"), "\n{0x0010 0x0010 PN \"Name\"}\n");
+  test::WriteText(folder_.File("uid-dict.txt"), "SOPClass 1.2.3 0 Name\n");
+  ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
+  const std::string path = folder_.File("dict.bin");
+  Expect(&SetUpDictionary, "--compile " + path, path);
+  ::unsetenv("TESSARET_DATA_DIR");
+  StopDictionaries();
+}
+
+}  // namespace
+}  // namespace tessaret::tool
