@@ -233,8 +233,8 @@ class Loader {
   /// Notes the size of a regular file. Standard input begins where the tool was given it.
   void MeasureFile(std::uint64_t size) {
     if (path_ == kStandardInput) {
-      const off_t place = ::lseek(STDIN_FILENO, 0, SEEK_CUR);
-      inputStart_ = static_cast<std::uint64_t>(std::max<off_t>(place, 0));
+      inputStart_ =
+          static_cast<std::uint64_t>(std::max<std::int64_t>(TellFile(STDIN_FILENO).value, 0));
     }
     source_.bytes = size - std::min(size, inputStart_.value_or(0));
   }

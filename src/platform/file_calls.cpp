@@ -1,5 +1,6 @@
 #include "platform/file_calls.h"
 
+#include <fcntl.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/xattr.h>
@@ -86,6 +87,10 @@ FileResult OpenFile(const char* path, int flags, mode_t mode) {
   return Run(FileCall::kOpen, [&] { return ::open(path, flags | O_CLOEXEC, mode); });
 }
 
+FileResult DuplicateDescriptor(int descriptor) {
+  return Run(FileCall::kOpen, [&] { return ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0); });
+}
+
 FileResult CloseFile(int descriptor) {
   std::size_t unused = 0;
   const int refused = fileCallHook == nullptr ? 0 : fileCallHook(FileCall::kClose, unused);
@@ -126,6 +131,10 @@ FileResult WriteAll(int descriptor, const void* data, std::size_t count) {
 FileResult SeekFile(int descriptor, std::uint64_t offset) {
   return Run(FileCall::kSeek,
              [&] { return ::lseek(descriptor, static_cast<off_t>(offset), SEEK_SET); });
+}
+
+FileResult TellFile(int descriptor) {
+  return Run(FileCall::kSeek, [&] { return ::lseek(descriptor, 0, SEEK_CUR); });
 }
 
 FileResult StatDescriptor(int descriptor, struct stat& status) {

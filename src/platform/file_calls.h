@@ -43,6 +43,8 @@ struct FileResult {
 
 /// Opens `path`; value is the descriptor, closed on exec. The caller closes it.
 FileResult OpenFile(const char* path, int flags, mode_t mode = 0);
+/// A further descriptor of what `descriptor` stands for, closed on exec. The caller closes it; both share one place.
+FileResult DuplicateDescriptor(int descriptor);
 /// Closes the descriptor, which is gone afterwards whatever the answer.
 FileResult CloseFile(int descriptor);
 /// Reads up to `count` bytes; value is how many came, 0 at the end.
@@ -54,6 +56,8 @@ FileResult WriteSome(int descriptor, const void* data, std::size_t count);
 FileResult WriteAll(int descriptor, const void* data, std::size_t count);
 /// Moves to `offset` from the start.
 FileResult SeekFile(int descriptor, std::uint64_t offset);
+/// Where the descriptor is now, counted from the start; ESPIPE for pipes and sockets.
+FileResult TellFile(int descriptor);
 FileResult StatDescriptor(int descriptor, struct stat& status);
 FileResult StatPath(const char* path, struct stat& status);
 /// Brings the bytes to the medium. A file system without that notion counts as success.

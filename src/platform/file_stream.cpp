@@ -1,8 +1,6 @@
 #include "platform/file_stream.h"
 
-#include <fcntl.h>
 #include <poll.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -56,12 +54,15 @@ std::unique_ptr<FileStream> FileStream::OpenForRead(const char* path, int& error
 }
 
 std::unique_ptr<FileStream> FileStream::FromDescriptor(int descriptor, int& error) {
-  const int own = ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0);
-  auto stream = Adopt(own < 0 ? FileResult{-1, errno} : FileResult{own, 0}, error);
+  auto stream = Adopt(DuplicateDescriptor(descriptor), error);
   if (!stream) return nullptr;
-  // Pipes and sockets have no place.
-  const off_t place = ::lseek(own, 0, SEEK_CUR);
-  if (place > 0) stream->start_ = static_cast<std::uint64_t>(place);
+  const FileResult place = TellFile(descriptor);
+  if (place.Ok()) {
+    stream->start_ = static_cast<std::uint64_t>(place.value);
+  } else if (place.error != ESPIPE) {
+    error = place.error;
+    return nullptr;
+  }
   return stream;
 }
 

@@ -22,6 +22,7 @@
 #include "support/allocation_failure.h"
 #include "support/bytes.h"
 #include "support/file_failure.h"
+#include "support/memory_file.h"
 #include "support/temp_folder.h"
 
 namespace tessaret {
@@ -427,6 +428,19 @@ TEST_F(FileStreamTest, ADescriptorBehindTheEndOfItsFileIsAtTheEnd) {
   EXPECT_EQ(ReadUpTo(*stream, 10), Bytes{});
   EXPECT_TRUE(stream->AtEnd());
   EXPECT_EQ(stream->Error(), 0);
+}
+
+TEST_F(FileStreamTest, ADescriptorThatCannotBeSharedOrToldGivesNoStream) {
+  const test::MemoryFile file(Pattern(10));
+  const int open = OpenDescriptors();
+  for (const FileCall call : {FileCall::kOpen, FileCall::kSeek}) {
+    FileFailure calls;
+    calls.FailCall(call, 1, EIO);
+    int error = 0;
+    EXPECT_EQ(FileStream::FromDescriptor(file.Descriptor(), error), nullptr);
+    EXPECT_EQ(error, EIO);
+  }
+  EXPECT_EQ(OpenDescriptors(), open);
 }
 
 TEST_F(FileStreamTest, ADescriptorThatIsNoneGivesNoStream) {
