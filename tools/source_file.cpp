@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <cstring>
 #include <optional>
+#include <utility>
 
 #include "base/bounded_reader.h"
 #include "base/text.h"
@@ -197,6 +198,9 @@ bool HoldsMoreThanZeros(const DICOMObject& object) {
   return first != nullptr && (first->Key() != 0 || first->Length != 0);
 }
 
+/// Where the first reading of standard input ended says nothing: it may have stopped early.
+bool inputIsTaken = false;
+
 class Loader {
  public:
   Loader(const std::string& path, const SourceOptions& options, const RTC& dictionary)
@@ -205,6 +209,8 @@ class Loader {
   SourceFile Load() {
     struct stat status {};
     source_.failure = WhyNotToOpen(path_, status);
+    if (source_.failure.empty() && path_ == kStandardInput && std::exchange(inputIsTaken, true))
+      source_.failure = "was read already";
     if (!source_.failure.empty()) return std::move(source_);
     // A pipe that has been read cannot be read again, and to open it anew may wait for ever.
     const bool readableAgain = S_ISREG(status.st_mode);

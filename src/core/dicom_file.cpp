@@ -84,6 +84,12 @@ bool Encode(DataSetCoder& coder, std::int32_t mode, DICOMObject& object, FileBuf
 
 bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& source,
                    FileBuffer& buffer) {
+  if (!source.Elements.IsInOrder()) {
+    // A clone has its elements where their tags belong now.
+    const std::unique_ptr<DICOMObject> clone(source.Clone(false));
+    if (!clone) throw std::bad_alloc();
+    return Encode(coder, mode, *clone, buffer);
+  }
   // The writer takes what it may empty; told to keep it, it changes nothing.
   auto& object = const_cast<DICOMObject&>(source);
   ElementWriter writer(coder, buffer, ElementWriter::After::kKeep);

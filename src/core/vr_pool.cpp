@@ -1,12 +1,11 @@
 #include "core/vr_pool.h"
 
-#include <pthread.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <mutex>
 #include <new>
 
+#include "base/thread_end.h"
 #include "core/vr.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -65,12 +64,13 @@ struct Cache {
 };
 thread_local constinit Cache cache;
 
-/// Set once the thread has handed its blocks on. Its cache then stays as it is when new, so that every further call takes
+/// Set once the thread has handed its blocks on, or when that could not be arranged. Its cache then stays as it is when new, so that every further call takes
 /// the slow way, where this is seen.
 thread_local constinit bool gone = false;
+thread_local constinit bool seenOff = false;
 
-/// What destructors that run even later in their thread make and free. Nobody would hand the blocks of one such thread on,
-/// so all of them share these.
+/// What is made and freed in a thread even later. Nobody would hand the blocks of one such thread on, so all of them share
+/// these.
 struct LateBlocks {
   std::mutex mutex;
   Cache cache;
@@ -85,7 +85,7 @@ void PutIntoStore(FreeBlock* batch) noexcept {
 }
 
 /// Hands the lists of a thread that ends to the others. Unused fresh memory becomes blocks as well.
-void LeaveThread(void*) {
+void LeaveThread() noexcept {
   for (; cache.fresh != cache.freshEnd; cache.fresh += sizeof(VR)) {
     cache.free = new (cache.fresh) FreeBlock{cache.free, nullptr};
   }
@@ -95,27 +95,13 @@ void LeaveThread(void*) {
   gone = true;
 }
 
-/// Calls LeaveThread at the end of threads. An object of the thread would not do: when keys are destroyed, in whose
-/// destructors hosts may free their last elements, none is set up any more. The key goes with the library, so that no thread
-/// calls what has been unloaded.
-class ThreadEnds {
- public:
-  ThreadEnds() : made_(::pthread_key_create(&key_, &LeaveThread) == 0) {}
-  ThreadEnds(const ThreadEnds&) = delete;
-  ThreadEnds& operator=(const ThreadEnds&) = delete;
-  ~ThreadEnds() {
-    if (made_) ::pthread_key_delete(key_);
-    made_ = false;
-  }
-  void SeeOffThisThread() const {
-    if (made_) ::pthread_setspecific(key_, &cache);
-  }
-
- private:
-  pthread_key_t key_ = 0;
-  bool made_ = false;
-};
-ThreadEnds threadEnds;
+/// A thread that only frees has lists to hand on as well. Where the system has no way left to see a thread off, nothing is
+/// kept for it.
+void SeeOffAtTheEndOfTheThread() noexcept {
+  if (seenOff) return;
+  seenOff = true;
+  if (!CallAtThreadEnd(&LeaveThread)) gone = true;
+}
 
 void TakeSlab(Cache& into) {
   const std::size_t size = store.nextSlab;
@@ -179,21 +165,21 @@ void* TakeAny(Cache& from) {
 
 /// The ways of the few calls that the thread's list does not serve, apart, so that the others need no stack frame.
 [[gnu::noinline]] void* TakeBeyondList() {
+  SeeOffAtTheEndOfTheThread();
   if (gone) {
     const std::lock_guard lock(late.mutex);
     return TakeAny(late.cache);
   }
-  threadEnds.SeeOffThisThread();
   return TakeAny(cache);
 }
 
 [[gnu::noinline]] void GiveToFullList(void* block) noexcept {
+  SeeOffAtTheEndOfTheThread();
   if (gone) {
     const std::lock_guard lock(late.mutex);
     if (late.cache.freeCount >= kBatch) PassOn(late.cache);
     return PutIntoList(late.cache, block);
   }
-  threadEnds.SeeOffThisThread();
   PassOn(cache);
   PutIntoList(cache, block);
 }

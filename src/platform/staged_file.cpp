@@ -130,7 +130,9 @@ bool StagedFile::Begin() {
   const uid_t owner = there.Ok() ? status.st_uid : ::geteuid();
   if (there.Ok() && S_ISREG(status.st_mode) && existing_ == Existing::kKeep) {
     // A writer that was killed once its file had its name may have left the other name behind.
-    if (!direct_) RemoveIfAbandoned(StagingName(path_, 0), owner);
+    for (int slot = 0; !direct_ && slot < kMostWritersOfOnePlace; ++slot) {
+      RemoveIfAbandoned(StagingName(path_, slot), owner);
+    }
     return Fail(EEXIST);
   }
   if (direct_ || (there.Ok() && !S_ISREG(status.st_mode))) {

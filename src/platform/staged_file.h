@@ -32,9 +32,9 @@ class StagedFile {
   /// Where the bytes are to be written: open it for writing, write, close.
   [[nodiscard]] const std::string& StagingPath() const { return stagingPath_; }
 
-  /// Syncs the staged bytes and moves them to their place, with the owner, the permissions and the access list of the file
-  /// that was there, less the rights to run as its owner or group; a group that cannot be kept has no more rights than all
-  /// others. False, with
+  /// Syncs the staged bytes and moves them to their place, with the owner, where it may be given away, and the permissions
+  /// and the access list of the file that was there, less the rights to run as its owner or group; a group that cannot be
+  /// kept has no more rights than all others. False, with
   /// Error() set and the place untouched; EBADF where nothing was begun.
   bool Commit();
 

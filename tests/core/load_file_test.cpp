@@ -530,6 +530,25 @@ TEST_F(LoadFile, WhateverIsThrownIsAnErrorWithWords) {
   EXPECT_EQ(ReadBytes(Path()), Preamble());
 }
 
+TEST_F(LoadFile, AThreadThatIsCancelledWhileItLoadsEnds) {
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  static std::string path;
+  path = "/dev/fd/" + std::to_string(ends[0]);
+  pthread_t thread{};
+  const auto load = [](void*) -> void* {
+    DataSetCoder().LoadFile(path.c_str(), true, false);
+    return nullptr;
+  };
+  ASSERT_EQ(::pthread_create(&thread, nullptr, load, nullptr), 0);
+  EXPECT_EQ(::pthread_cancel(thread), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  EXPECT_EQ(answer, PTHREAD_CANCELED);
+  ::close(ends[0]);
+  ::close(ends[1]);
+}
+
 // Blocks of memory.
 
 TEST_F(LoadFile, ReadsABlockInEachEncodingAndLeavesItAlone) {

@@ -255,6 +255,20 @@ TEST(ObjectThreadsDeathTest, MemoryThatAThreadTookAndDidNotUseIsUsedByOthers) {
               testing::ExitedWithCode(0), "");
 }
 
+/// The same where the system has no way left to see threads off.
+std::size_t GrowthWithoutAKey() {
+  pthread_key_t key = 0;
+  while (::pthread_key_create(&key, nullptr) == 0) {
+  }
+  return GrowthByElementsOfThreadsThatEnd();
+}
+
+TEST(ObjectThreadsDeathTest, WithoutAWayToSeeThreadsOffNothingIsKeptForThem) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(GrowthWithoutAKey() < kAllowedGrowth ? 0 : 1), testing::ExitedWithCode(0),
+              "");
+}
+
 TEST(ObjectThreads, MemoryOfObjectsDestroyedAtTheVeryEndOfAThreadIsUsedAgain) {
   // 3,000 elements a round.
   EXPECT_LT(GrowthOver(2500,
@@ -286,6 +300,17 @@ TEST(ObjectThreads, MemoryOfObjectsThatAKeyDestroysIsUsedAgain) {
                        [] {
                          auto object = std::make_unique<DICOMObject>();
                          FillWithEmptyElements(*object, 3000);
+                         DestroyByKey(object.release());
+                       }),
+            kAllowedGrowth);
+}
+
+TEST(ObjectThreads, ListsOfObjectsThatAKeyDestroysAreNotKeptForNobody) {
+  // 900 entries of 16 bytes in an array of 1024, which a thread would keep: 400 MB.
+  EXPECT_LT(GrowthOver(25000,
+                       [] {
+                         auto object = std::make_unique<DICOMObject>();
+                         FillWithEmptyElements(*object, 900);
                          DestroyByKey(object.release());
                        }),
             kAllowedGrowth);

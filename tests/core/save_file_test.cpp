@@ -175,20 +175,47 @@ TEST_F(SaveFile, LargeValuesAndManyElementsComeWhole) {
 
 // The switch behind the meta group.
 
-TEST_F(SaveFile, ElementsWhoseTagsWereChangedWhereTheyLieGoOutUnderTheirNewOnes) {
-  // Two that have one tag now, the latter of which stays, and one that has left the meta group.
-  const auto object = Instance(SyntaxUidOf(kExplicit));
+/// An instance with two elements that have one tag now, the latter of which stays, and one that has left the meta group.
+std::unique_ptr<DICOMObject> InstanceWithChangedTags() {
+  auto object = Instance(SyntaxUidOf(kExplicit));
   object->Push(NewElement(0x0002, 0x0001, type_code::LO, "away"));
   object->Push(NewElement(0x0002, 0x0012, type_code::UI, Evened(SyntaxUidOf(kExplicit))));
   object->Push(NewElement(0x0002, 0x0100, type_code::UI, "1.2."));
-  VR* moved = object->GetVR(0x0002, 0x0001);
-  moved->Group = 0x0009;
+  object->GetVR(0x0002, 0x0001)->Group = 0x0009;
   object->GetVR(0x0002, 0x0012)->Element = 0x0010;
-  DataSetBuilder data(kExplicit);
-  data.Element(0x0008, 0x0018, "UI", "1.2.3.")
-      .Element(0x0009, 0x0001, "LO", "away")
-      .Element(0x0010, 0x0010, "PN", "A ");
-  EXPECT_EQ(Save(3, *object), Joined({Preamble(), MetaNaming(SyntaxUidOf(kExplicit)), data}));
+  return object;
+}
+
+TEST_F(SaveFile, ElementsWhoseTagsWereChangedWhereTheyLieGoOutUnderTheirNewOnes) {
+  const Bytes data = DataSetBuilder(kExplicit)
+                         .Element(0x0008, 0x0018, "UI", "1.2.3.")
+                         .Element(0x0009, 0x0001, "LO", "away")
+                         .Element(0x0010, 0x0010, "PN", "A ");
+  const Bytes file = Joined({Preamble(), MetaNaming(SyntaxUidOf(kExplicit)), data});
+  EXPECT_EQ(Save(3, *InstanceWithChangedTags()), file);
+  EXPECT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), 3, *InstanceWithChangedTags()));
+  EXPECT_EQ(ReadBytes(Path()), file);
+  // What was popped before the save, here the one that has left, does not come back.
+  const auto popped = InstanceWithChangedTags();
+  delete popped->Pop();
+  EXPECT_EQ(Save(3, *popped),
+            Joined({Preamble(), MetaNaming(SyntaxUidOf(kExplicit)), InstanceIn(kExplicit)}));
+}
+
+TEST_F(SaveFile, ATagChangedInALargeObjectThatWasFilledOutOfOrderGoesOutAsItsNewOne) {
+  // More than 512 elements behind each new one make a tree of the list.
+  const auto fill = [](std::uint16_t uidElement) {
+    auto object = std::make_unique<DICOMObject>();
+    for (std::uint16_t element = 3000; element > 0; --element) {
+      object->Push(NewElement(0x0011, element, type_code::LO, "x "));
+    }
+    object->Push(NewElement(0x0008, uidElement, type_code::UI, "1.2.3."));
+    return object;
+  };
+  const Bytes file = Save(3, *fill(0x0018));
+  const auto changed = fill(0x0019);
+  changed->GetVR(0x0008, 0x0019)->Element = 0x0018;
+  EXPECT_EQ(Save(3, *changed), file);
 }
 
 TEST_F(SaveFile, AnUnknownSyntaxFailsAtTheFirstElementBehindTheMetaGroup) {

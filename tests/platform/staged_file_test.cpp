@@ -159,6 +159,19 @@ TEST_F(StagedFileTest, AFileWithoutANameStaysWhereItIsToBeKept) {
   EXPECT_EQ(ReadBytes(memory.Path()), Pattern(100));
 }
 
+TEST_F(StagedFileTest, ASecondNameThatCannotBeRemovedDoesNoHarmAndGoesWithTheNextWriter) {
+  {
+    FileFailure calls;
+    calls.FailCall(FileCall::kRemove, 1, EIO);
+    EXPECT_EQ(WriteWholeFile(path_, "new", 3, Existing::kKeep), 0);
+  }
+  EXPECT_EQ(folder_.Listing(), ".file.tessaret-0 file");
+  std::filesystem::rename(folder_.File(".file.tessaret-0"), folder_.File(".file.tessaret-63"));
+  EXPECT_EQ(WriteWholeFile(path_, "next", 4, Existing::kKeep), EEXIST);
+  EXPECT_EQ(folder_.Listing(), "file");
+  EXPECT_EQ(ReadText(path_), "new");
+}
+
 TEST_F(StagedFileTest, AWriterKilledAtAnyCallOfANewFileLeavesItWholeOrNotAtAll) {
   int made = 0;
   for (int nth = 1;; ++nth) {

@@ -222,6 +222,16 @@ class StandardInput(tool.ToolTest):
         self.assertIn(b"(0028,0010) US 2 ", result.stdout)
         self.assert_ends(run("dump", "-", input=bare.read_bytes()), INPUT_FAILED, "tessaret: standard input: not DICOM\n")
 
+    def test_it_can_be_read_once(self):
+        content = meta(tool.EXPLICIT) + tool.image()
+        once = run("dump", "--no-pixels", "-", input=content)
+        twice = run("dump", "--no-pixels", "-", "-", input=content)
+        self.assert_ends(twice, INPUT_FAILED, "tessaret: standard input: was read already\n")
+        self.assertEqual(twice.stdout, b"# standard input\n" + once.stdout)
+        bare = self.write("bare", tool.image(order=">"))
+        with open(bare, "rb") as file:
+            self.assertEqual(run("check", "-", "-", stdin=file).returncode, INPUT_FAILED)
+
     def test_a_large_value_comes_through_a_pipe_that_drips(self):
         content = meta(tool.EXPLICIT) + tool.image(1000, 700)
         with subprocess.Popen([TOOL, "check", "-"], stdin=subprocess.PIPE, stdout=subprocess.PIPE) as process:
