@@ -2,8 +2,8 @@
 
 #include <algorithm>
 
-#include "base/thread_keep.h"
 #include "core/vr.h"
+#include "platform/thread_keep.h"
 
 namespace tessaret {
 namespace {

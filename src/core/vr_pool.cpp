@@ -5,8 +5,8 @@
 #include <mutex>
 #include <new>
 
-#include "base/thread_end.h"
 #include "core/vr.h"
+#include "platform/thread_end.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 #define TESSARET_PLAIN_VR_BLOCKS 1

@@ -8,7 +8,7 @@
 #include <limits>
 #include <new>
 
-#include "base/thread_keep.h"
+#include "platform/thread_keep.h"
 
 namespace tessaret {
 namespace {

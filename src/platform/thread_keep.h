@@ -6,7 +6,7 @@
 #include <memory>
 #include <new>
 
-#include "base/thread_end.h"
+#include "platform/thread_end.h"
 
 namespace tessaret {
 

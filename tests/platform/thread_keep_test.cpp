@@ -1,4 +1,4 @@
-#include "base/thread_keep.h"
+#include "platform/thread_keep.h"
 
 #include <pthread.h>
 

@@ -1,4 +1,4 @@
-#include "base/thread_end.h"
+#include "platform/thread_end.h"
 
 #include <pthread.h>
 
