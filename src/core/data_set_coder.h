@@ -100,9 +100,9 @@ class DataSetCoder {
                 FileBuffer* fileBuffer = nullptr);
 
   /// Writes the very file that SaveFile of a shallow clone would write, and leaves `object` as it is: several threads may
-  /// save one object, each by a coder of its own. The file differs in two cases: elements of items whose tags were
-  /// changed in place stand where their old tags were, where a clone files them anew; and a descendant's AddMetaHeader and
-  /// writers are called only where tags of the object itself were changed in place.
+  /// save one object, each by a coder of its own. The file differs in two cases: where only tags within items
+  /// were changed in place, these elements stand where their old tags were, where a clone files them anew; and a descendant's
+  /// AddMetaHeader and writers are not called.
   bool SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object);
 
   /// What went wrong, or null. Loads and saves start without words; what the other readers and writers find stays from call

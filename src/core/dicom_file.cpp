@@ -82,14 +82,15 @@ bool Encode(DataSetCoder& coder, std::int32_t mode, DICOMObject& object, FileBuf
                    : coder.File_ParseDCMIntoRawVR(object, buffer, kExplicitLittle);
 }
 
-bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& source,
+bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& given,
                    FileBuffer& buffer) {
-  if (!source.Elements.IsInOrder()) {
-    // A clone has its elements where their tags belong now.
-    const std::unique_ptr<DICOMObject> clone(source.Clone(false));
-    if (!clone) throw std::bad_alloc();
-    return Encode(coder, mode, *clone, buffer);
+  // A clone has its elements where their tags belong now. It shares their bytes, and so is to be kept as well.
+  std::unique_ptr<DICOMObject> ordered;
+  if (!given.Elements.IsInOrder()) {
+    ordered.reset(given.Clone(false));
+    if (!ordered) throw std::bad_alloc();
   }
+  const DICOMObject& source = ordered ? *ordered : given;
   // The writer takes what it may empty; told to keep it, it changes nothing.
   auto& object = const_cast<DICOMObject&>(source);
   ElementWriter writer(coder, buffer, ElementWriter::After::kKeep);

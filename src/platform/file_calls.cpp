@@ -1,6 +1,7 @@
 #include "platform/file_calls.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/xattr.h>
@@ -79,6 +80,18 @@ class WriteSignals {
 [[maybe_unused]] const char* ErrorWords(int, const char* buffer) { return buffer; }
 [[maybe_unused]] const char* ErrorWords(const char* words, const char*) { return words; }
 
+/// Lets a thread that is to be cancelled live on for as long as this does.
+class HoldCancellation {
+ public:
+  HoldCancellation() { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_); }
+  HoldCancellation(const HoldCancellation&) = delete;
+  HoldCancellation& operator=(const HoldCancellation&) = delete;
+  ~HoldCancellation() { ::pthread_setcancelstate(before_, nullptr); }
+
+ private:
+  int before_ = PTHREAD_CANCEL_ENABLE;
+};
+
 }  // namespace
 
 void SetFileCallHook(FileCallHook hook) { fileCallHook = hook; }
@@ -92,6 +105,8 @@ FileResult DuplicateDescriptor(int descriptor) {
 }
 
 FileResult CloseFile(int descriptor) {
+  // To close is where destructors call the system, and nothing may leave one of these, not even a thread that is cancelled.
+  const HoldCancellation hold;
   std::size_t unused = 0;
   const int refused = fileCallHook == nullptr ? 0 : fileCallHook(FileCall::kClose, unused);
   // Linux frees the descriptor even when close is broken by a signal: a second try could close somebody else's.

@@ -3,6 +3,7 @@
 #include <pthread.h>
 
 #include <array>
+#include <atomic>
 
 namespace tessaret {
 namespace {
@@ -20,35 +21,32 @@ void CallAll(void*) {
   while (calls.count > 0) calls.leaves[static_cast<std::size_t>(--calls.count)]();
 }
 
-/// The key goes with the library, so that no thread calls what has been unloaded.
-class ThreadEnds {
- public:
-  ThreadEnds() noexcept : made_(::pthread_key_create(&key_, &CallAll) == 0) {}
-  ThreadEnds(const ThreadEnds&) = delete;
-  ThreadEnds& operator=(const ThreadEnds&) = delete;
-  ~ThreadEnds() {
-    if (made_) ::pthread_key_delete(key_);
-    made_ = false;
-  }
-  [[nodiscard]] bool WatchThisThread() const noexcept {
-    return made_ && ::pthread_setspecific(key_, &calls) == 0;
-  }
+pthread_key_t key = 0;
+// Outside of any object, so that it can be asked however late in the process.
+constinit std::atomic<bool> hasKey = false;
 
- private:
-  pthread_key_t key_ = 0;
-  bool made_ = false;
-};
+bool MakeKey() noexcept {
+  hasKey = ::pthread_key_create(&key, &CallAll) == 0;
+  return hasKey;
+}
 
-/// Made at the first call, which may come before objects of this file are set up.
-ThreadEnds& AllThreadEnds() noexcept {
-  static ThreadEnds ends;
-  return ends;
+/// The key goes with the library, so that no thread calls what has been unloaded: behind all static objects, which may still
+/// end threads.
+[[gnu::destructor]] void ForgetKey() noexcept {
+  if (!hasKey.exchange(false)) return;
+  CallAll(nullptr);
+  ::pthread_key_delete(key);
+}
+
+bool WatchThisThread() noexcept {
+  static const bool made = MakeKey();
+  return made && hasKey && ::pthread_setspecific(key, &calls) == 0;
 }
 
 }  // namespace
 
 bool CallAtThreadEnd(Leave leave) noexcept {
-  if (calls.count == kMostCallsAtThreadEnd || !AllThreadEnds().WatchThisThread()) return false;
+  if (calls.count == kMostCallsAtThreadEnd || !WatchThisThread()) return false;
   calls.leaves[static_cast<std::size_t>(calls.count++)] = leave;
   return true;
 }

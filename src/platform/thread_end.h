@@ -5,7 +5,8 @@
 namespace tessaret {
 
 /// Has `leave` called at the end of the calling thread, behind the destructors of all its objects; asked again from then on,
-/// once more. It is not called for a thread that is still there when the library is unloaded or the process ends. False where
+/// once more. For the thread that unloads the library or ends the process it is called then, behind all static objects; not for
+/// others that are still there. False where
 /// the system has nothing left to call it by, or kMostCallsAtThreadEnd wait already: then nothing may be kept for the thread
 /// that only `leave` would free.
 bool CallAtThreadEnd(void (*leave)() noexcept) noexcept;

@@ -549,6 +549,26 @@ TEST_F(LoadFile, AThreadThatIsCancelledWhileItLoadsEnds) {
   ::close(ends[1]);
 }
 
+TEST_F(LoadFile, AThreadThatIsCancelledWhenItsFileClosesEndsBehindTheLoad) {
+  static std::string path;
+  static bool loaded = false;
+  path = Path();
+  WriteBytes(path, FileOf(kExplicit, PatientIn(kExplicit)));
+  FileFailure calls;
+  calls.RunBefore(FileCall::kClose, 1, [] { ::pthread_cancel(::pthread_self()); });
+  pthread_t thread{};
+  const auto load = [](void*) -> void* {
+    loaded = DataSetCoder().LoadFile(path.c_str(), true, false) != nullptr;
+    ::pthread_testcancel();
+    return nullptr;
+  };
+  ASSERT_EQ(::pthread_create(&thread, nullptr, load, nullptr), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  EXPECT_EQ(answer, PTHREAD_CANCELED);
+  EXPECT_TRUE(loaded);
+}
+
 // Blocks of memory.
 
 TEST_F(LoadFile, ReadsABlockInEachEncodingAndLeavesItAlone) {

@@ -511,6 +511,16 @@ TEST_F(SaveFile, SavingAnObjectThatIsKeptCorrectsUidsInTheFileAndNotInTheObject)
     ASSERT_TRUE(DataSetCoder().SaveFile(Path().c_str(), mode, *clone));
     EXPECT_EQ(ReadBytes(Path()), kept);
   }
+  // Neither where a tag that was changed in place has the elements copied into their order.
+  object.Push(NewElement(0x0010, 0x0010, type_code::PN, "A "));
+  At(object, 0x0010, 0x0010).Element = 0x0020;
+  for (const std::int32_t mode : {1, 2, 3}) {
+    ASSERT_TRUE(DataSetCoder().SaveKeeping(Path().c_str(), mode, object));
+    for (std::uint32_t number = 0; number < std::size(kUids); ++number) {
+      EXPECT_EQ(ValueText(At(ItemAt(object, 0x0008, 0x1140, number), 0x0008, 0x1150)),
+                kUids[number]);
+    }
+  }
 }
 
 TEST_F(SaveFile, SavingAnObjectThatIsKeptWritesPixelDataOfAnyTypeAsACloneDoes) {

@@ -49,6 +49,45 @@ TEST(ThreadEnd, RefusesMoreThanItCanHold) {
   EXPECT_EQ(calls, kMostCallsAtThreadEnd);
 }
 
+/// Asks again when static objects go, with a key of the host's own in use, and ends the process with the answer.
+struct AsksAtExit {
+  ~AsksAtExit() {
+    std::thread([] {
+      pthread_key_t key = 0;
+      int value = 0;
+      ::pthread_key_create(&key, nullptr);
+      ::pthread_setspecific(key, &value);
+      calls = 0;
+      CallAtThreadEnd(&CountCall);
+      if (::pthread_getspecific(key) != &value) std::_Exit(2);
+    }).join();
+    std::_Exit(calls == 1 ? 0 : 1);
+  }
+};
+
+TEST(ThreadEndDeathTest, ServesThreadsThatStaticObjectsEndAndTouchesNoKeyOfTheHost) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        static const AsksAtExit late;
+        CallAtThreadEnd(&CountCall);
+        std::exit(3);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
+void LeaveAtExit() noexcept { std::_Exit(0); }
+
+TEST(ThreadEndDeathTest, IsCalledForTheThreadThatEndsTheProcess) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(
+      {
+        CallAtThreadEnd(&LeaveAtExit);
+        std::exit(3);
+      },
+      testing::ExitedWithCode(0), "");
+}
+
 /// Whether the library refuses when the process has used up all keys before it asked for its own.
 bool IsRefusedWithoutAKey() {
   pthread_key_t key = 0;
