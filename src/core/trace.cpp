@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "platform/file_calls.h"
+#include "platform/hold_cancellation.h"
 
 namespace tessaret {
 
@@ -43,6 +44,8 @@ class ErrnoKeeper {
 };
 
 void Append(std::string_view text) {
+  // Nothing leaves a trace, not even a thread that is cancelled.
+  const HoldCancellation hold;
   const std::string path = GetDumpFile();
   // A named pipe that nobody reads must not stop the work, nor a terminal become this process's own.
   constexpr int kFlags = O_WRONLY | O_APPEND | O_CREAT | O_NONBLOCK | O_NOCTTY;

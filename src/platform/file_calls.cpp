@@ -1,7 +1,6 @@
 #include "platform/file_calls.h"
 
 #include <fcntl.h>
-#include <pthread.h>
 #include <signal.h>
 #include <sys/file.h>
 #include <sys/xattr.h>
@@ -15,6 +14,8 @@
 #include <cstring>
 #include <memory>
 #include <new>
+
+#include "platform/hold_cancellation.h"
 
 namespace tessaret {
 namespace {
@@ -79,18 +80,6 @@ class WriteSignals {
 // strerror_r comes in two kinds; the overload that fits picks the answer.
 [[maybe_unused]] const char* ErrorWords(int, const char* buffer) { return buffer; }
 [[maybe_unused]] const char* ErrorWords(const char* words, const char*) { return words; }
-
-/// Lets a thread that is to be cancelled live on for as long as this does.
-class HoldCancellation {
- public:
-  HoldCancellation() { ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before_); }
-  HoldCancellation(const HoldCancellation&) = delete;
-  HoldCancellation& operator=(const HoldCancellation&) = delete;
-  ~HoldCancellation() { ::pthread_setcancelstate(before_, nullptr); }
-
- private:
-  int before_ = PTHREAD_CANCEL_ENABLE;
-};
 
 }  // namespace
 

@@ -31,8 +31,8 @@ bool MakeKey() noexcept {
 }
 
 /// The key goes with the library, so that no thread calls what has been unloaded: behind all static objects, which may still
-/// end threads.
-[[gnu::destructor]] void ForgetKey() noexcept {
+/// end threads. Without the priority it would go before them where the library is unloaded.
+[[gnu::destructor(101)]] void ForgetKey() noexcept {
   if (!hasKey.exchange(false)) return;
   CallAll(nullptr);
   ::pthread_key_delete(key);

@@ -3,10 +3,13 @@
 #include <cerrno>
 
 #include "platform/file_stream.h"
+#include "platform/hold_cancellation.h"
 
 namespace tessaret {
 
 int ReadWholeFile(const std::string& path, std::uint64_t most, std::vector<std::uint8_t>& bytes) {
+  // Whoever reads a small file of ours may turn any exception into words of his own.
+  const HoldCancellation hold;
   bytes.clear();
   if (HasNul(path)) return EINVAL;
   int error = 0;

@@ -1,6 +1,7 @@
 #include "core/trace.h"
 
 #include <fcntl.h>
+#include <pthread.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -118,6 +119,22 @@ TEST_F(Trace, AVariableThatIsGoneSwitchesNothingOff) {
   SetSocketDumpFromEnvironment();
   SetDataDumpFromEnvironment();
   EXPECT_EQ(DumpFlags.load(), kDumpSocket | kDumpData);
+}
+
+TEST_F(Trace, AThreadThatIsCancelledEndsBehindItsText) {
+  const std::string path = TraceTo("trace.txt");
+  pthread_t thread{};
+  const auto trace = [](void*) -> void* {
+    ::pthread_cancel(::pthread_self());
+    DumpTrace(kAllBits, "%s\n", "all of it");
+    ::pthread_testcancel();
+    return nullptr;
+  };
+  ASSERT_EQ(::pthread_create(&thread, nullptr, trace, nullptr), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  EXPECT_EQ(answer, PTHREAD_CANCELED);
+  EXPECT_EQ(ReadText(path), "all of it\n");
 }
 
 TEST_F(Trace, TheUsualFileIsInTheWorkingDirectory) {

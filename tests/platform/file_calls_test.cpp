@@ -327,6 +327,16 @@ TEST_F(FileCalls, AWriteThatSucceedsLeavesTheSignalsAsTheyWere) {
   EXPECT_FALSE(IsHeldBack(SIGXFSZ));
 }
 
+TEST_F(FileCalls, AThreadThatCannotBeCancelledStaysSoBehindAClose) {
+  int state = PTHREAD_CANCEL_ENABLE;
+  std::thread([&state] {
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+    EXPECT_EQ(CloseFile(-1).error, EBADF);
+    ::pthread_setcancelstate(PTHREAD_CANCEL_ENABLE, &state);
+  }).join();
+  EXPECT_EQ(state, PTHREAD_CANCEL_DISABLE);
+}
+
 TEST(HasNul, TellsWhetherTheSystemWouldSeeAnotherPath) {
   EXPECT_FALSE(HasNul(""));
   EXPECT_FALSE(HasNul("/some/path"));
