@@ -495,6 +495,16 @@ TEST_F(LoadFile, AnErrorOnTheWayBackHasTheWordsOfTheStream) {
 
 // Exceptions.
 
+/// Both ways to load give null and the words when the parser of `coder` throws.
+void ExpectParseErrors(DataSetCoder& coder, const std::string& path) {
+  WriteBytes(path, Preamble());
+  EXPECT_EQ(coder.LoadFile(path.c_str(), true, false), nullptr);
+  EXPECT_STREQ(coder.ErrorText(), kParseError);
+  coder.SetError(nullptr);
+  EXPECT_EQ(coder.LoadMemory(nullptr, 0, true, false), nullptr);
+  EXPECT_STREQ(coder.ErrorText(), kParseError);
+}
+
 TEST_F(LoadFile, AnExceptionOfTheParserIsAnErrorWithWords) {
   class Throwing : public DataSetCoder {
    public:
@@ -503,12 +513,7 @@ TEST_F(LoadFile, AnExceptionOfTheParserIsAnErrorWithWords) {
       throw std::runtime_error("in the parser");
     }
   } coder;
-  WriteBytes(Path(), Preamble());
-  EXPECT_EQ(coder.LoadFile(Path().c_str(), true, false), nullptr);
-  EXPECT_STREQ(coder.ErrorText(), kParseError);
-  coder.SetError(nullptr);
-  EXPECT_EQ(coder.LoadMemory(nullptr, 0, true, false), nullptr);
-  EXPECT_STREQ(coder.ErrorText(), kParseError);
+  ExpectParseErrors(coder, Path());
 }
 
 TEST_F(LoadFile, WhateverIsThrownIsAnErrorWithWords) {
@@ -519,12 +524,7 @@ TEST_F(LoadFile, WhateverIsThrownIsAnErrorWithWords) {
     }
     bool AddMetaHeader(DICOMObject&, std::int32_t) override { throw "in the writer"; }
   } coder;
-  WriteBytes(Path(), Preamble());
-  EXPECT_EQ(coder.LoadFile(Path().c_str(), true, false), nullptr);
-  EXPECT_STREQ(coder.ErrorText(), kParseError);
-  coder.SetError(nullptr);
-  EXPECT_EQ(coder.LoadMemory(nullptr, 0, true, false), nullptr);
-  EXPECT_STREQ(coder.ErrorText(), kParseError);
+  ExpectParseErrors(coder, Path());
   DICOMObject object;
   EXPECT_FALSE(coder.SaveFile(Path().c_str(), 3, object));
   EXPECT_NE(coder.ErrorText(), nullptr);
