@@ -1,11 +1,16 @@
 #include "platform/thread_end.h"
 
+#include <dlfcn.h>
 #include <pthread.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <latch>
 #include <thread>
 
 #include <gtest/gtest.h>
+
+#include "support/test_paths.h"
 
 namespace tessaret {
 namespace {
@@ -47,6 +52,60 @@ TEST(ThreadEnd, RefusesMoreThanItCanHold) {
     EXPECT_FALSE(CallAtThreadEnd(&CountCall));
   }).join();
   EXPECT_EQ(calls, kMostCallsAtThreadEnd);
+}
+
+/// The module of thread_end_module.cpp, loaded until Unload.
+struct LoadedModule {
+  void* handle = ::dlopen(
+      (std::filesystem::path(test::kBinaryDir) / "lib/thread_end_module.so").c_str(), RTLD_NOW);
+
+  template <class Function>
+  Function* Find(const char* name) const {
+    return reinterpret_cast<Function*>(::dlsym(handle, name));
+  }
+  /// Whether its code is gone from the process.
+  bool Unload() const {
+    void* code = ::dlsym(handle, "CountThisThreadsEnd");
+    Dl_info info;
+    return ::dlclose(handle) == 0 && ::dladdr(code, &info) == 0;
+  }
+};
+
+TEST(ThreadEnd, ALibraryThatIsUnloadedIsCalledThenAndNotByThreadsThatStay) {
+  const LoadedModule module;
+  ASSERT_NE(module.handle, nullptr) << ::dlerror();
+  auto* countEnd = module.Find<bool(int*)>("CountThisThreadsEnd");
+  ASSERT_NE(countEnd, nullptr);
+  int count = 0;
+  ASSERT_TRUE(countEnd(&count));
+  std::latch asked(1);
+  std::latch unloaded(1);
+  std::thread stays([&] {
+    EXPECT_TRUE(countEnd(&count));
+    asked.count_down();
+    unloaded.wait();
+  });
+  asked.wait();
+  EXPECT_TRUE(module.Unload());
+  EXPECT_EQ(count, 1);
+  unloaded.count_down();
+  stays.join();
+  EXPECT_EQ(count, 1);
+}
+
+TEST(ThreadEnd, RefusesBehindTheEndOfItsLibraryAndTouchesNoKeyOfOthers) {
+  const LoadedModule module;
+  ASSERT_NE(module.handle, nullptr) << ::dlerror();
+  auto* countEnd = module.Find<bool(int*)>("CountThisThreadsEnd");
+  auto* askWhenUnloaded = module.Find<void(bool*)>("AskWhenUnloaded");
+  ASSERT_TRUE(countEnd != nullptr && askWhenUnloaded != nullptr);
+  int count = 0;
+  ASSERT_TRUE(countEnd(&count));
+  bool served = true;
+  askWhenUnloaded(&served);
+  EXPECT_TRUE(module.Unload());
+  EXPECT_FALSE(served);
+  EXPECT_EQ(count, 1);
 }
 
 /// Asks again when static objects go, with a key of the host's own in use, and ends the process with the answer.
