@@ -8,6 +8,7 @@
 namespace tessaret::tool {
 namespace {
 
+constexpr std::uint16_t kMetaGroup = 0x0002;
 constexpr std::uint32_t kShortHead = 8;  // tag, letters, 16-bit length
 
 /// True when an element of `owner` was read from further on than `vr`.
@@ -29,11 +30,36 @@ bool HoldsUnknownTypes(const VR& sequence) {
   return false;
 }
 
+/// Types are capital letters; programs have been seen to write blanks and other signs, but no control characters.
+bool CouldBeLetters(VrCode type) {
+  const auto couldBe = [](int letter) { return letter >= ' ' && letter <= '~'; };
+  return couldBe(type >> 8) && couldBe(type & 0xFF);
+}
+
+/// Whether the length that was read in the implicit form begins with the letters of a type.
+bool HoldsLetters(std::uint32_t length) {
+  const auto letters = static_cast<VrCode>((length & 0xFF) << 8 | (length >> 8 & 0xFF));
+  return FindTraits(letters) != nullptr;
+}
+
+/// The element of the data set that was read first, or null.
+const VR* FirstRead(const DICOMObject& object) {
+  const VR* first = nullptr;
+  object.Elements.ForEach([&](const VR& vr) {
+    const bool isEarlier = first == nullptr || vr.StreamPosition < first->StreamPosition;
+    if (vr.Group > kMetaGroup && isEarlier) first = &vr;
+  });
+  return first;
+}
+
 class DoubtSearch final : public ObjectVisitor {
  public:
   DoubtSearch(bool isExplicit, const ParseStop& stop) : explicit_(isExplicit), stop_(stop) {}
 
   void OnElement(const VR& vr, const DICOMObject& owner, int) override {
+    if (explicit_ && vr.Group != kStructuralGroup && !CouldBeLetters(vr.TypeCode) &&
+        noLetters.empty())
+      noLetters = Place(vr) + " does not read as explicit; what was read is not to be trusted";
     const bool suspect = explicit_ && vr.Length == 0 && IsLongByTheStandardOnly(vr.TypeCode);
     if (!suspect || IsFollowedProperly(vr, owner)) return;
     Doubt("the length of " + Place(vr) +
@@ -50,6 +76,7 @@ class DoubtSearch final : public ObjectVisitor {
   void OnItemEnd(const VR&, int) override {}
 
   std::string words;
+  std::string noLetters;  // of an element that often follows from one of the others
 
  private:
   void Doubt(const std::string& why) {
@@ -74,9 +101,12 @@ class DoubtSearch final : public ObjectVisitor {
 }  // namespace
 
 std::string WhyToDoubt(const DICOMObject& object, bool isExplicit, const ParseStop& stop) {
+  const VR* first = FirstRead(object);
+  if (!isExplicit && first != nullptr && HoldsLetters(first->Length))
+    return Place(*first) + " does not read as implicit; what was read is not to be trusted";
   DoubtSearch search(isExplicit, stop);
   WalkObject(object, search);
-  return search.words;
+  return search.words.empty() ? search.noLetters : search.words;
 }
 
 }  // namespace tessaret::tool

@@ -16,6 +16,8 @@ namespace tessaret::tool {
 ///  - What is in an element of type UN and undefined length is implicit whatever surrounds it (DICOM PS3.5, 6.2.2), where the
 ///    readers go on in the form of the rest.
 ///  - An item that stands in no sequence is read into the element before it, which then has both a value and items.
+///  - A data set in another form than its meta header says reads as elements whose letters are the bytes of a length, or whose
+///    length is the letters of their type. Where zeros follow, as in dark images, such a reading comes to a clean end.
 std::string WhyToDoubt(const DICOMObject& object, bool isExplicit, const ParseStop& stop);
 
 }  // namespace tessaret::tool

@@ -96,11 +96,9 @@ class ObservingCoder final : public DataSetCoder {
 
   Head head;
   std::uint32_t start = 0;  // where the first element stands
-  std::int32_t code = kImplicitLittle;
 
  private:
   void Observe(Buffer& buffer, std::int32_t firstCode) {
-    code = firstCode;
     start = buffer.Position;
     const auto* file = dynamic_cast<FileBuffer*>(&buffer);
     FileStream* stream = file == nullptr ? nullptr : file->Stream.get();
@@ -140,6 +138,8 @@ std::string WordsOf(const ParseStop& stop, const SourceFile& source) {
     case ParseStop::Why::kTruncated:
       return "truncated" + At(stop) +
              (MakeTagKey(stop.group, stop.element) == 0 ? "" : ", in " + tag);
+    case ParseStop::Why::kMissingEnd:
+      return "truncated" + At(stop) + ", before a delimiter";
     case ParseStop::Why::kStrayTag:
       return "stray " + tag + At(stop);
     case ParseStop::Why::kUnknownSyntax:
@@ -198,6 +198,12 @@ bool HoldsMoreThanZeros(const DICOMObject& object) {
   return first != nullptr && (first->Key() != 0 || first->Length != 0);
 }
 
+bool HoldsGroupsAbove(const DICOMObject& object, std::uint16_t group) {
+  bool holds = false;
+  object.Elements.ForEach([&](const VR& vr) { holds = holds || vr.Group > group; });
+  return holds;
+}
+
 /// Where the first reading of standard input ended says nothing: it may have stopped early.
 bool inputIsTaken = false;
 
@@ -221,9 +227,10 @@ class Loader {
         coder.LoadFile(path_.c_str(), options_.loadPixels, options_.strict, buffer.get());
     source_.syntax = coder.head.syntax;
     source_.hasMark = coder.start != 0;
-    source_.code = FindTransferSyntax(source_.syntax).value_or(coder.code);
+    source_.code = coder.LastCode();
     Take(coder, *buffer);
     if (source_.object == nullptr) return std::move(source_);
+    const std::string otherForm = WhyFormIsAnother();
     if (!source_.hasMark && !IsDataSet(coder.head)) {
       if (!readableAgain || !IsBigEndianDataSet(coder.head)) return NotDicom();
       LoadBigEndian();
@@ -232,10 +239,21 @@ class Loader {
     if (std::string odd = WhyMetaLengthIsOdd(coder.head); !odd.empty())
       source_.warnings.push_back(std::move(odd));
     Judge();
+    if (!otherForm.empty()) source_.failure = otherForm;
     return std::move(source_);
   }
 
  private:
+  /// Why the data set was not read as its meta header says, or empty. The reader passes a syntax over where the length of the
+  /// meta header is missing or too small, and starts anew with the form of the meta header behind a stray delimiter.
+  [[nodiscard]] std::string WhyFormIsAnother() const {
+    const auto named = FindTransferSyntax(source_.syntax);
+    const bool holdsDataSet = HoldsGroupsAbove(*source_.object, kMetaGroup);
+    if (!named || *named == source_.code || !holdsDataSet) return {};
+    return "the transfer syntax " + NamedUid(source_.syntax) +
+           " was not taken up; what was read is not to be trusted";
+  }
+
   /// Notes the size of a regular file. Standard input begins where the tool was given it.
   void MeasureFile(std::uint64_t size) {
     if (path_ == kStandardInput) {

@@ -23,12 +23,14 @@ inline constexpr std::int32_t kMaxNesting = 256;
 /// Each level is one call for the sequence and one for the item.
 inline constexpr std::int32_t kMaxDepth = 2 * kMaxNesting;
 
-/// Where and why the last parse ended before the end of its stream.
+/// Where and why the last parse ended before it had all that the stream was to hold. Only a missing delimiter at the end of the
+/// stream leaves a note behind a parse that answers true.
 struct ParseStop {
   enum class Why {
-    kNone,           // it came to its end
-    kTruncated,      // the stream ended within an element
-    kStrayTag,       // a structural tag that is no item and no delimiter
+    kNone,        // it came to its end
+    kTruncated,   // the stream ended within an element
+    kMissingEnd,  // the stream ended where the delimiter of a sequence, an item or fragments was due
+    kStrayTag,    // a structural tag that is no item and no delimiter
     kUnknownSyntax,  // the meta header names a transfer syntax that is in no table
     kPixelData,      // the pixel data was not asked for
     kOrphanItem,     // an item with no element before it, or an element that the object refused
@@ -36,7 +38,8 @@ struct ParseStop {
     kTooLong,        // a length beyond what the stream says it holds
   };
   Why why = Why::kNone;
-  // Stream offset of the element that could not be read, modulo 4 GiB like Buffer::Position.
+  // Stream offset of the element that could not be read, modulo 4 GiB like Buffer::Position; of the end of the stream, with
+  // group and element 0, where a delimiter is missing.
   std::uint64_t position = 0;
   std::uint16_t group = 0;
   std::uint16_t element = 0;
@@ -115,6 +118,10 @@ class DataSetCoder {
   /// How the last parse ended. A load starts without a note, and so does a parse of a file or of a data set (depth 0);
   /// ReadEncapsulated by itself leaves one that is there.
   [[nodiscard]] const ParseStop& LastStop() const { return stop_; }
+  /// How the last parse of a file read when it ended: the encoding of the data set, or that of the meta header where no data
+  /// set was met. 0 before the first.
+  [[nodiscard]] std::int32_t LastCode() const { return lastCode_; }
+  void NoteCode(std::int32_t code) { lastCode_ = code; }
   /// Notes why a parse ends. The first note counts: it comes from the innermost level. Always false.
   bool Stop(const ParseStop& stop);
 
@@ -137,6 +144,7 @@ class DataSetCoder {
 
   std::optional<std::string> errorText_;
   ParseStop stop_;
+  std::int32_t lastCode_ = 0;
   int systemError_ = 0;
 };
 

@@ -68,8 +68,11 @@ bool SendStart(FileBuffer& buffer) {
   return buffer.SendBinary(start.data(), kMarkEnd) != 0;
 }
 
-/// Drops what a failed save left waiting: the next one through the same stream is not to write it.
-void DropOutgoing(Buffer& buffer) {
+/// Leaves `buffer` as the next load or save through it needs it: nothing of a failed save waiting, and nothing turned round any
+/// more as in a big endian file.
+void EndSave(FileBuffer& buffer, bool saved) {
+  buffer.SetOutEndian(kLittleEndian);
+  if (saved) return;
   for (auto* node = buffer.Outgoing.First; node != nullptr; node = node->next) delete node->value;
   buffer.Outgoing.Clear();
   buffer.OutSize = 0;
@@ -216,14 +219,14 @@ bool DataSetCoder::SaveWhole(const char* path, std::int32_t mode, FileBuffer* fi
   try {
     saved = SaveStaged(path, buffer, encode);
   } catch (const abi::__forced_unwind&) {
+    buffer.Close();
+    EndSave(buffer, false);
     throw;
   } catch (...) {
     buffer.Close();
     SetError("Not enough memory to save the object");
   }
-  if (!saved) DropOutgoing(buffer);
-  // A big endian file is over now; what is read or written next through this stream is not to be turned round.
-  buffer.SetOutEndian(kLittleEndian);
+  EndSave(buffer, saved);
   return saved;
 }
 

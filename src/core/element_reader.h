@@ -62,6 +62,7 @@ class ElementReader {
       if (!ReadHead(head, form)) return Truncated(head);
       if (!ReadBody(object, head, form, depth)) return false;
     }
+    if (depth > 0) NoteMissingEnd();
     return true;
   }
 
@@ -69,6 +70,7 @@ class ElementReader {
   bool ReadFile(DICOMObject& object, std::int32_t code, bool loadPixels) {
     readsFile_ = true;
     in_.SetBigEndian(IsBigEndian(code));
+    coder_.NoteCode(code);
     Meta meta;
     meta.within = coder_.FileMode;
     while (in_.Available()) {
@@ -125,6 +127,7 @@ class ElementReader {
       item->Elements.Reserve(1);
       if (!PushElement(*item, vr, head) || !PushItem(object, item, head)) return false;
     }
+    NoteMissingEnd();
     return true;
   }
 
@@ -152,6 +155,11 @@ class ElementReader {
   }
   [[gnu::cold]] bool Truncated(const Head& head) {
     return StopAt(ParseStop::Why::kTruncated, head);
+  }
+
+  /// What no delimiter ended may have been cut there. It reads all the same, as far as it came.
+  void NoteMissingEnd() {
+    if (in_.LeftInView() != 0) StopAt(ParseStop::Why::kMissingEnd, {.position = in_.Position()});
   }
 
   [[gnu::cold]] bool RefuseDepth() {
@@ -364,6 +372,7 @@ class ElementReader {
       in_.SetBigEndian(IsBigEndian(*found));
     }
     code = *found;
+    coder_.NoteCode(code);
     return true;
   }
 

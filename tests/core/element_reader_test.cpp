@@ -539,7 +539,43 @@ TEST(ElementReader, MissingDelimitersAtTheEndAreNoFailure) {
     const Parsed parsed = Parse(encoding, bytes);
     EXPECT_TRUE(parsed.result);
     EXPECT_EQ(ValueText(At(ItemAt(*parsed.object, 0x0008, 0x1140, 0), 0x0010, 0x0010)), "A ");
+    // But what was cut off just there looks the same, so the end of the stream is noted.
+    EXPECT_EQ(parsed.stop, (ParseStop{Why::kMissingEnd, bytes.size(), 0, 0}));
   }
+}
+
+TEST(ElementReader, AStreamThatEndsBetweenItemsOrBeforeTheLastDelimiterIsNoted) {
+  const Bytes whole = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1140, "SQ", kNoLength)
+                          .Item()
+                          .Element(0x0010, 0x0010, "PN", "A ")
+                          .EndItem()
+                          .EndSequence();
+  EXPECT_EQ(Parse(kExplicit, whole).stop, ParseStop());
+  // The head of the sequence, of the item, the element, and the delimiter of the item: 12, 8, 10 and 8 bytes.
+  for (const std::size_t size : {12u, 20u, 30u, 38u}) {
+    const Parsed parsed =
+        Parse(kExplicit, Bytes(whole.begin(), whole.begin() + static_cast<std::ptrdiff_t>(size)));
+    EXPECT_TRUE(parsed.result);
+    EXPECT_EQ(parsed.stop, (ParseStop{Why::kMissingEnd, size, 0, 0}));
+  }
+}
+
+TEST(ElementReader, AMissingDelimiterWithinADefinedLengthIsNoEndOfTheStream) {
+  const Bytes inner = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1140, "SQ", kNoLength)
+                          .Item()
+                          .Element(0x0010, 0x0010, "PN", "A ");
+  const auto size = static_cast<std::uint32_t>(inner.size());
+  const Bytes bytes = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1199, "SQ", size + 8)
+                          .Item(size)
+                          .Raw(inner)
+                          .Element(0x0010, 0x0020, "LO", "B ");
+  const Parsed parsed = Parse(kExplicit, bytes);
+  EXPECT_TRUE(parsed.result);
+  EXPECT_EQ(parsed.stop, ParseStop());
+  EXPECT_EQ(ValueText(At(*parsed.object, 0x0010, 0x0020)), "B ");
 }
 
 TEST(ElementReader, ADelimiterEndsAnItemOfDefinedLengthEarly) {

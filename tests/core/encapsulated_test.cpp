@@ -112,6 +112,19 @@ TEST(Encapsulated, AMissingDelimiterAtTheEndIsNoFailure) {
   const Parsed parsed = Parse(kExplicit, bytes);
   EXPECT_TRUE(parsed.result);
   EXPECT_EQ(At(*parsed.object, 0x7FE0, 0x0010).ItemCount(), 2u);
+  // But fragments may have been cut off there, for which the end of the stream is noted: 12 + 8 + 8 + 2 bytes.
+  EXPECT_EQ(parsed.stop, (ParseStop{Why::kMissingEnd, 30, 0, 0}));
+}
+
+TEST(Encapsulated, AMissingDelimiterAtTheEndOfADefinedLengthIsNotTheEndOfTheStream) {
+  const Bytes item =
+      DataSetBuilder(kExplicit).Head(0x7FE0, 0x0010, "OB", kNoLength).Item(0).Item(2).Raw({1, 2});
+  const auto length = static_cast<std::uint32_t>(item.size());
+  const Bytes bytes =
+      DataSetBuilder(kExplicit).Head(0x0088, 0x0200, "SQ", length + 8).Item(length).Raw(item);
+  const Parsed parsed = Parse(kExplicit, bytes);
+  EXPECT_TRUE(parsed.result);
+  EXPECT_EQ(parsed.stop, ParseStop());
 }
 
 TEST(Encapsulated, ACutFragmentEndsTheParseAndLeavesThoseBeforeIt) {

@@ -1,4 +1,5 @@
 // Saving files: the three modes byte for byte, the switch of syntax behind the meta group, and what stays when saving fails.
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -10,6 +11,7 @@
 #include "core/coding_helpers.h"
 #include "core/element_maker.h"
 #include "platform/file_calls.h"
+#include "support/build_kind.h"
 #include "support/file_failure.h"
 #include "support/temp_folder.h"
 
@@ -690,6 +692,35 @@ TEST_F(SaveFile, WritesToADeviceDirectlyAndTellsItsError) {
   EXPECT_TRUE(coder.SaveFile("/dev/null", 3, *Instance()));
   EXPECT_FALSE(coder.SaveFile("/dev/full", 3, *Instance()));
   EXPECT_EQ(ErrorOf(coder), SystemErrorText(ENOSPC));
+}
+
+/// What a thread works with that is cancelled while it saves.
+struct CancelledSave {
+  std::string path;
+  FileBuffer buffer;
+};
+
+TEST_F(SaveFile, AfterACancelledSaveTheNextOneThroughItsBufferHasNothingOfIt) {
+  if (kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  CancelledSave save{Path(), {}};
+  {
+    FileFailure calls;
+    calls.RunBefore(FileCall::kWrite, 1, [] { ::pthread_cancel(::pthread_self()); });
+    pthread_t thread{};
+    const auto run = [](void* given) -> void* {
+      auto& own = *static_cast<CancelledSave*>(given);
+      const auto object = Instance("1.2.840.10008.1.2.2");
+      DataSetCoder().SaveFile(own.path.c_str(), 3, *object, &own.buffer);
+      return nullptr;
+    };
+    ASSERT_EQ(::pthread_create(&thread, nullptr, run, &save), 0);
+    void* answer = nullptr;
+    EXPECT_EQ(::pthread_join(thread, &answer), 0);
+    EXPECT_EQ(answer, PTHREAD_CANCELED);
+  }
+  EXPECT_EQ(folder_.Listing(), "");
+  EXPECT_EQ(save.buffer.OutEndian, kLittleEndian);
+  EXPECT_EQ(Save(1, *Instance(), &save.buffer), InstanceIn(kImplicit));
 }
 
 }  // namespace

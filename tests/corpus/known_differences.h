@@ -46,6 +46,9 @@ inline constexpr KnownDifference kKnownDifferences[] = {
      "sense there"},
     {"dicom/broken/MR_truncated.dcm", 79, ParseStop::Why::kTruncated,
      "the file ends within the pixel data, which are not kept in part"},
+    {"dicom/broken/emri_small_jpeg_2k_lossless_too_short.dcm", 139, ParseStop::Why::kMissingEnd,
+     "the file ends within the last frame, whose fragments have no delimiter; those that are there "
+     "are kept"},
     {"dicom/broken/no_meta.dcm", 90, ParseStop::Why::kNone,
      "a stray byte before the data set shifts every tag; what is read is no data set, but ends "
      "with the file"},

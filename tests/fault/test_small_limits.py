@@ -81,11 +81,12 @@ class SmallLimits(unittest.TestCase):
     def test_the_tool_lists_many_deep_elements_as_it_walks(self):
         # A million lines of which each is set in by 250 levels: the text alone is larger than the room.
         opening = struct.pack("<HH2sHIHHI", 0x0008, 0x1140, b"SQ", 0, 0xFFFFFFFF, 0xFFFE, 0xE000, 0xFFFFFFFF)
+        closing = struct.pack("<HHIHHI", 0xFFFE, 0xE00D, 0, 0xFFFE, 0xE0DD, 0)
         elements = b"".join(struct.pack("<HH2sH", 0x0009 + 2 * (number >> 16), number & 0xFFFF, b"LO", 0)
                             for number in range(1_000_000))
         space = least_space([TOOL, "dictionary", "0010,0010"]) + ROOM
         with tempfile.NamedTemporaryFile() as file:
-            file.write(opening * 250 + elements)
+            file.write(opening * 250 + elements + closing * 250)
             file.flush()
             for form in ("lines", "text"):
                 command = [TOOL, "dump", "-q", "--format", form, file.name]

@@ -1,5 +1,6 @@
 #include "platform/whole_file.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -25,7 +26,7 @@ using test::Pattern;
 constexpr std::uint64_t kNoLimit = std::numeric_limits<std::uint64_t>::max();
 
 class WholeFile : public testing::Test {
- protected:
+ public:
   test::TempFolder folder_;
   std::string path_ = folder_.File("file");
   Bytes bytes_ = {9, 9, 9};
@@ -38,6 +39,23 @@ TEST_F(WholeFile, AllBytesAreReadInPlaceOfWhatWasThere) {
     EXPECT_EQ(ReadWholeFile(path_, kNoLimit, bytes_), 0);
     EXPECT_EQ(bytes_, written) << size;
   }
+}
+
+TEST_F(WholeFile, AThreadThatIsCancelledReadsItToTheEndFirst) {
+  test::WriteBytes(path_, Pattern(70000));
+  pthread_t thread{};
+  const auto read = [](void* given) -> void* {
+    auto& fixture = *static_cast<WholeFile*>(given);
+    ::pthread_cancel(::pthread_self());
+    const int error = ReadWholeFile(fixture.path_, kNoLimit, fixture.bytes_);
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+    return error == 0 ? given : nullptr;
+  };
+  ASSERT_EQ(::pthread_create(&thread, nullptr, read, this), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  EXPECT_EQ(answer, this);
+  EXPECT_EQ(bytes_, Pattern(70000));
 }
 
 TEST_F(WholeFile, AFileOfExactlyTheLimitIsRead) {

@@ -108,6 +108,27 @@ class Findings(tool.ToolTest):
             content = element(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.30", implicit=True) + element(tag, vr, bytes(8), implicit=True)
             self.assertEqual(self.words(meta(IMPLICIT) + content), [])
 
+    def test_big_endian_pixels_whose_order_is_not_certain_are_told(self):
+        for bits, vr, told in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (16, "OB", True), (32, "OW", True)):
+            with self.subTest(bits=bits, vr=vr):
+                shape = ((0x00280002, 1), (0x00280010, 1), (0x00280011, 8 * 8 // bits), (0x00280100, bits))
+                content = b"".join(element(tag, "US", struct.pack(">H", value), order=">") for tag, value in shape)
+                words = self.words(meta(tool.BIG_ENDIAN) + content + element(0x7FE00010, vr, bytes(range(8)), order=">"))
+                self.assertEqual(words, ["warning: the order of the bytes in the pixel data is not certain, since programs "
+                                         "write big endian pixels of this size in two ways"] if told else [])
+
+    def test_a_file_that_ends_where_a_delimiter_is_due_may_be_cut(self):
+        sequence = element(0x00081140, "SQ", item(b"", defined=False) + sequence_end(), length=UNDEFINED)
+        whole = meta(EXPLICIT) + sequence
+        self.assertEqual(self.words(whole), [])
+        for missing in (8, 16):
+            self.assertEqual(self.words(whole[:-missing], code=INPUT_FAILED),
+                             [f"truncated at offset {len(whole) - missing}, before a delimiter"])
+
+    def test_a_meta_header_alone_in_another_form_is_no_misreading(self):
+        whole = meta(IMPLICIT)
+        self.assertEqual(self.words(whole), [])
+
     def test_elements_out_of_order_are_told(self):
         start = meta(EXPLICIT) + element(0x00100020, "LO", "12")
         self.assertEqual(self.words(start + element(0x00100010, "PN", "ab")),

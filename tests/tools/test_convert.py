@@ -276,6 +276,30 @@ class Refusals(ConvertTest):
         self.assert_refused(meta(EXPLICIT) + element(0x00100010, "PN", "Doe^John") + item(b""),
                             "an item without a sequence follows (0010,0010)")
 
+    def test_a_data_set_read_in_another_form_than_it_has_is_refused(self):
+        # Zeros read as empty elements in any form, so that one in four of these readings comes to a clean end.
+        for odd in (0, 2, 4, 6):
+            for syntax in (IMPLICIT, BIG_ENDIAN):
+                order = ">" if syntax == BIG_ENDIAN else "<"
+                # A length of 26 turned round is 6656.
+                whole = meta(syntax) + tool.image(implicit=syntax == IMPLICIT, order=order, pixels=bytes(8192 + odd))
+                for uncounted in (whole[:132] + whole[144:], whole[:140] + bytes(4) + whole[144:]):
+                    self.assert_refused(uncounted, f"the transfer syntax {syntax} ")
+            image = tool.image(implicit=True, pixels=bytes(512 + odd))
+            at = image.index(b"\xe0\x7f\x10\x00")
+            self.assert_refused(meta(IMPLICIT) + image[:at] + sequence_end() + image[at:], f"the transfer syntax {IMPLICIT} ")
+            self.assert_refused(meta(EXPLICIT) + image, f"(0008,0016) at offset {len(meta(EXPLICIT))} does not read as explicit")
+            # Read as a length, the letters UI and the length 26 behind them are 0x1A4955.
+            long = tool.image(pixels=bytes(0x1A4955 + odd))
+            self.assert_refused(meta(IMPLICIT) + long, f"(0008,0016) at offset {len(meta(IMPLICIT))} does not read as implicit")
+
+    def test_what_may_be_cut_is_refused(self):
+        fragments = element(0x7FE00010, "OB", item(b"") + item(b"\xff\xd8"), length=UNDEFINED)
+        content = meta(JPEG) + fragments
+        self.assert_refused(content, f"truncated at offset {len(content)}, before a delimiter")
+        content = meta(EXPLICIT) + element(0x00081140, "SQ", item(b""), length=UNDEFINED)
+        self.assert_refused(content, f"truncated at offset {len(content)}, before a delimiter")
+
     def test_big_endian_pixels_whose_order_is_not_certain_are_refused(self):
         for bits, vr, refused in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (1, "OW", False), (16, "OB", True),
                                   (32, "OW", True), (64, "OW", True)):
