@@ -697,30 +697,44 @@ TEST_F(SaveFile, WritesToADeviceDirectlyAndTellsItsError) {
 /// What a thread works with that is cancelled while it saves.
 struct CancelledSave {
   std::string path;
+  std::int32_t mode;
   FileBuffer buffer;
 };
 
+/// Saves a big endian file through the buffer of `save` in a thread that is cancelled when it comes to write for the
+/// `nth` time. Whether that happened.
+bool IsCancelledAtWrite(int nth, CancelledSave& save) {
+  FileFailure calls;
+  calls.RunBefore(FileCall::kWrite, nth, [] { ::pthread_cancel(::pthread_self()); });
+  pthread_t thread{};
+  const auto run = [](void* given) -> void* {
+    auto& own = *static_cast<CancelledSave*>(given);
+    const auto object = Instance("1.2.840.10008.1.2.2");
+    DataSetCoder().SaveFile(own.path.c_str(), own.mode, *object, &own.buffer);
+    ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, nullptr);
+    return nullptr;
+  };
+  EXPECT_EQ(::pthread_create(&thread, nullptr, run, &save), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  return answer == PTHREAD_CANCELED;
+}
+
 TEST_F(SaveFile, AfterACancelledSaveTheNextOneThroughItsBufferHasNothingOfIt) {
   if (kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
-  CancelledSave save{Path(), {}};
-  {
-    FileFailure calls;
-    calls.RunBefore(FileCall::kWrite, 1, [] { ::pthread_cancel(::pthread_self()); });
-    pthread_t thread{};
-    const auto run = [](void* given) -> void* {
-      auto& own = *static_cast<CancelledSave*>(given);
-      const auto object = Instance("1.2.840.10008.1.2.2");
-      DataSetCoder().SaveFile(own.path.c_str(), 3, *object, &own.buffer);
-      return nullptr;
-    };
-    ASSERT_EQ(::pthread_create(&thread, nullptr, run, &save), 0);
-    void* answer = nullptr;
-    EXPECT_EQ(::pthread_join(thread, &answer), 0);
-    EXPECT_EQ(answer, PTHREAD_CANCELED);
+  for (const std::int32_t mode : {1, 3}) {
+    CancelledSave save{Path(), mode, {}};
+    int nth = 1;
+    for (; IsCancelledAtWrite(nth, save); ++nth) {
+      EXPECT_EQ(folder_.Listing(), "");
+      EXPECT_EQ(save.buffer.OutEndian, kLittleEndian);
+      EXPECT_EQ(Save(1, *Instance(), &save.buffer), InstanceIn(kImplicit));
+      std::filesystem::remove(Path());
+    }
+    // The preamble is written by itself.
+    EXPECT_EQ(nth, mode == 1 ? 2 : 3);
+    std::filesystem::remove(Path());
   }
-  EXPECT_EQ(folder_.Listing(), "");
-  EXPECT_EQ(save.buffer.OutEndian, kLittleEndian);
-  EXPECT_EQ(Save(1, *Instance(), &save.buffer), InstanceIn(kImplicit));
 }
 
 }  // namespace
