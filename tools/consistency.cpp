@@ -121,20 +121,25 @@ class LetterCheck final : public ObjectVisitor {
 
 }  // namespace
 
-std::vector<std::string> FindOddities(const SourceFile& source, const UIDDictionary& uids) {
+std::vector<std::string> FindOddElements(const SourceFile& source) {
   LetterCheck letters;
   WalkObject(*source.object, letters);
   std::vector<std::string> oddities;
-  std::string order;
-  if (source.bigEndian && HasPixelsOfDoubtfulOrder(*source.object, false)) {
-    order =
-        "the order of the bytes in the pixel data is not certain, since programs write big endian "
-        "pixels of this size in "
-        "two ways";
-  }
-  for (std::string words :
-       {WhyPixelsAreOdd(source, uids), WhyOrderIsOdd(*source.object), letters.words, order}) {
+  for (std::string words : {WhyOrderIsOdd(*source.object), letters.words}) {
     if (!words.empty()) oddities.push_back(std::move(words));
+  }
+  return oddities;
+}
+
+std::vector<std::string> FindOddities(const SourceFile& source, const UIDDictionary& uids) {
+  std::vector<std::string> oddities;
+  if (std::string words = WhyPixelsAreOdd(source, uids); !words.empty())
+    oddities.push_back(std::move(words));
+  for (std::string& words : FindOddElements(source)) oddities.push_back(std::move(words));
+  if (source.bigEndian && HasPixelsOfDoubtfulOrder(*source.object, false)) {
+    oddities.emplace_back(
+        "the order of the bytes in the pixel data is not certain, since programs write big endian "
+        "pixels of this size in two ways");
   }
   return oddities;
 }

@@ -15,7 +15,6 @@
 #include "core/file_buffer.h"
 #include "core/module_dictionaries.h"
 #include "core/value_order.h"
-#include "doubts.h"
 #include "file_walk.h"
 #include "platform/file_calls.h"
 #include "tag_text.h"
@@ -270,11 +269,13 @@ class Loader {
 
   /// Notes how a parse ended.
   void Take(const DataSetCoder& coder, FileBuffer& buffer) {
-    source_.stop = coder.LastStop();
+    source_.reading.stop = coder.LastStop();
+    source_.reading.oddities.assign(coder.Oddities().begin(), coder.Oddities().end());
     source_.bigEndian = buffer.InEndian == kBigEndian;
     source_.bytes = std::max<std::uint64_t>(source_.bytes, buffer.Position);
     // What a failing system cut short looks truncated too.
-    source_.failure = buffer.HasError() ? buffer.ErrorText() : WordsOf(source_.stop, source_);
+    source_.failure =
+        buffer.HasError() ? buffer.ErrorText() : WordsOf(source_.reading.stop, source_);
     if (source_.object != nullptr || !source_.failure.empty()) return;
     source_.failure = coder.ErrorText() == nullptr ? "cannot be read" : coder.ErrorText();
   }
@@ -320,8 +321,11 @@ class Loader {
     if (!source_.hasMark)
       source_.warnings.emplace_back("no \"DICM\" mark, so the encoding is a guess");
     // What is read wrongly may look like any other fault further on.
-    const std::string doubt = WhyToDoubt(*source_.object, !IsImplicit(source_.code), source_.stop);
+    source_.reading.isExplicit = !IsImplicit(source_.code);
+    const std::string doubt = WhyToDoubt(*source_.object, source_.reading, dictionary_);
     if (!doubt.empty()) source_.failure = doubt;
+    for (std::string& warning : Warnings(source_.reading))
+      source_.warnings.push_back(std::move(warning));
     if (source_.bigEndian && options_.hostOrder) SwapNumbers(*source_.object);
   }
 

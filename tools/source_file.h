@@ -9,6 +9,7 @@
 #include "core/data_set_coder.h"
 #include "core/dicom_object.h"
 #include "core/rtc.h"
+#include "doubts.h"
 
 namespace tessaret::tool {
 
@@ -23,8 +24,8 @@ struct SourceFile {
   std::unique_ptr<DICOMDataObject> object;
   /// Why the file could not be read to its end; empty when it could.
   std::string failure;
-  /// Where and in which element, as far as that is known.
-  ParseStop stop;
+  /// Where and in which element, as far as that is known, and what was odd on the way.
+  Reading reading;
   /// What is odd, for a person to know, though it reads.
   std::vector<std::string> warnings;
 

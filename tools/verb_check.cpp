@@ -87,9 +87,10 @@ class Check {
       json.Member("elements", std::uint64_t{source.object->Elements.Size()});
     if (!source.IsWhole()) {
       json.Member("error", source.failure);
-      if (source.stop.why != ParseStop::Why::kNone) {
-        json.Member("offset", source.stop.position);
-        json.Member("tag", Format("%04X%04X", source.stop.group, source.stop.element));
+      if (source.reading.stop.why != ParseStop::Why::kNone) {
+        json.Member("offset", source.reading.stop.position);
+        json.Member("tag",
+                    Format("%04X%04X", source.reading.stop.group, source.reading.stop.element));
       }
     }
     if (!source.warnings.empty()) {

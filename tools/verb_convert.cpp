@@ -1,5 +1,6 @@
 // tessaret convert: writes a DICOM file anew, in the same or another encoding.
 #include "base/text.h"
+#include "consistency.h"
 #include "file_walk.h"
 #include "interrupt.h"
 #include "json_writer.h"
@@ -42,7 +43,11 @@ class Conversion {
     host_.messages.Detail(subject, DescribeEncoding(source));
     for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
     std::string why = source.failure;
-    if (why.empty()) why = WhyNotToEncode(source, options_.WantedTarget());
+    if (why.empty()) {
+      for (const std::string& oddity : FindOddElements(source))
+        host_.messages.Warn(subject, oddity);
+      why = WhyNotToEncode(source, options_.WantedTarget());
+    }
     if (!why.empty()) {
       host_.messages.Error(subject, why);
       host_.messages.Note(options_.output, "not written");

@@ -58,6 +58,11 @@ void DataSetCoder::SetError(const char* text) noexcept {
   }
 }
 
+void DataSetCoder::StartDataSet() noexcept {
+  stop_ = {};
+  oddities_.Clear();
+}
+
 bool DataSetCoder::Stop(const ParseStop& stop) {
   if (stop_.why == ParseStop::Why::kNone) stop_ = stop;
   return false;
@@ -65,7 +70,7 @@ bool DataSetCoder::Stop(const ParseStop& stop) {
 
 bool DataSetCoder::Implicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object,
                                               std::int32_t depth) {
-  if (depth == 0) stop_ = {};
+  if (depth == 0) StartDataSet();
   return WithReader(*this, buffer, [&](auto& reader) {
     return reader.ReadLevel(object, ElementForm::kImplicit, depth);
   });
@@ -90,7 +95,7 @@ bool DataSetCoder::ImplicitLittleOut(DICOMObject& object, Buffer& buffer) {
 
 bool DataSetCoder::Explicit_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object,
                                               std::int32_t depth) {
-  if (depth == 0) stop_ = {};
+  if (depth == 0) StartDataSet();
   return WithReader(*this, buffer, [&](auto& reader) {
     return reader.ReadLevel(object, ElementForm::kExplicit, depth);
   });

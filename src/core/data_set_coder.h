@@ -12,6 +12,7 @@
 
 #include "core/dicom_object.h"
 #include "core/file_buffer.h"
+#include "core/parse_oddity.h"
 #include "core/rtc.h"
 #include "core/transfer_syntax.h"
 
@@ -118,8 +119,12 @@ class DataSetCoder {
   /// How the last parse ended. A load starts without a note, and so does a parse of a file or of a data set (depth 0);
   /// ReadEncapsulated by itself leaves one that is there.
   [[nodiscard]] const ParseStop& LastStop() const { return stop_; }
+  /// What was odd in what was read. A load starts without, and so does a parse of a data set (depth 0); a parse of a file and
+  /// ReadEncapsulated by themselves add to what is there.
+  [[nodiscard]] std::span<const ParseOddity> Oddities() const { return oddities_.All(); }
+  void Note(const ParseOddity& oddity) { oddities_.Note(oddity); }
   /// How the last parse of a file read when it ended: the encoding of the data set, or that of the meta header where no data
-  /// set was met. 0 before the first.
+  /// set was met. 0 before the first, and for a stream without a byte.
   [[nodiscard]] std::int32_t LastCode() const { return lastCode_; }
   void NoteCode(std::int32_t code) { lastCode_ = code; }
   /// Notes why a parse ends. The first note counts: it comes from the innermost level. Always false.
@@ -134,6 +139,9 @@ class DataSetCoder {
   std::string CallingAETitle;
 
  private:
+  /// Forgets how the last load ended.
+  void StartLoad() noexcept;
+  void StartDataSet() noexcept;
   std::unique_ptr<DICOMDataObject> LoadFrom(FileBuffer& buffer, const char* path, bool loadPixels,
                                             bool strict);
   /// Puts what `encode(FileBuffer&)` writes at `path`, whole or not at all.
@@ -144,6 +152,7 @@ class DataSetCoder {
 
   std::optional<std::string> errorText_;
   ParseStop stop_;
+  ParseOddities oddities_;
   std::int32_t lastCode_ = 0;
   int systemError_ = 0;
 };

@@ -111,10 +111,16 @@ bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& gi
 
 }  // namespace
 
-std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool loadPixels,
-                                                        bool strict, FileBuffer* fileBuffer) {
+void DataSetCoder::StartLoad() noexcept {
   SetError(nullptr);
   stop_ = {};
+  oddities_.Clear();
+  lastCode_ = 0;
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool loadPixels,
+                                                        bool strict, FileBuffer* fileBuffer) {
+  StartLoad();
   FileBuffer local;
   try {
     return LoadFrom(fileBuffer != nullptr ? *fileBuffer : local, path, loadPixels, strict);
@@ -174,8 +180,7 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, cons
 
 std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std::uint64_t size,
                                                           bool loadPixels, bool strict) {
-  SetError(nullptr);
-  stop_ = {};
+  StartLoad();
   if (size > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()) ||
       (bytes == nullptr && size != 0)) {
     SetError(kParseError);

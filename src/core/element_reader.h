@@ -49,11 +49,13 @@ class ElementReader {
   bool ReadLevel(DICOMObject& object, ElementForm form, std::int32_t depth) {
     if (depth > kMaxDepth) return RefuseDepth();
     while (in_.Available()) {
-      if (!TakeUsualElements(object, form, depth)) return false;
+      const bool inSequence = IsInSequence(depth);
+      if (!inSequence && !TakeUsualElements(object, form, depth)) return false;
       if (!in_.Available()) break;
       Head head;
       head.position = in_.Position();
       if (!in_.Read16(head.group) || !in_.Read16(head.element)) return Truncated(head);
+      if (inSequence && head.group != kStructuralGroup) Note(Oddity::kElementInSequence, head);
       if (head.group == kStructuralGroup) {
         const Structure what = ReadStructural(object, head, form, depth);
         if (what != Structure::kItem) return what == Structure::kDelimiter;
@@ -70,7 +72,8 @@ class ElementReader {
   bool ReadFile(DICOMObject& object, std::int32_t code, bool loadPixels) {
     readsFile_ = true;
     in_.SetBigEndian(IsBigEndian(code));
-    coder_.NoteCode(code);
+    // A parse that finds nothing says nothing of the ones before it.
+    if (coder_.LastCode() == 0 || in_.Available()) coder_.NoteCode(code);
     Meta meta;
     meta.within = coder_.FileMode;
     while (in_.Available()) {
@@ -120,6 +123,7 @@ class ElementReader {
       if (!CheckTotal(head)) return false;
       if (head.group == kStructuralGroup && head.element == kSequenceDelimiterElement) return true;
       const bool fragment = head.group == kStructuralGroup && head.element == kItemElement;
+      if (!fragment) Note(Oddity::kStrayFragment, head);
       auto vr = MakeElement(head);
       if (!ReadValue(*vr)) return Truncated(head);
       if (!fragment) continue;
@@ -133,6 +137,7 @@ class ElementReader {
 
  private:
   enum class Structure { kItem, kDelimiter, kFailure };
+  using Oddity = ParseOddity::Kind;
 
   struct Head {
     std::uint32_t position = 0;
@@ -156,6 +161,13 @@ class ElementReader {
   [[gnu::cold]] bool Truncated(const Head& head) {
     return StopAt(ParseStop::Why::kTruncated, head);
   }
+
+  [[gnu::cold]] void Note(Oddity kind, const Head& head) {
+    coder_.Note({kind, head.position, head.group, head.element});
+  }
+
+  /// Levels of sequences and of their items take turns.
+  static bool IsInSequence(std::int32_t depth) { return depth % 2 != 0; }
 
   /// What no delimiter ended may have been cut there. It reads all the same, as far as it came.
   void NoteMissingEnd() {
@@ -214,8 +226,7 @@ class ElementReader {
       auto vr = MakeElement(head);
       if (length != 0) vr->Data = vr->Small;
       std::memcpy(vr->Small, bytes + headSize, sizeof(vr->Small));
-      if (!object.Push(vr.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
-      vr.release();
+      if (!FileElement(object, vr, head)) return false;
     }
     return true;
   }
@@ -238,7 +249,10 @@ class ElementReader {
   }
 
   bool ReadExplicitLength(Head& head) {
-    if (head.type == type_code::kNone) head.type = LookUp(head.Key());
+    if (head.type == type_code::kNone) {
+      Note(Oddity::kNoLetters, head);
+      head.type = LookUp(head.Key());
+    }
     if (head.type == type_code::kNone) head.type = type_code::UN;
     std::uint16_t half = 0;
     if (!in_.Read16(half)) return false;
@@ -252,6 +266,7 @@ class ElementReader {
     if (!ReadLetters(head)) return false;
     if (head.type != type_code::kNone || LookUp(head.Key()) != type_code::SQ)
       return ReadExplicitLength(head);
+    Note(Oddity::kNoLetters, head);
     head.type = type_code::SQ;
     head.length = kUndefinedLength;
     std::uint16_t filling = 0;
@@ -264,15 +279,33 @@ class ElementReader {
       return Structure::kFailure;
     }
     if (tracing_) TraceStructuralTag(head.element, head.length, form);
-    if (head.element == kSequenceDelimiterElement || head.element == kItemDelimiterElement)
+    if (head.element == kSequenceDelimiterElement || head.element == kItemDelimiterElement) {
+      if (depth == 0) Note(Oddity::kStrayDelimiter, head);
       return Structure::kDelimiter;
+    }
     if (head.length != kUndefinedLength && head.element != kItemElement) {
       StopAt(ParseStop::Why::kStrayTag, head);
       return Structure::kFailure;
     }
+    if (!IsInSequence(depth)) Note(Oddity::kItemOutside, head);
     auto item = std::make_unique<DICOMDataObject>();
-    const bool read = in_.ReadNested(*this, *item, form, depth + 1, head.length);
+    const bool read = ReadNested(*item, head, form, depth, head.length);
     return PushItem(object, item, head) && read ? Structure::kItem : Structure::kFailure;
+  }
+
+  /// Reads what an element or an item at `depth` holds.
+  bool ReadNested(DICOMObject& object, const Head& head, ElementForm form, std::int32_t depth,
+                  std::uint32_t length) {
+    const std::uint32_t begin = in_.Position();
+    const bool read = in_.ReadNested(*this, object, form, depth + 1, length);
+    if (read && length != kUndefinedLength && in_.Position() - begin != length)
+      Note(Oddity::kWrongLength, head);
+    return read;
+  }
+
+  /// Without a dictionary implicit elements have no type.
+  static bool MayHoldItems(VrCode type) {
+    return type == type_code::SQ || type == type_code::UN || type == type_code::kNone;
   }
 
   /// What could be read of an item stays, also when reading it failed.
@@ -292,12 +325,12 @@ class ElementReader {
       vr->Length = 0;
       if (!PushElement(object, vr, head)) return false;
       if (head.Key() == kPixelDataTag) return in_.ReadFragments(*this, object);
-      return in_.ReadNested(*this, object, form, depth + 1, kUndefinedLength);
+      if (!MayHoldItems(head.type)) Note(Oddity::kNotASequence, head);
+      return ReadNested(object, head, form, depth, kUndefinedLength);
     }
     if (!CheckTotal(head)) return false;
     if (head.type == type_code::SQ) {
-      if (!PushElement(object, vr, head)) return false;
-      return in_.ReadNested(*this, object, form, depth + 1, head.length);
+      return PushElement(object, vr, head) && ReadNested(object, head, form, depth, head.length);
     }
     return ReadTurnedValue(*vr, head, form, depth) && PushElement(object, vr, head);
   }
@@ -390,9 +423,16 @@ class ElementReader {
 
   bool PushElement(DICOMObject& object, std::unique_ptr<VR>& vr, const Head& head) {
     if (tracing_) TraceElement(*vr);
+    return FileElement(object, vr, head);
+  }
+
+  bool FileElement(DICOMObject& object, std::unique_ptr<VR>& vr, const Head& head) {
+    const std::size_t before = object.Elements.Size();
     // An object whose PushTarget leads nowhere takes nothing.
     if (!object.Push(vr.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
     vr.release();
+    if (object.Elements.Size() == before && object.PushTarget == nullptr)
+      Note(Oddity::kTwice, head);
     return true;
   }
 
@@ -400,7 +440,10 @@ class ElementReader {
   bool ReadValue(VR& vr) {
     if (vr.Length == 0) return true;
     if (in_.ReadInPlace(vr)) return true;
-    if (vr.Length > in_.LeftInView()) vr.Length = in_.LeftInView();
+    if (vr.Length > in_.LeftInView()) {
+      coder_.Note({Oddity::kCutByView, vr.StreamPosition, vr.Group, vr.Element});
+      vr.Length = in_.LeftInView();
+    }
     if (vr.Length == 0) return true;
     const std::uint64_t supply = in_.SuppliesAtMost();
     if (vr.Length > supply) return false;

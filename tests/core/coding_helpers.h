@@ -38,8 +38,13 @@ struct Parsed {
   std::unique_ptr<DICOMDataObject> object = std::make_unique<DICOMDataObject>();
   std::optional<std::string> error;
   ParseStop stop;
+  std::vector<ParseOddity> oddities;
   std::uint32_t position = 0;
 };
+
+inline std::vector<ParseOddity> OdditiesOf(const DataSetCoder& coder) {
+  return {coder.Oddities().begin(), coder.Oddities().end()};
+}
 
 inline std::optional<std::string> ErrorOf(const DataSetCoder& coder) {
   return coder.ErrorText() == nullptr ? std::nullopt
@@ -63,6 +68,7 @@ inline Parsed ParseFrom(Buffer& buffer, Encoding encoding, const RTC* dictionary
   }
   parsed.error = ErrorOf(coder);
   parsed.stop = coder.LastStop();
+  parsed.oddities = OdditiesOf(coder);
   parsed.position = buffer.Position;
   return parsed;
 }
@@ -88,6 +94,7 @@ inline Parsed ParseFileFrom(Buffer& buffer, const FileParse& how) {
       buffer, *parsed.object, static_cast<std::int32_t>(how.start), how.loadPixels);
   parsed.error = ErrorOf(coder);
   parsed.stop = coder.LastStop();
+  parsed.oddities = OdditiesOf(coder);
   parsed.position = buffer.Position;
   return parsed;
 }

@@ -30,6 +30,7 @@ std::string DifferenceOfParses(const Parsed& a, const Parsed& b) {
     PrintTo(b.stop, &text);
     return text.str();
   }
+  if (a.oddities != b.oddities) return "oddities differ";
   // Behind a failure nobody goes on, so that it does not matter how much of a cut number was taken.
   if (a.result && a.position != b.position) {
     return Format("positions differ: %u and %u", a.position, b.position);
@@ -188,6 +189,7 @@ Parsed LoadThrough(const std::string& path, FileBuffer& buffer, const RTC* dicti
   if (object) parsed.object = std::move(object);
   parsed.error = ErrorOf(coder);
   parsed.stop = coder.LastStop();
+  parsed.oddities = OdditiesOf(coder);
   // How far the stream went is compared where it was read to its end.
   parsed.position = parsed.stop.why == Why::kNone ? buffer.Position : 0;
   return parsed;

@@ -273,32 +273,67 @@ class Refusals(ConvertTest):
         hidden = item(element(0x00080100, "SH", "T-D1100", implicit=True))
         self.assert_refused(meta(EXPLICIT) + element(0x00081140, "UN", hidden + sequence_end(), length=UNDEFINED),
                             "the items of (0008,1140)")
-        self.assert_refused(meta(EXPLICIT) + element(0x00100010, "PN", "Doe^John") + item(b""),
-                            "an item without a sequence follows (0010,0010)")
 
-    def test_a_data_set_read_in_another_form_than_it_has_is_refused(self):
-        # Zeros read as empty elements in any form, so that one in four of these readings comes to a clean end.
-        for odd in (0, 2, 4, 6):
-            for syntax in (IMPLICIT, BIG_ENDIAN):
-                order = ">" if syntax == BIG_ENDIAN else "<"
-                # A length of 26 turned round is 6656.
-                whole = meta(syntax) + tool.image(implicit=syntax == IMPLICIT, order=order, pixels=bytes(8192 + odd))
-                for uncounted in (whole[:132] + whole[144:], whole[:140] + bytes(4) + whole[144:]):
-                    self.assert_refused(uncounted, f"the transfer syntax {syntax} ")
-            image = tool.image(implicit=True, pixels=bytes(512 + odd))
-            at = image.index(b"\xe0\x7f\x10\x00")
-            self.assert_refused(meta(IMPLICIT) + image[:at] + sequence_end() + image[at:], f"the transfer syntax {IMPLICIT} ")
-            self.assert_refused(meta(EXPLICIT) + image, f"(0008,0016) at offset {len(meta(EXPLICIT))} does not read as explicit")
-            # Read as a length, the letters UI and the length 26 behind them are 0x1A4955.
-            long = tool.image(pixels=bytes(0x1A4955 + odd))
-            self.assert_refused(meta(IMPLICIT) + long, f"(0008,0016) at offset {len(meta(IMPLICIT))} does not read as implicit")
+    def test_long_lengths_are_known_whatever_their_values_look_like(self):
+        # The length is read as the tag that follows, the first bytes of the value as the letters of a type.
+        for vr, value in (("UC", "PNEUMONIA-OF-THE-LEFT-LUNG"), ("UC", "ATROPHY-OF-THE-LEFT-SIDE"), ("UC", "ULCER"),
+                          ("UR", "URN:LEX:EU:COMMISSION:1.2.3"), ("OF", bytes(24000)), ("OD", bytes(40000)), ("OL", bytes(8)),
+                          ("OV", bytes(70000)), ("SV", bytes(8)), ("UV", b"US\4\0abcd" * 3)):
+            with self.subTest(vr=vr, value=value[:12]):
+                long = element(0x00080119, vr, value)
+                refused = "the length of (0008,0119)"
+                code = element(0x00080100, "SH", "T-D1100")
+                self.assert_refused(meta(EXPLICIT) + code + long, refused)
+                self.assert_refused(meta(EXPLICIT) + code + long + element(0x00100010, "PN", "Doe^John"), refused)
+                self.assert_refused(meta(EXPLICIT) + element(0x0040A043, "SQ", item(code + long)), refused)
+                self.assert_refused(meta(EXPLICIT) + element(0x0040A043, "SQ", item(code + long) + sequence_end(), length=UNDEFINED),
+                                    refused)
 
-    def test_what_may_be_cut_is_refused(self):
-        fragments = element(0x7FE00010, "OB", item(b"") + item(b"\xff\xd8"), length=UNDEFINED)
-        content = meta(JPEG) + fragments
-        self.assert_refused(content, f"truncated at offset {len(content)}, before a delimiter")
-        content = meta(EXPLICIT) + element(0x00081140, "SQ", item(b""), length=UNDEFINED)
-        self.assert_refused(content, f"truncated at offset {len(content)}, before a delimiter")
+    def test_implicit_items_of_unknown_elements_are_refused_whatever_their_lengths(self):
+        # The lengths 0, 4 and 8224 read as no letters, as control characters and as two blanks.
+        for values in (("", "ABCD"), ("ABCD", ""), ("ABCD", "B" * 8224), ("", "B" * 8224)):
+            hidden = item(b"".join(element(0x00111010 + at, "UN", value, implicit=True) for at, value in enumerate(values)))
+            self.assert_refused(meta(EXPLICIT) + element(0x00091010, "UN", hidden + sequence_end(), length=UNDEFINED), "")
+
+    def test_what_lands_elsewhere_than_it_stood_is_refused(self):
+        name = element(0x00100010, "PN", "Doe^John")
+        start = meta(EXPLICIT)
+        at = len(start)
+        for content, words in (
+                (name + item(b""), f"an item without a sequence: (fffe,e000) at offset {at + len(name)}"),
+                (element(0x00100010, "PN") + item(name), f"an item without a sequence: (fffe,e000) at offset {at + 8}"),
+                (element(0x00081140, "SQ", name), f"(0010,0010) at offset {at + 12} stands in a sequence, but in no item"),
+                (element(0x00081140, "SQ", name + sequence_end(), length=UNDEFINED),
+                 f"(0010,0010) at offset {at + 12} stands in a sequence, but in no item"),
+                (element(0x00081140, "SQ", item(element(0x00100020, "LO", "ab", length=40))) + name,
+                 f"the length of (0010,0020) at offset {at + 20} goes beyond what it stands in"),
+                (element(0x00091010, "OB", item(b"AB\0\0UN\0\0\0\0\0\0") + sequence_end(), length=UNDEFINED),
+                 f"(0009,1010) at offset {at} has an undefined length, which its type does not allow")):
+            with self.subTest(words=words):
+                self.assert_refused(start + content, words)
+        fragments = item(b"") + item(b"\xff\xd8") + element(0x00080005, "CS", b"", implicit=True) + item(b"\xff\xd9")
+        self.assert_refused(meta(JPEG) + element(0x7FE00010, "OB", fragments + sequence_end(), length=UNDEFINED),
+                            f"(0008,0005) at offset {len(meta(JPEG)) + 12 + 8 + 10} stands among the fragments of pixel data")
+        # In the implicit form the dictionary says what is a sequence.
+        self.assert_refused(meta(IMPLICIT) + element(0x00081140, "SQ", b"HELLO WORLD THERE IT IS ", implicit=True),
+                            f"(4548,4c4c) at offset {len(meta(IMPLICIT)) + 8} stands in a sequence, but in no item")
+
+    def test_what_may_pass_is_warned_of(self):
+        name = element(0x00100010, "PN", "Doe^John")
+        start = meta(EXPLICIT)
+        for content, words in (
+                (name + element(0x00100010, "PN", "Roe^Jane"), f"(0010,0010) at offset {len(start) + 16} is there twice; the last one counts"),
+                (name + sequence_end(), f"stray delimiter (fffe,e0dd) at offset {len(start) + 16}"),
+                (struct.pack("<HHHH", 0x0010, 0x0010, 0, 4) + b"Doe ",
+                 f"(0010,0010) at offset {len(start)} has zeros where the letters of its type should stand"),
+                (element(0x00081140, "SQ", struct.pack("<HHI", 0xFFFE, 0xE000, 40) + name),
+                 f"the length of (fffe,e000) at offset {len(start) + 12} does not fit what it holds"),
+                (name + element(0x00080060, "CS", "OT"), f"(0008,0060) at offset {len(start) + 16} stands behind an element of a higher tag"),
+                (name + b"\x10\0\x11\0ZZ\2\0ab",
+                 f"(0010,0011) at offset {len(start) + 16} has the letters \"ZZ\" where the kind of value should stand")):
+            with self.subTest(words=words):
+                file = self.write("in.dcm", start + content)
+                self.assert_ends(run("convert", "--force", file, self.out), DONE, f"tessaret: {file}: warning: {words}\n")
 
     def test_big_endian_pixels_whose_order_is_not_certain_are_refused(self):
         for bits, vr, refused in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (1, "OW", False), (16, "OB", True),
@@ -322,11 +357,18 @@ class Refusals(ConvertTest):
     def test_an_element_before_the_meta_header_is_refused_unless_there_is_none(self):
         content = meta(IMPLICIT) + element(0x00010001, "LO", "early", implicit=True) + tool.image(implicit=True)
         self.assert_refused(content, "(0001,0001) would come before the meta header")
-        self.assert_ends(run("convert", "--no-preamble", self.write("in.dcm", content), self.out), DONE, "")
+        file = self.write("in.dcm", content)
+        self.assert_ends(run("convert", "--no-preamble", file, self.out), DONE,
+                         f"tessaret: {file}: warning: (0001,0001) at offset {len(meta(IMPLICIT))} stands behind an element of a "
+                         "higher tag\n")
 
     def test_zeros_behind_a_data_set_do_not_matter(self):
-        dataset = self.convert(meta(IMPLICIT) + tool.image(implicit=True) + bytes(2500000))
-        self.assertEqual(dataset.Rows, 2)
+        content = meta(IMPLICIT) + tool.image(implicit=True)
+        file = self.write("in.dcm", content + bytes(2500000))
+        last = len(content) + 2500000 - 8
+        self.assert_ends(run("convert", file, self.out), DONE,
+                         f"tessaret: {file}: warning: (0000,0000) at offset {last} stands behind an element of a higher tag\n")
+        self.assertEqual(pydicom.dcmread(self.out).Rows, 2)
 
 
 class Outputs(ConvertTest):
