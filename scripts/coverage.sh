@@ -9,8 +9,9 @@ build_preset coverage
 cd "$root/build/coverage"
 # Counts add up over runs; those of the last one are of another source.
 find . -name '*.gcda' -delete
-say "running the tests"
-ctest --parallel "$jobs" --output-on-failure --no-tests=error
+# Those of the tool compare all that it writes to standard error, where counters that a limit on file size stops complain.
+say "running the tests, without those of the tool"
+ctest --label-exclude '^tools$' --parallel "$jobs" --output-on-failure --no-tests=error
 
 # GCC counts a branch for every call that might throw, which no test can take and no reader can see; what is left are
 # the branches that somebody wrote. Code behind them (landing pads, closing braces) is not counted for the same reason.

@@ -14,6 +14,7 @@
 #include "corpus/known_differences.h"
 #include "corpus/manifest.h"
 #include "corpus/saved_form.h"
+#include "support/build_kind.h"
 #include "support/bytes.h"
 #include "support/compare_objects.h"
 #include "support/odd_streams.h"
@@ -175,6 +176,8 @@ TEST_F(Corpus, OnlyListedFilesNameASyntaxThatIsNotKnown) {
 }
 
 TEST_F(Corpus, EveryFileEndsWithinASecondInEveryWayOfLoading) {
+  // A build that is not optimised and counts its own lines takes several times as long.
+  const double bound = kAsShipped ? 1.0 : 5.0;
   std::vector<std::string> paths = OtherFiles();
   for (const ManifestRow& row : Manifest()) paths.push_back(PathOf(row));
   for (const std::string& path : paths) {
@@ -183,7 +186,7 @@ TEST_F(Corpus, EveryFileEndsWithinASecondInEveryWayOfLoading) {
         DataSetCoder coder(&Dictionary());
         const double start = ProcessorSeconds();
         const Object object = coder.LoadFile(path.c_str(), loadPixels, strict);
-        EXPECT_LT(ProcessorSeconds() - start, 1.0) << path;
+        EXPECT_LT(ProcessorSeconds() - start, bound) << path;
         EXPECT_TRUE(object != nullptr || coder.ErrorText() != nullptr) << path;
       }
     }
