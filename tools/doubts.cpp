@@ -147,7 +147,10 @@ constexpr OddityWords kOddityWords[] = {
     {Kind::kItemOutside, false, "an item without a sequence: ", ""},
     {Kind::kStrayFragment, false, "", " stands among the fragments of pixel data"},
     {Kind::kNotASequence, false, "", " has an undefined length, which its type does not allow"},
+    {Kind::kNoDelimiter, true, "", " has no delimiter behind it"},
     {Kind::kStrayDelimiter, true, "stray delimiter ", ""},
+    {Kind::kWrongDelimiter, true, "", " is not the delimiter that is due"},
+    {Kind::kLateSyntax, true, "", " stands behind the meta header and is dropped"},
     {Kind::kNoLetters, true, "", " has zeros where the letters of its type should stand"},
     {Kind::kTwice, true, "", " is there twice; the last one counts"},
 };
@@ -184,8 +187,6 @@ std::string WhyToDoubt(const DICOMObject& object, const Reading& reading, const 
 std::vector<std::string> Warnings(const Reading& reading) {
   std::vector<std::string> warnings;
   for (const ParseOddity& oddity : reading.oddities) {
-    // Zeros behind a data set read as elements of this tag, which the order of the elements gives away.
-    if (MakeTagKey(oddity.group, oddity.element) == 0) continue;
     if (std::string words = WordsFor(oddity, true); !words.empty())
       warnings.push_back(std::move(words));
   }

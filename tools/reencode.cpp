@@ -6,6 +6,7 @@
 
 #include "base/byte_order.h"
 #include "core/element_reader.h"
+#include "core/element_text.h"
 #include "core/meta_header.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
@@ -161,6 +162,48 @@ std::string SyntaxOfCode(std::int32_t code) {
   return IsBigEndian(code) ? kExplicitBigUid : kExplicitLittleUid;
 }
 
+/// Looks for what a file in another form cannot hold, or cannot tell to its reader.
+class LossSearch final : public ObjectVisitor {
+ public:
+  /// `toImplicit`: the types are lost, and readers go by the dictionary.
+  LossSearch(const RTC& dictionary, bool toImplicit)
+      : dictionary_(dictionary), toImplicit_(toImplicit) {}
+
+  void OnElement(const VR& vr, const DICOMObject&, int level) override {
+    FindMetaElement(vr, level);
+    if (toImplicit_ && vr.Length != 0 && TypeOf(vr) == type_code::SQ)
+      Say(TagText(vr) + " is " + TypeLetters(vr.TypeCode) + ", but a sequence by the dictionary");
+  }
+  void OnSequence(const VR& vr, const DICOMObject&, int level) override {
+    FindMetaElement(vr, level);
+    const VrCode type = TypeOf(vr);
+    const bool fits = type == type_code::SQ || type == type_code::UN || type == type_code::kNone ||
+                      vr.Key() == kPixelDataTag;
+    if (toImplicit_ && !fits)
+      Say(TagText(vr) + " is a sequence, but " + TypeLetters(type) + " by the dictionary");
+  }
+  void OnSequenceEnd(const VR&, int) override {}
+  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int) override {}
+  void OnItemEnd(const VR&, int) override {}
+
+  std::string words;
+
+ private:
+  void Say(const std::string& why) {
+    if (words.empty()) words = why;
+  }
+  void FindMetaElement(const VR& vr, int level) {
+    if (level > 0 && vr.Group == kMetaGroup)
+      Say(TagText(vr) + " stands in an item and would be lost");
+  }
+  [[nodiscard]] VrCode TypeOf(const VR& vr) const {
+    return dictionary_.RunTimeClass(vr.Group, vr.Element, nullptr);
+  }
+
+  const RTC& dictionary_;
+  const bool toImplicit_;
+};
+
 }  // namespace
 
 bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers) {
@@ -175,7 +218,7 @@ bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers) 
   return allocated > 8 * NumberWidth(pixels->TypeCode);
 }
 
-std::string WhyNotToEncode(const SourceFile& source, Target target) {
+std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary) {
   const DICOMObject& object = *source.object;
   if (const VR* low = target == Target::kBare ? nullptr : FindBelowMetaHeader(object);
       low != nullptr) {
@@ -184,6 +227,10 @@ std::string WhyNotToEncode(const SourceFile& source, Target target) {
   if (object.GetVR(GroupOf(kDirectoryRecords), ElementOf(kDirectoryRecords)) != nullptr) {
     return "is a DICOMDIR: its records point to places in the file that would move";
   }
+  const bool toImplicit = target == Target::kImplicit || target == Target::kBare;
+  LossSearch losses(dictionary, toImplicit && !IsImplicit(source.code));
+  WalkObject(object, losses);
+  if (!losses.words.empty()) return losses.words;
   const bool fragments = HoldsFragments(object);
   const bool compressedSyntax = !source.syntax.empty() && !IsNativeSyntax(source.syntax);
   const bool pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) != nullptr;

@@ -20,7 +20,7 @@ enum class Target {
 bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers);
 
 /// Why `source` cannot be written as `target` without losing or bending something; empty when it can.
-std::string WhyNotToEncode(const SourceFile& source, Target target);
+std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary);
 
 /// The transfer syntax UID of what will be written. Requires: WhyNotToEncode is empty.
 std::string TargetSyntax(const SourceFile& source, Target target);

@@ -46,7 +46,7 @@ class Conversion {
     if (why.empty()) {
       for (const std::string& oddity : FindOddElements(source))
         host_.messages.Warn(subject, oddity);
-      why = WhyNotToEncode(source, options_.WantedTarget());
+      why = WhyNotToEncode(source, options_.WantedTarget(), host_.Tags());
     }
     if (!why.empty()) {
       host_.messages.Error(subject, why);

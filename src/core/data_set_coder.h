@@ -123,6 +123,9 @@ class DataSetCoder {
   /// ReadEncapsulated by themselves add to what is there.
   [[nodiscard]] std::span<const ParseOddity> Oddities() const { return oddities_.All(); }
   void Note(const ParseOddity& oddity) { oddities_.Note(oddity); }
+  /// Whether the level that was read last ended by a delimiter; for the readers, which may be several for one stream.
+  [[nodiscard]] bool EndedByDelimiter() const { return endedByDelimiter_; }
+  void NoteEnd(bool byDelimiter) { endedByDelimiter_ = byDelimiter; }
   /// How the last parse of a file read when it ended: the encoding of the data set, or that of the meta header where no data
   /// set was met. 0 before the first, and for a stream without a byte.
   [[nodiscard]] std::int32_t LastCode() const { return lastCode_; }
@@ -154,6 +157,7 @@ class DataSetCoder {
   ParseStop stop_;
   ParseOddities oddities_;
   std::int32_t lastCode_ = 0;
+  bool endedByDelimiter_ = false;
   int systemError_ = 0;
 };
 

@@ -64,6 +64,7 @@ class ElementReader {
       if (!ReadHead(head, form)) return Truncated(head);
       if (!ReadBody(object, head, form, depth)) return false;
     }
+    coder_.NoteEnd(false);
     if (depth > 0) NoteMissingEnd();
     return true;
   }
@@ -104,6 +105,7 @@ class ElementReader {
         if (!ReadMetaElement(object, head, form, meta)) return false;
       } else if (head.Key() == kTransferSyntaxTag) {
         // Behind the counted meta header the element says nothing about this stream and is not kept.
+        Note(Oddity::kLateSyntax, head);
         DICOMObject passing;
         if (!ReadBody(passing, head, form, 0)) return false;
       } else if (!ReadBody(object, head, form, 0)) {
@@ -132,6 +134,9 @@ class ElementReader {
       if (!PushElement(*item, vr, head) || !PushItem(object, item, head)) return false;
     }
     NoteMissingEnd();
+    if (in_.LeftInView() == 0)
+      coder_.Note(
+          {Oddity::kNoDelimiter, in_.Position(), GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)});
     return true;
   }
 
@@ -250,7 +255,7 @@ class ElementReader {
 
   bool ReadExplicitLength(Head& head) {
     if (head.type == type_code::kNone) {
-      Note(Oddity::kNoLetters, head);
+      if (head.Key() != 0) Note(Oddity::kNoLetters, head);
       head.type = LookUp(head.Key());
     }
     if (head.type == type_code::kNone) head.type = type_code::UN;
@@ -280,17 +285,25 @@ class ElementReader {
     }
     if (tracing_) TraceStructuralTag(head.element, head.length, form);
     if (head.element == kSequenceDelimiterElement || head.element == kItemDelimiterElement) {
-      if (depth == 0) Note(Oddity::kStrayDelimiter, head);
+      NoteDelimiter(head, depth);
       return Structure::kDelimiter;
     }
     if (head.length != kUndefinedLength && head.element != kItemElement) {
       StopAt(ParseStop::Why::kStrayTag, head);
       return Structure::kFailure;
     }
+    if (head.element != kItemElement) Note(Oddity::kWrongDelimiter, head);
     if (!IsInSequence(depth)) Note(Oddity::kItemOutside, head);
     auto item = std::make_unique<DICOMDataObject>();
     const bool read = ReadNested(*item, head, form, depth, head.length);
     return PushItem(object, item, head) && read ? Structure::kItem : Structure::kFailure;
+  }
+
+  void NoteDelimiter(const Head& head, std::int32_t depth) {
+    coder_.NoteEnd(true);
+    if (depth == 0) return Note(Oddity::kStrayDelimiter, head);
+    const auto due = IsInSequence(depth) ? kSequenceDelimiterElement : kItemDelimiterElement;
+    if (head.element != due || head.length != 0) Note(Oddity::kWrongDelimiter, head);
   }
 
   /// Reads what an element or an item at `depth` holds.
@@ -300,6 +313,10 @@ class ElementReader {
     const bool read = in_.ReadNested(*this, object, form, depth + 1, length);
     if (read && length != kUndefinedLength && in_.Position() - begin != length)
       Note(Oddity::kWrongLength, head);
+    if (read && length == kUndefinedLength && !coder_.EndedByDelimiter() && in_.LeftInView() == 0)
+      Note(Oddity::kNoDelimiter, head);
+    // What ended was not the level that goes on here.
+    coder_.NoteEnd(false);
     return read;
   }
 
@@ -431,8 +448,8 @@ class ElementReader {
     // An object whose PushTarget leads nowhere takes nothing.
     if (!object.Push(vr.get())) return StopAt(ParseStop::Why::kOrphanItem, head);
     vr.release();
-    if (object.Elements.Size() == before && object.PushTarget == nullptr)
-      Note(Oddity::kTwice, head);
+    const bool isReplaced = object.Elements.Size() == before && object.PushTarget == nullptr;
+    if (isReplaced && head.Key() != 0) Note(Oddity::kTwice, head);
     return true;
   }
 

@@ -11,17 +11,33 @@ namespace tessaret {
 
 struct ParseOddity {
   enum class Kind {
-    kCutByView,    // a value longer than the item or sequence around it, with which it ends
-    kWrongLength,  // a sequence or an item that ends elsewhere than its length says
-    kElementInSequence,  // a data element where only items belong; it lands in the object that holds the sequence
-    kItemOutside,    // an item that is in no sequence; it lands in the element before it
-    kStrayFragment,  // something other than an item among the fragments of pixel data; it is dropped
-    kNotASequence,  // an undefined length in an element of a type that has none; it is read as a sequence
-    kStrayDelimiter,  // a delimiter outside all sequences
-    kNoLetters,  // two zero bytes where the letters of the type belong; the dictionary has the type
-    kTwice,      // an element of a tag that was there already, which it replaces
+    // A value longer than the item or sequence around it, with which it ends.
+    kCutByView,
+    // A sequence or an item that ends elsewhere than its length says.
+    kWrongLength,
+    // A data element where only items belong; it lands in the object that holds the sequence.
+    kElementInSequence,
+    // An item that is in no sequence; it lands in the element before it.
+    kItemOutside,
+    // Something other than an item among the fragments of pixel data; it is dropped.
+    kStrayFragment,
+    // An undefined length in an element of a type that has none; it is read as a sequence.
+    kNotASequence,
+    // An undefined length that ends with what is around it instead of by a delimiter.
+    kNoDelimiter,
+    // A delimiter outside all sequences.
+    kStrayDelimiter,
+    // A delimiter of the other kind than is due, or with a length; or a tag that is no item in the place of one.
+    kWrongDelimiter,
+    // A (0002,0010) behind the meta header; it is dropped.
+    kLateSyntax,
+    // Two zero bytes where the letters of the type belong; the dictionary has the type. Not noted of (0000,0000), as which zeros
+    // behind a data set read.
+    kNoLetters,
+    // An element of a tag that was there already, which it replaces. Not noted of (0000,0000) either.
+    kTwice,
   };
-  static constexpr std::size_t kKinds = 9;
+  static constexpr std::size_t kKinds = 12;
 
   Kind kind = Kind::kCutByView;
   // Stream offset of the element or item, modulo 4 GiB like Buffer::Position.

@@ -142,6 +142,85 @@ TEST(ParseOddity, ADelimiterOutsideAllSequences) {
   }
 }
 
+TEST(ParseOddity, AnUndefinedLengthThatEndsWithWhatIsAroundIt) {
+  // An item without its delimiter in a sequence that has one, and both without.
+  const Bytes item = DataSetBuilder(kExplicit).Item().Raw(Name());
+  for (const bool sequenceHasLength : {true, false}) {
+    DataSetBuilder inner(kExplicit);
+    inner.Head(0x0008, 0x1199, "SQ", sequenceHasLength ? 18 : kNoLength).Raw(item);
+    const Bytes content = inner;
+    const auto size = static_cast<std::uint32_t>(content.size());
+    const Bytes bytes =
+        DataSetBuilder(kExplicit).Head(0x0008, 0x1140, "SQ", size + 8).Item(size).Raw(content);
+    EXPECT_EQ(Parse(kExplicit, bytes).oddities,
+              (Oddities{{Kind::kNoDelimiter, 12 + 8 + 12, 0xFFFE, 0xE000}}));
+  }
+  // The sequence alone, behind whole items.
+  const Bytes items = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1199, "SQ", kNoLength)
+                          .Item()
+                          .Raw(Name())
+                          .EndItem()
+                          .Item(10)
+                          .Raw(Name());
+  const auto size = static_cast<std::uint32_t>(items.size());
+  const Bytes bytes =
+      DataSetBuilder(kExplicit).Head(0x0008, 0x1140, "SQ", size + 8).Item(size).Raw(items);
+  EXPECT_EQ(Parse(kExplicit, bytes).oddities, (Oddities{{Kind::kNoDelimiter, 20, 0x0008, 0x1199}}));
+  // Where the stream itself ends there, that is what is noted.
+  EXPECT_EQ(Parse(kExplicit, items).oddities, Oddities());
+}
+
+TEST(ParseOddity, FragmentsThatEndWithWhatIsAroundThem) {
+  const Bytes icon =
+      DataSetBuilder(kExplicit).Head(0x7FE0, 0x0010, "OB", kNoLength).Item(0).Item(2).Raw({1, 2});
+  const auto size = static_cast<std::uint32_t>(icon.size());
+  const Bytes bytes =
+      DataSetBuilder(kExplicit).Head(0x0088, 0x0200, "SQ", size + 8).Item(size).Raw(icon);
+  const Oddities oddities = Parse(kExplicit, bytes).oddities;
+  ASSERT_FALSE(oddities.empty());
+  EXPECT_EQ(oddities[0], (ParseOddity{Kind::kNoDelimiter, bytes.size(), 0x7FE0, 0x0010}));
+}
+
+TEST(ParseOddity, ADelimiterOfTheOtherKindOrWithALength) {
+  const Bytes crossed = DataSetBuilder(kExplicit)
+                            .Head(0x0008, 0x1140, "SQ", kNoLength)
+                            .Item()
+                            .Raw(Name())
+                            .EndSequence()
+                            .EndSequence();
+  EXPECT_EQ(Parse(kExplicit, crossed).oddities,
+            (Oddities{{Kind::kWrongDelimiter, 30, 0xFFFE, 0xE0DD}}));
+  const Bytes early = DataSetBuilder(kExplicit).Head(0x0008, 0x1140, "SQ", kNoLength).EndItem();
+  EXPECT_EQ(Parse(kExplicit, early).oddities,
+            (Oddities{{Kind::kWrongDelimiter, 12, 0xFFFE, 0xE00D}}));
+  const Bytes lengthy =
+      DataSetBuilder(kExplicit).Head(0x0008, 0x1140, "SQ", kNoLength).Tag(0xFFFE, 0xE0DD).U32(4);
+  EXPECT_EQ(Parse(kExplicit, lengthy).oddities,
+            (Oddities{{Kind::kWrongDelimiter, 12, 0xFFFE, 0xE0DD}}));
+  const Bytes other = DataSetBuilder(kExplicit)
+                          .Head(0x0008, 0x1140, "SQ", kNoLength)
+                          .Tag(0xFFFE, 0xE0FF)
+                          .U32(kNoLength)
+                          .EndItem()
+                          .EndSequence();
+  EXPECT_EQ(Parse(kExplicit, other).oddities,
+            (Oddities{{Kind::kWrongDelimiter, 12, 0xFFFE, 0xE0FF}}));
+}
+
+TEST(ParseOddity, ATransferSyntaxBehindTheMetaHeader) {
+  const Bytes bytes = DataSetBuilder(kExplicit).Raw(Name()).Element(0x0002, 0x0010, "UI", "1.2.");
+  const Parsed parsed = ParseFile(bytes, {.fileMode = false});
+  EXPECT_EQ(TagsOf(*parsed.object), "(0010,0010)");
+  EXPECT_EQ(parsed.oddities, (Oddities{{Kind::kLateSyntax, 10, 0x0002, 0x0010}}));
+}
+
+TEST(ParseOddity, ZerosTakeNoOthersPlace) {
+  // They read as elements (0000,0000) without letters, which replace one another.
+  const Bytes bytes = DataSetBuilder(kExplicit).Raw(Bytes(24, 0)).Raw(Name()).Raw(Name());
+  EXPECT_EQ(Parse(kExplicit, bytes).oddities, (Oddities{{Kind::kTwice, 34, 0x0010, 0x0010}}));
+}
+
 TEST(ParseOddity, NoLettersOfAType) {
   const Bytes bytes = DataSetBuilder(kExplicit).Tag(0x0010, 0x0010).Raw({0, 0, 2, 0, 'A', ' '});
   const Oddities expected = {{Kind::kNoLetters, 0, 0x0010, 0x0010}};
@@ -169,10 +248,26 @@ TEST(ParseOddity, ATagThatIsThereTwice) {
       EXPECT_EQ(ParseFile(bytes, {.fileMode = false}).oddities, expected);
     }
   }
+  // And where elements are taken in a row, for which enough has to follow.
+  const Bytes rest = DataSetBuilder(kExplicit).Element(0x0010, 0x4000, "LT", std::string(60, 'x'));
+  const Bytes row = DataSetBuilder(kExplicit).Raw(Name()).Raw(Name()).Raw(rest);
+  EXPECT_EQ(Parse(kExplicit, row).oddities, (Oddities{{Kind::kTwice, 10, 0x0010, 0x0010}}));
   // Once at each level is not twice.
   const Bytes nested =
       DataSetBuilder(kExplicit).Head(0x0008, 0x1140, "SQ", 18).Item(10).Raw(Name()).Raw(Name());
   EXPECT_EQ(Parse(kExplicit, nested).oddities, Oddities());
+}
+
+TEST(ParseOddity, AnObjectThatPassesItsElementsOnSaysNothingOfThoseThatWereThere) {
+  DICOMDataObject target;
+  DICOMDataObject object;
+  object.PushTarget = &target;
+  Bytes bytes = Name();
+  MemoryBuffer buffer(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+  DataSetCoder coder;
+  EXPECT_TRUE(coder.ExplicitLittleIn(buffer, object));
+  EXPECT_EQ(TagsOf(target), "(0010,0010)");
+  EXPECT_EQ(OdditiesOf(coder), Oddities());
 }
 
 TEST(ParseOddity, TheFirstOfEachKindIsKeptInTheOrderOfTheStream) {

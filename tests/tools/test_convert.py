@@ -294,6 +294,11 @@ class Refusals(ConvertTest):
         for values in (("", "ABCD"), ("ABCD", ""), ("ABCD", "B" * 8224), ("", "B" * 8224)):
             hidden = item(b"".join(element(0x00111010 + at, "UN", value, implicit=True) for at, value in enumerate(values)))
             self.assert_refused(meta(EXPLICIT) + element(0x00091010, "UN", hidden + sequence_end(), length=UNDEFINED), "")
+        # Without letters the first is unknown, and the tag of the second its length: 0x00110006. Behind it twelve zeros remain,
+        # which read as one element.
+        hidden = item(element(0x00060010, "UN", implicit=True) + element(0x00060011, "UN", bytes(0x00110006 + 8), implicit=True))
+        self.assert_refused(meta(EXPLICIT) + element(0x00091010, "UN", hidden + sequence_end(), length=UNDEFINED),
+                            "the items of (0009,1010)")
 
     def test_what_lands_elsewhere_than_it_stood_is_refused(self):
         name = element(0x00100010, "PN", "Doe^John")
@@ -328,12 +333,68 @@ class Refusals(ConvertTest):
                  f"(0010,0010) at offset {len(start)} has zeros where the letters of its type should stand"),
                 (element(0x00081140, "SQ", struct.pack("<HHI", 0xFFFE, 0xE000, 40) + name),
                  f"the length of (fffe,e000) at offset {len(start) + 12} does not fit what it holds"),
+                (element(0x00081140, "SQ", item(element(0x00100020, "LO", "ab") + bytes(16))) + name + element(0x00100010, "PN", "Roe^Jane"),
+                 f"(0010,0010) at offset {len(start) + 12 + 8 + 10 + 16 + 16} is there twice; the last one counts"),
+                (element(0x00081140, "SQ", item(element(0x00081199, "SQ", struct.pack("<HHI", 0xFFFE, 0xE000, UNDEFINED) + name,
+                                                        length=UNDEFINED))),
+                 f"(fffe,e000) at offset {len(start) + 12 + 8 + 12} has no delimiter behind it"),
+                (element(0x00081140, "SQ", struct.pack("<HHI", 0xFFFE, 0xE000, UNDEFINED) + name + sequence_end() + sequence_end(),
+                         length=UNDEFINED), f"(fffe,e0dd) at offset {len(start) + 12 + 8 + 16} is not the delimiter that is due"),
+                (name + element(0x00100020, "LO", "ab") + element(0x00020010, "UI", IMPLICIT),
+                 f"(0002,0010) at offset {len(start) + 16 + 10} stands behind the meta header and is dropped"),
                 (name + element(0x00080060, "CS", "OT"), f"(0008,0060) at offset {len(start) + 16} stands behind an element of a higher tag"),
                 (name + b"\x10\0\x11\0ZZ\2\0ab",
                  f"(0010,0011) at offset {len(start) + 16} has the letters \"ZZ\" where the kind of value should stand")):
             with self.subTest(words=words):
                 file = self.write("in.dcm", start + content)
                 self.assert_ends(run("convert", "--force", file, self.out), DONE, f"tessaret: {file}: warning: {words}\n")
+
+    def test_a_data_set_read_in_another_form_than_it_has_is_refused(self):
+        # Zeros read as empty elements in any form, so that one in four of these readings comes to a clean end.
+        for odd in (0, 2, 4, 6):
+            for syntax in (IMPLICIT, BIG_ENDIAN):
+                order = ">" if syntax == BIG_ENDIAN else "<"
+                # A length of 26 turned round is 6656.
+                whole = meta(syntax) + tool.image(implicit=syntax == IMPLICIT, order=order, pixels=bytes(8192 + odd))
+                for uncounted in (whole[:132] + whole[144:], whole[:140] + bytes(4) + whole[144:]):
+                    self.assert_refused(uncounted, f"the transfer syntax {syntax} ")
+            image = tool.image(implicit=True, pixels=bytes(512 + odd))
+            at = image.index(b"\xe0\x7f\x10\x00")
+            self.assert_refused(meta(IMPLICIT) + image[:at] + sequence_end() + image[at:], f"the transfer syntax {IMPLICIT} ")
+            self.assert_refused(meta(EXPLICIT) + image, f"(0008,0016) at offset {len(meta(EXPLICIT))} does not read as explicit")
+            # Little endian under the name of big endian, and the other way round; 26 turned round is 6656.
+            turned = f"(0800,1600) at offset {len(meta(EXPLICIT))} reads in the wrong byte order"
+            self.assert_refused(meta(EXPLICIT) + tool.image(order=">", pixels=bytes(8192 + odd)), turned)
+            self.assert_refused(meta(BIG_ENDIAN) + tool.image(pixels=bytes(8192 + odd)), turned)
+            # Read as a length, the letters UI and the length 26 behind them are 0x1A4955.
+            long = tool.image(pixels=bytes(0x1A4955 + odd))
+            self.assert_refused(meta(IMPLICIT) + long, f"(0008,0016) at offset {len(meta(IMPLICIT))} does not read as implicit")
+
+    def test_what_may_be_cut_is_refused(self):
+        fragments = element(0x7FE00010, "OB", item(b"") + item(b"\xff\xd8"), length=UNDEFINED)
+        content = meta(JPEG) + fragments
+        self.assert_refused(content, f"truncated at offset {len(content)}, before a delimiter")
+        content = meta(EXPLICIT) + element(0x00081140, "SQ", item(b""), length=UNDEFINED)
+        self.assert_refused(content, f"truncated at offset {len(content)}, before a delimiter")
+
+    def test_what_the_implicit_form_cannot_tell_is_refused(self):
+        text = element(0x00081140, "LO", "hello")
+        sequence = element(0x00100010, "SQ", item(b""))
+        unknown = element(0x00100010, "UN", item(b"") + sequence_end(), length=UNDEFINED)
+        inner = element(0x00081199, "SQ", item(text))
+        for content, words in ((text, "(0008,1140) is LO, but a sequence by the dictionary"),
+                               (inner, "(0008,1140) is LO, but a sequence by the dictionary"),
+                               (sequence, "(0010,0010) is a sequence, but PN by the dictionary"),
+                               (unknown, "(0010,0010) is a sequence, but PN by the dictionary")):
+            for options in (["--syntax", "implicit"], ["--no-preamble"]):
+                self.assert_refused(meta(EXPLICIT) + content, words, *options)
+            self.assert_ends(run("convert", "--force", self.write("in.dcm", meta(EXPLICIT) + content), self.out), DONE, "")
+            self.out.unlink()
+        self.convert(meta(EXPLICIT) + element(0x00081140, "LO"), "--syntax", "implicit")
+
+    def test_elements_of_the_meta_header_in_items_are_refused(self):
+        content = element(0x00081140, "SQ", item(element(0x00020003, "UI", "1.2.3")))
+        self.assert_refused(meta(EXPLICIT) + content, "(0002,0003) stands in an item and would be lost")
 
     def test_big_endian_pixels_whose_order_is_not_certain_are_refused(self):
         for bits, vr, refused in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (1, "OW", False), (16, "OB", True),
