@@ -56,6 +56,8 @@ run_target() {
 reduce_target() {
   local name="$1" seeds="$2" reduced
   reduced="$(mktemp -d)"
+  # What never ran with --learn has learned nothing.
+  mkdir -p "$root/build/fuzz/learned/$name"
   "$root/build/fuzz/bin/$name" -merge=1 -timeout=25 "-max_len=$longest_input" \
     "$reduced" "$seeds" "$root/build/fuzz/learned/$name" >"$root/build/fuzz/logs/$name.merge.log" 2>&1
   say "$name: $(find "$seeds" -type f | wc -l) seeds become $(find "$reduced" -type f | wc -l)"
