@@ -171,7 +171,9 @@ class LossSearch final : public ObjectVisitor {
 
   void OnElement(const VR& vr, const DICOMObject&, int level) override {
     FindMetaElement(vr, level);
-    if (toImplicit_ && vr.Length != 0 && TypeOf(vr) == type_code::SQ)
+    // What is unknown there holds the implicit form already (DICOM PS3.5, 6.2.2).
+    const bool isOther = vr.Length != 0 && vr.TypeCode != type_code::UN;
+    if (toImplicit_ && isOther && TypeOf(vr) == type_code::SQ)
       Say(TagText(vr) + " is " + TypeLetters(vr.TypeCode) + ", but a sequence by the dictionary");
   }
   void OnSequence(const VR& vr, const DICOMObject&, int level) override {

@@ -134,9 +134,10 @@ class ElementReader {
       if (!PushElement(*item, vr, head) || !PushItem(object, item, head)) return false;
     }
     NoteMissingEnd();
-    if (in_.LeftInView() == 0)
-      coder_.Note(
-          {Oddity::kNoDelimiter, in_.Position(), GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)});
+    if (in_.LeftInView() == 0 && object.LastPushedVR != nullptr) {
+      const VR& pixels = *object.LastPushedVR;
+      coder_.Note({Oddity::kNoDelimiter, pixels.StreamPosition, pixels.Group, pixels.Element});
+    }
     return true;
   }
 
@@ -315,8 +316,6 @@ class ElementReader {
       Note(Oddity::kWrongLength, head);
     if (read && length == kUndefinedLength && !coder_.EndedByDelimiter() && in_.LeftInView() == 0)
       Note(Oddity::kNoDelimiter, head);
-    // What ended was not the level that goes on here.
-    coder_.NoteEnd(false);
     return read;
   }
 

@@ -114,6 +114,7 @@ TEST(Encapsulated, AMissingDelimiterAtTheEndIsNoFailure) {
   EXPECT_EQ(At(*parsed.object, 0x7FE0, 0x0010).ItemCount(), 2u);
   // But fragments may have been cut off there, for which the end of the stream is noted: 12 + 8 + 8 + 2 bytes.
   EXPECT_EQ(parsed.stop, (ParseStop{Why::kMissingEnd, 30, 0, 0}));
+  EXPECT_TRUE(parsed.oddities.empty());
 }
 
 TEST(Encapsulated, AMissingDelimiterAtTheEndOfADefinedLengthIsNotTheEndOfTheStream) {

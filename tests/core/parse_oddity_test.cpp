@@ -171,15 +171,34 @@ TEST(ParseOddity, AnUndefinedLengthThatEndsWithWhatIsAroundIt) {
   EXPECT_EQ(Parse(kExplicit, items).oddities, Oddities());
 }
 
+TEST(ParseOddity, ADelimiterBeforeSaysNothingOfTheLevelsBehindIt) {
+  const Bytes inner = DataSetBuilder(kExplicit).Head(0x0008, 0x1199, "SQ", kNoLength);
+  const Bytes bytes = DataSetBuilder(kExplicit)
+                          .Raw(Name())
+                          .EndSequence()
+                          .Head(0x0008, 0x1140, "SQ", 20)
+                          .Item(12)
+                          .Raw(inner);
+  DataSetCoder coder;
+  DICOMDataObject object;
+  // Behind the stray delimiter the same coder reads on.
+  Bytes copy = bytes;
+  MemoryBuffer buffer(copy.data(), static_cast<std::uint32_t>(copy.size()), false);
+  EXPECT_TRUE(
+      coder.File_ParseRawVRIntoDCM(buffer, object, static_cast<std::int32_t>(kExplicit), true));
+  EXPECT_TRUE(
+      coder.File_ParseRawVRIntoDCM(buffer, object, static_cast<std::int32_t>(kExplicit), true));
+  EXPECT_EQ(OdditiesOf(coder), (Oddities{{Kind::kStrayDelimiter, 10, 0xFFFE, 0xE0DD},
+                                         {Kind::kNoDelimiter, 38, 0x0008, 0x1199}}));
+}
+
 TEST(ParseOddity, FragmentsThatEndWithWhatIsAroundThem) {
   const Bytes icon =
       DataSetBuilder(kExplicit).Head(0x7FE0, 0x0010, "OB", kNoLength).Item(0).Item(2).Raw({1, 2});
   const auto size = static_cast<std::uint32_t>(icon.size());
   const Bytes bytes =
       DataSetBuilder(kExplicit).Head(0x0088, 0x0200, "SQ", size + 8).Item(size).Raw(icon);
-  const Oddities oddities = Parse(kExplicit, bytes).oddities;
-  ASSERT_FALSE(oddities.empty());
-  EXPECT_EQ(oddities[0], (ParseOddity{Kind::kNoDelimiter, bytes.size(), 0x7FE0, 0x0010}));
+  EXPECT_EQ(Parse(kExplicit, bytes).oddities, (Oddities{{Kind::kNoDelimiter, 20, 0x7FE0, 0x0010}}));
 }
 
 TEST(ParseOddity, ADelimiterOfTheOtherKindOrWithALength) {

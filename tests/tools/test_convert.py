@@ -391,10 +391,16 @@ class Refusals(ConvertTest):
             self.assert_ends(run("convert", "--force", self.write("in.dcm", meta(EXPLICIT) + content), self.out), DONE, "")
             self.out.unlink()
         self.convert(meta(EXPLICIT) + element(0x00081140, "LO"), "--syntax", "implicit")
+        # What is unknown holds the implicit form already, and becomes the sequence that it was.
+        hidden = element(0x00081140, "UN", item(element(0x00080100, "SH", "T-D1100", implicit=True)))
+        dataset = self.convert(meta(EXPLICIT) + hidden, "--syntax", "implicit")
+        self.assertEqual(dataset.ReferencedImageSequence[0].CodeValue, "T-D1100")
 
     def test_elements_of_the_meta_header_in_items_are_refused(self):
         content = element(0x00081140, "SQ", item(element(0x00020003, "UI", "1.2.3")))
         self.assert_refused(meta(EXPLICIT) + content, "(0002,0003) stands in an item and would be lost")
+        content = element(0x00081140, "SQ", item(element(0x00020100, "SQ", item(b""))))
+        self.assert_refused(meta(EXPLICIT) + content, "(0002,0100) stands in an item and would be lost")
 
     def test_big_endian_pixels_whose_order_is_not_certain_are_refused(self):
         for bits, vr, refused in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (1, "OW", False), (16, "OB", True),
