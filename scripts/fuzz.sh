@@ -60,6 +60,7 @@ reduce_target() {
   mkdir -p "$root/build/fuzz/learned/$name"
   "$root/build/fuzz/bin/$name" -merge=1 -timeout=25 "-max_len=$longest_input" \
     "$reduced" "$seeds" "$root/build/fuzz/learned/$name" >"$root/build/fuzz/logs/$name.merge.log" 2>&1
+  [ -n "$(ls "$reduced")" ] || die "$name: nothing is left of the seeds"
   local before
   before="$(find "$seeds" -type f | wc -l)"
   # A seed with a name was made by hand, for a reason that the merge does not know. It stays, and is not kept twice: what was

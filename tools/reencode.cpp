@@ -1,12 +1,14 @@
 #include "reencode.h"
 
 #include <algorithm>
+#include <cstring>
 #include <memory>
 #include <vector>
 
 #include "base/byte_order.h"
 #include "core/element_reader.h"
 #include "core/element_text.h"
+#include "core/memory_buffer.h"
 #include "core/meta_header.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
@@ -22,6 +24,7 @@ constexpr const char* kExplicitLittleUid = "1.2.840.10008.1.2.1";
 constexpr const char* kExplicitBigUid = "1.2.840.10008.1.2.2";
 
 constexpr std::uint16_t kMetaGroup = 0x0002;
+constexpr std::size_t kHeadSize = 8;  // of an implicit element
 constexpr std::uint32_t kMostOfShortLength = 65534;
 constexpr TagKey kDirectoryRecords = MakeTagKey(0x0004, 0x1220);
 
@@ -171,9 +174,8 @@ class LossSearch final : public ObjectVisitor {
 
   void OnElement(const VR& vr, const DICOMObject&, int level) override {
     FindMetaElement(vr, level);
-    // What is unknown there holds the implicit form already (DICOM PS3.5, 6.2.2).
-    const bool isOther = vr.Length != 0 && vr.TypeCode != type_code::UN;
-    if (toImplicit_ && isOther && TypeOf(vr) == type_code::SQ)
+    const bool isToBeSequence = toImplicit_ && vr.Length != 0 && TypeOf(vr) == type_code::SQ;
+    if (isToBeSequence && !HoldsImplicitItems(vr))
       Say(TagText(vr) + " is " + TypeLetters(vr.TypeCode) + ", but a sequence by the dictionary");
   }
   void OnSequence(const VR& vr, const DICOMObject&, int level) override {
@@ -200,6 +202,25 @@ class LossSearch final : public ObjectVisitor {
   }
   [[nodiscard]] VrCode TypeOf(const VR& vr) const {
     return dictionary_.RunTimeClass(vr.Group, vr.Element, nullptr);
+  }
+  /// What is unknown holds the implicit form already (DICOM PS3.5, 6.2.2): there it becomes the sequence that it was. Whether
+  /// that can be read, and holds nothing that would be lost in turn.
+  [[nodiscard]] bool HoldsImplicitItems(const VR& vr) const {
+    if (vr.TypeCode != type_code::UN || vr.Data == nullptr) return false;
+    std::vector<std::uint8_t> bytes(kHeadSize + vr.Length);
+    StoreLittle16(bytes.data(), vr.Group);
+    StoreLittle16(bytes.data() + 2, vr.Element);
+    StoreLittle32(bytes.data() + 4, vr.Length);
+    std::memcpy(bytes.data() + kHeadSize, vr.Data, vr.Length);
+    MemoryBuffer stream(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+    DataSetCoder coder(&dictionary_);
+    DICOMDataObject object;
+    const bool isWhole = coder.ImplicitLittleIn(stream, object) &&
+                         coder.LastStop().why == ParseStop::Why::kNone && coder.Oddities().empty();
+    if (!isWhole || object.Elements.Size() != 1) return false;
+    LossSearch losses(dictionary_, false);
+    WalkObject(object, losses);
+    return losses.words.empty();
   }
 
   const RTC& dictionary_;

@@ -395,6 +395,15 @@ class Refusals(ConvertTest):
         hidden = element(0x00081140, "UN", item(element(0x00080100, "SH", "T-D1100", implicit=True)))
         dataset = self.convert(meta(EXPLICIT) + hidden, "--syntax", "implicit")
         self.assertEqual(dataset.ReferencedImageSequence[0].CodeValue, "T-D1100")
+        self.out.unlink()
+        # Anything else would tear the file apart.
+        for value in (b"\1\2\3\4", b"HELLO WORLD THERE IT IS ", item(element(0x00080100, "SH", "T-D1100")),
+                      struct.pack("<HHI", 0xFFFE, 0xE0FF, 4) + b"abcd", sequence_end() + b"text",
+                      item(element(0x00081199, "SQ", b"Hello ", implicit=True)),
+                      item(element(0x00080100, "SH", "T-D1100", implicit=True)) + b"rest",
+                      item(element(0x00020003, "UI", "1.2.3", implicit=True)), item(b"")[:-1] + b"\1"):
+            content = meta(EXPLICIT) + element(0x00081140, "UN", value) + element(0x00100010, "PN", "Doe^John")
+            self.assert_refused(content, "(0008,1140) is UN, but a sequence by the dictionary", "--syntax", "implicit")
 
     def test_elements_of_the_meta_header_in_items_are_refused(self):
         content = element(0x00081140, "SQ", item(element(0x00020003, "UI", "1.2.3")))
