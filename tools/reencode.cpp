@@ -165,6 +165,16 @@ std::string SyntaxOfCode(std::int32_t code) {
   return IsBigEndian(code) ? kExplicitBigUid : kExplicitLittleUid;
 }
 
+/// Without a mark readers guess the form from the second byte of the first length: in the explicit form that is a letter.
+bool LooksExplicitWhenBare(const DICOMObject& object) {
+  const VR* first = object.GetFirstVR();
+  while (first != nullptr && (first->Group <= kMetaGroup || first->Element == 0))
+    first = object.GetNextVR(first);
+  if (first == nullptr || first->Items != nullptr) return false;
+  const auto second = static_cast<std::int8_t>((first->Length + first->Length % 2) >> 8);
+  return second > 10;
+}
+
 /// Looks for what a file in another form cannot hold, or cannot tell to its reader.
 class LossSearch final : public ObjectVisitor {
  public:
@@ -174,8 +184,9 @@ class LossSearch final : public ObjectVisitor {
 
   void OnElement(const VR& vr, const DICOMObject&, int level) override {
     FindMetaElement(vr, level);
+    deepest = std::max(deepest, level);
     const bool isToBeSequence = toImplicit_ && vr.Length != 0 && TypeOf(vr) == type_code::SQ;
-    if (isToBeSequence && !HoldsImplicitItems(vr))
+    if (isToBeSequence && !HoldsImplicitItems(vr, level))
       Say(TagText(vr) + " is " + TypeLetters(vr.TypeCode) + ", but a sequence by the dictionary");
   }
   void OnSequence(const VR& vr, const DICOMObject&, int level) override {
@@ -187,10 +198,13 @@ class LossSearch final : public ObjectVisitor {
       Say(TagText(vr) + " is a sequence, but " + TypeLetters(type) + " by the dictionary");
   }
   void OnSequenceEnd(const VR&, int) override {}
-  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int) override {}
+  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int level) override {
+    deepest = std::max(deepest, level);
+  }
   void OnItemEnd(const VR&, int) override {}
 
   std::string words;
+  int deepest = 0;  // level of an item or of an element
 
  private:
   void Say(const std::string& why) {
@@ -204,8 +218,8 @@ class LossSearch final : public ObjectVisitor {
     return dictionary_.RunTimeClass(vr.Group, vr.Element, nullptr);
   }
   /// What is unknown holds the implicit form already (DICOM PS3.5, 6.2.2): there it becomes the sequence that it was. Whether
-  /// that can be read, and holds nothing that would be lost in turn.
-  [[nodiscard]] bool HoldsImplicitItems(const VR& vr) const {
+  /// that can be read, below `level`, and holds nothing that would be lost in turn.
+  [[nodiscard]] bool HoldsImplicitItems(const VR& vr, int level) const {
     if (vr.TypeCode != type_code::UN || vr.Data == nullptr) return false;
     std::vector<std::uint8_t> bytes(kHeadSize + vr.Length);
     StoreLittle16(bytes.data(), vr.Group);
@@ -220,7 +234,7 @@ class LossSearch final : public ObjectVisitor {
     if (!isWhole || object.Elements.Size() != 1) return false;
     LossSearch losses(dictionary_, false);
     WalkObject(object, losses);
-    return losses.words.empty();
+    return losses.words.empty() && level + losses.deepest <= kMaxNesting;
   }
 
   const RTC& dictionary_;
@@ -254,6 +268,8 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& d
   LossSearch losses(dictionary, toImplicit && !IsImplicit(source.code));
   WalkObject(object, losses);
   if (!losses.words.empty()) return losses.words;
+  if (target == Target::kBare && LooksExplicitWhenBare(object))
+    return "without a mark it would be taken for explicit, for its first element is that long";
   const bool fragments = HoldsFragments(object);
   const bool compressedSyntax = !source.syntax.empty() && !IsNativeSyntax(source.syntax);
   const bool pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) != nullptr;

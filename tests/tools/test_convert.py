@@ -405,6 +405,34 @@ class Refusals(ConvertTest):
             content = meta(EXPLICIT) + element(0x00081140, "UN", value) + element(0x00100010, "PN", "Doe^John")
             self.assert_refused(content, "(0008,1140) is UN, but a sequence by the dictionary", "--syntax", "implicit")
 
+    def test_an_unknown_value_becomes_no_sequence_deeper_than_any_is_read(self):
+        def nested(levels, content, implicit):
+            for _ in range(levels):
+                content = element(0x00081140, "SQ", item(content), implicit)
+            return content
+
+        for outer, inner, refused in ((0, 1, False), (200, 56, False), (200, 57, True), (1, 256, True), (255, 2, True)):
+            with self.subTest(outer=outer, inner=inner):
+                value = nested(inner, b"", True)[8:]
+                content = meta(EXPLICIT) + nested(outer, element(0x00081140, "UN", value), False)
+                if refused:
+                    self.assert_refused(content, "(0008,1140) is UN, but a sequence by the dictionary", "--syntax", "implicit")
+                else:
+                    file = self.write("in.dcm", content)
+                    self.assert_ends(run("convert", "--syntax", "implicit", "--force", file, self.out), DONE, "")
+                    self.assert_ends(run("check", "-q", self.out), DONE, "")
+                    self.out.unlink()
+
+    def test_a_bare_data_set_that_would_be_taken_for_explicit_is_refused(self):
+        for length in (11 * 256, 0x4144, 127 * 256 + 254):
+            self.assert_refused(meta(EXPLICIT) + element(0x00080104, "LO", b"x" * length),
+                                "without a mark it would be taken for explicit", "--no-preamble")
+        for length in (2, 10 * 256 + 254, 128 * 256, 0xFFFE):
+            file = self.write("in.dcm", meta(EXPLICIT) + element(0x00080104, "LO", b"x" * length))
+            self.assert_ends(run("convert", "--no-preamble", "--force", file, self.out), DONE, "")
+            self.assert_ends(run("check", "-q", self.out), DONE)
+            self.out.unlink()
+
     def test_elements_of_the_meta_header_in_items_are_refused(self):
         content = element(0x00081140, "SQ", item(element(0x00020003, "UI", "1.2.3")))
         self.assert_refused(meta(EXPLICIT) + content, "(0002,0003) stands in an item and would be lost")
