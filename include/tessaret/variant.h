@@ -59,7 +59,7 @@ class Variant {
     if (isArray_) {
       value_.array = new VariantArray(*other.value_.array);
     } else if (type_ == VariantType::kString) {
-      String copy(other.AsString());
+      String copy = other.ToString();
       value_.string = std::exchange(copy.units_, nullptr);
     } else if (type_ == VariantType::kObject && value_.object != nullptr) {
       value_.object->AddRef();

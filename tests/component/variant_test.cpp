@@ -124,6 +124,15 @@ TEST(Variant, OwnsItsTextAndItsArray) {
   other.Clear();
 }
 
+TEST(Variant, ANullStringStaysNull) {
+  const Variant null{String()};
+  EXPECT_TRUE(null.Is(Type::kString));
+  EXPECT_TRUE(null.ToString().IsNull());
+  const Variant copy = null;  // NOLINT(performance-unnecessary-copy-initialization): that is what is tried
+  EXPECT_TRUE(copy.ToString().IsNull());
+  EXPECT_FALSE(Variant("").ToString().IsNull());
+}
+
 TEST(Variant, HoldsAReferenceToItsObjectAsLongAsItLives) {
   CountedObject object;
   {
