@@ -45,6 +45,8 @@ inline constexpr Status kClassNotAvailable = static_cast<Status>(0x80040111u);
 inline constexpr Status kClassNotRegistered = static_cast<Status>(0x80040154u);
 /// There is no connection of this number.
 inline constexpr Status kNoConnection = static_cast<Status>(0x80040200u);
+/// An object cannot listen to these events.
+inline constexpr Status kCannotConnect = static_cast<Status>(0x80040202u);
 /// No memory.
 inline constexpr Status kOutOfMemory = static_cast<Status>(0x8007000Eu);
 /// An argument makes no sense.

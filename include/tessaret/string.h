@@ -7,7 +7,6 @@
 #include <compare>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <limits>
 #include <new>
@@ -97,15 +96,14 @@ class String {
     return reinterpret_cast<Header*>(const_cast<char16_t*>(units)) - 1;
   }
   static void Free(char16_t* units) noexcept {
-    if (units != nullptr) std::free(HeaderOf(units));
+    if (units != nullptr) ::operator delete(HeaderOf(units));
   }
 
   /// Room for `length` units, with the 0 behind them set. Requires: this is null.
   char16_t* Allocate(std::size_t length) {
     if (length > (std::numeric_limits<std::size_t>::max() - sizeof(Header)) / sizeof(char16_t) - 1)
       throw std::bad_alloc();
-    void* block = std::malloc(sizeof(Header) + (length + 1) * sizeof(char16_t));
-    if (block == nullptr) throw std::bad_alloc();
+    void* block = ::operator new(sizeof(Header) + (length + 1) * sizeof(char16_t));
     units_ = reinterpret_cast<char16_t*>(::new (block) Header{length} + 1);
     units_[length] = 0;
     return units_;

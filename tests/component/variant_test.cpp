@@ -128,7 +128,8 @@ TEST(Variant, ANullStringStaysNull) {
   const Variant null{String()};
   EXPECT_TRUE(null.Is(Type::kString));
   EXPECT_TRUE(null.ToString().IsNull());
-  const Variant copy = null;  // NOLINT(performance-unnecessary-copy-initialization): that is what is tried
+  const Variant copy =
+      null;  // NOLINT(performance-unnecessary-copy-initialization): that is what is tried
   EXPECT_TRUE(copy.ToString().IsNull());
   EXPECT_FALSE(Variant("").ToString().IsNull());
 }

@@ -1,0 +1,67 @@
+#include "component/string_table.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace tessaret {
+namespace {
+
+struct Entry {
+  std::int32_t id;
+  std::string_view text;
+};
+
+// Hosts know these texts, odd spelling included.
+constexpr Entry kEntries[] = {
+    {100, "Tessaret"},
+    {501, "DCMDictionary Class"},
+    {512, "Error reading DICOM object"},
+    {513, "Cannot open file for reading"},
+    {514, "Image is from different series"},
+    {515, "Images is from the same series but not from the same sequence"},
+    {516, "Image is not parallel"},
+    {517, "Image has different pixel spacing"},
+    {518, "SOP Class (Modality) not supported"},
+    {519, "Image has different dimensions"},
+    {520, "Image type not supported"},
+    {521, "The Dicom Object is already present"},
+    {522, "Error saving converted file"},
+    {523, "Pixel type not supported, only 8 and 16 bits allowed."},
+    {524, "Not enough memory for object"},
+    {525, "Error creating directory for output"},
+    {526, "Error opening Analyze file"},
+    {527, "Error saving DICOM series"},
+    {528, "Bad IOD or image index"},
+    {529, "Registry configuration error"},
+    {530, "Error starting Dicom SCU"},
+    {531, "Connection to  %s: %s permanently refused"},
+    {532, "Connection to  %s: %s temporarily refused"},
+    {533, "Non active link"},
+    {534, "Unupported Application Context"},
+    {535, "Unknown local AETitle"},
+    {536, "Unknown remote AETitle"},
+    {537, "No active DICOM Association"},
+    {538, "Non existing File o wthout read permissions"},
+    {539, "Invalid DICOM object"},
+    {540, "Cannot determine the DICOM object type"},
+    {541, "Storage not supported for modality %s"},
+    {542, "Error during transfer"},
+    {543, "Error converting VARIANT to VR type"},
+    {544, "Bad or Unknown VR TypeCode"},
+    {545, "Invalid index"},
+    {546, "Error loading/saving ROI file"},
+    {547, "Invalid DicomSeries pointer"},
+    {548, "Invalid ROI"},
+    {549, "The initial point doesn't belong to the isoline"},
+    {550, "Internal contouring error"},
+};
+static_assert(std::ranges::is_sorted(kEntries, {}, &Entry::id));
+
+}  // namespace
+
+std::string_view StringOf(std::int32_t id) {
+  const auto* found = std::ranges::lower_bound(kEntries, id, {}, &Entry::id);
+  return found != std::end(kEntries) && found->id == id ? found->text : std::string_view("");
+}
+
+}  // namespace tessaret

@@ -1,0 +1,86 @@
+// The words of a thread's last failure.
+#include "component/report.h"
+
+#include <string>
+#include <thread>
+
+#include <gtest/gtest.h>
+
+#include "support/allocation_failure.h"
+
+namespace tessaret {
+namespace {
+
+constexpr ClassId kLamp{1, 1};
+constexpr InterfaceId kILamp{2, 1};
+constexpr ClassRow kRows[] = {{"Tessaret.Lamp", kLamp, "ILamp", "", nullptr}};
+
+class ReportTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    before_ = Classes();
+    RegisterClasses(kRows);
+    ForgetLastWords();
+  }
+  void TearDown() override {
+    RegisterClasses(before_);
+    ForgetLastWords();
+  }
+
+ private:
+  std::span<const ClassRow> before_;
+};
+
+TEST_F(ReportTest, KeepsTextClassAndInterface) {
+  EXPECT_EQ(Report(kLamp, "It went out", kILamp), static_cast<Status>(0x80020009u));
+  EXPECT_EQ(LastWords().source, "Tessaret.Lamp");
+  EXPECT_EQ(LastWords().text, "It went out");
+  EXPECT_EQ(LastWords().interface, kILamp);
+}
+
+TEST_F(ReportTest, TakesEntriesOfTheStringTable) {
+  EXPECT_EQ(Report(kLamp, 543, kILamp), kException);
+  EXPECT_EQ(LastWords().text, "Error converting VARIANT to VR type");
+  EXPECT_EQ(Report(kLamp, 551, kILamp), kException);
+  EXPECT_EQ(LastWords().text, "");
+}
+
+TEST_F(ReportTest, ANullTextIsAnInvalidPointerAndNothingElse) {
+  Report(kLamp, "It went out", kILamp);
+  EXPECT_EQ(Report(kLamp, nullptr, kILamp), static_cast<Status>(0x80004003u));
+  EXPECT_EQ(LastWords().text, "It went out");
+}
+
+TEST_F(ReportTest, AClassThatIsNotThereHasNoName) {
+  Report({9, 9}, "unknown", kILamp);
+  EXPECT_EQ(LastWords().source, "");
+  EXPECT_EQ(LastWords().text, "unknown");
+}
+
+TEST_F(ReportTest, EachThreadHasItsOwn) {
+  Report(kLamp, "here", kILamp);
+  std::thread([] {
+    EXPECT_EQ(LastWords().text, "");
+    Report(kLamp, "there", kILamp);
+    EXPECT_EQ(LastWords().text, "there");
+  }).join();
+  EXPECT_EQ(LastWords().text, "here");
+  ForgetLastWords();
+  EXPECT_EQ(LastWords().text, "");
+  EXPECT_EQ(LastWords().source, "");
+}
+
+TEST_F(ReportTest, WithoutMemoryTheStartOfTheTextIsKept) {
+  const std::string text(5000, 'x');
+  Status status = kOk;
+  {
+    const test::AllocationFailure failure(1);
+    status = Report(kLamp, text.c_str(), kILamp);
+  }
+  EXPECT_EQ(status, kException);
+  EXPECT_GE(LastWords().text.size(), 8u);
+  EXPECT_EQ(text.find(LastWords().text), 0u);
+}
+
+}  // namespace
+}  // namespace tessaret
