@@ -60,6 +60,8 @@ check_tidy() {
 
 check_dictionaries() { "$python" -B data/make-dictionaries --check; }
 
+check_tables() { "$python" -B scripts/make_interface_tables.py --check; }
+
 check_shell() {
   local scripts
   mapfile -t scripts < <(project_files '*.sh'; printf '%s\n' dev .ci/run)
@@ -84,6 +86,7 @@ rule "every file in a build list" "$python" scripts/check_lists.py
 rule "words" "$python" scripts/check_words.py
 rule "shell scripts" check_shell
 rule "dictionaries agree with their tables" check_dictionaries
+rule "tables of the interfaces agree with their headers" check_tables
 rule "format" check_format
 rule "headers compile alone" check_headers
 rule "tidy" check_tidy

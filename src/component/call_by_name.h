@@ -11,7 +11,7 @@
 #include <utility>
 
 #include "component/variant_conversion.h"
-#include "tessaret/dispatch.h"
+#include "tessaret/dispatch.hpp"
 
 namespace tessaret {
 
@@ -191,8 +191,13 @@ Status CallMember(void* self, const MemberInfo& member, Variant* arguments, std:
     auto& slot = std::get<kIndex>(slots);
     using Way = Passing<typename std::remove_reference_t<decltype(slot)>::Value>;
     const ArgumentFlow flow = cursor.FlowAt(kIndex);
-    if (flow == ArgumentFlow::kOut || flow == ArgumentFlow::kResult) return kOk;
+    if (flow == ArgumentFlow::kResult) return kOk;
     const Variant* given = cursor.At(kIndex);
+    if (flow == ArgumentFlow::kOut) {
+      // What the member leaves alone comes back as it was.
+      if (given != nullptr && !given->IsEmpty()) (void)Way::In(*given, slot.value);
+      return kOk;
+    }
     if (flow == ArgumentFlow::kOptional && (given == nullptr || given->IsEmpty())) return kOk;
     return given == nullptr ? kBadCount : Way::In(*given, slot.value);
   };

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "tessaret/object.h"
+#include "tessaret/object.hpp"
 
 namespace tessaret {
 

@@ -8,8 +8,8 @@
 #include <type_traits>
 
 #include "component/object_count.h"
-#include "tessaret/dispatch.h"
-#include "tessaret/object.h"
+#include "tessaret/dispatch.hpp"
+#include "tessaret/object.hpp"
 
 namespace tessaret {
 

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "component/call_by_name.h"
-#include "tessaret/events.h"
+#include "tessaret/events.hpp"
 
 namespace tessaret {
 

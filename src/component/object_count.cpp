@@ -23,6 +23,6 @@ void UnlockLibrary() noexcept {
   }
 }
 
-bool CanUnload() noexcept { return ObjectCount() == 0 && locks.load() == 0; }
+bool MayUnload() noexcept { return ObjectCount() == 0 && locks.load() == 0; }
 
 }  // namespace tessaret

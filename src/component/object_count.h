@@ -14,6 +14,6 @@ void LockLibrary() noexcept;
 void UnlockLibrary() noexcept;
 
 /// True while no object exists and no lock is held.
-bool CanUnload() noexcept;
+bool MayUnload() noexcept;
 
 }  // namespace tessaret

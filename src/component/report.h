@@ -6,8 +6,8 @@
 #include <string_view>
 
 #include "component/class_table.h"
-#include "tessaret/object.h"
-#include "tessaret/status.h"
+#include "tessaret/object.hpp"
+#include "tessaret/status.hpp"
 
 namespace tessaret {
 

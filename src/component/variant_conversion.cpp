@@ -7,7 +7,7 @@
 #include <limits>
 
 #include "base/text.h"
-#include "tessaret/calendar.h"
+#include "tessaret/calendar.hpp"
 
 namespace tessaret {
 namespace {

@@ -5,7 +5,7 @@
 #include <string>
 #include <string_view>
 
-#include "tessaret/variant.h"
+#include "tessaret/variant.hpp"
 
 namespace tessaret {
 

@@ -1,5 +1,5 @@
 // Dates as days and as years, months and days.
-#include "tessaret/calendar.h"
+#include "tessaret/calendar.hpp"
 
 #include <cmath>
 #include <limits>

@@ -201,22 +201,22 @@ TEST_F(ComponentObjectTest, IsCountedFromSeveralThreads) {
 
 TEST_F(ComponentObjectTest, TheLibraryMayGoWithoutObjectsAndLocks) {
   ASSERT_EQ(ObjectCount(), 0);
-  EXPECT_TRUE(CanUnload());
+  EXPECT_TRUE(MayUnload());
   {
     const auto lamp = Make<ILamp>();
-    EXPECT_FALSE(CanUnload());
+    EXPECT_FALSE(MayUnload());
   }
-  EXPECT_TRUE(CanUnload());
+  EXPECT_TRUE(MayUnload());
   LockLibrary();
   LockLibrary();
   UnlockLibrary();
-  EXPECT_FALSE(CanUnload());
+  EXPECT_FALSE(MayUnload());
   UnlockLibrary();
-  EXPECT_TRUE(CanUnload());
+  EXPECT_TRUE(MayUnload());
   UnlockLibrary();
-  EXPECT_TRUE(CanUnload());
+  EXPECT_TRUE(MayUnload());
   LockLibrary();
-  EXPECT_FALSE(CanUnload());
+  EXPECT_FALSE(MayUnload());
   UnlockLibrary();
 }
 

@@ -1,5 +1,5 @@
 // The 16-bit strings of the public interface and their narrow forms.
-#include "tessaret/string.h"
+#include "tessaret/string.hpp"
 
 #include <gtest/gtest.h>
 

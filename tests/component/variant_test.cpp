@@ -1,5 +1,5 @@
 // The values of the public interface: what they own, and how they turn into one another.
-#include "tessaret/variant.h"
+#include "tessaret/variant.hpp"
 
 #include <cmath>
 #include <limits>

@@ -1,7 +1,7 @@
-/// How String goes to and from its narrow forms. Included by tessaret/string.h.
+/// How String goes to and from its narrow forms. Included by tessaret/string.hpp.
 #pragma once
 
-#include "tessaret/string.h"
+#include "tessaret/string.hpp"
 
 namespace tessaret {
 namespace coding {

@@ -11,7 +11,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "tessaret/status.h"
+#include "tessaret/status.hpp"
 
 namespace tessaret {
 

@@ -6,9 +6,9 @@
 
 #include <cstdint>
 
-#include "tessaret/object.h"
-#include "tessaret/status.h"
-#include "tessaret/variant.h"
+#include "tessaret/object.hpp"
+#include "tessaret/status.hpp"
+#include "tessaret/variant.hpp"
 
 namespace tessaret {
 
@@ -18,7 +18,7 @@ using Optional = T;  ///< may be left away by name, which gives 0, null or an em
 template <class T>
 using InOut = T*;  ///< read and written
 template <class T>
-using Out = T*;  ///< written
+using Out = T*;  ///< written, or left as it was
 template <class T>
 using Result = T*;  ///< written; what a call by name gives back
 

@@ -118,4 +118,4 @@ class String {
 
 }  // namespace tessaret
 
-#include "tessaret/string_coding.h"
+#include "tessaret/string_coding.hpp"

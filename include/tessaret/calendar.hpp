@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <optional>
 
-#include "tessaret/variant_array.h"
+#include "tessaret/variant_array.hpp"
 
 namespace tessaret {
 

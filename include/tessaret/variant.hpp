@@ -9,10 +9,10 @@
 #include <string_view>
 #include <utility>
 
-#include "tessaret/object.h"
-#include "tessaret/status.h"
-#include "tessaret/string.h"
-#include "tessaret/variant_array.h"
+#include "tessaret/object.hpp"
+#include "tessaret/status.hpp"
+#include "tessaret/string.hpp"
+#include "tessaret/variant_array.hpp"
 
 namespace tessaret {
 
@@ -140,7 +140,7 @@ class Variant {
   ///  - Numbers, booleans and dates: by value; fractions are rounded to the nearest whole number, halves to the even one. Any
   ///    number but 0 is true, which becomes -1. kOverflow where it does not fit; not-a-number fits no whole number.
   ///  - From text: a decimal number as in "-12.5e3", "True" and "False" in any case for any number (-1 and 0), and dates in the
-  ///    forms that tessaret/calendar.h lists; blanks around them count for nothing. kTypeMismatch for any other text.
+  ///    forms that tessaret/calendar.hpp lists; blanks around them count for nothing. kTypeMismatch for any other text.
   ///  - To text: whole numbers in decimal, others in the shortest form that reads back the same, "True" or "False", dates as
   ///    2001-02-03, with 14:05:06 behind a blank unless that is midnight, and with .250 where milliseconds are not 0.
   ///  - Empty becomes 0, midnight of 1899-12-30 or empty text.

@@ -7,7 +7,7 @@
 
 #include <cstdint>
 
-#include "tessaret/dispatch.h"
+#include "tessaret/dispatch.hpp"
 
 namespace tessaret {
 

@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <utility>
 
-#include "tessaret/status.h"
+#include "tessaret/status.hpp"
 
 namespace tessaret {
 

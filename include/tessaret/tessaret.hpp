@@ -1,0 +1,14 @@
+/// All of Tessaret for a C++ program.
+#pragma once
+
+#include "tessaret/calendar.hpp"
+#include "tessaret/dispatch.hpp"
+#include "tessaret/events.hpp"
+#include "tessaret/idcm_dictionary.hpp"
+#include "tessaret/idcm_options.hpp"
+#include "tessaret/library.hpp"
+#include "tessaret/object.hpp"
+#include "tessaret/status.hpp"
+#include "tessaret/string.hpp"
+#include "tessaret/variant.hpp"
+#include "tessaret/version.h"

@@ -1,0 +1,47 @@
+#include "facade/dcm_options.h"
+
+#include <atomic>
+#include <mutex>
+
+#include "facade/class_ids.h"
+#include "facade/guard.h"
+#include "platform/settings_store.h"
+
+namespace tessaret {
+namespace {
+
+constexpr const char* kGroup = "Software\\Halvorne\\Vandrel";
+constexpr const char* kUseTotoku = "UseTotoku";
+
+/// One for the process; nothing in the library draws by it.
+constinit std::atomic<bool> useTotokuLut = false;
+
+}  // namespace
+
+void ReadOptions() {
+  const auto number = ReadNumberSetting(kGroup, kUseTotoku);
+  useTotokuLut = number && *number > 0;
+}
+
+CDCMOptions::CDCMOptions(IObject* outer) : ComponentObject(outer) {
+  static std::once_flag firstUse;
+  std::call_once(firstUse, &ReadOptions);
+}
+
+Status CDCMOptions::get_UseTotokuLUT(VariantBool* pVal) {
+  if (pVal == nullptr) return kPointer;
+  *pVal = useTotokuLut.load();
+  return kOk;
+}
+
+Status CDCMOptions::put_UseTotokuLUT(VariantBool newVal) {
+  return Guarded<IDCMOptions>(class_id::kDCMOptions, [&] {
+    const bool wanted = newVal.IsTrue();
+    // Whether it could be written makes no difference: for this process it holds.
+    if (useTotokuLut.exchange(wanted) != wanted)
+      WriteNumberSetting(kGroup, kUseTotoku, wanted ? 1 : 0);
+    return kOk;
+  });
+}
+
+}  // namespace tessaret

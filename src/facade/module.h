@@ -1,0 +1,21 @@
+// The library as a whole: its classes, and what has to be there before any of them can be made.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "component/class_table.h"
+
+namespace tessaret {
+
+/// The twelve classes.
+std::span<const ClassRow> AllClasses();
+
+/// Starts the library when it is asked for the first time: registers the classes, loads both dictionaries, reads the options. False
+/// where the dictionaries cannot be loaded; that is said on standard error once, and stays so for the process. Any thread.
+bool StartModule();
+
+/// Why it did not start; empty where it did.
+const std::string& WhyNotStarted();
+
+}  // namespace tessaret

@@ -1,0 +1,156 @@
+// Making objects by name, from start to end.
+#include "tessaret/library.hpp"
+
+#include <cstdlib>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "facade/class_ids.h"
+#include "facade/module.h"
+#include "support/allocation_failure.h"
+#include "support/temp_folder.h"
+#include "tessaret/idcm_dictionary.hpp"
+#include "tessaret/idcm_options.hpp"
+
+namespace tessaret {
+namespace {
+
+struct KnownClass {
+  const char* name;
+  const char* interface;
+  const char* events;
+  ClassId id;
+};
+
+const KnownClass kKnown[] = {
+    {"Tessaret.DCMObject", "IDCMObject", "_IDCMObjectEvents", class_id::kDCMObject},
+    {"Tessaret.DcmOblique", "IDCMOblique", "_IDCMObliqueEvents", class_id::kDcmOblique},
+    {"Tessaret.DCMDicomDir", "IDCMDicomDir", "_IDCMDicomDirEvents", class_id::kDCMDicomDir},
+    {"Tessaret.ViewParameter", "IViewParameters", "", class_id::kViewParameter},
+    {"Tessaret.DCMOptions", "IDCMOptions", "_IDCMOptionsEvents", class_id::kDCMOptions},
+    {"Tessaret.ImageModule", "IImageModule", "", class_id::kImageModule},
+    {"Tessaret.DcmDictionary", "IDcmDictionary", "", class_id::kDcmDictionary},
+    {"Tessaret.DCMVolume", "IDCMVolume", "_IDCMVolumeEvents", class_id::kDCMVolume},
+    {"Tessaret.DcmQueryRetrieve", "IDcmQueryRetrieve", "_IDcmQueryRetrieveEvents",
+     class_id::kDcmQueryRetrieve},
+    {"Tessaret.XDIDomain", "IXDIDomain", "", class_id::kXDIDomain},
+    {"Tessaret.XDIConsumer", "IXDIConsumer", "_IXDIConsumerEvents", class_id::kXDIConsumer},
+    {"Tessaret.DcmCStore", "IDcmCStore", "_IDcmCStoreEvents", class_id::kDcmCStore},
+};
+
+TEST(Library, HasTheTwelveClassesWithTheirInterfacesAndEvents) {
+  ASSERT_EQ(AllClasses().size(), std::size(kKnown));
+  for (std::size_t at = 0; at < std::size(kKnown); ++at) {
+    const ClassRow& row = AllClasses()[at];
+    EXPECT_EQ(row.name, kKnown[at].name);
+    EXPECT_EQ(row.interface, kKnown[at].interface);
+    EXPECT_EQ(row.events, kKnown[at].events);
+    EXPECT_EQ(row.id, kKnown[at].id);
+    for (std::size_t other = 0; other < at; ++other) EXPECT_FALSE(row.id == AllClasses()[other].id);
+  }
+}
+
+TEST(Library, MakesAnObjectByEitherNameOrIdentifier) {
+  EXPECT_TRUE(Create<IDcmDictionary>("Tessaret.DcmDictionary"));
+  EXPECT_TRUE(Create<IDcmDictionary>("Tessaret.DcmDictionary.1"));
+  EXPECT_TRUE(Create<IDispatch>("tessaret.dcmdictionary"));
+  Ref<IDCMOptions> options;
+  EXPECT_EQ(tessaret_create_object_by_id(&class_id::kDCMOptions, &IDCMOptions::kId, nullptr,
+                                         reinterpret_cast<void**>(options.Receive())),
+            kOk);
+  EXPECT_TRUE(options);
+}
+
+TEST(Library, ClassesThatAreStillToComeSaySo) {
+  for (const KnownClass& known : kKnown) {
+    if (std::string(known.name) == "Tessaret.DCMOptions" ||
+        std::string(known.name) == "Tessaret.DcmDictionary")
+      continue;
+    Ref<IObject> object;
+    EXPECT_EQ(Create(known.name, object), static_cast<Status>(0x80004001u)) << known.name;
+    EXPECT_FALSE(object);
+    EXPECT_EQ(LastError().source, known.name);
+    EXPECT_EQ(LastError().text, "This class is not available in this version");
+  }
+}
+
+TEST(Library, RefusesWhatItDoesNotHave) {
+  Ref<IDCMOptions> options;
+  EXPECT_EQ(Create("Tessaret.DcmDictionary", options), kNoInterface);
+  EXPECT_FALSE(options);
+  EXPECT_EQ(Create("Tessaret.Nothing", options), kClassNotRegistered);
+  EXPECT_EQ(LastError().text, "There is no such class");
+  EXPECT_EQ(Create("", options), kClassNotRegistered);
+  void* object = &options;
+  EXPECT_EQ(tessaret_create_object(nullptr, &IObject::kId, nullptr, &object), kPointer);
+  EXPECT_EQ(tessaret_create_object("Tessaret.DCMOptions", nullptr, nullptr, &object), kPointer);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(tessaret_create_object("Tessaret.DCMOptions", &IObject::kId, nullptr, nullptr),
+            kPointer);
+  EXPECT_EQ(tessaret_create_object_by_id(nullptr, &IObject::kId, nullptr, &object), kPointer);
+  const ClassId unknown{1, 2};
+  EXPECT_EQ(tessaret_create_object_by_id(&unknown, &IObject::kId, nullptr, &object),
+            kClassNotRegistered);
+}
+
+TEST(Library, MayGoWhenNoObjectIsLeft) {
+  EXPECT_TRUE(CanUnload());
+  {
+    const auto dictionary = Create<IDcmDictionary>("Tessaret.DcmDictionary");
+    EXPECT_FALSE(CanUnload());
+  }
+  EXPECT_TRUE(CanUnload());
+  {
+    const LibraryLock lock;
+    EXPECT_FALSE(CanUnload());
+  }
+  EXPECT_TRUE(CanUnload());
+}
+
+TEST(Library, WithoutMemoryThereIsNoObject) {
+  ASSERT_TRUE(Create<IDcmDictionary>("Tessaret.DcmDictionary"));
+  Ref<IDcmDictionary> dictionary;
+  Status status = kOk;
+  {
+    const test::AllocationFailure failure(1);
+    status = Create("Tessaret.DcmDictionary", dictionary);
+  }
+  EXPECT_EQ(status, kOutOfMemory);
+  EXPECT_FALSE(dictionary);
+}
+
+TEST(Library, SeveralThreadsMayMakeObjects) {
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 4; ++thread) {
+    threads.emplace_back([] {
+      for (int turn = 0; turn < 1000; ++turn)
+        EXPECT_TRUE(Create<IDcmDictionary>("Tessaret.DcmDictionary"));
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  EXPECT_TRUE(CanUnload());
+}
+
+/// Tries to make each class where there are no dictionaries; 0 where that fails as it should.
+int TryWithoutDictionaries() {
+  const test::TempFolder folder;
+  ::setenv("TESSARET_DATA_DIR", folder.Path().c_str(), 1);
+  for (const KnownClass& known : kKnown) {
+    Ref<IObject> object;
+    if (Create(known.name, object) != kClassNotAvailable || object) return 1;
+    if (LastError().text != "Error reading [" + folder.File("dicom-dict.txt") + "]") return 2;
+  }
+  return 0;
+}
+
+TEST(LibraryDeathTest, WithoutItsDictionariesItHasNoClasses) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(TryWithoutDictionaries()), testing::ExitedWithCode(0),
+              "Error Tessaret: Error reading \\[.*dicom-dict.txt\\]");
+}
+
+}  // namespace
+}  // namespace tessaret
