@@ -6,6 +6,7 @@
 
 #include "tessaret/object.hpp"
 #include "tessaret/status.hpp"
+#include "tessaret/tessaret.h"
 
 extern "C" {
 /// Behind tessaret::Create. `name` is a class name; `id` one of its interfaces; `outer` the object that it becomes a part of, or
@@ -17,13 +18,6 @@ std::int32_t tessaret_create_object(const char* name, const tessaret::InterfaceI
 std::int32_t tessaret_create_object_by_id(const tessaret::InterfaceId* classId,
                                           const tessaret::InterfaceId* id, tessaret::IObject* outer,
                                           void** object);
-/// Behind tessaret::LastError: UTF-8, never null, valid until the thread's next failure.
-const char* tessaret_last_error_text(void);
-const char* tessaret_last_error_source(void);
-/// 1 while no object exists and no lock is held, otherwise 0.
-std::int32_t tessaret_can_unload(void);
-/// Not 0 keeps the library though no object exists; 0 gives one such lock back.
-void tessaret_lock_library(std::int32_t lock);
 }
 
 namespace tessaret {

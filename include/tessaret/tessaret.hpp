@@ -10,5 +10,6 @@
 #include "tessaret/object.hpp"
 #include "tessaret/status.hpp"
 #include "tessaret/string.hpp"
+#include "tessaret/tessaret.h"
 #include "tessaret/variant.hpp"
 #include "tessaret/version.h"

@@ -1,0 +1,180 @@
+/// The library from C, and through it from any other language: objects by name, members by name, values of any type.
+///
+/// All text is UTF-8; bytes that are none come through as they are. Booleans of values are -1 and 0. Every function that answers an
+/// int32_t answers a status: 0 or above after success, below 0 after a failure, of which tessaret_last_error_text() may know more
+/// (the numbers are those of tessaret/status.hpp, for instance 0x80020009 for a failure with words).
+///
+/// Who owns what: an object that a function gives is a reference for the caller, who gives it back with tessaret_release. A value
+/// that the caller makes only points to his own text and entries, which have to stay until the call returns. A value that the
+/// library fills owns what it points to, and the caller clears it with tessaret_clear; to clear a value that owns nothing does no
+/// harm, so that every value may be cleared when it is done with.
+///
+/// An object belongs to the thread that made it. tessaret_retain and tessaret_release may be called from any thread.
+#ifndef TESSARET_TESSARET_H
+#define TESSARET_TESSARET_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#include "tessaret/version.h"
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// An object of the library.
+typedef struct tessaret_object tessaret_object;
+
+/// What a value holds. With TESSARET_ARRAY added: an array of it.
+enum {
+  TESSARET_EMPTY = 0,
+  TESSARET_SHORT = 2,   ///< signed 16 bits
+  TESSARET_LONG = 3,    ///< signed 32 bits
+  TESSARET_FLOAT = 4,   ///< 32 bits
+  TESSARET_DOUBLE = 5,  ///< 64 bits
+  TESSARET_DATE =
+      7,  ///< days since 1899-12-30 as a double; before that day the fraction still counts forwards
+  TESSARET_STRING = 8,        ///< text, or null
+  TESSARET_OBJECT = 9,        ///< an object, or null
+  TESSARET_BOOL = 11,         ///< 16 bits; true is -1
+  TESSARET_SIGNED_BYTE = 16,  ///< 8 bits
+  TESSARET_BYTE = 17,         ///< unsigned 8 bits
+  TESSARET_ARRAY = 0x2000
+};
+
+/// One dimension of an array: its entries have the indices lower to lower + count - 1.
+typedef struct tessaret_bound {
+  int32_t lower;
+  uint32_t count;
+} tessaret_bound;
+
+/// The entries of an array lie without gaps; the index of the first dimension runs fastest. A bool has 16 bits there, a date 64.
+typedef struct tessaret_array {
+  const tessaret_bound* bounds;
+  void* entries;
+  uint64_t count;  ///< of entries, all dimensions together
+  uint32_t dimensions;
+} tessaret_array;
+
+typedef struct tessaret_value {
+  uint16_t type;
+  uint16_t
+      owned;  ///< not 0: tessaret_clear frees what is pointed to; set by the library alone, 0 in values of the caller
+  uint32_t
+      length;  ///< of text in bytes, without the 0 behind it; where it is 0 and the text is not, the text ends at its first 0
+  union {
+    int16_t short_value;
+    int32_t long_value;
+    float float_value;
+    double double_value;
+    double date_value;
+    int16_t bool_value;
+    int8_t signed_byte_value;
+    uint8_t byte_value;
+    const char* string_value;
+    tessaret_object* object_value;
+    const tessaret_array* array_value;
+  } as;
+} tessaret_value;
+
+/// How a member is used.
+enum { TESSARET_METHOD = 1, TESSARET_GET = 2, TESSARET_PUT = 4, TESSARET_PUTREF = 8 };
+
+/// What an argument is for.
+enum {
+  TESSARET_IN = 0,
+  TESSARET_OPTIONAL = 1,  ///< may be left away at the end, or be empty
+  TESSARET_INOUT = 2,     ///< read, and replaced
+  TESSARET_OUT = 3,       ///< replaced; may be left away at the end
+  TESSARET_RESULT = 4     ///< what the call gives back; it is no argument of the call
+};
+
+/// The type of an argument that takes any value.
+#define TESSARET_ANY 0xFFFF
+
+/// Descriptions of what an object can do. They live as long as the library.
+typedef struct tessaret_argument_info {
+  const char* name;
+  int32_t flow;
+  uint16_t type;
+  const char*
+      interface_name;  ///< which interface an object has to have; empty where it is no object
+} tessaret_argument_info;
+
+typedef struct tessaret_member_info {
+  const char* name;
+  int32_t kind;
+  const tessaret_argument_info* arguments;  ///< in the order of the call; a result stands last
+  uint32_t argument_count;
+  const char* help;
+} tessaret_member_info;
+
+typedef struct tessaret_interface_info {
+  const char* name;
+  uint64_t id[2];
+  const tessaret_member_info* members;
+  uint32_t member_count;
+  const char* help;
+} tessaret_interface_info;
+
+/// Makes an object of the class `name`, such as "Tessaret.DCMOptions". `*object` is null after a failure.
+int32_t tessaret_create(const char* name, tessaret_object** object);
+
+/// Takes one more reference. Null is let pass.
+void tessaret_retain(tessaret_object* object);
+/// Gives a reference back; with the last one the object dies. Null is let pass.
+void tessaret_release(tessaret_object* object);
+
+/// What the object can do; null for a null object.
+const tessaret_interface_info* tessaret_describe(tessaret_object* object);
+/// The events that it tells of; null where it has none.
+const tessaret_interface_info* tessaret_describe_events(tessaret_object* object);
+
+/// The number of a member, for tessaret_call; letters of either case are the same. It may be kept for all objects of the class.
+int32_t tessaret_find(tessaret_object* object, const char* name, int32_t kind, int32_t* member);
+
+/// Calls a member. Arguments that it writes are replaced by values for the caller to clear; what the caller had put there stays his
+/// own. `result` may be null; what it held is not looked at. After a failure arguments and result are as they were.
+int32_t tessaret_call(tessaret_object* object, int32_t member, tessaret_value* arguments,
+                      uint32_t count, tessaret_value* result);
+
+/// The same with the name of the member: the two calls above in one.
+int32_t tessaret_invoke(tessaret_object* object, const char* name, int32_t kind,
+                        tessaret_value* arguments, uint32_t count, tessaret_value* result);
+
+/// Reads a property; `arguments` say which, where it has arguments.
+int32_t tessaret_get(tessaret_object* object, const char* name, tessaret_value* arguments,
+                     uint32_t count, tessaret_value* value);
+
+/// Sets a property: the new value is the last of the arguments.
+int32_t tessaret_put(tessaret_object* object, const char* name, tessaret_value* arguments,
+                     uint32_t count);
+
+/// Called with the number of an event and its arguments, which may be read until it returns.
+typedef void (*tessaret_event)(void* user, int32_t event, const tessaret_value* arguments,
+                               uint32_t count);
+
+/// Has `event` called for the events of the object, with `user` as it is given here. `cookie` gets the number of the connection.
+int32_t tessaret_advise(tessaret_object* object, tessaret_event event, void* user,
+                        uint32_t* cookie);
+/// Ends a connection.
+int32_t tessaret_unadvise(tessaret_object* object, uint32_t cookie);
+
+/// Frees what a value owns; it is empty afterwards. Null is let pass.
+void tessaret_clear(tessaret_value* value);
+
+/// What the last failure of the calling thread said, and the class that it came from: never null, empty where nothing is known,
+/// valid until the thread's next failure.
+const char* tessaret_last_error_text(void);
+const char* tessaret_last_error_source(void);
+
+/// 1 while no object of the library exists and no lock is held, otherwise 0: then a host may unload it.
+int32_t tessaret_can_unload(void);
+/// Not 0 keeps the library though no object exists; 0 gives one such lock back.
+void tessaret_lock_library(int32_t lock);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

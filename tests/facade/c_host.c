@@ -1,0 +1,39 @@
+/* A host in C: asks the dictionary what an element is called, and goes through what an object can do. */
+#include "facade/c_host.h"
+
+#include <string.h>
+
+#include "tessaret/tessaret.h"
+
+int DescribeElement(int32_t group, int32_t element, char* type, char* name, size_t room) {
+  tessaret_object* dictionary = NULL;
+  if (tessaret_create("Tessaret.DcmDictionary", &dictionary) < 0) return -1;
+  tessaret_value arguments[4] = {{.type = TESSARET_LONG, .as.long_value = group},
+                                 {.type = TESSARET_LONG, .as.long_value = element},
+                                 {.type = TESSARET_EMPTY},
+                                 {.type = TESSARET_EMPTY}};
+  tessaret_value found = {0};
+  int32_t status =
+      tessaret_invoke(dictionary, "GetVRDescription", TESSARET_METHOD, arguments, 4, &found);
+  if (status >= 0 && found.as.bool_value == -1) {
+    strncpy(type, arguments[2].as.string_value, room);
+    strncpy(name, arguments[3].as.string_value, room);
+  }
+  int answer = status < 0 ? -1 : found.as.bool_value;
+  for (size_t at = 0; at < 4; ++at) tessaret_clear(&arguments[at]);
+  tessaret_clear(&found);
+  tessaret_release(dictionary);
+  return answer;
+}
+
+int CountMembers(const char* className) {
+  tessaret_object* object = NULL;
+  if (tessaret_create(className, &object) < 0) return -1;
+  const tessaret_interface_info* info = tessaret_describe(object);
+  int count = 0;
+  for (uint32_t at = 0; at < info->member_count; ++at) {
+    if (info->members[at].name[0] != '\0' && info->members[at].help[0] != '\0') ++count;
+  }
+  tessaret_release(object);
+  return count;
+}

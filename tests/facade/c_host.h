@@ -1,0 +1,21 @@
+/* What c_host.c does through the C interface, for c_interface_test.cpp. */
+#ifndef TESSARET_TESTS_C_HOST_H
+#define TESSARET_TESTS_C_HOST_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/* -1 and the texts of a known element, 0 for an unknown one; -1 without texts after a failure. */
+int DescribeElement(int32_t group, int32_t element, char* type, char* name, size_t room);
+/* How many members with a name and help an object of the class has; -1 where there is none. */
+int CountMembers(const char* className);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

@@ -1,0 +1,309 @@
+// The C interface: values there and back, calls by name, who owns what, and what refuses.
+#include <array>
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "facade/c_host.h"
+#include "facade/c_values.h"
+#include "support/allocation_failure.h"
+#include "tessaret/tessaret.hpp"
+
+namespace tessaret {
+namespace {
+
+tessaret_value Long(std::int32_t number) {
+  tessaret_value value{};
+  value.type = TESSARET_LONG;
+  value.as.long_value = number;
+  return value;
+}
+tessaret_value Text(const char* text, std::uint32_t length = 0) {
+  tessaret_value value{};
+  value.type = TESSARET_STRING;
+  value.as.string_value = text;
+  value.length = length;
+  return value;
+}
+
+/// There and back again.
+tessaret_value Back(const tessaret_value& from) {
+  Variant between;
+  EXPECT_EQ(FromC(from, between), kOk);
+  EXPECT_EQ(between.Tag(), from.type);
+  tessaret_value to{};
+  ToC(std::move(between), to);
+  EXPECT_EQ(to.type, from.type);
+  return to;
+}
+
+TEST(CHost, ReadsTheDictionary) {
+  char type[64] = "";
+  char name[64] = "";
+  EXPECT_EQ(DescribeElement(0x0010, 0x0010, type, name, sizeof name), -1);
+  EXPECT_STREQ(type, "PN");
+  EXPECT_STREQ(name, "Patient's Name");
+  EXPECT_EQ(DescribeElement(0x0009, 0x1001, type, name, sizeof name), 0);
+  EXPECT_EQ(CountMembers("Tessaret.DcmDictionary"), 4);
+  EXPECT_EQ(CountMembers("Tessaret.DCMOptions"), 2);
+  EXPECT_EQ(CountMembers("Tessaret.Nothing"), -1);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CValues, NumbersComeThrough) {
+  tessaret_value value{};
+  EXPECT_EQ(Back(value).type, TESSARET_EMPTY);
+  value.type = TESSARET_SHORT;
+  value.as.short_value = -5;
+  EXPECT_EQ(Back(value).as.short_value, -5);
+  EXPECT_EQ(Back(Long(-100000)).as.long_value, -100000);
+  value.type = TESSARET_FLOAT;
+  value.as.float_value = 0.5f;
+  EXPECT_EQ(Back(value).as.float_value, 0.5f);
+  value.type = TESSARET_DOUBLE;
+  value.as.double_value = 0.1;
+  EXPECT_EQ(Back(value).as.double_value, 0.1);
+  value.type = TESSARET_DATE;
+  value.as.date_value = 36925.25;
+  EXPECT_EQ(Back(value).as.date_value, 36925.25);
+  value.type = TESSARET_BOOL;
+  value.as.bool_value = 7;
+  EXPECT_EQ(Back(value).as.bool_value, 7);
+  value.type = TESSARET_SIGNED_BYTE;
+  value.as.signed_byte_value = -7;
+  EXPECT_EQ(Back(value).as.signed_byte_value, -7);
+  value.type = TESSARET_BYTE;
+  value.as.byte_value = 200;
+  EXPECT_EQ(Back(value).as.byte_value, 200);
+}
+
+TEST(CValues, TextComesThroughWithLengthOrToItsFirstZero) {
+  tessaret_value back = Back(Text("M\xC3\xBCller"));
+  EXPECT_EQ(back.length, 7u);
+  EXPECT_STREQ(back.as.string_value, "M\xC3\xBCller");
+  tessaret_clear(&back);
+  EXPECT_EQ(back.type, TESSARET_EMPTY);
+  EXPECT_EQ(back.as.string_value, nullptr);
+  back = Back(Text("a\0b", 3));
+  EXPECT_EQ(std::string(back.as.string_value, back.length), std::string("a\0b", 3));
+  EXPECT_EQ(back.as.string_value[3], '\0');
+  tessaret_clear(&back);
+  back = Back(Text("M\xFCller"));
+  EXPECT_STREQ(back.as.string_value, "M\xFCller");
+  tessaret_clear(&back);
+  back = Back(Text(""));
+  EXPECT_STREQ(back.as.string_value, "");
+  tessaret_clear(&back);
+  back = Back(Text(nullptr));
+  EXPECT_EQ(back.as.string_value, nullptr);
+  EXPECT_EQ(back.owned, 0);
+}
+
+TEST(CValues, ArraysComeThrough) {
+  const tessaret_bound bounds[] = {{1, 2}, {-1, 3}};
+  std::int32_t entries[] = {1, 2, 3, 4, 5, 6};
+  const tessaret_array array = {bounds, entries, 6, 2};
+  tessaret_value value{};
+  value.type = TESSARET_ARRAY | TESSARET_LONG;
+  value.as.array_value = &array;
+  tessaret_value back = Back(value);
+  const tessaret_array* made = back.as.array_value;
+  ASSERT_NE(made, &array);
+  EXPECT_EQ(made->dimensions, 2u);
+  EXPECT_EQ(made->bounds[1].lower, -1);
+  EXPECT_EQ(made->bounds[1].count, 3u);
+  ASSERT_EQ(made->count, 6u);
+  EXPECT_EQ(std::memcmp(made->entries, entries, sizeof entries), 0);
+  tessaret_clear(&back);
+}
+
+TEST(CValues, ArraysThatAreNotThereAreRefused) {
+  const tessaret_bound bounds[] = {{0, 4}};
+  std::int32_t entries[] = {1, 2, 3, 4};
+  Variant to;
+  tessaret_array array = {bounds, entries, 3, 1};
+  tessaret_value value{};
+  value.type = TESSARET_ARRAY | TESSARET_LONG;
+  value.as.array_value = &array;
+  EXPECT_EQ(FromC(value, to), kInvalidArgument);
+  array = {bounds, nullptr, 4, 1};
+  EXPECT_EQ(FromC(value, to), kInvalidArgument);
+  array = {nullptr, entries, 4, 1};
+  EXPECT_EQ(FromC(value, to), kPointer);
+  value.as.array_value = nullptr;
+  EXPECT_EQ(FromC(value, to), kTypeMismatch);
+  array = {nullptr, nullptr, 0, 0};
+  value.as.array_value = &array;
+  EXPECT_EQ(FromC(value, to), kOk);
+  value.type = TESSARET_ARRAY | TESSARET_STRING;
+  EXPECT_EQ(FromC(value, to), kTypeMismatch);
+  const tessaret_bound large[] = {{0, 0xFFFFFFFF}, {0, 0xFFFFFFFF}, {0, 0xFFFFFFFF}};
+  array = {large, entries, 4, 3};
+  value.type = TESSARET_ARRAY | TESSARET_BYTE;
+  EXPECT_THROW((void)FromC(value, to), std::bad_alloc);
+}
+
+TEST(CValues, TypesThatAreNoneAreRefused) {
+  Variant to;
+  tessaret_value value{};
+  for (const int type : {1, 6, 10, 12, 18, 100, 0x4003, 0xFFFF}) {
+    value.type = static_cast<std::uint16_t>(type);
+    EXPECT_EQ(FromC(value, to), kTypeMismatch) << type;
+  }
+}
+
+TEST(CValues, ClearingWhatOwnsNothingDoesNoHarm) {
+  char mine[] = "mine";
+  tessaret_value value = Text(mine);
+  tessaret_clear(&value);
+  EXPECT_STREQ(mine, "mine");
+  tessaret_clear(&value);
+  tessaret_clear(nullptr);
+}
+
+class CObject : public testing::Test {
+ protected:
+  void SetUp() override { ASSERT_EQ(tessaret_create("Tessaret.DcmDictionary", &dictionary_), 0); }
+  void TearDown() override { tessaret_release(dictionary_); }
+
+  tessaret_object* dictionary_ = nullptr;
+};
+
+TEST_F(CObject, PropertiesAreReadByName) {
+  tessaret_value value{};
+  ASSERT_EQ(tessaret_get(dictionary_, "NumEntries", nullptr, 0, &value), 0);
+  EXPECT_EQ(value.type, TESSARET_SHORT);
+  EXPECT_GT(value.as.short_value, 5000);
+  EXPECT_EQ(tessaret_get(dictionary_, "NumEntries", nullptr, 0, nullptr), 0);
+}
+
+TEST_F(CObject, PropertiesAreSetByName) {
+  tessaret_object* options = nullptr;
+  ASSERT_EQ(tessaret_create("Tessaret.DCMOptions", &options), 0);
+  tessaret_value value{};
+  ASSERT_EQ(tessaret_get(options, "UseTotokuLUT", nullptr, 0, &value), 0);
+  EXPECT_EQ(value.type, TESSARET_BOOL);
+  // The value that is there already, so that nobody's settings change.
+  EXPECT_EQ(tessaret_put(options, "usetotokulut", &value, 1), 0);
+  EXPECT_EQ(tessaret_put(options, "UseTotokuLUT", nullptr, 0), kBadCount);
+  tessaret_release(options);
+}
+
+TEST_F(CObject, WhatACallWritesIsTheCallersToClear) {
+  char own[] = "my own text";
+  tessaret_value arguments[] = {Long(0x10), Long(0x10), Text(own), Text(nullptr)};
+  tessaret_value found{};
+  std::int32_t member = -1;
+  ASSERT_EQ(tessaret_find(dictionary_, "GetVRDescription", TESSARET_METHOD, &member), 0);
+  ASSERT_EQ(tessaret_call(dictionary_, member, arguments, 4, &found), 0);
+  EXPECT_EQ(found.as.bool_value, -1);
+  EXPECT_STREQ(arguments[2].as.string_value, "PN");
+  EXPECT_STREQ(own, "my own text");
+  EXPECT_EQ(arguments[0].as.long_value, 0x10);
+  for (tessaret_value& argument : arguments) tessaret_clear(&argument);
+}
+
+TEST_F(CObject, AFailedCallLeavesItsArgumentsAlone) {
+  char own[] = "no number";
+  tessaret_value arguments[] = {Text(own), Long(0x10), Text(own), Text(own)};
+  tessaret_value found = Long(77);
+  EXPECT_EQ(tessaret_invoke(dictionary_, "GetVRDescription", TESSARET_METHOD, arguments, 4, &found),
+            kTypeMismatch);
+  for (const std::size_t at : {0u, 2u, 3u}) EXPECT_EQ(arguments[at].as.string_value, own);
+  EXPECT_EQ(found.as.long_value, 77);
+}
+
+TEST_F(CObject, RefusesWhatIsNotThere) {
+  std::int32_t member = 0;
+  EXPECT_EQ(tessaret_find(dictionary_, "Nothing", TESSARET_METHOD, &member), kUnknownName);
+  EXPECT_EQ(tessaret_find(dictionary_, "NumEntries", TESSARET_METHOD, &member), kUnknownMember);
+  EXPECT_EQ(tessaret_find(dictionary_, "NumEntries", 77, &member), kUnknownMember);
+  EXPECT_EQ(tessaret_find(dictionary_, nullptr, TESSARET_GET, &member), kPointer);
+  EXPECT_EQ(tessaret_find(nullptr, "NumEntries", TESSARET_GET, &member), kPointer);
+  EXPECT_EQ(tessaret_call(dictionary_, -1, nullptr, 0, nullptr), kUnknownMember);
+  EXPECT_EQ(tessaret_call(dictionary_, 4, nullptr, 0, nullptr), kUnknownMember);
+  EXPECT_EQ(tessaret_call(dictionary_, 0, nullptr, 1, nullptr), kPointer);
+  EXPECT_EQ(tessaret_call(nullptr, 0, nullptr, 0, nullptr), kPointer);
+  tessaret_value many[20] = {};
+  EXPECT_EQ(tessaret_call(dictionary_, 1, many, 20, nullptr), kBadCount);
+  EXPECT_EQ(tessaret_call(dictionary_, 1, many, 0xFFFFFFFF, nullptr), kBadCount);
+  EXPECT_EQ(tessaret_describe(nullptr), nullptr);
+  EXPECT_EQ(tessaret_describe_events(nullptr), nullptr);
+  tessaret_retain(nullptr);
+  tessaret_release(nullptr);
+  tessaret_object* object = dictionary_;
+  EXPECT_EQ(tessaret_create("Tessaret.DCMVolume", &object), kNotImplemented);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_STREQ(tessaret_last_error_source(), "Tessaret.DCMVolume");
+  EXPECT_STREQ(tessaret_last_error_text(), "This class is not available in this version");
+  EXPECT_EQ(tessaret_create(nullptr, &object), kPointer);
+  EXPECT_EQ(tessaret_create("Tessaret.DCMVolume", nullptr), kPointer);
+}
+
+TEST_F(CObject, IsDescribed) {
+  const tessaret_interface_info* info = tessaret_describe(dictionary_);
+  EXPECT_STREQ(info->name, "IDcmDictionary");
+  EXPECT_EQ(info->id[1], IDcmDictionary::kId.low);
+  ASSERT_EQ(info->member_count, 4u);
+  const tessaret_member_info& entry = info->members[1];
+  EXPECT_STREQ(entry.name, "GetEntry");
+  EXPECT_EQ(entry.kind, TESSARET_METHOD);
+  ASSERT_EQ(entry.argument_count, 4u);
+  EXPECT_STREQ(entry.arguments[1].name, "Group");
+  EXPECT_EQ(entry.arguments[1].flow, TESSARET_OUT);
+  EXPECT_EQ(entry.arguments[1].type, TESSARET_LONG);
+  EXPECT_EQ(entry.arguments[3].flow, TESSARET_RESULT);
+  EXPECT_EQ(tessaret_describe_events(dictionary_), nullptr);
+}
+
+TEST_F(CObject, LivesAsLongAsReferencesAreHeld) {
+  tessaret_retain(dictionary_);
+  tessaret_release(dictionary_);
+  EXPECT_EQ(tessaret_can_unload(), 0);
+  tessaret_value value{};
+  EXPECT_EQ(tessaret_get(dictionary_, "NumEntries", nullptr, 0, &value), 0);
+}
+
+TEST_F(CObject, EventsAreConnectedByFunction) {
+  tessaret_object* options = nullptr;
+  ASSERT_EQ(tessaret_create("Tessaret.DCMOptions", &options), 0);
+  const auto ignore = [](void*, std::int32_t, const tessaret_value*, std::uint32_t) {};
+  std::uint32_t cookie = 0;
+  EXPECT_EQ(tessaret_advise(options, ignore, nullptr, &cookie), 0);
+  EXPECT_NE(cookie, 0u);
+  EXPECT_EQ(tessaret_unadvise(options, cookie), 0);
+  EXPECT_EQ(tessaret_unadvise(options, cookie), kNoConnection);
+  EXPECT_STREQ(tessaret_describe_events(options)->name, "_IDCMOptionsEvents");
+  EXPECT_EQ(tessaret_advise(options, nullptr, nullptr, &cookie), kPointer);
+  EXPECT_EQ(tessaret_advise(options, ignore, nullptr, nullptr), kPointer);
+  EXPECT_EQ(tessaret_advise(nullptr, ignore, nullptr, &cookie), kPointer);
+  EXPECT_EQ(tessaret_advise(dictionary_, ignore, nullptr, &cookie), kNoInterface);
+  EXPECT_EQ(tessaret_unadvise(dictionary_, 1), kNoInterface);
+  EXPECT_EQ(tessaret_unadvise(nullptr, 1), kPointer);
+  tessaret_release(options);
+}
+
+TEST_F(CObject, WithoutMemoryNothingIsGivenAndNothingLost) {
+  char own[] = "my own";
+  std::uint64_t refused = 0;
+  test::FailEveryAllocation(
+      [&] {
+        tessaret_value arguments[] = {Long(0x10), Long(0x10), Text(own), Text(own)};
+        tessaret_value found = Long(77);
+        if (tessaret_invoke(dictionary_, "GetVRDescription", TESSARET_METHOD, arguments, 4,
+                            &found) == kOutOfMemory) {
+          ++refused;
+          EXPECT_EQ(arguments[2].as.string_value, own);
+          EXPECT_EQ(found.as.long_value, 77);
+        }
+        for (tessaret_value& argument : arguments) tessaret_clear(&argument);
+      },
+      [] {});
+  EXPECT_GT(refused, 3u);
+}
+
+}  // namespace
+}  // namespace tessaret
