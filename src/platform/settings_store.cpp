@@ -84,13 +84,13 @@ Place FindPlace(const std::vector<std::string>& lines, std::string_view group,
 
 void SetLine(std::vector<std::string>& lines, std::string_view group, std::string_view name,
              std::uint32_t value) {
-  const std::string line = std::string(name) + " = " + std::to_string(value);
+  const std::string line = Format("%s = %u", std::string(name).c_str(), value);
   const Place place = FindPlace(lines, group, name);
   if (place.isThere) {
     lines[place.line] = line;
     return;
   }
-  if (!place.hasGroup) lines.push_back("[" + std::string(group) + "]");
+  if (!place.hasGroup) lines.push_back(Format("[%s]", std::string(group).c_str()));
   const std::size_t at = place.hasGroup ? place.line : lines.size();
   lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(at), line);
 }

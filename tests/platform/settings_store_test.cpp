@@ -148,13 +148,13 @@ TEST_F(SettingsStore, AFullDiskLeavesThemAsTheyWere) {
 TEST_F(SettingsStore, HostileBytesAreJustLines) {
   std::string text;
   for (int byte = 0; byte < 256; ++byte) text += static_cast<char>(byte);
-  Put(text + "\n[\n]\n[]\n=\n= 5\n[[Other]]\nA = 1\n[Other]\nA = 2");
+  Put(text + "\n[\n]\n[]\n= 5\n=\n[[Other]]\nA = 1\n[Other]\nA = 2");
   EXPECT_EQ(ReadNumberSetting("Other", "A"), 2u);
   EXPECT_EQ(ReadNumberSetting("[Other]", "A"), 1u);
   EXPECT_EQ(ReadNumberSetting("", ""), 5u);
   EXPECT_TRUE(WriteNumberSetting("Other", "A", 3));
   EXPECT_EQ(test::ReadText(Path()),
-            text + "\n[\n]\n[]\n=\n= 5\n[[Other]]\nA = 1\n[Other]\nA = 3\n");
+            text + "\n[\n]\n[]\n= 5\n=\n[[Other]]\nA = 1\n[Other]\nA = 3\n");
 }
 
 }  // namespace
