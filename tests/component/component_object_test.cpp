@@ -15,7 +15,6 @@ namespace {
 class ILamp : public IDispatch {
  public:
   static constexpr InterfaceId kId{3, 1};
-  static constexpr const char* kName = "ILamp";
   virtual Status get_Lit(Result<VariantBool> pVal) = 0;
 };
 class ISwitch : public IObject {

@@ -16,13 +16,11 @@ namespace {
 class ILamp : public IDispatch {
  public:
   static constexpr InterfaceId kId{5, 1};
-  static constexpr const char* kName = "ILamp";
   virtual Status Press() = 0;
 };
 class ILampEvents : public IObject {
  public:
   static constexpr InterfaceId kId{5, 2};
-  static constexpr const char* kName = "_ILampEvents";
   virtual Status OnPress() = 0;
   virtual Status OnBright(std::int16_t brightness, const String& name) = 0;
 };

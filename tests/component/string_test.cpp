@@ -98,7 +98,8 @@ TEST(String, CopiesAreDeepAndMovesFree) {
   EXPECT_EQ(moved.Units(), units);
   copy = moved;
   EXPECT_EQ(copy.Utf8(), "one");
-  copy = copy;  // NOLINT(clang-diagnostic-self-assign-overloaded): that is what is tried
+  const String& same = copy;
+  copy = same;
   EXPECT_EQ(copy.Utf8(), "one");
   copy = String();
   EXPECT_TRUE(copy.IsNull());
