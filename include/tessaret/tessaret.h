@@ -62,7 +62,9 @@ typedef struct tessaret_value {
       owned;  ///< not 0: tessaret_clear frees what is pointed to; set by the library alone, 0 in values of the caller
   uint32_t
       length;  ///< of text in bytes, without the 0 behind it; where it is 0 and the text is not, the text ends at its first 0
+  /// The text comes first, so that {0} clears all of it.
   union {
+    const char* string_value;
     int16_t short_value;
     int32_t long_value;
     float float_value;
@@ -71,7 +73,6 @@ typedef struct tessaret_value {
     int16_t bool_value;
     int8_t signed_byte_value;
     uint8_t byte_value;
-    const char* string_value;
     tessaret_object* object_value;
     const tessaret_array* array_value;
   } as;

@@ -23,6 +23,8 @@ struct OwnedArray {
   std::vector<tessaret_bound> bounds;
 };
 static_assert(offsetof(OwnedArray, shown) == 0);
+// An empty value is all zeros, whatever is read of it.
+static_assert(sizeof(tessaret_value::as) == sizeof(tessaret_value::as.string_value));
 
 Status ArrayFromC(const tessaret_value& from, Variant& to) {
   const auto type = static_cast<VariantType>(from.type & ~TESSARET_ARRAY);
@@ -91,7 +93,7 @@ Status FromC(const tessaret_value& from, Variant& to) {
 }
 
 void ToC(Variant&& from, tessaret_value& to) {
-  to = {};
+  to = tessaret_value{};
   if (VariantArray* array = from.AsArray(); array != nullptr) {
     const std::uint16_t tag = from.Tag();
     auto owned = std::make_unique<OwnedArray>(std::move(*array));

@@ -2,6 +2,7 @@
 #include "component/event_source.h"
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -136,6 +137,14 @@ class Events : public testing::Test {
     return heard;
   }
 
+  NumberSink& NewSink(const char* name) {
+    sinks_.push_back(std::make_unique<NumberSink>(name));
+    return *sinks_.back();
+  }
+
+  // Those who listen outlive what they listen to.
+  std::vector<std::unique_ptr<NumberSink>> sinks_;
+  TypedSink typed_;
   Ref<ILamp> lamp_;
   Ref<IEventSource> source_;
 };
@@ -148,9 +157,9 @@ TEST_F(Events, AreDescribed) {
 }
 
 TEST_F(Events, ReachEverySinkInTheOrderOfConnecting) {
-  NumberSink first("first");
-  TypedSink typed;
-  NumberSink last("last");
+  NumberSink& first = NewSink("first");
+  TypedSink& typed = typed_;
+  NumberSink& last = NewSink("last");
   Connect(first);
   Connect(typed);
   Connect(last);
@@ -163,8 +172,8 @@ TEST_F(Events, ReachEverySinkInTheOrderOfConnecting) {
 }
 
 TEST_F(Events, ASinkThatLeftHearsNothing) {
-  NumberSink one("one");
-  NumberSink two("two");
+  NumberSink& one = NewSink("one");
+  NumberSink& two = NewSink("two");
   const std::uint32_t cookie = Connect(one);
   Connect(two);
   EXPECT_EQ(one.references, 2u);
@@ -177,7 +186,7 @@ TEST_F(Events, ASinkThatLeftHearsNothing) {
 }
 
 TEST_F(Events, OneSinkMayBeConnectedTwice) {
-  NumberSink one("one");
+  NumberSink& one = NewSink("one");
   const std::uint32_t first = Connect(one);
   const std::uint32_t second = Connect(one);
   EXPECT_NE(first, second);
@@ -190,14 +199,14 @@ TEST_F(Events, OthersThanSinksCannotConnect) {
   std::uint32_t cookie = 77;
   EXPECT_EQ(source_->Advise(lamp_.Get(), &cookie), kCannotConnect);
   EXPECT_EQ(cookie, 0u);
-  NumberSink one("one");
+  NumberSink& one = NewSink("one");
   EXPECT_EQ(source_->Advise(nullptr, &cookie), kPointer);
   EXPECT_EQ(source_->Advise(&one, nullptr), kPointer);
   EXPECT_EQ(one.references, 1u);
 }
 
 TEST_F(Events, WithoutMemoryNobodyIsConnected) {
-  NumberSink one("one");
+  NumberSink& one = NewSink("one");
   std::uint32_t cookie = 77;
   Status status = kOk;
   {
@@ -210,8 +219,8 @@ TEST_F(Events, WithoutMemoryNobodyIsConnected) {
 }
 
 TEST_F(Events, ASinkMayLeaveWhileItIsTold) {
-  NumberSink one("one");
-  NumberSink two("two");
+  NumberSink& one = NewSink("one");
+  NumberSink& two = NewSink("two");
   const std::uint32_t cookie = Connect(one);
   Connect(two);
   one.then = [&] { EXPECT_EQ(source_->Unadvise(cookie), kOk); };
@@ -220,8 +229,8 @@ TEST_F(Events, ASinkMayLeaveWhileItIsTold) {
 }
 
 TEST_F(Events, ASinkMaySendTheNextOneAway) {
-  NumberSink one("one");
-  NumberSink two("two");
+  NumberSink& one = NewSink("one");
+  NumberSink& two = NewSink("two");
   Connect(one);
   const std::uint32_t cookie = Connect(two);
   one.then = [&] {
@@ -232,8 +241,8 @@ TEST_F(Events, ASinkMaySendTheNextOneAway) {
 }
 
 TEST_F(Events, ASinkThatJoinsMeanwhileHearsTheNextEventFirst) {
-  NumberSink one("one");
-  NumberSink two("two");
+  NumberSink& one = NewSink("one");
+  NumberSink& two = NewSink("two");
   Connect(one);
   one.then = [&] {
     for (int turn = 0; turn < 100; ++turn) source_->Unadvise(Connect(two));
@@ -244,7 +253,7 @@ TEST_F(Events, ASinkThatJoinsMeanwhileHearsTheNextEventFirst) {
 }
 
 TEST_F(Events, AnEventMayBeFiredWhileOneIsTold) {
-  NumberSink one("one");
+  NumberSink& one = NewSink("one");
   const std::uint32_t cookie = Connect(one);
   one.then = [&] {
     one.then = [&] { source_->Unadvise(cookie); };
@@ -255,7 +264,7 @@ TEST_F(Events, AnEventMayBeFiredWhileOneIsTold) {
 }
 
 TEST_F(Events, ASinkMayLetGoOfTheSource) {
-  NumberSink one("one");
+  NumberSink& one = NewSink("one");
   Connect(one);
   one.then = [&] {
     source_ = nullptr;
