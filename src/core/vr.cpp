@@ -213,6 +213,19 @@ std::uint8_t* VR::TakeData() {
   return bytes;
 }
 
+void VR::ReplaceValue(const void* bytes, std::uint32_t length, bool toEven) {
+  VR made;
+  made.Length = toEven ? EvenLength(length) : length;
+  if (length != 0) {
+    made.AllocateValue();
+    std::memcpy(made.Data, bytes, length);
+    if (made.Length != length) made.Data[length] = 0;
+  }
+  VR former;
+  former.TakeValue(*this);
+  TakeValue(made);
+}
+
 bool VR::MoveToObject(DICOMObject* target) {
   if (target == nullptr || (Length == 0 && Moved == 0)) return false;
   DICOMObject* const place = EndOfForwarding(*target);

@@ -115,6 +115,11 @@ struct VR {
   /// element. Throws std::bad_alloc with nothing changed.
   std::uint8_t* TakeData();
 
+  /// Frees the bytes if owned and makes a copy of `length` bytes at `bytes` the value, which this element owns; `length` 0
+  /// leaves no Data. With `toEven` an odd length is raised by a NUL. `bytes` may lie in the present value. Items and type
+  /// stay. Throws std::bad_alloc, for a length that cannot be raised too, with nothing changed.
+  void ReplaceValue(const void* bytes, std::uint32_t length, bool toEven = false);
+
   [[nodiscard]] TagKey Key() const { return MakeTagKey(Group, Element); }
 
   std::uint16_t Group = 0;    // host order

@@ -1,0 +1,85 @@
+// Elements for tests of typed values, with what they hold afterwards.
+#pragma once
+
+#include <algorithm>
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "core/typed_vr.h"
+#include "core/vr.h"
+#include "element_maker.h"
+#include "support/bytes.h"
+
+namespace tessaret::test {
+
+/// A value that no text of a test is, where there is none.
+inline constexpr const char* kNoValue = "(no value)";
+
+/// An element that owns a copy of these bytes.
+inline std::unique_ptr<VR> Owned(VrCode type, const Bytes& value) {
+  return std::unique_ptr<VR>(NewElement(0x0009, 0x1001, type, value));
+}
+inline std::unique_ptr<VR> Owned(VrCode type, std::string_view text = {}) {
+  return Owned(type, BytesOf(text));
+}
+
+/// The bytes of `vr` as text; kNoValue for one without Data.
+inline std::string Held(const VR& vr) {
+  if (vr.Data == nullptr) return kNoValue;
+  return {reinterpret_cast<const char*>(vr.Data), vr.Length};
+}
+
+/// What GetValue gives, or kNoValue where it says no and leaves the text alone.
+inline std::string Got(const VR_XXTYPED& view, std::int32_t index) {
+  std::string text = kNoValue;
+  const bool there = view.GetValue(index, text);
+  return there ? text : text == kNoValue ? kNoValue : "changed by a refusal";
+}
+
+/// Value `index` of an element of class View that holds `value`.
+template <class View>
+std::string ValueAt(std::string_view value, std::int32_t index) {
+  const auto vr = Owned(type_code::kNone, value);
+  return Got(View(*vr), index);
+}
+
+/// What an element that held `old` holds when `text` was put through a view; kNoValue where the put was refused, which
+/// leaves it as it was.
+template <class View>
+std::string AfterPut(std::string_view old, std::int32_t index, std::string_view text) {
+  const auto vr = Owned(type_code::kNone, old);
+  const std::string before = Held(*vr);
+  if (View(*vr).PutValue(index, text)) return Held(*vr);
+  return Held(*vr) == before ? kNoValue : "changed by a refusal";
+}
+
+/// What `bytes` become on the way to the wire, or from it.
+template <class View>
+std::string ToWire(std::string bytes) {
+  View().ToWire(static_cast<std::uint32_t>(bytes.size()),
+                reinterpret_cast<std::uint8_t*>(bytes.data()));
+  return bytes;
+}
+template <class View>
+std::string FromWire(std::string bytes) {
+  View().FromWire(static_cast<std::uint32_t>(bytes.size()),
+                  reinterpret_cast<std::uint8_t*>(bytes.data()));
+  return bytes;
+}
+
+/// `count` times `c`, then `then`.
+inline std::string Many(std::size_t count, char c, std::string_view then) {
+  std::string text(count, c);
+  text.append(then);
+  return text;
+}
+
+/// Text with NULs in it.
+template <std::size_t kSize>
+std::string WithNuls(const char (&literal)[kSize]) {
+  return {literal, kSize - 1};
+}
+
+}  // namespace tessaret::test
