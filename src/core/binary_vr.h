@@ -37,6 +37,7 @@ class VR_XXMULTIBINARY : public VR_XXTYPED {
   using VR_XXTYPED::VR_XXTYPED;
 };
 
+/// What the classes of one number derive from.
 class VR_XXBINARY : public VR_XXMULTIBINARY {
  public:
   /// The same with the bytes of a number. False where T has not the width of a value.

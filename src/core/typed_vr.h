@@ -41,6 +41,7 @@ class VR_XXTYPED {
   virtual void ToWire(std::uint32_t count, std::uint8_t* data) const;
   /// Prepares `count` bytes that came from the stream, in place. Nothing outside of them is touched.
   virtual void FromWire(std::uint32_t count, std::uint8_t* data) const;
+  /// The code of the class, whatever the element says.
   [[nodiscard]] virtual VrCode GetTypeCode() const = 0;
   /// The bytes of value number `index` in `out`. False where there is no such value, and `out` is as it was then. Throws
   /// std::bad_alloc.
@@ -49,10 +50,12 @@ class VR_XXTYPED {
   /// empty, a value that would become longer than kLongestValue, a value that the type does not have, and an element with
   /// items. Throws std::bad_alloc with nothing changed. Bytes that other elements share stay as they are for them.
   virtual bool PutValue(std::int32_t index, std::string_view in) = 0;
+  /// GetValue and PutValue of the first value.
   virtual bool Get(std::string& out) const { return GetValue(0, out); }
   virtual bool Put(std::string_view in) { return PutValue(0, in); }
   virtual ~VR_XXTYPED() = default;
 
+  /// The element that this is a view of.
   [[nodiscard]] VR& Record() { return *record_; }
   [[nodiscard]] const VR& Record() const { return *record_; }
 
@@ -114,6 +117,7 @@ class LoneTextVR : public VR_XXTYPED {
  public:
   /// The bytes as they are, for index 0 alone.
   bool GetValue(std::int32_t index, std::string& out) const override;
+  /// Makes `in` the whole value, for index 0 alone.
   bool PutValue(std::int32_t index, std::string_view in) override;
 
  protected:
@@ -123,6 +127,7 @@ class LoneTextVR : public VR_XXTYPED {
 /// No values at all.
 class SequenceVR : public VR_XXTYPED {
  public:
+  /// Always false.
   bool GetValue(std::int32_t index, std::string& out) const override;
   bool PutValue(std::int32_t index, std::string_view in) override;
 
