@@ -17,6 +17,13 @@ std::string CutAfterLastSeparator(const std::string& path) {
   return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
 }
 
+bool HasData(const std::string& directory) {
+  struct stat status {};
+  return StatPath((directory + kDataFile).c_str(), status).Ok();
+}
+
+}  // namespace
+
 std::string CodeDirectory() {
   Dl_info info{};
   if (::dladdr(reinterpret_cast<const void*>(&ModuleDirectory), &info) == 0 ||
@@ -33,12 +40,13 @@ std::string CodeDirectory() {
   return directory;
 }
 
-bool HasData(const std::string& directory) {
-  struct stat status {};
-  return StatPath((directory + kDataFile).c_str(), status).Ok();
+std::string ProgramDirectory() {
+  char* resolved = ::realpath("/proc/self/exe", nullptr);
+  if (resolved == nullptr) return "./";
+  std::string directory = CutAfterLastSeparator(resolved);
+  std::free(resolved);
+  return directory;
 }
-
-}  // namespace
 
 std::string ModuleDirectory() {
   if (const char* named = std::getenv("TESSARET_DATA_DIR"); named != nullptr && *named != '\0') {

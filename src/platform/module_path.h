@@ -11,4 +11,10 @@ namespace tessaret {
 /// code when no place has the files.
 std::string ModuleDirectory();
 
+/// The directory of the file that this code was loaded from, ending in "/".
+std::string CodeDirectory();
+
+/// The directory of the program that this process runs, ending in "/"; "./" where the system does not tell.
+std::string ProgramDirectory();
+
 }  // namespace tessaret

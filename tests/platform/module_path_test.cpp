@@ -9,6 +9,7 @@
 
 #include "support/bytes.h"
 #include "support/temp_folder.h"
+#include "support/test_paths.h"
 
 namespace tessaret {
 namespace {
@@ -43,6 +44,13 @@ TEST_F(ModulePath, HoldsTheDictionariesOfTheBuild) {
   EXPECT_EQ(directory.front(), '/') << "a change of the working directory must not move it";
   EXPECT_TRUE(std::filesystem::exists(directory + "dicom-dict.txt")) << directory;
   EXPECT_TRUE(std::filesystem::exists(directory + "uid-dict.txt")) << directory;
+}
+
+TEST_F(ModulePath, OfTheCodeAndOfTheProgramDoNotGoByTheVariable) {
+  ::setenv("TESSARET_DATA_DIR", "/no/such/place", 1);
+  const std::string build = test::kBinaryDir;
+  EXPECT_EQ(CodeDirectory(), build + "/lib/");
+  EXPECT_EQ(ProgramDirectory(), build + "/bin/");
 }
 
 TEST_F(ModulePath, IsTheSameFromAnyWorkingDirectory) {

@@ -1,0 +1,101 @@
+#include "core/codec_registry.h"
+
+#include <cerrno>
+#include <cstring>
+#include <new>
+#include <utility>
+
+#include "platform/module_path.h"
+#include "platform/whole_file.h"
+
+namespace tessaret {
+namespace {
+
+/// The syntaxes that need no codec (DICOM PS3.5, A.1 to A.3).
+constexpr const char* kNativeSyntaxes[] = {"1.2.840.10008.1.2", "1.2.840.10008.1.2.1",
+                                           "1.2.840.10008.1.2.2"};
+
+void AddNativeSyntaxes(CodecRegistry::Map& entries) {
+  for (const char* uid : kNativeSyntaxes) {
+    CodecEntry& entry = entries[uid];
+    std::memcpy(entry.Props.UID, uid, std::strlen(uid));
+    entry.Props.Flags = TESSARET_CODEC_NATIVE;
+  }
+}
+
+std::vector<std::string> ListedLibraries(const std::string& listFile) {
+  std::vector<std::uint8_t> bytes;
+  const int error = ReadWholeFile(listFile, kLargestCodecList, bytes);
+  if (error == ENOMEM) throw std::bad_alloc();
+  if (error != 0) return {};
+  return LibraryNamesIn({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
+}  // namespace
+
+CodecPlaces CodecPlaces::OfThisProcess() {
+  std::vector<std::string> directories = {ModuleDirectory()};
+  if (std::string code = CodeDirectory(); code != directories.front()) {
+    directories.push_back(std::move(code));
+  }
+  return {ProgramDirectory() + kCodecListFile,
+          [places = std::move(directories)](const std::string& name) {
+            return LoadCodecLibrary(places, name);
+          }};
+}
+
+void CodecRegistry::Enumerate(const std::string& name, Map& entries) const {
+  const SharedLibrary library = places_.load(name);
+  std::uint32_t index = 0;
+  for (const CodecProps& props : SyntaxesOf(library)) {
+    CodecEntry& entry = entries[UidOf(props)];
+    entry.Props = props;
+    entry.LibraryName = name;
+    entry.Index = index++;
+  }
+}
+
+void CodecRegistry::TakeCensus() {
+  Map entries;
+  AddNativeSyntaxes(entries);
+  Enumerate(kFirstCodecLibrary, entries);
+  for (const std::string& name : ListedLibraries(places_.listFile)) Enumerate(name, entries);
+  entries_.swap(entries);
+  counted_ = true;
+}
+
+CodecEntry* CodecRegistry::Find(std::string_view uid) {
+  const std::lock_guard lock(mutex_);
+  if (!counted_) TakeCensus();
+  const auto found = entries_.find(uid);
+  return found == entries_.end() ? nullptr : &found->second;
+}
+
+bool CodecRegistry::Acquire(CodecEntry& entry) {
+  const std::lock_guard lock(mutex_);
+  if (entry.Codec == nullptr) {
+    SharedLibrary module = places_.load(entry.LibraryName);
+    const LoadedCodec loaded = GetCodec(module, entry.Index);
+    if (loaded.codec == nullptr) return false;
+    entry.Module = std::move(module);
+    entry.Codec = loaded.codec;
+    entry.FreeCodec = loaded.free;
+  }
+  ++entry.UseCount;
+  return true;
+}
+
+void CodecRegistry::Release(CodecEntry& entry) noexcept {
+  const std::lock_guard lock(mutex_);
+  if (--entry.UseCount > 0) return;
+  FreeCodec({std::exchange(entry.Codec, nullptr), std::exchange(entry.FreeCodec, nullptr)});
+  entry.Module.Unload();
+}
+
+CodecRegistry& ModuleCodecRegistry() {
+  // Never destroyed: an engine may still work while the process ends.
+  static CodecRegistry& registry = *new CodecRegistry(CodecPlaces::OfThisProcess());
+  return registry;
+}
+
+}  // namespace tessaret

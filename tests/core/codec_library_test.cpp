@@ -1,0 +1,108 @@
+#include "core/codec_library.h"
+
+#include <cstring>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/codec_helpers.h"
+
+namespace tessaret {
+namespace {
+
+using Names = std::vector<std::string>;
+
+/// The names in the text, each with "|" behind it.
+std::string NamesIn(std::string_view text) {
+  std::string all;
+  for (const std::string& name : LibraryNamesIn(text)) all += name + "|";
+  return all;
+}
+
+TEST(CodecList, EachLineIsANameWithoutItsEnd) {
+  EXPECT_EQ(NamesIn("a.dll\nb.so\r\n c d \nlast"), "a.dll|b.so| c d |last|");
+  EXPECT_EQ(NamesIn(""), "");
+  EXPECT_EQ(NamesIn("\n\r\n\n"), "");
+  EXPECT_EQ(NamesIn("a\r\r\n"), "a\r|") << "one end a line";
+  EXPECT_EQ(NamesIn("a\rb\n"), "a\rb|");
+}
+
+TEST(CodecList, ANulEndsALine) {
+  EXPECT_EQ(NamesIn(std::string_view("a\0b\nc\n", 6)), "a|c|");
+  EXPECT_EQ(NamesIn(std::string_view("\0b\n", 3)), "");
+}
+
+TEST(CodecList, ALineOfMoreThan260CharactersNamesNothing) {
+  const std::string longest(260, 'n');
+  EXPECT_EQ(NamesIn(longest + "\r\n"), longest + "|");
+  EXPECT_EQ(NamesIn(longest + "n\nnext\n"), "next|");
+}
+
+TEST(CodecLibrary, IsLookedForInTheDirectoriesInTheirOrder) {
+  const test::TempFolder first;
+  const test::TempFolder second;
+  const Names places = {first.Path().string() + "/", second.Path().string() + "/"};
+  const std::string name = "made_up_name.dll";
+  EXPECT_FALSE(LoadCodecLibrary(places, name).IsLoaded());
+  std::filesystem::copy(test::CodecFolder() + "bad_codec.so", second.File(name));
+  EXPECT_EQ(SyntaxesOf(LoadCodecLibrary(places, name)).size(), 18u);
+  std::filesystem::copy(test::CodecFolder() + "toy_codec.so", first.File(name));
+  EXPECT_EQ(SyntaxesOf(LoadCodecLibrary(places, name)).size(), 1u);
+  test::WriteText(first.File("broken.dll"), "no library");
+  std::filesystem::copy(test::CodecFolder() + "toy_codec.so", second.File("broken.dll"));
+  EXPECT_TRUE(LoadCodecLibrary(places, "broken.dll").IsLoaded()) << "the next one is taken";
+}
+
+TEST(CodecLibrary, IsLookedForByTheLoaderUnderABareNameOnly) {
+  EXPECT_TRUE(LoadCodecLibrary({}, "libc.so.6").IsLoaded());
+  const std::string folder = test::CodecFolder();
+  EXPECT_TRUE(LoadCodecLibrary({}, folder + "toy_codec.so").IsLoaded());
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(folder);
+  EXPECT_FALSE(LoadCodecLibrary({}, "./toy_codec.so").IsLoaded()) << "the working directory";
+  EXPECT_TRUE(LoadCodecLibrary({folder}, "./toy_codec.so").IsLoaded());
+  std::filesystem::current_path(before);
+  EXPECT_FALSE(LoadCodecLibrary({folder}, "").IsLoaded());
+}
+
+std::vector<CodecProps> SyntaxesIn(const std::string& name) {
+  return SyntaxesOf(LoadCodecLibrary({test::CodecFolder()}, name));
+}
+
+TEST(CodecLibrary, ListsItsSyntaxesUntilItSaysFalse) {
+  const std::vector<CodecProps> toy = SyntaxesIn("toy_codec.so");
+  ASSERT_EQ(toy.size(), 1u);
+  EXPECT_EQ(UidOf(toy[0]), test::kToy);
+  EXPECT_EQ(toy[0].Reserved, 0x01020304u);
+  const std::vector<CodecProps> bad = SyntaxesIn("bad_codec.so");
+  ASSERT_EQ(bad.size(), 18u);
+  EXPECT_EQ(UidOf(bad[16]), "") << "an empty UID ends nothing";
+  EXPECT_EQ(UidOf(bad[17]), std::string(64, '9')) << "a UID without its NUL";
+  EXPECT_EQ(bad[12].Flags, TESSARET_CODEC_NATIVE);
+}
+
+TEST(CodecLibrary, ListsNothingWhereItIsNoneNeverEndsOrThrows) {
+  EXPECT_TRUE(SyntaxesOf(SharedLibrary()).empty());
+  EXPECT_TRUE(SyntaxesIn("no_codec.so").empty());
+  EXPECT_TRUE(SyntaxesIn("endless_codec.so").empty());
+  EXPECT_TRUE(SyntaxesIn("throwing_codec.so").empty());
+  EXPECT_EQ(SyntaxesIn("listing_codec.so").size(), 1u);
+}
+
+TEST(CodecLibrary, GivesNoCodecWhereItHasNoneOrAnIncompleteOne) {
+  EXPECT_EQ(GetCodec(SharedLibrary(), 0).codec, nullptr);
+  const SharedLibrary listing = LoadCodecLibrary({test::CodecFolder()}, "listing_codec.so");
+  EXPECT_EQ(GetCodec(listing, 0).codec, nullptr);
+  const SharedLibrary bad = LoadCodecLibrary({test::CodecFolder()}, "bad_codec.so");
+  for (const std::uint32_t index : {5u, 6u, 7u, 8u, 100u}) {
+    EXPECT_EQ(GetCodec(bad, index).codec, nullptr) << index;
+  }
+  const LoadedCodec good = GetCodec(bad, 0);
+  ASSERT_NE(good.codec, nullptr);
+  FreeCodec(good);
+}
+
+}  // namespace
+}  // namespace tessaret

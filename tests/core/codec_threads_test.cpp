@@ -1,0 +1,75 @@
+// Engines in several threads share the census, the codecs and their counts.
+#include <atomic>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "core/codec_helpers.h"
+#include "core/comp_engine.h"
+
+namespace tessaret {
+namespace {
+
+constexpr int kThreads = 4;
+
+template <class Work>
+void InThreads(Work work) {
+  std::vector<std::thread> threads;
+  for (int at = 0; at < kThreads; ++at) threads.emplace_back(work);
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST(CompEngineThreads, ShareCodecsFromTheirFirstUseOn) {
+  test::TestCodecs codecs("toy_codec.so", "toy_codec_c.so");
+  std::atomic<int> wrong = 0;
+  testing::internal::CaptureStderr();
+  InThreads([&] {
+    for (int round = 0; round < 50; ++round) {
+      const char* syntax = round % 2 == 0 ? test::kToy : test::kCToy;
+      const auto object = test::NewImage(3);
+      DcmCompEngine engine(codecs.registry);
+      if (!engine.Compress(object.get(), syntax, nullptr)) ++wrong;
+      if (!engine.Decompress(object.get(), nullptr, nullptr)) ++wrong;
+      if (test::ValueOf(test::PixelsOf(*object)) != test::NativePixels(3)) ++wrong;
+    }
+  });
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(wrong, 0);
+  for (const char* syntax : {test::kToy, test::kCToy}) {
+    EXPECT_EQ(codecs.registry.Find(syntax)->UseCount, 0u);
+  }
+}
+
+/// The most threads that were in the codec at once, while each converted objects of ten frames.
+int MostInside(const std::string& syntax) {
+  test::TestCodecs codecs("bad_codec.so");
+  DcmCompEngine keeper(codecs.registry);
+  const auto first = test::NewImage(1);
+  keeper.CanCompress(first.get(), syntax.c_str(), nullptr);
+  std::atomic<int> highest = 0;
+  std::atomic<int> wrong = 0;
+  InThreads([&] {
+    for (int round = 0; round < 20; ++round) {
+      const auto object = test::NewCompressed(10, syntax, 10);
+      DcmCompEngine engine(codecs.registry);
+      if (!engine.Decompress(object.get(), nullptr, &highest)) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+  return highest;
+}
+
+TEST(CompEngineThreads, ACodecServesOneDataSetAtATime) {
+  EXPECT_EQ(MostInside(test::BadUid(13)), 1);
+}
+
+TEST(CompEngineThreads, AConcurrentCodecIsCalledByAllAtOnce) {
+  const int most = MostInside(test::BadUid(14));
+  EXPECT_GE(most, 1);
+  EXPECT_LE(most, kThreads);
+}
+
+}  // namespace
+}  // namespace tessaret

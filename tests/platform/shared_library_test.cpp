@@ -1,0 +1,54 @@
+#include "platform/shared_library.h"
+
+#include <filesystem>
+#include <string>
+#include <utility>
+
+#include <gtest/gtest.h>
+
+#include "support/bytes.h"
+#include "support/temp_folder.h"
+#include "support/test_paths.h"
+
+namespace tessaret {
+namespace {
+
+std::string ModulePath() {
+  return (std::filesystem::path(test::kBinaryDir) / "lib/thread_end_module.so").string();
+}
+
+TEST(SharedLibrary, IsLoadedByItsPathAndFindsWhatItExports) {
+  SharedLibrary library = SharedLibrary::Load(ModulePath());
+  ASSERT_TRUE(library.IsLoaded());
+  EXPECT_NE(library.FindFunction<void(bool*)>("AskWhenUnloaded"), nullptr);
+  EXPECT_EQ(library.Find("NoSuchName"), nullptr);
+  library.Unload();
+  EXPECT_FALSE(library.IsLoaded());
+  EXPECT_EQ(library.Find("AskWhenUnloaded"), nullptr);
+  library.Unload();
+}
+
+TEST(SharedLibrary, IsFoundByTheLoaderUnderABareName) {
+  EXPECT_TRUE(SharedLibrary::Load("libc.so.6").IsLoaded());
+  EXPECT_FALSE(SharedLibrary::Load("no-such-library.so").IsLoaded());
+}
+
+TEST(SharedLibrary, IsNeitherTheProgramNorWhatNoLibraryIs) {
+  EXPECT_FALSE(SharedLibrary::Load("").IsLoaded());
+  EXPECT_FALSE(SharedLibrary::Load(ModulePath() + std::string(1, '\0') + "x").IsLoaded());
+  const test::TempFolder folder;
+  test::WriteText(folder.File("text.so"), "no library");
+  EXPECT_FALSE(SharedLibrary::Load(folder.File("text.so")).IsLoaded());
+  EXPECT_FALSE(SharedLibrary::Load(folder.Path().string()).IsLoaded());
+}
+
+TEST(SharedLibrary, MovesWithItsHolder) {
+  SharedLibrary first = SharedLibrary::Load(ModulePath());
+  SharedLibrary second = std::move(first);
+  EXPECT_TRUE(second.IsLoaded());
+  first = std::move(second);
+  EXPECT_TRUE(first.IsLoaded());
+}
+
+}  // namespace
+}  // namespace tessaret
