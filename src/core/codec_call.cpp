@@ -26,7 +26,7 @@ struct CodecTable {
 
 const CodecTable* TableOf(const DcmCodec& codec) noexcept {
   const CodecTable* table = nullptr;
-  std::memcpy(&table, reinterpret_cast<const void*>(&codec), sizeof(table));
+  std::memcpy(static_cast<void*>(&table), reinterpret_cast<const void*>(&codec), sizeof(void*));
   return table;
 }
 
