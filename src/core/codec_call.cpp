@@ -2,6 +2,7 @@
 
 #include <cxxabi.h>
 
+#include <cstddef>
 #include <cstring>
 #include <exception>
 
@@ -24,10 +25,21 @@ struct CodecTable {
                                std::uint8_t*, void*);
 };
 
+struct CodecRecord {
+  const CodecTable* table;
+  std::uintptr_t reserved;
+  char errorText[TESSARET_CODEC_ERROR_SIZE];
+};
+static_assert(sizeof(CodecRecord) == sizeof(DcmCodec));
+
 const CodecTable* TableOf(const DcmCodec& codec) noexcept {
   const CodecTable* table = nullptr;
   std::memcpy(static_cast<void*>(&table), reinterpret_cast<const void*>(&codec), sizeof(void*));
   return table;
+}
+
+char* ErrorTextOf(DcmCodec& codec) noexcept {
+  return reinterpret_cast<char*>(&codec) + offsetof(CodecRecord, errorText);
 }
 
 // The codec gets a copy of the sizes by which the engine goes.
@@ -93,15 +105,14 @@ bool DecompressFrame(CodecTarget& target, CodecConversion& conversion, const Ima
 }
 
 void ClearErrorText(CodecTarget& target) noexcept {
-  if (!target.isConcurrent) target.codec.ErrorText[0] = '\0';
+  if (!target.isConcurrent) *ErrorTextOf(target.codec) = '\0';
 }
 
 std::string WordsOfFailure(const CodecTarget& target, const CodecConversion& conversion,
                            const std::string& otherwise) {
   if (!conversion.Words().empty()) return conversion.Words();
-  const char* text = target.codec.ErrorText;
-  const std::size_t length =
-      target.isConcurrent ? 0 : ::strnlen(text, sizeof(target.codec.ErrorText));
+  const char* text = ErrorTextOf(target.codec);
+  const std::size_t length = target.isConcurrent ? 0 : ::strnlen(text, TESSARET_CODEC_ERROR_SIZE);
   return length > 0 ? std::string(text, length) : otherwise;
 }
 

@@ -1,5 +1,8 @@
 // The functions that codecs call, outside of any call of theirs.
 #include <cstring>
+#include <memory>
+#include <string>
+#include <string_view>
 
 #include <gtest/gtest.h>
 
@@ -126,13 +129,31 @@ TEST(CodecContract, AValueMayBeSetFromItself) {
   EXPECT_EQ(test::TextOf(*name), "oe^ ") << "the element is the same one";
 }
 
+/// An element with its value within itself, as the readers make it.
+VR* NewParsed(std::string_view value) {
+  auto vr = std::make_unique<VR>(0x0028, 0x3010, static_cast<std::uint32_t>(value.size()), nullptr);
+  vr->AllocateValue();
+  std::memcpy(vr->Data, value.data(), value.size());
+  return vr.release();
+}
+
+TEST(CodecContract, ChangesThatAreKeptReplaceAParsedValue) {
+  const auto object = test::NewImage(1);
+  object->Push(NewParsed("here"));
+  {
+    CodecConversion conversion(CodecConversion::Kind::kDecompressing, *object, nullptr, 1);
+    const std::uint8_t bytes[] = {'n', 'e', 'w', '!'};
+    ASSERT_EQ(tessaret_codec_set(object.get(), 0x0028, 0x3010, type_code::LO, bytes, 4), 1);
+    conversion.KeepChanges();
+  }
+  EXPECT_EQ(test::TextAt(*object, MakeTagKey(0x0028, 0x3010)), "new!");
+}
+
 TEST(CodecContract, ChangesAreTakenBackInWhateverOrderTheyCame) {
   const auto object = test::NewImage(1);
   auto* sequence = test::NewSequence(MakeTagKey(0x0028, 0x3000), {test::NewObject({})});
   object->Push(sequence);
-  auto* parsed = new VR(0x0028, 0x3010, 4, nullptr);
-  parsed->AllocateValue();
-  std::memcpy(parsed->Data, "here", 4);
+  VR* parsed = NewParsed("here");
   object->Push(parsed);
   const std::string before = test::Outline(*object);
   {

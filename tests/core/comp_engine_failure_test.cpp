@@ -88,10 +88,14 @@ TEST_F(FailingCodecs, WordsWithoutAnEndAreCutAtTheirPlace) {
 }
 
 TEST_F(FailingCodecs, WordsOfAnEarlierFailureDoNotComeAgain) {
-  EXPECT_EQ(WordsOfCompress(0), "the third frame");
-  const auto object = test::NewImage(2);
-  EXPECT_TRUE(engine_.Compress(object.get(), BadUid(0).c_str(), nullptr));
-  EXPECT_EQ(engine_.ErrorText, "");
+  WordsOfDecompress(10);
+  EXPECT_EQ(WordsOfDecompress(10),
+            "The codec for transfer syntax [1.2.999.3.10] failed at frame 0");
+}
+
+TEST_F(FailingCodecs, WordsInAConcurrentCodecAreNobodysToRead) {
+  EXPECT_EQ(WordsOfDecompress(16),
+            "The codec for transfer syntax [1.2.999.3.16] failed at frame 0");
 }
 
 TEST_F(FailingCodecs, ACodecThatCannotBeHadIsAFailureBeforeTheOffsetTable) {

@@ -6,6 +6,7 @@
 #include <new>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "tessaret/codec.h"
 
@@ -105,7 +106,7 @@ class Throws : public PlainCodec {
   Thrown thrown_;
 };
 
-/// Fails without words, with words that never end, or with none in their place.
+/// Fails without words, or at first with words that never end.
 class Fails : public PlainCodec {
  public:
   explicit Fails(char filling) : filling_(filling) {}
@@ -119,7 +120,7 @@ class Fails : public PlainCodec {
     return Fill();
   }
   CodecBool Fill() {
-    if (filling_ != 0) std::memset(ErrorText, filling_, sizeof(ErrorText));
+    if (filling_ != 0) std::memset(ErrorText, std::exchange(filling_, '\0'), sizeof(ErrorText));
     return 0;
   }
   char filling_;
@@ -184,23 +185,12 @@ struct Row {
   std::uint32_t flags;
 };
 constexpr Row kRows[] = {
-    {"1.2.999.3.0", 0},
-    {"1.2.999.3.1", 0},
-    {"1.2.999.3.2", 0},
-    {"1.2.999.3.3", 0},
-    {"1.2.999.3.4", 0},
-    {"1.2.999.3.5", 0},
-    {"1.2.999.3.6", 0},
-    {"1.2.999.3.7", 0},
-    {"1.2.999.3.8", 0},
-    {"1.2.999.3.9", 0},
-    {"1.2.999.3.10", 0},
-    {"1.2.999.3.11", 0},
-    {"1.2.999.3.12", 1},
-    {"1.2.999.3.13", 0},
-    {"1.2.999.3.14", 2},
-    {"1.2.999.3.15", 0},
-    {"", 0},
+    {"1.2.999.3.0", 0},  {"1.2.999.3.1", 0},  {"1.2.999.3.2", 0},
+    {"1.2.999.3.3", 0},  {"1.2.999.3.4", 0},  {"1.2.999.3.5", 0},
+    {"1.2.999.3.6", 0},  {"1.2.999.3.7", 0},  {"1.2.999.3.8", 0},
+    {"1.2.999.3.9", 0},  {"1.2.999.3.10", 0}, {"1.2.999.3.11", 0},
+    {"1.2.999.3.12", 1}, {"1.2.999.3.13", 0}, {"1.2.999.3.14", 2},
+    {"1.2.999.3.15", 0}, {"1.2.999.3.16", 2}, {"", 0},
 };
 
 }  // namespace
@@ -242,6 +232,7 @@ DcmCodec* tessaret::DcmGetCodec(std::uint32_t index) {
     case 9:
       return new Fails('\0');
     case 10:
+    case 16:
       return new Fails('w');
     case 11:
       return new WritesNothing;
