@@ -137,6 +137,20 @@ std::string DoubtIn(const ImageInfo& info) {
   return {};
 }
 
+/// The same when these native pixels are to be compressed.
+std::string DoubtIn(const DICOMObject& object, const ImageInfo& info, const VR& pixels) {
+  if (UidIn(object) == kBigEndianUid) return "Pixels in big endian order cannot be compressed";
+  if (std::string doubt = DoubtIn(info); !doubt.empty()) return doubt;
+  if (NativeSize(info) > pixels.Length) {
+    return Format("The pixel data has %u bytes, but %u frames of %u bytes are named", pixels.Length,
+                  info.Frames, info.FrameSize);
+  }
+  if (OffsetTableSize(info.Frames) > kUndefinedLength - 1) {
+    return Format("The offset table of %u frames is too large", info.Frames);
+  }
+  return {};
+}
+
 /// The element in the item; null when there is none.
 const VR* FragmentIn(const DICOMObject* item) {
   return item == nullptr ? nullptr : item->GetVR(kStructuralGroup, kItemElement);
@@ -279,16 +293,8 @@ bool DcmCompEngine::CompressPixels(DICOMObject& object, CodecTarget target, Code
   ImageInfo info;
   if (!ReadInfo(object, info)) return false;
   if (pixels.Data == nullptr) return true;
-  if (UidIn(object) == kBigEndianUid) {
-    return Fail("Pixels in big endian order cannot be compressed");
-  }
-  if (std::string doubt = DoubtIn(info); !doubt.empty()) return Fail(std::move(doubt));
-  if (NativeSize(info) > pixels.Length) {
-    return Fail(Format("The pixel data has %u bytes, but %u frames of %u bytes are named",
-                       pixels.Length, info.Frames, info.FrameSize));
-  }
-  if (OffsetTableSize(info.Frames) > kUndefinedLength - 1) {
-    return Fail(Format("The offset table of %u frames is too large", info.Frames));
+  if (std::string doubt = DoubtIn(object, info, pixels); !doubt.empty()) {
+    return Fail(std::move(doubt));
   }
   auto compressed = NewPixelData(0, false);
   compressed->Length = kUndefinedLength;

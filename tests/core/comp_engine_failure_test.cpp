@@ -196,6 +196,16 @@ TEST_F(FailingCodecs, PixelDataShorterThanItsFramesIsNotCompressed) {
   EXPECT_EQ(engine_.ErrorText, "The pixel data has 16 bytes, but 1 frames of 40 bytes are named");
 }
 
+TEST_F(FailingCodecs, AnOffsetTableThatNoElementHoldsIsRefused) {
+  const auto object = WithSizes(test::NewImage(2), {"1073741824", 1, 1, 1, 8, ""});
+  VR& pixels = test::PixelsOf(*object);
+  const std::uint32_t length = pixels.Length;
+  pixels.Length = kUndefinedLength - 1;  // nobody looks at the bytes
+  EXPECT_FALSE(engine_.Compress(object.get(), test::kToy, nullptr));
+  EXPECT_EQ(engine_.ErrorText, "The offset table of 1073741824 frames is too large");
+  pixels.Length = length;
+}
+
 TEST_F(FailingCodecs, PixelsInBigEndianOrderAreNotCompressed) {
   const auto object = test::NewImage(1, "1.2.840.10008.1.2.2");
   EXPECT_FALSE(engine_.Compress(object.get(), test::kToy, nullptr));
