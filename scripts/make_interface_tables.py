@@ -9,6 +9,10 @@ import sys
 
 import interfaces
 
+# Members whose arguments cannot travel as values by themselves, with the functions that call them, and where these stand.
+OWN_CALLS = {f"IDcmObjectManager.{name}": f"Call{name}" for name in ("GetPtr", "PutPtr", "GetVR", "PutVR")}
+OWN_CALL_HEADERS = {"IDcmObjectManager": "facade/object_manager_calls.h"}
+
 TABLES = interfaces.ROOT / "src" / "facade" / "tables"
 
 
@@ -30,7 +34,8 @@ def table_of(interface):
             lines.append(f'{{"{member.name}", MemberKind::{member.kind}, kArguments{number}.data(), kArguments{number}.size(),'
                          f" {quoted(member.help)}}},")
         lines += ["};", "constexpr MemberCall kCalls[] = {"]
-        lines += [f"&CallMember<&I::{member.function}>," for member in interface.members]
+        lines += [f"&{OWN_CALLS.get(f'{interface.name}.{member.function}', f'CallMember<&I::{member.function}>')},"
+                  for member in interface.members]
         lines += ["};"]
     members, calls = ("kMembers", "kCalls") if count else ("nullptr", "{}")
     return lines, [
@@ -43,7 +48,9 @@ def source_of(stem, interface):
     body, table = table_of(interface)
     return "\n".join([
         f"// Made by scripts/make_interface_tables.py from include/tessaret/{stem}.hpp; not to be edited.",
-        "// clang-format off", '#include "component/call_by_name.h"', f'#include "tessaret/{stem}.hpp"', "", "namespace tessaret {", "namespace {", "", *body, "", "}  // namespace", "", *table, "",
+        "// clang-format off", '#include "component/call_by_name.h"',
+        *(f'#include "{header}"' for name, header in OWN_CALL_HEADERS.items() if name == interface.name),
+        f'#include "tessaret/{stem}.hpp"', "", "namespace tessaret {", "namespace {", "", *body, "", "}  // namespace", "", *table, "",
         "}  // namespace tessaret", ""])
 
 

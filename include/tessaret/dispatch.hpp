@@ -74,7 +74,8 @@ class IDispatch : public IObject {
   virtual Status FindMember(const char* name, MemberKind kind, std::int32_t* member) = 0;
 
   /// Calls a member. `arguments` are its arguments in their order without the result; what is InOut or Out is replaced there.
-  /// Optional ones at the end may be left away, and so may Out ones that nobody wants. An empty value in the place of an optional
+  /// Optional ones at the end may be left away, and so may Out ones that nobody wants; where a property is set, the new value is the
+  /// last of them all the same. An empty value in the place of an optional
   /// argument counts as left away. Each is turned into the type of its parameter, see Variant::ChangeType; an object is asked for
   /// the interface that is wanted, and an empty value is no object. `result` may be null.
   /// Answers what the member answers; kUnknownMember, kBadCount, kTypeMismatch, kOverflow or kNoInterface without having called

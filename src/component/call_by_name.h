@@ -158,9 +158,11 @@ class ArgumentCursor {
 
   /// What was given for parameter `index`, or null.
   Variant* At(std::size_t index) const {
-    return member_.arguments[index].flow == ArgumentFlow::kResult || index >= count_
-               ? nullptr
-               : &arguments_[index];
+    if (FlowAt(index) == ArgumentFlow::kResult) return nullptr;
+    if (!SetsProperty()) return index < count_ ? &arguments_[index] : nullptr;
+    // The new value is the last of the arguments, also where optional ones before it are left away.
+    if (index + 1 == member_.argumentCount) return count_ > 0 ? &arguments_[count_ - 1] : nullptr;
+    return index + 1 < count_ ? &arguments_[index] : nullptr;
   }
   [[nodiscard]] ArgumentFlow FlowAt(std::size_t index) const {
     return member_.arguments[index].flow;
@@ -173,6 +175,10 @@ class ArgumentCursor {
   }
 
  private:
+  [[nodiscard]] bool SetsProperty() const {
+    return member_.kind == MemberKind::kPut || member_.kind == MemberKind::kPutRef;
+  }
+
   const MemberInfo& member_;
   Variant* arguments_;
   std::uint32_t count_;

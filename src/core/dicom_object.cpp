@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/byte_order.h"
+#include "core/object_watch.h"
 
 namespace tessaret {
 namespace {
@@ -114,7 +115,13 @@ DICOMObject* EndOfForwarding(DICOMObject& start) noexcept {
   return end;
 }
 
-DICOMObject::~DICOMObject() { DICOMObject::Reset(); }
+DICOMObject::~DICOMObject() {
+  if (Mark != nullptr) {
+    Mark->object.store(nullptr, std::memory_order_release);
+    Mark->Drop();
+  }
+  DICOMObject::Reset();
+}
 
 DICOMDataObject::~DICOMDataObject() = default;
 
@@ -143,6 +150,7 @@ bool DICOMObject::PushAnywhere(VR* element) {
   VR** place = Elements.FindOrInsert(element->Key());
   LastPushedVR = element;
   if (*place != element) {
+    if (*place != nullptr) ++Revision;
     delete *place;
     *place = element;
   }
@@ -166,6 +174,7 @@ bool DICOMObject::Reset() {
 }
 
 void DICOMObject::DestroyElements(ItemArray& nested) noexcept {
+  ++Revision;
   LastPushedVR = nullptr;
   Elements.ForEach([&nested](VR& element) {
     if (element.Items != nullptr) nested.Splice(*element.Items);
@@ -187,6 +196,12 @@ VR* DICOMObject::GetNextVR(const VR* vr) const {
 std::uint16_t DICOMObject::GetUINT16(std::uint16_t group, std::uint16_t element) const {
   const VR* vr = GetVR(group, element);
   return vr != nullptr && vr->Data != nullptr && vr->Length == 2 ? LoadLittle16(vr->Data) : 0;
+}
+
+bool DICOMObject::MightHangBelow(const DICOMObject& top) const {
+  if (&top == this) return true;
+  return !top.Elements.ForEachWhile(
+      [this](const VR& element) { return !element.MightHold(*this); });
 }
 
 VR* DICOMObject::Remove(std::uint16_t group, std::uint16_t element) {

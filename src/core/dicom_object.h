@@ -12,6 +12,8 @@
 
 namespace tessaret {
 
+struct ObjectMark;
+
 class DICOMObject {
  public:
   DICOMObject() = default;
@@ -66,6 +68,9 @@ class DICOMObject {
 
   [[nodiscard]] bool IsEmpty() const { return Elements.IsEmpty(); }
 
+  /// True when this object hangs below `top`, at any depth, or is `top`; and without memory to look further.
+  [[nodiscard]] bool MightHangBelow(const DICOMObject& top) const;
+
   /// Destroys every element of this level; the items below them go to the end of `nested`, for the caller to destroy.
   void DestroyElements(ItemArray& nested) noexcept;
 
@@ -75,12 +80,17 @@ class DICOMObject {
       0;                        // estimate: 16 a sequence opened, 16 plus its own estimate an item
   std::uint32_t Iterating = 0;  // not 0 while a walk by Pop is under way
   DICOMObject* PushTarget = nullptr;  // where Push(VR*) goes instead; not owned
+  // Raised whenever an element leaves: a pointer to one that was found before may lead nowhere then.
+  std::uint64_t Revision = 0;
+  ObjectMark* Mark =
+      nullptr;  // of those who watch this, see core/object_watch.h; null while nobody ever did
   ElementMap Elements;
 
  private:
   /// Push where the element does not just go behind the last one; apart, so that the usual way needs no stack frame.
   [[gnu::noinline]] bool PushAnywhere(VR* element);
   void Forget(const VR* taken) noexcept {
+    ++Revision;
     if (LastPushedVR == taken) LastPushedVR = nullptr;
   }
 };

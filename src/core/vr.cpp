@@ -231,9 +231,7 @@ bool VR::MoveToObject(DICOMObject* target) {
   DICOMObject* const place = EndOfForwarding(*target);
   if (place == nullptr) return false;
   if (place->GetVR(Group, Element) == this) return true;
-  if (AnyBelowMightBe(*this, [place](const DICOMObject& object) { return &object == place; })) {
-    return false;
-  }
+  if (MightHold(*place)) return false;
   std::unique_ptr<VR> moved(EmptyLike(*this));
   if (!moved) return false;
   // All is taken out of here before the push, which may destroy this element: it may hang below the one that is
@@ -247,6 +245,10 @@ bool VR::MoveToObject(DICOMObject* target) {
   }
   HandItemsOver(items, *place, *moved.release());
   return true;
+}
+
+bool VR::MightHold(const DICOMObject& object) const {
+  return AnyBelowMightBe(*this, [&object](const DICOMObject& each) { return &each == &object; });
 }
 
 std::uint32_t VR::ItemCount() const { return Items == nullptr ? 0 : Items->ListLength; }

@@ -82,6 +82,9 @@ struct VR {
   /// tag that was changed in place it hands its value on to a new element of its present tag.
   bool MoveToObject(DICOMObject* target);
 
+  /// True when `object` is an item of this element, at any depth; and without memory to look further.
+  [[nodiscard]] bool MightHold(const DICOMObject& object) const;
+
   /// 0 when there are no Items.
   [[nodiscard]] std::uint32_t ItemCount() const;
 

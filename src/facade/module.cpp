@@ -5,6 +5,7 @@
 #include "core/module_dictionaries.h"
 #include "facade/class_ids.h"
 #include "facade/dcm_dictionary.h"
+#include "facade/dcm_object.h"
 #include "facade/dcm_options.h"
 #include "platform/module_path.h"
 
@@ -24,7 +25,7 @@ namespace ids = class_id;
 
 constexpr ClassRow kClasses[] = {
     {"Tessaret.DCMObject", ids::kDCMObject, "IDCMObject", "_IDCMObjectEvents",
-     &NotYet<ids::kDCMObject>},
+     &CreateObjectOf<CDCMObject>},
     {"Tessaret.DcmOblique", ids::kDcmOblique, "IDCMOblique", "_IDCMObliqueEvents",
      &NotYet<ids::kDcmOblique>},
     {"Tessaret.DCMDicomDir", ids::kDCMDicomDir, "IDCMDicomDir", "_IDCMDicomDirEvents",

@@ -1,0 +1,100 @@
+// Files, and the transfer syntax of pixel data.
+#include <string>
+
+#include "core/comp_engine.h"
+#include "core/data_set_coder.h"
+#include "core/element_reader.h"
+#include "core/module_dictionaries.h"
+#include "core/value_order.h"
+#include "facade/dcm_object.h"
+#include "facade/dcm_object_edge.h"
+#include "platform/file_calls.h"
+
+namespace tessaret {
+
+using namespace dcm_object;
+
+namespace {
+
+constexpr const char* kExplicitUid = "1.2.840.10008.1.2.1";
+
+/// What will be written in big endian order: (0002,0010) says so.
+bool IsForBigEndian(const DICOMObject& object) {
+  const VR* const syntax = object.GetVR(GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag));
+  if (syntax == nullptr || syntax->Data == nullptr) return false;
+  const auto code = FindTransferSyntax(TransferSyntaxText(*syntax));
+  return code && IsBigEndian(*code);
+}
+
+bool SaveTurned(DataSetCoder& coder, const char* path, const DICOMObject& object) {
+  const std::unique_ptr<DICOMObject> turned(object.Clone(true));
+  if (!turned) throw std::bad_alloc();
+  SwapNumbers(*turned);
+  return coder.SaveFile(path, 3, *turned);
+}
+
+/// Why the last save failed; a place that cannot be opened has no words of the coder.
+std::string WhyNotSaved(const DataSetCoder& coder) {
+  if (coder.ErrorText() != nullptr) return coder.ErrorText();
+  if (coder.LastOpenError() != 0) return SystemErrorText(coder.LastOpenError());
+  return "The object cannot be encoded";
+}
+
+}  // namespace
+
+Status CDCMObject::Save(const String& FileName) {
+  return Answer([&] {
+    const DICOMObject* const object = Object.Get();
+    if (object == nullptr) return FailWith(kNothingToGetFrom);
+    const std::string path = FileName.Utf8();
+    DataSetCoder coder(&ModuleDictionary());
+    const bool saved = IsForBigEndian(*object) ? SaveTurned(coder, path.c_str(), *object)
+                                               : coder.SaveKeeping(path.c_str(), 3, *object);
+    return saved ? kOk : FailWith(WhyNotSaved(coder).c_str());
+  });
+}
+
+Status CDCMObject::Load(const String& FileName, VariantBool LoadPixels) {
+  try {
+    return LoadFrom(FileName.Utf8(), LoadPixels.IsTrue());
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    return FailWith("Not a DICOM FILE");
+  }
+}
+
+Status CDCMObject::LoadFrom(const std::string& path, bool loadPixels) {
+  LetGo();
+  DataSetCoder coder(&ModuleDictionary());
+  std::unique_ptr<DICOMObject> loaded = coder.LoadFile(path.c_str(), loadPixels, false);
+  if (!loaded) return FailWith(coder.ErrorText());
+  if (IsBigEndian(coder.LastCode())) SwapNumbers(*loaded);
+  Replace(std::move(loaded));
+  if (!loadPixels) return kOk;
+  DcmCompEngine engine;
+  return engine.Decompress(Object.Get(), nullptr, nullptr)
+             ? kOk
+             : FailWith("Unsupported Encapsulated Transfer Syntax");
+}
+
+Status CDCMObject::Translate(const String& trSyntax, VariantBool* Done) {
+  if (Done == nullptr) return kPointer;
+  return Answer([&] {
+    DICOMObject* const object = Object.Get();
+    if (object == nullptr) return FailWith(kNothingToPutInto);
+    DcmCompEngine engine;
+    if (!engine.Decompress(object, nullptr, nullptr)) return FailWith(engine.ErrorText.c_str());
+    if (trSyntax.IsNull()) return kOk;
+    const std::string syntax = trSyntax.Narrow();
+    // The numbers are little endian here, whatever the name says; the engine goes by the name.
+    if (IsForBigEndian(*object) && !engine.Compress(object, kExplicitUid, nullptr))
+      return FailWith(engine.ErrorText.c_str());
+    *Done = engine.CanCompress(object, syntax.c_str(), nullptr);
+    if (!Done->IsTrue()) return kOk;
+    *Done = engine.Compress(object, syntax.c_str(), nullptr);
+    return Done->IsTrue() ? kOk : FailWith(engine.ErrorText.c_str());
+  });
+}
+
+}  // namespace tessaret
