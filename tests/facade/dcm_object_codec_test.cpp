@@ -1,0 +1,104 @@
+// Pixel data of an object through codecs: a codec library is found beside the data files, as it would be beside an installed library.
+#include <cstdlib>
+#include <filesystem>
+
+#include <gtest/gtest.h>
+
+#include "core/codec_helpers.h"
+#include "facade/dcm_object.h"
+#include "facade/dcm_object_helpers.h"
+
+namespace tessaret::test {
+namespace {
+
+/// Has the library start with the codecs of the tests: the toy as "DcmCodec.dll". The place counts from the first use on.
+class CodecPlace : public testing::Environment {
+ public:
+  void SetUp() override {
+    for (const char* name : {"dicom-dict.txt", "uid-dict.txt"})
+      std::filesystem::create_symlink(std::filesystem::path(kDataDir) / name, folder_.File(name));
+    std::filesystem::create_symlink(CodecFolder() + "toy_codec.so", folder_.File("DcmCodec.dll"));
+    ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
+  }
+
+ private:
+  TempFolder folder_;
+};
+
+const testing::Environment* const kPlace = testing::AddGlobalTestEnvironment(new CodecPlace);
+
+Ref<IDCMObject> Image(std::uint32_t frames) {
+  const std::unique_ptr<DICOMObject> image = NewImage(frames);
+  return CDCMObject::Wrap(image.get(), true);
+}
+
+Status Translate(const Ref<IDCMObject>& object, const String& syntax, std::int16_t& done) {
+  VariantBool answer = VariantBool::Of(77);
+  const Status status = object->Translate(syntax, &answer);
+  done = answer.value;
+  return status;
+}
+
+TEST(DCMObjectCodecs, TurnPixelDataIntoASyntaxAndBack) {
+  for (const std::uint32_t frames : {1u, 3u}) {
+    const auto object = Image(frames);
+    std::int16_t done = 0;
+    ASSERT_EQ(Translate(object, kToy, done), kOk) << LastError().text;
+    EXPECT_EQ(done, -1);
+    EXPECT_EQ(Text(object, 0x0002, 0x0010), kToy);
+    // The offset table, empty for one frame, and an item a frame.
+    EXPECT_EQ(CountOf(object, 0x7FE0, 0x0010), static_cast<std::int16_t>(1 + frames));
+    EXPECT_EQ(Raw(ItemOf(object, 0x7FE0, 0x0010, 0), 0xFFFE, 0xE000).size(),
+              frames == 1 ? 0u : 4 * frames);
+    ASSERT_EQ(Translate(object, String(), done), kOk);
+    EXPECT_EQ(done, 77);
+    EXPECT_EQ(Text(object, 0x0002, 0x0010), "1.2.840.10008.1.2.1");
+    EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(frames));
+  }
+}
+
+TEST(DCMObjectCodecs, TheWayBackByNameDropsTheNameForImplicit) {
+  const auto object = Image(1);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  ASSERT_EQ(Translate(object, "1.2.840.10008.1.2", done), kOk);
+  EXPECT_EQ(done, -1);
+  EXPECT_FALSE(Describe(object, 0x0002, 0x0010).found.IsTrue());
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(1));
+}
+
+TEST(DCMObjectCodecs, OneThatCannotSaysFalse) {
+  const auto object = Image(1);
+  // An odd frame is what the toy refuses.
+  ASSERT_EQ(Put(object, 0x0028, 0x0010, std::int32_t{1}), kOk);
+  ASSERT_EQ(Put(object, 0x0028, 0x0011, std::int32_t{7}), kOk);
+  std::int16_t done = 0;
+  EXPECT_EQ(Translate(object, kToy, done), kOk);
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(1));
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), "1.2.840.10008.1.2.1");
+}
+
+TEST(DCMObjectCodecs, NumbersOfABigEndianFileAreCompressedAsTheyAre) {
+  const auto object = Image(1);
+  ASSERT_EQ(Put(object, 0x0002, 0x0010, "1.2.840.10008.1.2.2"), kOk);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk) << LastError().text;
+  EXPECT_EQ(done, -1);
+  ASSERT_EQ(Translate(object, String(), done), kOk);
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(1));
+}
+
+TEST(DCMObjectCodecs, ABrokenStreamFailsWithTheCodecsWords) {
+  const auto object = Image(2);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  const Variant junk = VariantArray::OfBytes(Bytes{9, 9});
+  ASSERT_EQ(ItemOf(object, 0x7FE0, 0x0010, 2)->PutVRData(0xFFFE, 0xE000, "OB", junk), kOk);
+  EXPECT_EQ(Translate(object, String(), done), kException);
+  EXPECT_FALSE(LastError().text.empty());
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), kToy);
+}
+
+}  // namespace
+}  // namespace tessaret::test
