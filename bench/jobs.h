@@ -31,5 +31,7 @@ inline std::filesystem::path JobContext::Input() const { return data / job.input
 std::span<const Job> IoJobs();
 /// The data dictionary: look-ups, and loading either form.
 std::span<const Job> DictionaryJobs();
+/// The public interface: making objects, reading elements, several threads.
+std::span<const Job> ObjectJobs();
 
 }  // namespace tessaret::bench

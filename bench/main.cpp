@@ -14,7 +14,9 @@ namespace {
 
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kNotMine = 77 };
 
-std::array<std::span<const Job>, 2> Families() { return {IoJobs(), DictionaryJobs()}; }
+std::array<std::span<const Job>, 3> Families() {
+  return {IoJobs(), DictionaryJobs(), ObjectJobs()};
+}
 
 int Usage() {
   std::fputs("usage: tessaret-bench list | make DIR [--short] | JOB DIR TMPDIR\n", stderr);

@@ -29,7 +29,7 @@ inline constexpr Status kUnknownMember = static_cast<Status>(0x80020003u);
 inline constexpr Status kTypeMismatch = static_cast<Status>(0x80020005u);
 /// There is no such name.
 inline constexpr Status kUnknownName = static_cast<Status>(0x80020006u);
-/// It failed, and words for people say why: see LastError() in tessaret/error.h.
+/// It failed, and words for people say why: see LastError() in tessaret/library.hpp.
 inline constexpr Status kException = static_cast<Status>(0x80020009u);
 /// A number does not fit the type that is wanted.
 inline constexpr Status kOverflow = static_cast<Status>(0x8002000Au);

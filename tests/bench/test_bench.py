@@ -23,7 +23,8 @@ IO_JOBS = (
     + [f"io.{what}.{how}" for what in ("ct400e", "ct400i", "tiny") for how in ("load", "header")]
     + [f"io.{what}.{how}" for what in ("manye", "manyi", "manyd") for how in ("load", "free", "save", "roundtrip")]
 )
-OWN_JOBS = ["own.dictionary.lookup", "own.dictionary.text", "own.dictionary.binary"]
+OWN_JOBS = [f"own.dictionary.{what}" for what in ("lookup", "text", "binary")] + [
+    f"own.object.{what}" for what in ("create", "get", "getbyname", "threads")]
 
 
 def count_elements(dataset):

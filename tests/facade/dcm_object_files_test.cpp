@@ -19,7 +19,6 @@ namespace {
 
 constexpr std::string_view kImplicit = "1.2.840.10008.1.2";
 constexpr std::string_view kExplicit = "1.2.840.10008.1.2.1";
-constexpr std::string_view kBigEndian = "1.2.840.10008.1.2.2";
 constexpr std::string_view kJpeg = "1.2.840.10008.1.2.4.50";
 
 /// An image of 2 x 1 pixels of 16 bits, 0x0102 and 0x0304, with an element behind them.
