@@ -1,5 +1,6 @@
 #include "base/text.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
 #include <cstdarg>
@@ -29,6 +30,13 @@ std::string FormatFixed(double value) {
   const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), value,
                                  std::chars_format::fixed, 6);
   return std::string(digits.data(), end.ptr);
+}
+
+bool IsSameIgnoringCase(std::string_view a, std::string_view b) {
+  const auto lower = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  return std::ranges::equal(a, b, {}, lower, lower);
 }
 
 std::string_view Trimmed(std::string_view text) {

@@ -27,6 +27,9 @@ constexpr int HexDigit(char c) {
   return -1;
 }
 
+/// True when both are the same but for the case of ASCII letters.
+bool IsSameIgnoringCase(std::string_view a, std::string_view b);
+
 /// `text` without white space and NULs at either end.
 std::string_view Trimmed(std::string_view text);
 

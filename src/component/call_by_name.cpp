@@ -2,27 +2,15 @@
 
 #include <new>
 
+#include "base/text.h"
+
 namespace tessaret {
-namespace {
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool IsSameName(const char* a, const char* b) {
-  while (*a != '\0' && Lower(*a) == Lower(*b)) {
-    ++a;
-    ++b;
-  }
-  return *a == *b;
-}
-
-}  // namespace
-
 Status FindMemberIn(const InterfaceInfo& info, const char* name, MemberKind kind,
                     std::int32_t* member) {
   if (name == nullptr || member == nullptr) return kPointer;
   Status status = kUnknownName;
   for (std::uint32_t index = 0; index < info.memberCount; ++index) {
-    if (!IsSameName(info.members[index].name, name)) continue;
+    if (!IsSameIgnoringCase(info.members[index].name, name)) continue;
     if (info.members[index].kind == kind) {
       *member = static_cast<std::int32_t>(index);
       return kOk;

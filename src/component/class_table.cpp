@@ -2,18 +2,14 @@
 
 #include <algorithm>
 
+#include "base/text.h"
+
 namespace tessaret {
 namespace {
 
 constexpr std::string_view kVersion = ".1";
 
 constinit std::span<const ClassRow> registered;
-
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool IsSameName(std::string_view a, std::string_view b) {
-  return std::ranges::equal(a, b, {}, &Lower, &Lower);
-}
 
 }  // namespace
 
@@ -24,7 +20,7 @@ std::span<const ClassRow> Classes() { return registered; }
 const ClassRow* FindClass(std::string_view name) {
   if (name.ends_with(kVersion)) name.remove_suffix(kVersion.size());
   const auto found = std::ranges::find_if(
-      registered, [&](const ClassRow& row) { return IsSameName(row.name, name); });
+      registered, [&](const ClassRow& row) { return IsSameIgnoringCase(row.name, name); });
   return found == registered.end() ? nullptr : &*found;
 }
 

@@ -4,12 +4,23 @@ namespace tessaret {
 
 Ref<IObject> DataSetHandle::Of(DICOMObject* object, bool owns) {
   auto* made = new DataSetHandle(object);
-  made->owns_ = owns;
+  if (owns) made->TakeOver();
   return Ref<IObject>::Adopt(made->Own());
 }
 
 DataSetHandle::~DataSetHandle() {
   if (owns_) delete object_.Get();
+}
+
+void DataSetHandle::GiveUp() {
+  owns_ = false;
+  object_.SetHolder(ObjectHolder::kSomebody);
+}
+
+void DataSetHandle::TakeOver() {
+  owns_ = true;
+  // Nobody else may take it while a script holds it.
+  object_.SetHolder(ObjectHolder::kFacade);
 }
 
 Status DataSetHandle::get_IsAlive(VariantBool* pVal) {

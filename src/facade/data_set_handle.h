@@ -17,8 +17,10 @@ class IOwnDataSetHandle : public IObject {
   virtual DICOMObject* Get() = 0;
   /// Whether the handle destroys it.
   virtual bool Owns() = 0;
-  /// It has a new owner.
-  virtual void PassOn() = 0;
+  /// Gives the data set up, for somebody to take over. Requires: Owns().
+  virtual void GiveUp() = 0;
+  /// Takes it over from whoever holds it. Requires: it is there.
+  virtual void TakeOver() = 0;
 };
 
 class DataSetHandle final
@@ -30,7 +32,8 @@ class DataSetHandle final
   Status get_IsAlive(VariantBool* pVal) override;
   DICOMObject* Get() override { return object_.Get(); }
   bool Owns() override { return owns_; }
-  void PassOn() override { owns_ = false; }
+  void GiveUp() override;
+  void TakeOver() override;
 
  private:
   explicit DataSetHandle(DICOMObject* object) : ComponentObject(nullptr), object_(object) {}

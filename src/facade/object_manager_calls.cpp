@@ -27,8 +27,10 @@ Status ObjectIn(const Variant& argument, Ref<Interface>& object) {
 Status PassHandle(IDcmObjectManager& manager, IOwnDataSetHandle& handle, std::int32_t gives) {
   // A handle whose data set is gone must not pass for none.
   if (handle.Get() == nullptr || (gives != 0 && !handle.Owns())) return kInvalidArgument;
+  if (gives == 0) return manager.PutPtr(0, handle.Get());
+  handle.GiveUp();
   const Status status = manager.PutPtr(gives, handle.Get());
-  if (status == kOk && gives != 0) handle.PassOn();
+  if (Failed(status)) handle.TakeOver();
   return status;
 }
 

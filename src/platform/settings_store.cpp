@@ -18,12 +18,6 @@ namespace {
 constexpr std::uint64_t kMostBytes = 1u << 20;
 constexpr mode_t kDirectoryMode = 0700;
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
-
-bool IsSame(std::string_view a, std::string_view b) {
-  return std::ranges::equal(a, b, {}, &Lower, &Lower);
-}
-
 /// The group that a line opens, or nothing.
 std::optional<std::string_view> GroupIn(std::string_view line) {
   line = Trimmed(line);
@@ -34,7 +28,7 @@ std::optional<std::string_view> GroupIn(std::string_view line) {
 /// The value behind `name` in a line, or nothing.
 std::optional<std::string_view> ValueIn(std::string_view line, std::string_view name) {
   const std::size_t sign = line.find('=');
-  if (sign == std::string_view::npos || !IsSame(Trimmed(line.substr(0, sign)), name))
+  if (sign == std::string_view::npos || !IsSameIgnoringCase(Trimmed(line.substr(0, sign)), name))
     return std::nullopt;
   return Trimmed(line.substr(sign + 1));
 }
@@ -73,7 +67,7 @@ Place FindPlace(const std::vector<std::string>& lines, std::string_view group,
   bool within = false;
   for (std::size_t at = 0; at < lines.size(); ++at) {
     if (const auto opened = GroupIn(lines[at])) {
-      within = IsSame(*opened, group);
+      within = IsSameIgnoringCase(*opened, group);
       if (within && !place.hasGroup) place = {.line = at + 1, .isThere = false, .hasGroup = true};
     } else if (within && ValueIn(lines[at], name)) {
       return {.line = at, .isThere = true, .hasGroup = true};

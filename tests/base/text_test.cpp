@@ -83,6 +83,15 @@ TEST(HexDigit, KnowsDigitsOfEitherCaseAndNoOther) {
   }
 }
 
+TEST(IsSameIgnoringCase, LooksAtAsciiLettersOnly) {
+  EXPECT_TRUE(IsSameIgnoringCase("Tessaret.AZ", "tESSARET.az"));
+  EXPECT_TRUE(IsSameIgnoringCase("", ""));
+  EXPECT_FALSE(IsSameIgnoringCase("ab", "abc"));
+  EXPECT_FALSE(IsSameIgnoringCase("abc", "ab"));
+  EXPECT_FALSE(IsSameIgnoringCase("@[", "`{"));
+  EXPECT_FALSE(IsSameIgnoringCase("\xC4", "\xE4"));
+}
+
 TEST(Trimmed, CutsBlanksAndNulsAtBothEndsOnly) {
   using namespace std::string_view_literals;
   EXPECT_EQ(Trimmed(" \t\r\n\v\f\0a b\0c \0"sv), "a b\0c"sv);

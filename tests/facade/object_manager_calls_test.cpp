@@ -178,6 +178,18 @@ TEST(ObjectManagerByName, AHandleThatNobodyTakesDestroysItsDataSet) {
   EXPECT_EQ(CoreOf(object), nullptr);
 }
 
+TEST(ObjectManagerByName, WhatAHandleOwnsNobodyElseTakes) {
+  const auto object = ObjectOfPatient("id");
+  const auto other = NewObject();
+  Variant handle = HandleOf(object, 1);
+  EXPECT_EQ(ManagerOf(object)->SetOwner(), kFalse);
+  EXPECT_EQ(ManagerOf(other)->PutPtr(1, CoreOf(object)), kInvalidArgument);
+  EXPECT_EQ(Call(ByName(object), "PutPtr", MemberKind::kMethod, {std::int32_t{1}, handle}), kOk);
+  EXPECT_EQ(ManagerOf(object)->SetOwner(), kFalse);
+  handle.Clear();
+  EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+}
+
 TEST(ObjectManagerByName, NoOwnershipGivesNoHandle) {
   const auto object = NewObject();
   const Variant first = HandleOf(object, 1);
