@@ -21,8 +21,8 @@ void Require(bool holds) {
 }
 
 constexpr VariantType kTypes[] = {
-    VariantType::kEmpty,  VariantType::kShort,  VariantType::kLong,       VariantType::kFloat,
-    VariantType::kDouble, VariantType::kDate,   VariantType::kString,     VariantType::kObject,
+    VariantType::kEmpty,  VariantType::kShort,      VariantType::kLong,   VariantType::kFloat,
+    VariantType::kDouble, VariantType::kDate,       VariantType::kString, VariantType::kObject,
     VariantType::kBool,   VariantType::kSignedByte, VariantType::kByte,
 };
 
@@ -66,11 +66,10 @@ Variant ValueOf(VariantType type, std::string_view bytes) {
 bool IsSame(const Variant& a, const Variant& b) {
   if (a.Tag() != b.Tag()) return false;
   const auto bits = [](auto x, auto y) { return std::memcmp(&x, &y, sizeof(x)) == 0; };
-  return a.AsShort() == b.AsShort() && a.AsLong() == b.AsLong() &&
-         bits(a.AsFloat(), b.AsFloat()) && bits(a.AsDouble(), b.AsDouble()) &&
-         bits(a.AsDate().days, b.AsDate().days) && a.AsString() == b.AsString() &&
-         a.ToString().IsNull() == b.ToString().IsNull() && a.AsObject() == b.AsObject() &&
-         a.AsBool() == b.AsBool() && a.AsByte() == b.AsByte() &&
+  return a.AsShort() == b.AsShort() && a.AsLong() == b.AsLong() && bits(a.AsFloat(), b.AsFloat()) &&
+         bits(a.AsDouble(), b.AsDouble()) && bits(a.AsDate().days, b.AsDate().days) &&
+         a.AsString() == b.AsString() && a.ToString().IsNull() == b.ToString().IsNull() &&
+         a.AsObject() == b.AsObject() && a.AsBool() == b.AsBool() && a.AsByte() == b.AsByte() &&
          a.AsSignedByte() == b.AsSignedByte();
 }
 

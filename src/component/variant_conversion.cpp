@@ -106,9 +106,13 @@ Status ToWhole(double value, Variant& to) {
   return kOk;
 }
 
+/// From here on a number is nearer to what would be the next float than to the largest one.
+constexpr double kTooLargeForFloat = 0x1.ffffffp127;
+
 Status ToFloat(double value, Variant& to) {
-  if (std::isfinite(value) && std::fabs(value) > std::numeric_limits<float>::max())
-    return kOverflow;
+  constexpr double kLargest = std::numeric_limits<float>::max();
+  if (std::isfinite(value) && std::fabs(value) >= kTooLargeForFloat) return kOverflow;
+  if (std::isfinite(value)) value = std::clamp(value, -kLargest, kLargest);
   to = Variant(static_cast<float>(value));
   return kOk;
 }

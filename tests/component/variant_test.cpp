@@ -205,6 +205,20 @@ TEST(VariantConversion, HalvesGoToTheEvenNumber) {
   EXPECT_EQ(Changed(Variant(-1.4), Type::kShort).AsShort(), -1);
 }
 
+TEST(VariantConversion, TheTextOfTheLargestFloatIsThatFloatAgain) {
+  // Its shortest text, 3.4028235e+38, is a little more than it is.
+  Variant value(-std::numeric_limits<float>::max());
+  ASSERT_EQ(value.ChangeType(VariantType::kString), kOk);
+  ASSERT_EQ(value.ChangeType(VariantType::kFloat), kOk);
+  EXPECT_EQ(value.AsFloat(), -std::numeric_limits<float>::max());
+  // Half a step further is none any more: 2^128 - 2^103.
+  Variant next(std::nextafter(0x1.ffffffp127, 0.0));
+  EXPECT_EQ(next.ChangeType(VariantType::kFloat), kOk);
+  EXPECT_EQ(next.AsFloat(), std::numeric_limits<float>::max());
+  Variant large(0x1.ffffffp127);
+  EXPECT_EQ(large.ChangeType(VariantType::kFloat), kOverflow);
+}
+
 TEST(VariantConversion, FloatingPointKeepsWhatItCan) {
   EXPECT_EQ(Changed(Variant(0.1), Type::kFloat).AsFloat(), 0.1f);
   EXPECT_EQ(Refusal(Variant(1e39), Type::kFloat), kOverflow);
