@@ -60,7 +60,9 @@ check_tidy() {
 
 check_dictionaries() { "$python" -B data/make-dictionaries --check; }
 
-check_tables() { "$python" -B scripts/make_interface_tables.py --check; }
+check_tables() {
+  "$python" -B scripts/make_interface_tables.py --check && "$python" -B scripts/make_interface_reference.py --check
+}
 
 check_shell() {
   local scripts
