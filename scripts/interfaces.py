@@ -1,8 +1,11 @@
-"""Reads the interfaces in include/tessaret: the one place that says what an interface has.
+"""Reads the interfaces and enumerations in include/tessaret: the one place that says what they have.
 
 An interface is a class that derives from IDispatch or, for events, from IObject and has a kName. Each member is a pure virtual
 function with a comment above it; get_, put_ and putref_ before a name make it a property, and Out<>, InOut<>, Result<> and
 Optional<> say what a parameter is for.
+
+An enumeration is an enum of std::int32_t whose name begins with an underscore; each of its members stands on a line of its own, with its
+value and, where the name does not say it all, a comment above.
 """
 
 import dataclasses
@@ -14,6 +17,8 @@ FLOWS = {"Out": "kOut", "InOut": "kInOut", "Result": "kResult", "Optional": "kOp
 KINDS = {"get_": "kGet", "put_": "kPut", "putref_": "kPutRef"}
 
 CLASS = re.compile(r"((?:^///[^\n]*\n)*)(?:^// NOLINT[^\n]*\n)?^class (_?I\w+) : public (?:IDispatch|IObject) \{\n(.*?)^\};", re.M | re.S)
+ENUMERATION = re.compile(r"((?:^///[^\n]*\n)*)(?:^// NOLINT[^\n]*\n)?^enum (_\w+) : std::int32_t \{(.*?)\};", re.M | re.S)
+ENUMERATOR = re.compile(r"((?:^  ///[^\n]*\n)*)^  (\w+) = (-?\d+),$", re.M)
 MEMBER = re.compile(r"((?:^  ///[^\n]*\n)*)^  virtual Status (\w+)\((.*?)\) = 0;", re.M | re.S)
 
 
@@ -35,6 +40,21 @@ class Member:
 
 @dataclasses.dataclass
 class Interface:
+    header: str
+    name: str
+    members: list
+    help: str
+
+
+@dataclasses.dataclass
+class Enumerator:
+    name: str
+    value: int
+    help: str
+
+
+@dataclasses.dataclass
+class Enumeration:
     header: str
     name: str
     members: list
@@ -83,6 +103,20 @@ def read_header(path):
             if not member.help:
                 raise SystemExit(f"{path.name}: {name}.{member.function} has no comment")
         yield Interface(path.name, name, members, comment_text(comment))
+
+
+def read_enumerations(path):
+    for comment, name, body in ENUMERATION.findall(path.read_text()):
+        members = [Enumerator(member, int(value), comment_text(help)) for help, member, value in ENUMERATOR.findall(body)]
+        if body.count("=") != len(members):
+            raise SystemExit(f"{path.name}: {name} has {body.count('=')} members, of which {len(members)} can be read")
+        yield Enumeration(path.name, name, members, comment_text(comment))
+
+
+def all_enumerations():
+    """The enumerations of all public headers, in the order of their names."""
+    found = [e for path in (ROOT / "include" / "tessaret").glob("*.hpp") for e in read_enumerations(path)]
+    return sorted(found, key=lambda enumeration: enumeration.name)
 
 
 def read_all():

@@ -39,8 +39,8 @@ struct ArgumentInfo {
   const char* name = "";
   ArgumentFlow flow = ArgumentFlow::kIn;
   std::uint16_t type = 0;  // a VariantType as a number, or kAnyType
-  const char* interfaceName =
-      "";  // which interface an object has to have; empty where the type is no object
+  /// Which interface an object has to have, or which enumeration a number is of; empty for all else.
+  const char* interfaceName = "";
 };
 
 struct MemberInfo {

@@ -98,8 +98,8 @@ typedef struct tessaret_argument_info {
   const char* name;
   int32_t flow;
   uint16_t type;
-  const char*
-      interface_name;  ///< which interface an object has to have; empty where it is no object
+  /// Which interface an object has to have, or which enumeration a number is of; empty for all else.
+  const char* interface_name;
 } tessaret_argument_info;
 
 typedef struct tessaret_member_info {
@@ -118,6 +118,24 @@ typedef struct tessaret_interface_info {
   const char* help;
 } tessaret_interface_info;
 
+/// One value of an enumeration. `help` may be empty where the name says it all.
+typedef struct tessaret_enumerator {
+  const char* name;
+  const char* help;
+  int32_t value;
+} tessaret_enumerator;
+
+typedef struct tessaret_enumeration {
+  const char* name;
+  const tessaret_enumerator* members;  ///< in the order of their values
+  uint32_t member_count;
+  const char* help;
+} tessaret_enumeration;
+
+/// All enumerations whose values the interfaces take and give, in the order of their names; `count`, which may be null, gets how many
+/// they are. They live as long as the library. Names of values are unique among all of them.
+const tessaret_enumeration* tessaret_enumerations(uint32_t* count);
+
 /// Makes an object of the class `name`, such as "Tessaret.DCMOptions". `*object` is null after a failure.
 int32_t tessaret_create(const char* name, tessaret_object** object);
 
@@ -126,12 +144,18 @@ void tessaret_retain(tessaret_object* object);
 /// Gives a reference back; with the last one the object dies. Null is let pass.
 void tessaret_release(tessaret_object* object);
 
+/// Another interface of the same object, by its name, such as "IDcmObjectManager"; letters of either case are the same. What `*other`
+/// gets is a reference of its own to that object, which describes and calls that interface. "IDispatch" leads back to the one that
+/// tessaret_create gave. 0x80004002, with `*other` null, where the object or the library has no such interface.
+int32_t tessaret_query(tessaret_object* object, const char* name, tessaret_object** other);
+
 /// What the object can do; null for a null object.
 const tessaret_interface_info* tessaret_describe(tessaret_object* object);
 /// The events that it tells of; null where it has none.
 const tessaret_interface_info* tessaret_describe_events(tessaret_object* object);
 
-/// The number of a member, for tessaret_call; letters of either case are the same. It may be kept for all objects of the class.
+/// The number of a member, for tessaret_call; letters of either case are the same. It may be kept for all objects with
+/// this interface.
 int32_t tessaret_find(tessaret_object* object, const char* name, int32_t kind, int32_t* member);
 
 /// Calls a member. Arguments that it writes are replaced by values for the caller to clear; what the caller had put there stays his

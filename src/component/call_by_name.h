@@ -15,6 +15,16 @@
 
 namespace tessaret {
 
+/// What an interface is called.
+template <class Interface>
+constexpr const char* NameOf() {
+  if constexpr (std::is_same_v<Interface, IDispatch>) {
+    return "IDispatch";
+  } else {
+    return Interface::kName;
+  }
+}
+
 /// How a type travels in a Variant: its tag, and the ways in and out.
 template <class T>
 struct Passing;
@@ -85,7 +95,7 @@ struct Passing<T> {
 template <class Interface>
 struct Passing<Ref<Interface>> {
   static constexpr std::uint16_t kTag = static_cast<std::uint16_t>(VariantType::kObject);
-  static constexpr const char* kInterface = Interface::kName;
+  static constexpr const char* kInterface = NameOf<Interface>();
   static Status In(const Variant& from, Ref<Interface>& to) {
     if (from.IsEmpty()) return kOk;
     if (!from.Is(VariantType::kObject)) return kTypeMismatch;
@@ -139,14 +149,19 @@ struct Signature<Status (I::*)(P...)> {
   using Slots = std::tuple<Slot<P>...>;
   static constexpr std::size_t kCount = sizeof...(P);
 
-  /// Types and interfaces from the signature, names and flows as given.
+  /// Types and interfaces from the signature; names, flows and enumerations as given.
   static constexpr std::array<ArgumentInfo, kCount> Describe(
       std::array<ArgumentInfo, kCount> arguments) {
     std::size_t at = 0;
-    ((arguments[at].type = Passing<typename Slot<P>::Value>::kTag,
-      arguments[at].interfaceName = Passing<typename Slot<P>::Value>::kInterface, ++at),
-     ...);
+    (Complete<Passing<typename Slot<P>::Value>>(arguments[at++]), ...);
     return arguments;
+  }
+
+ private:
+  template <class Way>
+  static constexpr void Complete(ArgumentInfo& argument) {
+    argument.type = Way::kTag;
+    if (*Way::kInterface != '\0') argument.interfaceName = Way::kInterface;
   }
 };
 

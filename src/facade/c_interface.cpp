@@ -4,7 +4,10 @@
 #include <new>
 #include <vector>
 
+#include "base/text.h"
 #include "facade/c_values.h"
+#include "facade/enumerations.h"
+#include "facade/named_interface.h"
 #include "tessaret/events.hpp"
 #include "tessaret/library.hpp"
 
@@ -159,6 +162,24 @@ int32_t tessaret_create(const char* name, tessaret_object** object) {
   const Status status = tessaret_create_object(name, &IDispatch::kId, nullptr, &made);
   *object = HandleOf(static_cast<IDispatch*>(made));
   return status;
+}
+
+int32_t tessaret_query(tessaret_object* object, const char* name, tessaret_object** other) {
+  if (other == nullptr) return kPointer;
+  *other = nullptr;
+  if (object == nullptr || name == nullptr) return kPointer;
+  for (const NamedInterface& interface : AllInterfaces()) {
+    if (!IsSameIgnoringCase(interface.name, name)) continue;
+    *other = HandleOf(interface.ask(Ref<IDispatch>(ObjectOf(object))).Detach());
+    break;
+  }
+  return *other == nullptr ? kNoInterface : kOk;
+}
+
+const tessaret_enumeration* tessaret_enumerations(uint32_t* count) {
+  const std::span<const tessaret_enumeration> all = AllEnumerations();
+  if (count != nullptr) *count = static_cast<std::uint32_t>(all.size());
+  return all.data();
 }
 
 void tessaret_retain(tessaret_object* object) {

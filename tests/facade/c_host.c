@@ -37,3 +37,34 @@ int CountMembers(const char* className) {
   tessaret_release(object);
   return count;
 }
+
+int32_t QueryInterfaceOf(const char* className, const char* interfaceName, char* described,
+                         size_t room, int* memberCount) {
+  tessaret_object* object = NULL;
+  int32_t status = tessaret_create(className, &object);
+  if (status < 0) return status;
+  tessaret_object* other = NULL;
+  status = tessaret_query(object, interfaceName, &other);
+  /* The other interface keeps the object. */
+  tessaret_release(object);
+  *memberCount = -1;
+  if (status >= 0) {
+    const tessaret_interface_info* info = tessaret_describe(other);
+    strncpy(described, info->name, room);
+    *memberCount = (int)info->member_count;
+  }
+  tessaret_release(other);
+  return status;
+}
+
+int32_t ValueOf(const char* enumerator) {
+  uint32_t count = 0;
+  const tessaret_enumeration* all = tessaret_enumerations(&count);
+  for (uint32_t at = 0; at < count; ++at) {
+    for (uint32_t member = 0; member < all[at].member_count; ++member) {
+      if (strcmp(all[at].members[member].name, enumerator) == 0)
+        return all[at].members[member].value;
+    }
+  }
+  return -1;
+}

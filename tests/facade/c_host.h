@@ -14,6 +14,13 @@ int DescribeElement(int32_t group, int32_t element, char* type, char* name, size
 /* How many members with a name and help an object of the class has; -1 where there is none. */
 int CountMembers(const char* className);
 
+/* The status of asking an object of the class for the interface; after success the name by which it describes itself, and how many
+   members that has, or -1. */
+int32_t QueryInterfaceOf(const char* className, const char* interfaceName, char* described,
+                         size_t room, int* memberCount);
+/* The value of a member of an enumeration; -1 for a name that none has. */
+int32_t ValueOf(const char* enumerator);
+
 #ifdef __cplusplus
 }
 #endif

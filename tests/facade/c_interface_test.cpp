@@ -7,6 +7,8 @@
 
 #include <gtest/gtest.h>
 
+#include "component/call_by_name.h"
+#include "component/component_object.h"
 #include "facade/c_host.h"
 #include "facade/c_values.h"
 #include "support/allocation_failure.h"
@@ -51,6 +53,31 @@ TEST(CHost, ReadsTheDictionary) {
   EXPECT_EQ(CountMembers("Tessaret.DCMOptions"), 2);
   EXPECT_EQ(CountMembers("Tessaret.Nothing"), -1);
   EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHost, AsksForInterfacesByName) {
+  char described[64] = "";
+  int members = 0;
+  EXPECT_EQ(
+      QueryInterfaceOf("Tessaret.DCMOptions", "idcmOPTIONS", described, sizeof described, &members),
+      0);
+  EXPECT_STREQ(described, "IDCMOptions");
+  EXPECT_EQ(members, 2);
+  EXPECT_EQ(QueryInterfaceOf("Tessaret.DcmDictionary", "IDispatch", described, sizeof described,
+                             &members),
+            0);
+  EXPECT_STREQ(described, "IDcmDictionary");
+  EXPECT_EQ(QueryInterfaceOf("Tessaret.DcmDictionary", "IDCMOptions", described, sizeof described,
+                             &members),
+            kNoInterface);
+  EXPECT_EQ(members, -1);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHost, KnowsTheValuesOfEnumerations) {
+  EXPECT_EQ(ValueOf("OBLIQUE_ORTHO_AXIAL"), 6);
+  EXPECT_EQ(ValueOf("IMAGE_RGB"), 3);
+  EXPECT_EQ(ValueOf("_EnumImageType"), -1);
 }
 
 TEST(CValues, NumbersComeThrough) {
@@ -257,6 +284,64 @@ TEST_F(CObject, IsDescribed) {
   EXPECT_EQ(entry.arguments[1].type, TESSARET_LONG);
   EXPECT_EQ(entry.arguments[3].flow, TESSARET_RESULT);
   EXPECT_EQ(tessaret_describe_events(dictionary_), nullptr);
+}
+
+TEST_F(CObject, IsAskedForNothingThatIsNoInterface) {
+  tessaret_object* other = dictionary_;
+  EXPECT_EQ(tessaret_query(dictionary_, "INothing", &other), kNoInterface);
+  EXPECT_EQ(other, nullptr);
+  // Events are heard, not called.
+  EXPECT_EQ(tessaret_query(dictionary_, "_IDCMOptionsEvents", &other), kNoInterface);
+  other = dictionary_;
+  EXPECT_EQ(tessaret_query(dictionary_, nullptr, &other), kPointer);
+  EXPECT_EQ(other, nullptr);
+  EXPECT_EQ(tessaret_query(nullptr, "IDcmDictionary", &other), kPointer);
+  EXPECT_EQ(tessaret_query(dictionary_, "IDcmDictionary", nullptr), kPointer);
+}
+
+/// An object with two interfaces, each with members of its own.
+class TwoFaces final
+    : public ComponentObject<CallableByName<IDCMOptions>, CallableByName<IDcmDictionary>> {
+ public:
+  explicit TwoFaces(IObject* outer) : ComponentObject(outer) {}
+  Status get_UseTotokuLUT(VariantBool* pVal) override {
+    *pVal = true;
+    return kOk;
+  }
+  Status put_UseTotokuLUT(VariantBool) override { return kOk; }
+  Status get_NumEntries(std::int16_t* pVal) override {
+    *pVal = 77;
+    return kOk;
+  }
+  Status GetEntry(std::int16_t, std::int32_t*, std::int32_t*, VariantBool*) override { return kOk; }
+  Status GetVRDescription(std::int32_t, std::int32_t, String*, String*, VariantBool*) override {
+    return kOk;
+  }
+  Status GetUIDDescription(const String&, String*, String*, String*, VariantBool*,
+                           VariantBool*) override {
+    return kOk;
+  }
+};
+
+TEST(CQuery, LeadsFromOneInterfaceOfAnObjectToTheOtherAndBack) {
+  void* made = nullptr;
+  ASSERT_EQ(CreateObjectOf<TwoFaces>(nullptr, IDispatch::kId, &made), kOk);
+  tessaret_object* options = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* dictionary = nullptr;
+  ASSERT_EQ(tessaret_query(options, "IDcmDictionary", &dictionary), 0);
+  EXPECT_NE(dictionary, options);
+  EXPECT_STREQ(tessaret_describe(options)->name, "IDCMOptions");
+  EXPECT_STREQ(tessaret_describe(dictionary)->name, "IDcmDictionary");
+  tessaret_value value{};
+  EXPECT_EQ(tessaret_get(options, "NumEntries", nullptr, 0, &value), kUnknownName);
+  EXPECT_EQ(tessaret_get(dictionary, "NumEntries", nullptr, 0, &value), 0);
+  EXPECT_EQ(value.as.short_value, 77);
+  EXPECT_EQ(tessaret_get(dictionary, "UseTotokuLUT", nullptr, 0, &value), kUnknownName);
+  tessaret_object* back = nullptr;
+  ASSERT_EQ(tessaret_query(dictionary, "IDispatch", &back), 0);
+  EXPECT_EQ(back, options);
+  for (tessaret_object* object : {options, dictionary, back}) tessaret_release(object);
+  EXPECT_EQ(tessaret_can_unload(), 1);
 }
 
 TEST_F(CObject, LivesAsLongAsReferencesAreHeld) {

@@ -1,0 +1,17 @@
+/// Ways to lay one image over another.
+#pragma once
+
+#include <cstdint>
+
+namespace tessaret {
+
+/// How an image is merged onto another one.
+// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
+enum _EnumMergeType : std::int32_t {
+  /// By transparency.
+  MERGE_TRANSPARENCY = 0,
+  /// By a pattern of dots.
+  MERGE_DITHERED = 1,
+};
+
+}  // namespace tessaret

@@ -1,0 +1,276 @@
+// What the classes of images, volumes and their display have: every member and event in its slot.
+#include <gtest/gtest.h>
+
+#include "facade/interface_listing.h"
+#include "tessaret/idcm_oblique.hpp"
+#include "tessaret/idcm_volume.hpp"
+#include "tessaret/iimage_module.hpp"
+#include "tessaret/iview_parameters.hpp"
+
+namespace tessaret {
+namespace {
+
+using test::Lines;
+using test::Listing;
+
+TEST(IViewParameters, HasItsMembersInOrder) {
+  EXPECT_EQ(
+      Listing<IViewParameters>(),
+      (Lines{"IViewParameters:",
+             "get Lut() -> pVal object IDispatch",
+             "putref Lut(newVal object IDispatch)",
+             "get x0() -> pVal float",
+             "put x0(newVal float)",
+             "get y0() -> pVal float",
+             "put y0(newVal float)",
+             "get x1() -> pVal float",
+             "put x1(newVal float)",
+             "get y1() -> pVal float",
+             "put y1(newVal float)",
+             "get XCenter() -> pVal float",
+             "put XCenter(newVal float)",
+             "get YCenter() -> pVal float",
+             "put YCenter(newVal float)",
+             "get Gamma() -> pVal float",
+             "put Gamma(newVal float)",
+             "get WindowMin() -> pVal long",
+             "put WindowMin(newVal long)",
+             "get WindowMax() -> pVal long",
+             "put WindowMax(newVal long)",
+             "get Flip() -> pVal long _ImgFlipMode",
+             "put Flip(newVal long _ImgFlipMode)",
+             "get Invert() -> pVal bool",
+             "put Invert(newVal bool)",
+             "get UseVoiLut() -> pVal bool",
+             "put UseVoiLut(newVal bool)",
+             "get UseLUT() -> pVal bool",
+             "put UseLUT(newVal bool)",
+             "get Interpolate() -> pVal bool",
+             "put Interpolate(newVal bool)",
+             "get zoom(dx long, dy long) -> pVal float",
+             "put zoom(dx long, dy long, zoom float)",
+             "get Rotation() -> pVal float",
+             "put Rotation(newVal float)",
+             "Rotate90()",
+             "ResetTransform()",
+             "FlipHorz()",
+             "FlipVert()",
+             "GetTransform(out m00 short, out m01 short, out m10 short, out m11 short)",
+             "SetTransform(m00 short, m01 short, m10 short, m11 short)",
+             "get ValidView() -> pVal bool",
+             "TransformWorldToImage(ViewDx long, ViewDy long, inout x float, inout y float)",
+             "TransformImageToWorld(ViewDx long, ViewDy long, inout x float, inout y float)",
+             "GetWorldViewport(ImgDx long, ImgDy long, out x0 float, out y0 float, out x1 float, "
+             "out y1 float)",
+             "copy(pViewPars object IDispatch)",
+             "GetDicomOrientation(Orientation text) -> pViewOrientation text"}));
+}
+
+TEST(IImageModule, HasItsMembersInOrder) {
+  EXPECT_EQ(Listing<IImageModule>(),
+            (Lines{"IImageModule:",
+                   "get ImageType() -> pVal long _EnumImageType",
+                   "put ImageType(newVal long _EnumImageType)",
+                   "get dx() -> pVal long",
+                   "get dy() -> pVal long",
+                   "get BytesPerPixel() -> pVal long",
+                   "get NumChannels() -> pVal long",
+                   "get NumFrames() -> pVal long",
+                   "get BitsStored() -> pVal long",
+                   "put BitsStored(newVal long)",
+                   "Transform(v00 float, v01 float, v10 float, v11 float)",
+                   "get ImageDataSize() -> pVal long",
+                   "get ImageLineSize() -> pVal long",
+                   "get XSpacing() -> pVal float",
+                   "put XSpacing(newVal float)",
+                   "get yspacing() -> pVal float",
+                   "put yspacing(newVal float)",
+                   "CreateImage(dx long, dy long, nFrames long, type long _EnumImageType, "
+                   "nBitsStored long, Signed bool)",
+                   "GetLine(nFrame long, x long, y long, dx long, bufLength long) -> pLine any",
+                   "PutLine(nFrame long, x long, y long, dx long, bufLength long, pLine any)",
+                   "Dispose()",
+                   "Resize(zoom double)",
+                   "GetMinMax(out Min long, out Max long)",
+                   "ApplyVOILut(wmin long, wmax long)",
+                   "ApplyLUT(Lut object IDispatch)",
+                   "Invert()",
+                   "SaveRawFile(File text)",
+                   "SetModalityLUT(rescale float, intercept float)",
+                   "GetModalityLUT(out rescale float, out intercept float)",
+                   "SetInterpolation(interpolation long)",
+                   "GetInterpolation() -> interpolation long",
+                   "MergeOnDIB(hDIB long, Idx long, x long, y long, viewPars object IDispatch, "
+                   "mergeType long _EnumMergeType, trasp float, ?mask any) -> pVal any",
+                   "MergeOnDC()",
+                   "RegionGrow()",
+                   "get Monochrome1() -> pVal bool",
+                   "get Signed() -> pVal bool",
+                   "put Signed(newVal bool)",
+                   "get x0() -> pVal float",
+                   "put x0(newVal float)",
+                   "get y0() -> pVal float",
+                   "put y0(newVal float)",
+                   "DrawBlended()",
+                   "get Histogram() -> pVal any"}));
+}
+
+TEST(IDCMVolume, HasItsMembersInOrder) {
+  EXPECT_EQ(Listing<IDCMVolume>(),
+            (Lines{"IDCMVolume:",
+                   "Create(type long _EnumVoxelType, dx long, dy long, dz long, ?ZArray any)",
+                   "GetOrigin(out x float, out y float, out z float)",
+                   "PutOrigin(x float, y float, z float)",
+                   "GetOrientation(out rowX float, out rowY float, out rowZ float, out colX float, "
+                   "out colY float, out colZ float)",
+                   "SetOrientation(rowX float, rowY float, rowZ float, colX float, colY float, "
+                   "colZ float)",
+                   "SetSpacing(x float, y float, z float)",
+                   "GetSpacing(out x float, out y float, out z float)",
+                   "putref Plane(Idx long, image object IImageModule)",
+                   "Dispose()",
+                   "AddIOD(iod object IDCMObject)",
+                   "UpdateVolume()",
+                   "GetDimensions(out dx long, out dy long, out dz long)",
+                   "get VoxelSize() -> pVal float",
+                   "get Min() -> pVal double",
+                   "get Max() -> pVal double",
+                   "Allocate()",
+                   "StopElab()",
+                   "get VolumePlaneToIOD(PlaneIdx long) -> pVal long",
+                   "get IODToVolumePlane(IODIdx long) -> pVal long",
+                   "ReorderIOD()",
+                   "get FrameOfReferenceUID() -> pVal text",
+                   "get SeriesUID() -> pVal text",
+                   "get VolName() -> pVal text",
+                   "put VolName(newVal text)",
+                   "IsAligned(vol object IDCMVolume, Theta float) -> pVal bool",
+                   "GetPlaneOrigin(Idx long, out x float, out y float, out z float)",
+                   "FindPlane(x float, y float, z float, out delta float) -> Idx long",
+                   "get IODIdx(iod object IDCMObject) -> pVal long",
+                   "get IOD(Idx long) -> pVal object IDCMObject",
+                   "FindNearestPlane(iod object IDCMObject, out delta float) -> Idx long",
+                   "VolumeToDicom(vx float, vy float, vz float, out dcmX float, out dcmY float, "
+                   "out dcmZ float)",
+                   "DicomToVolume(dcmX float, dcmY float, dcmZ float, out vx float, out vy float, "
+                   "out vz float)",
+                   "get IsDicomVolume() -> pVal bool",
+                   "IntersectPlane(Idx long, iod object IDCMObject, out pResult any) -> "
+                   "pVal long _EnumIntersectionType",
+                   "get NumPlanes() -> pVal long",
+                   "PlaneToVolume(Idx long, ix float, iy float, out vx float, out vy float, "
+                   "out vz float)",
+                   "Save(fname text)",
+                   "get PlaneZ(Idx long) -> pVal float",
+                   "PlaneZToIdx(z float, out delta float) -> Idx long",
+                   "get AlignedImage(pImage object IDCMObject) -> pVal object IImageModule"}));
+}
+
+TEST(IDCMVolume, HasItsEvent) {
+  EXPECT_EQ(Listing<_IDCMVolumeEvents>(),
+            (Lines{"_IDCMVolumeEvents:", "OnProgress(Percente short)"}));
+}
+
+TEST(IDCMOblique, HasItsMembersInOrder) {
+  EXPECT_EQ(Listing<IDCMOblique>(),
+            (Lines{"IDCMOblique:",
+                   "SetRotation(RotX float, RotY float, RotZ float)",
+                   "GetRotation(out RotX float, out RotY float, out RotZ float)",
+                   "SetTranslation(DeltaX float, DeltaY float, DeltaZ float)",
+                   "GetTranslation(out DeltaX float, out DeltaY float, out DeltaZ float)",
+                   "ResetTransform()",
+                   "get zoom() -> pVal double",
+                   "put zoom(newVal double)",
+                   "get ViewCoord() -> pVal float",
+                   "put ViewCoord(newVal float)",
+                   "get XDimension() -> pVal short",
+                   "put XDimension(newVal short)",
+                   "get YDimension() -> pVal short",
+                   "put YDimension(newVal short)",
+                   "get ZDimension() -> pVal short",
+                   "put ZDimension(newVal short)",
+                   "get Mode() -> pVal long _EnumObliqueViewMode",
+                   "put Mode(newVal long _EnumObliqueViewMode)",
+                   "get RawMode() -> pVal long _EnumObliqueViewMode",
+                   "ResetView()",
+                   "ResetCenter()",
+                   "Redraw()",
+                   "SetCenter(cx double, cy double)",
+                   "GetCenter(out cx double, out cy double)",
+                   "ContainerToDev(cx float, cy float, out dev_x short, out dev_y short)",
+                   "DevToContainer(dx short, dy short, out cx float, out cy float)",
+                   "ContainerToImage(cx float, cy float, out x float, out y float)",
+                   "ImageToContainer(x float, y float, out cx float, out cy float)",
+                   "ContainerToVol(cx float, cy float, out vx float, out vy float, out vz float)",
+                   "VolToContainer(vx float, vy float, vz float, out cx float, out cy float) -> "
+                   "pVal float",
+                   "SetViewPoint(x float, y float, z float)",
+                   "GetViewPoint(out x float, out y float, out z float)",
+                   "SetPlane3Pt(p0 any, px any, py any, optimizeDims bool, optimizeAngle bool)",
+                   "SetCutPlane(Plane long _EnumObliqueViewMode, p0 any, p1 any)",
+                   "GetPlane() -> Plane any",
+                   "GetXOrientation(out x float, out y float, out z float)",
+                   "GetYOrientation(out x float, out y float, out z float)",
+                   "GetOrigin(out x float, out y float, out z float)",
+                   "get ImageFlip() -> pVal long _ImgFlipMode",
+                   "put ImageFlip(newVal long _ImgFlipMode)",
+                   "get DCMOrientation() -> pVal text",
+                   "get VoxelSizeMM() -> pVal float",
+                   "GetZSliceIndex(z float, out dist float) -> Idx long",
+                   "get RotXDim() -> pVal float",
+                   "get RotYDim() -> pVal float",
+                   "get RotZDim() -> pVal float",
+                   "get SliceName() -> pVal text",
+                   "put SliceName(newVal text)",
+                   "get FrameOfReferenceUID() -> pVal text",
+                   "get Volume() -> pVal object IDCMVolume",
+                   "putref Volume(newVal object IDCMVolume)",
+                   "get UseLUT() -> pVal bool",
+                   "put UseLUT(newVal bool)",
+                   "get Lut() -> pVal object IDispatch",
+                   "putref Lut(newVal object IDispatch)",
+                   "get WindowMin() -> pVal long",
+                   "put WindowMin(newVal long)",
+                   "get WindowMax() -> pVal long",
+                   "put WindowMax(newVal long)",
+                   "get Gamma() -> pVal float",
+                   "put Gamma(newVal float)",
+                   "get Invert() -> pVal bool",
+                   "put Invert(newVal bool)",
+                   "putref MergeVolume(newVal object IDCMVolume)",
+                   "get MergeVolume() -> pVal object IDCMVolume",
+                   "putref MergeLut(newVal object IDispatch)",
+                   "get MergeLut() -> pVal object IDispatch",
+                   "put MergeWindowMax(newVal long)",
+                   "get MergeWindowMax() -> pVal long",
+                   "put MergeWindowMin(newVal long)",
+                   "get MergeWindowMin() -> pVal long",
+                   "put MergeTransparency(newVal float)",
+                   "get MergeTransparency() -> pVal float",
+                   "get Value(contX float, contY float) -> pVal long",
+                   "get Pixel(x float, y float, z float) -> pVal long",
+                   "GetStatistics(vx any, vy any, NumBins long, out ValMin long, out ValMax long, "
+                   "out NumPixels long, out Mean double, out StdDev double) -> Histogram any",
+                   "get hDc() -> pVal long",
+                   "get Picture() -> pVal object IDispatch",
+                   "get SecondaryCapture(BaseUID text) -> pIObj object IDCMObject",
+                   "get ImagePlaneModule() -> pVal object IDCMObject",
+                   "GetPlaneIntersection(Oblique object IDCMOblique, out x0 short, out y0 short, "
+                   "out x1 short, out y1 short, out ok bool)",
+                   "DrawReferencePlane(DcmOblique object IDCMOblique, RGB long)",
+                   "DrawImagePlane(pImagePlane object IDCMObject, RGB long) -> pRet bool"}));
+}
+
+TEST(IDCMOblique, HasItsEventsInOrder) {
+  EXPECT_EQ(Listing<_IDCMObliqueEvents>(),
+            (Lines{"_IDCMObliqueEvents:", "MouseDown(Button short, Shift short, x short, y short)",
+                   "MouseUp(Button short, Shift short, x short, y short)",
+                   "MouseMove(Button short, Shift short, x short, y short)",
+                   "MouseDblClick(Button short, Shift short, x short, y short)",
+                   "OnDrawThumbnail(hDc long, left long, top long, right long, bottom long)",
+                   "KeyPress(Character long, Flags long)", "OnLeaveWindow(hWnd long)",
+                   "ChangePlane()", "MouseWheel(delta short, Shift short, x short, y short)"}));
+}
+
+}  // namespace
+}  // namespace tessaret
