@@ -2,6 +2,7 @@
 #pragma once
 
 #include "tessaret/dispatch.hpp"
+#include "tessaret/handle.hpp"
 
 namespace tessaret {
 
@@ -160,7 +161,7 @@ class _IDCMObjectEvents : public IObject {
   static constexpr const char* kName = "_IDCMObjectEvents";
 
   /// AddOverlay wants the overlay drawn into the surface `hDc`, within x0 to x1 and y0 to y1, in any colour but black.
-  virtual Status OnDrawOverlay(std::int32_t hDc, std::int32_t x0, std::int32_t y0, std::int32_t x1,
+  virtual Status OnDrawOverlay(Handle hDc, std::int32_t x0, std::int32_t y0, std::int32_t x1,
                                std::int32_t y1) = 0;
 };
 

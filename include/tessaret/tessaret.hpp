@@ -24,6 +24,7 @@
 #include "tessaret/ixdi_domain.hpp"
 #include "tessaret/library.hpp"
 #include "tessaret/object.hpp"
+#include "tessaret/pump.hpp"
 #include "tessaret/status.hpp"
 #include "tessaret/string.hpp"
 #include "tessaret/tessaret.h"
