@@ -1,7 +1,6 @@
 #include "component/thread_queue.h"
 
 #include <cxxabi.h>
-#include <unistd.h>
 
 #include <utility>
 
@@ -76,7 +75,7 @@ std::shared_ptr<ThreadQueue> ThreadQueue::OfThisThread() {
   return made;
 }
 
-ThreadQueue::ThreadQueue() : process_(::getpid()), thread_(std::this_thread::get_id()) {}
+ThreadQueue::ThreadQueue() : thread_(std::this_thread::get_id()) {}
 
 ThreadQueue::~ThreadQueue() { Free(std::move(first_)); }
 
@@ -90,8 +89,6 @@ void ThreadQueue::EndThread() noexcept {
   }
   Free(std::move(gone));
 }
-
-bool ThreadQueue::IsOfThisProcess() const noexcept { return process_ == ::getpid(); }
 
 bool ThreadQueue::IsOfThisThread() const noexcept {
   return !ended_ && thread_ == std::this_thread::get_id();

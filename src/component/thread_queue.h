@@ -1,8 +1,6 @@
 // The messages that wait for one thread: any thread puts them in, the thread itself takes them out, in the same order.
 #pragma once
 
-#include <sys/types.h>
-
 #include <condition_variable>
 #include <cstddef>
 #include <cstdint>
@@ -53,7 +51,7 @@ class ThreadQueue {
   void EndThread() noexcept;
   static void Free(std::unique_ptr<CThreadMsg> messages) noexcept;
 
-  [[nodiscard]] bool IsOfThisProcess() const noexcept;
+  [[nodiscard]] bool IsOfThisProcess() const noexcept { return pipe_.IsOfThisProcess(); }
   [[nodiscard]] bool IsOfThisThread() const noexcept;
   [[nodiscard]] bool IsHandling(const CThreadMsgProxy& proxy) const noexcept;
   [[nodiscard]] std::size_t WaitForSome(const Deadline& deadline);
@@ -66,7 +64,6 @@ class ThreadQueue {
   std::unique_ptr<CThreadMsg> TakeFirst(const CThreadMsgProxy* only) noexcept;
   std::unique_ptr<CThreadMsg> TakeAll(const CThreadMsgProxy* only) noexcept;
 
-  const pid_t process_;
   const std::thread::id thread_;
   WakePipe pipe_;  // readable while anything waits
   std::mutex mutex_;

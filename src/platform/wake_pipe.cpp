@@ -30,6 +30,10 @@ Deadline DeadlineIn(int milliseconds) {
   return Clock::now() + std::chrono::milliseconds(milliseconds);
 }
 
+WakePipe::WakePipe() noexcept : process_(::getpid()) {}
+
+bool WakePipe::IsOfThisProcess() const noexcept { return process_ == ::getpid(); }
+
 bool WakePipe::Open() noexcept { return ::pipe2(ends_, O_CLOEXEC | O_NONBLOCK) == 0; }
 
 WakePipe::~WakePipe() {

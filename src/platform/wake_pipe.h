@@ -2,6 +2,8 @@
 // the next Clear.
 #pragma once
 
+#include <sys/types.h>
+
 #include <chrono>
 #include <optional>
 
@@ -15,7 +17,7 @@ Deadline DeadlineIn(int milliseconds);
 
 class WakePipe {
  public:
-  WakePipe() = default;
+  WakePipe() noexcept;
   WakePipe(const WakePipe&) = delete;
   WakePipe& operator=(const WakePipe&) = delete;
   ~WakePipe();
@@ -24,6 +26,8 @@ class WakePipe {
   [[nodiscard]] bool Open() noexcept;
   /// For poll and its like. Stays this object's.
   [[nodiscard]] int Descriptor() const noexcept { return ends_[0]; }
+  /// False in a child of fork: there it is the parent's still, and not to be touched.
+  [[nodiscard]] bool IsOfThisProcess() const noexcept;
 
   void Wake() noexcept;
   void Clear() noexcept;
@@ -31,6 +35,7 @@ class WakePipe {
   bool Wait(const Deadline& deadline) const;
 
  private:
+  const pid_t process_;
   int ends_[2] = {-1, -1};
 };
 

@@ -1,6 +1,7 @@
 /* A host in C: asks the dictionary what an element is called, and goes through what an object can do. */
 #include "facade/c_host.h"
 
+#include <poll.h>
 #include <string.h>
 
 #include "tessaret/tessaret.h"
@@ -67,4 +68,11 @@ int32_t ValueOf(const char* enumerator) {
     }
   }
   return -1;
+}
+
+int32_t WatchAndPump(int milliseconds) {
+  struct pollfd watched = {.fd = tessaret_events_descriptor(), .events = POLLIN, .revents = 0};
+  if (watched.fd < 0) return watched.fd;
+  if (poll(&watched, 1, milliseconds) <= 0) return 0;
+  return tessaret_pump(0);
 }

@@ -18,6 +18,8 @@ int CountMembers(const char* className);
    members that has, or -1. */
 int32_t QueryInterfaceOf(const char* className, const char* interfaceName, char* described,
                          size_t room, int* memberCount);
+/* What a loop of the host does: watches the descriptor for so many milliseconds, then tells what there is. How many were told. */
+int32_t WatchAndPump(int milliseconds);
 /* The value of a member of an enumeration; -1 for a name that none has. */
 int32_t ValueOf(const char* enumerator);
 

@@ -3,12 +3,14 @@
 #include <cmath>
 #include <cstring>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
 
 #include "component/call_by_name.h"
 #include "component/component_object.h"
+#include "component/proxy_helpers.h"
 #include "facade/c_host.h"
 #include "facade/c_values.h"
 #include "support/allocation_failure.h"
@@ -72,6 +74,28 @@ TEST(CHost, AsksForInterfacesByName) {
             kNoInterface);
   EXPECT_EQ(members, -1);
   EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHost, ReachesTheDataSetBehindAnObjectByName) {
+  char described[64] = "";
+  int members = 0;
+  EXPECT_EQ(QueryInterfaceOf("Tessaret.DCMObject", "IDcmObjectManager", described, sizeof described,
+                             &members),
+            0);
+  EXPECT_STREQ(described, "IDcmObjectManager");
+  EXPECT_EQ(members, 6);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHost, PumpsInItsOwnLoop) {
+  EXPECT_EQ(WatchAndPump(0), 0);
+  test::NotingProxy proxy;
+  ASSERT_TRUE(proxy.Create(nullptr));
+  std::thread worker([&] { test::Post(proxy, 7); });
+  EXPECT_EQ(WatchAndPump(10000), 1);
+  worker.join();
+  EXPECT_EQ(proxy.heard, (std::vector<int>{7}));
+  EXPECT_EQ(WatchAndPump(0), 0);
 }
 
 TEST(CHost, KnowsTheValuesOfEnumerations) {

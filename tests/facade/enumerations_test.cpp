@@ -91,12 +91,15 @@ void ExpectTable(const char* name, std::uint64_t low) {
 
 TEST(Interfaces, HaveTablesThatGoWithTheTableOfClasses) {
   const auto row = [](std::size_t at) { return AllClasses()[at]; };
+  ExpectTable<IDCMObject>(row(0).interface.data(), 0x91B3C8D4A2F02001);
+  ExpectTable<_IDCMObjectEvents>(row(0).events.data(), 0x91B3C8D4A2F03001);
   ExpectTable<IDCMOblique>(row(1).interface.data(), 0x91B3C8D4A2F02002);
   ExpectTable<_IDCMObliqueEvents>(row(1).events.data(), 0x91B3C8D4A2F03002);
   ExpectTable<IDCMDicomDir>(row(2).interface.data(), 0x91B3C8D4A2F02003);
   ExpectTable<_IDCMDicomDirEvents>(row(2).events.data(), 0x91B3C8D4A2F03003);
   ExpectTable<IViewParameters>(row(3).interface.data(), 0x91B3C8D4A2F02004);
   ExpectTable<IImageModule>(row(5).interface.data(), 0x91B3C8D4A2F02006);
+  ExpectTable<IDcmDictionary>(row(6).interface.data(), 0x91B3C8D4A2F02007);
   ExpectTable<IDCMVolume>(row(7).interface.data(), 0x91B3C8D4A2F02008);
   ExpectTable<_IDCMVolumeEvents>(row(7).events.data(), 0x91B3C8D4A2F03008);
   ExpectTable<IDcmQueryRetrieve>(row(8).interface.data(), 0x91B3C8D4A2F02009);
