@@ -14,9 +14,10 @@
 
 namespace tessaret {
 
-/// Tells what waits for the calling thread, and returns how many events were told. Where nothing waits it waits for the first one: for so
-/// many milliseconds, not at all with 0, for ever below 0. Signals do not end the wait. What happens while events are told is left for the
-/// next call. May be called from an event; then events may be told within one another.
+/// Tells what waits for the calling thread, and returns how many messages of other threads that were; most tell one event, some none.
+/// Where nothing waits it waits for the first one: for so many milliseconds, not at all with 0, for ever below 0. Signals do not end the
+/// wait. What happens while events are told is left for the next call. May be called from an event; then events may be told within one
+/// another.
 /// kException with words where the system has no descriptors left, kOutOfMemory.
 inline std::int32_t PumpEvents(int timeoutMs) { return tessaret_pump(timeoutMs); }
 

@@ -186,8 +186,8 @@ int32_t tessaret_advise(tessaret_object* object, tessaret_event event, void* use
 int32_t tessaret_unadvise(tessaret_object* object, uint32_t cookie);
 
 /// Tells the calling thread's events: those of objects that it made and that work in threads of their own. Waits for the first one so many
-/// milliseconds, not at all with 0, for ever below 0; signals do not end the wait. How many were told, or a status below 0. What happens
-/// meanwhile is left for the next call.
+/// milliseconds, not at all with 0, for ever below 0; signals do not end the wait. How many messages of other threads that were, or a
+/// status below 0. What happens meanwhile is left for the next call.
 int32_t tessaret_pump(int32_t timeout_ms);
 /// A descriptor for the calling thread's own loop, readable while events wait: then tessaret_pump(0) tells them. It stays the library's.
 /// Below 0 after a failure.

@@ -26,20 +26,28 @@ class ThreadQueue::Delivery {
     const std::lock_guard lock(queue_.mutex_);
     message_ = queue_.TakeFirst(only);
     if (message_ == nullptr) return;
+    began_ = true;
     proxy_ = message_->proxy_;
     outer_ = std::exchange(queue_.innermost_, this);
   }
   Delivery(const Delivery&) = delete;
   Delivery& operator=(const Delivery&) = delete;
   ~Delivery() {
-    if (proxy_ == nullptr || !queue_.IsOfThisProcess()) return;
+    if (!began_ || !queue_.IsOfThisProcess()) return;
     const std::lock_guard lock(queue_.mutex_);
     queue_.innermost_ = outer_;
     queue_.changed_.notify_all();
   }
 
-  [[nodiscard]] const CThreadMsgProxy* Proxy() const { return proxy_; }
-  [[nodiscard]] const Delivery* Outer() const { return outer_; }
+  /// False where nothing waited.
+  [[nodiscard]] bool HasBegun() const { return began_; }
+  [[nodiscard]] bool IsFor(const CThreadMsgProxy& proxy) const { return proxy_ == &proxy; }
+  [[nodiscard]] Delivery* Outer() const { return outer_; }
+
+  /// The proxy ends while it handles; another one may come to lie in its place.
+  void Forget(const CThreadMsgProxy& proxy) {
+    if (IsFor(proxy)) proxy_ = nullptr;
+  }
 
   void Handle() {
     // Whoever hears of it may let go of the owner, and with it of the proxy.
@@ -59,6 +67,7 @@ class ThreadQueue::Delivery {
   std::unique_ptr<CThreadMsg> message_;
   CThreadMsgProxy* proxy_ = nullptr;
   Delivery* outer_ = nullptr;
+  bool began_ = false;
 };
 
 std::shared_ptr<ThreadQueue> ThreadQueue::OfThisThread() {
@@ -96,7 +105,7 @@ bool ThreadQueue::IsOfThisThread() const noexcept {
 
 bool ThreadQueue::IsHandling(const CThreadMsgProxy& proxy) const noexcept {
   for (const Delivery* at = innermost_; at != nullptr; at = at->Outer()) {
-    if (at->Proxy() == &proxy) return true;
+    if (at->IsFor(proxy)) return true;
   }
   return false;
 }
@@ -130,7 +139,11 @@ void ThreadQueue::Close(CThreadMsgProxy& proxy) noexcept {
     const HoldCancellation held;
     std::unique_lock lock(mutex_);
     gone = TakeAll(&proxy);
-    if (!IsOfThisThread()) changed_.wait(lock, [&] { return !IsHandling(proxy); });
+    if (IsOfThisThread()) {
+      for (Delivery* at = innermost_; at != nullptr; at = at->Outer()) at->Forget(proxy);
+    } else {
+      changed_.wait(lock, [&] { return !IsHandling(proxy); });
+    }
   }
   Free(std::move(gone));
 }
@@ -166,7 +179,7 @@ std::size_t ThreadQueue::WaitForSome(const Deadline& deadline) {
 
 bool ThreadQueue::HandleNext(const CThreadMsgProxy* only) {
   Delivery delivery(*this, only);
-  if (delivery.Proxy() == nullptr) return false;
+  if (!delivery.HasBegun()) return false;
   delivery.Handle();
   return true;
 }

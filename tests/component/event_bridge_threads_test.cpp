@@ -137,6 +137,21 @@ TEST(EventBridge, ClosingFromAnotherThreadWaitsForTheMessageThatIsHandled) {
   EXPECT_EQ(messagesAlive, 0);
 }
 
+TEST(EventBridge, AProxyThatComesToLieWhereOneEndedWithinItsMessageIsAnotherOne) {
+  std::optional<test::NotingProxy> proxy;
+  proxy.emplace();
+  ASSERT_TRUE(proxy->Create(nullptr));
+  proxy->then = [&](int) {
+    proxy.emplace();
+    ASSERT_TRUE(proxy->Create(nullptr));
+    // Would never end if that waited for the message of the one before.
+    std::thread([&] { proxy->Close(); }).join();
+  };
+  Post(*proxy, 1);
+  EXPECT_EQ(PumpEvents(0), 1);
+  EXPECT_TRUE(proxy->heard.empty());
+}
+
 TEST(EventBridge, WhatWaitsForAThreadThatEndsIsFreed) {
   test::NotingProxy proxy;
   std::promise<void> created;
