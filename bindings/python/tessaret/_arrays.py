@@ -1,0 +1,267 @@
+"""Arrays of numbers, booleans and dates, as the library lays them out: the first index runs fastest."""
+
+import array
+import ctypes
+import datetime
+import itertools
+import math
+import struct
+
+from . import _dates, _library
+
+# Of each type: its name, its number, the letter of the struct module for one entry, and what NumPy calls it.
+_TYPES = (
+    ("short", _library.SHORT, "h", "i2"),
+    ("long", _library.LONG, "i", "i4"),
+    ("float", _library.FLOAT, "f", "f4"),
+    ("double", _library.DOUBLE, "d", "f8"),
+    ("date", _library.DATE, "d", "f8"),
+    ("bool", _library.BOOL, "h", "i2"),
+    ("signed byte", _library.SIGNED_BYTE, "b", "i1"),
+    ("byte", _library.BYTE, "B", "u1"),
+)
+_BY_NAME = {name: (number, letter, numpy) for name, number, letter, numpy in _TYPES}
+NAMES = {number: name for name, number, _, _ in _TYPES}
+
+# What a buffer of another program holds, by its letter: the type that keeps all its values. Other whole numbers are looked at.
+_SAME = {"h": "short", "i": "long", "f": "float", "d": "double", "b": "signed byte", "B": "byte"}
+_OF_FORMAT = {**_SAME, "H": "long", "e": "float", "c": "byte", "?": "bool"}
+_WHOLE = "IlLqQnN"
+_LONG_RANGE = range(-2**31, 2**31)
+EXACT_RANGE = range(-2**53, 2**53 + 1)
+
+
+def _native(kind):
+    number, letter, numpy = _BY_NAME[kind]
+    return number, letter, "|" + numpy if numpy.endswith("1") else ("<" if struct.pack("=h", 1)[0] else ">") + numpy
+
+
+def _type_of_whole(values):
+    if all(value in _LONG_RANGE for value in values):
+        return "long"
+    if all(value in EXACT_RANGE for value in values):
+        return "double"
+    raise OverflowError("a whole number is too large for an array of the library")
+
+
+def _type_of_values(values):
+    """The type for entries that are Python's own."""
+    if all(isinstance(value, bool) for value in values) and values:
+        return "bool"
+    if all(isinstance(value, datetime.date) for value in values) and values:
+        return "date"
+    if all(isinstance(value, int) for value in values):
+        return _type_of_whole(values)
+    for value in values:
+        if not isinstance(value, (int, float)):
+            raise TypeError(f"an array of the library holds numbers, booleans or dates, no {type(value).__name__}")
+    return "double"
+
+
+def _entries_of(values, kind):
+    """What Python holds, as entries of this type."""
+    if kind == "date":
+        return [value if isinstance(value, (int, float)) else _dates.days_of(value) for value in values]
+    if kind == "bool":
+        return [-1 if value else 0 for value in values]
+    if kind in ("float", "double"):
+        return [float(value) for value in values]
+    return values
+
+
+def _flatten(nested):
+    """Lists in lists as (entries with the first index fastest, shape)."""
+    shape, level = [], nested
+    while isinstance(level, (list, tuple)):
+        shape.append(len(level))
+        level = level[0] if level else None
+    rows = [nested]
+    for count in shape:
+        inner = []
+        for row in rows:
+            if not isinstance(row, (list, tuple)) or len(row) != count:
+                raise ValueError("the lists of an array have to be of one length")
+            inner += row
+        rows = inner
+    if any(isinstance(entry, (list, tuple)) for entry in rows):
+        raise ValueError("the lists of an array have to be of one length")
+    # Rows lie one behind the other now: the last index runs fastest.
+    return _turned(rows, shape), tuple(shape)
+
+
+def _turned(entries, shape):
+    """The order in which the last index runs fastest turned into the one in which the first does."""
+    if len(shape) < 2:
+        return entries
+    strides = [math.prod(shape[at + 1:]) for at in range(len(shape))]
+    places = itertools.product(*(range(count) for count in reversed(shape)))
+    return [entries[sum(index * stride for index, stride in zip(reversed(place), strides))] for place in places]
+
+
+def _unpack_buffer(view):
+    """The values of a memoryview in the order first index fastest; its letter."""
+    order, letter = ("@", view.format) if view.format[0] not in "@=<>!" else (view.format[0], view.format[1:])
+    if letter not in _OF_FORMAT and letter not in _WHOLE:
+        raise TypeError(f"no array of the library takes entries of the format {view.format!r}")
+    raw = view.tobytes("F")
+    if letter == "c":
+        return list(raw), letter
+    return list(struct.unpack(f"{order}{len(raw) // view.itemsize}{letter}", raw)), letter
+
+
+class Array:
+    """Numbers, booleans or dates of one type, in any number of dimensions.
+
+    It is indexed as lists are, from 0: array[2], array[1, 0]. `lower` has the index that each dimension begins with in the library.
+    numpy.asarray(array) takes it without a copy (booleans as -1 and 0, dates as days since 1899-12-30); so does `memory`.
+
+        >>> array = Array([[1, 2, 3], [4, 5, 6]])
+        >>> array.type, array.shape, array.lower
+        ('long', (2, 3), (0, 0))
+        >>> array[1, 0]
+        4
+        >>> list(array.memory)
+        [1, 4, 2, 5, 3, 6]
+    """
+
+    __slots__ = ("type", "shape", "lower", "memory", "_address", "__weakref__")
+
+    def __init__(self, values, type=None, lower=None):
+        """From lists (of lists), or anything with the buffer protocol, such as a NumPy array.
+
+        type: "short", "long", "float", "double", "date", "bool", "signed byte" or "byte"; what fits the values where it is None
+        lower: the first index of each dimension in the library, 0 where it is None
+        """
+        if isinstance(values, Array):
+            lower = values.lower if lower is None else lower
+            type = type or values.type
+            entries, shape, natural = values._flat(), values.shape, values.type
+        elif isinstance(values, (list, tuple)):
+            entries, shape = _flatten(values)
+            natural = None
+        else:
+            view = memoryview(values)
+            natural = _SAME.get(view.format)
+            if natural is not None and type in (None, natural):
+                self._set_copy(natural, view.shape, lower, view.tobytes("F"))
+                return
+            entries, letter = _unpack_buffer(view)
+            shape = view.shape
+            natural = _OF_FORMAT[letter] if letter in _OF_FORMAT else _type_of_whole(entries)
+        kind = type or natural or _type_of_values(entries)
+        if kind not in _BY_NAME:
+            raise ValueError(f"no array holds entries of the type {kind!r}: {', '.join(_BY_NAME)}")
+        letter = _BY_NAME[kind][1]
+        try:
+            packed = struct.pack(f"={len(entries)}{letter}", *_entries_of(entries, kind))
+        except struct.error as error:
+            raise OverflowError(f"an entry does not fit the type {kind!r}: {error}") from None
+        self._set_copy(kind, shape, lower, packed)
+
+    def _set_copy(self, kind, shape, lower, packed):
+        held = ctypes.create_string_buffer(packed, max(len(packed), 1))
+        self._set(kind, shape, (0,) * len(shape) if lower is None else tuple(lower), held, len(packed))
+
+    def _set(self, kind, shape, lower, held, size):
+        if len(lower) != len(shape):
+            raise ValueError(f"{len(shape)} dimensions cannot begin with {len(lower)} indices")
+        self.type = kind
+        self.shape = shape
+        self.lower = lower
+        letter = _BY_NAME[kind][1]
+        # A view of nothing cannot be cast.
+        self.memory = memoryview(held).cast("B")[:size].cast(letter) if size else memoryview(array.array(letter))
+        self._address = ctypes.addressof(held)
+
+    @classmethod
+    def _over(cls, number, bounds, held, size):
+        """Over entries that `held` keeps."""
+        made = cls.__new__(cls)
+        made._set(NAMES[number], tuple(count for _, count in bounds), tuple(lower for lower, _ in bounds), held, size)
+        return made
+
+    @property
+    def ndim(self):
+        """How many dimensions it has."""
+        return len(self.shape)
+
+    @property
+    def __array_interface__(self):
+        _, letter, numpy = _native(self.type)
+        size = struct.calcsize("=" + letter)
+        strides = tuple(size * math.prod(self.shape[:at]) for at in range(len(self.shape)))
+        return {"version": 3, "typestr": numpy, "shape": self.shape if self.shape else (0,), "strides": strides if self.shape else None,
+                "data": (self._address, False)}
+
+    def _value(self, entry):
+        if self.type == "bool":
+            return entry != 0
+        return _dates.date_of(entry) if self.type == "date" else entry
+
+    def _flat(self):
+        """The values in the order in which they lie."""
+        return [self._value(entry) for entry in self.memory]
+
+    def __len__(self):
+        return self.shape[0] if self.shape else 0
+
+    def __iter__(self):
+        return iter(self.tolist())
+
+    def __getitem__(self, index):
+        if isinstance(index, slice):
+            return self.tolist()[index]
+        places = index if isinstance(index, tuple) else (index,)
+        if len(places) < len(self.shape) and len(places) == 1:
+            return self.tolist()[index]
+        return self._value(self.memory[self._place(places)])
+
+    def __setitem__(self, index, value):
+        place = self._place(index if isinstance(index, tuple) else (index,))
+        self.memory[place] = _entries_of([value], self.type)[0]
+
+    def _place(self, places):
+        if len(places) != len(self.shape):
+            raise IndexError(f"an array of {len(self.shape)} dimensions needs as many indices")
+        flat, stride = 0, 1
+        for place, count in zip(places, self.shape):
+            place = place.__index__()
+            if not -count <= place < count:
+                raise IndexError(f"index {place} lies outside a dimension of {count}")
+            flat += (place % count) * stride
+            stride *= count
+        return flat
+
+    def tolist(self):
+        """The values as lists in lists: tolist()[i][j] is array[i, j]."""
+        if not self.shape:
+            return []
+        level = self._flat()
+        strides = [math.prod(self.shape[:at]) for at in range(len(self.shape))]
+
+        def part(start, at):
+            places = range(start, start + self.shape[at] * strides[at], strides[at])
+            return [level[place] for place in places] if at + 1 == len(self.shape) else [part(place, at + 1) for place in places]
+
+        return part(0, 0) if level else _empty_lists(self.shape)
+
+    def __eq__(self, other):
+        if not isinstance(other, Array):
+            return NotImplemented
+        return (self.type, self.shape, self.lower) == (other.type, other.shape, other.lower) and self.memory == other.memory
+
+    __hash__ = None
+
+    def __repr__(self):
+        lower = f", lower={self.lower}" if any(self.lower) else ""
+        if len(self.memory) > 20:
+            return f"<tessaret.Array of type {self.type!r}, shape {self.shape}{lower}>"
+        return f"tessaret.Array({self.tolist()}, {self.type!r}{lower})"
+
+    def __reduce__(self):
+        return Array, (self.tolist(), self.type, self.lower)
+
+
+def _empty_lists(shape):
+    """Lists for a shape in which some dimension has no entries."""
+    return [_empty_lists(shape[1:]) for _ in range(shape[0])] if len(shape) > 1 else []

@@ -1,0 +1,178 @@
+"""Events: who hears them, how long, on which thread, and what may happen meanwhile."""
+
+import gc
+import sys
+import threading
+import traceback
+import unittest
+import weakref
+
+import package
+
+package.use_library("tessaret_echo")
+
+import tessaret
+from tessaret import _library
+
+
+class Events(package.PackageTest):
+    def setUp(self):
+        super().setUp()
+        self.echo = package.new_echo()
+        self.addCleanup(self.echo.close)
+        self.heard = []
+        self.addCleanup(self.heard.clear)
+
+    def hear(self, *values):
+        self.heard.append(values)
+
+    def test_a_function_hears_its_event_with_the_values(self):
+        self.echo.on("OnTold", self.hear)
+        self.echo.Tell(7, "text")
+        self.assertEqual(self.heard, [(7, "text", self.echo)])
+        self.assertIs(self.heard[0][2], self.echo)
+
+    def test_functions_are_called_in_the_order_of_their_connecting(self):
+        for name in ("first", "second", "third"):
+            self.echo.on("OnNothing", lambda name=name: self.heard.append(name))
+        self.echo.on("OnTold", lambda *values: self.heard.append("told"))
+        self.echo.Tell(1, None)
+        self.assertEqual(self.heard, ["first", "second", "third", "told"])
+
+    def test_values_of_every_kind_arrive_and_outlive_the_event(self):
+        other = package.new_echo()
+        values = [None, True, -5, 0.5, "", "a\0\u00fc\udcff", b"", b"bytes", tessaret.Array([[1, 2], [3, 4]], "short", (1, 2)), other]
+        self.echo.on("OnTold", self.hear)
+        for value in values:
+            self.echo.Tell(1, value)
+        self.echo.Tell(1, "x" * 100_000)
+        self.assertEqual([value for _, value, _ in self.heard[:-1]], values)
+
+    def test_names_of_events_may_be_written_in_either_case(self):
+        self.assertEqual(self.echo.on("onnothing", self.hear).event, "OnNothing")
+        self.echo.Tell(1, None)
+        self.assertEqual(self.heard, [()])
+
+    def test_what_cannot_be_connected_is_refused(self):
+        with self.assertRaisesRegex(AttributeError, "IEcho has no event 'OnSomething'"):
+            self.echo.on("OnSomething", self.hear)
+        with self.assertRaisesRegex(TypeError, "what hears OnTold has to be callable, which str is not"):
+            self.echo.on("OnTold", "print")
+        with tessaret.create("Tessaret.DcmDictionary") as dictionary, self.assertRaises(AttributeError):
+            dictionary.on("OnTold", self.hear)
+        with tessaret.create("Tessaret.DCMOptions") as options, self.assertRaises(AttributeError):
+            options.on("OnTold", self.hear)
+
+    def test_a_connection_that_has_ended_hears_nothing(self):
+        connection = self.echo.on("OnNothing", self.hear)
+        self.assertTrue(connection.connected)
+        self.assertNotEqual(connection.cookie, 0)
+        connection.disconnect()
+        connection.disconnect()
+        self.assertFalse(connection.connected)
+        self.echo.Tell(1, None)
+        self.assertEqual(self.heard, [])
+        with self.echo.on("OnNothing", self.hear) as connection:
+            self.assertRegex(repr(connection), r"^<tessaret\.Connection \d+ for OnNothing>$")
+            self.echo.Tell(1, None)
+        self.echo.Tell(1, None)
+        self.assertEqual(self.heard, [()])
+        self.assertIn("ended", repr(connection))
+
+    def test_a_function_may_end_its_own_connection_and_make_others(self):
+        def once(*values):
+            self.hear(*values)
+            connection.disconnect()
+            self.echo.on("OnTold", self.hear)
+        connection = self.echo.on("OnTold", once)
+        self.echo.Tell(1, None)
+        self.echo.Tell(2, None)
+        self.assertEqual([values[0] for values in self.heard], [1, 2])
+
+    def test_a_function_may_close_its_object(self):
+        echo = package.new_echo()
+        echo.on("OnNothing", echo.close)
+        echo.on("OnTold", self.hear)
+        echo.Tell(1, None)
+        self.assertEqual(self.heard, [])
+        with self.assertRaises(tessaret.Closed):
+            echo.Tell(1, None)
+
+    def test_the_function_lives_as_long_as_the_connection(self):
+        class Listener:
+            def __call__(self):
+                pass
+        listener = Listener()
+        watched = weakref.ref(listener)
+        connection = self.echo.on("OnNothing", listener)
+        del listener
+        gc.collect()
+        self.assertIsNotNone(watched())
+        connection.disconnect()
+        del connection
+        self.assertIsNone(watched())
+        self.echo.on("OnNothing", Listener())
+        watched = weakref.ref(next(iter(self.echo._connections.values()))._function)
+        self.echo.close()
+        self.assertIsNone(watched())
+
+    def test_a_function_that_holds_its_object_keeps_neither_alive(self):
+        echo = package.new_echo()
+        echo.on("OnNothing", lambda: echo.Tell(1, None))
+        watched = weakref.ref(echo)
+        del echo
+        gc.collect()
+        self.assertIsNone(watched())
+        self.echo.close()
+        self.assertTrue(tessaret.can_unload())
+
+    def test_what_a_function_raises_goes_to_the_unraisable_hook(self):
+        raised = []
+        self.addCleanup(setattr, sys, "unraisablehook", sys.unraisablehook)
+
+        def note(unraisable):
+            where = traceback.extract_tb(unraisable.exc_traceback)[-1].name
+            raised.append((unraisable.exc_type, str(unraisable.exc_value), where))
+        sys.unraisablehook = note
+
+        def fail(*_):
+            raise KeyError("lost")
+
+        def leave(*_):
+            sys.exit(5)
+        self.echo.on("OnTold", fail)
+        self.echo.on("OnTold", leave)
+        self.echo.on("OnTold", self.hear)
+        self.echo.on("OnTold", lambda: None)
+        self.assertIs(self.echo.Tell(1, None), True)
+        self.assertEqual(raised[:2], [(KeyError, "'lost'", "fail"), (SystemExit, "5", "leave")])
+        self.assertIs(raised[2][0], TypeError)
+        self.assertEqual(len(self.heard), 1)
+
+    def test_a_function_may_be_called_on_another_thread(self):
+        threads = []
+        self.echo.on("OnTold", lambda *values: threads.append((threading.get_ident(), values[:2])))
+        self.echo.TellFromThread(5, "x")
+        self.assertEqual(threads[0][1], (5, "x"))
+        self.assertNotEqual(threads[0][0], threading.get_ident())
+
+
+class Pump(package.PackageTest):
+    @unittest.skipUnless(_library.pump, "this library has no pump yet")
+    def test_without_events_it_tells_none_and_waits_as_long_as_asked(self):
+        import time
+        begin = time.monotonic()
+        self.assertEqual(tessaret.pump(0), 0)
+        self.assertLess(time.monotonic() - begin, 0.2)
+        begin = time.monotonic()
+        self.assertEqual(tessaret.pump(0.25), 0)
+        self.assertGreaterEqual(time.monotonic() - begin, 0.2)
+
+    @unittest.skipUnless(_library.events_descriptor, "this library has no descriptor yet")
+    def test_the_descriptor_is_quiet_without_events(self):
+        import select
+        self.assertEqual(select.select([tessaret.events_descriptor()], [], [], 0)[0], [])
+
+
+if __name__ == "__main__":
+    unittest.main()

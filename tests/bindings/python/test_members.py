@@ -1,0 +1,233 @@
+"""Members by name: methods, properties with and without arguments, what comes back, help, and failures."""
+
+import inspect
+import pydoc
+import unittest
+
+import package
+
+package.use_library("tessaret_echo")
+
+import tessaret
+from tessaret import _library
+
+
+class Members(package.PackageTest):
+    def setUp(self):
+        super().setUp()
+        self.echo = package.new_echo()
+        self.addCleanup(self.echo.close)
+
+    def test_what_a_method_writes_comes_back_behind_its_result(self):
+        total, a, c, d = self.echo.Mix(1, 2)
+        self.assertEqual((total, a, c, d.tolist()), (3.0, 2, "2", [0, 0, 0]))
+        self.assertEqual(self.echo.Mix(1, 2, 0.5)[0], 3.5)
+        self.assertEqual(self.echo.Mix(a=1, e=0.25, b=2)[0], 3.25)
+        self.assertEqual(self.echo.Outs(5), (6, True))
+
+    def test_what_a_method_leaves_alone_is_empty_and_not_left_over(self):
+        self.assertEqual(self.echo.LeaveAlone(True), (77, "written", 1.5))
+        self.assertEqual(self.echo.LeaveAlone(False), (0, None, None))
+
+    def test_a_method_that_writes_nothing_tells_whether_it_was_done(self):
+        self.assertIs(self.echo.Do(True), True)
+        self.assertIs(self.echo.Do(False), False)
+
+    def test_names_that_python_keeps_for_itself_get_an_underscore(self):
+        self.assertEqual(self.echo.Keywords(1, 2, 3), 123)
+        self.assertEqual(self.echo.Keywords(lambda_=3, self_=2, from_=1), 123)
+
+    def test_wrong_numbers_and_names_of_arguments_are_type_errors(self):
+        for arguments, named in (((1,), {}), ((1, 2, 3, 4), {}), ((1, 2), {"f": 3}), ((1, 2), {"a": 3})):
+            with self.subTest(arguments, named=named), self.assertRaises(TypeError):
+                self.echo.Mix(*arguments, **named)
+
+    def test_a_property_with_arguments_is_called_or_indexed_and_set_by_index(self):
+        self.echo.Text = "x"
+        self.assertEqual(self.echo.Cell(1), "1,none,0=x")
+        self.assertEqual(self.echo.Cell(1, "two", 3), "1,two,3=x")
+        self.assertEqual(self.echo.Cell(1, Layer=3), "1,none,3=x")
+        self.assertEqual(self.echo.Cell[1], "1,none,0=x")
+        self.assertEqual(self.echo.Cell[1, "two"], "1,two,0=x")
+        self.echo.Cell[4] = 0.5
+        self.assertEqual(self.echo.Text, "4,none,0:0.5")
+        self.echo.Cell[4, 5, 6] = "text"
+        self.assertEqual(self.echo.Text, "4,5,6:text")
+        self.echo.Cell[4, "five"] = None
+        self.assertEqual(self.echo.Text, "4,five,0:")
+        self.echo.Cell.put(7, Layer=9, newVal=True)
+        self.assertEqual(self.echo.Text, "7,none,9:True")
+        cell = self.echo.Cell
+        cell[1] = 2
+        self.assertEqual(self.echo.Text, "1,none,0:2")
+        self.assertIn("property Cell of <tessaret.IEcho at 0x", repr(cell))
+
+    def test_a_property_with_arguments_says_how_it_is_set(self):
+        with self.assertRaisesRegex(AttributeError, r"Cell has arguments: set it as in Cell\[...\] = value"):
+            self.echo.Cell = 5
+        with self.assertRaises(TypeError):
+            self.echo.Cell[1, 2, 3, 4] = 5
+
+    def test_properties_that_go_one_way_only_say_so(self):
+        self.assertEqual(self.echo.Lonely(5), -5)
+        with self.assertRaisesRegex(AttributeError, "Lonely cannot be set"):
+            self.echo.Lonely[5] = 1
+        self.echo.Deaf[5] = 1
+        self.assertEqual(self.echo.Long, 6)
+        with self.assertRaisesRegex(AttributeError, "Deaf cannot be read"):
+            self.echo.Deaf(5)
+        with tessaret.create("Tessaret.DcmDictionary") as dictionary, self.assertRaises(AttributeError):
+            dictionary.NumEntries = 5
+
+    def test_a_property_is_put_by_reference_where_the_value_is_an_object(self):
+        with package.new_echo() as other:
+            self.echo.Friend = other
+            self.assertIs(self.echo.Friend, other)
+            self.echo.Friend = "by value"
+            self.assertEqual(self.echo.Text, "by value")
+            self.assertIs(self.echo.Friend, other)
+            self.echo.Friend = None
+            self.assertIsNone(self.echo.Friend)
+
+    def test_letters_of_either_case_are_the_same(self):
+        self.echo.text = "lower"
+        self.assertEqual(self.echo.TEXT, "lower")
+        self.assertEqual(self.echo.outs(1), (2, True))
+        self.echo.cell[1] = 2
+        self.assertEqual(self.echo.Text, "1,none,0:2")
+
+    def test_unknown_names_are_attribute_errors(self):
+        with self.assertRaisesRegex(AttributeError, "IEcho has no member 'Nothing'"):
+            self.echo.Nothing
+        with self.assertRaisesRegex(AttributeError, "IEcho has no member 'Nothing' that can be set"):
+            self.echo.Nothing = 1
+        with self.assertRaises(AttributeError):
+            self.echo.Outs = 1
+        self.assertFalse(hasattr(self.echo, "_ipython_display_"))
+        with self.assertRaises(AttributeError):
+            tessaret.NO_SUCH_VALUE
+
+    def test_a_member_called_within_a_call_of_itself_has_room_of_its_own(self):
+        heard = []
+
+        def tell_again(number, value, source):
+            heard.append((number, value))
+            if number < 5:
+                source.Tell(number + 1, value * 2)
+        self.echo.on("OnTold", tell_again)
+        self.echo.Tell(1, "x")
+        self.assertEqual(heard, [(1, "x"), (2, "xx"), (3, "x" * 4), (4, "x" * 8), (5, "x" * 16)])
+
+    def test_help_shows_signatures_and_texts(self):
+        self.assertEqual(str(inspect.signature(self.echo.Mix)), "(a: int, b: int, e: float = None) -> tuple[float, int, str, typing.Any]")
+        self.assertEqual(str(inspect.signature(self.echo.Tell)), "(number: int, value: Any) -> bool")
+        self.assertEqual(str(inspect.signature(self.echo.Itself)), "() -> 'IEcho'")
+        text = pydoc.plain(pydoc.render_doc(self.echo))
+        self.assertEqual(text.splitlines()[2], "class IEcho(tessaret._objects.Object)")
+        for words in ("Gives back what it gets.", "Mix(self, a: int, b: int, e: float = None)", "Returns (the result, a, c, d).",
+                      "A short.\n", "Cell(Row: int, Column: Any = None, Layer: int = None) -> str", "What is in a cell.",
+                      "Cell[Row, Column, Layer] = value, or Cell.put(Row, Column, Layer, newVal)", "Fills a cell."):
+            self.assertIn(words, text)
+        self.assertEqual(pydoc.plain(pydoc.render_doc(type(self.echo))).splitlines()[2:], text.splitlines()[2:])
+
+    def test_dir_lists_members_and_little_else(self):
+        listed = dir(self.echo)
+        for name in ("Short", "Cell", "Mix", "on", "query", "close"):
+            self.assertIn(name, listed)
+        self.assertFalse([name for name in listed if name.startswith("_") and not name.startswith("__")])
+
+    def test_an_object_says_what_it_is(self):
+        self.assertRegex(repr(self.echo), r"^<tessaret\.IEcho at 0x[0-9a-f]+>$")
+        self.assertEqual(type(self.echo).__name__, "IEcho")
+        self.assertIsInstance(self.echo, tessaret.Object)
+
+
+class Failures(package.PackageTest):
+    KINDS = ((0x80004001, tessaret.NotAvailable, NotImplementedError), (0x80004002, tessaret.NoInterface, TypeError),
+             (0x80020003, tessaret.UnknownMember, AttributeError), (0x80020005, tessaret.WrongType, TypeError),
+             (0x8002000A, tessaret.OutOfRange, OverflowError), (0x8002000B, tessaret.BadIndex, IndexError),
+             (0x8002000E, tessaret.WrongCount, TypeError), (0x8007000E, tessaret.NoMemory, MemoryError),
+             (0x80070057, tessaret.BadArgument, ValueError), (0x80020009, tessaret.Error, Exception),
+             (0x80004005, tessaret.Error, Exception), (0x8FFFFFFF, tessaret.Error, Exception))
+
+    def setUp(self):
+        super().setUp()
+        self.echo = package.new_echo()
+        self.addCleanup(self.echo.close)
+
+    def failure(self, status, words=None):
+        with self.assertRaises(tessaret.Error) as caught:
+            self.echo.Fail(status - 2**32, words)
+        return caught.exception
+
+    def test_a_failure_has_status_source_and_words(self):
+        tessaret.create("Tessaret.DCMOptions").close()  # it is then that the library knows its classes
+        error = self.failure(0x80020009, "the words \u00fc")
+        self.assertEqual((error.status, error.source, error.words), (0x80020009, "Tessaret.DCMOptions", "the words \u00fc"))
+        self.assertEqual(str(error), "Tessaret.DCMOptions: the words \u00fc")
+
+    def test_a_failure_is_also_what_python_users_expect(self):
+        for status, kind, base in self.KINDS:
+            with self.subTest(hex(status)):
+                error = self.failure(status)
+                self.assertIs(type(error), kind)
+                self.assertIsInstance(error, base)
+                self.assertEqual(error.status, status)
+                self.assertTrue(error.words)
+
+    def test_words_of_an_older_failure_are_not_those_of_a_new_one(self):
+        self.failure(0x80020009, "old words")
+        error = self.failure(0x80020005)
+        self.assertEqual((error.source, error.words), ("IEcho.Fail", "a value cannot be turned into the type that is needed"))
+
+    def test_a_failed_call_leaves_nothing_behind(self):
+        self.failure(0x80020009, "x")
+        self.assertEqual(self.echo.Outs(5), (6, True))
+        self.assertIs(self.echo.Do(True), True)
+
+    def test_objects_that_cannot_be_made_say_why(self):
+        for name, status, kind, words in (("Tessaret.Nothing", 0x80040154, tessaret.Error, "There is no such class"),
+                                          ("Tessaret.DCMVolume", 0x80004001, NotImplementedError,
+                                           "This class is not available in this version")):
+            with self.subTest(name), self.assertRaises(kind) as caught:
+                tessaret.create(name)
+            self.assertEqual((caught.exception.status, caught.exception.source, caught.exception.words), (status, name, words))
+
+    def test_what_the_library_does_not_have_yet_is_said(self):
+        for name in ("query", "pump", "events_descriptor"):
+            if getattr(_library, name) is None:
+                with self.subTest(name), self.assertRaises(tessaret.NotAvailable):
+                    self.echo.query("IEcho") if name == "query" else getattr(tessaret, name)()
+
+
+class Loading(unittest.TestCase):
+    def test_a_library_that_is_named_and_missing_is_an_import_error(self):
+        result = package.run_python("import tessaret", TESSARET_LIBRARY="/no/such/file.so")
+        self.assertNotEqual(result.returncode, 0)
+        self.assertIn("ImportError: the Tessaret library that TESSARET_LIBRARY names cannot be loaded: /no/such/file.so", result.stderr)
+
+    def test_another_library_is_an_import_error(self):
+        result = package.run_python("import tessaret", TESSARET_LIBRARY="libc.so.6")
+        self.assertIn("ImportError: libc.so.6 is not the Tessaret library", result.stderr)
+
+    def test_without_a_name_the_loader_looks_for_it(self):
+        library = str(package.LIBRARY_FOLDER)
+        result = package.run_python("import tessaret; print(tessaret.__version__)", TESSARET_LIBRARY="", LD_LIBRARY_PATH=library)
+        self.assertEqual((result.stdout, result.stderr), (tessaret.__version__ + "\n", ""))
+        result = package.run_python("import tessaret", TESSARET_LIBRARY="", LD_LIBRARY_PATH="")
+        self.assertRegex(result.stderr, "ImportError: the Tessaret library cannot be loaded: libtessaret.so.0: .* "
+                                        "TESSARET_LIBRARY can name the file")
+
+    def test_without_its_dictionaries_the_library_says_so(self):
+        result = package.run_python("import tessaret; tessaret.create('Tessaret.DCMOptions')", TESSARET_DATA_DIR="/no/such/folder")
+        self.assertIn("tessaret._errors.Error: Tessaret.DCMOptions: ", result.stderr)
+
+    def test_the_version_is_that_of_the_header(self):
+        header = (package.SOURCE_DIR / "include" / "tessaret" / "version.h").read_text()
+        numbers = [line.split()[2] for line in header.splitlines() if line.startswith("#define TESSARET_VERSION_M") or "_PATCH " in line
+                   and line.startswith("#define TESSARET_VERSION_PATCH")]
+        self.assertEqual(tessaret.__version__, ".".join(numbers))
+
+
+if __name__ == "__main__":
+    unittest.main()
