@@ -20,6 +20,11 @@ string(REGEX REPLACE "/$" "" TESSARET_PC_UP "${TESSARET_PC_UP}")
 configure_file(cmake/tessaret.pc.in "${PROJECT_BINARY_DIR}/tessaret.pc" @ONLY)
 install(FILES "${PROJECT_BINARY_DIR}/tessaret.pc" DESTINATION "${pkgConfigDir}")
 
+# The Python package, where Debian's Python looks for packages when the prefix is /usr.
+set(TESSARET_PYTHON_DIR "lib/python3/dist-packages" CACHE STRING "Folder for the Python package, below the prefix")
+install(DIRECTORY bindings/python/tessaret DESTINATION "${TESSARET_PYTHON_DIR}"
+  FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
+
 # The tool with its man pages and completions, which its build writes below share/.
 if(TARGET tessaret_tool)
   install(TARGETS tessaret_tool)

@@ -64,6 +64,8 @@ check_tables() {
   "$python" -B scripts/make_interface_tables.py --check && "$python" -B scripts/make_interface_reference.py --check
 }
 
+check_stubs() { "$python" -B scripts/make_python_stubs.py --check; }
+
 check_shell() {
   local scripts
   mapfile -t scripts < <(project_files '*.sh'; printf '%s\n' dev .ci/run)
@@ -89,6 +91,7 @@ rule "words" "$python" scripts/check_words.py
 rule "shell scripts" check_shell
 rule "dictionaries agree with their tables" check_dictionaries
 rule "tables of the interfaces agree with their headers" check_tables
+rule "stubs of the Python package agree with the headers" check_stubs
 rule "format" check_format
 rule "headers compile alone" check_headers
 rule "tidy" check_tidy

@@ -4,6 +4,7 @@
 build_packages=(g++ cmake ninja-build ccache pkg-config python3 libcli11-dev libgtest-dev libgmock-dev)
 clang_packages=(clang llvm libclang-rt-14-dev)
 peer_packages=(dcmtk dicom3tools python3-pydicom man-db)
+python_packages=(python3-numpy python3-pip python3-venv)
 check_packages=(git clang-format clang-tidy shellcheck)
 
 packages_for() {
@@ -11,11 +12,12 @@ packages_for() {
     build | bench) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
     demo) printf '%s\n' "${build_packages[@]}" dcmtk ;;
     fuzz) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
-    coverage) printf '%s\n' "${build_packages[@]}" "${peer_packages[@]}" gcovr ;;
+    coverage) printf '%s\n' "${build_packages[@]}" "${peer_packages[@]}" "${python_packages[@]}" gcovr ;;
     check) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" "${check_packages[@]}" ;;
     format) printf '%s\n' python3 clang-format ;;
     test)
-      printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" "${peer_packages[@]}" "${check_packages[@]}"
+      printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" "${peer_packages[@]}" "${python_packages[@]}" \
+        "${check_packages[@]}"
       ;;
   esac
 }

@@ -96,4 +96,12 @@ if [ -x "$prefix/bin/tessaret" ]; then
   "$prefix/bin/tessaret" --version | grep -qF "$version" || fail "the installed tool does not say its version"
   "$prefix/bin/tessaret" dictionary 00100010 | grep -q "Patient's Name" || fail "the installed tool finds no dictionary"
 fi
+# The Python package of the moved copy finds the moved library.
+package="$(find "$prefix" -name __init__.pyi -printf '%h')"
+[ -f "$package/py.typed" ] || fail "the Python package is not installed whole"
+words="$(env -u TESSARET_LIBRARY PYTHONPATH="$(dirname "$package")" /usr/bin/python3 -B -c '
+import tessaret
+with tessaret.create("Tessaret.DcmDictionary") as dictionary:
+    print(tessaret.__version__, *dictionary.GetVRDescription(0x0010, 0x0010))')" || fail "the installed Python package: ends with $?"
+[ "$words" = "$version True PN Patient's Name" ] || fail "the installed Python package says '$words'"
 echo "installed, moved and used: Tessaret $version"
