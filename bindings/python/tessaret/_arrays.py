@@ -52,10 +52,20 @@ def _type_of_values(values):
         return "date"
     if all(isinstance(value, int) for value in values):
         return _type_of_whole(values)
-    for value in values:
-        if not isinstance(value, (int, float)):
-            raise TypeError(f"an array of the library holds numbers, booleans or dates, no {type(value).__name__}")
+    if not all(isinstance(value, (int, float)) for value in values):
+        raise TypeError("the entries of an array have to be of one kind")
     return "double"
+
+
+def _plain(value):
+    """A number of another kind, such as NumPy's, as Python's own."""
+    if isinstance(value, (int, float, datetime.date)):
+        return value
+    if hasattr(value, "__index__"):
+        return value.__index__()
+    if hasattr(value, "__float__"):
+        return float(value)
+    raise TypeError(f"an array of the library holds numbers, booleans or dates, no {type(value).__name__}")
 
 
 def _entries_of(values, kind):
@@ -124,7 +134,7 @@ class Array:
         [1, 4, 2, 5, 3, 6]
     """
 
-    __slots__ = ("type", "shape", "lower", "memory", "_address", "__weakref__")
+    __slots__ = ("_type", "_shape", "_lower", "_memory", "_address", "__weakref__")
 
     def __init__(self, values, type=None, lower=None):
         """From lists (of lists), or anything with the buffer protocol, such as a NumPy array.
@@ -138,6 +148,7 @@ class Array:
             entries, shape, natural = values._flat(), values.shape, values.type
         elif isinstance(values, (list, tuple)):
             entries, shape = _flatten(values)
+            entries = [_plain(entry) for entry in entries]
             natural = None
         else:
             view = memoryview(values)
@@ -165,12 +176,12 @@ class Array:
     def _set(self, kind, shape, lower, held, size):
         if len(lower) != len(shape):
             raise ValueError(f"{len(shape)} dimensions cannot begin with {len(lower)} indices")
-        self.type = kind
-        self.shape = shape
-        self.lower = lower
+        self._type = kind
+        self._shape = shape
+        self._lower = lower
         letter = _BY_NAME[kind][1]
         # A view of nothing cannot be cast.
-        self.memory = memoryview(held).cast("B")[:size].cast(letter) if size else memoryview(array.array(letter))
+        self._memory = memoryview(held).cast("B")[:size].cast(letter) if size else memoryview(array.array(letter))
         self._address = ctypes.addressof(held)
 
     @classmethod
@@ -179,6 +190,26 @@ class Array:
         made = cls.__new__(cls)
         made._set(NAMES[number], tuple(count for _, count in bounds), tuple(lower for lower, _ in bounds), held, size)
         return made
+
+    @property
+    def type(self):
+        """The type of its entries, such as "short"."""
+        return self._type
+
+    @property
+    def shape(self):
+        """How many entries each dimension has."""
+        return self._shape
+
+    @property
+    def lower(self):
+        """The index that each dimension begins with in the library."""
+        return self._lower
+
+    @property
+    def memory(self):
+        """The entries as they lie, as a memoryview, which keeps them: the first index runs fastest."""
+        return self._memory
 
     @property
     def ndim(self):

@@ -101,6 +101,16 @@ def error_of(status, where):
     return kind(status, source, words)
 
 
+def not_in_this_library(where):
+    """The exception for what the library in use has no function for."""
+    return NotAvailable(0x80004001, where, "the library in use is too old for this")
+
+
+def closed(where):
+    """The exception for the use of an object that was given back."""
+    return Closed(0x80004003, where, "the object was closed")
+
+
 def check(status, where):
     if status < 0:
         raise error_of(status, where)

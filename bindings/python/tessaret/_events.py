@@ -6,7 +6,7 @@ import itertools
 import weakref
 
 from . import _library, _members, _values
-from ._errors import Closed, check, error_of
+from ._errors import check, closed, not_in_this_library
 
 
 class Connection:
@@ -83,7 +83,7 @@ def connect(source, event, function):
     if not callable(function):
         raise TypeError(f"what hears {event} has to be callable, which {type(function).__name__} is not")
     if not source._handle:
-        raise Closed(0x80004003, f"{type(source).__name__}.on", "the object was closed")
+        raise closed(f"{type(source).__name__}.on")
     found = events_of(source).get(event.lower())
     if found is None:
         raise AttributeError(f"{type(source).__name__} has no event {event!r}", name=event, obj=source)
@@ -98,7 +98,7 @@ def pump(timeout=0):
     """Tells the events that wait for this thread, and waits up to `timeout` seconds for one; None waits without end. Answers how many
     were told."""
     if _library.pump is None:
-        raise error_of(-0x7FFFBFFF, "pump")
+        raise not_in_this_library("pump")
     remaining = None if timeout is None else max(0, round(timeout * 1000))
     while True:
         wait = _LONGEST_WAIT if remaining is None else min(remaining, _LONGEST_WAIT)
@@ -113,7 +113,7 @@ def pump(timeout=0):
 def events_descriptor():
     """A file descriptor that can be read from while events wait for this thread, for select or an event loop: then call pump()."""
     if _library.events_descriptor is None:
-        raise error_of(-0x7FFFBFFF, "events_descriptor")
+        raise not_in_this_library("events_descriptor")
     descriptor = _library.events_descriptor()
     check(descriptor, "events_descriptor")
     return descriptor

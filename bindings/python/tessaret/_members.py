@@ -9,7 +9,7 @@ import keyword
 import typing
 
 from . import _enumerations, _library, _values
-from ._errors import Closed, error_of
+from ._errors import closed, error_of
 
 ANNOTATIONS = {_library.SHORT: "int", _library.LONG: "int", _library.FLOAT: "float", _library.DOUBLE: "float",
                _library.DATE: "datetime", _library.STRING: "str", _library.BOOL: "bool", _library.SIGNED_BYTE: "int",
@@ -264,7 +264,7 @@ def _failing(member):
 
     def failure(self, status):
         if not self._handle:
-            return Closed(status, where, "the object was closed")
+            return closed(where)
         return error_of(status, where)
     return failure
 

@@ -6,7 +6,7 @@ import functools
 import weakref
 
 from . import _events, _library, _members, _values
-from ._errors import check, error_of
+from ._errors import check, closed, not_in_this_library
 
 _METHOD, _GET, _PUT, _PUTREF = _library.METHOD, _library.GET, _library.PUT, _library.PUTREF
 
@@ -58,10 +58,13 @@ class Object:
     def query(self, interface):
         """Another interface of the same object, such as obj.query("IDcmObjectManager"). tessaret.Error where it has none of that
         name."""
+        where = f"{type(self).__name__}.query"
         if _library.query is None:
-            raise error_of(-0x7FFFBFFF, "query")
+            raise not_in_this_library(where)
+        if not self._handle:
+            raise closed(where)
         found = ctypes.c_void_p()
-        check(_library.query(self._handle, interface.encode(), found), f"{type(self).__name__}.query")
+        check(_library.query(self._handle, _name(interface), found), where)
         return wrap(found.value)
 
     def on(self, event, function):
@@ -103,6 +106,9 @@ class Indexed(functools.partial):
 
     __slots__ = ()
     _put = None
+    # Without these Python would ask for one index after the other, without an end.
+    __iter__ = None
+    __contains__ = None
 
     def __getitem__(self, arguments):
         return self(*arguments) if isinstance(arguments, tuple) else self(arguments)
@@ -200,9 +206,16 @@ def _attribute_of(name, members):
     return _plain_property(getter, putters)
 
 
-@functools.lru_cache(maxsize=None)
+_classes = {}
+
+
 def class_at(address):
-    """The class for the interface that the library describes at this address."""
+    """The class for the interface that the library describes at this address: the same for all threads."""
+    found = _classes.get(address)
+    return found if found is not None else _classes.setdefault(address, _class_for(address))
+
+
+def _class_for(address):
     info = _library.InterfaceInfo.from_address(address)
     by_name = {}
     for member in _members.members_of(info):
@@ -259,9 +272,18 @@ def _give_all_back():
             found.close()
 
 
+def _name(text):
+    """A name as the library takes it."""
+    if not isinstance(text, str):
+        raise TypeError(f"a name has to be text, not {type(text).__name__}")
+    if "\0" in text:
+        raise ValueError("a name has no 0 in it")
+    return text.encode("utf-8", "surrogateescape")
+
+
 def create(name):
     """Makes an object of the class `name`, such as "Tessaret.DCMObject", with or without ".1" behind it. tessaret.Error says why where
     that is not possible."""
     made = ctypes.c_void_p()
-    check(_library.create(name.encode(), made), name)
+    check(_library.create(_name(name), made), name)
     return wrap(made.value)

@@ -58,6 +58,9 @@ class Members(package.PackageTest):
         self.echo.Cell.put(7, Layer=9, newVal=True)
         self.assertEqual(self.echo.Text, "7,none,9:True")
         cell = self.echo.Cell
+        for use in (iter, list, lambda indexed: 1 in indexed):
+            with self.assertRaises(TypeError):
+                use(cell)
         cell[1] = 2
         self.assertEqual(self.echo.Text, "1,none,0:2")
         self.assertIn("property Cell of <tessaret.IEcho at 0x", repr(cell))
@@ -198,6 +201,12 @@ class Failures(package.PackageTest):
             if getattr(_library, name) is None:
                 with self.subTest(name), self.assertRaises(tessaret.NotAvailable):
                     self.echo.query("IEcho") if name == "query" else getattr(tessaret, name)()
+
+    def test_names_that_are_none_are_refused(self):
+        for name, error in ((5, TypeError), (None, TypeError), (b"Tessaret.DCMOptions", TypeError), ("Tessaret.DCMOptions\0x", ValueError),
+                            ("", tessaret.Error), ("\udcff", tessaret.Error)):
+            with self.subTest(name), self.assertRaises(error):
+                tessaret.create(name)
 
 
 class Loading(unittest.TestCase):

@@ -287,13 +287,13 @@ class Arrays(EchoTest):
         for shape, nested in (((0,), []), ((0, 0), []), ((2, 0), [[], []]), ((0, 3), []), ((3, 0, 2), [[], [], []])):
             with self.subTest(shape):
                 made = tessaret.Array([], "double")
-                made.shape, made.lower = shape, (1,) * len(shape)
+                made._shape, made._lower = shape, (1,) * len(shape)
                 back = self.echo.Echo(made)
                 self.assertEqual((back.shape, back.lower, back.tolist(), list(back.memory)), (shape, made.lower, nested, []))
 
     def test_an_array_without_dimensions_has_nothing_in_it(self):
         made = tessaret.Array([], "short")
-        made.shape = made.lower = ()
+        made._shape = made._lower = ()
         back = self.echo.Echo(made)
         self.assertEqual((back.shape, back.tolist(), len(back), back.type), ((), [], 0, "short"))
 
@@ -354,6 +354,19 @@ class Arrays(EchoTest):
         view = self.echo.Echo([1, 2, 3]).memory
         self.echo.Echo([9] * 1000)
         self.assertEqual(list(view), [1, 2, 3])
+
+    def test_a_shape_that_lies_is_refused(self):
+        made = tessaret.Array([1, 2])
+        with self.assertRaises(AttributeError):
+            made.shape = (1000,)
+        made._shape = (1000,)
+        with self.assertRaises(tessaret.BadArgument):
+            self.echo.Echo(made)
+
+    @needs_numpy
+    def test_lists_may_hold_numbers_of_numpy(self):
+        self.assertEqual(self.echo.Echo([numpy.int16(1), 2]).tolist(), [1, 2])
+        self.assertEqual(self.echo.Echo([numpy.float32(0.5), 2]).tolist(), [0.5, 2.0])
 
     @needs_numpy
     def test_numpy_takes_an_array_without_a_copy(self):
