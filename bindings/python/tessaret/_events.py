@@ -60,7 +60,7 @@ _listening = weakref.WeakValueDictionary()
 @_library.EVENT_FUNCTION
 def _heard(key, number, values, count):
     connection = _listening.get(key)
-    if connection is None or connection._number != number or not connection.connected:
+    if connection is None or connection._number != number:
         return
     block = _values.Block.copy_of(values, count)
     # What this raises goes from here to sys.unraisablehook, not into the library.

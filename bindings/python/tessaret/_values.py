@@ -55,7 +55,7 @@ class Block:
         self.arguments = self.at[1] if slots > 1 else None
 
 
-# ---- from the library ----
+# From the library. What a slot owned is freed or has passed on when it was read; what is left there nobody looks at.
 
 
 def read_text(block, slot):
@@ -66,8 +66,7 @@ def read_text(block, slot):
         # Text with a 0 in it: ctypes sees only what stands before.
         length = block.i[4 * slot + 1] & 0xFFFFFFFF
         text = (ctypes.c_char * length).from_address(block.q[2 * slot + 1]).raw
-    if block.h[8 * slot + 1]:
-        _library.clear(block.at[slot])
+    _library.clear(block.at[slot])
     return text.decode("utf-8", "surrogateescape")
 
 
@@ -81,7 +80,6 @@ def read_object(block, slot):
         return None
     if not block.h[8 * slot + 1]:
         _library.retain(address)
-    block.q[2 * slot] = 0  # the reference has passed on
     return _wrap(address)
 
 
@@ -112,7 +110,6 @@ def _read_array(block, slot):
     if owned and size:
         held = (ctypes.c_char * size).from_address(array.entries)
         held.owner = _Held(block.memory[16 * slot:16 * slot + 16])
-        block.q[2 * slot] = 0  # what is owned has passed on
         return Array._over(number, bounds, held, size)
     content = ctypes.string_at(array.entries, size) if size else b""
     if owned:
@@ -143,7 +140,7 @@ def read_any(block, slot):
     return _READERS[block.q[2 * slot] & 0xFFFF](block, slot)
 
 
-# ---- to the library ----
+# To the library.
 
 
 def put_text(block, slot, text):

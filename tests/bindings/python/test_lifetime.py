@@ -2,6 +2,8 @@
 
 import copy
 import gc
+import os
+import pathlib
 import pickle
 import threading
 import unittest
@@ -119,6 +121,57 @@ class Lifetime(package.PackageTest):
         self.assertEqual(pickle.loads(pickle.dumps(made)), made)
 
 
+class Memory(package.PackageTest):
+    """What a call brings is freed: a hundred of them need no more memory than ten."""
+
+    SIZE = 1 << 18
+
+    @staticmethod
+    def resident():
+        pages = int(pathlib.Path("/proc/self/statm").read_text().split()[1])
+        return pages * os.sysconf("SC_PAGE_SIZE")
+
+    def assert_does_not_grow(self, function):
+        for _ in range(10):
+            function()
+        gc.collect()
+        before = self.resident()
+        for _ in range(100):
+            function()
+        gc.collect()
+        self.assertLess(self.resident() - before, 30 * self.SIZE)
+
+    def test_values_are_freed(self):
+        text, raw, numbers = "x" * self.SIZE, b"x" * self.SIZE, tessaret.Array(b"x" * self.SIZE, lower=(1,))
+        with package.new_echo() as echo:
+            def put_text():
+                echo.Text = text
+            put_text()
+            for name, function in (("text", lambda: echo.Echo(text)), ("put", put_text), ("get", lambda: echo.Text),
+                                   ("bytes", lambda: echo.Echo(raw)), ("array", lambda: echo.Echo(numbers)), ("cell", lambda: echo.Cell(1)),
+                                   ("view", lambda: echo.Echo(numbers).memory)):
+                with self.subTest(name):
+                    self.assert_does_not_grow(function)
+
+    def test_values_of_events_are_freed(self):
+        values = ["x" * self.SIZE, b"x" * self.SIZE, tessaret.Array(b"x" * self.SIZE, lower=(1,))]
+        with package.new_echo() as echo:
+            echo.on("OnTold", lambda number, value, source: None)
+            for value in values:
+                with self.subTest(type(value)):
+                    self.assert_does_not_grow(lambda value=value: echo.Tell(1, value))
+
+    def test_connections_and_objects_are_freed(self):
+        raw = b"x" * self.SIZE
+
+        def connect():
+            echo = package.new_echo()
+            echo.on("OnNothing", lambda: (echo, raw + b"y"))
+            echo.Text = "x" * self.SIZE
+            echo.Friend = echo.Another()
+        self.assert_does_not_grow(lambda: (connect(), gc.collect()))
+
+
 class Threads(package.PackageTest):
     def run_all(self, *works):
         failures = []
@@ -161,7 +214,7 @@ class Threads(package.PackageTest):
     def test_words_of_failures_belong_to_their_thread(self):
         def work():
             with package.new_echo() as echo:
-                for number in range(200):
+                for number in range(100):
                     words = f"{threading.get_ident()} {number}"
                     try:
                         echo.Fail(0x80020009 - 2**32, words)

@@ -82,6 +82,7 @@ class Numbers(EchoTest):
         self.assertEqual(self.echo.Long, 12)
         self.echo.Long = True
         self.assertEqual(self.echo.Long, 1)
+        self.assertEqual(self.echo.Mix("1", True)[0], 2.0)
         self.echo.Double = "1e3"
         self.assertEqual(self.echo.Double, 1000.0)
         self.echo.Double = decimal.Decimal("0.5")
