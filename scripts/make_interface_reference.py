@@ -21,7 +21,7 @@ INTRODUCTION = """# Interfaces
 Every class of the library with its interfaces, as hosts meet them that call members by name: from C (`tessaret.h`), from Python, or
 through `IDispatch`. C++ programs include the header that stands above each interface and find the same members with the same words there.
 How a member is used stands before its name: **get**, **put** and **putref** are properties, all others methods. `long` has 32 bits,
-`short` 16; `any` is a value of any type; what stands behind the arrow is what a call gives back. `docs/user-guide.md` has examples.
+`short` 16; a `Handle` is the number of a drawing surface or a window; `any` is a value of any type; what stands behind the arrow is what a call gives back. `docs/user-guide.md` has examples.
 
 This file is made by `scripts/make_interface_reference.py`.
 """

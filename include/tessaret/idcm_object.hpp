@@ -97,8 +97,8 @@ class IDCMObject : public IDispatch {
   virtual Status RemoveSequence(std::int32_t Group, std::int32_t Element, std::int32_t Idx,
                                 Result<VariantBool> Removed) = 0;
 
-  /// Sends the data set to a remote node with C-STORE. Not available in this version: kNotImplemented, with words.
-  virtual Status Send(const String& host, std::int32_t port, const String& LocalAETitle,
+  /// Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words.
+  virtual Status Send(const String& host, const String& port, const String& LocalAETitle,
                       const String& RemoteAETitle, Optional<VariantBool> GetOwnership,
                       Result<VariantBool> Sent) = 0;
 

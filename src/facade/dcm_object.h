@@ -49,7 +49,7 @@ class CDCMObject final
   Status RemoveVR(std::int32_t Group, std::int32_t Element, VariantBool* Removed) override;
   Status RemoveSequence(std::int32_t Group, std::int32_t Element, std::int32_t Idx,
                         VariantBool* Removed) override;
-  Status Send(const String& host, std::int32_t port, const String& LocalAETitle,
+  Status Send(const String& host, const String& port, const String& LocalAETitle,
               const String& RemoteAETitle, VariantBool GetOwnership, VariantBool* Sent) override;
   Status PutVRRawString(std::int32_t Group, std::int32_t Elem, const String& TypeCode,
                         const String& val) override;

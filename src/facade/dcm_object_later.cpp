@@ -12,7 +12,7 @@ Status NotAvailable() {
 
 }  // namespace
 
-Status CDCMObject::Send(const String&, std::int32_t, const String&, const String&, VariantBool,
+Status CDCMObject::Send(const String&, const String&, const String&, const String&, VariantBool,
                         VariantBool*) {
   return NotAvailable();
 }

@@ -495,8 +495,8 @@ class IDCMObject(Object):
         """Does nothing. `Removed` is never written."""
         ...
 
-    def Send(self, host: str | PathLike[str] | None, port: int, LocalAETitle: str | PathLike[str] | None, RemoteAETitle: str | PathLike[str] | None, GetOwnership: bool | None = ...) -> bool:
-        """Sends the data set to a remote node with C-STORE. Not available in this version: kNotImplemented, with words."""
+    def Send(self, host: str | PathLike[str] | None, port: str | PathLike[str] | None, LocalAETitle: str | PathLike[str] | None, RemoteAETitle: str | PathLike[str] | None, GetOwnership: bool | None = ...) -> bool:
+        """Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words."""
         ...
 
     def PutVRRawString(self, Group: int, Elem: int, TypeCode: str | PathLike[str] | None, val: str | PathLike[str] | None) -> bool:

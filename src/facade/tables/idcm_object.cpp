@@ -64,7 +64,7 @@ constexpr MemberInfo kMembers[] = {
         "rest untouched."},
 {"RemoveVR", MemberKind::kMethod, kArguments12.data(), kArguments12.size(), "Removes an element. `Removed` is never written."},
 {"RemoveSequence", MemberKind::kMethod, kArguments13.data(), kArguments13.size(), "Does nothing. `Removed` is never written."},
-{"Send", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Sends the data set to a remote node with C-STORE. Not available in this version: kNotImplemented, with words."},
+{"Send", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words."},
 {"PutVRRawString", MemberKind::kMethod, kArguments15.data(), kArguments15.size(), "Replaces the whole value of an element by `val`, a byte a character, as it is: nothing is padded or cut. The element is added where\n"
         "there is none. TypeCode counts for an element without a type. kException \"No data object\"."},
 {"GetVRRawString", MemberKind::kMethod, kArguments16.data(), kArguments16.size(), "The whole value of an element as text, padding and backslashes included; \"\" where there is none. `TypeCode` is never written.\n"
