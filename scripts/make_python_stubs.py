@@ -17,7 +17,9 @@ GENERAL = STUB.with_name("_general.pyi.in")
 TYPES = {"std::int16_t": "int", "std::int32_t": "int", "std::uint8_t": "int", "std::uint16_t": "int", "Handle": "int", "float": "float",
          "double": "float", "Date": "datetime", "VariantBool": "bool", "String": "str", "Variant": "Any",
          # Their stand-ins for calls by name.
-         "DICOMObject": "IDataSetHandle", "_VR_RECORD_TYPE": "IVRRecord"}
+         "DICOMObject": "IDataSetHandle", "_VR_RECORD_TYPE": "IVRRecord",
+         # Any object at all.
+         "IDispatch": "Object"}
 TAKEN = {"str": "str | PathLike[str] | None", "float": "float", "datetime": "date", "Any": "Any"}
 ANSWERED = ("kInOut", "kOut")
 
@@ -26,7 +28,7 @@ def type_of(text, enumerations):
     name = re.sub(r"^const |[ *&]+$", "", text)
     if name in TYPES:
         return TYPES[name]
-    if name in enumerations or re.fullmatch(r"_?I\w+", name):
+    if name in enumerations or re.fullmatch(r"I\w+", name):
         return name
     raise SystemExit(f"no Python type for {text!r}")
 
@@ -39,7 +41,8 @@ class Function:
         self.given = [(self.name_of(p.name), self.taken(p, enumerations), p.flow == "kOptional") for p in member.parameters
                       if p.flow not in ("kOut", "kResult")]
         answers = [p for p in member.parameters if p.flow == "kResult"] + [p for p in member.parameters if p.flow in ANSWERED]
-        self.answers = [type_of(p.type, enumerations) for p in answers]
+        # What an object of any kind can do nobody knows beforehand.
+        self.answers = [{"Object": "Any"}.get(name, name) for name in (type_of(p.type, enumerations) for p in answers)]
 
     @staticmethod
     def name_of(name):
@@ -50,7 +53,7 @@ class Function:
         name = type_of(parameter.type, enumerations)
         if name in enumerations:
             return f"{name} | int"
-        return f"{name} | None" if re.match("_?I[A-Z]", name) and name != "IntEnum" else TAKEN.get(name, name)
+        return f"{name} | None" if re.match("I[A-Z]|Object$", name) else TAKEN.get(name, name)
 
     def parameters(self):
         parts, may_be_left = ["self"], False

@@ -48,7 +48,7 @@ class Parameter:
     @property
     def annotation(self):
         if self.type == _library.OBJECT:
-            return repr(self.interface)
+            return "Any" if self.interface in ("", "IDispatch") else repr(self.interface)
         return self.enumeration.__name__ if self.enumeration else ANNOTATIONS.get(self.type, "Any")
 
 

@@ -42,6 +42,8 @@ class IEcho : public IDispatch {
                           Optional<std::int32_t> Layer, const Variant& newVal) = 0;
   virtual Status get_Lonely(std::int32_t Index, Result<std::int32_t> pVal) = 0;
   virtual Status put_Deaf(std::int32_t Index, std::int32_t newVal) = 0;
+  virtual Status get_Voxel(Result<std::int32_t> pVal) = 0;
+  virtual Status put_Voxel(std::int32_t newVal) = 0;
   virtual Status Echo(const Variant& value, Result<Variant> pVal) = 0;
   virtual Status TypeOf(const Variant& value, Result<std::int32_t> tag) = 0;
   virtual Status SignedByte(std::int32_t number, Result<Variant> pVal) = 0;
@@ -91,6 +93,10 @@ constexpr auto kGetLonely =
     Signature<decltype(&IEcho::get_Lonely)>::Describe({{{"Index"}, {"pVal", Flow::kResult}}});
 constexpr auto kPutDeaf =
     Signature<decltype(&IEcho::put_Deaf)>::Describe({{{"Index"}, {"newVal"}}});
+constexpr auto kGetVoxel = Signature<decltype(&IEcho::get_Voxel)>::Describe(
+    {{{"pVal", Flow::kResult, 0, "_EnumVoxelType"}}});
+constexpr auto kPutVoxel = Signature<decltype(&IEcho::put_Voxel)>::Describe(
+    {{{"newVal", Flow::kIn, 0, "_EnumVoxelType"}}});
 constexpr auto kMix = Signature<decltype(&IEcho::Mix)>::Describe({{{"a", Flow::kInOut},
                                                                    {"b"},
                                                                    {"c", Flow::kOut},
@@ -153,6 +159,8 @@ constexpr MemberInfo kMembers[] = {
     Row("Cell", kPutCell, Kind::kPut, "Fills a cell."),
     Row("Lonely", kGetLonely, Kind::kGet),
     Row("Deaf", kPutDeaf, Kind::kPut),
+    Row("Voxel", kGetVoxel, Kind::kGet),
+    Row("Voxel", kPutVoxel, Kind::kPut),
     Turns<&IEcho::Echo>("Echo"),
     Turns<&IEcho::TypeOf>("TypeOf"),
     Turns<&IEcho::SignedByte>("SignedByte"),
@@ -180,7 +188,8 @@ constexpr MemberCall kCalls[] = {
     &CallMember<&IEcho::get_Friend>,    &CallMember<&IEcho::put_Friend>,
     &CallMember<&IEcho::putref_Friend>, &CallMember<&IEcho::get_Cell>,
     &CallMember<&IEcho::put_Cell>,      &CallMember<&IEcho::get_Lonely>,
-    &CallMember<&IEcho::put_Deaf>,      &CallMember<&IEcho::Echo>,
+    &CallMember<&IEcho::put_Deaf>,      &CallMember<&IEcho::get_Voxel>,
+    &CallMember<&IEcho::put_Voxel>,     &CallMember<&IEcho::Echo>,
     &CallMember<&IEcho::TypeOf>,        &CallMember<&IEcho::SignedByte>,
     &CallMember<&IEcho::IsNull>,        &CallMember<&IEcho::Mix>,
     &CallMember<&IEcho::LeaveAlone>,    &CallMember<&IEcho::Outs>,
@@ -262,6 +271,8 @@ class EchoObject final : public ComponentObject<CallableByName<IEcho>, EventSour
   Status put_Deaf(std::int32_t Index, std::int32_t newVal) override {
     return Take(Index + newVal, long_);
   }
+  Status get_Voxel(std::int32_t* pVal) override { return Give(long_, pVal); }
+  Status put_Voxel(std::int32_t newVal) override { return Take(newVal, long_); }
   Status Echo(const Variant& value, Variant* pVal) override { return Give(value, pVal); }
   Status TypeOf(const Variant& value, std::int32_t* tag) override {
     return Give(std::int32_t{value.Tag()}, tag);

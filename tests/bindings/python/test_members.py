@@ -9,7 +9,7 @@ import package
 package.use_library("tessaret_echo")
 
 import tessaret
-from tessaret import _library
+from tessaret import _enumerations, _library
 
 
 class Members(package.PackageTest):
@@ -143,6 +143,27 @@ class Members(package.PackageTest):
         self.assertRegex(repr(self.echo), r"^<tessaret\.IEcho at 0x[0-9a-f]+>$")
         self.assertEqual(type(self.echo).__name__, "IEcho")
         self.assertIsInstance(self.echo, tessaret.Object)
+
+
+@unittest.skipUnless(_enumerations.classes, "this library does not list its enumerations yet")
+class Enumerations(package.PackageTest):
+    def test_their_values_are_there_by_name(self):
+        # As include/tessaret/voxel_type.hpp has them.
+        names = ["SHORT_VOXEL", "USHORT_VOXEL", "UCHAR_VOXEL", "FLOAT_VOXEL", "LONG_VOXEL", "ULONG_VOXEL"]
+        self.assertEqual([int(getattr(tessaret, name)) for name in names], list(range(6)))
+        self.assertEqual([member.name for member in tessaret._EnumVoxelType], names)
+        self.assertIs(tessaret._EnumVoxelType(3), tessaret.FLOAT_VOXEL)
+        self.assertTrue({"FLOAT_VOXEL", "_EnumVoxelType", "create"} <= set(dir(tessaret)))
+
+    def test_members_of_their_type_give_and_take_them(self):
+        with package.new_echo() as echo:
+            echo.Voxel = tessaret.LONG_VOXEL
+            self.assertIs(echo.Voxel, tessaret.LONG_VOXEL)
+            echo.Voxel = 1
+            self.assertIs(echo.Voxel, tessaret.USHORT_VOXEL)
+            echo.Voxel = 77  # a number that the package does not know stays a number
+            self.assertEqual((type(echo.Voxel), echo.Voxel), (int, 77))
+            self.assertEqual(inspect.signature(type(echo).Voxel.fget).return_annotation, tessaret._EnumVoxelType)
 
 
 class Failures(package.PackageTest):
