@@ -853,11 +853,11 @@ class IDCMOblique(Object):
         ...
 
     @property
-    def Lut(self) -> IDispatch:
+    def Lut(self) -> Any:
         """The colour lookup, or null. The caller gets a reference of its own."""
         ...
     @Lut.setter
-    def Lut(self, newVal: IDispatch | None) -> None:
+    def Lut(self, newVal: Object | None) -> None:
         """Sets it, with a reference of its own. Fails with "No ILut interface"."""
         ...
 
@@ -907,11 +907,11 @@ class IDCMOblique(Object):
         ...
 
     @property
-    def MergeLut(self) -> IDispatch:
+    def MergeLut(self) -> Any:
         """That lookup, or null. The caller gets a reference of its own."""
         ...
     @MergeLut.setter
-    def MergeLut(self, newVal: IDispatch | None) -> None:
+    def MergeLut(self, newVal: Object | None) -> None:
         """Its colour lookup, with a reference of its own. kNoInterface for an object that is no ILut."""
         ...
 
@@ -972,7 +972,7 @@ class IDCMOblique(Object):
         ...
 
     @property
-    def Picture(self) -> IDispatch:
+    def Picture(self) -> Any:
         """What the control shows, as a picture with 24 bits a pixel. New, with a reference for the caller. Fails with
         "DCMOblique.get_Picture():" and "Cannot get Window DC", "Cannot create Comtible Window DC" or "Cannot allocate compatible pixmap".
         """
@@ -1490,7 +1490,7 @@ class IImageModule(Object):
         """
         ...
 
-    def ApplyLUT(self, Lut: IDispatch | None) -> bool:
+    def ApplyLUT(self, Lut: Object | None) -> bool:
         """Turns gray into colours by an ILut, which is told the range that BitsStored can hold. Null does nothing."""
         ...
 
@@ -1518,7 +1518,7 @@ class IImageModule(Object):
         """1 or 0; 1 in a new image."""
         ...
 
-    def MergeOnDIB(self, hDIB: int, Idx: int, x: int, y: int, viewPars: IDispatch | None, mergeType: _EnumMergeType | int, trasp: float, mask: Any = ...) -> Any:
+    def MergeOnDIB(self, hDIB: int, Idx: int, x: int, y: int, viewPars: Object | None, mergeType: _EnumMergeType | int, trasp: float, mask: Any = ...) -> Any:
         """Draws the first frame over the bitmap `hDIB`, which has 32 bits a pixel and stays the caller's. `viewPars` says what is in view, with
         which window and colours; without an ILut there gray is drawn as red. `trasp` is how much it covers, from 0 to 1. Samples of 0
         cover nothing. The other arguments change nothing, and `pVal` is not written.
@@ -1588,11 +1588,11 @@ class IViewParameters(Object):
     or bitmap that it is shown in. Nothing is checked: a window without a width has an infinite zoom.
     """
     @property
-    def Lut(self) -> IDispatch:
+    def Lut(self) -> Any:
         """The colour lookup, or null. The caller gets a reference of its own."""
         ...
     @Lut.setter
-    def Lut(self, newVal: IDispatch | None) -> None:
+    def Lut(self, newVal: Object | None) -> None:
         """Sets it, with a reference of its own; null takes it away. Any object that can be called by name is accepted here; whether it is
         an ILut counts where the view is drawn. kNoInterface for others.
         """
@@ -1794,7 +1794,7 @@ class IViewParameters(Object):
         """
         ...
 
-    def copy(self, pViewPars: IDispatch | None) -> bool:
+    def copy(self, pViewPars: Object | None) -> bool:
         """Takes over all of another view but its Flip, whose effect is in the matrix; its Lut is shared. Fails with "CViewParameter::Copy:
         Bad source" for null and for an object that is no IViewParameters.
         """
