@@ -318,7 +318,7 @@ class Later(DataSetTest):
     def test_members_that_are_still_to_come_say_so(self):
         words = "This is not available in this version"
         other = tessaret.create("Tessaret.DCMObject")
-        for function, arguments in ((self.object.Send, ("host", 104, "ME", "YOU")), (self.object.Send, ("host", 104, "ME", "YOU", True)),
+        for function, arguments in ((self.object.Send, ("host", "104", "ME", "YOU")), (self.object.Send, ("host", "104", "ME", "YOU", True)),
                                     (self.object.IntersectPlane, (other, True)), (self.object.CreateSecondaryCapture, (other, None)),
                                     (self.object.AddOverlay, (0, 0, 1, 1, "G", "overlay"))):
             with self.subTest(function.__name__):
