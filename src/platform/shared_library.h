@@ -6,7 +6,8 @@
 
 namespace tessaret {
 
-/// Holds one library loaded, or none. Loading and unloading run code of the library: what it throws then ends the process.
+/// Holds one library loaded, or none. Loading and unloading run code of the library: what it throws then ends the process, and a
+/// thread that is to be cancelled lives on for so long.
 class SharedLibrary {
  public:
   SharedLibrary() = default;

@@ -1,7 +1,11 @@
 #include "platform/shared_library.h"
 
+#include <pthread.h>
+
+#include <atomic>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <utility>
 
 #include <gtest/gtest.h>
@@ -40,6 +44,27 @@ TEST(SharedLibrary, IsNeitherTheProgramNorWhatNoLibraryIs) {
   test::WriteText(folder.File("text.so"), "no library");
   EXPECT_FALSE(SharedLibrary::Load(folder.File("text.so")).IsLoaded());
   EXPECT_FALSE(SharedLibrary::Load(folder.Path().string()).IsLoaded());
+}
+
+std::string CancelledModulePath() {
+  return (std::filesystem::path(test::kBinaryDir) / "lib/cancelled_module.so").string();
+}
+
+TEST(SharedLibrary, AThreadThatIsCancelledEndsBehindWhatTheLibraryRuns) {
+  std::atomic<bool> unloaded = false;
+  std::thread worker([&unloaded] {
+    ::pthread_cancel(::pthread_self());  // takes place where the next call lets it
+    SharedLibrary library = SharedLibrary::Load(CancelledModulePath());
+    if (!library.IsLoaded()) return;
+    library.Unload();
+    unloaded = true;
+    ::pthread_testcancel();
+    unloaded = false;
+  });
+  worker.join();
+  EXPECT_TRUE(unloaded) << "neither loading nor unloading was left early";
+  // The loader is still good for others.
+  EXPECT_TRUE(SharedLibrary::Load(CancelledModulePath()).IsLoaded());
 }
 
 TEST(SharedLibrary, MovesWithItsHolder) {
