@@ -34,7 +34,11 @@ class CodecConversion {
 
   /// The table must live longer.
   void SetOffsetTable(const VR* table) { offsetTable_ = table; }
-  void SetFrame(std::uint32_t index) { frame_ = index; }
+  /// What comes next is about this frame; words about an earlier one are forgotten.
+  void SetFrame(std::uint32_t index) {
+    frame_ = index;
+    words_.clear();
+  }
   [[nodiscard]] CodecFrame Frame() const;
 
   /// Gives the element a copy of the bytes, remembering what it was. False for elements that codecs may not change. Throws

@@ -100,6 +100,14 @@ TEST(CodecContract, AFrameIsToldByItsNumber) {
   EXPECT_EQ(tessaret_codec_frame(&test::PixelsOf(*made.object), &frame), 0);
 }
 
+TEST(CodecContract, WordsAboutAFrameThatWentWellAreNotThoseOfTheNext) {
+  MadeConversion made;
+  tessaret_codec_fail("a doubt");
+  EXPECT_EQ(made.conversion.Words(), "a doubt");
+  made.conversion.SetFrame(1);
+  EXPECT_EQ(made.conversion.Words(), "");
+}
+
 TEST(CodecContract, AnElementThatIsSetIsMadeEvenByItsType) {
   MadeConversion made;
   DICOMObject* object = made.object.get();
