@@ -8,9 +8,10 @@
 /// and beside the library itself, then by the loader.
 ///
 /// Threads: entry points are called by one thread at a time. So is a codec object: the engine holds all other threads back
-/// while it converts the frames of one data set, from the first to the last. Where the props of the syntax have
-/// TESSARET_CODEC_CONCURRENT any number of threads call the one object at once, each with a data set of its own; such a codec
-/// tells its failures by tessaret_codec_fail, for ErrorText is then neither read nor written by the engine.
+/// while it converts the frames of one data set, from the first to the last, also where the object serves several syntaxes.
+/// Where the props of the syntax have TESSARET_CODEC_CONCURRENT any number of threads call the one object at once, each with a
+/// data set of its own; such a codec tells its failures by tessaret_codec_fail, for ErrorText is then neither read nor written
+/// by the engine.
 ///
 /// A codec may throw C++ exceptions: each is a failure. It never calls the engine or the classes of the library.
 ///
@@ -128,7 +129,8 @@ TESSARET_CODEC_EXPORT uint32_t DcmGetCodecCount(void);
 TESSARET_CODEC_EXPORT CodecBool DcmGetCodecProps(uint32_t index, CodecProps* props);
 
 /// The codec object for the syntax of this index, which stays the library's until it comes back by DcmFreeCodec; null where it
-/// cannot be had. One object at a time is asked for each syntax and serves all engines.
+/// cannot be had. One object at a time is asked for each syntax and serves all engines. It may be the same for several syntaxes;
+/// then it comes back once for each.
 TESSARET_CODEC_EXPORT DcmCodec* DcmGetCodec(uint32_t index);
 
 /// Takes back what DcmGetCodec gave, once. The library is unloaded next.

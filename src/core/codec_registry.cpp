@@ -71,12 +71,22 @@ CodecEntry* CodecRegistry::Find(std::string_view uid) {
   return found == entries_.end() ? nullptr : &found->second;
 }
 
+std::shared_ptr<std::mutex> CodecRegistry::LockOf(const DcmCodec* codec,
+                                                  std::shared_ptr<std::mutex> fresh) const {
+  for (const auto& [uid, entry] : entries_) {
+    if (entry.Codec == codec) return entry.Calls;
+  }
+  return fresh;
+}
+
 bool CodecRegistry::Acquire(CodecEntry& entry) {
   const std::lock_guard lock(mutex_);
   if (entry.Codec == nullptr) {
+    auto calls = std::make_shared<std::mutex>();
     SharedLibrary module = places_.load(entry.LibraryName);
     const LoadedCodec loaded = GetCodec(module, entry.Index);
     if (loaded.codec == nullptr) return false;
+    entry.Calls = LockOf(loaded.codec, std::move(calls));
     entry.Module = std::move(module);
     entry.Codec = loaded.codec;
     entry.FreeCodec = loaded.free;
@@ -89,6 +99,7 @@ void CodecRegistry::Release(CodecEntry& entry) noexcept {
   const std::lock_guard lock(mutex_);
   if (--entry.UseCount > 0) return;
   FreeCodec({std::exchange(entry.Codec, nullptr), std::exchange(entry.FreeCodec, nullptr)});
+  entry.Calls.reset();
   entry.Module.Unload();
 }
 

@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -36,8 +37,9 @@ struct CodecEntry {
   decltype(DcmFreeCodec)* FreeCodec = nullptr;
   std::uint32_t UseCount = 0;  // engines that hold the codec
 
-  std::mutex
-      Calls;  // held while frames of one data set are converted, unless the codec is concurrent
+  // Held while frames of one data set are converted, unless the codec is concurrent. One for all syntaxes that have this
+  // codec object.
+  std::shared_ptr<std::mutex> Calls;
 };
 
 /// Where codec libraries are found.
@@ -73,6 +75,9 @@ class CodecRegistry {
  private:
   void TakeCensus();
   void Enumerate(const std::string& name, Map& entries) const;
+  /// The lock of an entry that has this codec object already, otherwise `fresh`.
+  std::shared_ptr<std::mutex> LockOf(const DcmCodec* codec,
+                                     std::shared_ptr<std::mutex> fresh) const;
 
   CodecPlaces places_;
   std::mutex mutex_;

@@ -120,7 +120,7 @@ void NameNativeSyntax(DICOMObject& object, std::string_view uid) {
 /// Keeps other threads off the codec while the frames of one data set are converted.
 std::unique_lock<std::mutex> LockFor(CodecEntry& entry) {
   return entry.IsConcurrent() ? std::unique_lock<std::mutex>()
-                              : std::unique_lock<std::mutex>(entry.Calls);
+                              : std::unique_lock<std::mutex>(*entry.Calls);
 }
 
 /// Words when frames of these sizes cannot be converted.

@@ -131,6 +131,23 @@ TEST(CodecRegistry, LoadsACodecForItsFirstUserAndUnloadsItBehindTheLast) {
   codecs.registry.Release(entry);
 }
 
+TEST(CodecRegistry, SyntaxesThatShareACodecShareItsLock) {
+  TestCodecs codecs("one_object_codec.so", "toy_codec.so");
+  CodecEntry& first = *codecs.registry.Find("1.2.999.5.0");
+  CodecEntry& second = *codecs.registry.Find("1.2.999.5.1");
+  CodecEntry& toy = *codecs.registry.Find(test::kToy);
+  for (CodecEntry* entry : {&first, &second, &toy}) ASSERT_TRUE(codecs.registry.Acquire(*entry));
+  ASSERT_NE(first.Calls, nullptr);
+  EXPECT_EQ(second.Calls, first.Calls);
+  EXPECT_NE(toy.Calls, first.Calls);
+  codecs.registry.Release(first);
+  EXPECT_EQ(first.Calls, nullptr);
+  EXPECT_NE(second.Calls, nullptr) << "the other one is still in use";
+  ASSERT_TRUE(codecs.registry.Acquire(first));
+  EXPECT_EQ(first.Calls, second.Calls);
+  for (CodecEntry* entry : {&first, &second, &toy}) codecs.registry.Release(*entry);
+}
+
 TEST(CodecRegistry, ACodecThatCannotBeHadLeavesNothingBehind) {
   TestCodecs codecs("bad_codec.so", "listing_codec.so");
   for (const std::string& uid : {test::BadUid(5), test::BadUid(6), test::BadUid(7), test::BadUid(8),

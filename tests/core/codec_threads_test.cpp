@@ -65,6 +65,21 @@ TEST(CompEngineThreads, ACodecServesOneDataSetAtATime) {
   EXPECT_EQ(MostInside(test::BadUid(13)), 1);
 }
 
+TEST(CompEngineThreads, AnObjectThatServesTwoSyntaxesServesOneDataSetAtATime) {
+  test::TestCodecs codecs("one_object_codec.so");
+  std::atomic<int> turn = 0;
+  std::atomic<int> wrong = 0;
+  InThreads([&] {
+    const std::string syntax = "1.2.999.5." + std::to_string(turn++ % 2);
+    for (int round = 0; round < 50; ++round) {
+      const auto object = test::NewCompressed(100, syntax, 1);
+      DcmCompEngine engine(codecs.registry);
+      if (!engine.Decompress(object.get(), nullptr, nullptr)) ++wrong;
+    }
+  });
+  EXPECT_EQ(wrong, 0);
+}
+
 TEST(CompEngineThreads, AConcurrentCodecIsCalledByAllAtOnce) {
   const int most = MostInside(test::BadUid(14));
   EXPECT_GE(most, 1);
