@@ -38,7 +38,9 @@ CodecPlaces CodecPlaces::OfThisProcess() {
   if (std::string code = CodeDirectory(); code != directories.front()) {
     directories.push_back(std::move(code));
   }
-  return {ProgramDirectory() + kCodecListFile,
+  // Without a directory it would be a file of the working directory, where anybody may have put it.
+  const std::string program = ProgramDirectory();
+  return {program.empty() ? std::string() : program + kCodecListFile,
           [places = std::move(directories)](const std::string& name) {
             return LoadCodecLibrary(places, name);
           }};

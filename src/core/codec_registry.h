@@ -47,7 +47,7 @@ struct CodecPlaces {
   /// That of the library's own process.
   static CodecPlaces OfThisProcess();
 
-  std::string listFile;  // its lines name further libraries; need not be there
+  std::string listFile;  // its lines name further libraries; need not be there, empty for none
   std::function<SharedLibrary(const std::string& name)> load;  // nothing loaded where there is none
 };
 

@@ -3,6 +3,8 @@
 #include <dlfcn.h>
 
 #include <cstdlib>
+#include <filesystem>
+#include <system_error>
 
 #include "platform/file_calls.h"
 
@@ -41,11 +43,10 @@ std::string CodeDirectory() {
 }
 
 std::string ProgramDirectory() {
-  char* resolved = ::realpath("/proc/self/exe", nullptr);
-  if (resolved == nullptr) return "./";
-  std::string directory = CutAfterLastSeparator(resolved);
-  std::free(resolved);
-  return directory;
+  // Only read, not resolved: the file may be deleted or replaced while it runs, and the link still tells where it was.
+  std::error_code unknown;
+  const std::filesystem::path program = std::filesystem::read_symlink("/proc/self/exe", unknown);
+  return program.is_absolute() ? CutAfterLastSeparator(program.string()) : std::string();
 }
 
 std::string ModuleDirectory() {

@@ -14,7 +14,8 @@ std::string ModuleDirectory();
 /// The directory of the file that this code was loaded from, ending in "/".
 std::string CodeDirectory();
 
-/// The directory of the program that this process runs, ending in "/"; "./" where the system does not tell.
+/// The directory of the program that this process runs, ending in "/", also when the program's file is gone meanwhile; empty where
+/// the system does not tell.
 std::string ProgramDirectory();
 
 }  // namespace tessaret
