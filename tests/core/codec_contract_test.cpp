@@ -8,6 +8,7 @@
 
 #include "core/codec_conversion.h"
 #include "core/codec_helpers.h"
+#include "support/allocation_failure.h"
 #include "tessaret/codec.h"
 
 namespace tessaret {
@@ -121,11 +122,38 @@ TEST(CodecContract, AnElementThatIsSetIsMadeEvenByItsType) {
   EXPECT_EQ(set(type_code::OB, 1), std::string("1\0", 2));
   EXPECT_EQ(set(type_code::LO, 2), "1.");
   EXPECT_EQ(set(0, 3), "1.2 ") << "the type stays";
+  EXPECT_EQ(object->GetVR(0x0028, 0x2112)->TypeCode, type_code::LO) << "of the last one named";
   EXPECT_EQ(set(type_code::LO, 0), "");
   EXPECT_EQ(tessaret_codec_set(object, 0x0029, 0x0001, 0, nullptr, 0), 1);
   EXPECT_EQ(object->GetVR(0x0029, 0x0001)->TypeCode, type_code::UN);
   EXPECT_EQ(tessaret_codec_set(test::NewImage(1).get(), 0x0028, 0x0004, 0, bytes, 2), 0)
       << "another object";
+}
+
+TEST(CodecContract, TextIsMadeEvenByABlankAndAllElseByANul) {
+  MadeConversion made;
+  const auto padOf = [&](char first, char second) {
+    const std::uint8_t bytes[] = {'1'};
+    EXPECT_EQ(tessaret_codec_set(made.object.get(), 0x0029, 0x0001, MakeTypeCode(first, second),
+                                 bytes, 1),
+              1);
+    return test::TextAt(*made.object, MakeTagKey(0x0029, 0x0001));
+  };
+  // DICOM PS3.5, 6.2: what is padded with a space; UI has a NUL, and what is no text too.
+  for (const char* type : {"AE", "AS", "CS", "DA", "DS", "DT", "IS", "LO", "LT", "PN", "SH", "ST",
+                           "TM", "UC", "UR", "UT"}) {
+    EXPECT_EQ(padOf(type[0], type[1]), "1 ") << type;
+  }
+  for (const char* type : {"UI", "OB", "UN", "OW"}) {
+    EXPECT_EQ(padOf(type[0], type[1]), std::string("1\0", 2)) << type;
+  }
+}
+
+TEST(CodecContract, WordsThatMemoryCannotHoldAreLost) {
+  MadeConversion made;
+  const std::string words(1000, 'w');
+  test::FailEveryAllocation([&] { tessaret_codec_fail(words.c_str()); });
+  EXPECT_EQ(made.conversion.Words(), words) << "once there is memory";
 }
 
 TEST(CodecContract, AValueMayBeSetFromItself) {
@@ -164,6 +192,7 @@ TEST(CodecContract, ChangesAreTakenBackInWhateverOrderTheyCame) {
   VR* parsed = NewParsed("here");
   object->Push(parsed);
   const std::string before = test::Outline(*object);
+  const VrCode type = sequence->TypeCode;
   {
     CodecConversion conversion(CodecConversion::Kind::kDecompressing, *object, nullptr, 1);
     const std::uint8_t bytes[] = {1, 2, 3, 4};
@@ -176,7 +205,9 @@ TEST(CodecContract, ChangesAreTakenBackInWhateverOrderTheyCame) {
       }
     }
     EXPECT_EQ(sequence->ItemCount(), 0u);
+    EXPECT_EQ(sequence->TypeCode, type_code::OB);
   }
+  EXPECT_EQ(sequence->TypeCode, type);
   EXPECT_EQ(test::Outline(*object), before);
   EXPECT_EQ(sequence->ItemCount(), 1u);
   EXPECT_EQ(parsed->Data, parsed->Small) << "a short value lies in its own element again";

@@ -88,7 +88,16 @@ TEST(CodecLibrary, ListsNothingWhereItIsNoneNeverEndsOrThrows) {
   EXPECT_TRUE(SyntaxesIn("no_codec.so").empty());
   EXPECT_TRUE(SyntaxesIn("endless_codec.so").empty());
   EXPECT_TRUE(SyntaxesIn("throwing_codec.so").empty());
+  EXPECT_TRUE(SyntaxesIn("countless_codec.so").empty()) << "without DcmGetCodecCount";
   EXPECT_EQ(SyntaxesIn("listing_codec.so").size(), 1u);
+}
+
+TEST(CodecLibrary, MayListAThousandSyntaxesEachWithPropsOfItsOwn) {
+  const std::vector<CodecProps> full = SyntaxesIn("full_codec.so");
+  ASSERT_EQ(full.size(), 1024u);
+  EXPECT_EQ(full[0].Flags, TESSARET_CODEC_NATIVE);
+  EXPECT_EQ(full[1].Flags, 0u) << "what is not filled in is 0";
+  EXPECT_EQ(UidOf(full[1023]), "1.2.999.4.4.1023");
 }
 
 TEST(CodecLibrary, GivesNoCodecWhereItHasNoneOrAnIncompleteOne) {
@@ -96,9 +105,12 @@ TEST(CodecLibrary, GivesNoCodecWhereItHasNoneOrAnIncompleteOne) {
   const SharedLibrary listing = LoadCodecLibrary({test::CodecFolder()}, "listing_codec.so");
   EXPECT_EQ(GetCodec(listing, 0).codec, nullptr);
   const SharedLibrary bad = LoadCodecLibrary({test::CodecFolder()}, "bad_codec.so");
-  for (const std::uint32_t index : {5u, 6u, 7u, 8u, 100u}) {
+  const SharedLibrary keeping = LoadCodecLibrary({test::CodecFolder()}, "keeping_codec.so");
+  EXPECT_EQ(GetCodec(keeping, 0).codec, nullptr) << "it is not even asked without DcmFreeCodec";
+  for (const std::uint32_t index : {5u, 6u, 7u, 8u, 100u, 101u, 102u}) {
     EXPECT_EQ(GetCodec(bad, index).codec, nullptr) << index;
   }
+  EXPECT_EQ(bad.FindFunction<int()>("CountIncompleteOnesGivenBack")(), 4);
   const LoadedCodec good = GetCodec(bad, 0);
   ASSERT_NE(good.codec, nullptr);
   FreeCodec(good);

@@ -1,6 +1,7 @@
 #include "core/codec_registry.h"
 
 #include <stdlib.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <memory>
@@ -202,6 +203,18 @@ TEST(CodecRegistry, OfThisProcessLooksBesideTheDataAndBesideTheProgram) {
     if (!engine.Compress(object.get(), test::kToy, nullptr)) return 3;
     return engine.Decompress(object.get(), nullptr, nullptr) ? 0 : 4;
   });
+  EXPECT_EQ(result, 0);
+}
+
+TEST(CodecRegistry, WhereTheProgramIsNotKnownTheWorkingDirectoryHasNoList) {
+  constexpr int kNotAllowed = 77;
+  const test::TempFolder root;  // there is no /proc below it
+  test::WriteText(root.File(kCodecListFile), "toy_codec.so");
+  const int result = test::RunInChild([&root] {
+    if (::chroot(root.Path().c_str()) != 0 || ::chdir("/") != 0) return kNotAllowed;
+    return CodecPlaces::OfThisProcess().listFile.empty() ? 0 : 1;
+  });
+  if (result == kNotAllowed) GTEST_SKIP() << "only the superuser can hide /proc";
   EXPECT_EQ(result, 0);
 }
 

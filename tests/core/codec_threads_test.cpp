@@ -65,19 +65,49 @@ TEST(CompEngineThreads, ACodecServesOneDataSetAtATime) {
   EXPECT_EQ(MostInside(test::BadUid(13)), 1);
 }
 
-TEST(CompEngineThreads, AnObjectThatServesTwoSyntaxesServesOneDataSetAtATime) {
+/// How often `work(engine, syntax)` fails where half of the threads have another syntax of the same codec object.
+template <class Work>
+int FailuresWithOneObject(Work work) {
   test::TestCodecs codecs("one_object_codec.so");
   std::atomic<int> turn = 0;
-  std::atomic<int> wrong = 0;
+  std::atomic<int> failures = 0;
+  testing::internal::CaptureStderr();
   InThreads([&] {
     const std::string syntax = "1.2.999.5." + std::to_string(turn++ % 2);
     for (int round = 0; round < 50; ++round) {
-      const auto object = test::NewCompressed(100, syntax, 1);
       DcmCompEngine engine(codecs.registry);
-      if (!engine.Decompress(object.get(), nullptr, nullptr)) ++wrong;
+      if (!work(engine, syntax)) ++failures;
     }
   });
-  EXPECT_EQ(wrong, 0);
+  testing::internal::GetCapturedStderr();
+  return failures;
+}
+
+TEST(CompEngineThreads, AnObjectThatServesTwoSyntaxesDecompressesOneDataSetAtATime) {
+  const int failures = FailuresWithOneObject([](DcmCompEngine& engine, const std::string& syntax) {
+    const auto object = test::NewCompressed(100, syntax, 1);
+    return engine.Decompress(object.get(), nullptr, nullptr);
+  });
+  EXPECT_EQ(failures, 0);
+}
+
+TEST(CompEngineThreads, AnObjectThatServesTwoSyntaxesCompressesOneDataSetAtATime) {
+  const int failures = FailuresWithOneObject([](DcmCompEngine& engine, const std::string& syntax) {
+    const auto object = test::NewImage(50);
+    return engine.Compress(object.get(), syntax.c_str(), nullptr);
+  });
+  EXPECT_EQ(failures, 0);
+}
+
+TEST(CompEngineThreads, AnObjectThatServesTwoSyntaxesIsAskedByOneThreadAtATime) {
+  const int failures = FailuresWithOneObject([](DcmCompEngine& engine, const std::string& syntax) {
+    const auto object = test::NewImage(1);
+    for (int question = 0; question < 50; ++question) {
+      if (!engine.CanCompress(object.get(), syntax.c_str(), nullptr)) return false;
+    }
+    return true;
+  });
+  EXPECT_EQ(failures, 0);
 }
 
 TEST(CompEngineThreads, AConcurrentCodecIsCalledByAllAtOnce) {

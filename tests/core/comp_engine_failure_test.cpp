@@ -93,6 +93,18 @@ TEST_F(FailingCodecs, WordsOfAnEarlierFailureDoNotComeAgain) {
             "The codec for transfer syntax [1.2.999.3.10] failed at frame 0");
 }
 
+TEST_F(FailingCodecs, WordsOfAnEarlierFailureDoNotComeWithAnotherOperation) {
+  EXPECT_EQ(WordsOfDecompress(10), std::string(TESSARET_CODEC_ERROR_SIZE, 'w'));
+  EXPECT_EQ(WordsOfCompress(10), "The codec for transfer syntax [1.2.999.3.10] failed at frame 0");
+}
+
+TEST_F(FailingCodecs, WordsOfAnEarlierFailureDoNotComeWithAnAnswer) {
+  EXPECT_EQ(WordsOfDecompress(10), std::string(TESSARET_CODEC_ERROR_SIZE, 'w'));
+  const auto object = test::NewImage(1);
+  EXPECT_FALSE(engine_.CanCompress(object.get(), BadUid(10).c_str(), nullptr));
+  EXPECT_EQ(engine_.ErrorText, "The object cannot be held in transfer syntax [1.2.999.3.10]");
+}
+
 TEST_F(FailingCodecs, WordsInAConcurrentCodecAreNobodysToRead) {
   EXPECT_EQ(WordsOfDecompress(16),
             "The codec for transfer syntax [1.2.999.3.16] failed at frame 0");

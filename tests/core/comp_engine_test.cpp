@@ -53,6 +53,8 @@ TEST_F(CompEngine, DecompressLeavesNativeSyntaxesAlone) {
   }
   EXPECT_TRUE(Decompress(*test::NewImage(1, "1.2.840.10008.1.2 "))) << "padded by a blank";
   EXPECT_TRUE(Decompress(*test::NewImage(1, std::string_view("1.2.840.10008.1.2\0", 18))));
+  EXPECT_TRUE(Decompress(*test::NewImage(1, std::string_view("1.2.840.10008.1.2\0junk", 22))))
+      << "what is behind a NUL does not count";
   DICOMObject empty;
   EXPECT_TRUE(Decompress(empty, kImplicit));
 }
@@ -216,6 +218,27 @@ TEST_F(CompEngine, WhatIsPushedAfterwardsNestsIntoTheLastElement) {
   const auto object = test::NewImage(1);
   ASSERT_TRUE(Compress(*object, test::kToy));
   EXPECT_EQ(object->LastPushedVR, &test::PixelsOf(*object));
+  VR* last = test::NewVR(MakeTagKey(0xFFFC, 0xFFFC), Bytes{0, 0}, type_code::OB);
+  object->Push(last);
+  ASSERT_TRUE(Decompress(*object));
+  EXPECT_EQ(object->LastPushedVR, last);
+}
+
+TEST_F(CompEngine, AnEvenNumberOfCharactersIsNamedWithoutANul) {
+  TestCodecs codecs("one_object_codec.so");
+  DcmCompEngine engine(codecs.registry);
+  const auto object = test::NewImage(1);
+  ASSERT_TRUE(engine.Compress(object.get(), "1.2.999.5.10", nullptr)) << engine.ErrorText;
+  EXPECT_EQ(test::SyntaxOf(*object), "1.2.999.5.10");
+}
+
+TEST_F(CompEngine, ACodecForImplicitLittleEndianLeavesTheSyntaxUnnamed) {
+  TestCodecs codecs("one_object_codec.so");
+  DcmCompEngine engine(codecs.registry);
+  const auto object = test::NewImage(1);
+  ASSERT_TRUE(engine.Compress(object.get(), kImplicit, nullptr)) << engine.ErrorText;
+  EXPECT_EQ(object->GetVR(0x0002, 0x0010), nullptr);
+  EXPECT_EQ(test::ItemsOf(*object).size(), 2u);
 }
 
 TEST_F(CompEngine, CompressToImplicitDropsTheSyntax) {

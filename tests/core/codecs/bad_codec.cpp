@@ -119,6 +119,10 @@ class Fails : public PlainCodec {
                             void*) override {
     return Fill();
   }
+  std::uint32_t CompressFrame(DICOMObject*, const char*, VR*, const ImageInfo*, const std::uint8_t*,
+                              void*) override {
+    return Fill();
+  }
   CodecBool Fill() {
     if (filling_ != 0) std::memset(ErrorText, std::exchange(filling_, '\0'), sizeof(ErrorText));
     return 0;
@@ -153,7 +157,12 @@ class Meddles : public PlainCodec {
 };
 
 /// Counts how many threads are in it at once; the highest number goes out by the progress.
+/// ErrorText starts with a text, of which the first character has to stay.
 class CountsThreads : public PlainCodec {
+ public:
+  explicit CountsThreads(const char* text) : first_(*text) { std::strcpy(ErrorText, text); }
+
+ private:
   CodecBool DecompressFrame(DICOMObject*, const char*, VR* pixels, const ImageInfo*, std::uint8_t*,
                             void* progress) override {
     auto* highest = static_cast<std::atomic<int>*>(progress);
@@ -165,20 +174,25 @@ class CountsThreads : public PlainCodec {
     } else if (IndexOf(pixels) == 9) {
       --inside_;
     }
-    return 1;
+    return ErrorText[0] == first_ ? 1 : 0;
   }
   std::atomic<int> inside_ = 0;
+  char first_;
 };
 
-/// What C could hand out: a table without its last function.
+/// What C could hand out: tables that lack one function.
 struct IncompleteRecord {
   const void* const* table;
   std::uintptr_t reserved;
   char errorText[TESSARET_CODEC_ERROR_SIZE];
 };
-const void* const kIncompleteTable[] = {kBytes, kBytes, nullptr};
-IncompleteRecord incomplete{kIncompleteTable, 0, ""};
-IncompleteRecord without{nullptr, 0, ""};
+const void* const kTables[][3] = {
+    {kBytes, kBytes, nullptr}, {nullptr, kBytes, kBytes}, {kBytes, nullptr, kBytes}};
+IncompleteRecord incomplete[] = {
+    {kTables[0], 0, ""}, {nullptr, 0, ""}, {kTables[1], 0, ""}, {kTables[2], 0, ""}};
+int incompleteGivenBack = 0;
+
+DcmCodec* Incomplete(std::size_t which) { return reinterpret_cast<DcmCodec*>(&incomplete[which]); }
 
 struct Row {
   const char* uid;
@@ -226,9 +240,13 @@ DcmCodec* tessaret::DcmGetCodec(std::uint32_t index) {
     case 6:
       throw std::bad_alloc();
     case 7:
-      return reinterpret_cast<DcmCodec*>(&incomplete);
+      return Incomplete(0);
     case 8:
-      return reinterpret_cast<DcmCodec*>(&without);
+      return Incomplete(1);
+    case 101:
+      return Incomplete(2);
+    case 102:
+      return Incomplete(3);
     case 9:
       return new Fails('\0');
     case 10:
@@ -237,8 +255,9 @@ DcmCodec* tessaret::DcmGetCodec(std::uint32_t index) {
     case 11:
       return new WritesNothing;
     case 13:
+      return new CountsThreads("");
     case 14:
-      return new CountsThreads;
+      return new CountsThreads("nobody's but the codec's");
     case 15:
       return new Meddles;
     default:
@@ -248,6 +267,12 @@ DcmCodec* tessaret::DcmGetCodec(std::uint32_t index) {
 
 void tessaret::DcmFreeCodec(DcmCodec* codec) {
   const void* record = codec;
-  if (record == &incomplete || record == &without) throw std::bad_alloc();
+  for (const IncompleteRecord& each : incomplete) {
+    if (record != &each) continue;
+    ++incompleteGivenBack;
+    throw std::bad_alloc();
+  }
   delete static_cast<PlainCodec*>(codec);
 }
+
+extern "C" TESSARET_CODEC_EXPORT int CountIncompleteOnesGivenBack() { return incompleteGivenBack; }
