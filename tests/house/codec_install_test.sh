@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # Installs to an empty prefix, builds two codec libraries against what is installed, one in C and one in C++, and has a host in C
-# turn an image into their syntaxes and back. Needs TESSARET_BINARY_DIR and TESSARET_SOURCE_DIR.
+# turn an image into their syntaxes and back. The argument is the source of the host, beside this. Needs TESSARET_BINARY_DIR and
+# TESSARET_SOURCE_DIR.
 set -euo pipefail
 
 scratch="$(mktemp -d)"
@@ -28,7 +29,7 @@ codecs="$TESSARET_SOURCE_DIR/tests/core/codecs"
 cc -std=c11 "${warnings[@]}" -shared -fPIC "$codecs/toy_codec_c.c" "${flags[@]}" -Wl,-z,defs -o "$scratch/c.codec"
 c++ -std=c++20 "${warnings[@]}" -shared -fPIC "$codecs/toy_codec.cpp" "${flags[@]}" -Wl,-z,defs -o "$scratch/cpp.codec"
 mkdir "$scratch/bin" "$scratch/elsewhere"
-cc -std=c11 "${warnings[@]}" "$TESSARET_SOURCE_DIR/tests/house/codec_host.c" "${flags[@]}" -o "$scratch/bin/host"
+cc -std=c11 "${warnings[@]}" "$(dirname "${BASH_SOURCE[0]}")/$1" "${flags[@]}" -o "$scratch/bin/host"
 cd "$scratch/elsewhere"
 
 # host WORDS SYNTAX ITEMS [gone]: the host runs and says this on standard error, but for the offsets of frames.
