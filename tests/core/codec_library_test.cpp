@@ -1,8 +1,12 @@
 #include "core/codec_library.h"
 
+#include <pthread.h>
+
+#include <atomic>
 #include <cstring>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -114,6 +118,21 @@ TEST(CodecLibrary, GivesNoCodecWhereItHasNoneOrAnIncompleteOne) {
   const LoadedCodec good = GetCodec(bad, 0);
   ASSERT_NE(good.codec, nullptr);
   FreeCodec(good);
+}
+
+TEST(CodecLibrary, AThreadThatIsCancelledEndsBehindTheEntryPoints) {
+  std::atomic<bool> gone = false;
+  std::thread([&gone] {
+    ::pthread_cancel(::pthread_self());  // takes place where a call lets it
+    const SharedLibrary library = LoadCodecLibrary({test::CodecFolder()}, "one_object_codec.so");
+    const bool lists = SyntaxesOf(library).size() == 4;
+    const LoadedCodec loaded = GetCodec(library, 0);
+    if (loaded.codec != nullptr) FreeCodec(loaded);
+    gone = lists && loaded.codec != nullptr;
+    ::pthread_testcancel();
+    gone = false;
+  }).join();
+  EXPECT_TRUE(gone);
 }
 
 }  // namespace

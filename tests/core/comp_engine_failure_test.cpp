@@ -1,6 +1,10 @@
 // What the engine makes of codecs that fail or lie, of sizes that do not go together, and of a lack of memory.
+#include <pthread.h>
+
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -108,6 +112,24 @@ TEST_F(FailingCodecs, WordsOfAnEarlierFailureDoNotComeWithAnAnswer) {
 TEST_F(FailingCodecs, WordsInAConcurrentCodecAreNobodysToRead) {
   EXPECT_EQ(WordsOfDecompress(16),
             "The codec for transfer syntax [1.2.999.3.16] failed at frame 0");
+}
+
+TEST_F(FailingCodecs, AThreadThatIsCancelledMayEndWithinACodec) {
+  TestCodecs codecs("one_object_codec.so");
+  const auto object = test::NewCompressed(2, "1.2.999.5.0", 2);
+  std::atomic<bool> lived = false;
+  std::thread([&] {
+    DcmCompEngine engine(codecs.registry);
+    ::pthread_cancel(::pthread_self());  // takes place where a call lets it
+    engine.Decompress(object.get(), nullptr, nullptr);
+    lived = true;
+  }).join();
+  EXPECT_FALSE(lived);
+  EXPECT_EQ(codecs.registry.Find("1.2.999.5.0")->UseCount, 0u) << "the codec is given back";
+  DcmCompEngine engine(codecs.registry);
+  EXPECT_TRUE(engine.Decompress(test::NewCompressed(2, "1.2.999.5.0", 2).get(), nullptr, nullptr))
+      << "nobody holds it";
+  EXPECT_EQ(test::PixelsOf(*object).ItemCount(), 2u) << "as after any other failure";
 }
 
 TEST_F(FailingCodecs, ACodecThatCannotBeHadIsAFailureBeforeTheOffsetTable) {

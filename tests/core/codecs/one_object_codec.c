@@ -1,5 +1,6 @@
 /* A codec library in C whose one object serves all syntaxes, implicit little endian too, and keeps the number of the next frame
-   from call to call. */
+   from call to call. Wherever it is called, a thread that is cancelled may end. */
+#include <pthread.h>
 #include <stddef.h>
 #include <stdint.h>
 #include <string.h>
@@ -31,6 +32,7 @@ static CodecBool IsNext(DcmCodec* self, const VR* pixels) {
     return 0;
   }
   thrd_yield();
+  pthread_testcancel();
   return 1;
 }
 
@@ -59,11 +61,18 @@ CodecBool DcmGetCodecProps(uint32_t index, CodecProps* props) {
                                    {"1.2.999.5.1", 0, 0},
                                    {"1.2.999.5.10", 0, 0},
                                    {"1.2.840.10008.1.2", 0, 0}};
+  pthread_testcancel();
   if (index >= sizeof(own) / sizeof(own[0])) return 0;
   *props = own[index];
   return 1;
 }
 
-DcmCodec* DcmGetCodec(uint32_t index) { return index < 4 ? &codec : NULL; }
+DcmCodec* DcmGetCodec(uint32_t index) {
+  pthread_testcancel();
+  return index < 4 ? &codec : NULL;
+}
 
-void DcmFreeCodec(DcmCodec* object) { (void)object; }
+void DcmFreeCodec(DcmCodec* object) {
+  (void)object;
+  pthread_testcancel();
+}
