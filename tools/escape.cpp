@@ -25,14 +25,6 @@ bool IsControl(char32_t code) {
   });
 }
 
-void AppendHexEscape(std::string& to, char byte) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  const auto value = static_cast<std::uint8_t>(byte);
-  to += "\\x";
-  to += kDigits[value >> 4];
-  to += kDigits[value & 0xF];
-}
-
 constexpr std::size_t kEscapeColumns = 4;
 constexpr std::string_view kCut = "...";
 
@@ -72,6 +64,12 @@ bool IsUtf8(std::string_view text) {
   return true;
 }
 
+std::string HexEscape(char byte) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  const auto value = static_cast<std::uint8_t>(byte);
+  return {'\\', 'x', kDigits[value >> 4], kDigits[value & 0xF]};
+}
+
 std::string Escaped(std::string_view text, std::size_t most) {
   std::string shown;
   std::size_t columns = 0;
@@ -83,7 +81,7 @@ std::string Escaped(std::string_view text, std::size_t most) {
     columns += escaped ? size * kEscapeColumns : 1;
     if (columns > most) return shown.substr(0, cutAt).append(kCut);
     if (escaped) {
-      for (const char byte : text.substr(0, size)) AppendHexEscape(shown, byte);
+      for (const char byte : text.substr(0, size)) shown += HexEscape(byte);
     } else {
       shown += text.substr(0, size);
     }

@@ -20,6 +20,9 @@ Utf8Character FirstCharacter(std::string_view text);
 
 bool IsUtf8(std::string_view text);
 
+/// "\x1b".
+std::string HexEscape(char byte);
+
 inline constexpr std::size_t kNoLimit = std::numeric_limits<std::size_t>::max();
 
 /// `text` with each byte of a control character, and each byte that is no UTF-8, as "\x1b". Control characters are C0, DEL, C1,

@@ -109,6 +109,11 @@ JsonWriter& JsonWriter::Raw(std::string_view json) {
   return *this;
 }
 
+JsonWriter& JsonWriter::More(std::string_view json) {
+  output_.Write(json);
+  return *this;
+}
+
 JsonWriter& JsonWriter::Open(char bracket) {
   Separate();
   output_.Write({&bracket, 1});

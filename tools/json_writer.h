@@ -33,6 +33,8 @@ class JsonWriter {
   JsonWriter& Null() { return Raw("null"); }
   /// `json` is a whole value already.
   JsonWriter& Raw(std::string_view json);
+  /// Goes on with the value that Raw began.
+  JsonWriter& More(std::string_view json);
 
   /// A member of the object that is open.
   JsonWriter& Member(std::string_view name, std::string_view text) {

@@ -3,7 +3,9 @@
 #include <algorithm>
 
 #include "base/text.h"
+#include "character_set_stack.h"
 #include "core/element_text.h"
+#include "decoded_text.h"
 #include "escape.h"
 #include "object_walk.h"
 #include "tag_text.h"
@@ -35,8 +37,9 @@ constexpr std::string_view kNotKept = "-";
 
 class LineDump final : public ObjectVisitor {
  public:
-  LineDump(const LineDumpOptions& options, Host& host)
+  LineDump(const DICOMObject& object, const LineDumpOptions& options, Host& host)
       : host_(host),
+        sets_(object),
         most_(options.wholeValues ? kNoLimit : kLongestValue),
         colours_(host.ColoursOutput()) {}
 
@@ -44,7 +47,8 @@ class LineDump final : public ObjectVisitor {
     if (vr.Group == kStructuralGroup) return Fragment(vr, level);
     if (vr.TypeCode == type_code::SQ) return Sequence(vr, owner, level);
     const std::string description = Description(vr, owner);
-    Line(ElementIndent(level), TagText(vr), Letters(vr), ShownValue(vr, most_) + UidNames(vr),
+    Line(ElementIndent(level), TagText(vr), Letters(vr),
+         ShownValue(vr, most_, sets_.Here()) + UidNames(vr),
          {Length(vr), Multiplicity(vr), description});
   }
 
@@ -59,12 +63,14 @@ class LineDump final : public ObjectVisitor {
   }
 
   void OnItem(const VR& sequence, std::uint32_t, const DICOMObject& item, int level) override {
+    sets_.Enter(item);
     if (HoldsFragments(sequence)) return;
     Line(ItemIndent(level), TagText(kStructuralGroup, kItemElement), "na",
          Format("(Item #=%zu)", item.Elements.Size()), {std::string(kNotKept), 1, "Item"});
   }
 
   void OnItemEnd(const VR& sequence, int level) override {
+    sets_.Leave();
     if (HoldsFragments(sequence)) return;
     Line(ItemIndent(level), TagText(kStructuralGroup, kItemDelimiterElement), "na",
          "(ItemDelimitationItem)", {"0", 0, "Item Delimitation Item"});
@@ -94,7 +100,8 @@ class LineDump final : public ObjectVisitor {
   }
 
   void Fragment(const VR& vr, int level) {
-    Line(ItemIndent(level), TagText(vr), "pi", ShownValue(vr, most_), {Length(vr), 1, "Item"});
+    Line(ItemIndent(level), TagText(vr), "pi", ShownValue(vr, most_, sets_.Here()),
+         {Length(vr), 1, "Item"});
   }
 
   /// "=CTImageStorage" behind a UID that has a name, one for each of several. Cut like the value: a name is longer than its UID.
@@ -126,7 +133,9 @@ class LineDump final : public ObjectVisitor {
     // Below (gggg,1000) no element belongs to a creator.
     const VR* creator = vr.Element < 0x1000 ? nullptr : owner.GetVR(vr.Group, vr.Element >> 8);
     if (creator == nullptr || creator->Data == nullptr) return "Private";
-    return "Private (" + Escaped(UnpaddedText(*creator), kLongestValue) + ')';
+    const std::string name =
+        DecodedText(sets_.Here(), ShownType(*creator), UnpaddedText(*creator), kLongestValue);
+    return "Private (" + Escaped(name, kLongestValue) + ')';
   }
 
   void Line(int indent, std::string_view tag, std::string_view letters, std::string_view value,
@@ -147,6 +156,7 @@ class LineDump final : public ObjectVisitor {
   }
 
   Host& host_;
+  CharacterSetStack sets_;
   std::size_t most_;
   bool colours_;
 };
@@ -154,7 +164,7 @@ class LineDump final : public ObjectVisitor {
 }  // namespace
 
 void DumpLines(const DICOMObject& object, const LineDumpOptions& options, Host& host) {
-  LineDump dump(options, host);
+  LineDump dump(object, options, host);
   WalkObject(object, dump);
 }
 

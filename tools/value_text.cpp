@@ -7,7 +7,7 @@
 
 #include "base/byte_order.h"
 #include "core/tag.h"
-#include "core/value_order.h"
+#include "decoded_text.h"
 #include "escape.h"
 #include "tag_text.h"
 #include "vr_traits.h"
@@ -39,8 +39,6 @@ struct NumberForm {
   std::string (*text)(const std::uint8_t* bytes);
 };
 
-constexpr std::uint32_t kTagWidth = 4;
-
 constexpr NumberForm kNumberForms[] = {
     {ValueKind::kInteger, 2, &Decimal<std::int16_t>},
     {ValueKind::kInteger, 4, &Decimal<std::int32_t>},
@@ -50,17 +48,18 @@ constexpr NumberForm kNumberForms[] = {
     {ValueKind::kUnsigned, 8, &Decimal<std::uint64_t>},
     {ValueKind::kFloat, 4, &Decimal<float>},
     {ValueKind::kFloat, 8, &Decimal<double>},
-    {ValueKind::kTag, kTagWidth, &TagValue},
+    {ValueKind::kTag, 4, &TagValue},
 };
 
-/// The form of the numbers of `vr`; null for other kinds of value, and for one that is no whole number of them.
-const NumberForm* FormOf(const VR& vr) {
-  const ValueKind kind = KindOf(vr.TypeCode);
-  const std::uint32_t width = kind == ValueKind::kTag ? kTagWidth : NumberWidth(vr.TypeCode);
-  const auto* form = std::find_if(
-      std::begin(kNumberForms), std::end(kNumberForms),
-      [&](const NumberForm& each) { return each.kind == kind && each.width == width; });
-  return form == std::end(kNumberForms) || vr.Length % width != 0 ? nullptr : form;
+/// The form of the numbers of a type; null for other kinds of value.
+const NumberForm* FormOf(VrCode type) {
+  const VrTraits* traits = FindTraits(type);
+  if (traits == nullptr || traits->width == 0) return nullptr;
+  const auto* form =
+      std::find_if(std::begin(kNumberForms), std::end(kNumberForms), [&](const NumberForm& each) {
+        return each.kind == traits->kind && each.width == traits->width;
+      });
+  return form == std::end(kNumberForms) ? nullptr : form;
 }
 
 bool IsText(VrCode type) {
@@ -103,7 +102,10 @@ VrCode ShownType(const VR& vr) {
 
 std::string_view UnpaddedText(const VR& vr) {
   if (vr.Data == nullptr) return {};
-  std::string_view text(reinterpret_cast<const char*>(vr.Data), vr.Length);
+  return UnpaddedText({reinterpret_cast<const char*>(vr.Data), vr.Length});
+}
+
+std::string_view UnpaddedText(std::string_view text) {
   while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.remove_suffix(1);
   return text;
 }
@@ -112,23 +114,34 @@ std::uint32_t Multiplicity(const VR& vr) {
   if (vr.Length == 0 && vr.Items == nullptr) return 0;
   const VrTraits* traits = FindTraits(ShownType(vr));
   if (traits == nullptr || !traits->severalValues || vr.Data == nullptr) return 1;
-  if (const NumberForm* form = FormOf(vr); form != nullptr) return vr.Length / form->width;
+  if (const auto count = NumberCount(vr.TypeCode, vr.Length)) return static_cast<std::uint32_t>(*count);
   if (!IsText(traits->type)) return 1;
   const std::string_view text(reinterpret_cast<const char*>(vr.Data), vr.Length);
   return static_cast<std::uint32_t>(std::count(text.begin(), text.end(), '\\')) + 1;
 }
 
-std::string NumberText(const VR& vr, std::uint32_t index) {
-  const NumberForm* form = FormOf(vr);
-  return form->text(vr.Data + std::size_t{index} * form->width);
+std::optional<std::size_t> NumberCount(VrCode type, std::size_t length) {
+  const NumberForm* form = FormOf(type);
+  if (form == nullptr || length % form->width != 0) return std::nullopt;
+  return length / form->width;
 }
 
-std::string ShownValue(const VR& vr, std::size_t most) {
+std::string NumberText(VrCode type, const std::uint8_t* bytes, std::size_t index) {
+  const NumberForm* form = FormOf(type);
+  return form->text(bytes + index * form->width);
+}
+
+std::string NumberText(const VR& vr, std::uint32_t index) {
+  return NumberText(vr.TypeCode, vr.Data, index);
+}
+
+std::string ShownValue(const VR& vr, std::size_t most, const CharacterSets& sets) {
   if (vr.Length == 0) return "(no value available)";
   if (vr.Data == nullptr) return "(not loaded)";
-  if (IsText(ShownType(vr))) return '[' + Escaped(UnpaddedText(vr), most) + ']';
-  if (const NumberForm* form = FormOf(vr); form != nullptr) {
-    return Joined(vr.Length / form->width, most,
+  if (const VrCode type = ShownType(vr); IsText(type))
+    return '[' + Escaped(DecodedText(sets, type, UnpaddedText(vr), most), most) + ']';
+  if (const auto count = NumberCount(vr.TypeCode, vr.Length)) {
+    return Joined(static_cast<std::uint32_t>(*count), most,
                   [&](std::uint32_t index) { return NumberText(vr, index); });
   }
   return Joined(vr.Length, most, [&](std::uint32_t index) { return HexByte(vr.Data[index]); });

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 
 #include "core/type_code.h"
 
@@ -23,10 +24,18 @@ struct VrTraits {
   ValueKind kind;
   bool severalValues;  // a backslash or the width of a number separates values
   bool longLength;     // the standard gives it a 32-bit length in the explicit form
+  std::uint8_t width;  // bytes of one number or tag; 0 for other kinds
+  std::uint16_t
+      most;  // characters that one value may have, of a PN each of its three forms; 0: as many as there are
 };
 
 /// The row of a type; null for letters that the standard does not know.
 const VrTraits* FindTraits(VrCode type);
+
+/// The type of two letters; none for any other text.
+constexpr VrCode TypeCodeOf(std::string_view letters) {
+  return letters.size() == 2 ? MakeTypeCode(letters[0], letters[1]) : type_code::kNone;
+}
 
 /// The kind of a type, kBytes for an unknown one.
 ValueKind KindOf(VrCode type);
