@@ -5,6 +5,7 @@
 #include "core/module_dictionaries.h"
 #include "platform/module_path.h"
 #include "standard_streams.h"
+#include "vr_traits.h"
 
 namespace tessaret::tool {
 namespace {
@@ -41,6 +42,27 @@ const RTC& Host::Tags() {
 const UIDDictionary& Host::Uids() {
   LoadDictionaries();
   return ModuleUidDictionary();
+}
+
+IDcmDictionary& Host::Dictionary() {
+  // First, for their words are better than those of a class that cannot be made.
+  LoadDictionaries();
+  if (!dictionary_ && Failed(Create("Tessaret.DcmDictionary", dictionary_)))
+    throw DictionaryError(LastError().text);
+  return *dictionary_;
+}
+
+Keywords& Host::ElementKeywords() {
+  if (!keywords_) keywords_.emplace(Ref<IDcmDictionary>(&Dictionary()));
+  return *keywords_;
+}
+
+VrCode Host::TypeOfElement(TagKey tag) {
+  String letters;
+  String name;
+  VariantBool found;
+  Dictionary().GetVRDescription(GroupOf(tag), ElementOf(tag), &letters, &name, &found);
+  return found.IsTrue() ? TypeCodeOf(letters.Narrow()) : type_code::kNone;
 }
 
 std::string Host::NameOfUid(std::string_view uid) {

@@ -1,11 +1,16 @@
 // What every verb works with: where results and words go, how much is said, and the dictionaries.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
+#include <tessaret/tessaret.hpp>
+
 #include "core/rtc.h"
+#include "core/type_code.h"
 #include "core/uid_dictionary.h"
+#include "keywords.h"
 #include "messages.h"
 #include "output.h"
 
@@ -33,6 +38,11 @@ class Host {
   const RTC& Tags();
   const UIDDictionary& Uids();
 
+  /// The elements by their keywords. Throws DictionaryError.
+  Keywords& ElementKeywords();
+  /// The type that the dictionary has for an element; none for an unknown one. Throws DictionaryError.
+  VrCode TypeOfElement(TagKey tag);
+
   /// The name that the dictionary has for a UID; empty for an unknown one.
   std::string NameOfUid(std::string_view uid);
 
@@ -42,7 +52,11 @@ class Host {
  private:
   void LoadDictionaries();
 
+  IDcmDictionary& Dictionary();
+
   bool dictionariesLoaded_ = false;
+  Ref<IDcmDictionary> dictionary_;
+  std::optional<Keywords> keywords_;
 };
 
 }  // namespace tessaret::tool
