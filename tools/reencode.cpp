@@ -74,10 +74,11 @@ bool HoldsFragments(const DICOMObject& object) {
 /// Sets types and drops what no longer fits, in an object and everything nested in it.
 class Preparation {
  public:
-  Preparation(const SourceFile& source, std::string_view syntax)
+  /// `bigEndianNumbers`: the numbers of the object are in that order.
+  Preparation(const SourceFile& source, std::string_view syntax, bool bigEndianNumbers)
       : sourceImplicit_(IsImplicit(source.code)),
         writesTypes_(syntax != kImplicitLittleUid),
-        writesBigEndian_(syntax == kExplicitBigUid) {}
+        bigEndianNumbers_(bigEndianNumbers) {}
 
   void Of(DICOMObject& object) {
     pending_.push_back({&object, false});
@@ -134,13 +135,13 @@ class Preparation {
 
   /// Values of UN are little endian whatever surrounds them.
   void BecomeUnknown(VR& vr) const {
-    if (writesBigEndian_) SwapNumbers(vr);
+    if (bigEndianNumbers_) SwapNumbers(vr);
     vr.TypeCode = type_code::UN;
   }
 
   bool sourceImplicit_;
   bool writesTypes_;
-  bool writesBigEndian_;
+  bool bigEndianNumbers_;
   std::vector<Level> pending_;
 };
 
@@ -255,7 +256,7 @@ bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers) 
   return allocated > 8 * NumberWidth(pixels->TypeCode);
 }
 
-std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary) {
+std::string WhyNotToHold(const SourceFile& source, Target target, const RTC& dictionary) {
   const DICOMObject& object = *source.object;
   if (const VR* low = target == Target::kBare ? nullptr : FindBelowMetaHeader(object);
       low != nullptr) {
@@ -270,6 +271,12 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& d
   if (!losses.words.empty()) return losses.words;
   if (target == Target::kBare && LooksExplicitWhenBare(object))
     return "without a mark it would be taken for explicit, for its first element is that long";
+  return {};
+}
+
+std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary) {
+  if (std::string why = WhyNotToHold(source, target, dictionary); !why.empty()) return why;
+  const DICOMObject& object = *source.object;
   const bool fragments = HoldsFragments(object);
   const bool compressedSyntax = !source.syntax.empty() && !IsNativeSyntax(source.syntax);
   const bool pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) != nullptr;
@@ -303,10 +310,14 @@ std::string TargetSyntax(const SourceFile& source, Target target) {
   return source.syntax.empty() ? SyntaxOfCode(source.code) : source.syntax;
 }
 
+void PrepareElements(SourceFile& source, std::string_view syntax) {
+  Preparation(source, syntax, false).Of(*source.object);
+}
+
 void PrepareToEncode(SourceFile& source, Target target) {
   const std::string syntax = TargetSyntax(source, target);
   if (source.bigEndian && syntax != kExplicitBigUid) SwapNumbers(*source.object);
-  Preparation(source, syntax).Of(*source.object);
+  Preparation(source, syntax, syntax == kExplicitBigUid).Of(*source.object);
   SetSyntax(*source.object, syntax);
 }
 

@@ -22,6 +22,13 @@ bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers);
 /// Why `source` cannot be written as `target` without losing or bending something; empty when it can.
 std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary);
 
+/// What of that counts wherever the pixel data goes: elements that a file in `target` cannot hold or cannot tell to its reader.
+std::string WhyNotToHold(const SourceFile& source, Target target, const RTC& dictionary);
+
+/// Sets the types in `source` that it has when its elements are written one by one in `syntax`, and leaves out group lengths outside
+/// the meta header. Requires: its numbers are those of the host. Throws std::bad_alloc.
+void PrepareElements(SourceFile& source, std::string_view syntax);
+
 /// The transfer syntax UID of what will be written. Requires: WhyNotToEncode is empty.
 std::string TargetSyntax(const SourceFile& source, Target target);
 

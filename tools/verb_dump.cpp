@@ -1,9 +1,11 @@
 // tessaret dump: shows what DICOM files hold.
+#include "class_object.h"
 #include "escape.h"
 #include "file_walk.h"
 #include "interrupt.h"
 #include "json_dump.h"
 #include "line_dump.h"
+#include "model_dump.h"
 #include "source_file.h"
 #include "text_dump.h"
 #include "verbs.h"
@@ -55,7 +57,9 @@ class Dump {
     const SourceFile source = LoadSource(path, how, host_.Tags());
     StopIfInterrupted();
     TellOf(path, source);
-    if (host_.options.json) {
+    if (options_.format == "json") {
+      ShowModel(path, source.object.get());
+    } else if (host_.options.json) {
       DumpAsJson(path, source, host_);
     } else if (source.object != nullptr) {
       Show(path, *source.object);
@@ -73,6 +77,14 @@ class Dump {
       host_.output.Flush();
     messages.Note(SubjectOf(path), DescribeEncoding(source));
     for (const std::string& warning : source.warnings) messages.Warn(SubjectOf(path), warning);
+  }
+
+  /// One object a line, whether one file or more.
+  void ShowModel(const std::string& path, DICOMObject* object) {
+    if (object == nullptr) return;
+    JsonWriter json(host_.output);
+    DumpModel(*ObjectOver(*object), UriOf(path), json);
+    json.EndLine();
   }
 
   void Show(const std::string& path, const DICOMObject& object) {
@@ -105,8 +117,9 @@ RunVerb SetUpDump(CLI::App& app) {
       ->option_text("FILE|DIR...");
   app.add_flag("--recurse", options->recurse, "Go through directories, as is done anyhow");
   app.add_option("--format", options->format,
-                 "lines: an element a line, long values cut; text: the library's own form")
-      ->check(CLI::IsMember({"lines", "text"}))
+                 "lines: an element a line, long values cut; text: the library's own form; "
+                 "json: the DICOM JSON model, a file a line")
+      ->check(CLI::IsMember({"lines", "text", "json"}))
       ->capture_default_str();
   app.add_flag("--no-pixels", options->noPixels, "Stop at the pixel data, which saves reading it");
   app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");

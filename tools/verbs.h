@@ -27,8 +27,11 @@ RunVerb SetUpCheck(CLI::App& app);
 RunVerb SetUpConvert(CLI::App& app);
 RunVerb SetUpDictionary(CLI::App& app);
 RunVerb SetUpDump(CLI::App& app);
+RunVerb SetUpGet(CLI::App& app);
 RunVerb SetUpManual(CLI::App& app);
 RunVerb SetUpPhantom(CLI::App& app);
+RunVerb SetUpSet(CLI::App& app);
+RunVerb SetUpTranscode(CLI::App& app);
 
 /// In the order in which people meet them.
 std::span<const Verb> Verbs();

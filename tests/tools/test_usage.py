@@ -10,11 +10,12 @@ import unittest
 import tool
 from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, USAGE, run
 
-VERBS = ("dump", "check", "convert", "dictionary", "phantom")
+VERBS = ("dump", "get", "set", "check", "convert", "transcode", "dictionary", "phantom")
 CODES = {0: "done", 1: "some input failed, the rest is done", 2: "wrong usage", 3: "no association",
          4: "the peer refused or failed the work", 5: "output could not be written, standard output included",
          130: "interrupted", 143: "terminated"}
-NEEDED = {"dump": ["x"], "check": ["x"], "convert": ["x", "y"], "dictionary": ["x"], "phantom": ["x"]}
+NEEDED = {"dump": ["x"], "check": ["x"], "convert": ["x", "y"], "dictionary": ["x"], "phantom": ["x"], "get": ["x", "PatientName"], "set": ["x", "y", "PatientName="],
+          "transcode": ["x", "y", "--to", "explicit"]}
 
 
 def options_in(help_text):
@@ -66,7 +67,8 @@ class Usage(tool.ToolTest):
 
     def test_a_dash_is_no_place_to_write_to(self):
         good = self.good_file()
-        for arguments in (["convert", good, "-"], ["dictionary", "--compile", "-"]):
+        for arguments in (["convert", good, "-"], ["dictionary", "--compile", "-"], ["set", good, "-", "PatientName="],
+                          ["transcode", "--to", "explicit", good, "-"]):
             result = run(*arguments, cwd=self.folder)
             self.assert_ends(result, USAGE)
             self.assertIn(b"- is for reading; a file is needed, ./- for one of that name", result.stderr)
@@ -89,13 +91,15 @@ class Usage(tool.ToolTest):
                 self.assert_ends(run(verb), USAGE)
 
     def test_each_verb_refuses_a_superfluous_word(self):
-        for arguments in (["convert", "a", "b", "c"], ["phantom", "a", "b"], ["dictionary", "a", "b"]):
+        for arguments in (["convert", "a", "b", "c"], ["transcode", "--to", "explicit", "a", "b", "c"], ["phantom", "a", "b"], ["dictionary", "a", "b"]):
             with self.subTest(arguments[0]):
                 self.assert_ends(run(*arguments, cwd=self.folder), USAGE)
 
     def test_each_verb_says_when_a_file_is_not_there(self):
         missing = self.path("missing.dcm")
-        for arguments in (["dump", missing], ["check", missing], ["convert", missing, self.path("out")]):
+        for arguments in (["dump", missing], ["check", missing], ["convert", missing, self.path("out")],
+                          ["get", missing, "PatientName"], ["set", missing, self.path("out"), "PatientName="],
+                          ["transcode", "--to", "explicit", missing, self.path("out")]):
             with self.subTest(arguments[0]):
                 self.assert_ends(run(*arguments), INPUT_FAILED, f"tessaret: {missing}: No such file or directory\n")
 
@@ -111,6 +115,10 @@ class Usage(tool.ToolTest):
                           ["phantom", "--spacing", "1,1,1000", "x"], ["phantom", "--spacing", "1,1,1 ", "x"],
                           ["phantom", "--kind", "multiframe", "--size", "16384", "--slices", "999999", "x"],
                           ["convert", "--syntax", "jpeg", "x", "y"],
+                          ["transcode", "--to", "jpg", "x", "y"], ["get", "--type", "ZZ", "x", "PatientName"],
+                          ["get", "--index", "-1", "x", "PatientName"], ["get", "x", "PatientNam"],
+                          ["set", "x", "y"], ["set", "x", "y", "PatientName"], ["set", "x", "y", "PatientName:ZZ=1"],
+                          ["set", "x", "y", "0002,0010=1.2"], ["set", "x", "y", "--remove", "0010,0000"],
                           ["convert", "--no-preamble", "--syntax", "explicit", "x", "y"]):
             with self.subTest(" ".join(arguments)):
                 result = run(*arguments, cwd=self.folder)
@@ -224,12 +232,12 @@ class Manual(tool.ToolTest):
 
         self.assertEqual(complete("tessaret", "d"), {"dump", "dictionary"})
         self.assertIn("--version", complete("tessaret", "--"))
-        self.assertEqual(complete("tessaret", "dump", "--format", ""), {"lines", "text"})
+        self.assertEqual(complete("tessaret", "dump", "--format", ""), {"lines", "text", "json"})
         self.assertEqual(complete("tessaret", "phantom", "--kind", "m"), {"mr", "multiframe", "mono1"})
         self.assertEqual(complete("tessaret", "convert", "--no"), {"--no-preamble"})
         self.assertEqual(complete("tessaret", "convert", "+"), {"+ti", "+te"})
         self.assertEqual(complete("tessaret", "-q", "du"), {"dump"})
-        self.assertEqual(complete("tessaret", "-q", "dump", "--format", "="), {"lines", "text"})
+        self.assertEqual(complete("tessaret", "-q", "dump", "--format", "="), {"lines", "text", "json"})
         self.assertEqual(complete("tessaret", "dump", "--format", "=", "li"), {"lines"})
         self.assertEqual(complete("tessaret", "dump", "--", "--"), set())
         self.write("some.dcm", b"")

@@ -1,0 +1,108 @@
+"""tessaret get: values for scripts."""
+
+import json
+import struct
+import unittest
+
+import tool
+from tool import DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, USAGE, element, item, meta, run
+
+
+def numbers(form, *values):
+    return struct.pack(f"<{len(values)}{form}", *values)
+
+
+CONTENT = b"".join((
+    element(0x00080005, "CS", "ISO_IR 100"), element(0x00080008, "CS", "ORIGINAL\\PRIMARY"),
+    element(0x00081140, "SQ", item(element(0x00081150, "UI", "1.2.3")) +
+            item(element(0x00081150, "UI", "1.2.4") + element(0x00081140, "SQ", item(element(0x00100010, "PN", b"Inn\xe9r"))))),
+    element(0x00091001, "UN", numbers("H", 1, 515)), element(0x00100010, "PN", b"M\xfcller^J\xf6rg "),
+    element(0x00100020, "LO", "a \\b "), element(0x00100030, "DA", "20010203"), element(0x00100040, "CS"),
+    element(0x00204000, "LT", "a\\b\r\nc"), element(0x00280010, "US", numbers("H", 2)),
+    element(0x00280009, "AT", numbers("H", 0x0018, 0x1063)), element(0x00281052, "DS", "-1024\\1.50 "),
+    element(0x7FE00010, "OB", b"\0\xff")))
+
+
+class Get(tool.ToolTest):
+
+    def setUp(self):
+        super().setUp()
+        self.file = self.write("file.dcm", meta(EXPLICIT) + CONTENT)
+
+    def get(self, *arguments, code=DONE, error=""):
+        result = run("get", self.file, *arguments)
+        self.assert_ends(result, code, error)
+        return result.stdout.decode()
+
+    def test_a_value_is_a_line(self):
+        for tag, line in (("0010,0010", "Müller^Jörg"), ("(0028,0010)", "2"), ("ImageType", "ORIGINAL\\PRIMARY"),
+                          ("PatientID", "a\\b"), ("PatientBirthDate", "20010203"), ("PatientSex", ""),
+                          ("ImageComments", "a\\b\\x0d\\x0ac"), ("RescaleIntercept", "-1024\\1.50"),
+                          ("FrameIncrementPointer", "(0018,1063)"), ("0009,1001", "01\\00\\03\\02"),
+                          ("PixelData", "00\\ff"), ("TransferSyntaxUID", EXPLICIT)):
+            with self.subTest(tag):
+                self.assertEqual(self.get(tag), line + "\n")
+
+    def test_lines_come_in_the_order_of_the_tags(self):
+        self.assertEqual(self.get("Rows", "PatientID", "Rows"), "2\na\\b\n2\n")
+
+    def test_a_sequence_is_the_number_of_its_items_and_paths_lead_into_them(self):
+        self.assertEqual(self.get("ReferencedImageSequence"), "2\n")
+        self.assertEqual(self.get("(0008,1140)[1].(0008,1150)", "ReferencedImageSequence[0].ReferencedSOPClassUID"),
+                         "1.2.4\n1.2.3\n")
+        # The character set of the file counts in its items.
+        self.assertEqual(self.get("0008,1140[1].0008,1140[0].PatientName"), "Innér\n")
+
+    def test_what_is_not_there_keeps_its_line_and_fails(self):
+        self.assertEqual(self.get("Rows", "Columns", "0008,1140[2].0008,1150", "Rows", code=INPUT_FAILED, error=(
+            f"tessaret: {self.file}: (0028,0011) is not there\n"
+            f"tessaret: {self.file}: (0008,1140)[2].(0008,1150) is not there\n")), "2\n\n\n2\n")
+
+    def test_one_value_is_chosen_by_its_number(self):
+        self.assertEqual(self.get("--index", "1", "ImageType", "RescaleIntercept", "0009,1001", "Rows", code=INPUT_FAILED, error=(
+            f"tessaret: {self.file}: (0009,1001) has no value of number 1\n"
+            f"tessaret: {self.file}: (0028,0010) has no value of number 1\n")), "PRIMARY\n1.50\n\n\n")
+
+    def test_a_type_may_be_given(self):
+        self.assertEqual(self.get("--type", "US", "0009,1001"), "1\\515\n")
+        self.assertEqual(self.get("--type", "UL", "0009,1001"), f"{515 << 16 | 1}\n")
+
+    def test_json_is_an_object_for_each_tag(self):
+        lines = self.get("--json", "PatientName", "Rows", "0009,1001", "Columns", "PatientSex", "ReferencedImageSequence",
+                         code=INPUT_FAILED, error=f"tessaret: {self.file}: (0028,0011) is not there\n").splitlines()
+        self.assertEqual([json.loads(line) for line in lines], [
+            {"tag": "(0010,0010)", "keyword": "PatientName", "vr": "PN", "Value": [{"Alphabetic": "Müller^Jörg"}]},
+            {"tag": "(0028,0010)", "keyword": "Rows", "vr": "US", "Value": [2]},
+            {"tag": "(0009,1001)", "vr": "UN", "InlineBinary": "AQADAg=="},
+            {"tag": "(0028,0011)", "found": False},
+            {"tag": "(0010,0040)", "keyword": "PatientSex", "vr": "CS"},
+            {"tag": "(0008,1140)", "keyword": "ReferencedImageSequence", "vr": "SQ", "items": 2}])
+
+    def test_words_that_name_no_element_are_wrong_usage(self):
+        self.assertEqual(self.get("Rows", "Roes", code=USAGE, error="tessaret: get: no element has the keyword \"Roes\"\n"), "")
+
+    def test_standard_input_is_read(self):
+        self.assertEqual(run("get", "-", "Rows", input=self.file.read_bytes()).stdout, b"2\n")
+
+    def test_a_file_that_is_cut_gives_what_it_has_and_fails(self):
+        cut = self.write("cut.dcm", (meta(EXPLICIT) + CONTENT)[:-5])
+        result = run("get", cut, "Rows", "PixelData")
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(result.stdout, b"2\n\n" if b"not there" in result.stderr else b"2\n00\n")
+        self.assertIn(b"truncated", result.stderr)
+
+    def test_numbers_of_a_big_endian_file_are_what_they_say(self):
+        big = self.write("big.dcm", meta(tool.BIG_ENDIAN) + element(0x00280010, "US", b"\1\0", order=">"))
+        self.assertEqual(run("get", big, "Rows").stdout, b"256\n")
+
+    def test_an_implicit_file_has_the_types_of_the_dictionary(self):
+        implicit = self.write("implicit.dcm", meta(IMPLICIT) + element(0x00280010, "US", b"\1\0", implicit=True))
+        self.assertEqual(run("get", implicit, "Rows").stdout, b"1\n")
+
+    def test_nothing_in_a_value_steers_a_terminal(self):
+        odd = self.write("odd.dcm", meta(EXPLICIT) + element(0x00204000, "LT", "\x1b[31m"))
+        self.assertEqual(run("get", odd, "ImageComments").stdout, b"\\x1b[31m\n")
+
+
+if __name__ == "__main__":
+    unittest.main()

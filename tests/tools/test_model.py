@@ -1,0 +1,161 @@
+"""tessaret dump --format json: the DICOM JSON model, beside what pydicom makes of the same files."""
+
+import base64
+import json
+import math
+import struct
+import unittest
+import warnings
+
+import pydicom
+
+import tool
+from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, element, image, item, meta, run
+
+
+def model(path, *options):
+    result = run("dump", "--format", "json", "-q", *options, path)
+    return result, [json.loads(line) for line in result.stdout.splitlines()]
+
+
+class Model(tool.ToolTest):
+    is_big_endian = False
+
+    def of(self, content, syntax=EXPLICIT):
+        result, models = model(self.write("file.dcm", meta(syntax) + content))
+        self.assert_ends(result, DONE, "")
+        self.assertEqual(len(models), 1)
+        return models[0]
+
+    def test_values_are_those_of_the_model(self):
+        self.assertEqual(self.of(b"".join((
+            element(0x00080000, "UL", bytes(4)), element(0x00080005, "CS", "ISO_IR 192"),
+            element(0x00080008, "CS", "ORIGINAL\\\\PRIMARY"), element(0x00080020, "DA", "20240102"),
+            element(0x00081140, "SQ", item(element(0x00081150, "UI", "1.2.3")) + item(b"")), element(0x00081199, "SQ"),
+            element(0x00091001, "UN", b"ab"), element(0x00091002, "DS", "+18.5\\007\\.5\\-5.\\-00.5e3\\.\\1e"),
+            element(0x00100010, "PN", "Wang^XiaoDong=王^小東=a\\B"), element(0x00100020, "LO"),
+            element(0x00101030, "DS", " 1.50\\2\\x "), element(0x00200013, "IS", "7 "), element(0x00204000, "LT", "a\\b "),
+            element(0x00280009, "AT", struct.pack("<HH", 0x0018, 0x1063)), element(0x00280010, "US", struct.pack("<H", 2)),
+            element(0x00189074, "FD", struct.pack("<d", 0.1)), element(0x00189075, "FL", struct.pack("<2f", math.nan, 0.5)),
+            element(0x7FE00010, "OW", b"\1\2")))), {
+                "00080005": {"vr": "CS", "Value": ["ISO_IR 192"]}, "00080008": {"vr": "CS", "Value": ["ORIGINAL", None, "PRIMARY"]},
+                "00080020": {"vr": "DA", "Value": ["20240102"]},
+                "00081140": {"vr": "SQ", "Value": [{"00081150": {"vr": "UI", "Value": ["1.2.3"]}}, {}]}, "00081199": {"vr": "SQ"},
+                "00091001": {"vr": "UN", "InlineBinary": "YWI="}, "00091002": {"vr": "DS", "Value": [18.5, 7, 0.5, -5, -500, ".", "1e"]},
+                "00100010": {"vr": "PN", "Value": [{"Alphabetic": "Wang^XiaoDong", "Ideographic": "王^小東", "Phonetic": "a"},
+                                                   {"Alphabetic": "B"}]},
+                "00100020": {"vr": "LO"}, "00101030": {"vr": "DS", "Value": [1.5, 2, "x"]}, "00200013": {"vr": "IS", "Value": [7]},
+                "00204000": {"vr": "LT", "Value": ["a\\b"]}, "00280009": {"vr": "AT", "Value": ["00181063"]},
+                "00280010": {"vr": "US", "Value": [2]}, "00189074": {"vr": "FD", "Value": [0.1]},
+                "00189075": {"vr": "FL", "Value": ["nan", 0.5]}, "7FE00010": {"vr": "OW", "InlineBinary": "AQI="}})
+
+    def test_long_values_are_whole(self):
+        pixels = bytes(number % 251 for number in range(200_000))
+        inline = self.of(element(0x7FE00010, "OW", pixels))["7FE00010"]["InlineBinary"]
+        self.assertEqual(base64.b64decode(inline, validate=True), pixels)
+
+    def test_values_that_are_not_read_are_named_by_their_place(self):
+        path = self.write("a b.dcm", meta(EXPLICIT) + image())
+        result, models = model(path, "--no-pixels")
+        self.assert_ends(result, DONE, "")
+        self.assertEqual(models[0]["7FE00010"], {"vr": "OW", "BulkDataURI": path.as_uri() + "#7FE00010"})
+
+    def test_compressed_pixel_data_has_its_fragments_as_they_stand(self):
+        fragments = item(b"") + item(b"\xff\xd8\xff\xd9") + item(b"ab")
+        head = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED)
+        pixels = self.of(head + fragments + tool.sequence_end(), syntax=JPEG)["7FE00010"]
+        self.assertEqual((pixels["vr"], base64.b64decode(pixels["InlineBinary"])), ("OB", fragments))
+
+    def test_each_file_is_a_line_and_one_that_fails_has_words(self):
+        good, cut = self.good_file(), self.write("cut.dcm", (meta(EXPLICIT) + image())[:-3])
+        result, models = model(good)
+        self.assertEqual(models[0]["00100010"]["Value"], [{"Alphabetic": "Doe^John"}])
+        result = run("dump", "--format", "json", good, cut, self.path("missing"))
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(len(result.stdout.splitlines()), 2)
+        self.assertIn(b"truncated", result.stderr)
+
+    def test_deep_items_need_no_deep_stack(self):
+        content = element(0x00100010, "PN", "Low^Down")
+        for _ in range(250):
+            content = element(0x00081140, "SQ", item(content))
+        result = subprocess_with_small_stack(self.write("deep.dcm", meta(EXPLICIT) + content))
+        self.assertEqual(result.returncode, DONE, result.stderr)
+        self.assertIn(b"Low^Down", result.stdout)
+
+    # Beside another program.
+
+    def same(self, ours, theirs, where):
+        """Differences that are meant are told apart here, each with its reason."""
+        self.assertEqual(sorted(ours), sorted(key for key in theirs if not key.endswith("0000")), where)  # group lengths
+        for tag, our in ours.items():
+            their, place = theirs[tag], f"{where} {tag}"
+            if our["vr"] != their["vr"]:
+                # Types of private elements in implicit files come from a dictionary of theirs; US or SS from Pixel Representation.
+                self.assertTrue("UN" in (our["vr"], their["vr"]) or {our["vr"], their["vr"]} <= {"US", "SS", "OW", "OB", "LO"}, place)
+                continue
+            if our["vr"] == "SQ":
+                self.assertEqual(len(our.get("Value", [])), len(their.get("Value", [])), place)
+                for index, pair in enumerate(zip(our.get("Value", []), their.get("Value", []))):
+                    self.same(*pair, f"{place}[{index}]")
+            elif "InlineBinary" in our or "InlineBinary" in their:
+                if not self.is_big_endian:  # they leave the bytes in the order of the file, where the model has little endian
+                    self.assertEqual(our.get("InlineBinary"), their.get("InlineBinary"), place)
+            else:
+                self.same_values(our["vr"], our.get("Value", []), their.get("Value", []), place)
+
+    def same_values(self, vr, ours, theirs, place):
+        if vr in ("FL", "OF"):  # they write a 32-bit number with the digits of a 64-bit one
+            theirs = [struct.unpack("<f", struct.pack("<f", number))[0] for number in theirs]
+            ours = [struct.unpack("<f", struct.pack("<f", number))[0] for number in ours]
+        empty = (None, "", {}, {"Alphabetic": ""})
+        plain = lambda values: ["" if value in empty else value.strip() if isinstance(value, str) else value for value in values]
+        ours, theirs = plain(ours), plain(theirs)
+        if not any(ours) and not any(theirs) and 0 not in ours:  # blanks only
+            return
+        if vr == "PN":  # they drop forms that are empty
+            ours, theirs = [[{key: text.strip() for key, text in name.items() if text} if name else name for name in names]
+                            for names in (ours, theirs)]
+        if vr in ("ST", "LT", "UT", "DT", "UC", "UR"):
+            ours, theirs = ["".join(map(str, values)).replace("\r\n", "\n").strip() for values in (ours, theirs)]
+        self.assertEqual(ours, theirs, place)
+
+    def their_model(self, path):
+        with warnings.catch_warnings():
+            warnings.simplefilter("ignore")
+            return json.loads(json.dumps(pydicom.dcmread(path, force=True).to_json_dict()))
+
+    def test_self_made_files_are_what_another_program_makes_of_them(self):
+        for syntax in (IMPLICIT, EXPLICIT):
+            path = self.write("file.dcm", meta(syntax) + image(implicit=syntax == IMPLICIT))
+            self.same(model(path)[1][0], self.their_model(path), syntax)
+
+    @tool.needs_corpus
+    def test_real_files_are_what_another_program_makes_of_them(self):
+        compared = 0
+        for row in tool.corpus_rows():
+            path = row["file"]
+            if path.stat().st_size > 3_000_000 or "broken" in str(path):
+                continue
+            result, models = model(path)
+            if result.returncode != DONE:
+                continue
+            try:
+                theirs = self.their_model(path)
+            except Exception:  # what they do not take
+                continue
+            self.is_big_endian = BIG_ENDIAN.encode() + b"\0" in path.read_bytes()[:1000]
+            with self.subTest(str(path)):
+                self.same(models[0], theirs, path.name)
+                compared += 1
+        self.assertGreater(compared, 50)
+
+
+def subprocess_with_small_stack(path):
+    import resource
+    return run("dump", "--format", "json", path,
+               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_STACK, (256 * 1024, 256 * 1024)))
+
+
+if __name__ == "__main__":
+    unittest.main()

@@ -1,0 +1,158 @@
+"""tessaret set: elements of a file changed; what comes out is read by another program."""
+
+import os
+import struct
+import unittest
+
+import pydicom
+
+import tool
+from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, OUTPUT_FAILED, USAGE, element, image, item, meta, run
+
+
+class Set(tool.ToolTest):
+
+    def set(self, source, *arguments, code=DONE, error=""):
+        """The output, read by pydicom."""
+        out = self.path("out.dcm")
+        result = run("set", source, out, *arguments)
+        self.assert_ends(result, code, error)
+        self.assert_no_leftovers()
+        if code != DONE:
+            self.assertFalse(out.exists())
+            return None
+        data = pydicom.dcmread(out)
+        out.unlink()
+        return data
+
+    def refuse(self, words, *arguments):
+        file = self.good_file()
+        self.set(file, *arguments, code=INPUT_FAILED, error=f"tessaret: {file}: {words}\n")
+
+    def test_values_of_every_kind_are_set(self):
+        data = self.set(self.good_file(), "PatientName=Roe^Jane", "(0010,0020)=a\\b", "PatientBirthDate=1970-01-02",
+                        "StudyTime=14:05:06.25", "AcquisitionDateTime=2001-02-03 14:05", "PatientWeight=70.5",
+                        "InstanceNumber=-3", "Rows=4", "0009,1001:FD=0.1\\2", "0009,0010=ACME", "0009,1002:SL=-7",
+                        "0009,1003:AT=PatientName", "0009,1004:OB=00\\ff", "0009,1005:UT=a\\b", "0009,1006:FL=0.5")
+        self.assertEqual(data.PatientName, "Roe^Jane")
+        self.assertEqual(list(data[0x00100020].value), ["a", "b"])
+        self.assertEqual((data.PatientBirthDate, data.StudyTime, data.AcquisitionDateTime),
+                         ("19700102", "140506.25", "200102031405"))
+        self.assertEqual((data.PatientWeight, data.InstanceNumber, data.Rows), (70.5, -3, 4))
+        self.assertEqual(list(data[0x00091001].value), [0.1, 2.0])
+        self.assertEqual((data[0x00090010].VR, data[0x00090010].value), ("LO", "ACME"))
+        self.assertEqual((data[0x00091002].value, data[0x00091003].value, data[0x00091004].value, data[0x00091005].value,
+                          data[0x00091006].value), (-7, 0x00100010, b"\0\xff", "a\\b", 0.5))
+
+    def test_texts_are_filled_with_blanks_and_uids_with_a_nul(self):
+        data = self.set(self.good_file(), "PatientName=Roe", "StudyInstanceUID=1.2", "0009,1001:OB=01")
+        self.assertEqual([data.get_item(tag).value for tag in (0x00100010, 0x0020000D, 0x00091001)],
+                         [b"Roe ", b"1.2\0", b"\1\0"])
+
+    def test_the_rest_stays(self):
+        file = self.good_file()
+        before, after = pydicom.dcmread(file), self.set(file, "PatientID=x")
+        del after.PatientID
+        self.assertEqual(before, after)
+        self.assertEqual(after.file_meta.TransferSyntaxUID, EXPLICIT)
+
+    def test_every_encoding_is_kept(self):
+        for syntax in (IMPLICIT, EXPLICIT, BIG_ENDIAN):
+            order = ">" if syntax == BIG_ENDIAN else "<"
+            source = self.write("in.dcm", meta(syntax) + image(implicit=syntax == IMPLICIT, order=order))
+            data = self.set(source, "0028,0010=700", "0028,1054=HU")
+            self.assertEqual((data.file_meta.TransferSyntaxUID, data.Rows, data.RescaleType), (syntax, 700, "HU"))
+            self.assertEqual(data.PixelData, struct.pack(order + "6H", *range(1, 7)))
+
+    def test_compressed_pixel_data_stays_as_it_is(self):
+        fragments = item(b"") + item(b"\xff\xd8\xff\xd9") + tool.sequence_end()
+        pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + fragments
+        data = self.set(self.write("in.dcm", meta(JPEG) + element(0x00280010, "US", b"\1\0") + pixels), "PatientID=x")
+        self.assertEqual((data.file_meta.TransferSyntaxUID, data.PatientID), (JPEG, "x"))
+        self.assertEqual(data.PixelData, item(b"") + item(b"\xff\xd8\xff\xd9"))
+
+    def test_an_empty_value_leaves_the_element_empty(self):
+        data = self.set(self.good_file(), "PatientName=", "Rows=", "PatientID=", "ReferencedImageSequence=")
+        for name in ("PatientName", "Rows", "PatientID"):
+            self.assertTrue(data[name].is_empty, name)
+        self.assertEqual(len(data.ReferencedImageSequence), 0)
+
+    def test_a_given_type_replaces_the_one_that_was_there(self):
+        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00091001, "UN", b"\1\0"))
+        self.assertEqual(self.set(source, "0009,1001=01\\02")[0x00091001].VR, "UN")
+        data = self.set(source, "0009,1001:US=7")
+        self.assertEqual((data[0x00091001].VR, data[0x00091001].value), ("US", 7))
+
+    def test_elements_are_removed_before_others_are_set(self):
+        data = self.set(self.good_file(), "PatientName=x", "--remove", "PatientName", "--remove", "0028,0004", "--remove", "PatientID")
+        self.assertEqual(data.PatientName, "x")
+        self.assertNotIn("PhotometricInterpretation", data)
+
+    def test_items_are_reached_but_none_is_made(self):
+        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00081140, "SQ", item(element(0x00081150, "UI", "1.2"))))
+        data = self.set(source, "0008,1140[0].0008,1155=1.3", "--remove", "ReferencedImageSequence[0].0008,1150")
+        self.assertEqual((data.ReferencedImageSequence[0].ReferencedSOPInstanceUID, len(data.ReferencedImageSequence[0])), ("1.3", 1))
+        self.set(source, "0008,1140[1].0008,1155=1.3", code=INPUT_FAILED, error=(
+            f"tessaret: {source}: (0008,1140)[1].(0008,1155): there is no such item, and none is made\n"))
+        self.set(source, "0008,1140:LO=x", code=INPUT_FAILED, error=(
+            f"tessaret: {source}: (0008,1140): holds items, which a value cannot replace: use --remove\n"))
+        self.assertEqual(len(self.set(source, "0008,1140=").ReferencedImageSequence), 0)
+
+    def test_text_goes_in_the_character_set_of_the_file(self):
+        data = self.set(self.write("in.dcm", meta(EXPLICIT) + element(0x00080005, "CS", "ISO_IR 144")), "PatientName=Люк")
+        self.assertEqual(data.get_item(0x00100010).value, "Люк ".encode("iso8859_5"))
+        self.assertEqual(str(data.PatientName), "Люк")
+        data = self.set(self.good_file(), "SpecificCharacterSet=ISO_IR 192", "PatientName=王^小東")
+        self.assertEqual(str(data.PatientName), "王^小東")
+        self.refuse("(0010,0010): \"Müller\" cannot be written in the character set of (0008,0005)", "PatientName=Müller")
+
+    def test_what_does_not_fit_is_refused_and_nothing_written(self):
+        self.refuse("(0028,0010): \"70000\" is not a whole number from 0 to 65535", "Rows=70000")
+        self.refuse("(0008,0060): 17 characters are more than the 16 of CS", "Modality=12345678901234567")
+        self.refuse("(0008,0020): \"2001-02-30\" is not a date: YYYYMMDD or YYYY-MM-DD", "StudyDate=2001-02-30")
+        self.refuse("(0011,1001): its type is not known: give one, as in TAG:LO=VALUE", "0011,1001=x")
+        self.refuse("(0008,1140): a sequence takes no value: name an element of an item", "0008,1140=x")
+
+    def test_group_lengths_go_since_they_fit_no_longer(self):
+        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00100000, "UL", struct.pack("<I", 10)) + element(0x00100010, "PN", "a"))
+        self.assertEqual([key.tag for key in self.set(source, "PatientName=Longer").values()], [0x00100010])
+
+    def test_the_output_may_be_the_input(self):
+        file = self.good_file()
+        self.assert_ends(run("set", "-v", file, file, "PatientName=New"), DONE, f"tessaret: {file}: written\n")
+        self.assertEqual(pydicom.dcmread(file).PatientName, "New")
+        before = file.read_bytes()
+        self.assert_ends(run("set", file, file, "Rows=x"), INPUT_FAILED)
+        self.assertEqual(file.read_bytes(), before)
+        os.link(file, self.path("link"))
+        self.assert_ends(run("set", file, self.path("link"), "PatientName=Linked"), DONE, "")
+        self.assertEqual(pydicom.dcmread(self.path("link")).PatientName, "Linked")
+
+    def test_another_file_is_replaced_only_by_force(self):
+        file, other = self.good_file(), self.write("other.dcm", b"mine")
+        self.assert_ends(run("set", file, other, "PatientName=x"), OUTPUT_FAILED,
+                         f"tessaret: {other}: is there already; --force replaces it\n")
+        self.assertEqual(other.read_bytes(), b"mine")
+        self.assert_ends(run("set", "--force", file, other, "PatientName=x"), DONE, "")
+        self.assertEqual(pydicom.dcmread(other).PatientName, "x")
+
+    def test_a_file_that_does_not_read_whole_is_not_written_anew(self):
+        cut = self.write("cut.dcm", (meta(EXPLICIT) + image())[:-3])
+        result = run("set", cut, cut, "PatientName=x")
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(cut.read_bytes(), (meta(EXPLICIT) + image())[:-3])
+
+    def test_what_follows_from_the_rest_is_not_to_be_set(self):
+        file = self.good_file()
+        for assignment, words in (("0002,0010=1.2", "(0002,0010) is of the meta header, which is made when the file is written"),
+                                  ("0010,0000=4", "(0010,0000) is a length, which follows from the rest"),
+                                  ("fffe,e000=x", "(fffe,e000) is no element of a data set")):
+            self.set(file, assignment, code=USAGE, error=f"tessaret: set: {words}\n")
+
+    def test_the_meta_header_follows_the_uids(self):
+        data = self.set(self.good_file(), "SOPInstanceUID=1.2.99")
+        self.assertEqual(data.file_meta.MediaStorageSOPInstanceUID, "1.2.99")
+
+
+if __name__ == "__main__":
+    unittest.main()

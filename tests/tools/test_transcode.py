@@ -1,0 +1,90 @@
+"""tessaret transcode: pixel data in another transfer syntax; what comes out is read by another program."""
+
+import json
+import struct
+import unittest
+
+import pydicom
+
+import tool
+from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, OUTPUT_FAILED, USAGE, element, image, item, meta, run
+
+NAMES = {IMPLICIT: ("implicit", "ImplicitVRLittleEndian", IMPLICIT), EXPLICIT: ("explicit", "ExplicitVRLittleEndian", EXPLICIT),
+         BIG_ENDIAN: ("big", "ExplicitVRBigEndian", BIG_ENDIAN)}
+
+
+class Transcode(tool.ToolTest):
+
+    def source(self, syntax, more=b""):
+        return self.write("in.dcm", meta(syntax) + image(implicit=syntax == IMPLICIT, order=">" if syntax == BIG_ENDIAN else "<") + more)
+
+    def refuse(self, source, words, *arguments):
+        out = self.path("out.dcm")
+        self.assert_ends(run("transcode", *arguments, source, out), INPUT_FAILED, f"tessaret: {source}: {words}\n")
+        self.assertFalse(out.exists())
+        self.assert_no_leftovers()
+
+    def test_every_native_syntax_becomes_every_other(self):
+        for old in NAMES:
+            source = self.source(old)
+            for new, names in NAMES.items():
+                for name in names:
+                    with self.subTest(f"{old} {name}"):
+                        out = self.path("out.dcm")
+                        self.assert_ends(run("transcode", "--force", "--to", name, source, out), DONE, "")
+                        data = pydicom.dcmread(out)
+                        self.assertEqual(data.file_meta.TransferSyntaxUID, new)
+                        self.assertEqual((data.Rows, data.BitsAllocated, data.PatientName), (2, 16, "Doe^John"))
+                        self.assertEqual(data.PixelData, struct.pack((">" if new == BIG_ENDIAN else "<") + "6H", *range(1, 7)))
+
+    def test_a_data_set_without_pixels_changes_too(self):
+        source, out = self.write("in.dcm", meta(EXPLICIT) + element(0x00280010, "US", b"\1\0")), self.path("out.dcm")
+        self.assert_ends(run("transcode", "-v", "--to", "big", source, out), DONE, f"tessaret: {out}: written in ExplicitVRBigEndian\n")
+        self.assertEqual(pydicom.dcmread(out).Rows, 1)
+        out.unlink()
+        self.refuse(source, "there is no pixel data", "--to", "rle")
+
+    def test_what_no_codec_makes_is_refused(self):
+        self.refuse(self.source(EXPLICIT), "no codec is here that makes JPEG2000 of it", "--to", "jpeg2000")
+        self.refuse(self.source(EXPLICIT), "no codec is here that makes 1.2.3 of it", "--to", "1.2.3")
+
+    def test_compressed_pixel_data_without_a_codec_is_refused_in_the_words_of_the_engine(self):
+        pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + item(b"") + item(b"\xff\xd8\xff\xd9") + tool.sequence_end()
+        source = self.write("in.dcm", meta(JPEG) + element(0x00280010, "US", b"\1\0") + pixels)
+        self.refuse(source, f"Unknown transfer syntax [{JPEG}]", "--to", "explicit")
+
+    def test_what_the_implicit_form_would_lose_is_refused(self):
+        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00081140, "LO", "x"))
+        self.refuse(source, "(0008,1140) is LO, but a sequence by the dictionary", "--to", "implicit")
+
+    def test_signed_values_become_signed_when_types_are_written(self):
+        content = element(0x00280103, "US", b"\1\0", implicit=True) + element(0x00280106, "SS", b"\xff\xff", implicit=True)
+        out = self.path("out.dcm")
+        self.assert_ends(run("transcode", "--to", "explicit", self.write("in.dcm", meta(IMPLICIT) + content), out), DONE, "")
+        self.assertEqual(pydicom.dcmread(out).SmallestImagePixelValue, -1)
+
+    def test_a_file_that_is_there_is_replaced_only_by_force(self):
+        source = self.source(EXPLICIT)
+        self.assert_ends(run("transcode", "--to", "big", source, source), OUTPUT_FAILED,
+                         f"tessaret: {source}: is there already; --force replaces it\n")
+        self.assert_ends(run("transcode", "--force", "--to", "big", source, source), DONE, "")
+        self.assertEqual(pydicom.dcmread(source).file_meta.TransferSyntaxUID, BIG_ENDIAN)
+
+    def test_a_file_that_does_not_read_whole_is_not_written_anew(self):
+        result = run("transcode", "--to", "big", self.write("cut.dcm", (meta(EXPLICIT) + image())[:-3]), self.path("out.dcm"))
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertFalse(self.path("out.dcm").exists())
+
+    def test_names_that_nobody_knows_are_wrong_usage(self):
+        result = run("transcode", "--to", "jpg", "a", "b")
+        self.assert_ends(result, USAGE)
+        self.assertIn(b"jpg is no transfer syntax: one of implicit, explicit, big, deflated, jpeg,", result.stderr)
+
+    def test_the_report_names_both_syntaxes(self):
+        source, out = self.source(EXPLICIT), self.path("out.dcm")
+        report = json.loads(run("transcode", "--json", "--to", "big", source, out).stdout)
+        self.assertEqual(report, {"input": str(source), "output": str(out), "from": EXPLICIT, "to": BIG_ENDIAN})
+
+
+if __name__ == "__main__":
+    unittest.main()

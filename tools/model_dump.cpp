@@ -1,0 +1,168 @@
+#include "model_dump.h"
+
+#include <filesystem>
+#include <system_error>
+#include <vector>
+
+#include "base/byte_order.h"
+#include "base/text.h"
+#include "class_object.h"
+#include "core/tag.h"
+#include "file_walk.h"
+#include "interrupt.h"
+#include "json_values.h"
+
+namespace tessaret::tool {
+namespace {
+
+constexpr std::uint16_t kMetaGroup = 0x0002;
+
+bool IsPartOfModel(TagKey tag) {
+  return ElementOf(tag) != 0 && GroupOf(tag) != kMetaGroup && GroupOf(tag) != kStructuralGroup;
+}
+
+/// The tag behind `tag`, or the first one for none.
+std::optional<TagKey> NextTag(IDCMObject& object, std::optional<TagKey> tag) {
+  std::int32_t group = tag ? GroupOf(*tag) : 0;
+  std::int32_t element = tag ? ElementOf(*tag) : 0;
+  VariantBool found;
+  Require(tag ? object.GetNextVR(&group, &element, &found)
+              : object.GetFirstVR(&group, &element, &found));
+  if (!found.IsTrue()) return std::nullopt;
+  return static_cast<std::uint32_t>(group) << 16 | static_cast<std::uint32_t>(element);
+}
+
+/// The fragments of compressed pixel data as a file has them, each behind its tag and length.
+std::vector<std::uint8_t> Fragments(IDCMObject& object, TagKey tag) {
+  std::vector<std::uint8_t> bytes;
+  for (std::uint32_t index = 0;; ++index) {
+    const Ref<IDCMObject> item = ItemOf(object, tag, index);
+    if (!item) return bytes;
+    const auto inside = NextTag(*item, std::nullopt);
+    const Variant value = inside ? ValueOf(*item, *inside) : Variant();
+    const auto fragment = BytesIn(value);
+    std::uint8_t head[8];
+    StoreLittle16(head, kStructuralGroup);
+    StoreLittle16(head + 2, kItemElement);
+    StoreLittle32(head + 4, static_cast<std::uint32_t>(fragment.size()));
+    bytes.insert(bytes.end(), head, head + sizeof head);
+    bytes.insert(bytes.end(), fragment.begin(), fragment.end());
+  }
+}
+
+/// Goes through an object and its items without the stack of calls that deep nesting would take.
+class ModelDump {
+ public:
+  ModelDump(const std::string& uri, JsonWriter& json) : uri_(uri), json_(json) {}
+
+  void Of(IDCMObject& object) {
+    Enter(Ref<IDCMObject>(&object), {}, uri_ + '#');
+    while (!levels_.empty()) Step();
+  }
+
+ private:
+  struct Level {
+    Ref<IDCMObject> object;
+    CharacterSets sets;
+    std::string path;           // what its elements are behind, "#00081140/0/"
+    std::optional<TagKey> tag;  // the element that the walk stands at
+    bool inItems = false;       // of that element
+    std::uint32_t nextItem = 0;
+  };
+
+  void Enter(Ref<IDCMObject> object, const CharacterSets& around, std::string path) {
+    CharacterSets sets = SetsOf(*object, around);
+    levels_.push_back({std::move(object), std::move(sets), std::move(path), {}, false, 0});
+    json_.BeginObject();
+  }
+
+  void Step() {
+    StopIfInterrupted();
+    Level& level = levels_.back();
+    if (level.inItems) return StepItem(level);
+    level.tag = NextTag(*level.object, level.tag);
+    if (!level.tag) {
+      levels_.pop_back();
+      json_.EndObject();
+    } else if (IsPartOfModel(*level.tag)) {
+      Element(level, *level.tag);
+    }
+  }
+
+  void StepItem(Level& level) {
+    const std::uint32_t index = level.nextItem++;
+    Ref<IDCMObject> item = ItemOf(*level.object, *level.tag, index);
+    if (!item) {
+      level.inItems = false;
+      json_.EndArray().EndObject();
+      return;
+    }
+    Enter(std::move(item), level.sets,
+          level.path + JsonTag(GroupOf(*level.tag), ElementOf(*level.tag)) + '/' +
+              std::to_string(index) + '/');
+  }
+
+  void Element(Level& level, TagKey tag) {
+    IDCMObject& object = *level.object;
+    const ElementFacts facts = *FactsOf(object, tag);
+    const bool hasItems = HasItems(object, tag);
+    const std::string name = JsonTag(GroupOf(tag), ElementOf(tag));
+    json_.Key(name).BeginObject();
+    if (tag == kPixelDataTag && hasItems) {
+      json_.Member("vr", facts.letters);
+      WriteInlineBinary(json_, Fragments(object, tag));
+    } else if (hasItems || facts.type == type_code::SQ) {
+      json_.Member("vr", "SQ");
+      if (hasItems) {
+        json_.Key("Value").BeginArray();
+        level.inItems = true;
+        level.nextItem = 0;
+        return;
+      }
+    } else {
+      json_.Member("vr", facts.letters);
+      if (facts.length != 0) Value(level, tag, facts, level.path + name);
+    }
+    json_.EndObject();
+  }
+
+  void Value(const Level& level, TagKey tag, const ElementFacts& facts, const std::string& uri) {
+    const Variant value = ValueOf(*level.object, tag);
+    if (value.IsEmpty()) {
+      json_.Member("BulkDataURI", uri);
+    } else if (!WriteValues(json_, facts.type, BytesIn(value), level.sets)) {
+      WriteInlineBinary(json_, BytesIn(value));
+    }
+  }
+
+  const std::string& uri_;
+  JsonWriter& json_;
+  std::vector<Level> levels_;
+};
+
+bool IsUriCharacter(char c) {
+  return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z') ||
+         std::string_view("/-._~").find(c) != std::string_view::npos;
+}
+
+}  // namespace
+
+void DumpModel(IDCMObject& object, const std::string& uri, JsonWriter& json) {
+  ModelDump(uri, json).Of(object);
+}
+
+std::string UriOf(const std::string& path) {
+  if (path == kStandardInput) return {};
+  std::error_code error;
+  std::string uri = "file://";
+  for (const char c : std::filesystem::absolute(path, error).string()) {
+    if (IsUriCharacter(c)) {
+      uri += c;
+    } else {
+      uri += Format("%%%02X", static_cast<unsigned>(static_cast<unsigned char>(c)));
+    }
+  }
+  return uri;
+}
+
+}  // namespace tessaret::tool

@@ -1,0 +1,42 @@
+#include "opened_object.h"
+
+#include <sys/stat.h>
+
+#include "class_object.h"
+#include "interrupt.h"
+#include "output_file.h"
+#include "platform/file_calls.h"
+
+namespace tessaret::tool {
+
+SourceFile ReadSource(const std::string& path, const SourceOptions& options, Host& host) {
+  SourceFile source = LoadSource(path, options, host.Tags());
+  StopIfInterrupted();
+  const std::string subject = SubjectOf(path);
+  host.messages.Detail(subject, DescribeEncoding(source));
+  for (const std::string& warning : source.warnings) host.messages.Warn(subject, warning);
+  if (!source.IsWhole()) host.messages.Error(subject, source.failure);
+  return source;
+}
+
+Ref<IDCMObject> TakeObject(SourceFile& source) {
+  Ref<IDCMObject> object = NewObject();
+  Require(object.As<IDcmObjectManager>()->PutPtr(-1, source.object.get()));
+  static_cast<void>(source.object.release());
+  return object;
+}
+
+std::string SaveAs(IDCMObject& object, const std::string& path, bool mayReplace) {
+  // Another file may have come there meanwhile.
+  if (std::string why = WhyNotToWrite(path, mayReplace); !why.empty()) return why;
+  return Failed(object.Save(path)) ? LastError().text : std::string();
+}
+
+bool IsSameFile(const std::string& path, const std::string& other) {
+  struct stat status {};
+  struct stat otherStatus {};
+  return StatPath(path.c_str(), status).Ok() && StatPath(other.c_str(), otherStatus).Ok() &&
+         status.st_dev == otherStatus.st_dev && status.st_ino == otherStatus.st_ino;
+}
+
+}  // namespace tessaret::tool

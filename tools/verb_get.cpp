@@ -1,0 +1,144 @@
+// tessaret get: prints values of a DICOM file, for scripts.
+#include "class_object.h"
+#include "element_values.h"
+#include "escape.h"
+#include "json_values.h"
+#include "json_writer.h"
+#include "opened_object.h"
+#include "tag_text.h"
+#include "verbs.h"
+#include "vr_traits.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct GetOptions {
+  std::string path;
+  std::vector<std::string> tags;
+  std::string type;
+  std::optional<std::uint32_t> index;
+};
+
+class Getting {
+ public:
+  Getting(const GetOptions& options, Host& host) : options_(options), host_(host) {}
+
+  ExitCode Run() {
+    std::vector<TagPath> paths;
+    for (const std::string& text : options_.tags) {
+      paths.push_back(ParseTagPath(text, host_.ElementKeywords()));
+      if (paths.back().failure.empty()) continue;
+      host_.messages.Error("get", paths.back().failure);
+      return ExitCode::kUsage;
+    }
+    SourceOptions how;
+    how.loadPixels = std::any_of(paths.begin(), paths.end(), [](const TagPath& path) {
+      return path.steps.front().tag >= kPixelDataTag;
+    });
+    SourceFile source = ReadSource(options_.path, how, host_);
+    complete_ = source.IsWhole();
+    if (source.object == nullptr) return ExitCode::kInputFailed;
+    const Ref<IDCMObject> object = TakeObject(source);
+    for (const TagPath& path : paths) One(object, path);
+    return complete_ ? ExitCode::kDone : ExitCode::kInputFailed;
+  }
+
+ private:
+  void One(const Ref<IDCMObject>& object, const TagPath& path) {
+    const Place place = Find(object, path);
+    const auto facts = place.object ? FactsOf(*place.object, path.Tag()) : std::nullopt;
+    if (!facts) {
+      Miss(path, "is not there");
+      return NoLine(path);
+    }
+    const VrCode type = options_.type.empty() ? facts->type : TypeCodeOf(options_.type);
+    host_.options.json ? AsJson(place, path, type) : AsLine(place, path, type);
+  }
+
+  void Miss(const TagPath& path, const std::string& words) {
+    host_.output.Flush();
+    host_.messages.Error(SubjectOf(options_.path), TextOf(path) + ' ' + words);
+    complete_ = false;
+  }
+
+  /// Each tag has its line, so that a script can count on their order.
+  void NoLine(const TagPath& path) {
+    if (!host_.options.json) return host_.output.Line("");
+    JsonWriter json(host_.output);
+    json.BeginObject().Member("tag", TextOf(path)).Member("found", false).EndObject().EndLine();
+  }
+
+  /// How many items a sequence has, or compressed pixel data fragments; 0 where there are none.
+  static std::uint32_t ItemsOf(IDCMObject& object, TagKey tag) {
+    std::uint32_t count = 0;
+    while (HasItems(object, tag) && ItemOf(object, tag, count)) ++count;
+    return count;
+  }
+
+  void AsLine(const Place& place, const TagPath& path, VrCode type) {
+    if (HasItems(*place.object, path.Tag()) || type == type_code::SQ)
+      return host_.output.Line(std::to_string(ItemsOf(*place.object, path.Tag())));
+    const Variant value = ValueOf(*place.object, path.Tag());
+    const std::vector<std::string> texts = TextsOf(type, BytesIn(value), place.sets);
+    if (options_.index && *options_.index >= texts.size()) {
+      Miss(path, "has no value of number " + std::to_string(*options_.index));
+      return NoLine(path);
+    }
+    if (options_.index) return host_.output.Line(Escaped(texts[*options_.index]));
+    for (std::size_t index = 0; index < texts.size(); ++index) {
+      if (index > 0) host_.output.Write("\\");
+      host_.output.Write(Escaped(texts[index]));
+    }
+    host_.output.Line("");
+  }
+
+  void AsJson(const Place& place, const TagPath& path, VrCode type) {
+    JsonWriter json(host_.output);
+    json.BeginObject().Member("tag", TextOf(path));
+    if (const std::string name = host_.ElementKeywords().Of(path.Tag()); !name.empty())
+      json.Member("keyword", name);
+    const bool isSequence = HasItems(*place.object, path.Tag()) || type == type_code::SQ;
+    const char letters[] = {FirstLetter(type), SecondLetter(type)};
+    json.Member("vr", isSequence ? std::string_view("SQ") : std::string_view(letters, 2));
+    if (isSequence) {
+      json.Member("items", std::uint64_t{ItemsOf(*place.object, path.Tag())});
+    } else {
+      const Variant value = ValueOf(*place.object, path.Tag());
+      const auto bytes = BytesIn(value);
+      if (!bytes.empty() && !WriteValues(json, type, bytes, place.sets))
+        WriteInlineBinary(json, bytes);
+    }
+    json.EndObject().EndLine();
+  }
+
+  const GetOptions& options_;
+  Host& host_;
+  bool complete_ = true;
+};
+
+std::string WhyNoType(const std::string& letters) {
+  return FindTraits(TypeCodeOf(letters)) != nullptr ? "" : "no such type: " + letters;
+}
+
+}  // namespace
+
+RunVerb SetUpGet(CLI::App& app) {
+  auto options = std::make_shared<GetOptions>();
+  app.add_option("FILE", options->path, "The file to be read; - is standard input")
+      ->required()
+      ->option_text("FILE");
+  app.add_option("TAG", options->tags,
+                 "What to print, a line each: gggg,eeee or a keyword as PatientName; "
+                 "TAG[0].TAG for an element of the first item of a sequence")
+      ->required()
+      ->option_text("TAG...");
+  app.add_option("--type", options->type,
+                 "Take the values for those of this type, as US, whatever the file says")
+      ->option_text("VR")
+      ->check(&WhyNoType);
+  app.add_option("--index", options->index, "Print only value number N, counted from 0")
+      ->option_text("N");
+  return [options](Host& host) { return Getting(*options, host).Run(); };
+}
+
+}  // namespace tessaret::tool

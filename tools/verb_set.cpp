@@ -1,0 +1,230 @@
+// tessaret set: changes elements of a DICOM file.
+#include <algorithm>
+
+#include "class_object.h"
+#include "element_values.h"
+#include "file_walk.h"
+#include "json_writer.h"
+#include "opened_object.h"
+#include "output_file.h"
+#include "reencode.h"
+#include "tag_text.h"
+#include "verbs.h"
+#include "vr_traits.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct SetOptions {
+  std::string input;
+  std::string output;
+  std::vector<std::string> assignments;
+  std::vector<std::string> removals;
+  bool force = false;
+};
+
+/// "TAG:VR=VALUE" taken apart.
+struct Assignment {
+  TagPath path;
+  VrCode type = type_code::kNone;  // none where no type is given
+  std::string value;
+  std::string failure;  // why it cannot be understood
+};
+
+/// Why an element is not for people to set or to remove, or empty.
+std::string WhyNotToChange(TagKey tag) {
+  const std::string text = TagText(GroupOf(tag), ElementOf(tag));
+  if (GroupOf(tag) == 0x0002)
+    return text + " is of the meta header, which is made when the file is written";
+  if (GroupOf(tag) == kStructuralGroup) return text + " is no element of a data set";
+  if (ElementOf(tag) == 0) return text + " is a length, which follows from the rest";
+  return {};
+}
+
+Assignment ParseAssignment(const std::string& text, Keywords& keywords) {
+  Assignment parsed;
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos) {
+    parsed.failure = '"' + text + "\" has no value: TAG=VALUE is wanted";
+    return parsed;
+  }
+  std::string name = text.substr(0, equals);
+  parsed.value = text.substr(equals + 1);
+  if (const std::size_t colon = name.rfind(':'); colon != std::string::npos) {
+    const std::string letters = name.substr(colon + 1);
+    parsed.type = TypeCodeOf(letters);
+    if (FindTraits(parsed.type) == nullptr) parsed.failure = "no such type: " + letters;
+    name.resize(colon);
+  }
+  parsed.path = ParseTagPath(name, keywords);
+  if (parsed.failure.empty()) parsed.failure = parsed.path.failure;
+  if (parsed.failure.empty()) parsed.failure = WhyNotToChange(parsed.path.Tag());
+  return parsed;
+}
+
+std::int32_t GroupIn(TagKey tag) { return GroupOf(tag); }
+std::int32_t ElementIn(TagKey tag) { return ElementOf(tag); }
+
+void Remove(IDCMObject& object, TagKey tag) {
+  VariantBool removed;
+  Require(object.RemoveVR(GroupIn(tag), ElementIn(tag), &removed));
+}
+
+bool IsPrivateCreator(TagKey tag) {
+  return GroupOf(tag) % 2 == 1 && ElementOf(tag) >= 0x0010 && ElementOf(tag) <= 0x00FF;
+}
+
+class Setting {
+ public:
+  Setting(const SetOptions& options, Host& host)
+      : options_(options),
+        host_(host),
+        mayReplace_(options.force || IsSameFile(options.input, options.output)) {}
+
+  ExitCode Run() {
+    if (!Understand()) return ExitCode::kUsage;
+    if (const std::string why = WhyNotToWrite(options_.output, mayReplace_); !why.empty())
+      return OutputFailed(why);
+    SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
+    if (!source.IsWhole()) return NotWritten();
+    const std::string syntax = TargetSyntax(source, Target::kKeep);
+    std::string why = WhyNotToEncode(source, Target::kKeep, host_.Tags());
+    if (!why.empty()) return InputFailed(why);
+    PrepareElements(source, syntax);
+    const Ref<IDCMObject> object = TakeObject(source);
+    why = Change(object, syntax);
+    if (!why.empty()) return InputFailed(why);
+    why = SaveAs(*object, options_.output, mayReplace_);
+    if (!why.empty()) return OutputFailed(why);
+    host_.messages.Note(options_.output, "written");
+    if (host_.options.json) Report();
+    return ExitCode::kDone;
+  }
+
+ private:
+  bool Understand() {
+    std::string why;
+    for (const std::string& text : options_.removals) {
+      removals_.push_back(ParseTagPath(text, host_.ElementKeywords()));
+      why = removals_.back().failure;
+      if (why.empty()) why = WhyNotToChange(removals_.back().Tag());
+      if (!why.empty()) break;
+    }
+    for (const std::string& text : options_.assignments) {
+      if (!why.empty()) break;
+      assignments_.push_back(ParseAssignment(text, host_.ElementKeywords()));
+      why = assignments_.back().failure;
+    }
+    if (!why.empty()) host_.messages.Error("set", why);
+    return why.empty();
+  }
+
+  /// Empty, or why a change cannot be made.
+  std::string Change(const Ref<IDCMObject>& object, const std::string& syntax) {
+    // A file without a meta header keeps its encoding too.
+    Put(*object, kTransferSyntaxTag, type_code::UI, {syntax.begin(), syntax.end()});
+    for (const TagPath& path : removals_) {
+      if (const Place place = Find(object, path); place.object) Remove(*place.object, path.Tag());
+    }
+    for (const Assignment& each : assignments_) {
+      const std::string why = Assign(object, each);
+      if (!why.empty()) return TextOf(each.path) + ": " + why;
+    }
+    return {};
+  }
+
+  std::string Assign(const Ref<IDCMObject>& object, const Assignment& given) {
+    const Place place = Find(object, given.path);
+    if (!place.object) return "there is no such item, and none is made";
+    const TagKey tag = given.path.Tag();
+    const VrCode type = given.type != type_code::kNone ? given.type : TypeFor(*place.object, tag);
+    if (type == type_code::kNone) return "its type is not known: give one, as in TAG:LO=VALUE";
+    if (type == type_code::SQ && given.value.empty()) return MakeSequence(*place.object, tag);
+    const GivenValue value = ValueFrom(type, given.value, place.sets, host_.ElementKeywords());
+    if (!value.failure.empty()) return value.failure;
+    if (HasItems(*place.object, tag))
+      return "holds items, which a value cannot replace: use --remove";
+    Put(*place.object, tag, type, value.bytes);
+    return {};
+  }
+
+  VrCode TypeFor(IDCMObject& object, TagKey tag) {
+    const auto facts = FactsOf(object, tag);
+    if (facts && facts->type != type_code::UN) return facts->type;
+    if (IsPrivateCreator(tag)) return type_code::LO;
+    const VrCode known = host_.TypeOfElement(tag);
+    return known == type_code::kNone && facts ? facts->type : known;
+  }
+
+  static std::string MakeSequence(IDCMObject& object, TagKey tag) {
+    Remove(object, tag);
+    Require(object.putref_Sequence(GroupIn(tag), ElementIn(tag), 0, nullptr));
+    return {};
+  }
+
+  static void Put(IDCMObject& object, TagKey tag, VrCode type,
+                  const std::vector<std::uint8_t>& bytes) {
+    const char letters[] = {FirstLetter(type), SecondLetter(type), '\0'};
+    Require(object.PutVRData(GroupIn(tag), ElementIn(tag), letters,
+                             Variant(VariantArray::OfBytes(bytes))));
+  }
+
+  ExitCode InputFailed(const std::string& why) {
+    host_.messages.Error(SubjectOf(options_.input), why);
+    return NotWritten();
+  }
+  ExitCode NotWritten() {
+    host_.messages.Note(options_.output, "not written");
+    return ExitCode::kInputFailed;
+  }
+  ExitCode OutputFailed(const std::string& why) {
+    host_.messages.Error(options_.output, why);
+    return ExitCode::kOutputFailed;
+  }
+
+  void Report() {
+    JsonWriter json(host_.output);
+    json.BeginObject().Member("input", options_.input).Member("output", options_.output);
+    json.Member("set", std::uint64_t{assignments_.size()});
+    json.EndObject().EndLine();
+  }
+
+  const SetOptions& options_;
+  Host& host_;
+  const bool mayReplace_;
+  std::vector<TagPath> removals_;
+  std::vector<Assignment> assignments_;
+};
+
+}  // namespace
+
+RunVerb SetUpSet(CLI::App& app) {
+  auto options = std::make_shared<SetOptions>();
+  app.add_option("IN", options->input, "The file to be read; - is standard input")
+      ->required()
+      ->option_text("IN");
+  app.add_option("OUT", options->output,
+                 "The file to be written, whole or not at all; it may be IN")
+      ->required()
+      ->option_text("OUT");
+  app.add_option("TAG=VALUE", options->assignments,
+                 "TAG=VALUE or TAG:VR=VALUE, in this order: gggg,eeee or a keyword as PatientName; "
+                 "TAG[0].TAG for an element of an item that is there; backslashes between values; "
+                 "no VALUE leaves the element empty")
+      ->option_text("TAG[:VR]=VALUE...");
+  app.add_option("--remove", options->removals,
+                 "Remove an element, if it is there, before others are set")
+      ->option_text("TAG")
+      ->expected(1)
+      ->take_all()
+      ->allow_extra_args(false);
+  app.add_flag("--force", options->force, "Replace OUT if it is there and is not IN");
+  app.callback([options] {
+    RefuseDash("OUT", options->output);
+    if (options->assignments.empty() && options->removals.empty())
+      throw CLI::ValidationError("set", "nothing to do: TAG=VALUE or --remove TAG is needed");
+  });
+  return [options](Host& host) { return Setting(*options, host).Run(); };
+}
+
+}  // namespace tessaret::tool

@@ -1,0 +1,115 @@
+// tessaret transcode: writes a DICOM file with its pixel data in another transfer syntax.
+#include "class_object.h"
+#include "core/tag.h"
+#include "json_writer.h"
+#include "opened_object.h"
+#include "output_file.h"
+#include "reencode.h"
+#include "transfer_syntaxes.h"
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct TranscodeOptions {
+  std::string input;
+  std::string output;
+  std::string to;
+  bool force = false;
+};
+
+class Transcoding {
+ public:
+  Transcoding(const TranscodeOptions& options, Host& host)
+      : options_(options), host_(host), to_(SyntaxUid(options.to)) {}
+
+  ExitCode Run() {
+    if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
+      return OutputFailed(why);
+    SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
+    if (!source.IsWhole()) return NotWritten();
+    if (const std::string why = WhyNot(source); !why.empty()) return InputFailed(why);
+    const std::string from = source.syntax;
+    // What the elements were read with tells how they are now; what they become follows from the name of the syntax.
+    PrepareElements(source, to_);
+    const Ref<IDCMObject> object = TakeObject(source);
+    VariantBool done;
+    if (Failed(object->Translate(to_, &done))) return InputFailed(LastError().text);
+    if (!done.IsTrue()) return InputFailed("no codec is here that makes " + NameOf(to_) + " of it");
+    if (const std::string why = SaveAs(*object, options_.output, options_.force); !why.empty())
+      return OutputFailed(why);
+    host_.messages.Note(options_.output, "written in " + NameOf(to_));
+    if (host_.options.json) Report(from);
+    return ExitCode::kDone;
+  }
+
+ private:
+  std::string WhyNot(const SourceFile& source) {
+    const Target target = to_ == kImplicitLittle ? Target::kImplicit : Target::kExplicit;
+    std::string why = WhyNotToHold(source, target, host_.Tags());
+    if (!why.empty()) return why;
+    if (source.bigEndian && to_ != kExplicitBig && HasPixelsOfDoubtfulOrder(*source.object, false))
+      return "the order of the bytes in its pixel data is not certain, since programs write big "
+             "endian pixels of this size in two ways";
+    const bool hasPixels =
+        source.object->GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) != nullptr;
+    if (!hasPixels && !IsNativeSyntax(to_)) return "there is no pixel data";
+    return {};
+  }
+
+  std::string NameOf(const std::string& uid) {
+    const std::string name = host_.NameOfUid(uid);
+    return name.empty() ? uid : name;
+  }
+
+  ExitCode InputFailed(const std::string& why) {
+    host_.messages.Error(SubjectOf(options_.input), why);
+    return NotWritten();
+  }
+  ExitCode NotWritten() {
+    host_.messages.Note(options_.output, "not written");
+    return ExitCode::kInputFailed;
+  }
+  ExitCode OutputFailed(const std::string& why) {
+    host_.messages.Error(options_.output, why);
+    return ExitCode::kOutputFailed;
+  }
+
+  void Report(const std::string& from) {
+    JsonWriter json(host_.output);
+    json.BeginObject().Member("input", options_.input).Member("output", options_.output);
+    if (!from.empty()) json.Member("from", from);
+    json.Member("to", to_).EndObject().EndLine();
+  }
+
+  const TranscodeOptions& options_;
+  Host& host_;
+  const std::string to_;
+};
+
+}  // namespace
+
+RunVerb SetUpTranscode(CLI::App& app) {
+  auto options = std::make_shared<TranscodeOptions>();
+  app.add_option("IN", options->input, "The file to be read; - is standard input")
+      ->required()
+      ->option_text("IN");
+  app.add_option("OUT", options->output, "The file to be written, whole or not at all")
+      ->required()
+      ->option_text("OUT");
+  app.add_option("--to", options->to,
+                 "The transfer syntax to write: a UID, its name in the dictionary, or one of " +
+                     SyntaxWords())
+      ->required()
+      ->option_text("UID|NAME");
+  app.add_flag("--force", options->force, "Replace OUT if it is there");
+  app.callback([options] {
+    RefuseDash("OUT", options->output);
+    if (SyntaxUid(options->to).empty())
+      throw CLI::ValidationError(
+          "--to", options->to + " is no transfer syntax: one of " + SyntaxWords() + ", or a UID");
+  });
+  return [options](Host& host) { return Transcoding(*options, host).Run(); };
+}
+
+}  // namespace tessaret::tool
