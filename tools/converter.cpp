@@ -44,6 +44,7 @@ class Converter {
   }
 
  private:
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): how the system says that there is none
   [[nodiscard]] bool IsThere() const { return handle_ != reinterpret_cast<iconv_t>(-1); }
 
   iconv_t handle_;

@@ -114,7 +114,8 @@ std::uint32_t Multiplicity(const VR& vr) {
   if (vr.Length == 0 && vr.Items == nullptr) return 0;
   const VrTraits* traits = FindTraits(ShownType(vr));
   if (traits == nullptr || !traits->severalValues || vr.Data == nullptr) return 1;
-  if (const auto count = NumberCount(vr.TypeCode, vr.Length)) return static_cast<std::uint32_t>(*count);
+  if (const auto count = NumberCount(vr.TypeCode, vr.Length))
+    return static_cast<std::uint32_t>(*count);
   if (!IsText(traits->type)) return 1;
   const std::string_view text(reinterpret_cast<const char*>(vr.Data), vr.Length);
   return static_cast<std::uint32_t>(std::count(text.begin(), text.end(), '\\')) + 1;

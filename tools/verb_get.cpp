@@ -1,4 +1,6 @@
 // tessaret get: prints values of a DICOM file, for scripts.
+#include <algorithm>
+
 #include "class_object.h"
 #include "element_values.h"
 #include "escape.h"
@@ -120,6 +122,13 @@ std::string WhyNoType(const std::string& letters) {
   return FindTraits(TypeCodeOf(letters)) != nullptr ? "" : "no such type: " + letters;
 }
 
+/// The parser would read a number that begins with 0 as octal.
+std::string WhyNoIndex(const std::string& text) {
+  const bool isPlain = text.find_first_not_of("0123456789") == std::string::npos &&
+                       (text == "0" || !text.starts_with('0'));
+  return isPlain ? std::string() : text + " is no plain whole number";
+}
+
 }  // namespace
 
 RunVerb SetUpGet(CLI::App& app) {
@@ -137,7 +146,8 @@ RunVerb SetUpGet(CLI::App& app) {
       ->option_text("VR")
       ->check(&WhyNoType);
   app.add_option("--index", options->index, "Print only value number N, counted from 0")
-      ->option_text("N");
+      ->option_text("N")
+      ->check(&WhyNoIndex);
   return [options](Host& host) { return Getting(*options, host).Run(); };
 }
 

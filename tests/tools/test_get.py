@@ -63,6 +63,8 @@ class Get(tool.ToolTest):
             f"tessaret: {self.file}: (0009,1001) has no value of number 1\n"
             f"tessaret: {self.file}: (0028,0010) has no value of number 1\n")), "PRIMARY\n1.50\n\n\n")
 
+        self.assertEqual(self.get("--index", "0", "ImageType"), "ORIGINAL\n")
+
     def test_a_type_may_be_given(self):
         self.assertEqual(self.get("--type", "US", "0009,1001"), "1\\515\n")
         self.assertEqual(self.get("--type", "UL", "0009,1001"), f"{515 << 16 | 1}\n")

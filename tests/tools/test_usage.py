@@ -116,7 +116,8 @@ class Usage(tool.ToolTest):
                           ["phantom", "--kind", "multiframe", "--size", "16384", "--slices", "999999", "x"],
                           ["convert", "--syntax", "jpeg", "x", "y"],
                           ["transcode", "--to", "jpg", "x", "y"], ["get", "--type", "ZZ", "x", "PatientName"],
-                          ["get", "--index", "-1", "x", "PatientName"], ["get", "x", "PatientNam"],
+                          ["get", "--index", "-1", "x", "PatientName"],
+                          ["get", "--index", "010", "x", "PatientName"], ["get", "x", "PatientNam"],
                           ["set", "x", "y"], ["set", "x", "y", "PatientName"], ["set", "x", "y", "PatientName:ZZ=1"],
                           ["set", "x", "y", "0002,0010=1.2"], ["set", "x", "y", "--remove", "0010,0000"],
                           ["convert", "--no-preamble", "--syntax", "explicit", "x", "y"]):
