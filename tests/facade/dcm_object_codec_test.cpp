@@ -89,6 +89,40 @@ TEST(DCMObjectCodecs, NumbersOfABigEndianFileAreCompressedAsTheyAre) {
   EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(1));
 }
 
+TEST(DCMObjectCodecs, WhatIsNotCompressedStaysBigEndian) {
+  constexpr const char* kBig = "1.2.840.10008.1.2.2";
+  const auto name = [](const Ref<IDCMObject>& object) { return Text(object, 0x0002, 0x0010); };
+  const auto make = [&] {
+    auto object = Image(1);
+    EXPECT_EQ(Put(object, 0x0002, 0x0010, kBig), kOk);
+    return object;
+  };
+  std::int16_t done = 0;
+  // An odd frame is what the toy refuses.
+  const auto odd = make();
+  ASSERT_EQ(Put(odd, 0x0028, 0x0010, std::int32_t{1}), kOk);
+  ASSERT_EQ(Put(odd, 0x0028, 0x0011, std::int32_t{7}), kOk);
+  EXPECT_EQ(Translate(odd, kToy, done), kOk);
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(name(odd), kBig);
+  // Two frames are named, and the bytes are those of one.
+  const auto cut = make();
+  ASSERT_EQ(Put(cut, 0x0028, 0x0008, "2", "IS"), kOk);
+  EXPECT_FAILS_WITH(Translate(cut, kToy, done),
+                    "The pixel data has 8 bytes, but 2 frames of 8 bytes are named");
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(name(cut), kBig);
+  EXPECT_EQ(Raw(cut, 0x7FE0, 0x0010), NativePixels(1));
+  // Without bytes there is nothing to do.
+  const auto none = make();
+  ASSERT_EQ(Put(none, 0x7FE0, 0x0010, Variant()), kOk);
+  EXPECT_EQ(Translate(none, kToy, done), kOk);
+  EXPECT_EQ(done, -1);
+  EXPECT_EQ(name(none), kBig);
+  EXPECT_EQ(Translate(none, "1.2.840.10008.1.2.1", done), kOk);
+  EXPECT_EQ(name(none), "1.2.840.10008.1.2.1");
+}
+
 TEST(DCMObjectCodecs, ABrokenStreamFailsWithTheCodecsWords) {
   const auto object = Image(2);
   std::int16_t done = 0;
