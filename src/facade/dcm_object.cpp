@@ -1,6 +1,8 @@
 // The life of an object, and who owns its data set.
 #include "facade/dcm_object.h"
 
+#include <utility>
+
 #include "core/module_dictionaries.h"
 #include "facade/dcm_object_edge.h"
 
@@ -34,7 +36,23 @@ void CDCMObject::LetGo() noexcept {
   Object = ObjectWatch();
   Remember(nullptr);
   delete owned;
-  Parent = nullptr;
+  LeaveParent();
+}
+
+void CDCMObject::LeaveParent() noexcept {
+  if (!Parent) return;
+  // A parent that dies leaves its own here instead of dying one stack frame deeper: walks go down any number of levels.
+  static thread_local Ref<IDCMObject>* nextToLeave = nullptr;
+  if (nextToLeave != nullptr && !*nextToLeave) {
+    *nextToLeave = std::move(Parent);
+    return;
+  }
+  Ref<IDCMObject> next;
+  Ref<IDCMObject>* const outer = std::exchange(nextToLeave, &next);
+  for (Ref<IDCMObject> leaving = std::move(Parent); leaving; leaving = std::move(next)) {
+    leaving = nullptr;
+  }
+  nextToLeave = outer;
 }
 
 void CDCMObject::Replace(std::unique_ptr<DICOMObject> object) {

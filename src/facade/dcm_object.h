@@ -85,6 +85,8 @@ class CDCMObject final
 
   /// Ends with the data set that was here: destroys it if it is owned.
   void LetGo() noexcept;
+  /// Gives the reference to Parent back, and with it as many levels as hang on it, on a flat stack.
+  void LeaveParent() noexcept;
   /// LetGo, and then `object` is here and owned. Throws std::bad_alloc before anything changes.
   void Replace(std::unique_ptr<DICOMObject> object);
   void BecomeOwner(ObjectWatch object) noexcept;
@@ -102,8 +104,9 @@ class CDCMObject final
   Status LoadFrom(const std::string& path, bool loadPixels);
   /// Adds an element for items. Throws std::bad_alloc.
   VR& AddSequence(TagKey tag);
-  /// Takes the data set of `source` over as an item.
-  Status Nest(TagKey tag, std::int32_t index, IDcmObjectManager& source);
+  /// Takes the data set of `source`, which has to be `expected`, over as an item.
+  Status Nest(TagKey tag, std::int32_t index, IDcmObjectManager& source,
+              const DICOMObject* expected);
 
   bool Owner = false;
   ObjectWatch Object;

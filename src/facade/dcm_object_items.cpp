@@ -70,8 +70,7 @@ Status CDCMObject::get_Sequence(std::int32_t Group, std::int32_t Element, std::i
 Status CDCMObject::putref_Sequence(std::int32_t Group, std::int32_t Element, std::int32_t Idx,
                                    IDCMObject* newVal) {
   return Answer([&] {
-    DICOMObject* const target = Object.Get();
-    if (target == nullptr) return FailWith(kNothingToPutInto);
+    if (Object.Get() == nullptr) return FailWith(kNothingToPutInto);
     Ref<IDcmObjectManager> source;
     DICOMObject* item = nullptr;
     if (newVal != nullptr) {
@@ -79,13 +78,17 @@ Status CDCMObject::putref_Sequence(std::int32_t Group, std::int32_t Element, std
                                                    reinterpret_cast<void**>(source.Receive()));
       if (Failed(status)) return status;
       source->GetPtr(0, &item);
-      // What would hang below itself would have no owner.
-      if (item == nullptr || target->MightHangBelow(*item)) return kInvalidArgument;
+      if (item == nullptr) return kInvalidArgument;
     }
+    // A source of the host's own may have changed this object while it was asked.
+    DICOMObject* const target = Object.Get();
+    if (target == nullptr) return FailWith(kNothingToPutInto);
+    // What would hang below itself would have no owner.
+    if (item != nullptr && target->MightHangBelow(*item)) return kInvalidArgument;
     VR* const present = Find(Group, Element);
     if (present != nullptr && present->Data != nullptr && present->Length != 0)
       return FailWith(kHoldsBytes);
-    if (source) return Nest(KeyOf(Group, Element), Idx, *source);
+    if (source) return Nest(KeyOf(Group, Element), Idx, *source, item);
     if (present == nullptr) {
       AddSequence(KeyOf(Group, Element));
     } else {
@@ -101,9 +104,11 @@ VR& CDCMObject::AddSequence(TagKey tag) {
   return Add(std::move(made));
 }
 
-Status CDCMObject::Nest(TagKey tag, std::int32_t index, IDcmObjectManager& source) {
+Status CDCMObject::Nest(TagKey tag, std::int32_t index, IDcmObjectManager& source,
+                        const DICOMObject* expected) {
   Taken taken(source);
-  if (taken.Get() == nullptr) return kInvalidArgument;
+  if (taken.Get() == nullptr || taken.Get() != expected) return kInvalidArgument;
+  if (Object.Get() == nullptr) return FailWith(kNothingToPutInto);
   ObjectWatch item(taken.Get());
   VR* const present = Object.Get()->GetVR(GroupOf(tag), ElementOf(tag));
   VR& sequence = present != nullptr ? *present : AddSequence(tag);

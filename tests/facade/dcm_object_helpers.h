@@ -95,6 +95,21 @@ inline Ref<IDCMObject> ObjectOfPatient(const std::string& id) {
   return object;
 }
 
+/// Says when it dies.
+class Witness : public DICOMObject {
+ public:
+  explicit Witness(bool& died) : died_(died) { died_ = false; }
+  Witness(const Witness&) = delete;
+  Witness& operator=(const Witness&) = delete;
+  ~Witness() override {
+    EXPECT_FALSE(died_);
+    died_ = true;
+  }
+
+ private:
+  bool& died_;
+};
+
 /// The words of a failure that has them.
 #define EXPECT_FAILS_WITH(status, words)                               \
   do {                                                                 \

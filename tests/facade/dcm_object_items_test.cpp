@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "facade/dcm_object_helpers.h"
+#include "facade/stranger.h"
 #include "support/allocation_failure.h"
+#include "support/small_stack.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
@@ -114,6 +116,29 @@ TEST(DCMObjectItems, NestToAnyDepth) {
   EXPECT_EQ(Text(walk, 0x0010, 0x0020), "innermost");
 }
 
+TEST(DCMObjectItems, OfAnyDepthAreReleasedOnASmallStack) {
+  constexpr int kLevels = 20000;
+  // A stack frame a level, however small, would not go into 256 KiB.
+  RunOnStack(kSmallStack, [] {
+    bool died = false;
+    {
+      auto walk = NewObject();
+      EXPECT_EQ(ManagerOf(walk)->PutPtr(1, new Witness(died)), kOk);
+      for (int level = 0; level < kLevels; ++level) {
+        ASSERT_EQ(Nest(walk, 0, NewObject()), kOk);
+        walk = ItemOf(walk, kGroup, kElement, 0);
+      }
+      EXPECT_FALSE(died);
+      // The way up is let go by one that goes on living, too.
+      const auto last = walk;
+      walk = nullptr;
+      EXPECT_EQ(last->Load("/no/such/file", true), kException);
+      EXPECT_TRUE(died);
+    }
+  });
+  EXPECT_TRUE(CanUnload());
+}
+
 TEST(DCMObjectItems, AreStillShownByWhatTheyCameFrom) {
   const auto object = NewObject();
   auto given = ObjectOfPatient("a");
@@ -137,6 +162,27 @@ TEST(DCMObjectItems, AreTakenFromTheirOwnerOnly) {
   EXPECT_EQ(ManagerOf(given)->PutPtr(0, nullptr), kOk);
   EXPECT_EQ(Nest(other, 0, given), kInvalidArgument);
   EXPECT_FALSE(Describe(other, kGroup, kElement).found.IsTrue());
+}
+
+TEST(DCMObjectItems, OfAStrangerComeByTheWayToItsDataSet) {
+  const auto object = ObjectWithItems(1);
+  const auto given = ObjectOfPatient("a");
+  // One without such a way.
+  Stranger none([](const InterfaceId&, void**) { return kNoInterface; });
+  EXPECT_EQ(object->putref_Sequence(kGroup, kElement, 0, &none), kNoInterface);
+  EXPECT_EQ(object->Set(&none), kNoInterface);
+  EXPECT_EQ(PatientAt(object, 0), "0");
+  EXPECT_FALSE(Describe(object, kGroup, 0x1199).found.IsTrue());
+  EXPECT_EQ(object->putref_Sequence(kGroup, 0x1199, 0, &none), kNoInterface);
+  EXPECT_FALSE(Describe(object, kGroup, 0x1199).found.IsTrue());
+  // One that lets this object's data set go while it is asked.
+  Stranger rude([&](const InterfaceId& id, void** found) {
+    EXPECT_EQ(ManagerOf(object)->PutPtr(0, nullptr), kOk);
+    return given->QueryInterface(id, found);
+  });
+  EXPECT_FAILS_WITH(object->putref_Sequence(kGroup, kElement, 0, &rude), "No data object");
+  // The other one still is the owner.
+  EXPECT_EQ(Nest(ObjectWithItems(1), 0, given), kOk);
 }
 
 TEST(DCMObjectItems, CannotContainThemselves) {

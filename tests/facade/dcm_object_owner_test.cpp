@@ -16,21 +16,6 @@ namespace {
 
 constexpr Status kNo = 1;
 
-/// Says when it dies.
-class Witness : public DICOMObject {
- public:
-  explicit Witness(bool& died) : died_(died) { died_ = false; }
-  Witness(const Witness&) = delete;
-  Witness& operator=(const Witness&) = delete;
-  ~Witness() override {
-    EXPECT_FALSE(died_);
-    died_ = true;
-  }
-
- private:
-  bool& died_;
-};
-
 TEST(DCMObjectOwner, DestroysTheDataSetWithItself) {
   bool died = false;
   {

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "component/report.h"
 #include "facade/dcm_object_helpers.h"
 #include "support/allocation_failure.h"
 
@@ -66,6 +67,20 @@ TEST(DCMObjectValues, APutThatFailsChangesNothing) {
   EXPECT_EQ(Put(object, 0x0028, 0x0010, std::int32_t{3}), kOk);
   EXPECT_FAILS_WITH(Put(object, 0x0028, 0x0010, "many"), kCannotConvert);
   EXPECT_EQ(Get(object, 0x0028, 0x0010).AsLong(), 3);
+}
+
+TEST(DCMObjectValues, AFailureNamesTheInterface) {
+  const auto object = NewObject();
+  const auto expect = [](Status status) {
+    EXPECT_EQ(status, kException);
+    EXPECT_EQ(LastWords().interface, IDCMObject::kId);
+    ForgetLastWords();
+  };
+  expect(Put(object, 0x0028, 0x0010, "many"));
+  expect(object->Load("/no/such/file", true));
+  Variant bytes;
+  String type;
+  expect(object->GetVRData(0x0010, 0x0010, &type, &bytes));
 }
 
 TEST(DCMObjectValues, AnEmptyValueLeavesTheElementWithoutBytes) {
