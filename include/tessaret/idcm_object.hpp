@@ -24,7 +24,9 @@ namespace tessaret {
 /// | TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |
 /// | all others | array of bytes: the whole value, whatever VM is |
 ///
-/// Numbers are those of the host, also where the file was big endian. Failures with words have the source "Tessaret.DCMObject".
+/// Numbers are those of the host, also where the file was big endian; OW are numbers of 16 bits, whatever the pixels are. Failures with words have the source "Tessaret.DCMObject". Every
+/// member answers kPointer for a place of an answer that is null, unless it says that it never writes there, and kOutOfMemory with
+/// "Not enough memory" where it says nothing else.
 class IDCMObject : public IDispatch {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F02001};
@@ -37,8 +39,8 @@ class IDCMObject : public IDispatch {
 
   /// Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an
   /// element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException
-  /// "Error converting VARIANT to VR type" for a value that cannot be turned into the type, the words above for a VM, and "No data
-  /// object": the element is as it was.
+  /// "Error converting VARIANT to VR type" for a value that cannot be turned into the type and for an element with items, the words
+  /// above for a VM, and "No data object": the element is as it was.
   virtual Status put_VR(std::int32_t Group, std::int32_t Element, Optional<const Variant&> TypeCode,
                         Optional<std::int32_t> VM, const Variant& newVal) = 0;
 
@@ -52,12 +54,14 @@ class IDCMObject : public IDispatch {
   /// A new object with a copy of everything, independent at every depth.
   virtual Status copy(Result<IDCMObject*> pVal) = 0;
 
-  /// Makes this a copy of `Object`, which stays as it is. kPointer for none.
+  /// Makes this a copy of `Object`, which stays as it is. kPointer for none, and the answer of one that does not give its
+  /// IDcmObjectManager: nothing has changed then.
   virtual Status Set(IDCMObject* Object) = 0;
 
   /// Saves as a file with meta header, in the transfer syntax of (0002,0010), or implicit little endian where that is not there. Pixel
   /// data goes out as it stands. What was at `FileName` stays where the new file cannot be written whole: kException, with the words of
-  /// the encoder or the system.
+  /// the encoder or the system, or "Empty object". An explicit syntax has no place for more than 65535 bytes in types other than OB,
+  /// OW, UN and UT: a longer value makes what follows it unreadable.
   virtual Status Save(const String& FileName) = 0;
 
   /// Loads a file. What was here is gone, also when it fails. With LoadPixels exactly true (-1) the pixel data is there and native, and
@@ -76,9 +80,10 @@ class IDCMObject : public IDispatch {
                               Result<IDCMObject*> pVal) = 0;
 
   /// Makes the data set of `newVal` item `Idx` of an element: in place of the one that is there, or behind the last one where there is
-  /// none of this number. The element is added where it is not there; with no `newVal` nothing else happens. `newVal` shows the item from then on and no longer owns it.
-  /// kInvalidArgument where `newVal` does not own its data set, or this object lies in it, and nothing has changed;
-  /// kException "No data object".
+  /// none of this number. The element is added where it is not there; with no `newVal` nothing else happens. `newVal` shows the item
+  /// from then on and no longer owns it. Where it fails nothing has changed: kInvalidArgument for a `newVal` that does not own its data
+  /// set, or in which this object lies; the answer of one that does not give its IDcmObjectManager; kException "No data object", "The
+  /// element holds a value: remove it first".
   virtual Status putref_Sequence(std::int32_t Group, std::int32_t Element, std::int32_t Idx,
                                  IDCMObject* newVal) = 0;
 
@@ -103,7 +108,8 @@ class IDCMObject : public IDispatch {
                       Result<VariantBool> Sent) = 0;
 
   /// Replaces the whole value of an element by `val`, a byte a character, as it is: nothing is padded or cut. The element is added where
-  /// there is none. TypeCode counts for an element without a type. kException "No data object".
+  /// there is none. TypeCode counts for an element without a type. kException "No data object", "The element holds items: remove it
+  /// first".
   virtual Status PutVRRawString(std::int32_t Group, std::int32_t Elem, const String& TypeCode,
                                 const String& val) = 0;
 
@@ -122,8 +128,8 @@ class IDCMObject : public IDispatch {
                            Result<VariantBool> Found) = 0;
 
   /// Turns the pixel data, here in memory, into another transfer syntax, and names it in (0002,0010). Without `trSyntax` it becomes
-  /// native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. kException
-  /// with the words of the codec.
+  /// native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. True, with
+  /// nothing done, for pixel data without bytes. kException with the words of the codec, or "No data object".
   virtual Status Translate(Optional<const String&> trSyntax, Result<VariantBool> Done) = 0;
 
   /// The bytes of an element, as an array with one dimension from 0; empty where it has none. `TypeCode` gets its two letters.
@@ -133,7 +139,7 @@ class IDCMObject : public IDispatch {
 
   /// Replaces the bytes of an element by those of an array with one dimension, as they are; the element is added where there is none. Its
   /// type becomes the first two characters of TypeCode, whatever it was; 0 for an empty text. kException "No data object", "Only BYTE
-  /// vectors allowed", "PutVRData: Only 1 dim BYTE vectors allowed".
+  /// vectors allowed", "PutVRData: Only 1 dim BYTE vectors allowed", "The element holds items: remove it first".
   virtual Status PutVRData(std::int32_t Group, std::int32_t Element, const String& TypeCode,
                            const Variant& BinArray) = 0;
 
