@@ -330,14 +330,6 @@ TEST_F(Corpus, AFileThatComesInPiecesLoadsToTheSameObject) {
   }
 }
 
-/// How many bytes of pixel data the image has; what is longer is filled up. Two chroma samples serve two pixels in
-/// YBR_FULL_422.
-std::uint64_t ImageBytes(const ManifestRow& row) {
-  const std::uint64_t samples = row.photometric == "YBR_FULL_422" ? 2 : row.samples;
-  const std::uint64_t frames = std::max<std::uint64_t>(row.frames, 1);
-  return (row.rows * row.columns * frames * samples * row.bitsAllocated + 7) / 8;
-}
-
 /// The bytes of one number: in big endian OW values are written as 16-bit words, whatever the samples are.
 std::size_t NumberBytes(const VR& pixels, const ManifestRow& row) {
   return std::max<std::size_t>(row.bitsAllocated / 8, pixels.TypeCode == type_code::OW ? 2 : 1);

@@ -61,6 +61,12 @@ std::string PathOf(const ManifestRow& row) {
   return (fs::path(kCorpusDir).parent_path() / row.path).string();
 }
 
+std::uint64_t ImageBytes(const ManifestRow& row) {
+  const std::uint64_t samples = row.photometric == "YBR_FULL_422" ? 2 : row.samples;
+  const std::uint64_t frames = std::max<std::uint64_t>(row.frames, 1);
+  return (row.rows * row.columns * frames * samples * row.bitsAllocated + 7) / 8;
+}
+
 std::vector<std::string> OtherFiles() {
   std::set<std::string> listed;
   for (const ManifestRow& row : Manifest()) listed.insert(PathOf(row));

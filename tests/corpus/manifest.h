@@ -32,6 +32,10 @@ const std::vector<ManifestRow>& Manifest();
 /// The place of a file of the manifest.
 std::string PathOf(const ManifestRow& row);
 
+/// How many bytes of pixel data the image has; what is longer is filled up. Two chroma samples serve two pixels in
+/// YBR_FULL_422.
+std::uint64_t ImageBytes(const ManifestRow& row);
+
 /// Files below the corpus folder that the manifest does not list, such as licences and tables.
 std::vector<std::string> OtherFiles();
 
