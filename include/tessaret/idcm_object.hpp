@@ -24,9 +24,9 @@ namespace tessaret {
 /// | TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |
 /// | all others | array of bytes: the whole value, whatever VM is |
 ///
-/// Numbers are those of the host, also where the file was big endian; OW are numbers of 16 bits, whatever the pixels are. Failures with words have the source "Tessaret.DCMObject". Every
-/// member answers kPointer for a place of an answer that is null, unless it says that it never writes there, and kOutOfMemory with
-/// "Not enough memory" where it says nothing else.
+/// Numbers are those of the host, also where the file was big endian; OW are numbers of 16 bits, whatever the pixels are. Failures with
+/// words have the source "Tessaret.DCMObject". Every member answers kPointer for a place of an answer that is null, unless it says
+/// that it never writes there, and kOutOfMemory with "Not enough memory" where it says nothing else.
 class IDCMObject : public IDispatch {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F02001};

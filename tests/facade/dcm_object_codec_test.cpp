@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include "core/codec_helpers.h"
-#include "facade/dcm_object.h"
 #include "facade/dcm_object_helpers.h"
 
 namespace tessaret::test {
@@ -28,8 +27,9 @@ class CodecPlace : public testing::Environment {
 const testing::Environment* const kPlace = testing::AddGlobalTestEnvironment(new CodecPlace);
 
 Ref<IDCMObject> Image(std::uint32_t frames) {
-  const std::unique_ptr<DICOMObject> image = NewImage(frames);
-  return CDCMObject::Wrap(image.get(), true);
+  auto object = NewObject();
+  EXPECT_EQ(ManagerOf(object)->PutPtr(1, NewImage(frames).release()), kOk);
+  return object;
 }
 
 Status Translate(const Ref<IDCMObject>& object, const String& syntax, std::int16_t& done) {
@@ -107,7 +107,7 @@ TEST(DCMObjectCodecs, WhatIsNotCompressedStaysBigEndian) {
   EXPECT_EQ(name(odd), kBig);
   // Two frames are named, and the bytes are those of one.
   const auto cut = make();
-  ASSERT_EQ(Put(cut, 0x0028, 0x0008, "2", "IS"), kOk);
+  ASSERT_EQ(Put(cut, 0x0028, 0x0008, "2"), kOk);
   EXPECT_FAILS_WITH(Translate(cut, kToy, done),
                     "The pixel data has 8 bytes, but 2 frames of 8 bytes are named");
   EXPECT_EQ(done, 0);
