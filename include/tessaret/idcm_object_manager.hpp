@@ -46,9 +46,10 @@ class IDcmObjectManager : public IDispatch {
   /// owner. Null where there is none.
   virtual Status GetPtr(std::int32_t GetOwnership, Result<DICOMObject*> pVal) = 0;
 
-  /// Shows another data set; the one that was here is destroyed if it was owned. With SetOwnership other than 0 this object becomes the
-  /// owner; kInvalidArgument, with nothing changed, where the data set belongs to another object or to a sequence, and by name
-  /// where the handle does not own it.
+  /// Shows another data set; the one that was here is destroyed if it was owned. The one that is here already stays; with SetOwnership
+  /// 0 an owner gives it up, to the caller or by name to the handle. With SetOwnership other than 0 this object becomes the owner;
+  /// kInvalidArgument, with nothing changed, where the data set belongs to another object or to a sequence, and by name where the
+  /// handle does not own it.
   virtual Status PutPtr(std::int32_t SetOwnership, DICOMObject* newVal) = 0;
 
   /// Fills a record with an element: tag, type, length and a copy of its bytes. Where there is no such element, Group and Elem are -1

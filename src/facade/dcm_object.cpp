@@ -32,7 +32,6 @@ Ref<IDCMObject> CDCMObject::Wrap(DICOMObject* object, bool copy, IDCMObject* par
 void CDCMObject::LetGo() noexcept {
   // References to this may go with what is destroyed, and lead back here.
   DICOMObject* const owned = Owner ? Object.Get() : nullptr;
-  Owner = false;
   Object = ObjectWatch();
   Remember(nullptr);
   delete owned;

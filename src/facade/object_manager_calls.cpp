@@ -27,7 +27,14 @@ Status ObjectIn(const Variant& argument, Ref<Interface>& object) {
 Status PassHandle(IDcmObjectManager& manager, IOwnDataSetHandle& handle, std::int32_t gives) {
   // A handle whose data set is gone must not pass for none.
   if (handle.Get() == nullptr || (gives != 0 && !handle.Owns())) return kInvalidArgument;
-  if (gives == 0) return manager.PutPtr(0, handle.Get());
+  if (gives == 0) {
+    DICOMObject* shown = nullptr;
+    manager.GetPtr(0, &shown);
+    if (shown != handle.Get()) return manager.PutPtr(0, handle.Get());
+    // What the object gives up and goes on showing would have no owner.
+    if (manager.GetOwnership() == kOk) handle.TakeOver();
+    return kOk;
+  }
   handle.GiveUp();
   const Status status = manager.PutPtr(gives, handle.Get());
   if (Failed(status)) handle.TakeOver();

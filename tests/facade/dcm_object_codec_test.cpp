@@ -1,16 +1,19 @@
 // Pixel data of an object through codecs: a codec library is found beside the data files, as it would be beside an installed library.
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 #include <gtest/gtest.h>
 
 #include "core/codec_helpers.h"
+#include "core/transfer_syntax.h"
 #include "facade/dcm_object_helpers.h"
 
 namespace tessaret::test {
 namespace {
 
-/// Has the library start with the codecs of the tests: the toy as "DcmCodec.dll". The place counts from the first use on.
+/// Has the library start with the codecs of the tests: the toy as "DcmCodec.dll", and its syntax one that files may have. The place
+/// counts from the first use on.
 class CodecPlace : public testing::Environment {
  public:
   void SetUp() override {
@@ -18,6 +21,10 @@ class CodecPlace : public testing::Environment {
       std::filesystem::create_symlink(std::filesystem::path(kDataDir) / name, folder_.File(name));
     std::filesystem::create_symlink(CodecFolder() + "toy_codec.so", folder_.File("DcmCodec.dll"));
     ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
+    TransferSyntaxCodec toy{};
+    std::strncpy(toy.UID, kToy, sizeof toy.UID - 1);
+    toy.Code = kExplicitLittle;
+    AddedTransferSyntaxes().Add(toy);
   }
 
  private:
@@ -55,6 +62,48 @@ TEST(DCMObjectCodecs, TurnPixelDataIntoASyntaxAndBack) {
     EXPECT_EQ(Text(object, 0x0002, 0x0010), "1.2.840.10008.1.2.1");
     EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(frames));
   }
+}
+
+TEST(DCMObjectCodecs, TurnPixelDataNativeOnTheWayIn) {
+  const TempFolder folder;
+  const String path = folder.File("toy.dcm");
+  std::int16_t done = 0;
+  {
+    const auto object = Image(3);
+    ASSERT_EQ(Translate(object, kToy, done), kOk);
+    ASSERT_EQ(object->Save(path), kOk) << LastError().text;
+  }
+  const auto object = NewObject();
+  ASSERT_EQ(object->Load(path, true), kOk) << LastError().text;
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(3));
+  EXPECT_EQ(CountOf(object, 0x7FE0, 0x0010), 0);
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), "1.2.840.10008.1.2.1");
+  // Without pixels nothing is asked of the codec.
+  ASSERT_EQ(object->Load(path, false), kOk);
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), kToy);
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), Bytes());
+}
+
+TEST(DCMObjectCodecs, WhatTheCodecCannotReadIsThereAsItCame) {
+  const TempFolder folder;
+  const String path = folder.File("toy.dcm");
+  const Bytes junk = {9, 9};
+  std::int16_t done = 0;
+  {
+    const auto object = Image(2);
+    ASSERT_EQ(Translate(object, kToy, done), kOk);
+    const Variant bytes = VariantArray::OfBytes(junk);
+    ASSERT_EQ(ItemOf(object, 0x7FE0, 0x0010, 2)->PutVRData(0xFFFE, 0xE000, "OB", bytes), kOk);
+    ASSERT_EQ(object->Save(path), kOk) << LastError().text;
+  }
+  const auto object = NewObject();
+  EXPECT_FAILS_WITH(object->Load(path, true), "Unsupported Encapsulated Transfer Syntax");
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), kToy);
+  // The offset table is gone; the fragments of both frames are there.
+  ASSERT_EQ(CountOf(object, 0x7FE0, 0x0010), 2);
+  EXPECT_EQ(Raw(ItemOf(object, 0x7FE0, 0x0010, 1), 0xFFFE, 0xE000), junk);
+  EXPECT_EQ(ManagerOf(object)->GetOwnership(), kOk);
+  EXPECT_EQ(ManagerOf(object)->SetOwner(), kOk);
 }
 
 TEST(DCMObjectCodecs, TheWayBackByNameDropsTheNameForImplicit) {

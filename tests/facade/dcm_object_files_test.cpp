@@ -124,6 +124,8 @@ TEST_F(ObjectFiles, ThatCannotBeReadLeaveNothing) {
   ASSERT_EQ(Put(object_, 0x0010, 0x0020, "id"), kOk);
   EXPECT_FAILS_WITH(object_->Load(folder_.File("missing.dcm"), true), "No such file or directory");
   EXPECT_EQ(CoreOf(object_), nullptr);
+  // It owns whatever comes here.
+  EXPECT_EQ(ManagerOf(object_)->SetOwner(), kFalse);
   // A load that works makes it whole again, and its owner.
   ASSERT_EQ(
       object_->Load(FileWith(FileOf(Encoding::kExplicitLittle, ImageIn(Encoding::kExplicitLittle))),

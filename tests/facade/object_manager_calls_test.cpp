@@ -190,6 +190,19 @@ TEST(ObjectManagerByName, WhatAHandleOwnsNobodyElseTakes) {
   EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
 }
 
+TEST(ObjectManagerByName, WhatAnObjectGivesUpByShowingItBelongsToTheHandle) {
+  const auto object = ObjectOfPatient("id");
+  Variant handle = HandleOf(object, 0);
+  EXPECT_EQ(Call(ByName(object), "PutPtr", MemberKind::kMethod, {std::int32_t{0}, handle}), kOk);
+  EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+  EXPECT_EQ(ManagerOf(object)->SetOwner(), kFalse);
+  // Once more changes nothing.
+  EXPECT_EQ(Call(ByName(object), "PutPtr", MemberKind::kMethod, {std::int32_t{0}, handle}), kOk);
+  EXPECT_TRUE(IsAlive(handle));
+  handle.Clear();
+  EXPECT_EQ(CoreOf(object), nullptr);
+}
+
 TEST(ObjectManagerByName, NoOwnershipGivesNoHandle) {
   const auto object = NewObject();
   const Variant first = HandleOf(object, 1);
