@@ -68,6 +68,31 @@ TEST_F(ObjectFiles, AreLoadedInEveryNativeEncodingWithTheSameNumbers) {
   }
 }
 
+TEST_F(ObjectFiles, WithoutAMarkAreLoadedFromTheirFirstByte) {
+  for (const Encoding encoding : {Encoding::kImplicitLittle, Encoding::kExplicitLittle}) {
+    SCOPED_TRACE(NameOf(encoding));
+    ASSERT_EQ(object_->Load(FileWith(ImageIn(encoding)), true), kOk) << LastError().text;
+    EXPECT_EQ(Text(object_, 0x0010, 0x0010), "Doe^John");
+    EXPECT_EQ(Get(object_, 0x0028, 0x0011).AsLong(), 2);
+    EXPECT_FALSE(Describe(object_, 0x0002, 0x0010).found.IsTrue());
+  }
+}
+
+TEST_F(ObjectFiles, OfBigEndianHaveTheirNumbersAlsoWhereTheNameOfTheSyntaxIsNotKept) {
+  // Without its length the meta header ends with its first element, which takes effect all the same.
+  Bytes file = Preamble();
+  DataSetBuilder meta(Encoding::kExplicitLittle);
+  meta.Element(0x0002, 0x0010, "UI", Evened(std::string(SyntaxUidOf(Encoding::kExplicitBig))));
+  const Bytes dataSet = ImageIn(Encoding::kExplicitBig);
+  file.insert(file.end(), meta.Done().begin(), meta.Done().end());
+  file.insert(file.end(), dataSet.begin(), dataSet.end());
+  ASSERT_EQ(object_->Load(FileWith(file), true), kOk) << LastError().text;
+  EXPECT_FALSE(Describe(object_, 0x0002, 0x0010).found.IsTrue());
+  EXPECT_EQ(Get(object_, 0x0028, 0x0011).AsLong(), 2);
+  EXPECT_EQ(Get(object_, 0x0018, 0x9073).AsDouble(), 1.0);
+  EXPECT_EQ(Raw(object_, 0x7FE0, 0x0010), (Bytes{0x02, 0x01, 0x04, 0x03}));
+}
+
 TEST_F(ObjectFiles, AreSavedInTheirOwnEncoding) {
   for (const Encoding encoding : kAllEncodings) {
     SCOPED_TRACE(NameOf(encoding));
@@ -118,6 +143,10 @@ TEST_F(ObjectFiles, WithoutPixelsEndAtThem) {
     EXPECT_EQ(Raw(object_, 0x7FE0, 0x0010), Bytes());
     EXPECT_FALSE(Describe(object_, 0xFFFC, 0xFFFC).found.IsTrue());
   }
+  // It would be damaged as a file.
+  EXPECT_FAILS_WITH(object_->Save(folder_.File("out.dcm")),
+                    "VR(7FE0,0010) has a length but no value");
+  EXPECT_FALSE(std::filesystem::exists(folder_.File("out.dcm")));
 }
 
 TEST_F(ObjectFiles, ThatCannotBeReadLeaveNothing) {

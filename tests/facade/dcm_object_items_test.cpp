@@ -78,6 +78,24 @@ TEST(DCMObjectItems, WithoutAnItemAnEmptySequenceIsAdded) {
   EXPECT_EQ(CountOf(full, kGroup, kElement), 2);
 }
 
+TEST(DCMObjectItems, MakeTheirSequenceTheElementThatWasPushedLast) {
+  const auto object = ObjectWithItems(1);
+  const auto expectLast = [&](TagKey tag) {
+    const VR* const last = CoreOf(object)->LastPushedVR;
+    ASSERT_NE(last, nullptr);
+    EXPECT_EQ(last->Key(), tag);
+  };
+  constexpr TagKey kSequence = MakeTagKey(kGroup, kElement);
+  constexpr TagKey kId = MakeTagKey(0x0010, 0x0020);
+  EXPECT_EQ(Put(object, 0x0010, 0x0020, "id"), kOk);
+  expectLast(kId);
+  EXPECT_EQ(Nest(object, -1, ObjectOfPatient("a")), kOk);
+  expectLast(kSequence);
+  EXPECT_EQ(Put(object, 0x0010, 0x0010, "Doe"), kOk);
+  EXPECT_EQ(object->putref_Sequence(kGroup, kElement, 0, nullptr), kOk);
+  expectLast(kSequence);
+}
+
 TEST(DCMObjectItems, AreMoreThan16BitsCanCount) {
   const auto object = ObjectWithItems(1);
   VR& sequence = *CoreOf(object)->GetVR(kGroup, kElement);

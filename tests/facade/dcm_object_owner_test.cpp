@@ -101,6 +101,7 @@ TEST(DCMObjectOwner, OfAnItemIsItsSequence) {
   const auto object = NewObject();
   const auto given = ObjectOfPatient("a");
   EXPECT_EQ(object->putref_Sequence(0x0008, 0x1140, 0, given.Get()), kOk);
+  EXPECT_EQ(ManagerOf(given)->SetOwner(), kNo);  // before anybody asks for the item
   const auto item = ItemOf(object, 0x0008, 0x1140, 0);
   const auto other = NewObject();
   for (const auto& each : {given, item}) {
@@ -109,6 +110,17 @@ TEST(DCMObjectOwner, OfAnItemIsItsSequence) {
     EXPECT_EQ(ManagerOf(each)->PutPtr(1, CoreOf(each)), kInvalidArgument);
     EXPECT_EQ(ManagerOf(other)->PutPtr(1, CoreOf(each)), kInvalidArgument);
   }
+  EXPECT_EQ(Text(item, 0x0010, 0x0020), "a");
+}
+
+TEST(DCMObjectOwner, OfAnItemThatNobodyNestedIsItsSequenceToo) {
+  const auto object = NewObject();
+  EXPECT_EQ(object->putref_Sequence(0x0008, 0x1140, 0, ObjectOfPatient("a").Get()), kOk);
+  Ref<IDCMObject> copied;
+  EXPECT_EQ(object->copy(copied.Receive()), kOk);
+  const auto item = ItemOf(copied, 0x0008, 0x1140, 0);
+  EXPECT_EQ(ManagerOf(item)->SetOwner(), kNo);
+  EXPECT_EQ(ManagerOf(NewObject())->PutPtr(1, CoreOf(item)), kInvalidArgument);
   EXPECT_EQ(Text(item, 0x0010, 0x0020), "a");
 }
 

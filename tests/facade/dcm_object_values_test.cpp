@@ -177,6 +177,13 @@ TEST(DCMObjectDescriptions, CountNoValuesOfBytes) {
   EXPECT_EQ(Describe(object, 0x0009, 0x1001).count, 1);
 }
 
+TEST(DCMObjectDescriptions, HaveALengthBelowZeroWhereItIsUndefined) {
+  const auto object = NewObject();
+  CoreOf(object)->Push(new VR(0x7FE0, 0x0010, kUndefinedLength, nullptr));
+  EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).length, -1);
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), Bytes());
+}
+
 TEST(DCMObjectDescriptions, OfUnknownTagsHaveNoText) {
   const auto object = NewObject();
   EXPECT_EQ(Put(object, 0x0009, 0x1001, BytesValue({1, 2})), kOk);
@@ -218,7 +225,7 @@ TEST(DCMObjectRawText, KeepsBytesOfEveryKindAndCutsNothing) {
 
 TEST(DCMObjectRawText, TakesTheTypeOfTheDictionaryWhereNoneIsGiven) {
   const auto object = NewObject();
-  for (const char* none : {"", "L", "LONG"}) {
+  for (const char* none : {"", "S", "SHORT"}) {
     EXPECT_EQ(object->PutVRRawString(0x0010, 0x0020, none, "id"), kOk);
     EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, "LO") << none;
     EXPECT_EQ(object->RemoveVR(0x0010, 0x0020, nullptr), kOk);
@@ -229,6 +236,19 @@ TEST(DCMObjectRawText, TakesTheTypeOfTheDictionaryWhereNoneIsGiven) {
   EXPECT_EQ(object->PutVRRawString(0x0010, 0x0020, "LO", "id2"), kOk);
   EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, "SH");
   EXPECT_EQ(Raw(object, 0x0010, 0x0020), BytesOf("id2"));
+}
+
+TEST(DCMObjectRawText, GivesAnElementWithoutATypeTheOneThatIsNamed) {
+  const auto object = ObjectOfPatient("id");
+  VR& vr = *CoreOf(object)->GetVR(0x0010, 0x0020);
+  for (const auto& [letters, type] :
+       {std::pair("SHxx", type_code::SH), std::pair("S", type_code::LO),
+        std::pair("", type_code::LO)}) {
+    vr.TypeCode = type_code::kNone;
+    EXPECT_EQ(object->PutVRRawString(0x0010, 0x0020, letters, "new"), kOk);
+    EXPECT_EQ(vr.TypeCode, type) << letters;
+  }
+  EXPECT_EQ(Raw(object, 0x0010, 0x0020), BytesOf("new"));
 }
 
 TEST(DCMObjectRawText, ANullTextLeavesNoBytes) {
@@ -252,6 +272,18 @@ TEST(DCMObjectRawText, IsThereForTypesOfTextOnly) {
                       "Cannot convert VR to raw ASCII");
     EXPECT_EQ(text.Narrow(), "abc");
   }
+}
+
+TEST(DCMObjectRawText, OfAnElementWithoutATypeGoesByTheDictionary) {
+  const auto object = NewObject();
+  String type, text;
+  EXPECT_EQ(object->PutVRData(0x0028, 0x0010, "", BytesValue({1, 2})), kOk);
+  EXPECT_FAILS_WITH(object->GetVRRawString(0x0028, 0x0010, &type, &text),
+                    "Cannot convert VR to raw ASCII");
+  EXPECT_EQ(object->PutVRData(0x0010, 0x0020, "", BytesValue(BytesOf("id"))), kOk);
+  EXPECT_EQ(object->GetVRRawString(0x0010, 0x0020, &type, &text), kOk);
+  EXPECT_EQ(text.Narrow(), "id");
+  EXPECT_EQ(CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode, type_code::LO);
 }
 
 TEST(DCMObjectRawText, OfWhatIsNotThereIsAnEmptyText) {
