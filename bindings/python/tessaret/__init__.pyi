@@ -399,7 +399,9 @@ class IDCMObject(Object):
     | TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |
     | all others | array of bytes: the whole value, whatever VM is |
 
-    Numbers are those of the host, also where the file was big endian. Failures with words have the source "Tessaret.DCMObject".
+    Numbers are those of the host, also where the file was big endian; OW are numbers of 16 bits, whatever the pixels are. Failures with
+    words have the source "Tessaret.DCMObject". Every member answers kPointer for a place of an answer that is null, unless it says
+    that it never writes there, and kOutOfMemory with "Not enough memory" where it says nothing else.
     """
     class _VR:
         def __call__(self, Group: int, Element: int, TypeCode: Any = ..., VM: int | None = ...) -> Any:
@@ -412,8 +414,8 @@ class IDCMObject(Object):
         def put(self, Group: int, Element: int, TypeCode: Any = ..., VM: int | None = ..., newVal: Any = ...) -> None:
             """Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an
             element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException
-            "Error converting VARIANT to VR type" for a value that cannot be turned into the type, the words above for a VM, and "No data
-            object": the element is as it was.
+            "Error converting VARIANT to VR type" for a value that cannot be turned into the type and for an element with items, the words
+            above for a VM, and "No data object": the element is as it was.
             """
             ...
     @property
@@ -436,13 +438,16 @@ class IDCMObject(Object):
         ...
 
     def Set(self, Object: IDCMObject | None) -> bool:
-        """Makes this a copy of `Object`, which stays as it is. kPointer for none."""
+        """Makes this a copy of `Object`, which stays as it is. kPointer for none, and the answer of one that does not give its
+        IDcmObjectManager: nothing has changed then.
+        """
         ...
 
     def Save(self, FileName: str | PathLike[str] | None) -> bool:
         """Saves as a file with meta header, in the transfer syntax of (0002,0010), or implicit little endian where that is not there. Pixel
         data goes out as it stands. What was at `FileName` stays where the new file cannot be written whole: kException, with the words of
-        the encoder or the system.
+        the encoder or the system, or "Empty object". An explicit syntax has no place for more than 65535 bytes in types other than OB,
+        OW, UN and UT: a longer value makes what follows it unreadable.
         """
         ...
 
@@ -472,9 +477,10 @@ class IDCMObject(Object):
         def __setitem__(self, arguments: Any, value: IDCMObject | None) -> None: ...
         def put(self, Group: int, Element: int, Idx: int, newVal: IDCMObject | None) -> None:
             """Makes the data set of `newVal` item `Idx` of an element: in place of the one that is there, or behind the last one where there is
-            none of this number. The element is added where it is not there; with no `newVal` nothing else happens. `newVal` shows the item from then on and no longer owns it.
-            kInvalidArgument where `newVal` does not own its data set, or this object lies in it, and nothing has changed;
-            kException "No data object".
+            none of this number. The element is added where it is not there; with no `newVal` nothing else happens. `newVal` shows the item
+            from then on and no longer owns it. Where it fails nothing has changed: kInvalidArgument for a `newVal` that does not own its data
+            set, or in which this object lies; the answer of one that does not give its IDcmObjectManager; kException "No data object", "The
+            element holds a value: remove it first".
             """
             ...
     @property
@@ -501,7 +507,8 @@ class IDCMObject(Object):
 
     def PutVRRawString(self, Group: int, Elem: int, TypeCode: str | PathLike[str] | None, val: str | PathLike[str] | None) -> bool:
         """Replaces the whole value of an element by `val`, a byte a character, as it is: nothing is padded or cut. The element is added where
-        there is none. TypeCode counts for an element without a type. kException "No data object".
+        there is none. TypeCode counts for an element without a type. kException "No data object", "The element holds items: remove it
+        first".
         """
         ...
 
@@ -523,8 +530,8 @@ class IDCMObject(Object):
 
     def Translate(self, trSyntax: str | PathLike[str] | None = ...) -> bool:
         """Turns the pixel data, here in memory, into another transfer syntax, and names it in (0002,0010). Without `trSyntax` it becomes
-        native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. kException
-        with the words of the codec.
+        native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. True, with
+        nothing done, for pixel data without bytes. kException with the words of the codec, or "No data object".
         """
         ...
 
@@ -537,7 +544,7 @@ class IDCMObject(Object):
     def PutVRData(self, Group: int, Element: int, TypeCode: str | PathLike[str] | None, BinArray: Any) -> bool:
         """Replaces the bytes of an element by those of an array with one dimension, as they are; the element is added where there is none. Its
         type becomes the first two characters of TypeCode, whatever it was; 0 for an empty text. kException "No data object", "Only BYTE
-        vectors allowed", "PutVRData: Only 1 dim BYTE vectors allowed".
+        vectors allowed", "PutVRData: Only 1 dim BYTE vectors allowed", "The element holds items: remove it first".
         """
         ...
 
@@ -584,9 +591,10 @@ class IDcmObjectManager(Object):
         ...
 
     def PutPtr(self, SetOwnership: int, newVal: IDataSetHandle | None) -> bool:
-        """Shows another data set; the one that was here is destroyed if it was owned. With SetOwnership other than 0 this object becomes the
-        owner; kInvalidArgument, with nothing changed, where the data set belongs to another object or to a sequence, and by name
-        where the handle does not own it.
+        """Shows another data set; the one that was here is destroyed if it was owned. The one that is here already stays; with SetOwnership
+        0 an owner gives it up, to the caller or by name to the handle. With SetOwnership other than 0 this object becomes the owner;
+        kInvalidArgument, with nothing changed, where the data set belongs to another object or to a sequence, and by name where the
+        handle does not own it.
         """
         ...
 

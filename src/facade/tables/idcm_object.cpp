@@ -39,15 +39,17 @@ constexpr MemberInfo kMembers[] = {
         "that an element of type UN can be read as what it is. kException \"Error: VR type ST,LT and UT have VM=1\" for another VM in these."},
 {"VR", MemberKind::kPut, kArguments1.data(), kArguments1.size(), "Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an\n"
         "element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException\n"
-        "\"Error converting VARIANT to VR type\" for a value that cannot be turned into the type, the words above for a VM, and \"No data\n"
-        "object\": the element is as it was."},
+        "\"Error converting VARIANT to VR type\" for a value that cannot be turned into the type and for an element with items, the words\n"
+        "above for a VM, and \"No data object\": the element is as it was."},
 {"VRMultiplicity", MemberKind::kGet, kArguments2.data(), kArguments2.size(), "How many values an element has: 0 for one that is not there, 1 for types that are not divided."},
 {"Clear", MemberKind::kMethod, kArguments3.data(), kArguments3.size(), "Removes all elements. Where there is no data set, an empty one is there afterwards."},
 {"copy", MemberKind::kMethod, kArguments4.data(), kArguments4.size(), "A new object with a copy of everything, independent at every depth."},
-{"Set", MemberKind::kMethod, kArguments5.data(), kArguments5.size(), "Makes this a copy of `Object`, which stays as it is. kPointer for none."},
+{"Set", MemberKind::kMethod, kArguments5.data(), kArguments5.size(), "Makes this a copy of `Object`, which stays as it is. kPointer for none, and the answer of one that does not give its\n"
+        "IDcmObjectManager: nothing has changed then."},
 {"Save", MemberKind::kMethod, kArguments6.data(), kArguments6.size(), "Saves as a file with meta header, in the transfer syntax of (0002,0010), or implicit little endian where that is not there. Pixel\n"
         "data goes out as it stands. What was at `FileName` stays where the new file cannot be written whole: kException, with the words of\n"
-        "the encoder or the system."},
+        "the encoder or the system, or \"Empty object\". An explicit syntax has no place for more than 65535 bytes in types other than OB,\n"
+        "OW, UN and UT: a longer value makes what follows it unreadable."},
 {"Load", MemberKind::kMethod, kArguments7.data(), kArguments7.size(), "Loads a file. What was here is gone, also when it fails. With LoadPixels exactly true (-1) the pixel data is there and native, and\n"
         "(0002,0010) says so; otherwise (7FE0,0010) comes without bytes and the file is not read beyond it. A file that ends early is there\n"
         "as far as it goes. kException with the words of the reader where nothing can be read, \"Unsupported Encapsulated Transfer Syntax\"\n"
@@ -56,9 +58,10 @@ constexpr MemberInfo kMembers[] = {
 {"Sequence", MemberKind::kGet, kArguments9.data(), kArguments9.size(), "Item `Idx` of an element, from 0; none where there is no such item. The item belongs to this object, which lives as long as what is\n"
         "given here; once it is removed or replaced, that has no data set any more."},
 {"Sequence", MemberKind::kPutRef, kArguments10.data(), kArguments10.size(), "Makes the data set of `newVal` item `Idx` of an element: in place of the one that is there, or behind the last one where there is\n"
-        "none of this number. The element is added where it is not there; with no `newVal` nothing else happens. `newVal` shows the item from then on and no longer owns it.\n"
-        "kInvalidArgument where `newVal` does not own its data set, or this object lies in it, and nothing has changed;\n"
-        "kException \"No data object\"."},
+        "none of this number. The element is added where it is not there; with no `newVal` nothing else happens. `newVal` shows the item\n"
+        "from then on and no longer owns it. Where it fails nothing has changed: kInvalidArgument for a `newVal` that does not own its data\n"
+        "set, or in which this object lies; the answer of one that does not give its IDcmObjectManager; kException \"No data object\", \"The\n"
+        "element holds a value: remove it first\"."},
 {"GetVRDescr", MemberKind::kMethod, kArguments11.data(), kArguments11.size(), "What an element is: `Descr` is its name in the dictionary, `TypeCode` the two letters of its type, `Length` its bytes (-1 for an\n"
         "undefined length), `VM` the number of its values, 0 for OB, OW and UN. False where there is no such element; `VM` is 0 then and the\n"
         "rest untouched."},
@@ -66,20 +69,21 @@ constexpr MemberInfo kMembers[] = {
 {"RemoveSequence", MemberKind::kMethod, kArguments13.data(), kArguments13.size(), "Does nothing. `Removed` is never written."},
 {"Send", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words."},
 {"PutVRRawString", MemberKind::kMethod, kArguments15.data(), kArguments15.size(), "Replaces the whole value of an element by `val`, a byte a character, as it is: nothing is padded or cut. The element is added where\n"
-        "there is none. TypeCode counts for an element without a type. kException \"No data object\"."},
+        "there is none. TypeCode counts for an element without a type. kException \"No data object\", \"The element holds items: remove it\n"
+        "first\"."},
 {"GetVRRawString", MemberKind::kMethod, kArguments16.data(), kArguments16.size(), "The whole value of an element as text, padding and backslashes included; \"\" where there is none. `TypeCode` is never written.\n"
         "kException \"Cannot convert VR to raw ASCII\" for an element that holds no text."},
 {"GetFirstVR", MemberKind::kMethod, kArguments17.data(), kArguments17.size(), "The lowest tag. False, with nothing written, for an empty object."},
 {"GetNextVR", MemberKind::kMethod, kArguments18.data(), kArguments18.size(), "The tag behind the one that is given, in the same place. False, with nothing written, where the tag given is the last one or not\n"
         "there."},
 {"Translate", MemberKind::kMethod, kArguments19.data(), kArguments19.size(), "Turns the pixel data, here in memory, into another transfer syntax, and names it in (0002,0010). Without `trSyntax` it becomes\n"
-        "native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. kException\n"
-        "with the words of the codec."},
+        "native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. True, with\n"
+        "nothing done, for pixel data without bytes. kException with the words of the codec, or \"No data object\"."},
 {"GetVRData", MemberKind::kMethod, kArguments20.data(), kArguments20.size(), "The bytes of an element, as an array with one dimension from 0; empty where it has none. `TypeCode` gets its two letters.\n"
         "kException \"Empty object\", \"Non existing VR\", \"Not enough memory for VR Data\"."},
 {"PutVRData", MemberKind::kMethod, kArguments21.data(), kArguments21.size(), "Replaces the bytes of an element by those of an array with one dimension, as they are; the element is added where there is none. Its\n"
         "type becomes the first two characters of TypeCode, whatever it was; 0 for an empty text. kException \"No data object\", \"Only BYTE\n"
-        "vectors allowed\", \"PutVRData: Only 1 dim BYTE vectors allowed\"."},
+        "vectors allowed\", \"PutVRData: Only 1 dim BYTE vectors allowed\", \"The element holds items: remove it first\"."},
 {"IntersectPlane", MemberKind::kMethod, kArguments22.data(), kArguments22.size(), "The line in which this image and another one meet. Not available in this version: kNotImplemented, with words. With `Pixels` exactly\n"
         "true the ends `p0` and `p1` will be in pixels of this image, otherwise in patient millimetres: arrays of three floats."},
 {"CreateSecondaryCapture", MemberKind::kMethod, kArguments23.data(), kArguments23.size(), "Makes this a Secondary Capture image of a picture, with the patient and study of `pIRefDcm`. Not available in this version:\n"
@@ -137,7 +141,9 @@ static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 25, "A da
         "| TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |\n"
         "| all others | array of bytes: the whole value, whatever VM is |\n"
         "\n"
-        "Numbers are those of the host, also where the file was big endian. Failures with words have the source \"Tessaret.DCMObject\"."}, kCalls};
+        "Numbers are those of the host, also where the file was big endian; OW are numbers of 16 bits, whatever the pixels are. Failures with\n"
+        "words have the source \"Tessaret.DCMObject\". Every member answers kPointer for a place of an answer that is null, unless it says\n"
+        "that it never writes there, and kOutOfMemory with \"Not enough memory\" where it says nothing else."}, kCalls};
 return kTable;
 }
 

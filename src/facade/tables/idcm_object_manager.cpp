@@ -23,9 +23,10 @@ constexpr MemberInfo kMembers[] = {
         "sequence."},
 {"GetPtr", MemberKind::kMethod, kArguments2.data(), kArguments2.size(), "The data set. With GetOwnership other than 0 the caller takes it over; kFalse, with nothing given, where this object is not the\n"
         "owner. Null where there is none."},
-{"PutPtr", MemberKind::kMethod, kArguments3.data(), kArguments3.size(), "Shows another data set; the one that was here is destroyed if it was owned. With SetOwnership other than 0 this object becomes the\n"
-        "owner; kInvalidArgument, with nothing changed, where the data set belongs to another object or to a sequence, and by name\n"
-        "where the handle does not own it."},
+{"PutPtr", MemberKind::kMethod, kArguments3.data(), kArguments3.size(), "Shows another data set; the one that was here is destroyed if it was owned. The one that is here already stays; with SetOwnership\n"
+        "0 an owner gives it up, to the caller or by name to the handle. With SetOwnership other than 0 this object becomes the owner;\n"
+        "kInvalidArgument, with nothing changed, where the data set belongs to another object or to a sequence, and by name where the\n"
+        "handle does not own it."},
 {"GetVR", MemberKind::kMethod, kArguments4.data(), kArguments4.size(), "Fills a record with an element: tag, type, length and a copy of its bytes. Where there is no such element, Group and Elem are -1\n"
         "and the length is 0. numseq, DDO and seq stay as they were."},
 {"PutVR", MemberKind::kMethod, kArguments5.data(), kArguments5.size(), "Makes an element as the record has it, with a copy of its bytes, in place of the value of one that is there. Nothing happens\n"
