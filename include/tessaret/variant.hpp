@@ -72,12 +72,10 @@ class Variant {
   }
   ~Variant() { Free(); }
 
-  /// Frees what is held; empty afterwards.
+  /// Frees what is held; empty afterwards, and already so for an object that looks here while it dies.
   void Clear() noexcept {
-    Free();
-    type_ = VariantType::kEmpty;
-    isArray_ = false;
-    value_ = {};
+    Variant former;
+    Swap(former);
   }
 
   /// Of an array: the type of its entries.

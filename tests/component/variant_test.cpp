@@ -150,6 +150,40 @@ TEST(Variant, HoldsAReferenceToItsObjectAsLongAsItLives) {
   EXPECT_EQ(object.references, 1u);
 }
 
+/// Clears the value that held it when its last reference goes.
+class ClearingObject final : public IObject {
+ public:
+  Status QueryInterface(const InterfaceId&, void** object) override {
+    *object = nullptr;
+    return kNoInterface;
+  }
+  std::uint32_t AddRef() override { return static_cast<std::uint32_t>(++references); }
+  std::uint32_t Release() override {
+    if (--references == 0) {
+      sawItself = holder->AsObject() != nullptr;
+      holder->Clear();
+    }
+    return 0;
+  }
+
+  int references = 0;
+  bool sawItself = false;
+  Variant* holder = nullptr;
+};
+
+TEST(Variant, IsEmptyAlreadyWhileItsObjectDies) {
+  ClearingObject object;
+  Variant value(&object);
+  object.holder = &value;
+  value.Clear();
+  EXPECT_EQ(object.references, 0);
+  EXPECT_FALSE(object.sawItself);
+  value = Variant(&object);
+  value = Variant(5);
+  EXPECT_EQ(object.references, 0);
+  EXPECT_FALSE(object.sawItself);
+}
+
 TEST(Ref, HoldsOneReference) {
   CountedObject object;
   {
