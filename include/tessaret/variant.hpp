@@ -137,12 +137,15 @@ class Variant {
   /// Turns the value into `type` in place.
   ///  - Numbers, booleans and dates: by value; fractions are rounded to the nearest whole number, halves to the even one. Any
   ///    number but 0 is true, which becomes -1. kOverflow where it does not fit; not-a-number fits no whole number.
-  ///  - From text: a decimal number as in "-12.5e3", "True" and "False" in any case for any number (-1 and 0), and dates in the
-  ///    forms that tessaret/calendar.hpp lists; blanks around them count for nothing. kTypeMismatch for any other text.
+  ///  - From text: a decimal number as in "-12.5e3", too small a one being 0; "True" and "False" in any case for any number (-1
+  ///    and 0); dates as 2001-02-03, 2001/02/03, 2001.02.03 or 20010203, alone or with a time behind a blank or T, and times
+  ///    alone, on 1899-12-30, as 14:05, 14:05:06 or 14:05:06.25. Blanks around them count for nothing. kTypeMismatch for any
+  ///    other text, and for a number too large for a double.
   ///  - To text: whole numbers in decimal, others in the shortest form that reads back the same, "True" or "False", dates as
-  ///    2001-02-03, with 14:05:06 behind a blank unless that is midnight, and with .250 where milliseconds are not 0.
+  ///    2001-02-03, with 14:05:06 behind a blank unless that is midnight, and with .250 where milliseconds are not 0; a date
+  ///    outside the years 100 to 9999 as its number of days.
   ///  - Empty becomes 0, midnight of 1899-12-30 or empty text.
-  /// kTypeMismatch for objects and arrays, unless they have that type already. Nothing changes after a failure.
+  /// kTypeMismatch for objects and arrays, unless they have that type already; kOutOfMemory. Nothing changes after a failure.
   [[nodiscard]] Status ChangeType(VariantType type);
 
  private:

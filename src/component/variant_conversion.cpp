@@ -6,6 +6,7 @@
 #include <cmath>
 #include <limits>
 
+#include "base/leading_number.h"
 #include "base/text.h"
 #include "tessaret/calendar.hpp"
 
@@ -37,12 +38,12 @@ std::optional<std::string> PlainText(std::u16string_view units) {
 
 std::optional<double> ParseNumber(std::string_view text) {
   if (text.starts_with('+') && !text.starts_with("+-")) text.remove_prefix(1);
-  // Words for infinity and no number are none that a person would write.
-  if (text.find_first_of("nN") != std::string_view::npos) return std::nullopt;
   double value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  return value;
+  if (end != text.data() + text.size() || error == std::errc::invalid_argument) return std::nullopt;
+  // One too small for a double is 0, like one too small for a float. One too large is none, nor are the words for infinity.
+  if (error == std::errc::result_out_of_range) value = LeadingDouble(text);
+  return std::isfinite(value) ? std::optional(value) : std::nullopt;
 }
 
 std::optional<Number> NumberIn(std::u16string_view units, VariantType wanted) {

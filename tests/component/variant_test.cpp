@@ -228,6 +228,16 @@ TEST(VariantConversion, WholeNumbersFitOrOverflow) {
   EXPECT_EQ(Refusal(Variant(std::numeric_limits<double>::infinity()), Type::kLong), kOverflow);
 }
 
+TEST(VariantConversion, NumbersOfEveryWidthKeepTheirValue) {
+  EXPECT_EQ(Changed(Variant(std::int16_t{-300}), Type::kLong).AsLong(), -300);
+  EXPECT_EQ(Changed(Variant(std::int8_t{-100}), Type::kLong).AsLong(), -100);
+  EXPECT_EQ(Changed(Variant(std::uint8_t{200}), Type::kShort).AsShort(), 200);
+  EXPECT_EQ(Changed(Variant(-70000), Type::kDouble).AsDouble(), -70000);
+  EXPECT_EQ(Changed(Variant(0.5f), Type::kDouble).AsDouble(), 0.5);
+  EXPECT_EQ(Refusal(Variant(std::int8_t{-1}), Type::kByte), kOverflow);
+  EXPECT_EQ(Refusal(Variant(std::uint8_t{128}), Type::kSignedByte), kOverflow);
+}
+
 TEST(VariantConversion, HalvesGoToTheEvenNumber) {
   EXPECT_EQ(Changed(Variant(0.5), Type::kLong).AsLong(), 0);
   EXPECT_EQ(Changed(Variant(1.5), Type::kLong).AsLong(), 2);
@@ -267,6 +277,7 @@ TEST(VariantConversion, FloatingPointKeepsWhatItCan) {
 TEST(VariantConversion, TrueIsMinusOneAndAnyNumberButZero) {
   EXPECT_EQ(Changed(Variant(true), Type::kLong).AsLong(), -1);
   EXPECT_EQ(Changed(Variant(true), Type::kByte).AsByte(), 255);
+  EXPECT_EQ(Changed(Variant("true"), Type::kByte).AsByte(), 255);
   EXPECT_EQ(Changed(Variant(false), Type::kByte).AsByte(), 0);
   EXPECT_EQ(Changed(Variant(true), Type::kDouble).AsDouble(), -1);
   EXPECT_EQ(Changed(Variant(2), Type::kBool).AsBool().value, -1);
@@ -289,12 +300,24 @@ TEST(VariantConversion, TextIsReadAsADecimalNumber) {
   EXPECT_EQ(Changed(Variant(".5"), Type::kDouble).AsDouble(), 0.5);
   EXPECT_EQ(Changed(Variant("5."), Type::kDouble).AsDouble(), 5);
   for (const char* text : {"", " ", "x", "12x", "1,5", "+-1", "++1", "--1", "0x10", "inf", "nan",
-                           "-infinity", "1 2", "\xC3\xA4", "\xD9\xA1"}) {
+                           "-infinity", "nan(1)", "1 2", "\xC3\xA4", "\xD9\xA1", "\xC4\xB1"}) {
     EXPECT_EQ(Refusal(Variant(text), Type::kDouble), kTypeMismatch) << text;
     EXPECT_EQ(Refusal(Variant(text), Type::kLong), kTypeMismatch) << text;
   }
   EXPECT_EQ(Refusal(Variant("40000"), Type::kShort), kOverflow);
   EXPECT_EQ(Refusal(Variant("1e400"), Type::kDouble), kTypeMismatch);
+  EXPECT_EQ(Refusal(Variant("-1e400"), Type::kDouble), kTypeMismatch);
+  EXPECT_EQ(Refusal(Variant("1e-400x"), Type::kDouble), kTypeMismatch);
+}
+
+TEST(VariantConversion, TextOfANumberTooSmallForItsTypeIsZero) {
+  for (const char* text : {"1e-400", "-1e-400", "+1e-99999999999", "0.1e-50"}) {
+    EXPECT_EQ(Changed(Variant(text), Type::kFloat).AsFloat(), 0) << text;
+    EXPECT_EQ(Changed(Variant(text), Type::kLong).AsLong(), 0) << text;
+  }
+  EXPECT_EQ(Changed(Variant("1e-400"), Type::kDouble).AsDouble(), 0);
+  // The smallest double, 2^-1074, is none of them.
+  EXPECT_EQ(Changed(Variant("4.9406564584124654e-324"), Type::kDouble).AsDouble(), 0x1p-1074);
 }
 
 TEST(VariantConversion, NumbersBecomeTheirShortestText) {
@@ -371,6 +394,8 @@ TEST(VariantConversion, ConvertsBesideTheSource) {
   EXPECT_EQ(from.AsString(), u"12");
   EXPECT_EQ(ConvertVariant(Variant("x"), Type::kShort, to), kTypeMismatch);
   EXPECT_EQ(to.AsShort(), 12);
+  EXPECT_EQ(ConvertVariant(from, Type::kString, to), kOk);
+  EXPECT_EQ(to.AsString(), u"12");
 }
 
 TEST(VariantArray, KeepsBoundsTypeAndEntries) {
