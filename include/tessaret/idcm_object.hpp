@@ -18,7 +18,7 @@ namespace tessaret {
 /// | AE AS CS LO LT PN SH ST UI UT | string, a character a byte of the file, without padding at its end |
 /// | IS, SL, US, AT | long; of an AT group and element are values of their own |
 /// | SS | short |
-/// | DS, FD, UL | double |
+/// | DS, FD, UL | double; a DS that is put gets six digits behind its point, a UL that is put is a long |
 /// | FL | float |
 /// | DA, DT | date |
 /// | TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |
@@ -32,8 +32,9 @@ class IDCMObject : public IDispatch {
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F02001};
   static constexpr const char* kName = "IDCMObject";
 
-  /// A value of an element; empty where there is no such element or value. A TypeCode replaces the type of the element for good, so
-  /// that an element of type UN can be read as what it is. kException "Error: VR type ST,LT and UT have VM=1" for another VM in these.
+  /// A value of an element; empty where there is no such element or value, but a string with nothing in it for a text that an
+  /// element with others does not have. A TypeCode replaces the type of the element for good, so that an element of type UN can be
+  /// read as what it is. kException "Error: VR type ST,LT and UT have VM=1" for another VM in these.
   virtual Status get_VR(std::int32_t Group, std::int32_t Element, Optional<const Variant&> TypeCode,
                         Optional<std::int32_t> VM, Result<Variant> pVal) = 0;
 

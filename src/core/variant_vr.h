@@ -48,7 +48,6 @@ class CVariantVR {
   [[nodiscard]] Variant TimeAt(std::int32_t index);
   bool PutDecimal(const Variant& value, std::int32_t index);
   bool PutInteger(const Variant& value, std::int32_t index);
-  bool PutTime(const Variant& value, std::int32_t index);
   bool PutBytes(const Variant& value);
 
   VR* vr_;
