@@ -50,8 +50,17 @@ TEST(BinaryVR, HasNoValueWithoutData) {
   VR vr;
   vr.Length = 8;
   EXPECT_EQ(test::Got(VrUS(vr), 0), kNoValue);
+  EXPECT_EQ(FindBinaryValue(vr, 1, 2), nullptr);
   EXPECT_TRUE(VrUS(vr).PutValue(0, "ab"));
   EXPECT_EQ(Held(vr), "ab");
+}
+
+TEST(BinaryVR, HasNoValueAtANegativeIndexHoweverLongItIs) {
+  std::uint8_t byte = 0;
+  // The place alone is asked for; -2147483648 taken for 2147483648 would lie within.
+  VR vr(0, 0, 0xFFFFFFFE, &byte, false);
+  EXPECT_EQ(FindBinaryValue(vr, kFirst, 1), nullptr);
+  EXPECT_EQ(FindBinaryValue(vr, 0, 1), &byte);
 }
 
 TEST(BinaryVR, PutsAValueInItsPlace) {
@@ -83,6 +92,9 @@ TEST(BinaryVR, RefusesWhatCannotBeAValue) {
   sequence.AddItem(new DICOMObject);
   EXPECT_FALSE(VrUS(sequence).PutValue(0, "XY"));
   EXPECT_EQ(sequence.Data, nullptr);
+  sequence.ReplaceValue("ab", 2);
+  EXPECT_FALSE(VrUS(sequence).PutValue(0, "XY"));
+  EXPECT_EQ(Held(sequence), "ab");
 }
 
 TEST(BinaryVR, LeavesOnlySoManyValuesEmpty) {
@@ -108,6 +120,16 @@ TEST(BinaryVR, WritesOwnBytesWhereTheyStand) {
   EXPECT_TRUE(VrUS(*vr).PutValue(49, "XY"));
   EXPECT_EQ(vr->Data, bytes);
   EXPECT_EQ(Held(*vr), test::Many(98, 'a', "XY"));
+}
+
+TEST(BinaryVR, TakesAValueFromItsOwnBytes) {
+  const auto vr = Owned(type_code::UL, "abcdefgh");
+  EXPECT_TRUE(VrUL(*vr).PutValue(0, std::string_view(Held(*vr)).substr(2, 4)));
+  EXPECT_EQ(Held(*vr), "cdefefgh");
+  EXPECT_TRUE(VrUL(*vr).PutValue(0, ValueText(*vr).substr(2, 4)));
+  EXPECT_EQ(Held(*vr), "efefefgh");
+  EXPECT_TRUE(VrUL(*vr).PutValue(3, ValueText(*vr).substr(4, 4)));
+  EXPECT_EQ(Held(*vr), WithNuls("efefefgh\0\0\0\0efgh"));
 }
 
 TEST(BinaryVR, NumbersLieInTheOrderOfTheMachine) {

@@ -60,9 +60,11 @@ TEST(PersonName, WhatFollowsTheFourthSeparatorIsTheSuffix) {
 TEST(PersonName, ValuesGoThroughTheFormForPeopleWhereTheyHaveSeparators) {
   EXPECT_EQ(ValueAt<VrPN>("Doe^John\\Roe^Jane ", 1), "Roe, Jane");
   EXPECT_EQ(ValueAt<VrPN>("Doe ", 0), "Doe");
+  EXPECT_EQ(ValueAt<VrPN>(std::string(100, 'x'), 0), std::string(100, 'x'));
   EXPECT_EQ(ValueAt<VrPN>("Doe", 1), kNoValue);
   EXPECT_EQ(AfterPut<VrPN>("", 0, "Doe, John"), "Doe^John");
   EXPECT_EQ(AfterPut<VrPN>("", 0, "Doe^John^^^"), "Doe^John^^^");
+  EXPECT_EQ(AfterPut<VrPN>("", 0, "Doe, Jr^John"), "Doe, Jr^John");
   EXPECT_EQ(AfterPut<VrPN>("Doe^John", 1, "Roe, Jane"), "Doe^John\\Roe^Jane");
   EXPECT_EQ(AfterPut<VrPN>("Doe^John", -1, "Roe, Jane"), kNoValue);
 }

@@ -116,6 +116,10 @@ TEST(PutText, CutsToTheLimitOfTheType) {
     EXPECT_EQ(AfterPutText(type, "", 0, most), most) << type;
     EXPECT_EQ(AfterPutText(type, "", 0, most + "8"), most) << type;
     EXPECT_EQ(AfterPutText(type, "", 0, most.substr(1)), most.substr(1)) << type;
+    if (type == type_code::ST) continue;
+    EXPECT_EQ(AfterPutText(type, "1\\2\\3", 1, most + "8"), "1\\" + most + "\\3") << type;
+    EXPECT_EQ(AfterPutText(type, "1", 4, most + "8"), "1\\" + most) << type;
+    EXPECT_EQ(AfterPutText(type, "", 2, most + "8"), "\\\\" + most) << type;
   }
 }
 
@@ -196,6 +200,7 @@ TEST(StringVR, FromTheWireTheTextIsTerminatedBehindItsLastCharacter) {
 
 TEST(VrUI, ToTheWireBlanksAtTheEndBecomeNuls) {
   EXPECT_EQ(ToWire<VrUI>("1.2  "), WithNuls("1.2\0\0"));
+  EXPECT_EQ(ToWire<VrUI>(WithNuls("1.2 \0")), WithNuls("1.2\0\0"));
   EXPECT_EQ(ToWire<VrUI>("1 2"), "1 2");
   EXPECT_EQ(ToWire<VrUI>("  "), WithNuls("\0\0"));
   EXPECT_EQ(FromWire<VrUI>("1.2 "), WithNuls("1.2\0"));
@@ -245,6 +250,21 @@ TEST(StringVR, RefusesAnImpossibleIndex) {
   EXPECT_EQ(AfterPut<VrTM>("09", 65536, "10"), "09" + test::Many(65536, '\\', "10"));
   EXPECT_EQ(AfterPut<VrTM>("", 65535, "10"), test::Many(65535, '\\', "10"));
   EXPECT_EQ(AfterPut<VrTM>("", 65536, "10"), kNoValue);
+}
+
+TEST(StringVR, RefusesATextThatNoElementCanHold) {
+  const auto vr = Owned(type_code::LO, "old");
+  // The length alone is looked at.
+  EXPECT_FALSE(VrLO(*vr).PutValue(0, std::string_view("x", std::size_t{kLongestValue} + 1)));
+  EXPECT_EQ(Held(*vr), "old");
+}
+
+TEST(StringVR, TakesATextFromItsOwnBytes) {
+  const auto vr = Owned(type_code::LO, "one\\two");
+  EXPECT_TRUE(VrLO(*vr).PutValue(0, ValueText(*vr).substr(4)));
+  EXPECT_EQ(Held(*vr), "two\\two");
+  EXPECT_TRUE(VrLT(*vr).PutValue(0, ValueText(*vr).substr(1, 4)));
+  EXPECT_EQ(Held(*vr), "wo\\t");
 }
 
 TEST(StringVR, FillsValuesOfAWidthWithBlanksAndCutsThemToTheirLimit) {

@@ -355,6 +355,14 @@ TEST(VariantToVR, PutsByTheTypeThatItIsToldAndLeavesTheElements) {
   EXPECT_TRUE(CVariantVR(vr.get(), type_code::DS).VariantToVR(Variant(1.5), 0));
   EXPECT_EQ(Held(*vr), "1.500000");
   EXPECT_EQ(vr->TypeCode, type_code::UN);
+  // A type of one text, which has another limit and no second value.
+  const auto text = Owned(type_code::ST, "");
+  EXPECT_TRUE(CVariantVR(text.get(), type_code::SH).VariantToVR(Variant(std::string(20, 's')), 0));
+  EXPECT_EQ(Held(*text), std::string(16, 's'));
+  EXPECT_TRUE(CVariantVR(text.get(), type_code::SH).VariantToVR(Variant("two"), 1));
+  EXPECT_TRUE(CVariantVR(text.get(), type_code::IS).VariantToVR(Variant(3), 2));
+  EXPECT_TRUE(CVariantVR(text.get(), type_code::DS).VariantToVR(Variant(4), 3));
+  EXPECT_EQ(Held(*text), std::string(16, 's') + "\\two\\3\\4.000000");
 }
 
 }  // namespace

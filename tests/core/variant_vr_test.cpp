@@ -67,6 +67,7 @@ TEST(Multiplicity, OfTextsIsOneMoreThanBackslashes) {
     EXPECT_EQ(Multiplicity(type, "a"), 1u) << type;
     EXPECT_EQ(Multiplicity(type, "a\\"), 2u) << type;
     EXPECT_EQ(Multiplicity(type, "a\\b\\c"), 3u) << type;
+    EXPECT_EQ(Multiplicity(type, std::string(65536, '\\')), 65537u) << type;
     VR unread;
     unread.TypeCode = type;
     unread.Length = 10;
@@ -111,6 +112,10 @@ TEST(VRToVariant, AnElementWithoutBytesIsEmptyWhateverItsType) {
     }
     vr.Length = 8;
     ASSERT_TRUE(CVariantVR(&vr).VRToVariant(0).IsEmpty()) << type;
+    std::uint8_t bytes[] = {'1', '2'};
+    VR noLength(0, 0, 0, bytes, false);
+    noLength.TypeCode = static_cast<VrCode>(type);
+    ASSERT_TRUE(CVariantVR(&noLength).VRToVariant(0).IsEmpty()) << type;
   }
 }
 
@@ -156,6 +161,7 @@ TEST(VRToVariant, BytesOfTextComeOutUnchanged) {
 TEST(VRToVariant, ALoneTextIsTheWholeValue) {
   for (const VrCode type : {type_code::ST, type_code::LT, type_code::UT}) {
     EXPECT_EQ(Text(Got(type, "C:\\data  ")), "C:\\data") << type;
+    EXPECT_EQ(Text(Got(type, WithNuls("text \0"))), "text") << type;
     for (const std::int32_t index : {1, 2, -1, kLast, kFirst}) {
       try {
         static_cast<void>(Got(type, "text", index));
@@ -282,6 +288,8 @@ TEST(VRToVariant, AllOtherTypesAreTheirBytesWhateverTheIndex) {
 TEST(VRToVariant, ConvertsByTheTypeThatItIsToldAndLeavesTheElements) {
   const auto vr = Owned(type_code::UN, "Doe^John");
   EXPECT_EQ(Text(CVariantVR(vr.get(), type_code::PN).VRToVariant(0)), "Doe^John");
+  EXPECT_EQ(CVariantVR(vr.get(), type_code::US).VRMultiplicity(), 4u);
+  EXPECT_EQ(CVariantVR(vr.get()).VRMultiplicity(), 1u);
   EXPECT_EQ(vr->TypeCode, type_code::UN);
 }
 
