@@ -64,6 +64,9 @@ TEST(LeadingDouble, ANumberTooLargeIsInfiniteAndOneTooSmallIsZero) {
   EXPECT_EQ(LeadingDouble("0." + std::string(1000, '0') + "1"), 0.0);
   EXPECT_EQ(LeadingDouble("1000e-400"), 0.0);
   EXPECT_EQ(LeadingDouble("0e999999"), 0.0);
+  // A zero has no sign, so that it is shown without one.
+  for (const char* text : {"-0", "-0.0", "-1e-999999"})
+    EXPECT_FALSE(std::signbit(LeadingDouble(text))) << text;
 }
 
 }  // namespace
