@@ -393,7 +393,7 @@ class IDCMObject(Object):
     | AE AS CS LO LT PN SH ST UI UT | string, a character a byte of the file, without padding at its end |
     | IS, SL, US, AT | long; of an AT group and element are values of their own |
     | SS | short |
-    | DS, FD, UL | double |
+    | DS, FD, UL | double; a DS that is put gets six digits behind its point, a UL that is put is a long |
     | FL | float |
     | DA, DT | date |
     | TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |
@@ -405,8 +405,9 @@ class IDCMObject(Object):
     """
     class _VR:
         def __call__(self, Group: int, Element: int, TypeCode: Any = ..., VM: int | None = ...) -> Any:
-            """A value of an element; empty where there is no such element or value. A TypeCode replaces the type of the element for good, so
-            that an element of type UN can be read as what it is. kException "Error: VR type ST,LT and UT have VM=1" for another VM in these.
+            """A value of an element; empty where there is no such element or value, but a string with nothing in it for a text that an
+            element with others does not have. A TypeCode replaces the type of the element for good, so that an element of type UN can be
+            read as what it is. kException "Error: VR type ST,LT and UT have VM=1" for another VM in these.
             """
             ...
         def __getitem__(self, arguments: Any) -> Any: ...

@@ -35,8 +35,9 @@ constexpr auto kArguments23 = Signature<decltype(&I::CreateSecondaryCapture)>::D
 constexpr auto kArguments24 = Signature<decltype(&I::AddOverlay)>::Describe({{{"ovlIndex", ArgumentFlow::kOut}, {"x0", ArgumentFlow::kIn}, {"y0", ArgumentFlow::kIn}, {"x1", ArgumentFlow::kIn}, {"y1", ArgumentFlow::kIn}, {"type", ArgumentFlow::kIn}, {"description", ArgumentFlow::kIn}}});
 
 constexpr MemberInfo kMembers[] = {
-{"VR", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "A value of an element; empty where there is no such element or value. A TypeCode replaces the type of the element for good, so\n"
-        "that an element of type UN can be read as what it is. kException \"Error: VR type ST,LT and UT have VM=1\" for another VM in these."},
+{"VR", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "A value of an element; empty where there is no such element or value, but a string with nothing in it for a text that an\n"
+        "element with others does not have. A TypeCode replaces the type of the element for good, so that an element of type UN can be\n"
+        "read as what it is. kException \"Error: VR type ST,LT and UT have VM=1\" for another VM in these."},
 {"VR", MemberKind::kPut, kArguments1.data(), kArguments1.size(), "Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an\n"
         "element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException\n"
         "\"Error converting VARIANT to VR type\" for a value that cannot be turned into the type and for an element with items, the words\n"
@@ -135,7 +136,7 @@ static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 25, "A da
         "| AE AS CS LO LT PN SH ST UI UT | string, a character a byte of the file, without padding at its end |\n"
         "| IS, SL, US, AT | long; of an AT group and element are values of their own |\n"
         "| SS | short |\n"
-        "| DS, FD, UL | double |\n"
+        "| DS, FD, UL | double; a DS that is put gets six digits behind its point, a UL that is put is a long |\n"
         "| FL | float |\n"
         "| DA, DT | date |\n"
         "| TM | string such as 14:05:06; a string that is put has the form 14:05:06.250 |\n"
