@@ -203,6 +203,29 @@ TEST(DCMObjectItems, OfAStrangerComeByTheWayToItsDataSet) {
   EXPECT_EQ(Nest(ObjectWithItems(1), 0, given), kOk);
 }
 
+TEST(DCMObjectItems, OfAStrangerThatChangesItsMindGoBackToIt) {
+  const auto object = ObjectWithItems(1);
+  DICOMObject shown;
+  DICOMObject other;
+  const auto nest = [&](StrangeManager& manager) {
+    Stranger given([&](const InterfaceId&, void** found) {
+      *found = &manager;
+      return kOk;
+    });
+    return object->putref_Sequence(kGroup, kElement, -1, &given);
+  };
+  StrangeManager swaps([&](bool takes) { return takes ? &other : &shown; });
+  EXPECT_EQ(nest(swaps), kInvalidArgument);
+  EXPECT_EQ(swaps.takenBack, 1);
+  EXPECT_EQ(CountOf(object, kGroup, kElement), 1);
+  StrangeManager lets([&](bool takes) {
+    if (takes) ManagerOf(object)->PutPtr(0, nullptr);
+    return &shown;
+  });
+  EXPECT_FAILS_WITH(nest(lets), "No data object");
+  EXPECT_EQ(lets.takenBack, 1);
+}
+
 TEST(DCMObjectItems, CannotContainThemselves) {
   const auto object = ObjectWithItems(1);
   EXPECT_EQ(Nest(object, 0, object), kInvalidArgument);

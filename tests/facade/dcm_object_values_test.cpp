@@ -326,6 +326,9 @@ TEST(DCMObjectBytes, WithoutLettersTheTypeIsNone) {
   EXPECT_EQ(CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode, 0);
   EXPECT_EQ(object->PutVRData(0x0010, 0x0020, "U", BytesValue({9})), kOk);
   EXPECT_EQ(CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode, 'U' << 8);
+  // Of what is more than a byte no type has a letter: U+014C is not L.
+  EXPECT_EQ(object->PutVRData(0x0010, 0x0020, u"\u014CO", BytesValue({9})), kOk);
+  EXPECT_EQ(CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode, MakeTypeCode('?', 'O'));
 }
 
 TEST(DCMObjectBytes, MayBeNone) {

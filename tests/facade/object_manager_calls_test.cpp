@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "facade/dcm_object_helpers.h"
+#include "support/allocation_failure.h"
 
 namespace tessaret::test {
 namespace {
@@ -203,6 +204,32 @@ TEST(ObjectManagerByName, WhatAnObjectGivesUpByShowingItBelongsToTheHandle) {
   EXPECT_EQ(CoreOf(object), nullptr);
 }
 
+TEST(ObjectManagerByName, WithoutMemoryForAHandleTheOwnerStays) {
+  std::uint64_t failures = 0;
+  for (std::uint64_t nth = 1;; ++nth) {
+    const auto object = ObjectOfPatient("id");
+    const auto named = ByName(object);
+    std::int32_t member = -1;
+    EXPECT_EQ(named->FindMember("GetPtr", MemberKind::kMethod, &member), kOk);
+    Variant takes(std::int32_t{1});
+    Variant handle;
+    Status status = kOk;
+    bool happened = false;
+    {
+      const AllocationFailure failure(nth);
+      status = named->Invoke(member, &takes, 1, &handle);
+      happened = failure.Happened();
+    }
+    if (!happened) break;
+    if (Succeeded(status)) continue;
+    ++failures;
+    EXPECT_EQ(ManagerOf(object)->GetOwnership(), kOk) << nth;
+    EXPECT_EQ(ManagerOf(object)->SetOwner(), kOk);
+    EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+  }
+  EXPECT_GT(failures, 0u);
+}
+
 TEST(ObjectManagerByName, NoOwnershipGivesNoHandle) {
   const auto object = NewObject();
   const Variant first = HandleOf(object, 1);
@@ -275,6 +302,9 @@ TEST(ObjectManagerByName, ReadsAndChangesRecords) {
 
   EXPECT_EQ(Call(record, "pt", MemberKind::kPut, {"text"}), kTypeMismatch);
   EXPECT_EQ(Call(record, "pt", MemberKind::kPut, {VariantArray(VariantType::kShort, 2)}),
+            kTypeMismatch);
+  const ArrayBound square[] = {{0, 2}, {0, 2}};
+  EXPECT_EQ(Call(record, "pt", MemberKind::kPut, {VariantArray(VariantType::kByte, square)}),
             kTypeMismatch);
   EXPECT_EQ(get("len").AsLong(), 3);
   EXPECT_EQ(Call(record, "pt", MemberKind::kPut, {Variant()}), kOk);

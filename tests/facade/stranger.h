@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "tessaret/idcm_object.hpp"
+#include "tessaret/idcm_object_manager.hpp"
 
 namespace tessaret::test {
 
@@ -56,7 +57,7 @@ class Stranger final : public IDCMObject {
   Status RemoveSequence(std::int32_t, std::int32_t, std::int32_t, VariantBool*) override {
     return kNotImplemented;
   }
-  Status Send(const String&, std::int32_t, const String&, const String&, VariantBool,
+  Status Send(const String&, const String&, const String&, const String&, VariantBool,
               VariantBool*) override {
     return kNotImplemented;
   }
@@ -87,6 +88,39 @@ class Stranger final : public IDCMObject {
 
  private:
   Answer answer_;
+};
+
+/// Hands out data sets as it is told, and takes them back.
+class StrangeManager final : public IDcmObjectManager {
+ public:
+  using Give = std::function<DICOMObject*(bool)>;
+  explicit StrangeManager(Give give) : give_(std::move(give)) {}
+
+  Status QueryInterface(const InterfaceId&, void**) override { return kNoInterface; }
+  std::uint32_t AddRef() override { return 1; }
+  std::uint32_t Release() override { return 1; }
+  const InterfaceInfo* Describe() override { return nullptr; }
+  Status FindMember(const char*, MemberKind, std::int32_t*) override { return kNotImplemented; }
+  Status Invoke(std::int32_t, Variant*, std::uint32_t, Variant*) override {
+    return kNotImplemented;
+  }
+  Status GetOwnership() override { return kOk; }
+  Status SetOwner() override {
+    ++takenBack;
+    return kOk;
+  }
+  Status GetPtr(std::int32_t takes, DICOMObject** pVal) override {
+    *pVal = give_(takes != 0);
+    return kOk;
+  }
+  Status PutPtr(std::int32_t, DICOMObject*) override { return kNotImplemented; }
+  Status GetVR(std::int32_t, std::int32_t, _VR_RECORD_TYPE*) override { return kNotImplemented; }
+  Status PutVR(_VR_RECORD_TYPE*) override { return kNotImplemented; }
+
+  int takenBack = 0;
+
+ private:
+  Give give_;
 };
 
 }  // namespace tessaret::test
