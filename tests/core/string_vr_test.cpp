@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -42,6 +43,22 @@ TEST(NthText, RunsFromBackslashToBackslash) {
   EXPECT_EQ(NthText("\\\\x", 1), "");
   EXPECT_EQ(NthText("", 0), "");
   EXPECT_EQ(NthText("", 1), std::nullopt);
+}
+
+TEST(NthText, FindsEveryValueOfALongTextAsAPlainWalkDoes) {
+  // Values of 0 to 300 bytes, so that separators lie at every place of a block, and at its borders.
+  std::string text;
+  std::vector<std::string> values;
+  for (std::size_t at = 0; at < 600; ++at) {
+    values.push_back(std::string(at * at % 301, static_cast<char>('a' + at % 26)));
+    text += (at == 0 ? "" : "\\") + values.back();
+  }
+  for (std::size_t at = 0; at < values.size(); ++at)
+    ASSERT_EQ(NthText(text, static_cast<std::int32_t>(at)), values[at]) << at;
+  EXPECT_EQ(NthText(text, 600), std::nullopt);
+  const std::string separators(1025, '\\');
+  EXPECT_EQ(NthText(separators, 1025), "");
+  EXPECT_EQ(NthText(separators, 1026), std::nullopt);
 }
 
 TEST(NthText, HasNoValueAtAnImpossibleIndex) {
