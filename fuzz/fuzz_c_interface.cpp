@@ -24,6 +24,8 @@ using tessaret::fuzz::Require;
 
 constexpr const char* kClasses[] = {"Tessaret.DCMObject", "Tessaret.DcmDictionary",
                                     "Tessaret.DCMOptions", "Tessaret.ImageModule"};
+/// So many of them, from the first, can be made.
+constexpr std::size_t kComplete = 3;
 
 /// A folder for the settings and files of a run, gone with it.
 class Folder {
@@ -129,8 +131,11 @@ class Host {
   }
 
   void Create() {
+    const std::size_t chosen = script_.Byte() % std::size(kClasses);
     tessaret_object* made = nullptr;
-    tessaret_create(kClasses[script_.Byte() % std::size(kClasses)], &made);
+    tessaret_create(kClasses[chosen], &made);
+    // Without its dictionaries the library makes nothing, and nothing would be tried.
+    Require((made != nullptr) == (chosen < kComplete), "classes that are complete can be made");
     if (made != nullptr) Keep(made);
   }
 
