@@ -25,7 +25,6 @@ constexpr const char* kExplicitBigUid = "1.2.840.10008.1.2.2";
 
 constexpr std::uint16_t kMetaGroup = 0x0002;
 constexpr std::size_t kHeadSize = 8;  // of an implicit element
-constexpr std::uint32_t kMostOfShortLength = 65534;
 constexpr TagKey kDirectoryRecords = MakeTagKey(0x0004, 0x1220);
 
 bool IsNativeSyntax(std::string_view uid) {
@@ -125,12 +124,7 @@ class Preparation {
       if (signedPixels && vr.TypeCode == type_code::US && IsSignedWithPixels(vr.Key()))
         vr.TypeCode = type_code::SS;
     }
-    if (!FitsItsLength(vr)) BecomeUnknown(vr);
-  }
-
-  static bool FitsItsLength(const VR& vr) {
-    if (HasLongForm(vr.TypeCode) || vr.TypeCode == type_code::kNone) return true;
-    return vr.Length <= kMostOfShortLength && !IsLongByTheStandardOnly(vr.TypeCode);
+    if (!FitsExplicitForm(vr.TypeCode, vr.Length)) BecomeUnknown(vr);
   }
 
   /// Values of UN are little endian whatever surrounds them.

@@ -9,6 +9,7 @@
 #include "output_file.h"
 #include "reencode.h"
 #include "tag_text.h"
+#include "transfer_syntaxes.h"
 #include "verbs.h"
 #include "vr_traits.h"
 
@@ -88,6 +89,7 @@ class Setting {
     SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
     if (!source.IsWhole()) return NotWritten();
     const std::string syntax = TargetSyntax(source, Target::kKeep);
+    writesTypes_ = syntax != kImplicitLittle;
     std::string why = WhyNotToEncode(source, Target::kKeep, host_.Tags());
     if (!why.empty()) return InputFailed(why);
     PrepareElements(source, syntax);
@@ -144,7 +146,13 @@ class Setting {
     if (!value.failure.empty()) return value.failure;
     if (HasItems(*place.object, tag))
       return "holds items, which a value cannot replace: use --remove";
-    Put(*place.object, tag, type, value.bytes);
+    if (!writesTypes_ || FitsExplicitForm(type, value.bytes.size())) {
+      Put(*place.object, tag, type, value.bytes);
+    } else {
+      host_.messages.Warn(options_.output,
+                          TextOf(given.path) + " is written as UN, which has room for its length");
+      Put(*place.object, tag, type_code::UN, value.bytes);
+    }
     return {};
   }
 
@@ -192,6 +200,7 @@ class Setting {
   const SetOptions& options_;
   Host& host_;
   const bool mayReplace_;
+  bool writesTypes_ = false;  // the file has the explicit form
   std::vector<TagPath> removals_;
   std::vector<Assignment> assignments_;
 };

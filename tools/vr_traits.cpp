@@ -65,4 +65,10 @@ bool IsLongByTheStandardOnly(VrCode type) {
   return traits != nullptr && traits->longLength && !HasLongForm(type);
 }
 
+bool FitsExplicitForm(VrCode type, std::size_t length) {
+  constexpr std::size_t kMostOfShortLength = 65534;
+  if (HasLongForm(type) || type == type_code::kNone) return true;
+  return length <= kMostOfShortLength && !IsLongByTheStandardOnly(type);
+}
+
 }  // namespace tessaret::tool

@@ -1,6 +1,7 @@
 // What the verbs need to know of each value representation (DICOM PS3.5, 6.2).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <string_view>
 
@@ -42,5 +43,9 @@ ValueKind KindOf(VrCode type);
 
 /// True for the types that have a 32-bit length by the standard but a 16-bit one in this library's readers and writers.
 bool IsLongByTheStandardOnly(VrCode type);
+
+/// Whether a value of `length` bytes can be written in the explicit form by this library as what it is. Otherwise it has to become UN,
+/// which has 32 bits for its length (DICOM PS3.5, 6.2.2).
+bool FitsExplicitForm(VrCode type, std::size_t length);
 
 }  // namespace tessaret::tool

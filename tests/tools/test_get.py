@@ -53,6 +53,12 @@ class Get(tool.ToolTest):
         # The character set of the file counts in its items.
         self.assertEqual(self.get("0008,1140[1].0008,1140[0].PatientName"), "Innér\n")
 
+    def test_an_item_may_name_its_own_character_set(self):
+        name = element(0x00100010, "PN", b"\xe4")
+        file = self.write("own.dcm", meta(EXPLICIT) + element(0x00080005, "CS", "ISO_IR 100") + element(
+            0x00081140, "SQ", item(element(0x00080005, "CS", "ISO_IR 126") + name)) + name)
+        self.assertEqual(run("get", file, "0008,1140[0].PatientName", "PatientName").stdout.decode(), "δ\nä\n")
+
     def test_what_is_not_there_keeps_its_line_and_fails(self):
         self.assertEqual(self.get("Rows", "Columns", "0008,1140[2].0008,1150", "Rows", code=INPUT_FAILED, error=(
             f"tessaret: {self.file}: (0028,0011) is not there\n"

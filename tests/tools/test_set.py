@@ -114,8 +114,22 @@ class Set(tool.ToolTest):
         self.refuse("(0008,1140): a sequence takes no value: name an element of an item", "0008,1140=x")
 
     def test_group_lengths_go_since_they_fit_no_longer(self):
-        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00100000, "UL", struct.pack("<I", 10)) + element(0x00100010, "PN", "a"))
-        self.assertEqual([key.tag for key in self.set(source, "PatientName=Longer").values()], [0x00100010])
+        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00100000, "UL", struct.pack("<I", 10)) + element(0x00100010, "PN", "a") +
+                            element(0x00400275, "SQ", item(element(0x00400000, "UL", bytes(4)) + element(0x00400009, "SH", "b"))))
+        data = self.set(source, "PatientName=Longer")
+        self.assertEqual([each.tag for each in data], [0x00100010, 0x00400275])
+        self.assertEqual([each.tag for each in data[0x00400275][0]], [0x00400009])
+
+    def test_what_the_length_field_of_its_type_cannot_hold_becomes_unknown(self):
+        out, numbers = self.path("out.dcm"), "\\".join(["1.25"] * 14000)  # 69,999 bytes, where 16 bits say 65,535
+        for more, value in (("0009,1002:DS", numbers), ("0009,1001:UC", "abc")):
+            error = f"tessaret: {out}: warning: ({more[:9]}) is written as UN, which has room for its length\n"
+            data = self.set(self.good_file(), f"{more}={value}", "PatientComments=behind", error=error)
+            raw = data.get_item(int(more[:9].replace(",", ""), 16))
+            self.assertEqual((raw.VR, raw.value.rstrip()), ("UN", value.encode()))
+            self.assertEqual(data.PatientComments, "behind")
+        source = self.write("in.dcm", meta(IMPLICIT) + image(implicit=True))
+        self.assertEqual(len(self.set(source, f"0009,1002:DS={numbers}").get_item(0x00091002).value), 70000)
 
     def test_the_output_may_be_the_input(self):
         file = self.good_file()
