@@ -6,7 +6,7 @@ here="$PWD"
 # shellcheck source=common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-build_preset release tessaret_tool tessaret_data
+build_preset release tessaret tessaret_tool tessaret_data
 tool="$root/build/release/bin/tessaret"
 place="$root/build/demo"
 rm -rf "$place"
@@ -65,6 +65,16 @@ say "what an independent program reads in the result"
 show dcmdump +P 0008,0016 +P 0008,0060 +P 0010,0010 +P 0020,0013 +P 0028,0010 +P 0028,0011 "$place/implicit.dcm"
 compare "$first" "$place/implicit.dcm"
 compare "$first" "$place/explicit.dcm"
+
+say "some of its elements, one of them changed"
+show "$tool" get "$first" PatientName PixelSpacing 0028,0010
+show "$tool" set "$first" "$place/renamed.dcm" PatientName=Doe^Jane
+show dcmdump +P 0010,0010 "$place/renamed.dcm"
+
+say "the same library from Python: a walk through the file and a changed copy"
+export PYTHONPATH="$root/bindings/python" TESSARET_LIBRARY="$root/build/release/lib/libtessaret.so"
+show /usr/bin/python3 -B "$root/examples/python/walk.py" "$first" "$place/walked.dcm" | head_of 12
+show dcmdump +P 0010,0010 +P 0008,2112 "$place/walked.dcm"
 
 say "does all of the series read?"
 show "$tool" check "$place/series"
