@@ -93,6 +93,18 @@ class SmallLimits(unittest.TestCase):
                 result = limited(command, space, stdout=subprocess.DEVNULL)
                 self.assertEqual((result.returncode, result.stderr), (0, b""), form)
 
+    def test_the_model_of_deep_items_needs_no_deep_stack(self):
+        opening = struct.pack("<HH2sHIHHI", 0x0008, 0x1140, b"SQ", 0, 0xFFFFFFFF, 0xFFFE, 0xE000, 0xFFFFFFFF)
+        closing = struct.pack("<HHIHHI", 0xFFFE, 0xE00D, 0, 0xFFFE, 0xE0DD, 0)
+        name = struct.pack("<HH2sH", 0x0010, 0x0010, b"PN", 8) + b"Low^Down"
+        with tempfile.NamedTemporaryFile() as file:
+            file.write(opening * 250 + name + closing * 250)
+            file.flush()
+            command = [TOOL, "dump", "-q", "--format", "json", file.name]
+            result = limited(command, least_space([TOOL, "dictionary", "0010,0010"]) + ROOM)
+        self.assertEqual((result.returncode, result.stderr), (0, b""))
+        self.assertIn(b'"Alphabetic":"Low^Down"', result.stdout.replace(b" ", b""))
+
 
 if __name__ == "__main__":
     unittest.main()

@@ -75,14 +75,6 @@ class Model(tool.ToolTest):
         self.assertEqual(len(result.stdout.splitlines()), 2)
         self.assertIn(b"truncated", result.stderr)
 
-    def test_deep_items_need_no_deep_stack(self):
-        content = element(0x00100010, "PN", "Low^Down")
-        for _ in range(250):
-            content = element(0x00081140, "SQ", item(content))
-        result = subprocess_with_small_stack(self.write("deep.dcm", meta(EXPLICIT) + content))
-        self.assertEqual(result.returncode, DONE, result.stderr)
-        self.assertIn(b"Low^Down", result.stdout)
-
     # Beside another program.
 
     def same(self, ours, theirs, where):
@@ -149,12 +141,6 @@ class Model(tool.ToolTest):
                 self.same(models[0], theirs, path.name)
                 compared += 1
         self.assertGreater(compared, 50)
-
-
-def subprocess_with_small_stack(path):
-    import resource
-    return run("dump", "--format", "json", path,
-               preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_STACK, (256 * 1024, 256 * 1024)))
 
 
 if __name__ == "__main__":
