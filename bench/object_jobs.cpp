@@ -113,7 +113,7 @@ void LoadInThreads(const JobContext& context) {
   for (const unsigned threads : {1u, 2u, 8u}) {
     Measure({
         .job = std::string(context.job.name) + "." + std::to_string(threads),
-        .unit = "us",
+        .unit = "ns",
         .items = std::uint64_t{threads} * kLoadsAThread,
         .repetition =
             [&] {
@@ -125,7 +125,7 @@ void LoadInThreads(const JobContext& context) {
                 });
               }
               for (std::thread& worker : workers) worker.join();
-              return watch.Seconds() * 1e6 / (threads * kLoadsAThread);
+              return watch.Seconds() * 1e9 / (threads * kLoadsAThread);
             },
     });
   }
