@@ -12,7 +12,7 @@ namespace tessaret {
 /// Who destroys an object, as far as facades have to agree on it.
 enum class ObjectHolder : std::uint8_t {
   kSomebody,  // code that holds the pointer; a facade may take it over
-  kFacade,  // an object of the public interface
+  kFacade,    // an object of the public interface
   kSequence,  // the element in which it is an item
 };
 
