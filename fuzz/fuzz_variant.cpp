@@ -1,5 +1,6 @@
 // Values of the public interface turned into one another. Whatever is turned has the type that was asked for, what fails leaves the
 // value alone, whole numbers and texts that come back are what they were, and dates that are written are read again.
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -65,11 +66,14 @@ Variant ValueOf(VariantType type, std::string_view bytes) {
 /// The same value of the same type, bit by bit.
 bool IsSame(const Variant& a, const Variant& b) {
   if (a.Tag() != b.Tag()) return false;
-  const auto bits = [](auto x, auto y) { return std::memcmp(&x, &y, sizeof(x)) == 0; };
-  return a.AsShort() == b.AsShort() && a.AsLong() == b.AsLong() && bits(a.AsFloat(), b.AsFloat()) &&
-         bits(a.AsDouble(), b.AsDouble()) && bits(a.AsDate().days, b.AsDate().days) &&
-         a.AsString() == b.AsString() && a.ToString().IsNull() == b.ToString().IsNull() &&
-         a.AsObject() == b.AsObject() && a.AsBool() == b.AsBool() && a.AsByte() == b.AsByte() &&
+  const auto ofFloat = [](float x) { return std::bit_cast<std::uint32_t>(x); };
+  const auto ofDouble = [](double x) { return std::bit_cast<std::uint64_t>(x); };
+  return a.AsShort() == b.AsShort() && a.AsLong() == b.AsLong() &&
+         ofFloat(a.AsFloat()) == ofFloat(b.AsFloat()) &&
+         ofDouble(a.AsDouble()) == ofDouble(b.AsDouble()) &&
+         ofDouble(a.AsDate().days) == ofDouble(b.AsDate().days) && a.AsString() == b.AsString() &&
+         a.ToString().IsNull() == b.ToString().IsNull() && a.AsObject() == b.AsObject() &&
+         a.AsBool() == b.AsBool() && a.AsByte() == b.AsByte() &&
          a.AsSignedByte() == b.AsSignedByte();
 }
 

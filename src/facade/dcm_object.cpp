@@ -48,7 +48,8 @@ void CDCMObject::LeaveParent() noexcept {
   }
   Ref<IDCMObject> next;
   Ref<IDCMObject>* const outer = std::exchange(nextToLeave, &next);
-  for (Ref<IDCMObject> leaving = std::move(Parent); leaving; leaving = std::move(next)) {
+  for (Ref<IDCMObject> leaving = std::move(Parent); leaving;
+       leaving = std::exchange(next, nullptr)) {
     leaving = nullptr;
   }
   nextToLeave = outer;
