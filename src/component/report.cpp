@@ -17,6 +17,23 @@ const ErrorWords& NoWords() noexcept {
   return kNone;
 }
 
+void KeepText(ErrorWords& words, const char* text) noexcept {
+  try {
+    words.text = text;
+  } catch (const std::bad_alloc&) {
+    // What fits without memory is better than nothing.
+    words.text.assign(std::string_view(text).substr(0, words.text.capacity()));
+  }
+}
+
+void KeepSource(ErrorWords& words, std::string_view name) noexcept {
+  try {
+    words.source = name;
+  } catch (const std::bad_alloc&) {
+    words.source.clear();
+  }
+}
+
 }  // namespace
 
 Status Report(const ClassId& classId, const char* text, const InterfaceId& interface) noexcept {
@@ -24,16 +41,10 @@ Status Report(const ClassId& classId, const char* text, const InterfaceId& inter
   ErrorWords* words = Kept::Get();
   if (words == nullptr) return kException;
   const ClassRow* row = FindClass(classId);
-  words->source.clear();
-  words->text.clear();
   words->interface = interface;
-  try {
-    if (row != nullptr) words->source = row->name;
-    words->text = text;
-  } catch (const std::bad_alloc&) {
-    // What fits without memory is better than nothing.
-    words->text.assign(std::string_view(text).substr(0, words->text.capacity()));
-  }
+  // The text first: it may be what is kept already, of which the source is a part too.
+  KeepText(*words, text);
+  KeepSource(*words, row != nullptr ? row->name : std::string_view());
   return kException;
 }
 

@@ -18,7 +18,7 @@ struct ErrorWords {
   InterfaceId interface;
 };
 
-/// Keeps `text` as the last failure of the calling thread, with the name of the class as its source. kException; kPointer for a
+/// Keeps `text`, which may be what is kept already, as the last failure of the calling thread, with the name of the class as its source. kException; kPointer for a
 /// null `text`, and then nothing is kept. Without memory the text may be cut.
 Status Report(const ClassId& classId, const char* text, const InterfaceId& interface) noexcept;
 /// The same with an entry of the string table.

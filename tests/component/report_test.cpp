@@ -51,6 +51,18 @@ TEST_F(ReportTest, ANullTextIsAnInvalidPointerAndNothingElse) {
   EXPECT_EQ(LastWords().text, "It went out");
 }
 
+TEST_F(ReportTest, TheWordsThatAreKeptMayBeReportedOnceMore) {
+  Report({9, 9}, "It went out, and stayed out for long", kILamp);
+  EXPECT_EQ(Report(kLamp, LastWords().text.c_str(), kILamp), kException);
+  EXPECT_EQ(LastWords().text, "It went out, and stayed out for long");
+  EXPECT_EQ(LastWords().source, "Tessaret.Lamp");
+  Report({9, 9}, LastWords().source.c_str(), kILamp);
+  EXPECT_EQ(LastWords().text, "Tessaret.Lamp");
+  EXPECT_EQ(LastWords().source, "");
+  Report(kLamp, LastWords().text.c_str() + 9, kILamp);
+  EXPECT_EQ(LastWords().text, "Lamp");
+}
+
 TEST_F(ReportTest, AClassThatIsNotThereHasNoName) {
   Report({9, 9}, "unknown", kILamp);
   EXPECT_EQ(LastWords().source, "");
