@@ -62,6 +62,7 @@ class ComponentObject : public Main, public Others... {
       if (left != 0) return left;
       // References that come and go while it is taken apart must not end it once more.
       references_.store(kDying, std::memory_order_relaxed);
+      (object_.template EndConnections<Others>(), ...);
       delete &object_;
       return 0;
     }
@@ -71,6 +72,11 @@ class ComponentObject : public Main, public Others... {
     ComponentObject& object_;
     std::atomic<std::uint32_t> references_ = 1;
   };
+
+  template <class Other>
+  void EndConnections() {
+    if constexpr (requires(Other & other) { other.LetGoOfSinks(); }) Other::LetGoOfSinks();
+  }
 
   /// The interface, without a reference; null where there is none.
   void* Find(const InterfaceId& id) {

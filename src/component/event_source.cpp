@@ -21,6 +21,11 @@ Status Connections::Remove(std::uint32_t cookie) {
   return kOk;
 }
 
+void Connections::Clear() {
+  // Out of reach before they are released: that may end objects which want to leave.
+  const std::vector<Sink> gone = std::exchange(sinks_, {});
+}
+
 void Connections::DropThoseWhoLeft() {
   std::erase_if(sinks_, [](const Sink& sink) { return sink.cookie == 0; });
 }

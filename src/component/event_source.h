@@ -1,6 +1,8 @@
 // Connections of sinks to an object, and telling them of events.
 #pragma once
 
+#include <cxxabi.h>
+
 #include <array>
 #include <cstdint>
 #include <vector>
@@ -23,6 +25,8 @@ class Connections {
   /// Throws std::bad_alloc.
   std::uint32_t Add(Ref<IObject> typed, Ref<IEventSink> byNumber);
   Status Remove(std::uint32_t cookie);
+  /// Releases all sinks. Requires: nobody is told of anything.
+  void Clear();
 
   /// Calls `tell` with each sink that is connected, from the first to the last. What a sink throws is its own affair.
   template <class Tell>
@@ -35,6 +39,8 @@ class Connections {
       if (sink.cookie == 0) continue;
       try {
         tell(sink);
+      } catch (const abi::__forced_unwind&) {
+        throw;  // the thread is being cancelled
       } catch (...) {
       }
     }
@@ -84,6 +90,9 @@ class EventSource : public IEventSource {
     return kOk;
   }
   Status Unadvise(std::uint32_t cookie) override { return connections_.Remove(cookie); }
+
+  /// When the last reference is gone and the object is whole still: a sink that ends with it may want to leave.
+  void LetGoOfSinks() { connections_.Clear(); }
 
  protected:
   /// Tells every sink of `kEvent`.

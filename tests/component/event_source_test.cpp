@@ -1,6 +1,8 @@
 // Connections for events: who is told, in which order, and what sinks may do while they are told.
 #include "component/event_source.h"
 
+#include <pthread.h>
+
 #include <functional>
 #include <memory>
 #include <string>
@@ -10,6 +12,7 @@
 
 #include "component/component_object.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 
 namespace tessaret {
 namespace {
@@ -61,7 +64,8 @@ class Lamp final : public ComponentObject<CallableByName<ILamp>, EventSource<ILa
   }
 };
 
-std::vector<std::string> heard;
+using Words = std::vector<std::string>;
+Words heard;
 
 /// Notes what it hears; does `then` when it does.
 class NumberSink final : public IEventSink {
@@ -149,7 +153,70 @@ class Events : public testing::Test {
   Ref<IEventSource> source_;
 };
 
-using Words = std::vector<std::string>;
+/// Belongs to nobody but what it listens to, and leaves when it ends.
+class LeavingSink final : public IEventSink {
+ public:
+  Status QueryInterface(const InterfaceId& id, void** object) override {
+    *object = id == IEventSink::kId || id == IObject::kId ? this : nullptr;
+    if (*object == nullptr) return kNoInterface;
+    AddRef();
+    return kOk;
+  }
+  std::uint32_t AddRef() override { return ++references_; }
+  std::uint32_t Release() override {
+    const std::uint32_t left = --references_;
+    if (left == 0) delete this;
+    return left;
+  }
+  Status OnEvent(std::int32_t, const Variant*, std::uint32_t) override { return kOk; }
+
+  IEventSource* source = nullptr;
+  std::uint32_t cookie = 0;
+
+ private:
+  ~LeavingSink() {
+    heard.push_back("left " + std::to_string(source->Unadvise(cookie) == kNoConnection));
+    Ref<ILamp> lamp = Ref<IEventSource>(source).As<ILamp>();
+    heard.push_back("pressed " + std::to_string(lamp->Press()));
+  }
+
+  std::uint32_t references_ = 1;
+};
+
+TEST_F(Events, ASinkThatEndsWithItsSourceMayLeaveAndLook) {
+  for (int turn = 0; turn < 3; ++turn) {
+    const auto sink = Ref<LeavingSink>::Adopt(new LeavingSink);
+    sink->source = source_.Get();
+    sink->cookie = Connect(*sink);
+  }
+  source_ = nullptr;
+  lamp_ = nullptr;
+  EXPECT_EQ(heard, (Words{"left 1", "pressed 0", "left 1", "pressed 0", "left 1", "pressed 0"}));
+}
+
+TEST_F(Events, AThreadThatIsCancelledInASinkEnds) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  NumberSink& one = NewSink("one");
+  NumberSink& two = NewSink("two");
+  Connect(one);
+  Connect(two);
+  one.then = [] {
+    ::pthread_cancel(::pthread_self());
+    ::pthread_testcancel();
+  };
+  const auto press = [](void* lamp) -> void* {
+    static_cast<ILamp*>(lamp)->Press();
+    return nullptr;
+  };
+  pthread_t thread{};
+  ASSERT_EQ(::pthread_create(&thread, nullptr, press, lamp_.Get()), 0);
+  void* result = nullptr;
+  ASSERT_EQ(::pthread_join(thread, &result), 0);
+  EXPECT_EQ(result, PTHREAD_CANCELED);
+  EXPECT_EQ(heard, (Words{"one 0"}));
+  one.then = nullptr;
+  EXPECT_EQ(Press(), (Words{"one 0", "two 0", "one 1 7 high", "two 1 7 high"}));
+}
 
 TEST_F(Events, AreDescribed) {
   EXPECT_STREQ(source_->DescribeEvents()->name, "_ILampEvents");
