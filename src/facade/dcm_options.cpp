@@ -2,9 +2,8 @@
 
 #include <atomic>
 #include <mutex>
+#include <new>
 
-#include "facade/class_ids.h"
-#include "facade/guard.h"
 #include "platform/settings_store.h"
 
 namespace tessaret {
@@ -15,6 +14,14 @@ constexpr const char* kUseTotoku = "UseTotoku";
 
 /// One for the process; nothing in the library draws by it.
 constinit std::atomic<bool> useTotokuLut = false;
+
+/// Whether it could be written makes no difference: for this process it holds.
+void WriteOption(bool value) {
+  try {
+    WriteNumberSetting(kGroup, kUseTotoku, value ? 1 : 0);
+  } catch (const std::bad_alloc&) {
+  }
+}
 
 }  // namespace
 
@@ -35,13 +42,9 @@ Status CDCMOptions::get_UseTotokuLUT(VariantBool* pVal) {
 }
 
 Status CDCMOptions::put_UseTotokuLUT(VariantBool newVal) {
-  return Guarded<IDCMOptions>(class_id::kDCMOptions, [&] {
-    const bool wanted = newVal.IsTrue();
-    // Whether it could be written makes no difference: for this process it holds.
-    if (useTotokuLut.exchange(wanted) != wanted)
-      WriteNumberSetting(kGroup, kUseTotoku, wanted ? 1 : 0);
-    return kOk;
-  });
+  const bool wanted = newVal.IsTrue();
+  if (useTotokuLut.exchange(wanted) != wanted) WriteOption(wanted);
+  return kOk;
 }
 
 }  // namespace tessaret

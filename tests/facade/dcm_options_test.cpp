@@ -7,12 +7,20 @@
 
 #include <gtest/gtest.h>
 
+#include "support/allocation_failure.h"
 #include "support/bytes.h"
 #include "support/temp_folder.h"
 #include "tessaret/tessaret.hpp"
 
 namespace tessaret {
 namespace {
+
+/// Puts a value where the option is read from.
+void WriteOption(const test::TempFolder& folder, const std::string& value) {
+  std::filesystem::create_directories(folder.File("tessaret"));
+  test::WriteText(folder.File("tessaret/settings.conf"),
+                  "[Software\\Halvorne\\Vandrel]\nUseTotoku = " + value + "\n");
+}
 
 class Options : public testing::Test {
  protected:
@@ -37,8 +45,7 @@ class Options : public testing::Test {
   std::string Path() const { return folder_.File("tessaret/settings.conf"); }
   /// Puts a value where the option is read from, and has it read.
   void Set(const std::string& value) {
-    std::filesystem::create_directories(folder_.File("tessaret"));
-    test::WriteText(Path(), "[Software\\Halvorne\\Vandrel]\nUseTotoku = " + value + "\n");
+    WriteOption(folder_, value);
     ReadOptions();
   }
 
@@ -101,6 +108,17 @@ TEST_F(Options, AFailureToWriteIsNoFailure) {
   EXPECT_EQ(Value(), -1);
 }
 
+TEST_F(Options, WithoutMemoryToWriteItIsSetAllTheSame) {
+  bool wanted = false;
+  const std::uint64_t failures = test::FailEveryAllocation(
+      [&] {
+        wanted = !wanted;
+        EXPECT_EQ(options_->put_UseTotokuLUT(wanted), kOk);
+      },
+      [&] { EXPECT_EQ(Value(), wanted ? -1 : 0); });
+  EXPECT_GT(failures, 3u);
+}
+
 TEST_F(Options, AreCalledByName) {
   std::int32_t member = -1;
   ASSERT_EQ(options_->FindMember("UseTotokuLUT", MemberKind::kPut, &member), kOk);
@@ -117,6 +135,30 @@ TEST_F(Options, HasAnEventInterfaceWithoutEvents) {
   ASSERT_TRUE(source);
   EXPECT_STREQ(source->DescribeEvents()->name, "_IDCMOptionsEvents");
   EXPECT_EQ(source->DescribeEvents()->memberCount, 0u);
+}
+
+/// The option as a new object of the class tells it.
+std::int16_t ValueOfANewObject() {
+  VariantBool value = VariantBool::Of(77);
+  Create<IDCMOptions>("Tessaret.DCMOptions")->get_UseTotokuLUT(&value);
+  return value.value;
+}
+
+/// In a process that has not met the library yet; 0 where all is as it should be.
+int FollowTheReading() {
+  const test::TempFolder folder;
+  ::setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
+  // Starts the library.
+  if (!Create<IDcmDictionary>("Tessaret.DcmDictionary")) return 1;
+  WriteOption(folder, "1");
+  if (ValueOfANewObject() != -1) return 2;
+  WriteOption(folder, "0");
+  return ValueOfANewObject() == -1 ? 0 : 3;
+}
+
+TEST(OptionsDeathTest, AreReadAgainWhenTheClassIsFirstUsedAndNotLater) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(FollowTheReading()), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace
