@@ -10,8 +10,9 @@
 
 extern "C" {
 /// Behind tessaret::Create. `name` is a class name; `id` one of its interfaces; `outer` the object that it becomes a part of, or
-/// null. kClassNotAvailable where the library could not start, kClassNotRegistered for an unknown name, kNotImplemented for a class
-/// that this version does not have yet, each with words.
+/// null, and then `id` is that of IObject (kNoAggregation). kClassNotAvailable where the library could not start, kClassNotRegistered
+/// for an unknown name, kNotImplemented for a class that this version does not have yet, kNoInterface, kOutOfMemory, each with words;
+/// kPointer, without words, for a null argument but `outer`. `*object` is null after a failure.
 std::int32_t tessaret_create_object(const char* name, const tessaret::InterfaceId* id,
                                     tessaret::IObject* outer, void** object);
 /// The same by the identifier of the class.
@@ -38,7 +39,7 @@ Status Create(const char* name, Ref<Interface>& object) {
                                 reinterpret_cast<void**>(object.Receive()));
 }
 
-/// The same, null after a failure: LastError says why.
+/// The same, null after a failure: LastError says why, unless `name` is null.
 template <class Interface>
 [[nodiscard]] Ref<Interface> Create(const char* name) {
   Ref<Interface> made;

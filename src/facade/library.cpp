@@ -8,6 +8,25 @@
 namespace tessaret {
 namespace {
 
+/// Statuses that a class answers without words of its own when it is to be made.
+struct Refusal {
+  Status status;
+  const char* text;
+};
+constexpr Refusal kRefusals[] = {
+    {kNoInterface, "The class has no such interface"},
+    {kNoAggregation, "A part of another object is asked for as an object only"},
+    {kOutOfMemory, "Not enough memory"},
+};
+
+/// Says why, so that nobody takes the words of an older failure for it.
+Status WithWords(Status status, const ClassId& classId, const InterfaceId& id) noexcept {
+  for (const Refusal& refusal : kRefusals) {
+    if (refusal.status == status) Report(classId, refusal.text, id);
+  }
+  return status;
+}
+
 /// Finds a class by what it is asked for, and makes an object of it.
 template <class Key>
 Status CreateFrom(const Key& key, const InterfaceId* id, IObject* outer, void** object) noexcept {
@@ -24,9 +43,9 @@ Status CreateFrom(const Key& key, const InterfaceId* id, IObject* outer, void** 
       Report({}, "There is no such class", *id);
       return kClassNotRegistered;
     }
-    return row->create(outer, *id, object);
+    return WithWords(row->create(outer, *id, object), row->id, *id);
   } catch (const std::bad_alloc&) {
-    return kOutOfMemory;
+    return WithWords(kOutOfMemory, {}, *id);
   }
 }
 
@@ -37,12 +56,16 @@ using namespace tessaret;
 
 std::int32_t tessaret_create_object(const char* name, const InterfaceId* id, IObject* outer,
                                     void** object) {
-  return name == nullptr ? kPointer : CreateFrom(std::string_view(name), id, outer, object);
+  if (name != nullptr) return CreateFrom(std::string_view(name), id, outer, object);
+  if (object != nullptr) *object = nullptr;
+  return kPointer;
 }
 
 std::int32_t tessaret_create_object_by_id(const InterfaceId* classId, const InterfaceId* id,
                                           IObject* outer, void** object) {
-  return classId == nullptr ? kPointer : CreateFrom(*classId, id, outer, object);
+  if (classId != nullptr) return CreateFrom(*classId, id, outer, object);
+  if (object != nullptr) *object = nullptr;
+  return kPointer;
 }
 
 const char* tessaret_last_error_text(void) { return LastWords().text.c_str(); }

@@ -82,16 +82,24 @@ TEST(Library, RefusesWhatItDoesNotHave) {
   Ref<IDCMOptions> options;
   EXPECT_EQ(Create("Tessaret.DcmDictionary", options), kNoInterface);
   EXPECT_FALSE(options);
+  EXPECT_EQ(LastError().source, "Tessaret.DcmDictionary");
+  EXPECT_EQ(LastError().text, "The class has no such interface");
   EXPECT_EQ(Create("Tessaret.Nothing", options), kClassNotRegistered);
   EXPECT_EQ(LastError().text, "There is no such class");
   EXPECT_EQ(Create("", options), kClassNotRegistered);
   void* object = &options;
   EXPECT_EQ(tessaret_create_object(nullptr, &IObject::kId, nullptr, &object), kPointer);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(tessaret_create_object(nullptr, &IObject::kId, nullptr, nullptr), kPointer);
+  object = &options;
   EXPECT_EQ(tessaret_create_object("Tessaret.DCMOptions", nullptr, nullptr, &object), kPointer);
   EXPECT_EQ(object, nullptr);
   EXPECT_EQ(tessaret_create_object("Tessaret.DCMOptions", &IObject::kId, nullptr, nullptr),
             kPointer);
+  object = &options;
   EXPECT_EQ(tessaret_create_object_by_id(nullptr, &IObject::kId, nullptr, &object), kPointer);
+  EXPECT_EQ(object, nullptr);
+  EXPECT_EQ(tessaret_create_object_by_id(nullptr, &IObject::kId, nullptr, nullptr), kPointer);
   const ClassId unknown{1, 2};
   EXPECT_EQ(tessaret_create_object_by_id(&unknown, &IObject::kId, nullptr, &object),
             kClassNotRegistered);
@@ -121,6 +129,50 @@ TEST(Library, WithoutMemoryThereIsNoObject) {
   }
   EXPECT_EQ(status, kOutOfMemory);
   EXPECT_FALSE(dictionary);
+  EXPECT_EQ(LastError().text, "Not enough memory");
+}
+
+/// Counts its references, and has a part.
+class Whole final : public IObject {
+ public:
+  Status QueryInterface(const InterfaceId& id, void** object) override {
+    if (!(id == IObject::kId)) return part->QueryInterface(id, object);
+    *object = static_cast<IObject*>(this);
+    AddRef();
+    return kOk;
+  }
+  std::uint32_t AddRef() override { return ++references; }
+  std::uint32_t Release() override { return --references; }
+
+  std::uint32_t references = 1;
+  Ref<IObject> part;
+};
+
+TEST(Library, EveryClassCanBeAPartOfAnotherObject) {
+  int made = 0;
+  for (const KnownClass& known : kKnown) {
+    Whole whole;
+    void** part = reinterpret_cast<void**>(whole.part.Receive());
+    const Status status = tessaret_create_object(known.name, &IObject::kId, &whole, part);
+    if (status == kNotImplemented) continue;
+    ++made;
+    ASSERT_EQ(status, kOk) << known.name;
+    EXPECT_EQ(whole.references, 1u) << known.name;
+    {
+      const auto dispatch = whole.part.As<IDispatch>();
+      EXPECT_EQ(whole.references, 2u) << known.name;
+      EXPECT_STREQ(dispatch->Describe()->name, known.interface);
+      EXPECT_EQ(dispatch.As<IObject>().Get(), &whole) << known.name;
+    }
+    EXPECT_EQ(whole.references, 1u) << known.name;
+    void* other = &whole;
+    EXPECT_EQ(tessaret_create_object(known.name, &IDispatch::kId, &whole, &other), kNoAggregation);
+    EXPECT_EQ(other, nullptr);
+    EXPECT_EQ(LastError().source, known.name);
+    EXPECT_EQ(LastError().text, "A part of another object is asked for as an object only");
+  }
+  EXPECT_GE(made, 3);
+  EXPECT_TRUE(CanUnload());
 }
 
 TEST(Library, SeveralThreadsMayMakeObjects) {
