@@ -1,3 +1,5 @@
+#include <cxxabi.h>
+
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -61,10 +63,11 @@ bool IsWritten(const MemberInfo& member, std::uint32_t argument) {
   return flow == ArgumentFlow::kOut || flow == ArgumentFlow::kInOut;
 }
 
-/// What a call gives back, all of it or nothing: without memory the caller's values stay as they were.
+/// What a call gives back, all of it or nothing: without memory the caller's values stay as they were. `made` has room for `count`
+/// values and the result.
 Status GiveBack(const MemberInfo& member, Variant* given, std::uint32_t count,
-                tessaret_value* arguments, Variant&& outcome, tessaret_value* result) {
-  std::vector<tessaret_value> made(count + 1);
+                tessaret_value* arguments, Variant&& outcome, tessaret_value* result,
+                std::vector<tessaret_value>& made) {
   try {
     for (std::uint32_t at = 0; at < count; ++at) {
       if (IsWritten(member, at)) ToC(std::move(given[at]), made[at]);
@@ -93,10 +96,12 @@ Status Call(IDispatch& object, std::int32_t member, tessaret_value* arguments, s
     if (Failed(status)) return status;
   }
   Variant outcome;
+  // Before the call: one that writes nothing is not to fail when it has been done.
+  std::vector<tessaret_value> made(count + 1);
   const Status status = object.Invoke(member, given.Get(), count, &outcome);
   if (Failed(status)) return status;
   const Status back =
-      GiveBack(described, given.Get(), count, arguments, std::move(outcome), result);
+      GiveBack(described, given.Get(), count, arguments, std::move(outcome), result, made);
   return Failed(back) ? back : status;
 }
 
@@ -143,11 +148,15 @@ Ref<IEventSource> EventsOf(tessaret_object* object) {
 
 /// Does `work` where nothing may be thrown into C.
 template <class Work>
-Status Quietly(Work work) noexcept {
+Status Quietly(Work work) {
   try {
     return work();
+  } catch (const abi::__forced_unwind&) {
+    throw;  // the thread is being cancelled
   } catch (const std::bad_alloc&) {
     return kOutOfMemory;
+  } catch (...) {
+    return kUnexpected;
   }
 }
 

@@ -1,6 +1,7 @@
 #include "facade/c_values.h"
 
 #include <cstring>
+#include <limits>
 #include <memory>
 #include <span>
 #include <string>
@@ -124,6 +125,8 @@ void ToC(Variant&& from, tessaret_value& to) {
       const String string = from.ToString();
       if (string.IsNull()) break;
       const std::string text = string.Utf8();
+      // Its length could not be told.
+      if (text.size() > std::numeric_limits<std::uint32_t>::max()) throw std::bad_alloc();
       auto copy = std::make_unique<char[]>(text.size() + 1);
       std::memcpy(copy.get(), text.c_str(), text.size() + 1);
       to.as.string_value = copy.release();

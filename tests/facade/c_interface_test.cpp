@@ -1,4 +1,7 @@
 // The C interface: values there and back, calls by name, who owns what, and what refuses.
+#include <pthread.h>
+#include <unistd.h>
+
 #include <array>
 #include <cmath>
 #include <cstring>
@@ -14,6 +17,7 @@
 #include "facade/c_host.h"
 #include "facade/c_values.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 #include "tessaret/tessaret.hpp"
 
 namespace tessaret {
@@ -323,6 +327,8 @@ TEST_F(CObject, IsAskedForNothingThatIsNoInterface) {
   EXPECT_EQ(tessaret_query(dictionary_, "IDcmDictionary", nullptr), kPointer);
 }
 
+int puts = 0;
+
 /// An object with two interfaces, each with members of its own.
 class TwoFaces final
     : public ComponentObject<CallableByName<IDCMOptions>, CallableByName<IDcmDictionary>> {
@@ -332,7 +338,10 @@ class TwoFaces final
     *pVal = true;
     return kOk;
   }
-  Status put_UseTotokuLUT(VariantBool) override { return kOk; }
+  Status put_UseTotokuLUT(VariantBool) override {
+    ++puts;
+    return kOk;
+  }
   Status get_NumEntries(std::int16_t* pVal) override {
     *pVal = 77;
     return kOk;
@@ -366,6 +375,47 @@ TEST(CQuery, LeadsFromOneInterfaceOfAnObjectToTheOtherAndBack) {
   EXPECT_EQ(back, options);
   for (tessaret_object* object : {options, dictionary, back}) tessaret_release(object);
   EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CCall, IsDoneWhollyOrNotAtAllWithoutMemory) {
+  void* made = nullptr;
+  ASSERT_EQ(CreateObjectOf<TwoFaces>(nullptr, IDispatch::kId, &made), kOk);
+  tessaret_object* options = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_value value{};
+  value.type = TESSARET_BOOL;
+  const std::uint64_t allocations = test::FailEveryAllocation([&] {
+    puts = 0;
+    const Status status = tessaret_put(options, "UseTotokuLUT", &value, 1);
+    EXPECT_TRUE(status == kOk || status == kOutOfMemory);
+    EXPECT_EQ(puts, status == kOk ? 1 : 0);
+  });
+  EXPECT_GT(allocations, 0u);
+  tessaret_release(options);
+}
+
+tessaret_object* waiting = nullptr;
+
+TEST(CCall, AThreadThatIsCancelledInOneEnds) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  // Nobody writes into the pipe: the load waits for ever.
+  int ends[2];
+  ASSERT_EQ(::pipe(ends), 0);
+  ASSERT_EQ(tessaret_create("Tessaret.DCMObject", &waiting), 0);
+  static const std::string path = "/dev/fd/" + std::to_string(ends[0]);
+  const auto load = [](void*) -> void* {
+    tessaret_value arguments[] = {Text(path.c_str()), {}};
+    arguments[1].type = TESSARET_BOOL;
+    tessaret_invoke(waiting, "Load", TESSARET_METHOD, arguments, 2, nullptr);
+    return nullptr;
+  };
+  pthread_t thread{};
+  ASSERT_EQ(::pthread_create(&thread, nullptr, load, nullptr), 0);
+  EXPECT_EQ(::pthread_cancel(thread), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  EXPECT_EQ(answer, PTHREAD_CANCELED);
+  tessaret_release(waiting);
+  for (const int end : ends) ::close(end);
 }
 
 TEST_F(CObject, LivesAsLongAsReferencesAreHeld) {
