@@ -79,7 +79,7 @@ class IDispatch : public IObject {
   /// argument counts as left away. Each is turned into the type of its parameter, see Variant::ChangeType; an object is asked for
   /// the interface that is wanted, and an empty value is no object. `result` may be null.
   /// Answers what the member answers; kUnknownMember, kBadCount, kTypeMismatch, kOverflow or kNoInterface without having called
-  /// it. After a failure `arguments` and `result` are as they were.
+  /// it; kPointer for null `arguments` whose `count` is not 0; kOutOfMemory. After a failure `arguments` and `result` are as they were.
   virtual Status Invoke(std::int32_t member, Variant* arguments, std::uint32_t count,
                         Variant* result) = 0;
 };
