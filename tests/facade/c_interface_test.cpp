@@ -13,6 +13,7 @@
 
 #include "component/call_by_name.h"
 #include "component/component_object.h"
+#include "component/event_source.h"
 #include "component/proxy_helpers.h"
 #include "facade/c_host.h"
 #include "facade/c_values.h"
@@ -391,6 +392,94 @@ TEST(CCall, IsDoneWhollyOrNotAtAllWithoutMemory) {
   });
   EXPECT_GT(allocations, 0u);
   tessaret_release(options);
+}
+
+class ITellerEvents : public IObject {
+ public:
+  static constexpr InterfaceId kId{7, 1};
+  virtual Status OnNothing() = 0;
+  virtual Status OnWords(const String& name, std::int16_t index, const String& words) = 0;
+};
+
+constexpr auto kOnWords =
+    Signature<decltype(&ITellerEvents::OnWords)>::Describe({{{"name"}, {"index"}, {"words"}}});
+constexpr MemberInfo kTellerEvents[] = {
+    {"OnNothing", MemberKind::kMethod, nullptr, 0, ""},
+    {"OnWords", MemberKind::kMethod, kOnWords.data(), kOnWords.size(), ""}};
+constexpr MemberCall kTellerCalls[] = {&CallMember<&ITellerEvents::OnNothing>,
+                                       &CallMember<&ITellerEvents::OnWords>};
+
+}  // namespace
+
+template <>
+const InterfaceTable& TableOf<ITellerEvents>() {
+  static constexpr InterfaceTable kTable = {
+      {"_ITellerEvents", ITellerEvents::kId, kTellerEvents, std::size(kTellerEvents), ""},
+      kTellerCalls};
+  return kTable;
+}
+
+namespace {
+
+/// Tells an event with texts whenever the option is set.
+class Teller final
+    : public ComponentObject<CallableByName<IDCMOptions>, EventSource<ITellerEvents>> {
+ public:
+  explicit Teller(IObject* outer) : ComponentObject(outer) {}
+  Status get_UseTotokuLUT(VariantBool* pVal) override {
+    *pVal = false;
+    return kOk;
+  }
+  Status put_UseTotokuLUT(VariantBool newVal) override {
+    const std::int16_t index = newVal.value;
+    Fire<&ITellerEvents::OnWords>(String("a file"), index, String("M\xC3\xBCller"));
+    return kOk;
+  }
+};
+
+/// What one function hears, and what it does about it.
+struct Hearing {
+  tessaret_object* object = nullptr;
+  std::uint32_t cookie = 0;
+  bool letsGo = false;
+  std::vector<std::string> heard;
+};
+
+void Hear(void* user, std::int32_t event, const tessaret_value* arguments, std::uint32_t count) {
+  auto& hearing = *static_cast<Hearing*>(user);
+  ASSERT_EQ(count, 3u);
+  ASSERT_EQ(arguments[0].type, TESSARET_STRING);
+  ASSERT_EQ(arguments[1].type, TESSARET_SHORT);
+  hearing.heard.push_back(std::to_string(event) + " " + arguments[0].as.string_value + " " +
+                          std::to_string(arguments[1].as.short_value));
+  if (!hearing.letsGo) return;
+  EXPECT_EQ(tessaret_unadvise(hearing.object, hearing.cookie), 0);
+  tessaret_release(hearing.object);
+  // The function is called still, and its arguments are there.
+  hearing.heard.emplace_back(arguments[2].as.string_value, arguments[2].length);
+}
+
+TEST(CEvents, ReachTheFunctionsThatAreConnected) {
+  void* made = nullptr;
+  ASSERT_EQ(CreateObjectOf<Teller>(nullptr, IDispatch::kId, &made), kOk);
+  tessaret_object* object = HandleOf(static_cast<IDispatch*>(made));
+  Hearing first;
+  Hearing second;
+  first.object = second.object = object;
+  ASSERT_EQ(tessaret_advise(object, &Hear, &first, &first.cookie), 0);
+  ASSERT_EQ(tessaret_advise(object, &Hear, &second, &second.cookie), 0);
+  EXPECT_STREQ(tessaret_describe_events(object)->members[1].name, "OnWords");
+  tessaret_value value{};
+  value.type = TESSARET_BOOL;
+  value.as.bool_value = 7;
+  EXPECT_EQ(tessaret_put(object, "UseTotokuLUT", &value, 1), 0);
+  EXPECT_EQ(tessaret_unadvise(object, second.cookie), 0);
+  // The last reference of the host goes while the object calls.
+  first.letsGo = true;
+  EXPECT_EQ(tessaret_put(object, "UseTotokuLUT", &value, 1), 0);
+  EXPECT_EQ(first.heard, (std::vector<std::string>{"1 a file 7", "1 a file 7", "M\xC3\xBCller"}));
+  EXPECT_EQ(second.heard, (std::vector<std::string>{"1 a file 7"}));
+  EXPECT_EQ(tessaret_can_unload(), 1);
 }
 
 tessaret_object* waiting = nullptr;
