@@ -211,6 +211,22 @@ TEST(CValues, TypesThatAreNoneAreRefused) {
   }
 }
 
+TEST(CValues, ClearingFreesWhatTheLibraryGave) {
+  const tessaret_bound bounds[] = {{0, 2}};
+  std::int32_t entries[] = {1, 2};
+  const tessaret_array array = {bounds, entries, 2, 1};
+  tessaret_value numbers{};
+  numbers.type = TESSARET_ARRAY | TESSARET_LONG;
+  numbers.as.array_value = &array;
+  for (const tessaret_value& value : {Text("a text"), numbers}) {
+    const test::AllocationWatch watch;
+    tessaret_value back = Back(value);
+    EXPECT_GT(watch.Outstanding(), 0);
+    tessaret_clear(&back);
+    EXPECT_EQ(watch.Outstanding(), 0);
+  }
+}
+
 TEST(CValues, ClearingWhatOwnsNothingDoesNoHarm) {
   char mine[] = "mine";
   tessaret_value value = Text(mine);
@@ -421,11 +437,15 @@ const InterfaceTable& TableOf<ITellerEvents>() {
 
 namespace {
 
+/// What became of a Teller, in order.
+std::vector<std::string> fate;
+
 /// Tells an event with texts whenever the option is set.
 class Teller final
     : public ComponentObject<CallableByName<IDCMOptions>, EventSource<ITellerEvents>> {
  public:
   explicit Teller(IObject* outer) : ComponentObject(outer) {}
+  ~Teller() override { fate.emplace_back("gone"); }
   Status get_UseTotokuLUT(VariantBool* pVal) override {
     *pVal = false;
     return kOk;
@@ -433,6 +453,7 @@ class Teller final
   Status put_UseTotokuLUT(VariantBool newVal) override {
     const std::int16_t index = newVal.value;
     Fire<&ITellerEvents::OnWords>(String("a file"), index, String("M\xC3\xBCller"));
+    fate.emplace_back("told");
     return kOk;
   }
 };
@@ -479,6 +500,8 @@ TEST(CEvents, ReachTheFunctionsThatAreConnected) {
   EXPECT_EQ(tessaret_put(object, "UseTotokuLUT", &value, 1), 0);
   EXPECT_EQ(first.heard, (std::vector<std::string>{"1 a file 7", "1 a file 7", "M\xC3\xBCller"}));
   EXPECT_EQ(second.heard, (std::vector<std::string>{"1 a file 7"}));
+  // It stayed until the call was over.
+  EXPECT_EQ(fate, (std::vector<std::string>{"told", "told", "gone"}));
   EXPECT_EQ(tessaret_can_unload(), 1);
 }
 
@@ -528,7 +551,9 @@ TEST_F(CObject, EventsAreConnectedByFunction) {
   EXPECT_EQ(tessaret_advise(options, nullptr, nullptr, &cookie), kPointer);
   EXPECT_EQ(tessaret_advise(options, ignore, nullptr, nullptr), kPointer);
   EXPECT_EQ(tessaret_advise(nullptr, ignore, nullptr, &cookie), kPointer);
+  cookie = 77;
   EXPECT_EQ(tessaret_advise(dictionary_, ignore, nullptr, &cookie), kNoInterface);
+  EXPECT_EQ(cookie, 0u);
   EXPECT_EQ(tessaret_unadvise(dictionary_, 1), kNoInterface);
   EXPECT_EQ(tessaret_unadvise(nullptr, 1), kPointer);
   tessaret_release(options);
