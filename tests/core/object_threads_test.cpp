@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstdlib>
 #include <fstream>
-#include <functional>
 #include <map>
 #include <memory>
 #include <random>
@@ -16,6 +15,7 @@
 #include "core/dicom_object.h"
 #include "core/file_buffer.h"
 #include "object_maker.h"
+#include "support/all_threads.h"
 #include "support/temp_folder.h"
 
 namespace tessaret {
@@ -23,27 +23,13 @@ namespace {
 
 using test::Bytes;
 using test::KeysOf;
+using test::kThreads;
 using test::NewObject;
 using test::NewSequence;
 using test::NewVR;
+using test::OnAllThreads;
 using test::Outline;
 using test::Pattern;
-
-constexpr int kThreads = 8;
-
-/// Runs `work(number)` on eight threads that start together.
-void OnAllThreads(const std::function<void(int)>& work) {
-  std::atomic<int> ready = 0;
-  std::vector<std::thread> threads;
-  for (int number = 0; number < kThreads; ++number) {
-    threads.emplace_back([&, number] {
-      ++ready;
-      while (ready < kThreads) std::this_thread::yield();
-      work(number);
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-}
 
 /// An object with 60 values of different lengths and a nest of items.
 std::unique_ptr<DICOMObject> Sample(std::uint32_t seed) {

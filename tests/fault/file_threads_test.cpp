@@ -1,23 +1,12 @@
 // F33: eight threads, each with objects of its own or all with one that nobody changes.
-#include <functional>
-#include <thread>
-#include <vector>
-
 #include <gtest/gtest.h>
 
 #include "fault_helpers.h"
+#include "support/all_threads.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
 namespace {
-
-constexpr int kThreads = 8;
-
-void OnAllThreads(const std::function<void(int)>& work) {
-  std::vector<std::thread> threads;
-  for (int number = 0; number < kThreads; ++number) threads.emplace_back(work, number);
-  for (std::thread& thread : threads) thread.join();
-}
 
 class FileThreads : public ::testing::Test {
  protected:
