@@ -221,7 +221,12 @@ class Host {
         break;
       case 18:
         value.type = script_.Number<std::uint16_t>() & 0xFF;
-        if (value.type == TESSARET_STRING || value.type == TESSARET_OBJECT) value.type = 0;
+        if (value.type == TESSARET_STRING) value.type = 0;
+        if (value.type == TESSARET_OBJECT) {
+          // Any address: what is no object has to be refused.
+          const auto address = script_.Number<std::uint64_t>();
+          std::memcpy(&value.as.object_value, &address, sizeof(address));
+        }
         break;
       default:
         value.as.double_value = script_.Number<double>();

@@ -47,6 +47,8 @@ inline constexpr Status kClassNotRegistered = static_cast<Status>(0x80040154u);
 inline constexpr Status kNoConnection = static_cast<Status>(0x80040200u);
 /// An object cannot listen to these events.
 inline constexpr Status kCannotConnect = static_cast<Status>(0x80040202u);
+/// A handle of the C interface is of no object that the host holds: it was given back, or was never one.
+inline constexpr Status kNoObject = static_cast<Status>(0x80070006u);
 /// No memory.
 inline constexpr Status kOutOfMemory = static_cast<Status>(0x8007000Eu);
 /// An argument makes no sense.

@@ -9,6 +9,9 @@
 /// library fills owns what it points to, and the caller clears it with tessaret_clear; to clear a value that owns nothing does no
 /// harm, so that every value may be cleared when it is done with.
 ///
+/// A pointer to an object that the host does not hold, because he has given it back already or it never was one, is not followed:
+/// what takes it answers 0x80070006, or does nothing. Only where a newer object has come to the same place is it taken for that.
+///
 /// An object belongs to the thread that made it. tessaret_retain and tessaret_release may be called from any thread.
 #ifndef TESSARET_TESSARET_H
 #define TESSARET_TESSARET_H

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "base/text.h"
+#include "facade/c_handles.h"
 #include "facade/c_values.h"
 #include "facade/enumerations.h"
 #include "facade/named_interface.h"
@@ -142,9 +143,8 @@ class FunctionSink final : public IEventSink {
   std::uint32_t references_ = 1;
 };
 
-Ref<IEventSource> EventsOf(tessaret_object* object) {
-  return Ref<IDispatch>(ObjectOf(object)).As<IEventSource>();
-}
+/// Why `object` leads nowhere.
+Status NoObject(tessaret_object* object) { return object == nullptr ? kPointer : kNoObject; }
 
 /// Does `work` where nothing may be thrown into C.
 template <class Work>
@@ -167,22 +167,27 @@ using namespace tessaret;
 
 int32_t tessaret_create(const char* name, tessaret_object** object) {
   if (object == nullptr) return kPointer;
+  *object = nullptr;
   void* made = nullptr;
   const Status status = tessaret_create_object(name, &IDispatch::kId, nullptr, &made);
-  *object = HandleOf(static_cast<IDispatch*>(made));
-  return status;
+  return Quietly([&] {
+    *object = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
+    return status;
+  });
 }
 
 int32_t tessaret_query(tessaret_object* object, const char* name, tessaret_object** other) {
   if (other == nullptr) return kPointer;
   *other = nullptr;
   if (object == nullptr || name == nullptr) return kPointer;
-  for (const NamedInterface& interface : AllInterfaces()) {
-    if (!IsSameIgnoringCase(interface.name, name)) continue;
-    *other = HandleOf(interface.ask(Ref<IDispatch>(ObjectOf(object))).Detach());
-    break;
-  }
-  return *other == nullptr ? kNoInterface : kOk;
+  const Ref<IDispatch> held = HeldObject(object);
+  if (!held) return kNoObject;
+  return Quietly([&] {
+    for (const NamedInterface& interface : AllInterfaces()) {
+      if (IsSameIgnoringCase(interface.name, name)) *other = GiveHandle(interface.ask(held));
+    }
+    return *other == nullptr ? kNoInterface : kOk;
+  });
 }
 
 const tessaret_enumeration* tessaret_enumerations(uint32_t* count) {
@@ -191,33 +196,32 @@ const tessaret_enumeration* tessaret_enumerations(uint32_t* count) {
   return all.data();
 }
 
-void tessaret_retain(tessaret_object* object) {
-  if (object != nullptr) ObjectOf(object)->AddRef();
-}
+void tessaret_retain(tessaret_object* object) { RetainHandle(object); }
 
-void tessaret_release(tessaret_object* object) {
-  if (object != nullptr) ObjectOf(object)->Release();
-}
+void tessaret_release(tessaret_object* object) { ReleaseHandle(object); }
 
 const tessaret_interface_info* tessaret_describe(tessaret_object* object) {
-  return object == nullptr ? nullptr : Shown(ObjectOf(object)->Describe());
+  const Ref<IDispatch> held = HeldObject(object);
+  return held ? Shown(held->Describe()) : nullptr;
 }
 
 const tessaret_interface_info* tessaret_describe_events(tessaret_object* object) {
-  const Ref<IEventSource> source = EventsOf(object);
+  const Ref<IEventSource> source = HeldObject(object).As<IEventSource>();
   return source ? Shown(source->DescribeEvents()) : nullptr;
 }
 
 int32_t tessaret_find(tessaret_object* object, const char* name, int32_t kind, int32_t* member) {
-  if (object == nullptr) return kPointer;
-  return ObjectOf(object)->FindMember(name, static_cast<MemberKind>(kind), member);
+  const Ref<IDispatch> held = HeldObject(object);
+  if (!held) return NoObject(object);
+  return held->FindMember(name, static_cast<MemberKind>(kind), member);
 }
 
 int32_t tessaret_call(tessaret_object* object, int32_t member, tessaret_value* arguments,
                       uint32_t count, tessaret_value* result) {
   if (object == nullptr || (arguments == nullptr && count != 0)) return kPointer;
   // The object stays, whatever the call does to the caller's reference.
-  const Ref<IDispatch> held(ObjectOf(object));
+  const Ref<IDispatch> held = HeldObject(object);
+  if (!held) return kNoObject;
   return Quietly([&] { return Call(*held, member, arguments, count, result); });
 }
 
@@ -242,7 +246,9 @@ int32_t tessaret_advise(tessaret_object* object, tessaret_event event, void* use
                         uint32_t* cookie) {
   if (object == nullptr || event == nullptr || cookie == nullptr) return kPointer;
   *cookie = 0;
-  const Ref<IEventSource> source = EventsOf(object);
+  const Ref<IDispatch> held = HeldObject(object);
+  if (!held) return kNoObject;
+  const Ref<IEventSource> source = held.As<IEventSource>();
   if (!source) return kNoInterface;
   return Quietly([&] {
     const auto sink = Ref<IEventSink>::Adopt(new FunctionSink(event, user));
@@ -251,7 +257,8 @@ int32_t tessaret_advise(tessaret_object* object, tessaret_event event, void* use
 }
 
 int32_t tessaret_unadvise(tessaret_object* object, uint32_t cookie) {
-  if (object == nullptr) return kPointer;
-  const Ref<IEventSource> source = EventsOf(object);
+  const Ref<IDispatch> held = HeldObject(object);
+  if (!held) return NoObject(object);
+  const Ref<IEventSource> source = held.As<IEventSource>();
   return source ? source->Unadvise(cookie) : kNoInterface;
 }

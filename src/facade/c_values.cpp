@@ -6,6 +6,7 @@
 #include <span>
 #include <string>
 
+#include "facade/c_handles.h"
 #include "tessaret/dispatch.hpp"
 
 namespace tessaret {
@@ -45,6 +46,13 @@ Status ArrayFromC(const tessaret_value& from, Variant& to) {
   return kOk;
 }
 
+Status ObjectFromC(const tessaret_value& from, Variant& to) {
+  const Ref<IDispatch> object = HeldObject(from.as.object_value);
+  if (!object && from.as.object_value != nullptr) return kNoObject;
+  to = Variant(static_cast<IObject*>(object.Get()));
+  return kOk;
+}
+
 String StringFromC(const tessaret_value& from) {
   const char* text = from.as.string_value;
   if (text == nullptr) return {};
@@ -78,8 +86,7 @@ Status FromC(const tessaret_value& from, Variant& to) {
       to = Variant(StringFromC(from));
       return kOk;
     case VariantType::kObject:
-      to = Variant(static_cast<IObject*>(ObjectOf(from.as.object_value)));
-      return kOk;
+      return ObjectFromC(from, to);
     case VariantType::kBool:
       to = Variant(VariantBool::Of(from.as.bool_value));
       return kOk;
@@ -135,7 +142,7 @@ void ToC(Variant&& from, tessaret_value& to) {
       break;
     }
     case VariantType::kObject:
-      to.as.object_value = HandleOf(Ref<IObject>(from.AsObject()).As<IDispatch>().Detach());
+      to.as.object_value = GiveHandle(Ref<IObject>(from.AsObject()).As<IDispatch>());
       to.owned = to.as.object_value != nullptr ? 1 : 0;
       break;
     case VariantType::kBool:
@@ -161,7 +168,7 @@ void tessaret_clear(tessaret_value* value) {
     } else if (value->type == TESSARET_STRING) {
       delete[] value->as.string_value;
     } else if (value->type == TESSARET_OBJECT) {
-      tessaret::ObjectOf(value->as.object_value)->Release();
+      tessaret::ReleaseHandle(value->as.object_value);
     }
   }
   *value = {};

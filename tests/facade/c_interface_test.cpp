@@ -15,6 +15,7 @@
 #include "component/component_object.h"
 #include "component/event_source.h"
 #include "component/proxy_helpers.h"
+#include "facade/c_handles.h"
 #include "facade/c_host.h"
 #include "facade/c_values.h"
 #include "support/allocation_failure.h"
@@ -376,7 +377,7 @@ class TwoFaces final
 TEST(CQuery, LeadsFromOneInterfaceOfAnObjectToTheOtherAndBack) {
   void* made = nullptr;
   ASSERT_EQ(CreateObjectOf<TwoFaces>(nullptr, IDispatch::kId, &made), kOk);
-  tessaret_object* options = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* options = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
   tessaret_object* dictionary = nullptr;
   ASSERT_EQ(tessaret_query(options, "IDcmDictionary", &dictionary), 0);
   EXPECT_NE(dictionary, options);
@@ -397,7 +398,7 @@ TEST(CQuery, LeadsFromOneInterfaceOfAnObjectToTheOtherAndBack) {
 TEST(CCall, IsDoneWhollyOrNotAtAllWithoutMemory) {
   void* made = nullptr;
   ASSERT_EQ(CreateObjectOf<TwoFaces>(nullptr, IDispatch::kId, &made), kOk);
-  tessaret_object* options = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* options = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
   tessaret_value value{};
   value.type = TESSARET_BOOL;
   const std::uint64_t allocations = test::FailEveryAllocation([&] {
@@ -483,7 +484,7 @@ void Hear(void* user, std::int32_t event, const tessaret_value* arguments, std::
 TEST(CEvents, ReachTheFunctionsThatAreConnected) {
   void* made = nullptr;
   ASSERT_EQ(CreateObjectOf<Teller>(nullptr, IDispatch::kId, &made), kOk);
-  tessaret_object* object = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* object = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
   Hearing first;
   Hearing second;
   first.object = second.object = object;

@@ -81,6 +81,7 @@ _KINDS = {
     0x80040154: (Error, "there is no such class"),
     0x80040200: (Error, "there is no such connection"),
     0x80040202: (Error, "nobody can listen to this object in that way"),
+    0x80070006: (Error, "there is no such object"),
     0x8007000E: (NoMemory, "no memory"),
     0x80070057: (BadArgument, "an argument makes no sense"),
 }

@@ -6,7 +6,7 @@
 #include "component/component_object.h"
 #include "component/event_source.h"
 #include "component/report.h"
-#include "facade/c_values.h"
+#include "facade/c_handles.h"
 #include "facade/class_ids.h"
 
 namespace tessaret {
@@ -363,6 +363,6 @@ std::int32_t tessaret_test_create(tessaret_object** object) {
   IDispatch* made = nullptr;
   const Status status =
       CreateObjectOf<EchoObject>(nullptr, IDispatch::kId, reinterpret_cast<void**>(&made));
-  *object = HandleOf(made);
+  *object = GiveHandle(Ref<IDispatch>::Adopt(made));
   return status;
 }

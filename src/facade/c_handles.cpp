@@ -1,0 +1,82 @@
+#include "facade/c_handles.h"
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <mutex>
+#include <unordered_map>
+
+namespace tessaret {
+namespace {
+
+// A handle is the address of the object's interface for calls by name.
+IDispatch* ObjectAt(const tessaret_object* handle) {
+  return reinterpret_cast<IDispatch*>(const_cast<tessaret_object*>(handle));
+}
+
+/// How many references the host has to each object. Of the many maps every address has its own, so that threads with objects of their
+/// own seldom wait for one another.
+class HandleCounts {
+ public:
+  struct alignas(64) Part {
+    std::mutex mutex;
+    std::unordered_map<const tessaret_object*, std::uint64_t> counts;
+  };
+
+  Part& PartOf(const tessaret_object* handle) {
+    // Objects lie at multiples of 16 bytes, often of 64.
+    const auto address = reinterpret_cast<std::uintptr_t>(handle);
+    return parts_[(address >> 4 ^ address >> 10) % parts_.size()];
+  }
+
+ private:
+  std::array<Part, 32> parts_;
+};
+
+HandleCounts& Handles() {
+  static HandleCounts handles;
+  return handles;
+}
+
+}  // namespace
+
+tessaret_object* GiveHandle(Ref<IDispatch> object) {
+  if (!object) return nullptr;
+  const auto* const handle = reinterpret_cast<const tessaret_object*>(object.Get());
+  HandleCounts::Part& part = Handles().PartOf(handle);
+  const std::lock_guard lock(part.mutex);
+  ++part.counts[handle];
+  return reinterpret_cast<tessaret_object*>(object.Detach());
+}
+
+Ref<IDispatch> HeldObject(const tessaret_object* handle) {
+  HandleCounts::Part& part = Handles().PartOf(handle);
+  const std::lock_guard lock(part.mutex);
+  // Taken while the host's own reference cannot be given back.
+  return Ref<IDispatch>(part.counts.contains(handle) ? ObjectAt(handle) : nullptr);
+}
+
+bool RetainHandle(const tessaret_object* handle) {
+  HandleCounts::Part& part = Handles().PartOf(handle);
+  const std::lock_guard lock(part.mutex);
+  const auto found = part.counts.find(handle);
+  if (found == part.counts.end()) return false;
+  ++found->second;
+  ObjectAt(handle)->AddRef();
+  return true;
+}
+
+bool ReleaseHandle(const tessaret_object* handle) {
+  {
+    HandleCounts::Part& part = Handles().PartOf(handle);
+    const std::lock_guard lock(part.mutex);
+    const auto found = part.counts.find(handle);
+    if (found == part.counts.end()) return false;
+    if (--found->second == 0) part.counts.erase(found);
+  }
+  // Not under the lock: an object that dies may give others back.
+  ObjectAt(handle)->Release();
+  return true;
+}
+
+}  // namespace tessaret

@@ -1,0 +1,157 @@
+// Handles of the C interface that lead nowhere: given back already, or never given.
+#include "facade/c_handles.h"
+
+#include <cstdint>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/all_threads.h"
+#include "support/allocation_failure.h"
+#include "tessaret/tessaret.hpp"
+
+namespace tessaret {
+namespace {
+
+constexpr Status kStale = static_cast<Status>(0x80070006u);
+
+tessaret_object* New(const char* name = "Tessaret.DCMObject") {
+  tessaret_object* object = nullptr;
+  EXPECT_EQ(tessaret_create(name, &object), 0);
+  return object;
+}
+
+tessaret_value ObjectValue(tessaret_object* object) {
+  tessaret_value value{};
+  value.type = TESSARET_OBJECT;
+  value.as.object_value = object;
+  return value;
+}
+
+void IgnoreEvents(void*, std::int32_t, const tessaret_value*, std::uint32_t) {}
+
+/// That every function refuses `handle`, and leaves what it would have written as it is documented.
+void ExpectRefused(tessaret_object* handle) {
+  tessaret_object* other = handle;
+  EXPECT_EQ(tessaret_query(handle, "IDcmObjectManager", &other), kStale);
+  EXPECT_EQ(other, nullptr);
+  EXPECT_EQ(tessaret_describe(handle), nullptr);
+  EXPECT_EQ(tessaret_describe_events(handle), nullptr);
+  std::int32_t member = -7;
+  EXPECT_EQ(tessaret_find(handle, "Clear", TESSARET_METHOD, &member), kStale);
+  EXPECT_EQ(member, -7);
+  tessaret_value result{};
+  result.type = TESSARET_LONG;
+  result.as.long_value = 77;
+  EXPECT_EQ(tessaret_call(handle, 0, nullptr, 0, &result), kStale);
+  EXPECT_EQ(tessaret_invoke(handle, "copy", TESSARET_METHOD, nullptr, 0, &result), kStale);
+  EXPECT_EQ(tessaret_get(handle, "UseTotokuLUT", nullptr, 0, &result), kStale);
+  EXPECT_EQ(result.as.long_value, 77);
+  EXPECT_EQ(tessaret_put(handle, "UseTotokuLUT", &result, 1), kStale);
+  std::uint32_t cookie = 7;
+  EXPECT_EQ(tessaret_advise(handle, IgnoreEvents, nullptr, &cookie), kStale);
+  EXPECT_EQ(cookie, 0u);
+  EXPECT_EQ(tessaret_unadvise(handle, 1), kStale);
+  tessaret_retain(handle);
+  tessaret_release(handle);
+  tessaret_release(handle);
+}
+
+TEST(CHandles, OfObjectsThatWereGivenBackAreRefused) {
+  tessaret_object* const object = New();
+  tessaret_release(object);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+  ExpectRefused(object);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHandles, ThatNeverWereOneAreRefused) {
+  std::uint64_t words[8] = {};
+  ExpectRefused(reinterpret_cast<tessaret_object*>(words));
+  // Where no process has memory: to follow it would end this one.
+  ExpectRefused(reinterpret_cast<tessaret_object*>(std::uintptr_t{1}));
+}
+
+TEST(CHandles, OfAnObjectThatLivesOnElsewhereAreRefusedToo) {
+  tessaret_object* const object = New();
+  tessaret_object* manager = nullptr;
+  ASSERT_EQ(tessaret_query(object, "IDcmObjectManager", &manager), 0);
+  ASSERT_NE(manager, object);
+  tessaret_release(object);
+  ExpectRefused(object);
+  EXPECT_STREQ(tessaret_describe(manager)->name, "IDcmObjectManager");
+  tessaret_release(manager);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHandles, CountTheReferencesOfTheHost) {
+  tessaret_object* const object = New();
+  tessaret_retain(object);
+  tessaret_retain(object);
+  for (int held = 3; held > 0; --held) {
+    EXPECT_NE(tessaret_describe(object), nullptr) << held;
+    EXPECT_EQ(tessaret_can_unload(), 0) << held;
+    tessaret_release(object);
+  }
+  EXPECT_EQ(tessaret_can_unload(), 1);
+  ExpectRefused(object);
+}
+
+TEST(CHandles, InArgumentsAreRefused) {
+  tessaret_object* const object = New();
+  tessaret_object* const gone = New();
+  tessaret_release(gone);
+  tessaret_value argument = ObjectValue(gone);
+  EXPECT_EQ(tessaret_invoke(object, "Set", TESSARET_METHOD, &argument, 1, nullptr), kStale);
+  argument = ObjectValue(nullptr);
+  // Null is a value, which this member does not take.
+  EXPECT_EQ(tessaret_invoke(object, "Set", TESSARET_METHOD, &argument, 1, nullptr), kPointer);
+  tessaret_release(object);
+}
+
+TEST(CHandles, OfAValueEndWithItHoweverOftenACopyIsCleared) {
+  tessaret_object* const object = New();
+  tessaret_value copy{};
+  ASSERT_EQ(tessaret_invoke(object, "copy", TESSARET_METHOD, nullptr, 0, &copy), 0);
+  ASSERT_EQ(copy.type, TESSARET_OBJECT);
+  EXPECT_NE(tessaret_describe(copy.as.object_value), nullptr);
+  tessaret_value twin = copy;
+  tessaret_clear(&copy);
+  EXPECT_EQ(tessaret_describe(twin.as.object_value), nullptr);
+  tessaret_clear(&twin);
+  EXPECT_EQ(twin.type, TESSARET_EMPTY);
+  tessaret_release(object);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CHandles, WithoutMemoryNothingIsHeld) {
+  test::FailEveryAllocation([] {
+    tessaret_object* object = nullptr;
+    const Status status = tessaret_create("Tessaret.DCMObject", &object);
+    EXPECT_EQ(object == nullptr, Failed(status));
+    if (object != nullptr) {
+      tessaret_object* manager = nullptr;
+      const Status asked = tessaret_query(object, "IDcmObjectManager", &manager);
+      EXPECT_EQ(manager == nullptr, Failed(asked));
+      tessaret_release(manager);
+    }
+    tessaret_release(object);
+    EXPECT_EQ(tessaret_can_unload(), 1);
+  });
+}
+
+TEST(CHandles, AreGivenBackOnceByThreadsThatAllTry) {
+  for (int round = 0; round < 50; ++round) {
+    tessaret_object* const object = New("Tessaret.DCMOptions");
+    test::OnAllThreads([&](int) {
+      tessaret_value value{};
+      const Status status = tessaret_get(object, "UseTotokuLUT", nullptr, 0, &value);
+      EXPECT_TRUE(status == kOk || status == kStale);
+      tessaret_release(object);
+    });
+    EXPECT_EQ(tessaret_can_unload(), 1);
+  }
+}
+
+}  // namespace
+}  // namespace tessaret
