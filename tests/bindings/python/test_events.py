@@ -157,6 +157,18 @@ class Events(package.PackageTest):
         self.assertNotEqual(threads[0][0], threading.get_ident())
 
 
+INTERRUPTED = """
+import os, signal, threading, time
+import tessaret
+begin = time.monotonic()
+threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT)).start()
+try:
+    tessaret.pump(None)
+except KeyboardInterrupt:
+    print("interrupted", time.monotonic() - begin < 10)
+"""
+
+
 class Pump(package.PackageTest):
     @unittest.skipUnless(_library.pump, "this library has no pump yet")
     def test_without_events_it_tells_none_and_waits_as_long_as_asked(self):
@@ -167,6 +179,11 @@ class Pump(package.PackageTest):
         begin = time.monotonic()
         self.assertEqual(tessaret.pump(0.25), 0)
         self.assertGreaterEqual(time.monotonic() - begin, 0.2)
+
+    @unittest.skipUnless(_library.pump, "this library has no pump yet")
+    def test_a_wait_without_end_is_interrupted_from_the_keyboard(self):
+        result = package.run_python(INTERRUPTED)
+        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "interrupted True\n", ""))
 
     @unittest.skipUnless(_library.events_descriptor, "this library has no descriptor yet")
     def test_the_descriptor_is_quiet_without_events(self):

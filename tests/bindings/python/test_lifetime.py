@@ -153,6 +153,18 @@ class Memory(package.PackageTest):
                 with self.subTest(name):
                     self.assert_does_not_grow(function)
 
+    def test_a_million_calls_leave_nothing(self):
+        with package.new_echo() as echo:
+            def call():
+                for number in range(100_000):
+                    echo.Outs(number)
+            call()
+            before = self.resident()
+            for _ in range(10):
+                call()
+            # A byte a call would be a million.
+            self.assertLess(self.resident() - before, 500_000)
+
     def test_values_of_events_are_freed(self):
         values = ["x" * self.SIZE, b"x" * self.SIZE, tessaret.Array(b"x" * self.SIZE, lower=(1,))]
         with package.new_echo() as echo:
