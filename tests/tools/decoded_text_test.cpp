@@ -165,6 +165,26 @@ TEST(DecodedText, NotMuchMoreThanIsAskedForIsDecoded) {
   EXPECT_EQ(Columns(DecodedText(CharacterSets("\\ISO 2022 IR 126"), kLongText, switched, 9)), 10U);
 }
 
+TEST(DecodedText, AThousandSetsAreNamed) {
+  std::string sets = "\\ISO 2022 IR 87";
+  for (int count = 0; count < 1000; ++count) sets += "\\ISO 2022 IR 100";
+  // What switches is looked at; the list of what may come is not.
+  EXPECT_EQ(Decoded(sets.c_str(), kName, "\x1b-A\xe4=\x1b$B;3"), "\u00e4=\u5c71");
+  EXPECT_EQ(CharacterSets(sets).Unknown(), "");
+  EXPECT_EQ(CharacterSets(sets + "\\Latin 9").Unknown(), "Latin 9");
+}
+
+TEST(DecodedText, ANameOfTenMegabytesIsDecodedOnceThrough) {
+  constexpr std::size_t kCharacters = 10'000'000;
+  const std::string text = Decoded("ISO_IR 100", kName, std::string(kCharacters, '\xe4'));
+  // Two bytes of UTF-8 for each.
+  ASSERT_EQ(text.size(), 2 * kCharacters);
+  EXPECT_EQ(text.find_first_not_of("\u00e4"), std::string::npos);
+  // A component a byte: each one ends what was switched.
+  const std::string carets(kCharacters, '^');
+  EXPECT_EQ(Decoded("\\ISO 2022 IR 87", kName, carets), carets);
+}
+
 TEST(EncodedText, WhatWasDecodedIsWrittenAgain) {
   struct Row {
     const char* sets;
