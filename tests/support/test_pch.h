@@ -1,5 +1,5 @@
-// What nearly every test includes. Compiled once; a test still includes what it uses, which the build without this
-// header (preset `clang`) proves.
+// What nearly every test includes. Compiled once; a test still includes what it uses, which a build without this
+// header (`./dev build clang`) shows.
 #pragma once
 
 #include <algorithm>
