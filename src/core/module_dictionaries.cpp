@@ -1,7 +1,10 @@
 #include "core/module_dictionaries.h"
 
-#include <cstdio>
+#include <unistd.h>
 
+#include "platform/file_calls.h"
+#include "platform/hold_cancellation.h"
+#include "platform/library_end.h"
 #include "platform/module_path.h"
 
 namespace tessaret {
@@ -15,10 +18,17 @@ struct Module {
   std::string directory;
 };
 
-// Never destroyed: a thread may still look something up while the process ends. StopDictionaries frees what it holds.
+/// Null until it is made.
+constinit Module* theModule = nullptr;
+
+// Not destroyed when the process ends: a thread may still look something up. StopDictionaries frees what it holds.
 Module& TheModule() {
-  static Module& module = *new Module;
+  static Module& module = *(theModule = new Module);
   return module;
+}
+
+[[gnu::destructor]] void GoWithTheLibrary() noexcept {
+  if (!DoesProcessEnd()) delete theModule;
 }
 
 std::string WithSeparator(std::string directory) {
@@ -41,7 +51,10 @@ std::string Load(Module& module) {
 }  // namespace
 
 void WriteMessageToStandardError(const std::string& text, const std::string& caption) {
-  std::fprintf(stderr, "%s: %s\n", caption.c_str(), text.c_str());
+  const std::string line = caption + ": " + text + "\n";
+  // The library starts within a call that nothing may leave early; where nobody reads, nobody is told.
+  const HoldCancellation held;
+  (void)WriteAll(STDERR_FILENO, line.data(), line.size());
 }
 
 bool StartDictionaries(const std::string& directory, const MessageSink& sink) {

@@ -1,6 +1,10 @@
 // Making objects by name, from start to end.
 #include "tessaret/library.hpp"
 
+#include <pthread.h>
+#include <unistd.h>
+
+#include <csignal>
 #include <cstdlib>
 #include <string>
 #include <thread>
@@ -11,6 +15,7 @@
 #include "facade/class_ids.h"
 #include "facade/module.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 #include "support/temp_folder.h"
 #include "tessaret/idcm_dictionary.hpp"
 #include "tessaret/idcm_options.hpp"
@@ -203,6 +208,45 @@ TEST(LibraryDeathTest, WithoutItsDictionariesItHasNoClasses) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(TryWithoutDictionaries()), testing::ExitedWithCode(0),
               "Error Tessaret: Error reading \\[.*dicom-dict.txt\\]");
+}
+
+/// A thread that is to end asks for the first object where there are no dictionaries; 0 where it gets its answer first.
+int TryWithoutDictionariesWhileCancelled() {
+  const test::TempFolder folder;
+  ::setenv("TESSARET_DATA_DIR", folder.Path().c_str(), 1);
+  static Status status = kOk;
+  const auto create = [](void*) -> void* {
+    ::pthread_cancel(::pthread_self());
+    void* object = nullptr;
+    status = tessaret_create_object("Tessaret.DCMOptions", &IObject::kId, nullptr, &object);
+    ::pthread_testcancel();
+    return nullptr;
+  };
+  pthread_t thread{};
+  void* answer = nullptr;
+  if (::pthread_create(&thread, nullptr, create, nullptr) != 0) return 1;
+  if (::pthread_join(thread, &answer) != 0 || answer != PTHREAD_CANCELED) return 2;
+  return status == kClassNotAvailable ? 0 : 3;
+}
+
+TEST(LibraryDeathTest, AThreadThatIsToEndIsToldThatThereAreNoDictionaries) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(TryWithoutDictionariesWhileCancelled()), testing::ExitedWithCode(0),
+              "Error Tessaret: Error reading \\[.*dicom-dict.txt\\]");
+}
+
+/// The same where nobody reads what is written to standard error.
+int TryWithoutDictionariesAndReaders() {
+  std::signal(SIGPIPE, SIG_DFL);
+  int ends[2];
+  if (::pipe(ends) != 0 || ::close(ends[0]) != 0 || ::dup2(ends[1], STDERR_FILENO) == -1) return 9;
+  return TryWithoutDictionaries();
+}
+
+TEST(LibraryDeathTest, WhereNobodyReadsStandardErrorItHasNoClassesAllTheSame) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(TryWithoutDictionariesAndReaders()), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -286,5 +286,36 @@ print(os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]), echo.Outs(1))
         self.assertEqual((result.stdout, result.stderr), ("0 (2, True)\n", ""))
 
 
+UNLOAD = """
+import _ctypes, ctypes, pathlib, sys
+
+def load_and_unload():
+    library = ctypes.CDLL(sys.argv[1])
+    made = ctypes.c_void_p()
+    assert library.tessaret_create(b"Tessaret.DcmDictionary", ctypes.byref(made)) == 0
+    assert library.tessaret_can_unload() == 0
+    library.tessaret_release(made)
+    assert library.tessaret_can_unload() == 1
+    _ctypes.dlclose(library._handle)
+    assert "libtessaret" not in pathlib.Path("/proc/self/maps").read_text()
+
+def resident():
+    return int(pathlib.Path("/proc/self/statm").read_text().split()[1]) * 4096
+
+for _ in range(5): load_and_unload()
+before = resident()
+for _ in range(40): load_and_unload()
+print((resident() - before) // 2**20)
+"""
+
+
+class Unloading(unittest.TestCase):
+    def test_the_dictionaries_go_with_the_library(self):
+        # They take more than half a megabyte: kept each time, they would be 20 at the end.
+        result = package.run_python(UNLOAD, package.LIBRARY_FOLDER / "libtessaret.so")
+        self.assertEqual((result.returncode, result.stderr), (0, ""))
+        self.assertLess(int(result.stdout), 4)
+
+
 if __name__ == "__main__":
     unittest.main()
