@@ -3,9 +3,11 @@
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <span>
+#include <optional>
 #include <string>
+#include <vector>
 
+#include "base/checked.h"
 #include "facade/c_handles.h"
 #include "tessaret/dispatch.hpp"
 
@@ -28,19 +30,28 @@ static_assert(offsetof(OwnedArray, shown) == 0);
 // An empty value is all zeros, whatever is read of it.
 static_assert(sizeof(tessaret_value::as) == sizeof(tessaret_value::as.string_value));
 
+/// How many entries the bounds of `given` name; nothing where no number holds that.
+std::optional<std::uint64_t> EntriesNamed(const tessaret_array& given) {
+  if (given.dimensions == 0) return 0;
+  std::optional<std::uint64_t> count = 1;
+  for (std::uint32_t at = 0; count && at < given.dimensions; ++at)
+    count = CheckedMultiply<std::uint64_t>(*count, given.bounds[at].count);
+  return count;
+}
+
 Status ArrayFromC(const tessaret_value& from, Variant& to) {
   const auto type = static_cast<VariantType>(from.type & ~TESSARET_ARRAY);
   const std::size_t size = EntrySize(type);
   const tessaret_array* given = from.as.array_value;
   if (size == 0 || given == nullptr) return kTypeMismatch;
   if (given->dimensions != 0 && given->bounds == nullptr) return kPointer;
+  // What the bounds name has to be there before memory is taken for it.
+  if (EntriesNamed(*given) != given->count || (given->count != 0 && given->entries == nullptr))
+    return kInvalidArgument;
   std::vector<ArrayBound> bounds;
   for (std::uint32_t at = 0; at < given->dimensions; ++at)
     bounds.push_back({given->bounds[at].lower, given->bounds[at].count});
   VariantArray array(type, bounds);
-  // What the bounds name has to be there.
-  if (array.Count() != given->count || (given->count != 0 && given->entries == nullptr))
-    return kInvalidArgument;
   if (given->count != 0) std::memcpy(array.Data(), given->entries, array.ByteCount());
   to = Variant(std::move(array));
   return kOk;

@@ -200,7 +200,20 @@ TEST(CValues, ArraysThatAreNotThereAreRefused) {
   const tessaret_bound large[] = {{0, 0xFFFFFFFF}, {0, 0xFFFFFFFF}, {0, 0xFFFFFFFF}};
   array = {large, entries, 4, 3};
   value.type = TESSARET_ARRAY | TESSARET_BYTE;
-  EXPECT_THROW((void)FromC(value, to), std::bad_alloc);
+  EXPECT_EQ(FromC(value, to), kInvalidArgument);
+}
+
+TEST(CValues, NoMemoryIsTakenForEntriesThatAreNotThere) {
+  const tessaret_bound bounds[] = {{0, 100'000'000}};
+  std::uint8_t entry = 1;
+  const tessaret_array array = {bounds, &entry, 1, 1};
+  tessaret_value value{};
+  value.type = TESSARET_ARRAY | TESSARET_BYTE;
+  value.as.array_value = &array;
+  Variant to;
+  const test::AllocationWatch watch;
+  EXPECT_EQ(FromC(value, to), kInvalidArgument);
+  EXPECT_EQ(watch.Count(), 0u);
 }
 
 TEST(CValues, TypesThatAreNoneAreRefused) {
