@@ -1,5 +1,8 @@
 #include "facade/dcm_dictionary.h"
 
+#include <string>
+#include <utility>
+
 #include "core/dictionary_queries.h"
 #include "core/module_dictionaries.h"
 #include "facade/class_ids.h"
@@ -45,12 +48,17 @@ Status CDcmDictionary::GetVRDescription(std::int32_t Group, std::int32_t Element
   return Asked([&] {
     std::string letters;
     std::string text;
-    *Found = tessaret::GetVRDescription(ModuleDictionary(), static_cast<std::uint16_t>(Group),
-                                        static_cast<std::uint16_t>(Element), letters, text);
-    if (Found->IsTrue()) {
-      *TypeCode = String::FromNarrow(letters);
-      *description = String::FromNarrow(text);
+    const bool isKnown =
+        tessaret::GetVRDescription(ModuleDictionary(), static_cast<std::uint16_t>(Group),
+                                   static_cast<std::uint16_t>(Element), letters, text);
+    if (isKnown) {
+      // All of it or, without memory, nothing.
+      String type = String::FromNarrow(letters);
+      String words = String::FromNarrow(text);
+      *TypeCode = std::move(type);
+      *description = std::move(words);
     }
+    *Found = isKnown;
     return kOk;
   });
 }
@@ -63,14 +71,19 @@ Status CDcmDictionary::GetUIDDescription(const String& UID, String* Desc, String
     std::string kind;
     std::string modality;
     bool isImage = false;
-    *Found = tessaret::GetUIDDescription(ModuleUidDictionary(), UID.Narrow(), description, kind,
-                                         modality, isImage);
-    if (Found->IsTrue()) {
-      *Desc = String::FromNarrow(description);
-      *type = String::FromNarrow(kind);
-      *Modality = String::FromNarrow(modality);
+    const bool isKnown = tessaret::GetUIDDescription(ModuleUidDictionary(), UID.Narrow(),
+                                                     description, kind, modality, isImage);
+    if (isKnown) {
+      // All of it or, without memory, nothing.
+      String words = String::FromNarrow(description);
+      String what = String::FromNarrow(kind);
+      String source = String::FromNarrow(modality);
+      *Desc = std::move(words);
+      *type = std::move(what);
+      *Modality = std::move(source);
       *IsImg = isImage;
     }
+    *Found = isKnown;
     return kOk;
   });
 }

@@ -172,10 +172,31 @@ TEST_F(Dictionary, SaysWhenMemoryEnds) {
         const Status status =
             dictionary_->GetVRDescription(0x0020, 0x000D, &letters, &name, &found);
         if (status == kOutOfMemory) ++failures;
-        EXPECT_TRUE(status == kOutOfMemory || found.IsTrue());
+        EXPECT_EQ(found.IsTrue(), status == kOk);
+        EXPECT_EQ(letters.IsNull(), status != kOk);
+        EXPECT_EQ(name.IsNull(), status != kOk);
       },
       [] {});
-  EXPECT_GT(failures, 0u);
+  EXPECT_GT(failures, 2u);
+  failures = 0;
+  const String uid("1.2.840.10008.5.1.4.1.1.2");
+  test::FailEveryAllocation(
+      [&] {
+        String text;
+        String kind;
+        String modality;
+        VariantBool isImage;
+        VariantBool found;
+        const Status status =
+            dictionary_->GetUIDDescription(uid, &text, &kind, &modality, &isImage, &found);
+        if (status == kOutOfMemory) ++failures;
+        EXPECT_EQ(found.IsTrue(), status == kOk);
+        EXPECT_EQ(isImage.IsTrue(), status == kOk);
+        for (const String* answer : {&text, &kind, &modality})
+          EXPECT_EQ(answer->IsNull(), status != kOk);
+      },
+      [] {});
+  EXPECT_GT(failures, 3u);
   EXPECT_EQ(LastError().source, "Tessaret.DcmDictionary");
   EXPECT_EQ(LastError().text, "Not enough memory");
 }
