@@ -31,7 +31,8 @@ class IEventSource : public IObject {
   virtual const InterfaceInfo* DescribeEvents() = 0;
 
   /// Connects `sink`, of which a reference is taken, and gives the number of the connection, which is never 0. kPointer for a null
-  /// argument, kCannotConnect for an object that is neither an IEventSink nor has the event interface, kOutOfMemory; then `*cookie` is 0.
+  /// argument, kCannotConnect for an object that is neither an IEventSink nor has the event interface, kOutOfMemory, kUnexpected while
+  /// the source ends; then `*cookie` is 0.
   virtual Status Advise(IObject* sink, std::uint32_t* cookie) = 0;
 
   /// Ends a connection and releases its sink. kNoConnection where there is none of this number.

@@ -182,7 +182,8 @@ int32_t tessaret_put(tessaret_object* object, const char* name, tessaret_value* 
 typedef void (*tessaret_event)(void* user, int32_t event, const tessaret_value* arguments,
                                uint32_t count);
 
-/// Has `event` called for the events of the object, with `user` as it is given here. `cookie` gets the number of the connection.
+/// Has `event` called for the events of the object, with `user` as it is given here. `cookie` gets the number of the connection, 0
+/// after a failure.
 int32_t tessaret_advise(tessaret_object* object, tessaret_event event, void* user,
                         uint32_t* cookie);
 /// Ends a connection.

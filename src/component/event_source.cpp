@@ -21,7 +21,8 @@ Status Connections::Remove(std::uint32_t cookie) {
   return kOk;
 }
 
-void Connections::Clear() {
+void Connections::End() {
+  ended_ = true;
   // Out of reach before they are released: that may end objects which want to leave.
   const std::vector<Sink> gone = std::exchange(sinks_, {});
 }

@@ -25,8 +25,9 @@ class Connections {
   /// Throws std::bad_alloc.
   std::uint32_t Add(Ref<IObject> typed, Ref<IEventSink> byNumber);
   Status Remove(std::uint32_t cookie);
-  /// Releases all sinks. Requires: nobody is told of anything.
-  void Clear();
+  /// Releases all sinks, and takes none any more. Requires: nobody is told of anything.
+  void End();
+  [[nodiscard]] bool HasEnded() const { return ended_; }
 
   /// Calls `tell` with each sink that is connected, from the first to the last. What a sink throws is its own affair.
   template <class Tell>
@@ -65,6 +66,7 @@ class Connections {
   std::vector<Sink> sinks_;
   std::uint32_t lastCookie_ = 0;
   int walks_ = 0;
+  bool ended_ = false;
 };
 
 /// Gives an object the events of `Events`, an interface with a method an event.
@@ -76,8 +78,11 @@ class EventSource : public IEventSource {
   const InterfaceInfo* DescribeEvents() override { return &TableOf<Events>().info; }
 
   Status Advise(IObject* sink, std::uint32_t* cookie) override {
-    if (sink == nullptr || cookie == nullptr) return kPointer;
+    if (cookie == nullptr) return kPointer;
     *cookie = 0;
+    if (sink == nullptr) return kPointer;
+    // Released with the object, when that is taken apart already, it could not leave.
+    if (connections_.HasEnded()) return kUnexpected;
     const Ref<IObject> held(sink);
     Ref<Events> typed = held.As<Events>();
     Ref<IEventSink> byNumber = held.As<IEventSink>();
@@ -92,7 +97,7 @@ class EventSource : public IEventSource {
   Status Unadvise(std::uint32_t cookie) override { return connections_.Remove(cookie); }
 
   /// When the last reference is gone and the object is whole still: a sink that ends with it may want to leave.
-  void LetGoOfSinks() { connections_.Clear(); }
+  void LetGoOfSinks() { connections_.End(); }
 
  protected:
   /// Tells every sink of `kEvent`.

@@ -244,8 +244,9 @@ int32_t tessaret_put(tessaret_object* object, const char* name, tessaret_value* 
 
 int32_t tessaret_advise(tessaret_object* object, tessaret_event event, void* user,
                         uint32_t* cookie) {
-  if (object == nullptr || event == nullptr || cookie == nullptr) return kPointer;
+  if (cookie == nullptr) return kPointer;
   *cookie = 0;
+  if (object == nullptr || event == nullptr) return kPointer;
   const Ref<IDispatch> held = HeldObject(object);
   if (!held) return kNoObject;
   const Ref<IEventSource> source = held.As<IEventSource>();

@@ -172,9 +172,11 @@ class LeavingSink final : public IEventSink {
 
   IEventSource* source = nullptr;
   std::uint32_t cookie = 0;
+  NumberSink* heir = nullptr;
 
  private:
   ~LeavingSink() {
+    if (heir != nullptr) heard.push_back("heir " + std::to_string(source->Advise(heir, &cookie)));
     heard.push_back("left " + std::to_string(source->Unadvise(cookie) == kNoConnection));
     Ref<ILamp> lamp = Ref<IEventSource>(source).As<ILamp>();
     heard.push_back("pressed " + std::to_string(lamp->Press()));
@@ -192,6 +194,20 @@ TEST_F(Events, ASinkThatEndsWithItsSourceMayLeaveAndLook) {
   source_ = nullptr;
   lamp_ = nullptr;
   EXPECT_EQ(heard, (Words{"left 1", "pressed 0", "left 1", "pressed 0", "left 1", "pressed 0"}));
+}
+
+TEST_F(Events, ASourceThatEndsTakesNoSink) {
+  NumberSink& heir = NewSink("heir");
+  {
+    const auto sink = Ref<LeavingSink>::Adopt(new LeavingSink);
+    sink->source = source_.Get();
+    sink->cookie = Connect(*sink);
+    sink->heir = &heir;
+  }
+  source_ = nullptr;
+  lamp_ = nullptr;
+  EXPECT_EQ(heard, (Words{"heir " + std::to_string(kUnexpected), "left 1", "pressed 0"}));
+  EXPECT_EQ(heir.references, 1u);
 }
 
 TEST_F(Events, AThreadThatIsCancelledInASinkEnds) {
@@ -267,7 +283,9 @@ TEST_F(Events, OthersThanSinksCannotConnect) {
   EXPECT_EQ(source_->Advise(lamp_.Get(), &cookie), kCannotConnect);
   EXPECT_EQ(cookie, 0u);
   NumberSink& one = NewSink("one");
+  cookie = 77;
   EXPECT_EQ(source_->Advise(nullptr, &cookie), kPointer);
+  EXPECT_EQ(cookie, 0u);
   EXPECT_EQ(source_->Advise(&one, nullptr), kPointer);
   EXPECT_EQ(one.references, 1u);
 }

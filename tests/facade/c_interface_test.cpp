@@ -563,8 +563,11 @@ TEST_F(CObject, EventsAreConnectedByFunction) {
   EXPECT_EQ(tessaret_unadvise(options, cookie), kNoConnection);
   EXPECT_STREQ(tessaret_describe_events(options)->name, "_IDCMOptionsEvents");
   EXPECT_EQ(tessaret_advise(options, nullptr, nullptr, &cookie), kPointer);
+  EXPECT_EQ(cookie, 0u);
   EXPECT_EQ(tessaret_advise(options, ignore, nullptr, nullptr), kPointer);
+  cookie = 77;
   EXPECT_EQ(tessaret_advise(nullptr, ignore, nullptr, &cookie), kPointer);
+  EXPECT_EQ(cookie, 0u);
   cookie = 77;
   EXPECT_EQ(tessaret_advise(dictionary_, ignore, nullptr, &cookie), kNoInterface);
   EXPECT_EQ(cookie, 0u);
