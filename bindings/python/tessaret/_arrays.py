@@ -5,6 +5,7 @@ import ctypes
 import datetime
 import itertools
 import math
+import operator
 import struct
 
 from . import _dates, _library
@@ -28,6 +29,8 @@ _SAME = {"h": "short", "i": "long", "f": "float", "d": "double", "b": "signed by
 _OF_FORMAT = {**_SAME, "H": "long", "e": "float", "c": "byte", "?": "bool"}
 _WHOLE = "IlLqQnN"
 _LONG_RANGE = range(-2**31, 2**31)
+# As many as NumPy takes. A list that lies in itself has no end of them.
+_MOST_DIMENSIONS = 64
 EXACT_RANGE = range(-2**53, 2**53 + 1)
 
 
@@ -83,6 +86,8 @@ def _flatten(nested):
     """Lists in lists as (entries with the first index fastest, shape)."""
     shape, level = [], nested
     while isinstance(level, (list, tuple)):
+        if len(shape) == _MOST_DIMENSIONS:
+            raise ValueError(f"an array has at most {_MOST_DIMENSIONS} dimensions")
         shape.append(len(level))
         level = level[0] if level else None
     rows = [nested]
@@ -171,7 +176,10 @@ class Array:
 
     def _set_copy(self, kind, shape, lower, packed):
         held = ctypes.create_string_buffer(packed, max(len(packed), 1))
-        self._set(kind, shape, (0,) * len(shape) if lower is None else tuple(lower), held, len(packed))
+        first = (0,) * len(shape) if lower is None else tuple(map(operator.index, lower))
+        if any(index not in _LONG_RANGE for index in first):
+            raise OverflowError("the first index of a dimension has at most 32 bits")
+        self._set(kind, shape, first, held, len(packed))
 
     def _set(self, kind, shape, lower, held, size):
         if len(lower) != len(shape):
@@ -256,7 +264,7 @@ class Array:
             raise IndexError(f"an array of {len(self.shape)} dimensions needs as many indices")
         flat, stride = 0, 1
         for place, count in zip(places, self.shape):
-            place = place.__index__()
+            place = operator.index(place)
             if not -count <= place < count:
                 raise IndexError(f"index {place} lies outside a dimension of {count}")
             flat += (place % count) * stride

@@ -80,6 +80,8 @@ def events_of(source):
 
 
 def connect(source, event, function):
+    if not isinstance(event, str):
+        raise TypeError(f"the name of an event has to be text, not {type(event).__name__}")
     if not callable(function):
         raise TypeError(f"what hears {event} has to be callable, which {type(function).__name__} is not")
     if not source._handle:

@@ -43,6 +43,9 @@ class Object:
     __slots__ = ("_handle", "_connections", "__weakref__")
     _members = {}
 
+    def __init__(self, *_, **__):
+        raise TypeError("objects of the library are made by tessaret.create")
+
     def __getattr__(self, name):
         exact = type(self)._spellings.get(name.lower())
         if exact is None or exact == name:
@@ -146,6 +149,9 @@ def _filled_up(put, member):
 
     def fill_up(self, arguments, named):
         missing = len(names) - len(arguments)
+        if missing > 0 and named and names[-1] not in named:
+            # None would do for it as well, and empty what was to be set.
+            raise TypeError(f"{member.name}.put() needs {names[-1]}, by its name where others have theirs")
         if missing > 0 and arguments and not named:
             arguments = (*arguments[:-1], *(None,) * missing, arguments[-1])
         put(self, *arguments, **named)

@@ -58,6 +58,8 @@ class Events(package.PackageTest):
             self.echo.on("OnSomething", self.hear)
         with self.assertRaisesRegex(TypeError, "what hears OnTold has to be callable, which str is not"):
             self.echo.on("OnTold", "print")
+        with self.assertRaisesRegex(TypeError, "the name of an event has to be text, not int"):
+            self.echo.on(5, self.hear)
         with tessaret.create("Tessaret.DcmDictionary") as dictionary, self.assertRaises(AttributeError):
             dictionary.on("OnTold", self.hear)
         with tessaret.create("Tessaret.DCMOptions") as options, self.assertRaises(AttributeError):

@@ -65,6 +65,15 @@ class Members(package.PackageTest):
         self.assertEqual(self.echo.Text, "1,none,0:2")
         self.assertIn("property Cell of <tessaret.IEcho at 0x", repr(cell))
 
+    def test_a_new_value_that_is_missing_is_not_taken_for_an_empty_one(self):
+        self.echo.Cell[4] = "full"
+        for arguments, named in (((4,), {"Layer": 9}), ((4, "value"), {"Layer": 9}), ((), {"Row": 4}), ((), {}), ((4,), {})):
+            with self.subTest(arguments, named=named), self.assertRaises(TypeError):
+                self.echo.Cell.put(*arguments, **named)
+            self.assertEqual(self.echo.Text, "4,none,0:full")
+        self.echo.Cell.put(4, Layer=9, newVal=None)
+        self.assertEqual(self.echo.Text, "4,none,9:")
+
     def test_a_property_with_arguments_says_how_it_is_set(self):
         with self.assertRaisesRegex(AttributeError, r"Cell has arguments: set it as in Cell\[...\] = value"):
             self.echo.Cell = 5
@@ -138,6 +147,11 @@ class Members(package.PackageTest):
         for name in ("Short", "Cell", "Mix", "on", "query", "close"):
             self.assertIn(name, listed)
         self.assertFalse([name for name in listed if name.startswith("_") and not name.startswith("__")])
+
+    def test_an_object_comes_from_the_library_only(self):
+        for kind in (tessaret.Object, type(self.echo)):
+            with self.subTest(kind), self.assertRaisesRegex(TypeError, "made by tessaret.create"):
+                kind()
 
     def test_an_object_says_what_it_is(self):
         self.assertRegex(repr(self.echo), r"^<tessaret\.IEcho at 0x[0-9a-f]+>$")

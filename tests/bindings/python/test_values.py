@@ -328,6 +328,15 @@ class Arrays(EchoTest):
             tessaret.Array([1], "text")
         with self.assertRaisesRegex(ValueError, "1 dimensions cannot begin with 2 indices"):
             tessaret.Array([1], lower=(1, 1))
+        for lower, error in ((2**31, OverflowError), (-2**31 - 1, OverflowError), (2**64, OverflowError), (1.5, TypeError),
+                             ("1", TypeError)):
+            with self.subTest(lower), self.assertRaises(error):
+                tessaret.Array([1], lower=(lower,))
+        ring = []
+        ring.append(ring)
+        for use in (tessaret.Array, self.echo.Echo):
+            with self.assertRaisesRegex(ValueError, "an array has at most 64 dimensions"):
+                use(ring)
 
     def test_an_array_is_indexed_as_a_list_is(self):
         made = tessaret.Array([10, 20, 30], lower=(5,))
@@ -335,6 +344,8 @@ class Arrays(EchoTest):
         for index in (3, -4, (0, 0)):
             with self.assertRaises(IndexError):
                 made[index]
+        with self.assertRaises(TypeError):
+            made["1"]
         made[1] = 25
         self.assertEqual(self.echo.Echo(made).tolist(), [10, 25, 30])
         truths = tessaret.Array([True, False])
