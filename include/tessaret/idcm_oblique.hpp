@@ -76,7 +76,8 @@ class IDCMOblique : public IDispatch {
   /// Chooses it, with the image in the middle of the window.
   virtual Status put_Mode(_EnumObliqueViewMode newVal) = 0;
 
-  /// Which axes of the volume are shown: what the modes of the patient's planes come to for this volume. OBLIQUE_FREE for a free plane.
+  /// Which axes of the volume are shown: what the modes of the patient's planes come to for this volume. OBLIQUE_FREE for a free plane;
+  /// without a volume what Mode says.
   virtual Status get_RawMode(Result<_EnumObliqueViewMode> pVal) = 0;
 
   /// Puts the image into the middle of the window.

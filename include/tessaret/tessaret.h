@@ -162,7 +162,8 @@ const tessaret_interface_info* tessaret_describe_events(tessaret_object* object)
 int32_t tessaret_find(tessaret_object* object, const char* name, int32_t kind, int32_t* member);
 
 /// Calls a member. Arguments that it writes are replaced by values for the caller to clear; what the caller had put there stays his
-/// own. `result` may be null; what it held is not looked at. After a failure arguments and result are as they were.
+/// own. They are read before all the same, since the member may leave them alone: {0} will do. `result` may be null; what it held is
+/// not looked at, and it is none of the arguments. After a failure arguments and result are as they were.
 int32_t tessaret_call(tessaret_object* object, int32_t member, tessaret_value* arguments,
                       uint32_t count, tessaret_value* result);
 
@@ -174,7 +175,8 @@ int32_t tessaret_invoke(tessaret_object* object, const char* name, int32_t kind,
 int32_t tessaret_get(tessaret_object* object, const char* name, tessaret_value* arguments,
                      uint32_t count, tessaret_value* value);
 
-/// Sets a property: the new value is the last of the arguments.
+/// Sets a property: the new value is the last of the arguments. One that takes an object by reference is set by tessaret_invoke
+/// with TESSARET_PUTREF.
 int32_t tessaret_put(tessaret_object* object, const char* name, tessaret_value* arguments,
                      uint32_t count);
 

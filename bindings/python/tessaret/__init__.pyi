@@ -702,7 +702,9 @@ class IDCMOblique(Object):
 
     @property
     def RawMode(self) -> _EnumObliqueViewMode:
-        """Which axes of the volume are shown: what the modes of the patient's planes come to for this volume. OBLIQUE_FREE for a free plane."""
+        """Which axes of the volume are shown: what the modes of the patient's planes come to for this volume. OBLIQUE_FREE for a free plane;
+        without a volume what Mode says.
+        """
         ...
 
     def ResetView(self) -> bool:

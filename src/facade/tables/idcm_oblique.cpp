@@ -110,7 +110,8 @@ constexpr MemberInfo kMembers[] = {
 {"ZDimension", MemberKind::kPut, kArguments14.data(), kArguments14.size(), "Sets it."},
 {"Mode", MemberKind::kGet, kArguments15.data(), kArguments15.size(), "Which section is shown, as it was chosen."},
 {"Mode", MemberKind::kPut, kArguments16.data(), kArguments16.size(), "Chooses it, with the image in the middle of the window."},
-{"RawMode", MemberKind::kGet, kArguments17.data(), kArguments17.size(), "Which axes of the volume are shown: what the modes of the patient's planes come to for this volume. OBLIQUE_FREE for a free plane."},
+{"RawMode", MemberKind::kGet, kArguments17.data(), kArguments17.size(), "Which axes of the volume are shown: what the modes of the patient's planes come to for this volume. OBLIQUE_FREE for a free plane;\n"
+        "without a volume what Mode says."},
 {"ResetView", MemberKind::kMethod, kArguments18.data(), kArguments18.size(), "Puts the image into the middle of the window."},
 {"ResetCenter", MemberKind::kMethod, kArguments19.data(), kArguments19.size(), "Does the same."},
 {"Redraw", MemberKind::kMethod, kArguments20.data(), kArguments20.size(), "Asks for a repaint."},
