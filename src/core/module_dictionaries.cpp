@@ -2,6 +2,8 @@
 
 #include <unistd.h>
 
+#include <new>
+
 #include "platform/file_calls.h"
 #include "platform/hold_cancellation.h"
 #include "platform/library_end.h"
@@ -39,10 +41,15 @@ std::string WithSeparator(std::string directory) {
 /// Fills the module; the message when a file cannot be loaded, otherwise nothing.
 std::string Load(Module& module) {
   const std::string path = module.directory + kDataDictionaryFile;
-  if (!module.dictionary.AttachRTC(path.c_str())) return "Error reading [" + path + "]";
+  if (!module.dictionary.AttachRTC(path.c_str())) {
+    // The file may be as it should: there may be memory the next time.
+    if (module.dictionary.LastErrorText() == kRtcNoMemory) throw std::bad_alloc();
+    return "Error reading [" + path + "]";
+  }
   try {
     module.uids.Read((module.directory + kUidDictionaryFile).c_str());
   } catch (const UidDictionaryError& error) {
+    if (error.LacksMemory()) throw std::bad_alloc();
     return error.what();
   }
   return {};

@@ -1,6 +1,7 @@
 #include "core/rtc.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <new>
 #include <string_view>
@@ -16,7 +17,6 @@ namespace tessaret {
 namespace {
 
 // Short enough to be kept without an allocation.
-constexpr const char* kNoMemory = "out of memory";
 constexpr const char* kTooLarge = "too many bytes";
 constexpr const char* kNoEntry = "there is no entry; the first line of a text is never one";
 
@@ -93,9 +93,10 @@ bool RTC::ReadFile(const char* path, std::vector<std::uint8_t>& bytes) {
   try {
     if (path == nullptr) return Refuse("there is no path");
     const int error = ReadWholeFile(path, kLargestDictionaryFile, bytes);
+    if (error == ENOMEM) return Refuse(kRtcNoMemory);
     return error == 0 || Refuse(SystemErrorText(error));
   } catch (const std::bad_alloc&) {
-    return Refuse(kNoMemory);
+    return Refuse(kRtcNoMemory);
   }
 }
 
@@ -107,7 +108,7 @@ bool RTC::LoadText(const void* bytes, std::size_t size) {
     if (!ParseRtcText(text, KeepDescriptions != 0, draft, error)) return Refuse(std::move(error));
     return Install(std::move(draft));
   } catch (const std::bad_alloc&) {
-    return Refuse(kNoMemory);
+    return Refuse(kRtcNoMemory);
   }
 }
 
@@ -127,7 +128,7 @@ bool RTC::LoadBinaryBytes(const void* bytes, std::size_t size) {
     if (holdsSome) Install(std::move(draft));
     return Refuse(std::move(error));
   } catch (const std::bad_alloc&) {
-    return Refuse(kNoMemory);
+    return Refuse(kRtcNoMemory);
   }
 }
 

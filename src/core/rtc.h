@@ -24,6 +24,9 @@ namespace tessaret {
 /// A buffer for any description with its NUL.
 inline constexpr std::size_t kDescriptionBuffer = kLongestToken + 1;
 
+/// What LastErrorText says where memory ran out.
+inline constexpr const char* kRtcNoMemory = "out of memory";
+
 class RTC {
  public:
   explicit RTC(bool keepDescriptions = true) : KeepDescriptions(keepDescriptions ? 1 : 0) {}

@@ -1,8 +1,10 @@
 #include "core/uid_dictionary.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
+#include <new>
 #include <optional>
 #include <utility>
 #include <vector>
@@ -17,6 +19,10 @@ namespace tessaret {
 namespace {
 
 constexpr std::size_t kMostCharacters = 512;
+
+std::string UnknownError(const std::string& path) {
+  return "DcmUIDIDictionary: Unknown error reading [" + path + "]";
+}
 
 std::string_view WithoutSpace(std::string_view text) {
   while (!text.empty() && IsSpace(text.front())) text.remove_prefix(1);
@@ -93,12 +99,14 @@ void UIDDictionary::Read(const char* path) {
     std::vector<std::uint8_t> bytes;
     if (path == nullptr) throw std::invalid_argument("there is no path");
     const int error = ReadWholeFile(name, kLargestDictionaryFile, bytes);
-    if (error != 0) throw UidDictionaryError(SystemErrorText(error));
+    if (error != 0) throw UidDictionaryError(SystemErrorText(error), error == ENOMEM);
     ReadText({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   } catch (const UidDictionaryError&) {
     throw;
+  } catch (const std::bad_alloc&) {
+    throw UidDictionaryError(UnknownError(name), true);
   } catch (...) {
-    throw UidDictionaryError("DcmUIDIDictionary: Unknown error reading [" + name + "]");
+    throw UidDictionaryError(UnknownError(name));
   }
 }
 

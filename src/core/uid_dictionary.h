@@ -25,7 +25,13 @@ struct UIDEntry {
 /// Why a file could not be read, in the words that a user is shown.
 class UidDictionaryError : public std::runtime_error {
  public:
-  using std::runtime_error::runtime_error;
+  explicit UidDictionaryError(const std::string& words, bool lacksMemory = false)
+      : std::runtime_error(words), lacksMemory_(lacksMemory) {}
+  /// Whether memory ran out: the file may be as it should.
+  [[nodiscard]] bool LacksMemory() const noexcept { return lacksMemory_; }
+
+ private:
+  bool lacksMemory_;
 };
 
 class UIDDictionary {

@@ -133,7 +133,9 @@ TEST_F(ModuleDictionaries, AreLoadedWholeOrEmptyWhereverMemoryRunsOut) {
   test::FailEveryAllocation(
       [&] {
         try {
-          started = StartDictionaries(directory, [](const std::string&, const std::string&) {});
+          started = StartDictionaries(directory, [](const std::string& text, const std::string&) {
+            ADD_FAILURE() << "a lack of memory is no failure of the files: " << text;
+          });
         } catch (const std::bad_alloc&) {
           started = false;
         }

@@ -210,6 +210,23 @@ TEST(LibraryDeathTest, WithoutItsDictionariesItHasNoClasses) {
               "Error Tessaret: Error reading \\[.*dicom-dict.txt\\]");
 }
 
+/// Starts the library with one allocation or another failing; 0 where it says so each time, and starts when there is memory.
+int StartWithoutMemory() {
+  for (std::uint64_t nth = 1;; nth *= 2) {
+    const test::AllocationFailure failure(nth);
+    Ref<IDcmDictionary> object;
+    const Status status = Create("Tessaret.DcmDictionary", object);
+    if (!failure.Happened()) return status == kOk && nth > 8 ? 0 : 1;
+    if (status != kOutOfMemory || object) return 2;
+    if (LastError().text != "Not enough memory" || !CanUnload()) return 3;
+  }
+}
+
+TEST(LibraryDeathTest, WithoutMemoryItStartsLater) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(StartWithoutMemory()), testing::ExitedWithCode(0), "");
+}
+
 /// A thread that is to end asks for the first object where there are no dictionaries; 0 where it gets its answer first.
 int TryWithoutDictionariesWhileCancelled() {
   const test::TempFolder folder;
