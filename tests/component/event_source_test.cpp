@@ -303,6 +303,27 @@ TEST_F(Events, WithoutMemoryNobodyIsConnected) {
   EXPECT_EQ(Press(), Words());
 }
 
+TEST_F(Events, SinksThatCameAndLeftTakeNoRoom) {
+  NumberSink& one = NewSink("one");
+  ASSERT_EQ(source_->Unadvise(Connect(one)), kOk);
+  const test::AllocationWatch watch;
+  for (int turn = 0; turn < 1000; ++turn) ASSERT_EQ(source_->Unadvise(Connect(one)), kOk);
+  EXPECT_EQ(watch.Count(), 0u);
+}
+
+TEST_F(Events, NoConnectionHasTheNumberZeroAlsoWhileASinkHasLeft) {
+  NumberSink& one = NewSink("one");
+  const std::uint32_t cookie = Connect(one);
+  std::vector<Status> answers;
+  one.then = [&] {
+    answers.push_back(source_->Unadvise(cookie));
+    answers.push_back(source_->Unadvise(cookie));
+    answers.push_back(source_->Unadvise(0));
+  };
+  Press();
+  EXPECT_EQ(answers, (std::vector<Status>{kOk, kNoConnection, kNoConnection}));
+}
+
 TEST_F(Events, ASinkMayLeaveWhileItIsTold) {
   NumberSink& one = NewSink("one");
   NumberSink& two = NewSink("two");

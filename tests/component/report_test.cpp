@@ -13,7 +13,9 @@ namespace {
 
 constexpr ClassId kLamp{1, 1};
 constexpr InterfaceId kILamp{2, 1};
-constexpr ClassRow kRows[] = {{"Tessaret.Lamp", kLamp, "ILamp", "", nullptr}};
+constexpr ClassId kStreetLamp{1, 2};
+constexpr ClassRow kRows[] = {{"Tessaret.Lamp", kLamp, "ILamp", "", nullptr},
+                              {"Tessaret.LampOfTheStreet", kStreetLamp, "ILamp", "", nullptr}};
 
 class ReportTest : public testing::Test {
  protected:
@@ -92,6 +94,18 @@ TEST_F(ReportTest, WithoutMemoryTheStartOfTheTextIsKept) {
   EXPECT_EQ(status, kException);
   EXPECT_GE(LastWords().text.size(), 8u);
   EXPECT_EQ(text.find(LastWords().text), 0u);
+}
+
+TEST_F(ReportTest, WithoutMemoryNoOtherClassPassesForTheSource) {
+  // In a thread of its own, whose words have not taken memory for longer names yet.
+  std::thread([] {
+    Report(kLamp, "out", kILamp);
+    const test::AllocationFailure failure(1);
+    EXPECT_EQ(Report(kStreetLamp, "broken", kILamp), kException);
+    EXPECT_TRUE(failure.Happened());
+    EXPECT_EQ(LastWords().text, "broken");
+    EXPECT_EQ(LastWords().source, "");
+  }).join();
 }
 
 }  // namespace

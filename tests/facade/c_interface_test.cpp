@@ -5,6 +5,7 @@
 #include <array>
 #include <cmath>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -15,9 +16,11 @@
 #include "component/component_object.h"
 #include "component/event_source.h"
 #include "component/proxy_helpers.h"
+#include "component/report.h"
 #include "facade/c_handles.h"
 #include "facade/c_host.h"
 #include "facade/c_values.h"
+#include "facade/class_ids.h"
 #include "support/allocation_failure.h"
 #include "support/build_kind.h"
 #include "tessaret/tessaret.hpp"
@@ -250,6 +253,23 @@ TEST(CValues, ClearingWhatOwnsNothingDoesNoHarm) {
   tessaret_clear(nullptr);
 }
 
+TEST(CValues, NothingIsLeftOfWhatWasThere) {
+  Variant to("old");
+  EXPECT_EQ(FromC(tessaret_value{}, to), kOk);
+  EXPECT_TRUE(to.IsEmpty());
+  tessaret_value value{};
+  std::memset(&value, 0x55, sizeof value);
+  ToC(Variant(), value);
+  const tessaret_value empty{};
+  EXPECT_EQ(std::memcmp(&value, &empty, sizeof value), 0);
+  std::memset(&value, 0x55, sizeof value);
+  ToC(Variant(static_cast<IObject*>(nullptr)), value);
+  EXPECT_EQ(value.type, TESSARET_OBJECT);
+  EXPECT_EQ(value.as.object_value, nullptr);
+  EXPECT_EQ(value.owned, 0);
+  tessaret_clear(&value);
+}
+
 class CObject : public testing::Test {
  protected:
   void SetUp() override { ASSERT_EQ(tessaret_create("Tessaret.DcmDictionary", &dictionary_), 0); }
@@ -377,7 +397,10 @@ class TwoFaces final
     *pVal = 77;
     return kOk;
   }
-  Status GetEntry(std::int16_t, std::int32_t*, std::int32_t*, VariantBool*) override { return kOk; }
+  Status GetEntry(std::int16_t Idx, std::int32_t*, std::int32_t*, VariantBool*) override {
+    if (Idx < 0) throw std::runtime_error("nobody foresaw this");
+    return kOk;
+  }
   Status GetVRDescription(std::int32_t, std::int32_t, String*, String*, VariantBool*) override {
     return kOk;
   }
@@ -406,6 +429,25 @@ TEST(CQuery, LeadsFromOneInterfaceOfAnObjectToTheOtherAndBack) {
   EXPECT_EQ(back, options);
   for (tessaret_object* object : {options, dictionary, back}) tessaret_release(object);
   EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+TEST(CCall, WhatIsThrownBelowDoesNotReachTheHost) {
+  void* made = nullptr;
+  ASSERT_EQ(CreateObjectOf<TwoFaces>(nullptr, IDispatch::kId, &made), kOk);
+  tessaret_object* options = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* dictionary = nullptr;
+  ASSERT_EQ(tessaret_query(options, "IDcmDictionary", &dictionary), 0);
+  tessaret_value arguments[] = {Long(-1), Long(5), Long(6)};
+  tessaret_value found = Long(77);
+  EXPECT_EQ(tessaret_invoke(dictionary, "GetEntry", TESSARET_METHOD, arguments, 3, &found),
+            kUnexpected);
+  EXPECT_EQ(arguments[1].as.long_value, 5);
+  EXPECT_EQ(found.as.long_value, 77);
+  arguments[0] = Long(0);
+  EXPECT_EQ(tessaret_invoke(dictionary, "GetEntry", TESSARET_METHOD, arguments, 3, &found), 0);
+  EXPECT_EQ(arguments[1].as.long_value, 5);
+  tessaret_release(dictionary);
+  tessaret_release(options);
 }
 
 TEST(CCall, IsDoneWhollyOrNotAtAllWithoutMemory) {
@@ -519,6 +561,34 @@ TEST(CEvents, ReachTheFunctionsThatAreConnected) {
   EXPECT_EQ(tessaret_can_unload(), 1);
 }
 
+TEST(CEvents, LeaveNothingBehindWhateverMemoryThereIs) {
+  void* made = nullptr;
+  ASSERT_EQ(CreateObjectOf<Teller>(nullptr, IDispatch::kId, &made), kOk);
+  tessaret_object* object = HandleOf(static_cast<IDispatch*>(made));
+  static int heard = 0;
+  const auto count = [](void*, std::int32_t, const tessaret_value*, std::uint32_t) { ++heard; };
+  fate.reserve(1000);
+  test::FailEveryAllocation([&] {
+    const test::AllocationWatch watch;
+    std::uint32_t cookie = 77;
+    const Status status = tessaret_advise(object, count, nullptr, &cookie);
+    EXPECT_TRUE(status == kOk || status == kOutOfMemory);
+    EXPECT_EQ(cookie != 0, status == kOk);
+    tessaret_value value{};
+    value.type = TESSARET_BOOL;
+    tessaret_put(object, "UseTotokuLUT", &value, 1);
+    if (status == kOk) {
+      EXPECT_EQ(tessaret_unadvise(object, cookie), 0);
+      EXPECT_EQ(tessaret_unadvise(object, cookie), kNoConnection);
+    }
+    // The list of connections keeps its room for one.
+    EXPECT_LE(watch.Outstanding(), 1);
+  });
+  EXPECT_GT(heard, 0);
+  tessaret_release(object);
+  fate.clear();
+}
+
 tessaret_object* waiting = nullptr;
 
 TEST(CCall, AThreadThatIsCancelledInOneEnds) {
@@ -579,8 +649,11 @@ TEST_F(CObject, EventsAreConnectedByFunction) {
 TEST_F(CObject, WithoutMemoryNothingIsGivenAndNothingLost) {
   char own[] = "my own";
   std::uint64_t refused = 0;
+  // What is said of it then needs no room of its own.
+  Report(class_id::kDcmDictionary, "words as long as those that come", {});
   test::FailEveryAllocation(
       [&] {
+        const test::AllocationWatch watch;
         tessaret_value arguments[] = {Long(0x10), Long(0x10), Text(own), Text(own)};
         tessaret_value found = Long(77);
         if (tessaret_invoke(dictionary_, "GetVRDescription", TESSARET_METHOD, arguments, 4,
@@ -590,6 +663,7 @@ TEST_F(CObject, WithoutMemoryNothingIsGivenAndNothingLost) {
           EXPECT_EQ(found.as.long_value, 77);
         }
         for (tessaret_value& argument : arguments) tessaret_clear(&argument);
+        EXPECT_EQ(watch.Outstanding(), 0);
       },
       [] {});
   EXPECT_GT(refused, 3u);

@@ -119,6 +119,16 @@ TEST_F(SettingsStore, AGroupThatIsThereTwiceCountsAsOne) {
   EXPECT_EQ(ReadNumberSetting("Other", "B"), 2u);
   EXPECT_TRUE(WriteNumberSetting("Other", "B", 3));
   EXPECT_EQ(test::ReadText(Path()), "[Other]\nA = 1\n[Third]\n[Other]\nB = 3\n");
+  // What is new goes to where the group begins.
+  EXPECT_TRUE(WriteNumberSetting("Other", "C", 4));
+  EXPECT_EQ(test::ReadText(Path()), "[Other]\nC = 4\nA = 1\n[Third]\n[Other]\nB = 3\n");
+}
+
+TEST_F(SettingsStore, BlanksCountForNothing) {
+  Put("  [ Other ]  \n\tA=1\r\n[Third]\n");
+  EXPECT_EQ(ReadNumberSetting("Other", "A"), 1u);
+  EXPECT_TRUE(WriteNumberSetting("Other", "A", 2));
+  EXPECT_EQ(test::ReadText(Path()), "  [ Other ]  \nA = 2\n[Third]\n");
 }
 
 TEST_F(SettingsStore, WhatCannotBeReadIsNotWrittenOver) {
