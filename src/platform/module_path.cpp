@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <memory>
 #include <system_error>
 
 #include "platform/file_calls.h"
@@ -17,6 +18,18 @@ constexpr const char* kInstalledData = "../share/tessaret/";
 std::string CutAfterLastSeparator(const std::string& path) {
   const std::size_t slash = path.rfind('/');
   return slash == std::string::npos ? "./" : path.substr(0, slash + 1);
+}
+
+struct FreeText {
+  void operator()(char* text) const noexcept { std::free(text); }
+};
+using ResolvedPath = std::unique_ptr<char, FreeText>;
+
+/// The path without links; where there is no such file, that of the program. Null where that is not known either.
+ResolvedPath Resolved(const char* path) {
+  ResolvedPath resolved(::realpath(path, nullptr));
+  if (!resolved) resolved.reset(::realpath("/proc/self/exe", nullptr));
+  return resolved;
 }
 
 bool HasData(const std::string& directory) {
@@ -34,12 +47,8 @@ std::string CodeDirectory() {
   }
   // A program started by its bare name is known to the loader by that name only.
   const std::string path = info.dli_fname;
-  char* resolved = ::realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) resolved = ::realpath("/proc/self/exe", nullptr);
-  if (resolved == nullptr) return CutAfterLastSeparator(path);
-  std::string directory = CutAfterLastSeparator(resolved);
-  std::free(resolved);
-  return directory;
+  const ResolvedPath resolved = Resolved(path.c_str());
+  return CutAfterLastSeparator(resolved ? resolved.get() : path);
 }
 
 std::string ProgramDirectory() {
