@@ -6,6 +6,8 @@
 #include <mutex>
 #include <unordered_map>
 
+#include "platform/library_end.h"
+
 namespace tessaret {
 namespace {
 
@@ -33,9 +35,17 @@ class HandleCounts {
   std::array<Part, 32> parts_;
 };
 
+/// Null until they are made.
+constinit HandleCounts* theHandles = nullptr;
+
+// Not destroyed when the process ends: static objects of the host may still give back what they hold.
 HandleCounts& Handles() {
-  static HandleCounts handles;
+  static HandleCounts& handles = *(theHandles = new HandleCounts);
   return handles;
+}
+
+[[gnu::destructor]] void GoWithTheLibrary() noexcept {
+  if (!DoesProcessEnd()) delete theHandles;
 }
 
 }  // namespace

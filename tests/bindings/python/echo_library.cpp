@@ -1,11 +1,14 @@
 // A library with an object that gives back what it gets, tells events and fails as it is told: what the Python package is tried on.
 // All else of Tessaret is in it too.
+#include <memory>
 #include <thread>
+#include <utility>
 
 #include "component/call_by_name.h"
 #include "component/component_object.h"
 #include "component/event_source.h"
 #include "component/report.h"
+#include "component/thread_msg_proxy.h"
 #include "facade/c_handles.h"
 #include "facade/class_ids.h"
 
@@ -61,6 +64,7 @@ class IEcho : public IDispatch {
   virtual Status Another(Result<IEcho*> pVal) = 0;
   virtual Status Tell(std::int32_t number, const Variant& value) = 0;
   virtual Status TellFromThread(std::int32_t number, const Variant& value) = 0;
+  virtual Status TellWhenPumped(std::int32_t number, const Variant& value) = 0;
 };
 
 class IEchoEvents : public IObject {
@@ -175,28 +179,29 @@ constexpr MemberInfo kMembers[] = {
     Row("Another", kGives<&IEcho::Another>),
     Row("Tell", kTell),
     Row("TellFromThread", kTell),
+    Row("TellWhenPumped", kTell),
 };
 constexpr MemberCall kCalls[] = {
-    &CallMember<&IEcho::get_Short>,     &CallMember<&IEcho::put_Short>,
-    &CallMember<&IEcho::get_Long>,      &CallMember<&IEcho::put_Long>,
-    &CallMember<&IEcho::get_Float>,     &CallMember<&IEcho::put_Float>,
-    &CallMember<&IEcho::get_Double>,    &CallMember<&IEcho::put_Double>,
-    &CallMember<&IEcho::get_When>,      &CallMember<&IEcho::put_When>,
-    &CallMember<&IEcho::get_Truth>,     &CallMember<&IEcho::put_Truth>,
-    &CallMember<&IEcho::get_Byte>,      &CallMember<&IEcho::put_Byte>,
-    &CallMember<&IEcho::get_Text>,      &CallMember<&IEcho::put_Text>,
-    &CallMember<&IEcho::get_Friend>,    &CallMember<&IEcho::put_Friend>,
-    &CallMember<&IEcho::putref_Friend>, &CallMember<&IEcho::get_Cell>,
-    &CallMember<&IEcho::put_Cell>,      &CallMember<&IEcho::get_Lonely>,
-    &CallMember<&IEcho::put_Deaf>,      &CallMember<&IEcho::get_Voxel>,
-    &CallMember<&IEcho::put_Voxel>,     &CallMember<&IEcho::Echo>,
-    &CallMember<&IEcho::TypeOf>,        &CallMember<&IEcho::SignedByte>,
-    &CallMember<&IEcho::IsNull>,        &CallMember<&IEcho::Mix>,
-    &CallMember<&IEcho::LeaveAlone>,    &CallMember<&IEcho::Outs>,
-    &CallMember<&IEcho::Keywords>,      &CallMember<&IEcho::Do>,
-    &CallMember<&IEcho::Fail>,          &CallMember<&IEcho::Itself>,
-    &CallMember<&IEcho::Another>,       &CallMember<&IEcho::Tell>,
-    &CallMember<&IEcho::TellFromThread>};
+    &CallMember<&IEcho::get_Short>,      &CallMember<&IEcho::put_Short>,
+    &CallMember<&IEcho::get_Long>,       &CallMember<&IEcho::put_Long>,
+    &CallMember<&IEcho::get_Float>,      &CallMember<&IEcho::put_Float>,
+    &CallMember<&IEcho::get_Double>,     &CallMember<&IEcho::put_Double>,
+    &CallMember<&IEcho::get_When>,       &CallMember<&IEcho::put_When>,
+    &CallMember<&IEcho::get_Truth>,      &CallMember<&IEcho::put_Truth>,
+    &CallMember<&IEcho::get_Byte>,       &CallMember<&IEcho::put_Byte>,
+    &CallMember<&IEcho::get_Text>,       &CallMember<&IEcho::put_Text>,
+    &CallMember<&IEcho::get_Friend>,     &CallMember<&IEcho::put_Friend>,
+    &CallMember<&IEcho::putref_Friend>,  &CallMember<&IEcho::get_Cell>,
+    &CallMember<&IEcho::put_Cell>,       &CallMember<&IEcho::get_Lonely>,
+    &CallMember<&IEcho::put_Deaf>,       &CallMember<&IEcho::get_Voxel>,
+    &CallMember<&IEcho::put_Voxel>,      &CallMember<&IEcho::Echo>,
+    &CallMember<&IEcho::TypeOf>,         &CallMember<&IEcho::SignedByte>,
+    &CallMember<&IEcho::IsNull>,         &CallMember<&IEcho::Mix>,
+    &CallMember<&IEcho::LeaveAlone>,     &CallMember<&IEcho::Outs>,
+    &CallMember<&IEcho::Keywords>,       &CallMember<&IEcho::Do>,
+    &CallMember<&IEcho::Fail>,           &CallMember<&IEcho::Itself>,
+    &CallMember<&IEcho::Another>,        &CallMember<&IEcho::Tell>,
+    &CallMember<&IEcho::TellFromThread>, &CallMember<&IEcho::TellWhenPumped>};
 
 constexpr MemberInfo kEvents[] = {{"OnNothing", Kind::kMethod, nullptr, 0, ""},
                                   Row("OnTold", kOnTold)};
@@ -227,6 +232,26 @@ String TextOf(Variant value) {
   const std::string type = std::to_string(value.Tag());
   return Succeeded(value.ChangeType(VariantType::kString)) ? value.ToString() : String(type);
 }
+
+/// What a worker has to tell.
+struct Message : CThreadMsg {
+  std::int32_t number = 0;
+  Variant value;
+};
+
+/// Brings it to the thread of an object, which tells it.
+class Bridge final : public CThreadMsgProxy {
+ public:
+  explicit Bridge(IEcho& echo) : echo_(echo) {}
+  ~Bridge() override { Close(); }
+  void Handle(CThreadMsg& message) override {
+    const auto& told = static_cast<const Message&>(message);
+    (void)echo_.Tell(told.number, told.value);
+  }
+
+ private:
+  IEcho& echo_;
+};
 
 class EchoObject final : public ComponentObject<CallableByName<IEcho>, EventSource<IEchoEvents>> {
  public:
@@ -328,6 +353,15 @@ class EchoObject final : public ComponentObject<CallableByName<IEcho>, EventSour
     std::thread([&] { (void)Tell(number, value); }).join();
     return kOk;
   }
+  Status TellWhenPumped(std::int32_t number, const Variant& value) override {
+    if (!bridge_.Create(static_cast<IEcho*>(this))) return kUnexpected;
+    auto message = std::make_unique<Message>();
+    message->number = number;
+    message->value = value;
+    std::unique_ptr<CThreadMsg> posted = std::move(message);
+    std::thread([&] { bridge_.Post(posted); }).join();
+    return kOk;
+  }
 
  private:
   template <class T>
@@ -350,6 +384,7 @@ class EchoObject final : public ComponentObject<CallableByName<IEcho>, EventSour
   std::uint8_t byte_ = 0;
   String text_;
   Ref<IEcho> friend_;
+  Bridge bridge_{*this};
 };
 
 }  // namespace

@@ -181,6 +181,30 @@ class Pump(package.PackageTest):
         begin = time.monotonic()
         self.assertEqual(tessaret.pump(0.25), 0)
         self.assertGreaterEqual(time.monotonic() - begin, 0.2)
+        begin = time.monotonic()
+        self.assertEqual(tessaret.pump(-5), 0)
+        self.assertLess(time.monotonic() - begin, 0.2)
+
+    def test_what_a_worker_posts_is_told_by_the_pump_of_the_objects_thread_at_once(self):
+        import select
+        import time
+        heard = []
+        with package.new_echo() as echo:
+            echo.on("OnTold", lambda number, value, _: heard.append((threading.get_ident(), number, value)))
+            for timeout in (0, 60, None):
+                echo.TellWhenPumped(1, "x")
+                echo.TellWhenPumped(2, "y")
+                self.assertEqual(heard, [])
+                self.assertEqual(len(select.select([tessaret.events_descriptor()], [], [], 0)[0]), 1)
+                begin = time.monotonic()
+                self.assertEqual(tessaret.pump(timeout), 2)
+                self.assertLess(time.monotonic() - begin, 30)
+                self.assertEqual(heard, [(threading.get_ident(), 1, "x"), (threading.get_ident(), 2, "y")])
+                heard.clear()
+            echo.TellWhenPumped(3, "z")
+        # What waits for an object that is gone is told to nobody.
+        self.assertEqual(tessaret.pump(0), 0)
+        self.assertEqual(heard, [])
 
     @unittest.skipUnless(_library.pump, "this library has no pump yet")
     def test_a_wait_without_end_is_interrupted_from_the_keyboard(self):

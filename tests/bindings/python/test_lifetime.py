@@ -98,6 +98,26 @@ class Lifetime(package.PackageTest):
         self.assertEqual(echo.Friend.Outs(1), (2, True))
         echo.close()
 
+    def test_a_closed_object_does_not_take_a_new_one_with_it(self):
+        echo, friend = package.new_echo(), package.new_echo()
+        echo.Friend = friend
+        friend.close()
+        again = echo.Friend
+        del friend
+        self.assertIs(echo.Friend, again)
+        del again
+        echo.close()
+
+    def test_a_function_hears_nothing_of_an_object_that_was_closed_though_it_lives_on(self):
+        echo, friend, heard = package.new_echo(), package.new_echo(), []
+        echo.Friend = friend
+        connection = friend.on("OnNothing", lambda: heard.append(1))
+        friend.close()
+        self.assertFalse(connection.connected)
+        echo.Friend.Tell(1, 2)
+        self.assertEqual(heard, [])
+        echo.close()
+
     def test_an_error_keeps_no_object(self):
         echo = package.new_echo()
         try:

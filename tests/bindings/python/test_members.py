@@ -167,6 +167,7 @@ class Enumerations(package.PackageTest):
         self.assertEqual([int(getattr(tessaret, name)) for name in names], list(range(6)))
         self.assertEqual([member.name for member in tessaret._EnumVoxelType], names)
         self.assertIs(tessaret._EnumVoxelType(3), tessaret.FLOAT_VOXEL)
+        self.assertEqual(tessaret._EnumVoxelType.__doc__, "What one voxel of a volume is.")
         self.assertTrue({"FLOAT_VOXEL", "_EnumVoxelType", "create"} <= set(dir(tessaret)))
 
     def test_members_of_their_type_give_and_take_them(self):
