@@ -23,9 +23,15 @@ struct Module {
 /// Null until it is made.
 constinit Module* theModule = nullptr;
 
+Module& MakeModule() {
+  WatchProcessEnd();
+  theModule = new Module;
+  return *theModule;
+}
+
 // Not destroyed when the process ends: a thread may still look something up. StopDictionaries frees what it holds.
 Module& TheModule() {
-  static Module& module = *(theModule = new Module);
+  static Module& module = MakeModule();
   return module;
 }
 

@@ -5,17 +5,18 @@ namespace {
 
 constinit bool processEnds = false;
 
-// When the process ends, static objects go before the functions of the attribute `destructor` are called, and behind them when the
-// library alone does.
-struct LastWitness {
-  LastWitness() noexcept = default;
-  LastWitness(const LastWitness&) = delete;
-  LastWitness& operator=(const LastWitness&) = delete;
-  ~LastWitness() { processEnds = true; }
+/// When the process ends, what was made since main began goes before any function of the attribute `destructor` is called, and
+/// behind those of the library when that alone is unloaded.
+struct Witness {
+  Witness() noexcept = default;
+  Witness(const Witness&) = delete;
+  Witness& operator=(const Witness&) = delete;
+  ~Witness() { processEnds = true; }
 };
-const LastWitness witness;
 
 }  // namespace
+
+void WatchProcessEnd() { static const Witness witness; }
 
 bool DoesProcessEnd() noexcept { return processEnds; }
 
