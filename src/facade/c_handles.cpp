@@ -1,5 +1,6 @@
 #include "facade/c_handles.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,9 @@ class HandleCounts {
     std::unordered_map<const tessaret_object*, std::uint64_t> counts;
   };
 
+  [[nodiscard]] bool IsEmpty() const {
+    return std::ranges::all_of(parts_, [](const Part& part) { return part.counts.empty(); });
+  }
   Part& PartOf(const tessaret_object* handle) {
     // Objects lie at multiples of 16 bytes, often of 64.
     const auto address = reinterpret_cast<std::uintptr_t>(handle);
@@ -38,14 +42,21 @@ class HandleCounts {
 /// Null until they are made.
 constinit HandleCounts* theHandles = nullptr;
 
+HandleCounts& MakeHandles() {
+  WatchProcessEnd();
+  theHandles = new HandleCounts;
+  return *theHandles;
+}
+
 // Not destroyed when the process ends: static objects of the host may still give back what they hold.
 HandleCounts& Handles() {
-  static HandleCounts& handles = *(theHandles = new HandleCounts);
+  static HandleCounts& handles = MakeHandles();
   return handles;
 }
 
 [[gnu::destructor]] void GoWithTheLibrary() noexcept {
-  if (!DoesProcessEnd()) delete theHandles;
+  // Who holds something still may come back.
+  if (!DoesProcessEnd() && theHandles != nullptr && theHandles->IsEmpty()) delete theHandles;
 }
 
 }  // namespace

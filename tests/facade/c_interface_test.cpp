@@ -434,7 +434,7 @@ TEST(CQuery, LeadsFromOneInterfaceOfAnObjectToTheOtherAndBack) {
 TEST(CCall, WhatIsThrownBelowDoesNotReachTheHost) {
   void* made = nullptr;
   ASSERT_EQ(CreateObjectOf<TwoFaces>(nullptr, IDispatch::kId, &made), kOk);
-  tessaret_object* options = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* options = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
   tessaret_object* dictionary = nullptr;
   ASSERT_EQ(tessaret_query(options, "IDcmDictionary", &dictionary), 0);
   tessaret_value arguments[] = {Long(-1), Long(5), Long(6)};
@@ -564,7 +564,7 @@ TEST(CEvents, ReachTheFunctionsThatAreConnected) {
 TEST(CEvents, LeaveNothingBehindWhateverMemoryThereIs) {
   void* made = nullptr;
   ASSERT_EQ(CreateObjectOf<Teller>(nullptr, IDispatch::kId, &made), kOk);
-  tessaret_object* object = HandleOf(static_cast<IDispatch*>(made));
+  tessaret_object* object = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
   static int heard = 0;
   const auto count = [](void*, std::int32_t, const tessaret_value*, std::uint32_t) { ++heard; };
   fate.reserve(1000);
