@@ -226,13 +226,16 @@ bool DcmCompEngine::DecompressPixels(DICOMObject& object, CodecTarget target, Co
   if (!ReadInfo(object, info)) return false;
   if (pixels.Items == nullptr) return true;
   if (std::string doubt = DoubtIn(info); !doubt.empty()) return Fail(std::move(doubt));
-  if (pixels.ItemCount() < 2) return Fail("The pixel data has no fragments");
+  if (pixels.ItemCount() < (pixels.LacksTable ? 1 : 2)) {
+    return Fail("The pixel data has no fragments");
+  }
   auto native = NewPixelData(static_cast<std::uint32_t>(NativeSize(info)), true);
   native->TypeCode = type_code::OB;
   auto syntax = NewTransferSyntax(kExplicitUid, Length::kAsItIs);
 
   const std::unique_lock<std::mutex> lock = LockFor(entry);
-  const std::unique_ptr<DICOMObject> offsets(pixels.PopFirstItem());
+  const std::unique_ptr<DICOMObject> offsets(pixels.LacksTable ? nullptr : pixels.PopFirstItem());
+  pixels.LacksTable = true;
   CodecConversion conversion(CodecConversion::Kind::kDecompressing, object, &pixels, info.Frames);
   conversion.SetOffsetTable(FragmentIn(offsets.get()));
   if (!DecompressFrames(target, conversion, info, *native)) return false;

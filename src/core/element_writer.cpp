@@ -230,6 +230,8 @@ bool ElementWriter::WriteValue(const VR& vr) {
 
 bool ElementWriter::WriteItems(VR& vr, ElementForm form, std::int32_t depth) {
   if (IsPixelData(vr)) {
+    // Without one the first fragment would be taken for the offset table.
+    if (vr.LacksTable) WriteStructural(kItemElement, 0);
     return after_ == After::kKeep ? WriteFragments(*vr.Items)
                                   : coder_.WriteEncapsulated(*vr.Items, buffer_);
   }

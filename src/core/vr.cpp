@@ -104,11 +104,12 @@ bool OutliveFormer(VR& source, VR& former) try {
   return false;
 }
 
-/// A new element of the same tag and type without a value; null without memory.
+/// A new element of the same tag, type and kind of items, without them and a value; null without memory.
 VR* EmptyLike(const VR& vr) {
   try {
     auto empty = std::make_unique<VR>(vr.Group, vr.Element, 0, nullptr);
     empty->TypeCode = vr.TypeCode;
+    empty->LacksTable = vr.LacksTable;
     return empty.release();
   } catch (const std::bad_alloc&) {
     return nullptr;
@@ -156,7 +157,8 @@ VR::VR(const VR& source, bool deep, WithoutItems)
       Data(source.Data),
       OwnsData(deep ? 1 : 0),
       Moved(1),
-      TypeCode(source.TypeCode) {
+      TypeCode(source.TypeCode),
+      LacksTable(source.LacksTable) {
   if (!deep) return;
   ValueTag = source.ValueTag;
   Data = source.Data != nullptr && Length != 0 ? CopyBytes(source.Data, Length) : nullptr;
@@ -174,6 +176,7 @@ bool VR::Reset() {
 void VR::DestroyOwnItems() noexcept {
   ItemArray* items = Items;
   Items = nullptr;
+  LacksTable = false;
   DestroyItems(*items);
   delete items;
 }
@@ -188,6 +191,7 @@ bool VR::ReplaceFrom(VR* source) {
   former.Items = std::exchange(Items, std::exchange(source->Items, nullptr));
   TakeValue(*source);
   TypeCode = source->TypeCode;
+  LacksTable = std::exchange(source->LacksTable, false);
   source->Moved = 1;
   return true;
 }
@@ -238,9 +242,11 @@ bool VR::MoveToObject(DICOMObject* target) {
   // replaced.
   moved->TakeValue(*this);
   ItemArray* items = std::exchange(Items, nullptr);
+  LacksTable = false;
   if (!PushSafely(*target, moved.get())) {
     TakeValue(*moved);
     Items = items;
+    LacksTable = moved->LacksTable;
     return false;
   }
   HandItemsOver(items, *place, *moved.release());
@@ -282,6 +288,7 @@ DICOMObject* VR::PopFirstItem() {
   if (Items->ListLength == 0) {
     delete Items;
     Items = nullptr;
+    LacksTable = false;
   }
   return item;
 }

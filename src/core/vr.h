@@ -40,7 +40,7 @@ struct VR {
   template <class T>
   VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, const T* data) = delete;
 
-  /// A copy in one of two depths: tag, Length and TypeCode are copied; Moved becomes true and StreamPosition 0. Deep:
+  /// A copy in one of two depths: tag, Length, TypeCode and LacksTable are copied; Moved becomes true and StreamPosition 0. Deep:
   /// bytes and ValueTag are copied and OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items
   /// are new objects in both cases. Throws std::bad_alloc.
   VR(const VR& source, bool deep);
@@ -68,7 +68,7 @@ struct VR {
   /// Frees the bytes if owned and destroys the items; Length, Data and OwnsData are 0 afterwards. Always true.
   bool Reset();
 
-  /// Frees own bytes and items and takes Length, Data, OwnsData, TypeCode and Items from `source`, which is left with
+  /// Frees own bytes and items and takes Length, Data, OwnsData, TypeCode, Items and LacksTable from `source`, which is left with
   /// Length 0, Data and Items null, OwnsData false, Moved true. False, and nothing changes, for a null source, another
   /// tag, a source that this element hangs below, and without memory to find that out. Replacing an element by itself
   /// changes nothing and answers true. The source may hang below this element, and dies with what was here then; it may
@@ -141,6 +141,8 @@ struct VR {
   std::uint32_t StreamPosition = 0;
   // Where a short value that was parsed lies, so that it costs no allocation.
   std::uint8_t Small[32];
+  // Set on compressed pixel data whose first item, the offset table, was taken out: all its items are fragments.
+  bool LacksTable = false;
 };
 
 }  // namespace tessaret

@@ -895,7 +895,9 @@ TEST(VR, MoveToATargetThatRefusesLeavesEverything) {
   const auto source = NestedSequence();
   source->Length = 2;
   source->Data = NewBytes({1, 2});
+  source->LacksTable = true;
   EXPECT_FALSE(source->MoveToObject(&target));
+  EXPECT_TRUE(source->LacksTable);
   EXPECT_EQ(ValueOf(*source), (Bytes{1, 2}));
   EXPECT_EQ(source->OwnsData, 1u);
   ExpectNestedItems(*source);
@@ -950,6 +952,40 @@ TEST(VR, PopFirstItemOfAnEmptyListEndsTheList) {
   vr.Items = new ItemArray;
   EXPECT_EQ(vr.PopFirstItem(), nullptr);
   EXPECT_EQ(vr.Items, nullptr);
+}
+
+TEST(VR, TheLackOfAnOffsetTableGoesWhereTheFragmentsGo) {
+  const auto make = [] {
+    auto vr = std::make_unique<VR>(0x7FE0, 0x0010, 2, NewBytes({1, 2}));
+    vr->AddItem(new DICOMObject);
+    vr->LacksTable = true;
+    return vr;
+  };
+  EXPECT_FALSE(VR().LacksTable);
+  EXPECT_TRUE(VR(*make(), true).LacksTable);
+  EXPECT_TRUE(VR(*make(), false).LacksTable);
+
+  const auto source = make();
+  VR target(0x7FE0, 0x0010, 0, nullptr);
+  EXPECT_TRUE(target.ReplaceFrom(source.get()));
+  EXPECT_TRUE(target.LacksTable);
+  EXPECT_FALSE(source->LacksTable);
+  VR other(0x7FE0, 0x0010, 0, nullptr);
+  EXPECT_TRUE(target.ReplaceFrom(&other));
+  EXPECT_FALSE(target.LacksTable);
+
+  const auto moving = make();
+  DICOMObject object;
+  EXPECT_TRUE(moving->MoveToObject(&object));
+  EXPECT_TRUE(object.GetFirstVR()->LacksTable);
+  EXPECT_FALSE(moving->LacksTable);
+
+  const auto popped = make();
+  const std::unique_ptr<DICOMObject> item(popped->PopFirstItem());
+  EXPECT_FALSE(popped->LacksTable) << "there are no fragments any more";
+  const auto reset = make();
+  EXPECT_TRUE(reset->Reset());
+  EXPECT_FALSE(reset->LacksTable);
 }
 
 TEST(VR, AForwardLoopOverManyItemsIsLinear) {

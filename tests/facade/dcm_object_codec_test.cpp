@@ -106,6 +106,56 @@ TEST(DCMObjectCodecs, WhatTheCodecCannotReadIsThereAsItCame) {
   EXPECT_EQ(ManagerOf(object)->SetOwner(), kOk);
 }
 
+TEST(DCMObjectCodecs, WhatLostItsOffsetTableKeepsAllItsFragments) {
+  const TempFolder folder;
+  const auto object = Image(3);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  const auto fragment = [](const Ref<IDCMObject>& in, std::int32_t index) {
+    return Raw(ItemOf(in, 0x7FE0, 0x0010, index), 0xFFFE, 0xE000);
+  };
+  const Bytes good[] = {fragment(object, 1), fragment(object, 2), fragment(object, 3)};
+  const auto set = [&](std::int32_t index, const Bytes& bytes) {
+    const Variant value = VariantArray::OfBytes(bytes);
+    ASSERT_EQ(ItemOf(object, 0x7FE0, 0x0010, index)->PutVRData(0xFFFE, 0xE000, "OB", value), kOk);
+  };
+  set(3, {9, 9});
+  // A second failure takes nothing more away.
+  for (int time = 0; time < 2; ++time) {
+    EXPECT_FAILS_WITH(Translate(object, String(), done), "toy: the frame does not unpack");
+    ASSERT_EQ(CountOf(object, 0x7FE0, 0x0010), 3);
+    EXPECT_EQ(fragment(object, 0), good[0]);
+  }
+  set(2, good[2]);
+  // In a file the first fragment would be taken for the table: an empty one stands before it.
+  Ref<IDCMObject> copy;
+  ASSERT_EQ(object->copy(copy.Receive()), kOk);
+  for (const auto& each : {object, copy}) {
+    ASSERT_EQ(each->Save(folder.File("lost.dcm")), kOk) << LastError().text;
+    const auto loaded = NewObject();
+    ASSERT_EQ(loaded->Load(folder.File("lost.dcm"), true), kOk) << LastError().text;
+    EXPECT_EQ(Raw(loaded, 0x7FE0, 0x0010), NativePixels(3));
+    ASSERT_EQ(Translate(each, String(), done), kOk) << LastError().text;
+    EXPECT_EQ(Raw(each, 0x7FE0, 0x0010), NativePixels(3));
+  }
+}
+
+TEST(DCMObjectCodecs, ASingleFragmentIsEnoughWithoutAnOffsetTable) {
+  const auto object = Image(1);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  const Bytes good = Raw(ItemOf(object, 0x7FE0, 0x0010, 1), 0xFFFE, 0xE000);
+  const auto set = [&](std::int32_t index, const Bytes& bytes) {
+    const Variant value = VariantArray::OfBytes(bytes);
+    ASSERT_EQ(ItemOf(object, 0x7FE0, 0x0010, index)->PutVRData(0xFFFE, 0xE000, "OB", value), kOk);
+  };
+  set(1, {9, 9});
+  EXPECT_EQ(Translate(object, String(), done), kException);
+  set(0, good);
+  ASSERT_EQ(Translate(object, String(), done), kOk) << LastError().text;
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(1));
+}
+
 TEST(DCMObjectCodecs, TheWayBackByNameDropsTheNameForImplicit) {
   const auto object = Image(1);
   std::int16_t done = 0;
