@@ -54,6 +54,21 @@ bool IsBlankPaddedUid(const VR& vr, VrCode type) {
 
 }  // namespace
 
+VrCode TypeInStream(const VR& vr, VrCode type, ElementForm form, const RTC* dictionary) {
+  if (type == type_code::kNone || (form == ElementForm::kExplicit && type == type_code::UN)) {
+    const VrCode known = dictionary == nullptr
+                             ? type_code::kNone
+                             : dictionary->RunTimeClass(vr.Group, vr.Element, nullptr);
+    type = known != type_code::kNone ? known : vr.Items != nullptr ? type_code::SQ : type_code::UN;
+    if (vr.Items == nullptr && !CanState(type, vr.Length)) type = type_code::UN;
+  }
+  // Bytes without items under the name of a sequence would have to go.
+  if (type == type_code::SQ && HasBytes(vr)) return type_code::UN;
+  if (vr.Items == nullptr || (IsPixelData(vr) && HasLongForm(type))) return type;
+  // What holds items goes out as what holds items, whatever it was called: anything else could not be read again.
+  return IsPixelData(vr) ? type_code::OB : type_code::SQ;
+}
+
 ElementWriter::ElementWriter(DataSetCoder& coder, Buffer& buffer, After after)
     : coder_(coder), buffer_(buffer), after_(after), tracing_(IsDumping(kDumpParse)) {}
 
@@ -143,21 +158,6 @@ bool ElementWriter::RefuseDepth() {
 VrCode ElementWriter::GivenType(const VR& vr, std::int32_t depth) const {
   const bool renamed = pixelType_ != type_code::kNone && depth == 0 && IsPixelData(vr);
   return renamed ? pixelType_ : vr.TypeCode;
-}
-
-VrCode ElementWriter::TypeToWrite(const VR& vr, VrCode type, ElementForm form) const {
-  if (type == type_code::kNone || (form == ElementForm::kExplicit && type == type_code::UN)) {
-    const VrCode known = coder_.Dictionary == nullptr
-                             ? type_code::kNone
-                             : coder_.Dictionary->RunTimeClass(vr.Group, vr.Element, nullptr);
-    type = known != type_code::kNone ? known : vr.Items != nullptr ? type_code::SQ : type_code::UN;
-    if (vr.Items == nullptr && !CanState(type, vr.Length)) type = type_code::UN;
-  }
-  // Bytes without items under the name of a sequence would have to go.
-  if (type == type_code::SQ && HasBytes(vr)) return type_code::UN;
-  if (vr.Items == nullptr || (IsPixelData(vr) && HasLongForm(type))) return type;
-  // What holds items goes out as what holds items, whatever it was called: anything else could not be read again.
-  return IsPixelData(vr) ? type_code::OB : type_code::SQ;
 }
 
 bool ElementWriter::WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth) {

@@ -12,6 +12,10 @@
 
 namespace tessaret {
 
+/// The representation under which `form` has an element that is called `type`: where that is not known, what `dictionary` says, which
+/// may be null.
+VrCode TypeInStream(const VR& vr, VrCode type, ElementForm form, const RTC* dictionary);
+
 class ElementWriter {
  public:
   enum class After { kEmpty, kKeep };
@@ -47,8 +51,9 @@ class ElementWriter {
   bool WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth);
   /// What the element is called: its own type, or that which a file gives its pixel data.
   [[nodiscard]] VrCode GivenType(const VR& vr, std::int32_t depth) const;
-  /// The representation to write for an element called `type`: looked up where that is not known.
-  [[nodiscard]] VrCode TypeToWrite(const VR& vr, VrCode type, ElementForm form) const;
+  [[nodiscard]] VrCode TypeToWrite(const VR& vr, VrCode type, ElementForm form) const {
+    return TypeInStream(vr, type, form, coder_.Dictionary);
+  }
   void WriteHead(const VR& vr, VrCode type, ElementForm form);
   bool WriteValue(const VR& vr);
   bool WriteItems(VR& vr, ElementForm form, std::int32_t depth);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "base/byte_order.h"
+#include "core/element_writer.h"
 
 namespace tessaret {
 namespace {
@@ -25,17 +26,9 @@ void SwapBytes64(std::uint8_t* data, std::size_t length) {
   for (std::size_t at = 0; length - at >= 8; at += 8) std::reverse(data + at, data + at + 8);
 }
 
-}  // namespace
-
-std::uint32_t NumberWidth(VrCode type) {
-  const auto* row = std::find_if(std::begin(kWidths), std::end(kWidths),
-                                 [type](const WidthOfType& each) { return each.type == type; });
-  return row == std::end(kWidths) ? 1 : row->width;
-}
-
-void SwapNumbers(VR& vr) {
+void SwapBytesOf(VR& vr, std::uint32_t width) {
   if (vr.Data == nullptr) return;
-  switch (NumberWidth(vr.TypeCode)) {
+  switch (width) {
     case 2:
       return SwapBytes16(vr.Data, vr.Length);
     case 4:
@@ -47,21 +40,52 @@ void SwapNumbers(VR& vr) {
   }
 }
 
-void SwapNumbers(DICOMObject& object) {
+/// Does `act` to every element but those of group 0002, at any depth on a flat stack.
+template <class Act>
+void ForEachElement(DICOMObject& object, Act act) {
   constexpr std::uint16_t kMetaGroup = 0x0002;
   std::vector<DICOMObject*> pending{&object};
   while (!pending.empty()) {
     DICOMObject* current = pending.back();
     pending.pop_back();
-    current->Elements.ForEach([&pending](VR& vr) {
+    current->Elements.ForEach([&](VR& vr) {
       if (vr.Group == kMetaGroup) return;
-      SwapNumbers(vr);
+      act(vr);
       if (vr.Items == nullptr) return;
       for (const ItemArray::Node* node = vr.Items->First; node != nullptr; node = node->next) {
         if (node->value != nullptr) pending.push_back(node->value);
       }
     });
   }
+}
+
+/// Calls native pixel data what its pixels are: only words of 16 bits are turned round with the stream.
+void NamePixelType(DICOMObject& object) {
+  VR* const pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
+  if (pixels == nullptr || pixels->Items != nullptr || pixels->TypeCode == type_code::OW) return;
+  pixels->TypeCode = object.GetUINT16(0x0028, 0x0100) > 8 ? type_code::OW : type_code::OB;
+}
+
+}  // namespace
+
+std::uint32_t NumberWidth(VrCode type) {
+  const auto* row = std::find_if(std::begin(kWidths), std::end(kWidths),
+                                 [type](const WidthOfType& each) { return each.type == type; });
+  return row == std::end(kWidths) ? 1 : row->width;
+}
+
+void SwapNumbers(VR& vr) { SwapBytesOf(vr, NumberWidth(vr.TypeCode)); }
+
+void SwapNumbers(DICOMObject& object) {
+  ForEachElement(object, [](VR& vr) { SwapNumbers(vr); });
+}
+
+void TurnForBigEndian(DICOMObject& object, const RTC* dictionary) {
+  NamePixelType(object);
+  ForEachElement(object, [dictionary](VR& vr) {
+    const VrCode type = TypeInStream(vr, vr.TypeCode, ElementForm::kExplicit, dictionary);
+    SwapBytesOf(vr, NumberWidth(type));
+  });
 }
 
 }  // namespace tessaret

@@ -9,6 +9,8 @@
 
 namespace tessaret {
 
+class RTC;
+
 /// Bytes in one number of a value of type `type`: 2, 4 or 8 (DICOM PS3.5, 7.3). 1 for types whose bytes have no order (text,
 /// OB) or an unknown one: the standard has UN in little endian whatever surrounds it.
 std::uint32_t NumberWidth(VrCode type);
@@ -21,5 +23,10 @@ void SwapNumbers(VR& vr);
 /// little endian in every file, is left alone. Twice is as if never. The values are changed in place, also those that
 /// a shallow clone shares. Throws std::bad_alloc with some elements turned and some not.
 void SwapNumbers(DICOMObject& object);
+
+/// Readies an object whose numbers are little endian for being written in explicit big endian: numbers are turned round by the type
+/// under which a writer with this dictionary, which may be null, puts them out, also where the object itself does not know it; native
+/// pixel data is called OW or OB by Bits Allocated, unless it is OW already. Throws std::bad_alloc as SwapNumbers does.
+void TurnForBigEndian(DICOMObject& object, const RTC* dictionary);
 
 }  // namespace tessaret

@@ -37,7 +37,7 @@ bool IsForBigEndian(const DICOMObject& object) {
 bool SaveTurned(DataSetCoder& coder, const char* path, const DICOMObject& object) {
   const std::unique_ptr<DICOMObject> turned(object.Clone(true));
   if (!turned) throw std::bad_alloc();
-  SwapNumbers(*turned);
+  TurnForBigEndian(*turned, coder.Dictionary);
   return coder.SaveFile(path, 3, *turned);
 }
 

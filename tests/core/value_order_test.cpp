@@ -1,10 +1,12 @@
 #include "core/value_order.h"
 
 #include <memory>
+#include <string>
 
 #include <gtest/gtest.h>
 
 #include "core/element_maker.h"
+#include "core/rtc.h"
 
 namespace tessaret {
 namespace {
@@ -117,6 +119,72 @@ TEST(ValueOrder, TheMetaHeaderIsLittleEndianInEveryFile) {
   SwapNumbers(object);
   const VR* vr = object.GetVR(0x0002, 0x0000);
   EXPECT_EQ(Bytes(vr->Data, vr->Data + 4), (Bytes{1, 2, 3, 4}));
+}
+
+Bytes ValueAt(const DICOMObject& object, std::uint16_t group, std::uint16_t element) {
+  const VR* vr = object.GetVR(group, element);
+  return {vr->Data, vr->Data + vr->Length};
+}
+
+TEST(ValueOrder, ForABigEndianStreamNumbersAreTurnedByTheTypeTheyGoOutWith) {
+  RTC dictionary;
+  const std::string text = "#\n{0x0028 0x0106 US \"Smallest\"}\n{0x0028 0x3006 US \"Table\"}\n";
+  ASSERT_TRUE(dictionary.AttachBytes(text.data(), text.size()));
+  DICOMObject object;
+  object.Push(NewElement(0x0002, 0x0001, type_code::OW, Bytes{1, 2}));
+  object.Push(NewElement(0x0009, 0x0001, type_code::UN, Bytes{1, 2}));
+  object.Push(NewElement(0x0028, 0x0101, type_code::US, Bytes{1, 2}));
+  object.Push(NewElement(0x0028, 0x0106, type_code::UN, Bytes{1, 2}));
+  object.Push(NewElement(0x0028, 0x3006, type_code::UN, Bytes(65536, 7)));
+  object.GetVR(0x0028, 0x3006)->Data[0] = 1;
+  object.Push(NewElement(0x0040, 0xA730, type_code::SQ, Bytes{}));
+  auto item = std::make_unique<DICOMObject>();
+  item->Push(NewElement(0x0028, 0x0106, type_code::kNone, Bytes{1, 2}));
+  const DICOMObject& nested = *item;
+  ASSERT_TRUE(object.Push(item.release()));
+
+  TurnForBigEndian(object, &dictionary);
+
+  EXPECT_EQ(ValueAt(object, 0x0002, 0x0001), (Bytes{1, 2}));
+  EXPECT_EQ(ValueAt(object, 0x0009, 0x0001), (Bytes{1, 2}));
+  EXPECT_EQ(ValueAt(object, 0x0028, 0x0101), (Bytes{2, 1}));
+  EXPECT_EQ(ValueAt(object, 0x0028, 0x0106), (Bytes{2, 1}));
+  EXPECT_EQ(ValueAt(object, 0x0028, 0x3006)[0], 1) << "too long for the length of US: it stays UN";
+  EXPECT_EQ(ValueAt(nested, 0x0028, 0x0106), (Bytes{2, 1}));
+  EXPECT_EQ(object.GetVR(0x0028, 0x0106)->TypeCode, type_code::UN) << "the writer names it";
+
+  TurnForBigEndian(object, nullptr);
+  EXPECT_EQ(ValueAt(object, 0x0028, 0x0101), (Bytes{1, 2}));
+  EXPECT_EQ(ValueAt(object, 0x0028, 0x0106), (Bytes{2, 1}))
+      << "without a dictionary it goes out as UN";
+}
+
+TEST(ValueOrder, ForABigEndianStreamPixelsAreWordsWhereTheyAreWiderThanAByte) {
+  struct Row {
+    std::uint8_t bits;
+    VrCode before, after;
+    bool isTurned;
+  };
+  constexpr Row kRows[] = {
+      {8, type_code::OB, type_code::OB, false},    {9, type_code::OB, type_code::OW, true},
+      {16, type_code::OB, type_code::OW, true},    {16, type_code::OW, type_code::OW, true},
+      {8, type_code::OW, type_code::OW, true},     {16, type_code::UN, type_code::OW, true},
+      {8, type_code::kNone, type_code::OB, false}, {8, type_code::US, type_code::OB, false},
+  };
+  for (const Row& row : kRows) {
+    DICOMObject object;
+    object.Push(NewElement(0x0028, 0x0100, type_code::US, Bytes{row.bits, 0}));
+    object.Push(NewElement(0x7FE0, 0x0010, row.before, Bytes{1, 2, 3, 4}));
+    TurnForBigEndian(object, nullptr);
+    EXPECT_EQ(object.GetVR(0x7FE0, 0x0010)->TypeCode, row.after);
+    EXPECT_EQ(ValueAt(object, 0x7FE0, 0x0010),
+              (row.isTurned ? Bytes{2, 1, 4, 3} : Bytes{1, 2, 3, 4}));
+  }
+  DICOMObject compressed;
+  compressed.Push(NewElement(0x7FE0, 0x0010, type_code::SQ, Bytes{}));
+  ASSERT_TRUE(compressed.Push(new DICOMObject));
+  TurnForBigEndian(compressed, nullptr);
+  EXPECT_EQ(compressed.GetVR(0x7FE0, 0x0010)->TypeCode, type_code::SQ);
 }
 
 TEST(ValueOrder, NestingOfAHundredThousandLevelsNeedsNoStack) {

@@ -156,6 +156,31 @@ TEST(DCMObjectCodecs, ASingleFragmentIsEnoughWithoutAnOffsetTable) {
   EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(1));
 }
 
+TEST(DCMObjectCodecs, WidePixelsOfACodecGoIntoABigEndianFileAsWords) {
+  const TempFolder folder;
+  const auto object = Image(1);
+  // Four pixels of two bytes instead of eight of one.
+  ASSERT_EQ(Put(object, 0x0028, 0x0100, std::int32_t{16}), kOk);
+  ASSERT_EQ(Put(object, 0x0028, 0x0011, std::int32_t{2}), kOk);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk) << LastError().text;
+  ASSERT_EQ(Translate(object, "1.2.840.10008.1.2.2", done), kOk) << LastError().text;
+  EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).type, "OB") << "as codecs leave it";
+  ASSERT_EQ(object->Save(folder.File("big.dcm")), kOk) << LastError().text;
+  // The last element of the file: tag, OW, two bytes of nothing, the length, and words with their high byte first.
+  Bytes expected = {0x7F, 0xE0, 0, 0x10, 'O', 'W', 0, 0, 0, 0, 0, 8};
+  const Bytes pixels = NativePixels(1);
+  for (std::size_t at = 0; at < pixels.size(); at += 2) {
+    expected.push_back(pixels[at + 1]);
+    expected.push_back(pixels[at]);
+  }
+  const Bytes saved = ReadBytes(folder.File("big.dcm"));
+  EXPECT_EQ(Bytes(saved.end() - 20, saved.end()), expected);
+  const auto loaded = NewObject();
+  ASSERT_EQ(loaded->Load(folder.File("big.dcm"), true), kOk);
+  EXPECT_EQ(Raw(loaded, 0x7FE0, 0x0010), pixels);
+}
+
 TEST(DCMObjectCodecs, TheWayBackByNameDropsTheNameForImplicit) {
   const auto object = Image(1);
   std::int16_t done = 0;

@@ -276,6 +276,32 @@ TEST_F(ObjectFiles, OfBigEndianAreStillThatWhereASyntaxIsNotServed) {
   EXPECT_EQ(Bytes(saved.end() - static_cast<std::ptrdiff_t>(dataSet.size()), saved.end()), dataSet);
 }
 
+TEST_F(ObjectFiles, OfBigEndianHaveNumbersRoundAlsoWhereTheTypeIsTheDictionarys) {
+  const auto put = [this](std::int32_t group, std::int32_t element, const char* type) {
+    const Variant bytes = VariantArray::OfBytes(Bytes{1, 2});
+    ASSERT_EQ(object_->PutVRData(group, element, type, bytes), kOk);
+  };
+  put(0x0009, 0x1001, "UN");
+  put(0x0028, 0x0106, "UN");
+  put(0x0028, 0x0107, "");
+  put(0x0028, 0x0110, "US");
+  VariantBool done;
+  ASSERT_EQ(object_->Translate(SyntaxUidOf(Encoding::kExplicitBig), &done), kOk);
+  ASSERT_EQ(object_->Save(folder_.File("out.dcm")), kOk);
+  DataSetBuilder dataSet(Encoding::kExplicitBig);
+  dataSet.Element(0x0009, 0x1001, "UN", Bytes{1, 2})
+      .Number(0x0028, 0x0106, 0x0201)
+      .Number(0x0028, 0x0107, 0x0201)
+      .Number(0x0028, 0x0110, 0x0201);
+  const Bytes saved = ReadBytes(folder_.File("out.dcm"));
+  const Bytes& expected = dataSet.Done();
+  EXPECT_EQ(Bytes(saved.end() - static_cast<std::ptrdiff_t>(expected.size()), saved.end()),
+            expected);
+  // The object itself stays.
+  EXPECT_EQ(Raw(object_, 0x0028, 0x0106), (Bytes{1, 2}));
+  EXPECT_EQ(Describe(object_, 0x0028, 0x0106).type, "UN");
+}
+
 TEST_F(ObjectFiles, AnythingUnforeseenOnTheWayInIsNoDicomFile) {
   const String path =
       FileWith(FileOf(Encoding::kExplicitLittle, ImageIn(Encoding::kExplicitLittle)));
