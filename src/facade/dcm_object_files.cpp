@@ -115,7 +115,8 @@ Status CDCMObject::Translate(const String& trSyntax, VariantBool* Done) {
     DcmCompEngine engine;
     if (!engine.Decompress(object, nullptr, nullptr)) return FailWith(engine.ErrorText.c_str());
     if (trSyntax.IsNull()) return kOk;
-    const std::string syntax = trSyntax.Narrow();
+    // A name as it stands in a file may be padded with a NUL, behind which nothing counts.
+    const std::string syntax = trSyntax.Narrow().c_str();
     *Done = engine.CanCompress(object, syntax.c_str(), nullptr);
     if (!Done->IsTrue()) return kOk;
     *Done = CompressTo(syntax, *object, engine);

@@ -302,6 +302,16 @@ TEST_F(ObjectFiles, OfBigEndianHaveNumbersRoundAlsoWhereTheTypeIsTheDictionarys)
   EXPECT_EQ(Describe(object_, 0x0028, 0x0106).type, "UN");
 }
 
+TEST_F(ObjectFiles, TakeASyntaxWithTheNulThatPadsItInAFile) {
+  ASSERT_EQ(Put(object_, 0x0002, 0x0010, std::string(SyntaxUidOf(Encoding::kExplicitBig))), kOk);
+  ASSERT_EQ(Put(object_, 0x0010, 0x0020, "id"), kOk);
+  VariantBool done;
+  constexpr std::string_view kPadded("1.2.840.10008.1.2.1\0", 20);
+  ASSERT_EQ(object_->Translate(String(kPadded), &done), kOk);
+  EXPECT_TRUE(done.IsTrue());
+  EXPECT_EQ(Text(object_, 0x0002, 0x0010), kExplicit);
+}
+
 TEST_F(ObjectFiles, AnythingUnforeseenOnTheWayInIsNoDicomFile) {
   const String path =
       FileWith(FileOf(Encoding::kExplicitLittle, ImageIn(Encoding::kExplicitLittle)));

@@ -531,8 +531,9 @@ class IDCMObject(Object):
 
     def Translate(self, trSyntax: str | PathLike[str] | None = ...) -> bool:
         """Turns the pixel data, here in memory, into another transfer syntax, and names it in (0002,0010). Without `trSyntax` it becomes
-        native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. True, with
-        nothing done, for pixel data without bytes. kException with the words of the codec, or "No data object".
+        native, and `Done` is not written. `trSyntax` is a UID, which a NUL ends. False, with the pixel data native, where no codec serves the
+        syntax for this image. True, with nothing done, for pixel data without bytes. kException with the words of the codec, or "No data
+        object": the pixel data is compressed as before where it cannot become native, and native where it cannot be compressed.
         """
         ...
 

@@ -78,8 +78,9 @@ constexpr MemberInfo kMembers[] = {
 {"GetNextVR", MemberKind::kMethod, kArguments18.data(), kArguments18.size(), "The tag behind the one that is given, in the same place. False, with nothing written, where the tag given is the last one or not\n"
         "there."},
 {"Translate", MemberKind::kMethod, kArguments19.data(), kArguments19.size(), "Turns the pixel data, here in memory, into another transfer syntax, and names it in (0002,0010). Without `trSyntax` it becomes\n"
-        "native, and `Done` is not written. False, with the pixel data native, where no codec serves the syntax for this image. True, with\n"
-        "nothing done, for pixel data without bytes. kException with the words of the codec, or \"No data object\"."},
+        "native, and `Done` is not written. `trSyntax` is a UID, which a NUL ends. False, with the pixel data native, where no codec serves the\n"
+        "syntax for this image. True, with nothing done, for pixel data without bytes. kException with the words of the codec, or \"No data\n"
+        "object\": the pixel data is compressed as before where it cannot become native, and native where it cannot be compressed."},
 {"GetVRData", MemberKind::kMethod, kArguments20.data(), kArguments20.size(), "The bytes of an element, as an array with one dimension from 0; empty where it has none. `TypeCode` gets its two letters.\n"
         "kException \"Empty object\", \"Non existing VR\", \"Not enough memory for VR Data\"."},
 {"PutVRData", MemberKind::kMethod, kArguments21.data(), kArguments21.size(), "Replaces the bytes of an element by those of an array with one dimension, as they are; the element is added where there is none. Its\n"
