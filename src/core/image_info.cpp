@@ -73,8 +73,8 @@ bool ReadFrames(const DICOMObject& object, ImageInfo& info) {
 }
 
 void ReadPhotometric(const DICOMObject& object, ImageInfo& info) {
-  std::string_view text = Trimmed(ValueIn(object.GetVR(kImageGroup, kPhotometric)));
-  text = text.substr(0, std::min(text.find('\0'), sizeof(info.Photometric) - 1));
+  std::string_view text = ValueIn(object.GetVR(kImageGroup, kPhotometric));
+  text = Trimmed(text.substr(0, text.find('\0'))).substr(0, sizeof(info.Photometric) - 1);
   if (!text.empty()) std::memcpy(info.Photometric, text.data(), text.size());
 }
 

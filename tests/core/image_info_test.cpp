@@ -155,6 +155,8 @@ TEST(ImageInfo, PhotometricIsTrimmedAndCutToItsPlace) {
   EXPECT_EQ(of(" RGB "), "RGB");
   EXPECT_EQ(of(std::string_view("YBR\0", 4)), "YBR");
   EXPECT_EQ(of(std::string_view("A\0B", 3)), "A");
+  EXPECT_EQ(of(std::string_view("RGB \0B", 6)), "RGB") << "what is before the NUL is trimmed";
+  EXPECT_EQ(of(std::string_view("\0RGB", 4)), "");
   EXPECT_EQ(of(Repeated(63, 'a')), Repeated(63, 'a'));
   EXPECT_EQ(of(Repeated(200, 'a')), Repeated(63, 'a'));
   EXPECT_EQ(of(""), "");
