@@ -113,7 +113,10 @@ Status CDCMObject::Nest(TagKey tag, std::int32_t index, IDcmObjectManager& sourc
   VR* const present = Object.Get()->GetVR(GroupOf(tag), ElementOf(tag));
   VR& sequence = present != nullptr ? *present : AddSequence(tag);
   Object.Get()->Push(&sequence);
-  if (!Store(sequence, index, taken.Get())) throw std::bad_alloc();
+  if (!Store(sequence, index, taken.Get())) {
+    if (present == nullptr) delete Object.Get()->Remove(GroupOf(tag), ElementOf(tag));
+    throw std::bad_alloc();
+  }
   taken.HasPlace();
   item.SetHolder(ObjectHolder::kSequence);
   return kOk;

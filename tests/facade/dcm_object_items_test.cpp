@@ -182,6 +182,25 @@ TEST(DCMObjectItems, AreTakenFromTheirOwnerOnly) {
   EXPECT_FALSE(Describe(other, kGroup, kElement).found.IsTrue());
 }
 
+TEST(DCMObjectItems, OfAnOwnerOfNothingAreRefused) {
+  const auto object = NewObject();
+  const auto given = NewObject();
+  EXPECT_TRUE(Failed(given->Load("", true)));
+  ASSERT_EQ(CoreOf(given), nullptr);
+  EXPECT_EQ(Nest(object, 0, given), kInvalidArgument);
+  EXPECT_FALSE(Describe(object, kGroup, kElement).found.IsTrue());
+  // It still owns whatever comes.
+  EXPECT_EQ(ManagerOf(given)->SetOwner(), kFalse);
+}
+
+TEST(DCMObjectItems, GoIntoASequenceThatWasReadWithALength) {
+  const auto object = ObjectWithItems(1);
+  CoreOf(object)->GetVR(kGroup, kElement)->Length = 18;
+  EXPECT_EQ(Nest(object, -1, ObjectOfPatient("new")), kOk);
+  EXPECT_EQ(CountOf(object, kGroup, kElement), 2);
+  EXPECT_EQ(PatientAt(object, 1), "new");
+}
+
 TEST(DCMObjectItems, OfAStrangerComeByTheWayToItsDataSet) {
   const auto object = ObjectWithItems(1);
   const auto given = ObjectOfPatient("a");
@@ -305,6 +324,23 @@ TEST(DCMObjectItems, OfAnElementOfAnotherTypeAreSavedAsASequence) {
   const auto again = NewObject();
   ASSERT_EQ(again->Load(folder.File("a.dcm"), true), kOk);
   EXPECT_EQ(Text(ItemOf(again, 0x0010, 0x0010, 0), 0x0010, 0x0020), "a");
+}
+
+TEST(DCMObjectItems, WithoutMemoryMakeNoSequence) {
+  std::uint64_t allocation = 0;
+  Status status = kOutOfMemory;
+  for (; Failed(status); ++allocation) {
+    ASSERT_LT(allocation, 40u);
+    const auto object = ObjectOfPatient("outer");
+    auto given = ObjectOfPatient("a");
+    {
+      const AllocationFailure failure(allocation + 1);
+      status = Nest(object, -1, given);
+    }
+    EXPECT_EQ(Describe(object, kGroup, kElement).found.IsTrue(), Succeeded(status)) << allocation;
+  }
+  // At least the list and its node.
+  EXPECT_GT(allocation, 2u);
 }
 
 TEST(DCMObjectItems, WithoutMemoryStayWithTheirOwner) {
