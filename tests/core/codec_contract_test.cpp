@@ -213,6 +213,29 @@ TEST(CodecContract, ChangesAreTakenBackInWhateverOrderTheyCame) {
   EXPECT_EQ(parsed->Data, parsed->Small) << "a short value lies in its own element again";
 }
 
+TEST(CodecContract, BytesThatAreSharedWithAnotherObjectStayThatOnes) {
+  for (const bool isKept : {true, false}) {
+    const auto source = test::NewImage(1);
+    const std::unique_ptr<DICOMObject> sharing(source->Clone(false));
+    VR* const name = sharing->GetVR(0x0010, 0x0010);
+    name->StreamPosition = 132;
+    const std::uint8_t* const shared = name->Data;
+    {
+      CodecConversion conversion(CodecConversion::Kind::kCompressing, *sharing, nullptr, 1);
+      const std::uint8_t bytes[] = {'n', 'e', 'w', '!'};
+      ASSERT_EQ(tessaret_codec_set(sharing.get(), 0x0010, 0x0010, 0, bytes, 4), 1);
+      EXPECT_NE(name->Data, shared);
+      EXPECT_NE(name->OwnsData, 0u);
+      if (isKept) conversion.KeepChanges();
+    }
+    EXPECT_EQ(test::TextOf(*name), isKept ? "new!" : "Doe^J ");
+    EXPECT_EQ(name->Data == shared, !isKept);
+    EXPECT_EQ(name->OwnsData != 0, isKept);
+    EXPECT_EQ(name->StreamPosition, isKept ? 0u : 132u);
+    EXPECT_EQ(test::TextAt(*source, MakeTagKey(0x0010, 0x0010)), "Doe^J ");
+  }
+}
+
 TEST(CodecContract, AConversionWithinAnotherGivesWayToItAgain) {
   MadeConversion outer;
   {

@@ -1,6 +1,7 @@
 // Elements of an object by value, as text, as bytes, and one after the other.
 #include <cstring>
 #include <limits>
+#include <memory>
 
 #include <gtest/gtest.h>
 
@@ -113,6 +114,10 @@ TEST(DCMObjectValues, ATypeThatIsGivenToAPutCountsOnlyWhereThereIsNone) {
   CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode = type_code::kNone;
   EXPECT_EQ(Put(object, 0x0010, 0x0020, "third", "SHxx"), kOk);
   EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, "SH");
+  // UN that is asked for is not what the dictionary says instead.
+  CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode = type_code::kNone;
+  EXPECT_EQ(object->PutVRRawString(0x0010, 0x0020, "UN", "fourth"), kOk);
+  EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, "UN");
 }
 
 TEST(DCMObjectValues, AnElementWithoutATypeIsFoundWithThatOfTheDictionary) {
@@ -459,6 +464,21 @@ TEST(DCMObjectRemoval, WhatWasFoundBeforeIsNotFoundInItsPlace) {
   CoreOf(object)->Push(new VR(0x0010, 0x0020, 0, nullptr));
   EXPECT_TRUE(Get(object, 0x0010, 0x0020).IsEmpty());
   delete CoreOf(object)->Pop();
+  EXPECT_TRUE(Get(object, 0x0010, 0x0020).IsEmpty());
+}
+
+TEST(DCMObjectRemoval, WhatWasFoundBeforeIsNotFoundWhereItLivesOnElsewhere) {
+  const auto object = ObjectOfPatient("first");
+  EXPECT_EQ(Text(object, 0x0010, 0x0020), "first");
+  const std::unique_ptr<VR> taken(CoreOf(object)->Remove(0x0010, 0x0020));
+  ASSERT_NE(taken, nullptr);
+  EXPECT_TRUE(Get(object, 0x0010, 0x0020).IsEmpty());
+  // Neither in another data set that takes the place of its own, from which as little was ever taken.
+  const auto one = ObjectOfPatient("one");
+  const auto other = NewObject();
+  EXPECT_EQ(ManagerOf(object)->PutPtr(0, CoreOf(one)), kOk);
+  EXPECT_EQ(Text(object, 0x0010, 0x0020), "one");
+  EXPECT_EQ(ManagerOf(object)->PutPtr(0, CoreOf(other)), kOk);
   EXPECT_TRUE(Get(object, 0x0010, 0x0020).IsEmpty());
 }
 

@@ -130,6 +130,15 @@ TEST(ElementRecords, ThatMakeNoSenseChangeNothing) {
   record.pt = bytes;
   EXPECT_EQ(ManagerOf(object)->PutVR(&record), kInvalidArgument);
   EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+  // A length of its own for an element with items.
+  EXPECT_EQ(object->putref_Sequence(0x0008, 0x1140, 0, ObjectOfPatient("item").Get()), kOk);
+  record.Group = 0x0008;
+  record.Elem = 0x1140;
+  record.len = 6;
+  record.pt = nullptr;
+  EXPECT_FAILS_WITH(ManagerOf(object)->PutVR(&record), "The element holds items: remove it first");
+  EXPECT_EQ(Describe(object, 0x0008, 0x1140).length, 0);
+  EXPECT_EQ(Describe(object, 0x0008, 0x1140).type, "SQ");
 }
 
 TEST(ObjectManagerByName, GivesAndTakesOwnership) {
