@@ -5,7 +5,8 @@
 /// codec objects with three operations. It links libtessaret for the functions tessaret_codec_*, by which it looks at elements
 /// and changes them; at run time it meets the copy that the host has loaded. The engine loads "DcmCodec.dll" and then the
 /// libraries that "DcmCodecMgr.ini" beside the process's program names, one a line. Each is looked for beside the data files
-/// and beside the library itself, then by the loader.
+/// and beside the library itself, then by the loader. Files are read and written in the transfer syntaxes that the library itself
+/// knows: the native ones, RLE, JPEG, JPEG-LS, JPEG 2000 and MPEG2 (DICOM PS3.6, A). What is in any other cannot be saved.
 ///
 /// Threads: entry points are called by one thread at a time. So is a codec object: the engine holds all other threads back
 /// while it converts the frames of one data set, from the first to the last, also where the object serves several syntaxes.
