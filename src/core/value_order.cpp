@@ -59,12 +59,13 @@ void ForEachElement(DICOMObject& object, Act act) {
   }
 }
 
-/// Calls native pixel data what its pixels are: only words of 16 bits are turned round with the stream.
-void NamePixelType(DICOMObject& object) {
+/// Native pixel data; null where there is none.
+VR* NativePixels(const DICOMObject& object) {
   VR* const pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
-  if (pixels == nullptr || pixels->Items != nullptr || pixels->TypeCode == type_code::OW) return;
-  pixels->TypeCode = object.GetUINT16(0x0028, 0x0100) > 8 ? type_code::OW : type_code::OB;
+  return pixels == nullptr || pixels->Items != nullptr ? nullptr : pixels;
 }
+
+bool HasWidePixels(const DICOMObject& object) { return object.GetUINT16(0x0028, 0x0100) > 8; }
 
 }  // namespace
 
@@ -80,8 +81,17 @@ void SwapNumbers(DICOMObject& object) {
   ForEachElement(object, [](VR& vr) { SwapNumbers(vr); });
 }
 
+void CallWidePixelsWords(DICOMObject& object) {
+  VR* const pixels = NativePixels(object);
+  if (pixels != nullptr && pixels->TypeCode == type_code::OB && HasWidePixels(object))
+    pixels->TypeCode = type_code::OW;
+}
+
 void TurnForBigEndian(DICOMObject& object, const RTC* dictionary) {
-  NamePixelType(object);
+  VR* const pixels = NativePixels(object);
+  if (pixels != nullptr && pixels->TypeCode != type_code::OB)
+    pixels->TypeCode =
+        pixels->TypeCode == type_code::OW || HasWidePixels(object) ? type_code::OW : type_code::OB;
   ForEachElement(object, [dictionary](VR& vr) {
     const VrCode type = TypeInStream(vr, vr.TypeCode, ElementForm::kExplicit, dictionary);
     SwapBytesOf(vr, NumberWidth(type));

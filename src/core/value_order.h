@@ -24,9 +24,13 @@ void SwapNumbers(VR& vr);
 /// a shallow clone shares. Throws std::bad_alloc with some elements turned and some not.
 void SwapNumbers(DICOMObject& object);
 
+/// Calls native pixel data of more than 8 bits OW where it is called OB: no order of bytes turns that round. For an object in little
+/// endian, as codecs leave it, that is to become big endian.
+void CallWidePixelsWords(DICOMObject& object);
+
 /// Readies an object whose numbers are little endian for being written in explicit big endian: numbers are turned round by the type
-/// under which a writer with this dictionary, which may be null, puts them out, also where the object itself does not know it; native
-/// pixel data is called OW or OB by Bits Allocated, unless it is OW already. Throws std::bad_alloc as SwapNumbers does.
+/// under which a writer with this dictionary, which may be null, puts them out, also where the object itself does not know it. Native
+/// pixel data that is neither OB nor OW is called one of them, by Bits Allocated. Throws std::bad_alloc as SwapNumbers does.
 void TurnForBigEndian(DICOMObject& object, const RTC* dictionary);
 
 }  // namespace tessaret

@@ -43,7 +43,11 @@ bool SaveTurned(DataSetCoder& coder, const char* path, const DICOMObject& object
 
 /// Has the engine compress `object`. The numbers are little endian here, whatever the name says; the engine goes by the name.
 bool CompressTo(const std::string& syntax, DICOMObject& object, DcmCompEngine& engine) {
-  if (!IsForBigEndian(object)) return engine.Compress(&object, syntax.c_str(), nullptr);
+  if (!IsForBigEndian(object)) {
+    const bool isDone = engine.Compress(&object, syntax.c_str(), nullptr);
+    if (IsForBigEndian(object)) CallWidePixelsWords(object);
+    return isDone;
+  }
   const bool isDone = engine.Compress(&object, kExplicitUid, nullptr) &&
                       engine.Compress(&object, syntax.c_str(), nullptr);
   // Where nothing was compressed, because it failed or there are no bytes, the object says of itself what it said before.

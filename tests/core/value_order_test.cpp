@@ -159,32 +159,62 @@ TEST(ValueOrder, ForABigEndianStreamNumbersAreTurnedByTheTypeTheyGoOutWith) {
       << "without a dictionary it goes out as UN";
 }
 
-TEST(ValueOrder, ForABigEndianStreamPixelsAreWordsWhereTheyAreWiderThanAByte) {
+/// An object with pixel data of this type.
+std::unique_ptr<DICOMObject> WithPixels(std::uint8_t bits, VrCode type) {
+  auto object = std::make_unique<DICOMObject>();
+  object->Push(NewElement(0x0028, 0x0100, type_code::US, Bytes{bits, 0}));
+  object->Push(NewElement(0x7FE0, 0x0010, type, Bytes{1, 2, 3, 4}));
+  return object;
+}
+
+TEST(ValueOrder, ForABigEndianStreamPixelsAreBytesOrWords) {
   struct Row {
     std::uint8_t bits;
     VrCode before, after;
-    bool isTurned;
   };
+  // What is called by one of the two names stays that.
   constexpr Row kRows[] = {
-      {8, type_code::OB, type_code::OB, false},    {9, type_code::OB, type_code::OW, true},
-      {16, type_code::OB, type_code::OW, true},    {16, type_code::OW, type_code::OW, true},
-      {8, type_code::OW, type_code::OW, true},     {16, type_code::UN, type_code::OW, true},
-      {8, type_code::kNone, type_code::OB, false}, {8, type_code::US, type_code::OB, false},
+      {8, type_code::OB, type_code::OB},    {16, type_code::OB, type_code::OB},
+      {8, type_code::OW, type_code::OW},    {16, type_code::OW, type_code::OW},
+      {8, type_code::kNone, type_code::OB}, {9, type_code::kNone, type_code::OW},
+      {8, type_code::UN, type_code::OB},    {16, type_code::UN, type_code::OW},
+      {8, type_code::US, type_code::OB},
   };
   for (const Row& row : kRows) {
-    DICOMObject object;
-    object.Push(NewElement(0x0028, 0x0100, type_code::US, Bytes{row.bits, 0}));
-    object.Push(NewElement(0x7FE0, 0x0010, row.before, Bytes{1, 2, 3, 4}));
-    TurnForBigEndian(object, nullptr);
-    EXPECT_EQ(object.GetVR(0x7FE0, 0x0010)->TypeCode, row.after);
-    EXPECT_EQ(ValueAt(object, 0x7FE0, 0x0010),
-              (row.isTurned ? Bytes{2, 1, 4, 3} : Bytes{1, 2, 3, 4}));
+    const auto object = WithPixels(row.bits, row.before);
+    TurnForBigEndian(*object, nullptr);
+    EXPECT_EQ(object->GetVR(0x7FE0, 0x0010)->TypeCode, row.after);
+    EXPECT_EQ(ValueAt(*object, 0x7FE0, 0x0010),
+              (row.after == type_code::OW ? Bytes{2, 1, 4, 3} : Bytes{1, 2, 3, 4}));
   }
-  DICOMObject compressed;
-  compressed.Push(NewElement(0x7FE0, 0x0010, type_code::SQ, Bytes{}));
-  ASSERT_TRUE(compressed.Push(new DICOMObject));
-  TurnForBigEndian(compressed, nullptr);
-  EXPECT_EQ(compressed.GetVR(0x7FE0, 0x0010)->TypeCode, type_code::SQ);
+}
+
+TEST(ValueOrder, WidePixelsThatAreCalledBytesAreWords) {
+  const auto after = [](std::uint8_t bits, VrCode type) {
+    const auto object = WithPixels(bits, type);
+    CallWidePixelsWords(*object);
+    EXPECT_EQ(ValueAt(*object, 0x7FE0, 0x0010), (Bytes{1, 2, 3, 4}));
+    return object->GetVR(0x7FE0, 0x0010)->TypeCode;
+  };
+  EXPECT_EQ(after(8, type_code::OB), type_code::OB);
+  EXPECT_EQ(after(9, type_code::OB), type_code::OW);
+  EXPECT_EQ(after(16, type_code::OB), type_code::OW);
+  EXPECT_EQ(after(8, type_code::OW), type_code::OW);
+  EXPECT_EQ(after(16, type_code::UN), type_code::UN);
+}
+
+TEST(ValueOrder, FragmentsAndMissingPixelsHaveNoNameOfTheirOwn) {
+  const auto compressed = WithPixels(16, type_code::OB);
+  compressed->GetVR(0x7FE0, 0x0010)->AddItem(new DICOMObject);
+  CallWidePixelsWords(*compressed);
+  EXPECT_EQ(compressed->GetVR(0x7FE0, 0x0010)->TypeCode, type_code::OB);
+  compressed->GetVR(0x7FE0, 0x0010)->TypeCode = type_code::SQ;
+  TurnForBigEndian(*compressed, nullptr);
+  EXPECT_EQ(compressed->GetVR(0x7FE0, 0x0010)->TypeCode, type_code::SQ);
+  DICOMObject empty;
+  CallWidePixelsWords(empty);
+  TurnForBigEndian(empty, nullptr);
+  EXPECT_TRUE(empty.IsEmpty());
 }
 
 TEST(ValueOrder, NestingOfAHundredThousandLevelsNeedsNoStack) {

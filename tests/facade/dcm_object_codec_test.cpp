@@ -164,8 +164,10 @@ TEST(DCMObjectCodecs, WidePixelsOfACodecGoIntoABigEndianFileAsWords) {
   ASSERT_EQ(Put(object, 0x0028, 0x0011, std::int32_t{2}), kOk);
   std::int16_t done = 0;
   ASSERT_EQ(Translate(object, kToy, done), kOk) << LastError().text;
-  ASSERT_EQ(Translate(object, "1.2.840.10008.1.2.2", done), kOk) << LastError().text;
+  ASSERT_EQ(Translate(object, String(), done), kOk) << LastError().text;
   EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).type, "OB") << "as codecs leave it";
+  ASSERT_EQ(Translate(object, "1.2.840.10008.1.2.2", done), kOk) << LastError().text;
+  EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).type, "OW");
   ASSERT_EQ(object->Save(folder.File("big.dcm")), kOk) << LastError().text;
   // The last element of the file: tag, OW, two bytes of nothing, the length, and words with their high byte first.
   Bytes expected = {0x7F, 0xE0, 0, 0x10, 'O', 'W', 0, 0, 0, 0, 0, 8};
@@ -179,6 +181,12 @@ TEST(DCMObjectCodecs, WidePixelsOfACodecGoIntoABigEndianFileAsWords) {
   const auto loaded = NewObject();
   ASSERT_EQ(loaded->Load(folder.File("big.dcm"), true), kOk);
   EXPECT_EQ(Raw(loaded, 0x7FE0, 0x0010), pixels);
+  // What was big endian before, and called bytes, stays as it is.
+  ASSERT_EQ(loaded->PutVRData(0x7FE0, 0x0010, "OB", VariantArray::OfBytes(pixels)), kOk);
+  ASSERT_EQ(Translate(loaded, "1.2.840.10008.1.2.2", done), kOk);
+  ASSERT_EQ(loaded->Save(folder.File("bytes.dcm")), kOk);
+  const Bytes bytes = ReadBytes(folder.File("bytes.dcm"));
+  EXPECT_EQ(Bytes(bytes.end() - 8, bytes.end()), pixels);
 }
 
 TEST(DCMObjectCodecs, TheWayBackByNameDropsTheNameForImplicit) {
