@@ -2,7 +2,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <new>
+#include <system_error>
 #include <utility>
 
 #include "platform/module_path.h"
@@ -31,10 +33,18 @@ std::vector<std::string> ListedLibraries(const std::string& listFile) {
   return LibraryNamesIn({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
+/// The same directory wherever the process goes; as it is where nobody knows where the process is.
+std::string Fixed(std::string directory) {
+  std::error_code unknown;
+  const std::filesystem::path absolute = std::filesystem::absolute(directory, unknown);
+  return unknown ? std::move(directory) : absolute.string();
+}
+
 }  // namespace
 
 CodecPlaces CodecPlaces::OfThisProcess() {
-  std::vector<std::string> directories = {ModuleDirectory()};
+  // A library is loaded again long after the census, and is to be the same one then.
+  std::vector<std::string> directories = {Fixed(ModuleDirectory())};
   if (std::string code = CodeDirectory(); code != directories.front()) {
     directories.push_back(std::move(code));
   }

@@ -206,6 +206,22 @@ TEST(CodecRegistry, OfThisProcessLooksBesideTheDataAndBesideTheProgram) {
   EXPECT_EQ(result, 0);
 }
 
+TEST(CodecRegistry, APlaceThatIsNamedFromTheWorkingDirectoryStaysWhenThatChanges) {
+  const int result = test::RunInChild([] {
+    const test::TempFolder folder;
+    std::filesystem::create_directory(folder.File("data"));
+    std::filesystem::copy(test::CodecFolder() + "toy_codec.so", folder.File("data/DcmCodec.dll"));
+    std::filesystem::current_path(folder.Path());
+    ::setenv("TESSARET_DATA_DIR", "data", 1);
+    const bool isListed = ModuleCodecRegistry().Find(test::kToy) != nullptr;
+    std::filesystem::current_path("/");
+    if (!isListed) return 1;
+    DcmCompEngine engine;
+    return engine.Compress(test::NewImage(1).get(), test::kToy, nullptr) ? 0 : 2;
+  });
+  EXPECT_EQ(result, 0);
+}
+
 TEST(CodecRegistry, WhereTheProgramIsNotKnownTheWorkingDirectoryHasNoList) {
   constexpr int kNotAllowed = 77;
   const test::TempFolder root;  // there is no /proc below it
