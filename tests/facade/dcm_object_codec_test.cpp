@@ -165,7 +165,10 @@ TEST(DCMObjectCodecs, WidePixelsOfACodecGoIntoABigEndianFileAsWords) {
   std::int16_t done = 0;
   ASSERT_EQ(Translate(object, kToy, done), kOk) << LastError().text;
   ASSERT_EQ(Translate(object, String(), done), kOk) << LastError().text;
-  EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).type, "OB") << "as codecs leave it";
+  for (const char* little : {"1.2.840.10008.1.2", "1.2.840.10008.1.2.1"}) {
+    ASSERT_EQ(Translate(object, little, done), kOk) << LastError().text;
+    EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).type, "OB") << "as codecs leave it";
+  }
   ASSERT_EQ(Translate(object, "1.2.840.10008.1.2.2", done), kOk) << LastError().text;
   EXPECT_EQ(Describe(object, 0x7FE0, 0x0010).type, "OW");
   ASSERT_EQ(object->Save(folder.File("big.dcm")), kOk) << LastError().text;

@@ -95,6 +95,13 @@ TEST(DCMObjectOwner, IsOneOnly) {
   EXPECT_EQ(ManagerOf(one)->GetOwnership(), kOk);
   EXPECT_EQ(ManagerOf(other)->SetOwner(), kOk);
   EXPECT_EQ(ManagerOf(one)->SetOwner(), kNo);
+  // Nor of what came with its ownership.
+  DICOMObject* given = nullptr;
+  EXPECT_EQ(ManagerOf(other)->GetPtr(1, &given), kOk);
+  const auto third = NewObject();
+  EXPECT_EQ(ManagerOf(third)->PutPtr(1, given), kOk);
+  EXPECT_EQ(ManagerOf(other)->SetOwner(), kNo);
+  EXPECT_EQ(ManagerOf(NewObject())->PutPtr(1, given), kInvalidArgument);
 }
 
 TEST(DCMObjectOwner, OfAnItemIsItsSequence) {
