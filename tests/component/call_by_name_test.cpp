@@ -27,6 +27,7 @@ class ILamp : public IDispatch {
   virtual Status Mix(Colour colour, double weight, float share, Date when, const String& name,
                      VariantBool on, std::uint8_t byte, Result<String> text) = 0;
   virtual Status Fail(Status status, Out<std::int32_t> written) = 0;
+  virtual Status IsUnnamed(Optional<const String&> name, Result<VariantBool> isNull) = 0;
 };
 
 using Flow = ArgumentFlow;
@@ -53,6 +54,8 @@ constexpr auto kMix = Signature<decltype(&ILamp::Mix)>::Describe({{{"colour"},
                                                                    {"text", Flow::kResult}}});
 constexpr auto kFail =
     Signature<decltype(&ILamp::Fail)>::Describe({{{"status"}, {"written", Flow::kOut}}});
+constexpr auto kIsUnnamed = Signature<decltype(&ILamp::IsUnnamed)>::Describe(
+    {{{"name", Flow::kOptional}, {"isNull", Flow::kResult}}});
 
 constexpr MemberInfo kMembers[] = {
     {"Brightness", MemberKind::kGet, kGetBrightness.data(), 1, "How bright it is."},
@@ -64,6 +67,7 @@ constexpr MemberInfo kMembers[] = {
     {"Echo", MemberKind::kMethod, kEcho.data(), 2, ""},
     {"Mix", MemberKind::kMethod, kMix.data(), 8, ""},
     {"Fail", MemberKind::kMethod, kFail.data(), 2, ""},
+    {"IsUnnamed", MemberKind::kMethod, kIsUnnamed.data(), 2, ""},
 };
 constexpr MemberCall kCalls[] = {
     &CallMember<&ILamp::get_Brightness>,
@@ -75,6 +79,7 @@ constexpr MemberCall kCalls[] = {
     &CallMember<&ILamp::Echo>,
     &CallMember<&ILamp::Mix>,
     &CallMember<&ILamp::Fail>,
+    &CallMember<&ILamp::IsUnnamed>,
 };
 
 }  // namespace
@@ -137,6 +142,10 @@ class Lamp final : public CallableByName<ILamp> {
             std::to_string(share) + " " + std::to_string(when.days) + " " + name.Utf8() +
             (name.IsNull() ? "null" : "") + " " + std::to_string(on.value) + " " +
             std::to_string(byte);
+    return kOk;
+  }
+  Status IsUnnamed(const String& name, VariantBool* isNull) override {
+    *isNull = name.IsNull();
     return kOk;
   }
   Status Fail(Status status, std::int32_t* written) override {
@@ -202,7 +211,7 @@ TEST_F(CallByName, TheDescriptionHasTypesFromTheSignatures) {
   const InterfaceInfo* info = lamp_.Describe();
   EXPECT_STREQ(info->name, "ILamp");
   EXPECT_EQ(info->id, ILamp::kId);
-  ASSERT_EQ(info->memberCount, 9u);
+  ASSERT_EQ(info->memberCount, 10u);
   const MemberInfo& mix = info->members[7];
   ASSERT_EQ(mix.argumentCount, 8u);
   const std::uint16_t types[] = {3, 5, 4, 7, 8, 11, 17, 8};
@@ -233,6 +242,10 @@ TEST_F(CallByName, OptionalArgumentsMayBeLeftAwayOrEmpty) {
   EXPECT_EQ(result_.AsLong(), 5);
   EXPECT_EQ(Call("Add", MemberKind::kMethod, 5, 2.0), kOk);
   EXPECT_EQ(result_.AsLong(), 7);
+  EXPECT_EQ(Call("IsUnnamed", MemberKind::kMethod, Variant()), kOk);
+  EXPECT_EQ(result_.AsBool().value, -1);
+  EXPECT_EQ(Call("IsUnnamed", MemberKind::kMethod, ""), kOk);
+  EXPECT_EQ(result_.AsBool().value, 0);
 }
 
 TEST_F(CallByName, TooFewAndTooManyArgumentsAreRefused) {
@@ -320,7 +333,7 @@ TEST_F(CallByName, WhatAMemberLeavesAloneComesBackAsItWas) {
 
 TEST_F(CallByName, NumbersThatAreNoMemberAreRefused) {
   EXPECT_EQ(lamp_.Invoke(-1, nullptr, 0, nullptr), kUnknownMember);
-  EXPECT_EQ(lamp_.Invoke(9, nullptr, 0, nullptr), kUnknownMember);
+  EXPECT_EQ(lamp_.Invoke(10, nullptr, 0, nullptr), kUnknownMember);
   EXPECT_EQ(lamp_.Invoke(2, nullptr, 1, nullptr), kPointer);
 }
 
