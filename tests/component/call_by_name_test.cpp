@@ -298,6 +298,9 @@ TEST_F(CallByName, ObjectsAreAskedForTheirInterface) {
   EXPECT_EQ(other.references, 1u);
   EXPECT_EQ(Call("Friend", MemberKind::kPutRef, Variant()), kOk);
   EXPECT_EQ(lamp_.other, nullptr);
+  lamp_.other = &other;
+  EXPECT_EQ(Call("Friend", MemberKind::kPutRef, static_cast<IObject*>(nullptr)), kOk);
+  EXPECT_EQ(lamp_.other, nullptr);
   EXPECT_EQ(Call("Friend", MemberKind::kGet), kOk);
   EXPECT_TRUE(result_.Is(VariantType::kObject));
   EXPECT_EQ(result_.AsObject(), nullptr);
