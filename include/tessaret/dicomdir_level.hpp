@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// A level of the tree of records in a DICOMDIR.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumDICOMDIRLevel : std::int32_t {
   DICOMDIR_PATIENT = 0,
   DICOMDIR_STUDY = 1,

@@ -43,7 +43,6 @@ class IDcmCStore : public IDispatch {
 };
 
 /// Events of that class. They come on the thread that called SendFiles, while it runs.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 class _IDcmCStoreEvents : public IObject {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F0300C};

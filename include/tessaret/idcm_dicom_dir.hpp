@@ -72,7 +72,6 @@ class IDCMDicomDir : public IDispatch {
 
 /// Events of that class. They come on the thread that called ReadDICOMDIR, while it runs. `rec` is a new object with a copy of the
 /// record, and the sink's to keep.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 class _IDCMDicomDirEvents : public IObject {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F03003};

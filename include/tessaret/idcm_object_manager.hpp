@@ -15,7 +15,6 @@ namespace tessaret {
 class DICOMObject;
 
 /// An element as a plain record. By name it travels as an object with the interface IVRRecord.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 struct _VR_RECORD_TYPE {
   std::int32_t Group = 0;      // -1: there is no such element
   std::int32_t Elem = 0;       // the same

@@ -296,7 +296,6 @@ class IDCMOblique : public IDispatch {
 
 /// Events of that class. `x` and `y` are device coordinates. `Button` is 1 for the left, 2 for the right and 4 for the middle one, in a
 /// move the sum of those that are down; in `Shift` 4 stands for the shift key and 8 for the control key.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 class _IDCMObliqueEvents : public IObject {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F03002};

@@ -20,7 +20,6 @@ class IDCMOptions : public IDispatch {
 };
 
 /// Events of that class: none.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 class _IDCMOptionsEvents : public IObject {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F03005};

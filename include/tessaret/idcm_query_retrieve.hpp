@@ -98,7 +98,6 @@ class IDcmQueryRetrieve : public IDispatch {
 };
 
 /// Events of that class. They come on the thread that made the object, while it pumps.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 class _IDcmQueryRetrieveEvents : public IObject {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F03009};

@@ -170,7 +170,6 @@ class IDCMVolume : public IDispatch {
 };
 
 /// Events of that class. They come on the calling thread.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 class _IDCMVolumeEvents : public IObject {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F03008};

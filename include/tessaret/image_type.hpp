@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// How the samples of an image are stored. Colour images have three bytes a pixel in the order in which they were put.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumImageType : std::int32_t {
   /// One sample of 8 bits.
   IMAGE_GRAY8 = 0,

@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// How an image is mirrored: value 1 turns it upside down, value 2 swaps left and right.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _ImgFlipMode : std::int32_t {
   /// As it is.
   IMAGE_FLIP_NONE = 0,

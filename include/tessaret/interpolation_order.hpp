@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// How a value between voxels is found. Hosts share these names; no member takes them yet.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumInterpolationOrder : std::int32_t {
   /// The nearest voxel's.
   INTERP_NEAREST = 0,

@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// What the intersection of two planes is.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumIntersectionType : std::int32_t {
   /// They do not meet within the image, or nothing is known of their places.
   INTERSECT_NONE = 0,

@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// How an image is merged onto another one.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumMergeType : std::int32_t {
   /// By transparency.
   MERGE_TRANSPARENCY = 0,

@@ -7,7 +7,6 @@ namespace tessaret {
 
 /// Which section of a volume a control shows. The first letter of an orthogonal section is the volume's axis that runs along the rows
 /// of its image, the second the one that runs down its columns.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumObliqueViewMode : std::int32_t {
   OBLIQUE_ORTHO_XY = 0,
   OBLIQUE_ORTHO_YZ = 1,

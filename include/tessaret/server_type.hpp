@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// What kind of server a receiver connects to. No kinds are named yet; any number may be passed.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumServerType : std::int32_t {};
 
 }  // namespace tessaret

@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// What one voxel of a volume is.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumVoxelType : std::int32_t {
   /// Signed 16 bits.
   SHORT_VOXEL = 0,

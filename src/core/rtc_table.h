@@ -10,7 +10,7 @@
 namespace tessaret {
 
 /// One entry.
-struct _RTCElement {  // NOLINT(bugprone-reserved-identifier): the name is part of the interface
+struct _RTCElement {
   std::uint16_t Group = 0;
   std::uint16_t Element = 0;
   VrCode TypeCode = type_code::kNone;
