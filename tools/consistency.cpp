@@ -136,7 +136,7 @@ std::vector<std::string> FindOddities(const SourceFile& source, const UIDDiction
   if (std::string words = WhyPixelsAreOdd(source, uids); !words.empty())
     oddities.push_back(std::move(words));
   for (std::string& words : FindOddElements(source)) oddities.push_back(std::move(words));
-  if (source.bigEndian && HasPixelsOfDoubtfulOrder(*source.object, false)) {
+  if (source.bigEndian && HasPixelsOfDoubtfulOrder(*source.object)) {
     oddities.emplace_back(
         "the order of the bytes in the pixel data is not certain, since programs write big endian "
         "pixels of this size in two ways");

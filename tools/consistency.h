@@ -12,7 +12,7 @@ namespace tessaret::tool {
 /// What is odd in the elements of `source` whatever they mean, a sentence each: their order and their letters.
 std::vector<std::string> FindOddElements(const SourceFile& source);
 
-/// What is odd in `source`, a sentence each, the elements included. Requires: its object is there, loaded with pixels and in host order.
+/// What is odd in `source`, a sentence each, the elements included. Requires: its object is there and loaded with pixels.
 std::vector<std::string> FindOddities(const SourceFile& source, const UIDDictionary& uids);
 
 }  // namespace tessaret::tool

@@ -38,6 +38,9 @@ class Host {
   const RTC& Tags();
   const UIDDictionary& Uids();
 
+  /// The dictionaries as the public interface has them. Throws DictionaryError.
+  IDcmDictionary& Dictionary();
+
   /// The elements by their keywords. Throws DictionaryError.
   Keywords& ElementKeywords();
   /// The type that the dictionary has for an element; none for an unknown one. Throws DictionaryError.
@@ -51,8 +54,6 @@ class Host {
 
  private:
   void LoadDictionaries();
-
-  IDcmDictionary& Dictionary();
 
   bool dictionariesLoaded_ = false;
   Ref<IDcmDictionary> dictionary_;

@@ -3,9 +3,10 @@
 #include <array>
 #include <charconv>
 #include <cstring>
-#include <memory>
+#include <limits>
 
 #include "base/byte_order.h"
+#include "class_object.h"
 
 namespace tessaret::tool {
 namespace {
@@ -26,18 +27,23 @@ std::string DecimalString(double number) {
   return {text.data(), end};
 }
 
-void ObjectBuilder::Add(TagKey tag, VrCode type, const void* bytes, std::size_t size, char pad) {
-  auto vr =
-      std::make_unique<VR>(GroupOf(tag), ElementOf(tag), static_cast<std::uint32_t>(size), true);
-  if (size != 0) std::memcpy(vr->Data, bytes, size);
-  if (size % 2 == 1) vr->Data[size] = static_cast<std::uint8_t>(pad);
-  vr->TypeCode = type;
-  object_.Push(vr.get());
-  vr.release();
+void ObjectBuilder::Add(TagKey tag, VrCode type, std::span<const std::uint8_t> bytes) {
+  const char letters[] = {FirstLetter(type), SecondLetter(type), '\0'};
+  Require(object_->PutVRData(GroupOf(tag), ElementOf(tag), letters,
+                             Variant(VariantArray::OfBytes(bytes))));
+}
+
+template <class T>
+void ObjectBuilder::AddNumbers(TagKey tag, VrCode type, std::initializer_list<T> numbers) {
+  std::vector<std::uint8_t> bytes(numbers.size() * sizeof(T));
+  if (!bytes.empty()) std::memcpy(bytes.data(), std::data(numbers), bytes.size());
+  Add(tag, type, bytes);
 }
 
 void ObjectBuilder::Text(TagKey tag, VrCode type, std::string_view text) {
-  Add(tag, type, text.data(), text.size(), type == type_code::UI ? '\0' : ' ');
+  std::vector<std::uint8_t> bytes(text.begin(), text.end());
+  if (bytes.size() % 2 != 0) bytes.push_back(type == type_code::UI ? '\0' : ' ');
+  Add(tag, type, bytes);
 }
 
 void ObjectBuilder::Decimals(TagKey tag, std::initializer_list<double> numbers) {
@@ -54,38 +60,37 @@ void ObjectBuilder::Integer(TagKey tag, std::int64_t number) {
 }
 
 void ObjectBuilder::Unsigned16(TagKey tag, std::initializer_list<std::uint16_t> numbers) {
-  Add(tag, type_code::US, std::data(numbers), numbers.size() * 2, '\0');
+  AddNumbers(tag, type_code::US, numbers);
 }
 
 void ObjectBuilder::Unsigned32(TagKey tag, std::initializer_list<std::uint32_t> numbers) {
-  Add(tag, type_code::UL, std::data(numbers), numbers.size() * 4, '\0');
+  AddNumbers(tag, type_code::UL, numbers);
 }
 
-void ObjectBuilder::Float64(TagKey tag, double number) {
-  Add(tag, type_code::FD, &number, sizeof number, '\0');
-}
+void ObjectBuilder::Float64(TagKey tag, double number) { AddNumbers(tag, type_code::FD, {number}); }
 
 void ObjectBuilder::TagValue(TagKey tag, TagKey value) {
   std::array<std::uint8_t, 4> bytes;
   StoreLittle16(bytes.data(), GroupOf(value));
   StoreLittle16(bytes.data() + 2, ElementOf(value));
-  Add(tag, type_code::AT, bytes.data(), bytes.size(), '\0');
+  Add(tag, type_code::AT, bytes);
 }
 
-void ObjectBuilder::Bytes(TagKey tag, VrCode type, const std::vector<std::uint8_t>& bytes) {
-  Add(tag, type, bytes.data(), bytes.size(), '\0');
+void ObjectBuilder::Bytes(TagKey tag, VrCode type, std::vector<std::uint8_t> bytes) {
+  if (bytes.size() % 2 != 0) bytes.push_back(0);
+  Add(tag, type, bytes);
 }
 
-void ObjectBuilder::EmptySequence(TagKey tag) { Add(tag, type_code::SQ, nullptr, 0, '\0'); }
+void ObjectBuilder::EmptySequence(TagKey tag) {
+  Require(object_->putref_Sequence(GroupOf(tag), ElementOf(tag), 0, nullptr));
+}
 
 ObjectBuilder ObjectBuilder::Item(TagKey sequence) {
-  if (object_.GetVR(GroupOf(sequence), ElementOf(sequence)) == nullptr) EmptySequence(sequence);
-  auto item = std::make_unique<DICOMDataObject>();
-  DICOMObject& added = *item;
-  VR* vr = object_.GetVR(GroupOf(sequence), ElementOf(sequence));
-  if (!vr->AddItem(item.get())) throw std::bad_alloc();
-  item.release();
-  return ObjectBuilder(added);
+  // Behind the last one.
+  constexpr std::int32_t kBehindAll = std::numeric_limits<std::int32_t>::max();
+  Ref<IDCMObject> item = NewObject();
+  Require(object_->putref_Sequence(GroupOf(sequence), ElementOf(sequence), kBehindAll, item.Get()));
+  return ObjectBuilder(std::move(item));
 }
 
 }  // namespace tessaret::tool

@@ -3,11 +3,15 @@
 
 #include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
-#include "core/dicom_object.h"
+#include <tessaret/tessaret.hpp>
+
+#include "core/tag.h"
 #include "core/type_code.h"
 
 namespace tessaret::tool {
@@ -21,8 +25,8 @@ struct TextRow {
 
 class ObjectBuilder {
  public:
-  /// Adds to `object`, which is not owned.
-  explicit ObjectBuilder(DICOMObject& object) : object_(object) {}
+  /// Adds to `object`. What fails in the library throws CallError here.
+  explicit ObjectBuilder(Ref<IDCMObject> object) : object_(std::move(object)) {}
 
   /// Text padded to an even length: UI by a NUL, others by a blank.
   void Text(TagKey tag, VrCode type, std::string_view text);
@@ -39,15 +43,17 @@ class ObjectBuilder {
   void Float64(TagKey tag, double number);
   /// A tag as a value.
   void TagValue(TagKey tag, TagKey value);
-  void Bytes(TagKey tag, VrCode type, const std::vector<std::uint8_t>& bytes);
+  void Bytes(TagKey tag, VrCode type, std::vector<std::uint8_t> bytes);
   /// Appends an item to a sequence, which is made if need be, for its elements to be added.
   ObjectBuilder Item(TagKey sequence);
   void EmptySequence(TagKey tag);
 
  private:
-  void Add(TagKey tag, VrCode type, const void* bytes, std::size_t size, char pad);
+  void Add(TagKey tag, VrCode type, std::span<const std::uint8_t> bytes);
+  template <class T>
+  void AddNumbers(TagKey tag, VrCode type, std::initializer_list<T> numbers);
 
-  DICOMObject& object_;
+  Ref<IDCMObject> object_;
 };
 
 /// A number as DS writes it: the shortest form that reads back to the same, or else the closest of 16 characters.

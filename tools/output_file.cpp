@@ -8,7 +8,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include "core/data_set_coder.h"
 #include "platform/file_calls.h"
 
 namespace tessaret::tool {
@@ -29,14 +28,11 @@ void RefuseDash(const std::string& option, const std::string& path) {
                              "- is for reading; a file is needed, ./- for one of that name");
 }
 
-std::string SaveObject(const std::string& path, std::int32_t mode, bool force,
-                       DICOMObject& object) {
-  // Types are set already; without a dictionary none is looked up anew.
-  DataSetCoder coder;
-  coder.ReplacesFiles = force;
-  if (coder.SaveFile(path.c_str(), mode, object)) return {};
-  if (coder.ErrorText() != nullptr) return coder.ErrorText();
-  return coder.LastOpenError() != 0 ? SystemErrorText(coder.LastOpenError()) : "cannot be written";
+std::string SaveObject(const std::string& path, _EnumSaveForm form, bool force,
+                       IDCMObject& object) {
+  const std::int32_t options = SAVE_KEEPS_TYPES | (force ? 0 : SAVE_KEEPS_FILES);
+  const auto file = Ref<IDCMObject>(&object).As<IDcmFile>();
+  return Failed(file->SaveFile(path, form, options)) ? LastError().text : std::string();
 }
 
 int MakeDirectories(const std::string& path) {

@@ -3,9 +3,11 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <utility>
 #include <vector>
 
 #include "base/text.h"
+#include "class_object.h"
 #include "interrupt.h"
 #include "object_builder.h"
 #include "phantom_uids.h"
@@ -220,9 +222,9 @@ void AddPixelDescription(ObjectBuilder& object, const PhantomKind& kind,
   object.Unsigned16(0x00280103, {0});
 }
 
-void AddPixels(ObjectBuilder& object, const PhantomKind& kind,
-               const std::vector<std::uint8_t>& pixels) {
-  object.Bytes(0x7FE00010, kind.bitsAllocated > 8 ? type_code::OW : type_code::OB, pixels);
+void AddPixels(ObjectBuilder& object, const PhantomKind& kind, std::vector<std::uint8_t> pixels) {
+  object.Bytes(0x7FE00010, kind.bitsAllocated > 8 ? type_code::OW : type_code::OB,
+               std::move(pixels));
 }
 
 void AddCt(ObjectBuilder& object, const PhantomKind& kind, const PhantomGeometry& geometry,
@@ -335,7 +337,7 @@ void AddMultiFrame(ObjectBuilder& object, const PhantomKind& kind, const Phantom
     const std::vector<std::uint8_t> frame = DrawGrey16(geometry, slice, kMrSignal);
     pixels.insert(pixels.end(), frame.begin(), frame.end());
   }
-  AddPixels(object, kind, pixels);
+  AddPixels(object, kind, std::move(pixels));
 }
 
 using AddImage = void (*)(ObjectBuilder&, const PhantomKind&, const PhantomGeometry&, int slice);
@@ -364,15 +366,18 @@ int FileCount(const PhantomKind& kind, const PhantomShape& shape) {
   return kind.oneFile ? 1 : shape.slices;
 }
 
-std::unique_ptr<DICOMObject> MakePhantom(const PhantomKind& kind, const PhantomGeometry& geometry,
-                                         int index) {
+std::string PhantomInstance(const PhantomKind& kind, const PhantomGeometry& geometry, int index) {
+  return UidOf(Choices(kind, geometry.Shape()) + Format(" instance %d", index + 1));
+}
+
+Ref<IDCMObject> MakePhantom(const PhantomKind& kind, const PhantomGeometry& geometry, int index) {
   const std::string choices = Choices(kind, geometry.Shape());
-  auto made = std::make_unique<DICOMObject>();
-  ObjectBuilder object(*made);
+  Ref<IDCMObject> made = NewObject();
+  ObjectBuilder object(made);
   object.Text(0x00020010, type_code::UI, kExplicitLittleUid);
   object.Texts(kCommonRows);
   object.Text(0x00080016, type_code::UI, kind.sopClass);
-  object.Text(0x00080018, type_code::UI, UidOf(choices + Format(" instance %d", index + 1)));
+  object.Text(0x00080018, type_code::UI, PhantomInstance(kind, geometry, index));
   object.Text(0x0020000D, type_code::UI, UidOf(choices + " study"));
   object.Text(0x0020000E, type_code::UI, UidOf(choices + " series"));
   // A projection has no place in space.

@@ -2,12 +2,12 @@
 #pragma once
 
 #include <cstdint>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
 
-#include "core/dicom_object.h"
+#include <tessaret/tessaret.hpp>
+
 #include "phantom_picture.h"
 
 namespace tessaret::tool {
@@ -36,8 +36,10 @@ std::uint64_t PixelBytes(const PhantomKind& kind, const PhantomShape& shape);
 int FileCount(const PhantomKind& kind, const PhantomShape& shape);
 
 /// File number `index` of the series, counted from 0, with (0002,0010) set to explicit little endian. The same choices give
-/// the same object on every machine: dates are fixed and UIDs follow from the choices. Throws Interrupted.
-std::unique_ptr<DICOMObject> MakePhantom(const PhantomKind& kind, const PhantomGeometry& geometry,
-                                         int index);
+/// the same object on every machine: dates are fixed and UIDs follow from the choices. Throws Interrupted and CallError.
+Ref<IDCMObject> MakePhantom(const PhantomKind& kind, const PhantomGeometry& geometry, int index);
+
+/// The SOP Instance UID of that file.
+std::string PhantomInstance(const PhantomKind& kind, const PhantomGeometry& geometry, int index);
 
 }  // namespace tessaret::tool

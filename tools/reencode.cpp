@@ -73,11 +73,8 @@ bool HoldsFragments(const DICOMObject& object) {
 /// Sets types and drops what no longer fits, in an object and everything nested in it.
 class Preparation {
  public:
-  /// `bigEndianNumbers`: the numbers of the object are in that order.
-  Preparation(const SourceFile& source, std::string_view syntax, bool bigEndianNumbers)
-      : sourceImplicit_(IsImplicit(source.code)),
-        writesTypes_(syntax != kImplicitLittleUid),
-        bigEndianNumbers_(bigEndianNumbers) {}
+  Preparation(const SourceFile& source, std::string_view syntax)
+      : sourceImplicit_(IsImplicit(source.code)), writesTypes_(syntax != kImplicitLittleUid) {}
 
   void Of(DICOMObject& object) {
     pending_.push_back({&object, false});
@@ -124,18 +121,12 @@ class Preparation {
       if (signedPixels && vr.TypeCode == type_code::US && IsSignedWithPixels(vr.Key()))
         vr.TypeCode = type_code::SS;
     }
-    if (!FitsExplicitForm(vr.TypeCode, vr.Length)) BecomeUnknown(vr);
-  }
-
-  /// Values of UN are little endian whatever surrounds them.
-  void BecomeUnknown(VR& vr) const {
-    if (bigEndianNumbers_) SwapNumbers(vr);
-    vr.TypeCode = type_code::UN;
+    // Values of UN are little endian whatever surrounds them, as the numbers are here.
+    if (!FitsExplicitForm(vr.TypeCode, vr.Length)) vr.TypeCode = type_code::UN;
   }
 
   bool sourceImplicit_;
   bool writesTypes_;
-  bool bigEndianNumbers_;
   std::vector<Level> pending_;
 };
 
@@ -238,16 +229,14 @@ class LossSearch final : public ObjectVisitor {
 
 }  // namespace
 
-bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers) {
+bool HasPixelsOfDoubtfulOrder(const DICOMObject& object) {
   const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
   const VR* bits = object.GetVR(0x0028, 0x0100);
   if (pixels == nullptr || pixels->Items != nullptr || bits == nullptr || bits->Data == nullptr ||
       bits->Length != 2) {
     return false;
   }
-  const std::uint16_t allocated =
-      bigEndianNumbers ? LoadBig16(bits->Data) : LoadLittle16(bits->Data);
-  return allocated > 8 * NumberWidth(pixels->TypeCode);
+  return LoadLittle16(bits->Data) > 8 * NumberWidth(pixels->TypeCode);
 }
 
 std::string WhyNotToHold(const SourceFile& source, Target target, const RTC& dictionary) {
@@ -283,7 +272,7 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& d
     return "its pixel data is compressed and cannot be made native; without --syntax it is kept as "
            "it is";
   }
-  if (source.bigEndian && HasPixelsOfDoubtfulOrder(object, true)) {
+  if (source.bigEndian && HasPixelsOfDoubtfulOrder(object)) {
     return "the order of the bytes in its pixel data is not certain, since programs write big "
            "endian pixels of "
            "this size in two ways";
@@ -305,13 +294,12 @@ std::string TargetSyntax(const SourceFile& source, Target target) {
 }
 
 void PrepareElements(SourceFile& source, std::string_view syntax) {
-  Preparation(source, syntax, false).Of(*source.object);
+  Preparation(source, syntax).Of(*source.object);
 }
 
 void PrepareToEncode(SourceFile& source, Target target) {
   const std::string syntax = TargetSyntax(source, target);
-  if (source.bigEndian && syntax != kExplicitBigUid) SwapNumbers(*source.object);
-  Preparation(source, syntax, syntax == kExplicitBigUid).Of(*source.object);
+  PrepareElements(source, syntax);
   SetSyntax(*source.object, syntax);
 }
 

@@ -16,8 +16,7 @@ enum class Target {
 
 /// True for native pixel data of a big endian file whose pixels are wider than the numbers that its type has by the standard: OW
 /// swaps 16 bits and OB none, but many programs swap whole pixels. Nothing in the file tells which was meant.
-/// `bigEndianNumbers` tells whether the numbers of `object` still are in the order of the file.
-bool HasPixelsOfDoubtfulOrder(const DICOMObject& object, bool bigEndianNumbers);
+bool HasPixelsOfDoubtfulOrder(const DICOMObject& object);
 
 /// Why `source` cannot be written as `target` without losing or bending something; empty when it can.
 std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary);
@@ -26,18 +25,17 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& d
 std::string WhyNotToHold(const SourceFile& source, Target target, const RTC& dictionary);
 
 /// Sets the types in `source` that it has when its elements are written one by one in `syntax`, and leaves out group lengths outside
-/// the meta header. Requires: its numbers are those of the host. Throws std::bad_alloc.
+/// the meta header. Throws std::bad_alloc.
 void PrepareElements(SourceFile& source, std::string_view syntax);
 
 /// The transfer syntax UID of what will be written. Requires: WhyNotToEncode is empty.
 std::string TargetSyntax(const SourceFile& source, Target target);
 
-/// Makes the object of `source` ready to be saved with its meta header in TargetSyntax, by a coder without a dictionary:
-///  - the numbers of a big endian source are turned round when the target is little endian;
+/// Makes the object of `source` ready to be saved with its meta header in TargetSyntax, and with the types that it then has:
 ///  - (0002,0010) names the target; group lengths outside the meta header go, since they no longer fit;
 ///  - where types are written, values have the types that their surroundings give them, and those that the 16-bit length of
 ///    their type cannot hold become UN, which has 32 bits for it (DICOM PS3.5, 6.2.2).
-/// Requires: the source was loaded without turning numbers round. Throws std::bad_alloc.
+/// Throws std::bad_alloc.
 void PrepareToEncode(SourceFile& source, Target target);
 
 }  // namespace tessaret::tool

@@ -326,7 +326,7 @@ class Loader {
     if (!doubt.empty()) source_.failure = doubt;
     for (std::string& warning : Warnings(source_.reading))
       source_.warnings.push_back(std::move(warning));
-    if (source_.bigEndian && options_.hostOrder) SwapNumbers(*source_.object);
+    if (source_.bigEndian) SwapNumbers(*source_.object);
   }
 
   std::string path_;

@@ -15,12 +15,11 @@ namespace tessaret::tool {
 
 struct SourceOptions {
   bool loadPixels = true;
-  bool strict = false;    // refuse a file without the "DICM" mark
-  bool hostOrder = true;  // turn the numbers of a big endian file round
+  bool strict = false;  // refuse a file without the "DICM" mark
 };
 
 struct SourceFile {
-  /// Null when nothing of the file could be read; then `failure` says why.
+  /// Its numbers are those of the host. Null when nothing of the file could be read; then `failure` says why.
   std::unique_ptr<DICOMDataObject> object;
   /// Why the file could not be read to its end; empty when it could.
   std::string failure;

@@ -4,6 +4,7 @@
 #include "file_walk.h"
 #include "interrupt.h"
 #include "json_writer.h"
+#include "opened_object.h"
 #include "output_file.h"
 #include "platform/file_calls.h"
 #include "reencode.h"
@@ -35,9 +36,7 @@ class Conversion {
     // What cannot be written need not be read.
     if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
       return OutputFailed(why);
-    SourceOptions how;
-    how.hostOrder = false;
-    SourceFile source = LoadSource(options_.input, how, host_.Tags());
+    SourceFile source = LoadSource(options_.input, SourceOptions(), host_.Tags());
     StopIfInterrupted();
     const std::string subject = SubjectOf(options_.input);
     host_.messages.Detail(subject, DescribeEncoding(source));
@@ -61,8 +60,9 @@ class Conversion {
     const std::string from = source.syntax;
     const std::string to = TargetSyntax(source, options_.WantedTarget());
     PrepareToEncode(source, options_.WantedTarget());
-    const std::int32_t mode = options_.noPreamble ? kSaveBare : kSaveComplete;
-    const std::string why = SaveObject(options_.output, mode, options_.force, *source.object);
+    const _EnumSaveForm form = options_.noPreamble ? SAVE_BARE : SAVE_COMPLETE;
+    const Ref<IDCMObject> object = TakeObject(source);
+    const std::string why = SaveObject(options_.output, form, options_.force, *object);
     StopIfInterrupted();
     if (!why.empty()) return OutputFailed(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to));

@@ -1,16 +1,15 @@
 // tessaret dictionary: tells what the dictionaries know, and compiles the data dictionary.
-#include <algorithm>
+#include <optional>
 
 #include "base/text.h"
+#include "class_object.h"
 #include "core/element_text.h"
-#include "core/rtc_binary.h"
 #include "escape.h"
 #include "json_writer.h"
 #include "output_file.h"
-#include "platform/file_calls.h"
-#include "platform/whole_file.h"
 #include "tag_text.h"
 #include "verbs.h"
+#include "vr_traits.h"
 
 namespace tessaret::tool {
 namespace {
@@ -52,9 +51,9 @@ class Search {
   /// True when something was found.
   [[nodiscard]] bool For(const std::string& query) {
     if (const auto tag = ParseTag(query)) {
-      if (const _RTCElement* entry = host_.Tags().Find(*tag); entry != nullptr) Show(*entry);
+      ForTag(*tag);
     } else if (IsUid(query)) {
-      if (const UIDEntry* entry = host_.Uids().FindEntry(query); entry != nullptr) Show(*entry);
+      ForUid(query);
     } else {
       ForText(query);
     }
@@ -63,6 +62,42 @@ class Search {
   }
 
  private:
+  struct Element {
+    TagKey tag = 0;
+    std::string letters;
+    std::string name;
+  };
+  struct Uid {
+    std::string uid;
+    std::string type;
+    std::string name;
+    std::string modality;
+    bool isImage = false;
+  };
+
+  void ForTag(TagKey tag) {
+    String letters;
+    String name;
+    VariantBool found;
+    Require(dictionary_->GetVRDescription(GroupOf(tag), ElementOf(tag), &letters, &name, &found));
+    if (found.IsTrue()) Show(Element{tag, letters.Narrow(), name.Narrow()});
+  }
+
+  void ForUid(const std::string& uid) {
+    if (const auto entry = Denoted(uid)) Show(*entry);
+  }
+
+  [[nodiscard]] std::optional<Uid> Denoted(const std::string& uid) const {
+    String name;
+    String type;
+    String modality;
+    VariantBool isImage;
+    VariantBool found;
+    Require(dictionary_->GetUIDDescription(uid, &name, &type, &modality, &isImage, &found));
+    if (!found.IsTrue()) return std::nullopt;
+    return Uid{uid, type.Narrow(), name.Narrow(), modality.Narrow(), isImage.IsTrue()};
+  }
+
   void ForText(const std::string& query) {
     const std::string wanted = Folded(query, false);
     if (wanted.empty()) return;
@@ -70,77 +105,91 @@ class Search {
       return Folded(text, false).find(wanted) != std::string::npos ||
              Folded(text, true).find(wanted) != std::string::npos;
     };
-    if (const auto& table = host_.Tags().Table; table != nullptr) {
-      for (std::uint32_t at = 0; at < table->Count; ++at) {
-        const _RTCElement& entry = table->Elements[at];
-        if (entry.Description != nullptr && matches(entry.Description)) Show(entry);
-      }
+    for (std::int32_t at = 0; const auto element = ElementAt(at); ++at) {
+      if (matches(element->name)) Show(*element);
     }
-    for (const auto& [uid, entry] : host_.Uids().Entries) {
-      if (matches(entry.Description)) Show(entry);
+    String uid;
+    VariantBool found;
+    for (std::int32_t at = 0;; ++at) {
+      Require(file_->GetUIDAt(at, &uid, &found));
+      if (!found.IsTrue()) return;
+      if (const auto entry = Denoted(uid.Narrow()); entry && matches(entry->name)) Show(*entry);
     }
   }
 
-  void Show(const _RTCElement& entry) {
+  [[nodiscard]] std::optional<Element> ElementAt(std::int32_t index) const {
+    std::int32_t group = 0;
+    std::int32_t element = 0;
+    String letters;
+    String name;
+    VariantBool found;
+    Require(file_->GetElementAt(index, &group, &element, &letters, &name, &found));
+    if (!found.IsTrue()) return std::nullopt;
+    const TagKey tag =
+        MakeTagKey(static_cast<std::uint16_t>(group), static_cast<std::uint16_t>(element));
+    return Element{tag, letters.Narrow(), name.Narrow()};
+  }
+
+  void Show(const Element& entry) {
     ++found_;
-    const char* name = entry.Description == nullptr ? "" : entry.Description;
+    const std::uint16_t group = GroupOf(entry.tag);
+    const std::uint16_t element = ElementOf(entry.tag);
+    const std::string letters = TypeLetters(TypeCodeOf(entry.letters));
     if (host_.options.json) {
       JsonWriter json(host_.output);
-      json.BeginObject().Member("tag", Format("%04X%04X", entry.Group, entry.Element));
-      json.Member("vr", TypeLetters(entry.TypeCode)).Member("name", name).EndObject().EndLine();
+      json.BeginObject().Member("tag", Format("%04X%04X", group, element));
+      json.Member("vr", letters).Member("name", entry.name).EndObject().EndLine();
       return;
     }
-    host_.output.Line(TagText(entry.Group, entry.Element) + ' ' +
-                      Escaped(TypeLetters(entry.TypeCode)) + ' ' + Escaped(name));
+    host_.output.Line(TagText(group, element) + ' ' + Escaped(letters) + ' ' + Escaped(entry.name));
   }
 
-  void Show(const UIDEntry& entry) {
+  void Show(const Uid& entry) {
     ++found_;
     if (host_.options.json) {
       JsonWriter json(host_.output);
       json.BeginObject()
-          .Member("uid", entry.UID)
-          .Member("type", entry.Type)
-          .Member("name", entry.Description);
-      json.Member("image", entry.IsImage);
-      if (!entry.Modality.empty()) json.Member("modality", entry.Modality);
+          .Member("uid", entry.uid)
+          .Member("type", entry.type)
+          .Member("name", entry.name);
+      json.Member("image", entry.isImage);
+      if (!entry.modality.empty()) json.Member("modality", entry.modality);
       json.EndObject().EndLine();
       return;
     }
-    std::string line = entry.UID + ' ' + entry.Type + ' ' + entry.Description;
-    if (entry.IsImage) line += ", image";
-    if (!entry.Modality.empty()) line += ", " + entry.Modality;
+    std::string line = entry.uid + ' ' + entry.type + ' ' + entry.name;
+    if (entry.isImage) line += ", image";
+    if (!entry.modality.empty()) line += ", " + entry.modality;
     host_.output.Line(Escaped(line));
   }
 
   Host& host_;
+  Ref<IDcmDictionary> dictionary_{&host_.Dictionary()};
+  Ref<IDcmDictionaryFile> file_ = dictionary_.As<IDcmDictionaryFile>();
   std::size_t found_ = 0;
 };
 
 ExitCode Compile(const DictionaryOptions& options, Host& host) {
-  const RTC& tags = host.Tags();
-  if (const std::string why = WhyNotToWrite(options.compileTo, options.force); !why.empty()) {
+  const auto file = Ref<IDcmDictionary>(&host.Dictionary()).As<IDcmDictionaryFile>();
+  std::string why = WhyNotToWrite(options.compileTo, options.force);
+  if (why.empty() && Failed(file->SaveFile(options.compileTo, true, !options.force)))
+    why = LastError().text;
+  if (!why.empty()) {
     host.messages.Error(options.compileTo, why);
     return ExitCode::kOutputFailed;
   }
-  const auto bytes = WriteRtcBinary(*tags.Table, tags.KeepDescriptions != 0);
-  // A larger one could not be loaded.
-  const int error = bytes.size() > kLargestDictionaryFile
-                        ? EFBIG
-                        : WriteWholeFile(options.compileTo, bytes.data(), bytes.size(),
-                                         ExistingFor(options.force));
-  if (error != 0) {
-    host.messages.Error(options.compileTo, SystemErrorText(error));
-    return ExitCode::kOutputFailed;
-  }
-  host.messages.Note(options.compileTo,
-                     Format("%u entries, %zu bytes", tags.Table->Count, bytes.size()));
+  std::int32_t entries = 0;
+  Variant bytes;
+  Require(file->get_ElementsCount(&entries));
+  Require(file->GetBytes(true, &bytes));
+  const std::size_t size = bytes.AsArray()->ByteCount();
+  host.messages.Note(options.compileTo, Format("%d entries, %zu bytes", entries, size));
   if (host.options.json) {
     JsonWriter json(host.output);
     json.BeginObject()
         .Member("output", options.compileTo)
-        .Member("entries", std::uint64_t{tags.Table->Count});
-    json.Member("bytes", std::uint64_t{bytes.size()}).EndObject().EndLine();
+        .Member("entries", static_cast<std::uint64_t>(entries));
+    json.Member("bytes", std::uint64_t{size}).EndObject().EndLine();
   }
   return ExitCode::kDone;
 }

@@ -90,16 +90,14 @@ class Series {
  private:
   /// Empty, or why not.
   std::string MakeFile(const std::string& path, int index) {
-    const std::unique_ptr<DICOMObject> object = MakePhantom(kind_, geometry_, index);
-    const VR* instance = object->GetVR(0x0008, 0x0018);
-    const std::string uid(reinterpret_cast<const char*>(instance->Data), instance->Length);
-    std::string why = SaveObject(path, kSaveComplete, options_.force, *object);
+    const Ref<IDCMObject> object = MakePhantom(kind_, geometry_, index);
+    std::string why = SaveObject(path, SAVE_COMPLETE, options_.force, *object);
     StopIfInterrupted();
     if (!why.empty()) return why;
     if (host_.options.json) {
       JsonWriter json(host_.output);
       json.BeginObject().Member("file", path).Member("kind", kind_.name);
-      json.Member("sopInstance", uid.c_str()).EndObject().EndLine();
+      json.Member("sopInstance", PhantomInstance(kind_, geometry_, index)).EndObject().EndLine();
     }
     return {};
   }

@@ -48,7 +48,7 @@ class Transcoding {
     const Target target = to_ == kImplicitLittle ? Target::kImplicit : Target::kExplicit;
     std::string why = WhyNotToHold(source, target, host_.Tags());
     if (!why.empty()) return why;
-    if (source.bigEndian && to_ != kExplicitBig && HasPixelsOfDoubtfulOrder(*source.object, false))
+    if (source.bigEndian && to_ != kExplicitBig && HasPixelsOfDoubtfulOrder(*source.object))
       return "the order of the bytes in its pixel data is not certain, since programs write big "
              "endian pixels of this size in two ways";
     const bool hasPixels =

@@ -9,6 +9,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "core/dicom_object.h"
 #include "core/file_buffer.h"
@@ -95,6 +96,13 @@ class DataSetCoder {
   /// that does not come to the end of the block gives null, also one that ends at pixel data that is not wanted.
   std::unique_ptr<DICOMDataObject> LoadMemory(const void* bytes, std::uint64_t size,
                                               bool loadPixels, bool strict);
+  /// Loads a bare data set in the encoding `code`, as LoadFile loads a file: no preamble, mark or meta header is looked for.
+  std::unique_ptr<DICOMDataObject> LoadBareFile(const char* path, std::int32_t code,
+                                                bool loadPixels, FileBuffer* fileBuffer = nullptr);
+  /// Loads from a block of memory what LoadFile loads from a file: the object as far as it came. With a `code` that is
+  /// not 0 there is a bare data set in that encoding, and `strict` counts for nothing. More than 2^31 - 1 bytes are refused.
+  std::unique_ptr<DICOMDataObject> LoadBlock(const void* bytes, std::uint64_t size, bool loadPixels,
+                                             bool strict, std::int32_t code = 0);
   /// Saves `object`, which is popped empty, so that callers pass a shallow clone. Mode 1: implicit little endian without
   /// preamble; 2: preamble, then implicit little endian without meta header; 3: preamble, meta header, and the data set in
   /// the syntax of (0002,0010). The file comes to its place whole, or what was there stays and the answer is false, with
@@ -108,6 +116,10 @@ class DataSetCoder {
   /// were changed in place, these elements stand where their old tags were, where a clone files them anew; and a descendant's
   /// AddMetaHeader and writers are not called.
   bool SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object);
+
+  /// Appends the bytes of that file to `bytes`. False, with what was written so far, where the object cannot be encoded. Throws
+  /// std::bad_alloc.
+  bool SaveToMemory(std::int32_t mode, const DICOMObject& object, std::vector<std::uint8_t>& bytes);
 
   /// What went wrong, or null. Loads and saves start without words; what the other readers and writers find stays from call
   /// to call.
@@ -147,6 +159,10 @@ class DataSetCoder {
   void StartDataSet() noexcept;
   std::unique_ptr<DICOMDataObject> LoadFrom(FileBuffer& buffer, const char* path, bool loadPixels,
                                             bool strict);
+  std::unique_ptr<DICOMDataObject> LoadBareFrom(FileBuffer& buffer, const char* path,
+                                                std::int32_t code, bool loadPixels);
+  /// Reads `buffer` to its end, also behind stray delimiters, each of which ends a parse. False with words after an error.
+  bool ReadAll(FileBuffer& buffer, DICOMObject& object, std::int32_t code, bool loadPixels);
   /// Puts what `encode(FileBuffer&)` writes at `path`, whole or not at all.
   template <class Encode>
   bool SaveWhole(const char* path, std::int32_t mode, FileBuffer* fileBuffer, Encode encode);

@@ -22,6 +22,8 @@ constexpr std::uint32_t kMarkEnd = 132;
 constexpr std::array<char, 4> kMark = {'D', 'I', 'C', 'M'};
 constexpr std::uint32_t kProbeSize = 6;
 constexpr std::uint32_t kFill = 1024;
+// What a stream over memory can count.
+constexpr std::uint64_t kLargestBlock = std::numeric_limits<std::int32_t>::max();
 // Room for the top level of most images from the start.
 constexpr std::size_t kUsualElements = 128;
 
@@ -62,11 +64,27 @@ bool SaveError(DataSetCoder& coder, int error) {
   return false;
 }
 
-bool SendStart(FileBuffer& buffer) {
+bool SendStart(Buffer& buffer) {
   std::array<std::uint8_t, kMarkEnd> start{};
   std::copy(kMark.begin(), kMark.end(), start.begin() + kPreambleSize);
   return buffer.SendBinary(start.data(), kMarkEnd) != 0;
 }
+
+/// Keeps what is sent.
+class CollectingBuffer final : public Buffer {
+ public:
+  explicit CollectingBuffer(std::vector<std::uint8_t>& bytes) : bytes_(bytes) {
+    directWriteSize_ = static_cast<std::uint32_t>(kDefaultBreakSize);
+  }
+  int SendBinary(const void* data, std::uint32_t count) override {
+    const auto* const from = static_cast<const std::uint8_t*>(data);
+    bytes_.insert(bytes_.end(), from, from + count);
+    return 1;
+  }
+
+ private:
+  std::vector<std::uint8_t>& bytes_;
+};
 
 /// Leaves `buffer` as the next load or save through it needs it: nothing of a failed save waiting, and nothing turned round any
 /// more as in a big endian file.
@@ -86,7 +104,7 @@ bool Encode(DataSetCoder& coder, std::int32_t mode, DICOMObject& object, FileBuf
 }
 
 bool EncodeKeeping(DataSetCoder& coder, std::int32_t mode, const DICOMObject& given,
-                   FileBuffer& buffer) {
+                   Buffer& buffer) {
   // A clone has its elements where their tags belong now. It shares their bytes, and so is to be kept as well.
   std::unique_ptr<DICOMObject> ordered;
   if (!given.Elements.IsInOrder()) {
@@ -163,10 +181,16 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, cons
   }
   FileMode = true;
   object->Elements.Reserve(kUsualElements);
+  if (!ReadAll(buffer, *object, code, loadPixels)) return nullptr;
+  return object;
+}
+
+bool DataSetCoder::ReadAll(FileBuffer& buffer, DICOMObject& object, std::int32_t code,
+                           bool loadPixels) {
   for (;;) {
     const std::uint32_t before = buffer.Position;
     if (FillAhead(buffer) && buffer.HasError()) break;
-    if (!File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) break;
+    if (!File_ParseRawVRIntoDCM(buffer, object, code, loadPixels)) break;
     // At the end of the file bytes may still wait, behind a stray delimiter.
     if (buffer.IsEnd() && buffer.InSize == 0 && !buffer.HasError()) break;
     if (ErrorText() != nullptr) break;
@@ -174,15 +198,78 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, cons
     if (buffer.Position == before) break;
   }
   if (buffer.HasError()) SetError(buffer.ErrorText().c_str());
-  if (ErrorText() != nullptr) return nullptr;
+  return ErrorText() == nullptr;
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBareFile(const char* path, std::int32_t code,
+                                                            bool loadPixels,
+                                                            FileBuffer* fileBuffer) {
+  StartLoad();
+  FileBuffer local;
+  try {
+    return LoadBareFrom(fileBuffer != nullptr ? *fileBuffer : local, path, code, loadPixels);
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    SetError(kParseError);
+    return nullptr;
+  }
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBareFrom(FileBuffer& buffer, const char* path,
+                                                            std::int32_t code, bool loadPixels) {
+  if (!buffer.OpenForRead(path)) {
+    SetError(buffer.ErrorText().c_str());
+    return nullptr;
+  }
+  buffer.Position = 0;
+  FileMode = false;
+  auto object = std::make_unique<DICOMDataObject>();
+  if (!ReadAll(buffer, *object, code, loadPixels)) return nullptr;
   return object;
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBlock(const void* bytes, std::uint64_t size,
+                                                         bool loadPixels, bool strict,
+                                                         std::int32_t code) {
+  StartLoad();
+  if (size > kLargestBlock || (bytes == nullptr && size != 0)) {
+    SetError(kParseError);
+    return nullptr;
+  }
+  // The stream only reads; its block is not const because it may own it elsewhere.
+  auto* block = static_cast<std::uint8_t*>(const_cast<void*>(bytes));
+  const bool hasMark = code == 0 && size >= kMarkEnd && IsMark(block + kPreambleSize);
+  if (strict && code == 0 && !hasMark) {
+    SetError(kNoMark);
+    return nullptr;
+  }
+  try {
+    const std::uint32_t start = hasMark ? kMarkEnd : 0;
+    const auto length = static_cast<std::uint32_t>(size) - start;
+    FileMode = code == 0;
+    if (code == 0) code = GuessCode(block + start, length);
+    auto object = std::make_unique<DICOMDataObject>();
+    MemoryBuffer buffer(block == nullptr ? nullptr : block + start, length, false);
+    buffer.Position = start;
+    std::uint32_t before = 0;
+    do {
+      before = buffer.Position;
+      if (!File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) break;
+    } while (buffer.InSize != 0 && buffer.Position != before && ErrorText() == nullptr);
+    if (ErrorText() == nullptr) return object;
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    SetError(kParseError);
+  }
+  return nullptr;
 }
 
 std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std::uint64_t size,
                                                           bool loadPixels, bool strict) {
   StartLoad();
-  if (size > static_cast<std::uint64_t>(std::numeric_limits<std::int32_t>::max()) ||
-      (bytes == nullptr && size != 0)) {
+  if (size > kLargestBlock || (bytes == nullptr && size != 0)) {
     SetError(kParseError);
     return nullptr;
   }
@@ -266,6 +353,15 @@ bool DataSetCoder::SaveFile(const char* path, std::int32_t mode, DICOMObject& ob
 bool DataSetCoder::SaveKeeping(const char* path, std::int32_t mode, const DICOMObject& object) {
   return SaveWhole(path, mode, nullptr,
                    [&](FileBuffer& buffer) { return EncodeKeeping(*this, mode, object, buffer); });
+}
+
+bool DataSetCoder::SaveToMemory(std::int32_t mode, const DICOMObject& object,
+                                std::vector<std::uint8_t>& bytes) {
+  SetError(nullptr);
+  systemError_ = 0;
+  if (mode < 1 || mode > 3) return false;
+  CollectingBuffer buffer(bytes);
+  return EncodeKeeping(*this, mode, object, buffer) && buffer.Flush();
 }
 
 }  // namespace tessaret

@@ -46,7 +46,13 @@ class Listing {
 
   void Of(const DICOMObject& object, int depth) {
     Enter(&object, depth);
-    while (!levels_.empty()) Step(levels_.back());
+    Walk();
+  }
+
+  void OfElement(const VR& vr, int depth) {
+    Enter(nullptr, depth);
+    levels_.back().elements.push_back(&vr);
+    Walk();
   }
 
  private:
@@ -60,6 +66,10 @@ class Listing {
     const ItemArray::Node* item = nullptr;  // of sequence; null before the first
     int itemNumber = 0;
   };
+
+  void Walk() {
+    while (!levels_.empty()) Step(levels_.back());
+  }
 
   void Enter(const DICOMObject* object, int depth) {
     Level level{.depth = depth, .prefix = {}, .elements = {}};
@@ -77,11 +87,11 @@ class Listing {
     if (level.sequence != nullptr) return StepItem(level);
     if (level.next == level.elements.size()) return levels_.pop_back();
     const VR& vr = *level.elements[level.next++];
-    if (vr.ItemCount() == 0) return ListElement(level, vr);
+    if (vr.ItemCount() == 0) return List(level, vr);
     ListSequence(level, vr);
   }
 
-  void ListElement(const Level& level, const VR& vr) {
+  void List(const Level& level, const VR& vr) {
     const TagWords words = LookUpTag(dictionary_, vr);
     const VrCode type = ShownType(vr, words);
     Line(level,
@@ -132,6 +142,10 @@ class Listing {
 
 void ListObject(const DICOMObject& object, int depth, const RTC* dictionary, const LineSink& sink) {
   Listing(dictionary, sink).Of(object, depth);
+}
+
+void ListElement(const VR& vr, int depth, const RTC* dictionary, const LineSink& sink) {
+  Listing(dictionary, sink).OfElement(vr, depth);
 }
 
 std::string ObjectToText(const DICOMObject& object, int depth, const RTC* dictionary) {

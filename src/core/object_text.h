@@ -27,6 +27,9 @@ using LineSink = std::function<void(std::string_view line)>;
 /// object. Throws what `sink` throws, and std::bad_alloc.
 void ListObject(const DICOMObject& object, int depth, const RTC* dictionary, const LineSink& sink);
 
+/// The lines of one element with all that is in it.
+void ListElement(const VR& vr, int depth, const RTC* dictionary, const LineSink& sink);
+
 /// The value alone: text cut to 126 characters and trimmed (a TM without ":" and ".", a DA without "."), the first of several
 /// numbers, up to 16 bytes in hexadecimal for other types, "(EMPTY)" for no value.
 std::string VRValueToText(const VR& vr);

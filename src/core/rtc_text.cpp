@@ -261,6 +261,37 @@ class TextParser {
   char ended_ = '\0';  // what ended the token
 };
 
+/// Whether both letters of a type come back as they are.
+bool CanStandAsText(VrCode type) {
+  const auto can = [](char letter) {
+    return letter > ' ' && letter <= '~' && !IsSeparator(letter);
+  };
+  return can(FirstLetter(type)) && can(SecondLetter(type));
+}
+
+/// With a backslash before each character that would end it, or be skipped at its start.
+std::string QuotedName(std::string_view name) {
+  std::string quoted;
+  for (const char c : name) {
+    const bool isSkipped = quoted.empty() && IsSeparator(c);
+    if (isSkipped || c == '"' || c == '\\') quoted += '\\';
+    quoted += c == '\n' ? ' ' : c;
+  }
+  return quoted;
+}
+
+std::string NamedLine(const _RTCElement& entry) {
+  return Format("{0x%04X 0x%04X %c%c \"", entry.Group, entry.Element, FirstLetter(entry.TypeCode),
+                SecondLetter(entry.TypeCode)) +
+         QuotedName(entry.Description) + "\"}\n";
+}
+
+/// The form in braces has no way to say that there is no name.
+std::string NamelessLine(const _RTCElement& entry) {
+  return Format("(%04X,%04X) VR=\"%c%c\"\n", entry.Group, entry.Element,
+                FirstLetter(entry.TypeCode), SecondLetter(entry.TypeCode));
+}
+
 }  // namespace
 
 bool ParseRtcText(std::string_view text, bool keepDescriptions, RtcDraft& draft,
@@ -276,6 +307,20 @@ bool ParseRtcText(std::string_view text, bool keepDescriptions, RtcDraft& draft,
   if (parser.Run()) return true;
   error = parser.Error();
   return false;
+}
+
+std::string WriteRtcText(const RtcTable& table, std::string& error) {
+  std::string text = "# Elements of the data dictionary\n";
+  for (std::uint32_t at = 0; at < table.Count; ++at) {
+    const _RTCElement& entry = table.Elements[at];
+    if (!CanStandAsText(entry.TypeCode)) {
+      error = Format("Type of (%4.4X,%4.4X) cannot be written as text", entry.Group, entry.Element);
+      return {};
+    }
+    const bool hasName = entry.Description != nullptr && *entry.Description != '\0';
+    text += hasName ? NamedLine(entry) : NamelessLine(entry);
+  }
+  return text;
 }
 
 }  // namespace tessaret

@@ -13,6 +13,7 @@
 #include <string_view>
 
 #include "core/rtc_draft.h"
+#include "core/rtc_table.h"
 #include "core/tag.h"
 
 namespace tessaret {
@@ -27,5 +28,10 @@ inline constexpr TagKey kDeadTag = MakeTagKey(0xFFFF, 0xFFFF);
 /// line and the reason in `error`, for a text that breaks the grammar or was cut off; `draft` is then of no use.
 bool ParseRtcText(std::string_view text, bool keepDescriptions, RtcDraft& draft,
                   std::string& error);
+
+/// The lines of such a file for `table`, in their order, behind one that is no entry; a line end in a description
+/// becomes a blank. Empty, with the reason in `error`, for a type whose letters the form cannot hold. Throws
+/// std::bad_alloc.
+std::string WriteRtcText(const RtcTable& table, std::string& error);
 
 }  // namespace tessaret

@@ -23,9 +23,13 @@ bool AreThere(const T*... places) {
 
 }  // namespace
 
+const RTC& CDcmDictionary::Elements() const {
+  return own_ ? *own_ : static_cast<const RTC&>(ModuleDictionary());
+}
+
 Status CDcmDictionary::get_NumEntries(std::int16_t* pVal) {
   if (pVal == nullptr) return kPointer;
-  *pVal = NumEntries(ModuleDictionary());
+  *pVal = NumEntries(Elements());
   return kOk;
 }
 
@@ -34,7 +38,7 @@ Status CDcmDictionary::GetEntry(std::int16_t Idx, std::int32_t* Group, std::int3
   if (!AreThere(Group, Element, Found)) return kPointer;
   std::uint16_t group = 0;
   std::uint16_t element = 0;
-  *Found = tessaret::GetEntry(ModuleDictionary(), Idx, group, element);
+  *Found = tessaret::GetEntry(Elements(), Idx, group, element);
   if (Found->IsTrue()) {
     *Group = group;
     *Element = element;
@@ -49,7 +53,7 @@ Status CDcmDictionary::GetVRDescription(std::int32_t Group, std::int32_t Element
     std::string letters;
     std::string text;
     const bool isKnown =
-        tessaret::GetVRDescription(ModuleDictionary(), static_cast<std::uint16_t>(Group),
+        tessaret::GetVRDescription(Elements(), static_cast<std::uint16_t>(Group),
                                    static_cast<std::uint16_t>(Element), letters, text);
     if (isKnown) {
       // All of it or, without memory, nothing.

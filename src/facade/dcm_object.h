@@ -13,6 +13,8 @@
 #include "component/component_object.h"
 #include "component/event_source.h"
 #include "core/object_watch.h"
+#include "facade/reading_notes.h"
+#include "tessaret/idcm_file.hpp"
 #include "tessaret/idcm_object.hpp"
 #include "tessaret/idcm_object_manager.hpp"
 
@@ -20,7 +22,7 @@ namespace tessaret {
 
 class CDCMObject final
     : public ComponentObject<CallableByName<IDCMObject>, EventSource<_IDCMObjectEvents>,
-                             CallableByName<IDcmObjectManager>> {
+                             CallableByName<IDcmObjectManager>, CallableByName<IDcmFile>> {
  public:
   /// With a new, empty data set, which it owns. Throws std::bad_alloc.
   explicit CDCMObject(IObject* outer);
@@ -75,6 +77,36 @@ class CDCMObject final
   Status GetVR(std::int32_t Group, std::int32_t Element, _VR_RECORD_TYPE* VR) override;
   Status PutVR(_VR_RECORD_TYPE* VrRec) override;
 
+  Status LoadFile(const String& FileName, std::int32_t Options,
+                  _EnumDataEncoding Encoding) override;
+  Status LoadDescriptor(std::int32_t Descriptor, std::int32_t Options,
+                        _EnumDataEncoding Encoding) override;
+  Status LoadBytes(const Variant& Bytes, std::int32_t Options, _EnumDataEncoding Encoding) override;
+  Status get_ReadEncoding(_EnumDataEncoding* pVal) override;
+  Status get_HasMark(VariantBool* pVal) override;
+  Status get_BytesRead(double* pVal) override;
+  Status get_NamedSyntax(String* pVal) override;
+  Status GetFirstTag(std::int32_t* Group, std::int32_t* Element, VariantBool* Found) override;
+  Status GetMetaLength(double* Stated, double* Counted, VariantBool* Found) override;
+  Status GetEnd(double* Offset, std::int32_t* Group, std::int32_t* Element,
+                _EnumReadingEnd* End) override;
+  Status get_SystemError(String* pVal) override;
+  Status get_OdditiesCount(std::int32_t* pVal) override;
+  Status GetOddity(std::int32_t Idx, double* Offset, std::int32_t* Group, std::int32_t* Element,
+                   _EnumReadingOddity* Kind) override;
+  Status SaveFile(const String& FileName, _EnumSaveForm Form, std::int32_t Options) override;
+  Status SaveBytes(_EnumSaveForm Form, std::int32_t Options, Variant* Bytes) override;
+  Status GetElement(std::int32_t Group, std::int32_t Element, String* TypeCode, double* Length,
+                    double* Offset, VariantBool* HasValue, std::int32_t* ItemsCount,
+                    VariantBool* Found) override;
+  Status GetBytes(std::int32_t Group, std::int32_t Element, double Offset, std::int32_t Count,
+                  Variant* Bytes) override;
+  Status SetType(std::int32_t Group, std::int32_t Element, const String& TypeCode,
+                 VariantBool* Found) override;
+  Status get_HasPixelsOfDoubtfulOrder(VariantBool* pVal) override;
+  Status get_Text(String* pVal) override;
+  Status GetElementText(std::int32_t Group, std::int32_t Element, String* Text) override;
+
  private:
   struct Showing {
     DICOMObject* object;
@@ -102,6 +134,13 @@ class CDCMObject final
   /// Makes `bytes` the value of `vr`, or of a new element, which then has the type `type`.
   Status PutBytes(VR* vr, TagKey tag, VrCode type, std::string_view bytes);
   Status LoadFrom(const std::string& path, bool loadPixels);
+  /// Loads what `read(coder)` gives, by a coder that says what it met, and notes that. Empty, or why nothing was
+  /// loaded. Throws std::bad_alloc.
+  template <class Read>
+  std::string LoadNoting(Read read);
+  /// The same through `buffer`.
+  std::string LoadThrough(FileBuffer& buffer, const std::string& path, bool loadPixels, bool strict,
+                          std::int32_t code);
   /// Adds an element for items. Throws std::bad_alloc.
   VR& AddSequence(TagKey tag);
   /// Takes the data set of `source`, which has to be `expected`, over as an item.
@@ -112,7 +151,8 @@ class CDCMObject final
   ObjectWatch Object;
   VR* CurrentVR = nullptr;  // what Find found last, while the data set is of this revision
   std::uint64_t currentRevision_ = 0;
-  Ref<IDCMObject> Parent;  // what shows the data set in which this one is an item
+  std::unique_ptr<ReadingNotes> notes_;  // of the last load; null before the first
+  Ref<IDCMObject> Parent;                // what shows the data set in which this one is an item
 };
 
 }  // namespace tessaret

@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "core/tag.h"
 #include "core/type_code.h"
 #include "facade/class_ids.h"
 #include "facade/guard.h"
+#include "tessaret/idcm_file.hpp"
 #include "tessaret/idcm_object.hpp"
 
 namespace tessaret::dcm_object {
@@ -30,6 +32,19 @@ inline Status FailWith(const char* words) {
 inline Status FailWith(std::int32_t stringId) {
   return Report(class_id::kDCMObject, stringId, IDCMObject::kId);
 }
+
+/// The same for the members of IDcmFile.
+template <class Work>
+Status AnswerOfFile(Work work) {
+  return Guarded<IDcmFile>(class_id::kDCMObject, work);
+}
+
+inline Status FailOfFile(const char* words) {
+  return Report(class_id::kDCMObject, words, IDcmFile::kId);
+}
+
+/// A path with a NUL in it would be cut there, and name another file.
+inline bool IsPath(const std::string& path) { return path.find('\0') == std::string::npos; }
 
 /// The tag of the low 16 bits of both.
 constexpr TagKey KeyOf(std::int32_t group, std::int32_t element) {

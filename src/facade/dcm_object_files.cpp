@@ -1,7 +1,8 @@
-// Files, and the transfer syntax of pixel data.
+// Saving, and the transfer syntax of pixel data.
 #include <cerrno>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "core/comp_engine.h"
 #include "core/data_set_coder.h"
@@ -34,11 +35,29 @@ bool IsForBigEndian(const DICOMObject& object) {
   return code && IsBigEndian(*code);
 }
 
-bool SaveTurned(DataSetCoder& coder, const char* path, const DICOMObject& object) {
-  const std::unique_ptr<DICOMObject> turned(object.Clone(true));
+/// A copy with the numbers in the other order.
+std::unique_ptr<DICOMObject> Turned(const DICOMObject& object, const RTC* dictionary) {
+  std::unique_ptr<DICOMObject> turned(object.Clone(true));
   if (!turned) throw std::bad_alloc();
-  TurnForBigEndian(*turned, coder.Dictionary);
-  return coder.SaveFile(path, 3, *turned);
+  TurnForBigEndian(*turned, dictionary);
+  return turned;
+}
+
+bool SaveTo(const char* path, std::int32_t mode, DataSetCoder& coder, const DICOMObject& object) {
+  if (mode != SAVE_COMPLETE || !IsForBigEndian(object))
+    return coder.SaveKeeping(path, mode, object);
+  return coder.SaveFile(path, mode, *Turned(object, coder.Dictionary));
+}
+
+constexpr std::int32_t kSaveOptions = SAVE_KEEPS_FILES | SAVE_KEEPS_TYPES;
+
+bool AreSaveArguments(_EnumSaveForm form, std::int32_t options) {
+  return form >= SAVE_BARE && form <= SAVE_COMPLETE && (options & ~kSaveOptions) == 0;
+}
+
+/// Without a dictionary no types are looked up.
+const RTC* DictionaryFor(std::int32_t options) {
+  return (options & SAVE_KEEPS_TYPES) != 0 ? nullptr : &ModuleDictionary();
 }
 
 /// Has the engine compress `object`. The numbers are little endian here, whatever the name says; the engine goes by the name.
@@ -59,11 +78,6 @@ bool CompressTo(const std::string& syntax, DICOMObject& object, DcmCompEngine& e
   return isDone;
 }
 
-/// A path with a NUL in it would be cut there, and name another file.
-bool IsPath(const std::string& path) { return path.find('\0') == std::string::npos; }
-
-Status FailWithoutPath() { return FailWith(SystemErrorText(EINVAL).c_str()); }
-
 /// Why the last save failed; a place that cannot be opened has no words of the coder.
 std::string WhyNotSaved(const DataSetCoder& coder) {
   if (coder.ErrorText() != nullptr) return coder.ErrorText();
@@ -78,37 +92,44 @@ Status CDCMObject::Save(const String& FileName) {
     const DICOMObject* const object = Object.Get();
     if (object == nullptr) return FailWith(kNothingToGetFrom);
     const std::string path = FileName.Utf8();
-    if (!IsPath(path)) return FailWithoutPath();
+    if (!IsPath(path)) return FailWith(SystemErrorText(EINVAL).c_str());
     DataSetCoder coder(&ModuleDictionary());
-    const bool saved = IsForBigEndian(*object) ? SaveTurned(coder, path.c_str(), *object)
-                                               : coder.SaveKeeping(path.c_str(), 3, *object);
+    const bool saved = SaveTo(path.c_str(), SAVE_COMPLETE, coder, *object);
     return saved ? kOk : FailWith(WhyNotSaved(coder).c_str());
   });
 }
 
-Status CDCMObject::Load(const String& FileName, VariantBool LoadPixels) {
-  LetGo();
-  try {
-    return LoadFrom(FileName.Utf8(), LoadPixels.IsTrue());
-  } catch (const abi::__forced_unwind&) {
-    throw;
-  } catch (...) {
-    return FailWith("Not a DICOM FILE");
-  }
+Status CDCMObject::SaveFile(const String& FileName, _EnumSaveForm Form, std::int32_t Options) {
+  if (Form == _EnumSaveForm{}) Form = SAVE_COMPLETE;
+  if (!AreSaveArguments(Form, Options)) return kInvalidArgument;
+  return AnswerOfFile([&] {
+    const DICOMObject* const object = Object.Get();
+    if (object == nullptr) return FailOfFile(kNothingToGetFrom);
+    const std::string path = FileName.Utf8();
+    if (!IsPath(path)) return FailOfFile(SystemErrorText(EINVAL).c_str());
+    DataSetCoder coder(DictionaryFor(Options));
+    coder.ReplacesFiles = (Options & SAVE_KEEPS_FILES) == 0;
+    return SaveTo(path.c_str(), Form, coder, *object) ? kOk
+                                                      : FailOfFile(WhyNotSaved(coder).c_str());
+  });
 }
 
-Status CDCMObject::LoadFrom(const std::string& path, bool loadPixels) {
-  if (!IsPath(path)) return FailWithoutPath();
-  DataSetCoder coder(&ModuleDictionary());
-  std::unique_ptr<DICOMObject> loaded = coder.LoadFile(path.c_str(), loadPixels, false);
-  if (!loaded) return FailWith(coder.ErrorText());
-  if (IsBigEndian(coder.LastCode())) SwapNumbers(*loaded);
-  Replace(std::move(loaded));
-  if (!loadPixels) return kOk;
-  DcmCompEngine engine;
-  return engine.Decompress(Object.Get(), nullptr, nullptr)
-             ? kOk
-             : FailWith("Unsupported Encapsulated Transfer Syntax");
+Status CDCMObject::SaveBytes(_EnumSaveForm Form, std::int32_t Options, Variant* Bytes) {
+  if (Bytes == nullptr) return kPointer;
+  if (Form == _EnumSaveForm{}) Form = SAVE_COMPLETE;
+  if (!AreSaveArguments(Form, Options)) return kInvalidArgument;
+  return AnswerOfFile([&] {
+    const DICOMObject* const object = Object.Get();
+    if (object == nullptr) return FailOfFile(kNothingToGetFrom);
+    DataSetCoder coder(DictionaryFor(Options));
+    std::unique_ptr<DICOMObject> turned;
+    if (Form == SAVE_COMPLETE && IsForBigEndian(*object)) turned = Turned(*object, coder.Dictionary);
+    std::vector<std::uint8_t> bytes;
+    if (!coder.SaveToMemory(Form, turned ? *turned : *object, bytes))
+      return FailOfFile(WhyNotSaved(coder).c_str());
+    *Bytes = VariantArray::OfBytes(bytes);
+    return kOk;
+  });
 }
 
 Status CDCMObject::Translate(const String& trSyntax, VariantBool* Done) {

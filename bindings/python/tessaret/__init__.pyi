@@ -103,6 +103,20 @@ DICOMDIR_STUDY: Final = _EnumDICOMDIRLevel.DICOMDIR_STUDY
 DICOMDIR_SERIES: Final = _EnumDICOMDIRLevel.DICOMDIR_SERIES
 DICOMDIR_OBJECT: Final = _EnumDICOMDIRLevel.DICOMDIR_OBJECT
 
+class _EnumDataEncoding(IntEnum):
+    """How the elements of a data set are written (DICOM PS3.5, annex A). Compressed transfer syntaxes write them as
+    explicit little endian does.
+    """
+    ENCODING_NONE = 0
+    ENCODING_IMPLICIT_LITTLE = 100
+    ENCODING_EXPLICIT_LITTLE = 101
+    ENCODING_EXPLICIT_BIG = 102
+
+ENCODING_NONE: Final = _EnumDataEncoding.ENCODING_NONE
+ENCODING_IMPLICIT_LITTLE: Final = _EnumDataEncoding.ENCODING_IMPLICIT_LITTLE
+ENCODING_EXPLICIT_LITTLE: Final = _EnumDataEncoding.ENCODING_EXPLICIT_LITTLE
+ENCODING_EXPLICIT_BIG: Final = _EnumDataEncoding.ENCODING_EXPLICIT_BIG
+
 class _EnumImageType(IntEnum):
     """How the samples of an image are stored. Colour images have three bytes a pixel in the order in which they were put."""
     IMAGE_GRAY8 = 0
@@ -143,6 +157,14 @@ INTERSECT_NONE: Final = _EnumIntersectionType.INTERSECT_NONE
 INTERSECT_PARALLEL: Final = _EnumIntersectionType.INTERSECT_PARALLEL
 INTERSECT_SEGMENT: Final = _EnumIntersectionType.INTERSECT_SEGMENT
 
+class _EnumLoadOption(IntEnum):
+    """What a load may be told. The numbers are added up."""
+    LOAD_PIXELS = 1
+    LOAD_STRICT = 2
+
+LOAD_PIXELS: Final = _EnumLoadOption.LOAD_PIXELS
+LOAD_STRICT: Final = _EnumLoadOption.LOAD_STRICT
+
 class _EnumMergeType(IntEnum):
     """How an image is merged onto another one."""
     MERGE_TRANSPARENCY = 0
@@ -176,6 +198,76 @@ OBLIQUE_ORTHO_AXIAL: Final = _EnumObliqueViewMode.OBLIQUE_ORTHO_AXIAL
 OBLIQUE_ORTHO_SAGGITAL: Final = _EnumObliqueViewMode.OBLIQUE_ORTHO_SAGGITAL
 OBLIQUE_ORTHO_CORONAL: Final = _EnumObliqueViewMode.OBLIQUE_ORTHO_CORONAL
 OBLIQUE_FREE: Final = _EnumObliqueViewMode.OBLIQUE_FREE
+
+class _EnumReadingEnd(IntEnum):
+    """Why a reader stopped."""
+    READ_TO_THE_END = 0
+    READ_CUT_ELEMENT = 1
+    READ_NO_DELIMITER = 2
+    READ_STRAY_TAG = 3
+    READ_UNKNOWN_SYNTAX = 4
+    READ_TO_PIXELS = 5
+    READ_ORPHAN_ITEM = 6
+    READ_TOO_DEEP = 7
+    READ_TOO_LONG = 8
+
+READ_TO_THE_END: Final = _EnumReadingEnd.READ_TO_THE_END
+READ_CUT_ELEMENT: Final = _EnumReadingEnd.READ_CUT_ELEMENT
+READ_NO_DELIMITER: Final = _EnumReadingEnd.READ_NO_DELIMITER
+READ_STRAY_TAG: Final = _EnumReadingEnd.READ_STRAY_TAG
+READ_UNKNOWN_SYNTAX: Final = _EnumReadingEnd.READ_UNKNOWN_SYNTAX
+READ_TO_PIXELS: Final = _EnumReadingEnd.READ_TO_PIXELS
+READ_ORPHAN_ITEM: Final = _EnumReadingEnd.READ_ORPHAN_ITEM
+READ_TOO_DEEP: Final = _EnumReadingEnd.READ_TOO_DEEP
+READ_TOO_LONG: Final = _EnumReadingEnd.READ_TOO_LONG
+
+class _EnumReadingOddity(IntEnum):
+    """What a reader takes without complaint although hardly anybody can have meant it."""
+    ODDITY_NONE = 0
+    ODDITY_VALUE_BEYOND_ITEM = 1
+    ODDITY_WRONG_LENGTH = 2
+    ODDITY_ELEMENT_IN_SEQUENCE = 3
+    ODDITY_ITEM_OUTSIDE = 4
+    ODDITY_STRAY_FRAGMENT = 5
+    ODDITY_NOT_A_SEQUENCE = 6
+    ODDITY_NO_DELIMITER = 7
+    ODDITY_STRAY_DELIMITER = 8
+    ODDITY_WRONG_DELIMITER = 9
+    ODDITY_LATE_SYNTAX = 10
+    ODDITY_NO_LETTERS = 11
+    ODDITY_TWICE = 12
+
+ODDITY_NONE: Final = _EnumReadingOddity.ODDITY_NONE
+ODDITY_VALUE_BEYOND_ITEM: Final = _EnumReadingOddity.ODDITY_VALUE_BEYOND_ITEM
+ODDITY_WRONG_LENGTH: Final = _EnumReadingOddity.ODDITY_WRONG_LENGTH
+ODDITY_ELEMENT_IN_SEQUENCE: Final = _EnumReadingOddity.ODDITY_ELEMENT_IN_SEQUENCE
+ODDITY_ITEM_OUTSIDE: Final = _EnumReadingOddity.ODDITY_ITEM_OUTSIDE
+ODDITY_STRAY_FRAGMENT: Final = _EnumReadingOddity.ODDITY_STRAY_FRAGMENT
+ODDITY_NOT_A_SEQUENCE: Final = _EnumReadingOddity.ODDITY_NOT_A_SEQUENCE
+ODDITY_NO_DELIMITER: Final = _EnumReadingOddity.ODDITY_NO_DELIMITER
+ODDITY_STRAY_DELIMITER: Final = _EnumReadingOddity.ODDITY_STRAY_DELIMITER
+ODDITY_WRONG_DELIMITER: Final = _EnumReadingOddity.ODDITY_WRONG_DELIMITER
+ODDITY_LATE_SYNTAX: Final = _EnumReadingOddity.ODDITY_LATE_SYNTAX
+ODDITY_NO_LETTERS: Final = _EnumReadingOddity.ODDITY_NO_LETTERS
+ODDITY_TWICE: Final = _EnumReadingOddity.ODDITY_TWICE
+
+class _EnumSaveForm(IntEnum):
+    """What a save writes."""
+    SAVE_BARE = 1
+    SAVE_WITHOUT_META_HEADER = 2
+    SAVE_COMPLETE = 3
+
+SAVE_BARE: Final = _EnumSaveForm.SAVE_BARE
+SAVE_WITHOUT_META_HEADER: Final = _EnumSaveForm.SAVE_WITHOUT_META_HEADER
+SAVE_COMPLETE: Final = _EnumSaveForm.SAVE_COMPLETE
+
+class _EnumSaveOption(IntEnum):
+    """What a save may be told. The numbers are added up."""
+    SAVE_KEEPS_FILES = 1
+    SAVE_KEEPS_TYPES = 2
+
+SAVE_KEEPS_FILES: Final = _EnumSaveOption.SAVE_KEEPS_FILES
+SAVE_KEEPS_TYPES: Final = _EnumSaveOption.SAVE_KEEPS_TYPES
 
 class _EnumServerType(IntEnum):
     """What kind of server a receiver connects to. No kinds are named yet; any number may be passed."""
@@ -375,6 +467,220 @@ class IDcmDictionary(Object):
     def GetUIDDescription(self, UID: str | PathLike[str] | None) -> tuple[bool, str, str, str, bool]:
         """What a UID denotes: a description without blanks, its kind, the modality of a storage class, and whether that holds images.
         False for an unknown UID, with all of these untouched.
+        """
+        ...
+
+
+@type_check_only
+class IDcmDictionaryFile(Object):
+    """For hosts with a data dictionary of their own, and those that make one. What is loaded counts for this object
+    alone: its IDcmDictionary looks elements up there in place of the library's dictionary, and nothing else changes.
+    An object that loads belongs to one thread.
+
+    A dictionary file has a text form, with lines such as `{0x0010 0x0020 LO "Patient ID"}` behind a first line that
+    is no entry, and a binary form that loads faster. Descriptions are texts of one byte a character. Failures with
+    words have the source "Tessaret.DcmDictionary". Every member answers kPointer for a place of an answer that is
+    null, and kOutOfMemory with "Not enough memory" where it says nothing else.
+    """
+    def LoadFile(self, FileName: str | PathLike[str] | None) -> bool:
+        """Loads a dictionary file of either form. kException "Error reading [FileName]: " with the line and the reason, or
+        the words of the system, where it cannot be read or has no entry: what was here stays.
+        """
+        ...
+
+    def LoadBytes(self, Bytes: Any) -> bool:
+        """Loads likewise from an array of bytes with one dimension; the words are "Error reading dictionary: " and the
+        reason. kTypeMismatch for anything else.
+        """
+        ...
+
+    def Unload(self) -> bool:
+        """Goes back to the library's dictionary."""
+        ...
+
+    @property
+    def ElementsCount(self) -> int:
+        """How many elements the dictionary has."""
+        ...
+
+    def GetElementAt(self, Idx: int) -> tuple[bool, int, int, str, str]:
+        """Element `Idx` in the order of tags, from 0: its tag, the two letters of its type, and its name, "" without one.
+        False, with nothing written, where there is none of this number.
+        """
+        ...
+
+    @property
+    def UIDsCount(self) -> int:
+        """How many UIDs the library's dictionary has."""
+        ...
+
+    def GetUIDAt(self, Idx: int) -> tuple[bool, str]:
+        """UID `Idx` in the order of their characters, from 0; IDcmDictionary.GetUIDDescription tells what it denotes.
+        False, with nothing written, where there is none of this number.
+        """
+        ...
+
+    def GetBytes(self, Binary: bool) -> Any:
+        """The dictionary as the bytes of a file, an array with one dimension from 0: in its binary form, or else as text.
+        Names come along; a line end in a name becomes a blank in the text form. kException "Type of (gggg,eeee) cannot
+        be written as text" where its letters separate words there.
+        """
+        ...
+
+    def SaveFile(self, FileName: str | PathLike[str] | None, Binary: bool, KeepsFiles: bool | None = ...) -> bool:
+        """Saves these bytes as a file, whole or not at all. With `KeepsFiles` a file that is there stays, and the save
+        fails. kException with the words above or those of the system.
+        """
+        ...
+
+
+@type_check_only
+class IDcmFile(Object):
+    """For hosts that look closely at files. Every IDCMObject of the library has it: `object.As<IDcmFile>()`.
+
+    A load puts what it reads in place of what was here, which is gone also when it fails. What was read before the
+    bytes ended or stopped making sense is there, and the notes say where that was; IDCMObject.Load leaves them too.
+    They stay until the next load, whatever is done to the data set in between, and are told of this object only, not
+    of its items and copies.
+
+    Offsets count from the first byte that was read, the preamble included, modulo 4 GiB. Of Group and Element the low
+    16 bits count. Failures with words have the source "Tessaret.DCMObject". Every member answers kPointer for a place
+    of an answer that is null, and kOutOfMemory with "Not enough memory" where it says nothing else.
+    """
+    def LoadFile(self, FileName: str | PathLike[str] | None, Options: int | None = ..., Encoding: _EnumDataEncoding | int | None = ...) -> bool:
+        """Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that
+        encoding, and otherwise, by preamble, meta header and the first element, the bytes tell. Compressed pixel data
+        stays compressed. Numbers are turned to those of the host. kInvalidArgument, with nothing changed, for options
+        and encodings that do not exist, and for LOAD_STRICT together with an encoding; kException with the words of the
+        reader or the system where nothing can be read.
+        """
+        ...
+
+    def LoadDescriptor(self, Descriptor: int, Options: int | None = ..., Encoding: _EnumDataEncoding | int | None = ...) -> bool:
+        """Loads likewise from an open file, pipe or socket of this process, beginning where it stands. `Descriptor` stays
+        the caller's; where it stands afterwards is not said.
+        """
+        ...
+
+    def LoadBytes(self, Bytes: Any, Options: int | None = ..., Encoding: _EnumDataEncoding | int | None = ...) -> bool:
+        """Loads likewise from an array of bytes with one dimension, of at most 2147483647; an empty value is no bytes.
+        kTypeMismatch, with nothing changed, for anything else.
+        """
+        ...
+
+    @property
+    def ReadEncoding(self) -> _EnumDataEncoding:
+        """How the data set was encoded that was read last; how the meta header was where no data set followed.
+        ENCODING_NONE before the first load, and where not even a byte could be read.
+        """
+        ...
+
+    @property
+    def HasMark(self) -> bool:
+        """Whether there was a preamble with the mark "DICM" behind it."""
+        ...
+
+    @property
+    def BytesRead(self) -> float:
+        """How many bytes the reader went through, preamble and mark included, modulo 4 GiB."""
+        ...
+
+    @property
+    def NamedSyntax(self) -> str:
+        """The transfer syntax that the meta header names, without padding, whether or not the reader followed it; "" where
+        it names none.
+        """
+        ...
+
+    def GetFirstTag(self) -> tuple[bool, int, int]:
+        """The tag that stands first, preamble and mark aside. False, with nothing written, where there are not enough
+        bytes for one.
+        """
+        ...
+
+    def GetMetaLength(self) -> tuple[bool, float, float]:
+        """The length of the meta header behind (0002,0000): `Stated` by that element, and `Counted` in bytes up to the
+        first element of another group. False, with nothing written, where there is no such element or the end of the
+        group was not seen.
+        """
+        ...
+
+    def GetEnd(self) -> tuple[_EnumReadingEnd, float, int, int]:
+        """Why the reader stopped, where, and in which element. `Offset` is that of the element, or the end of the bytes
+        where a delimiter is missing, with a tag of zeros. After READ_TO_THE_END all three are 0.
+        """
+        ...
+
+    @property
+    def SystemError(self) -> str:
+        """What the system said when it could not supply the bytes; "" where it could. A file that it cuts short looks like
+        one that is cut.
+        """
+        ...
+
+    @property
+    def OdditiesCount(self) -> int:
+        """How many kinds of oddities were met."""
+        ...
+
+    def GetOddity(self, Idx: int) -> tuple[_EnumReadingOddity, float, int, int]:
+        """Kind number `Idx` of them, from 0 in the order in which they came, and the offset and tag of the first element
+        or item of that kind. ODDITY_NONE, with nothing written, where there is none of this number.
+        """
+        ...
+
+    def SaveFile(self, FileName: str | PathLike[str] | None, Form: _EnumSaveForm | int | None = ..., Options: int | None = ...) -> bool:
+        """Saves as a file; the object stays as it is. `Form`, SAVE_COMPLETE where it is left away, says what is written,
+        `Options` is a sum of _EnumSaveOption. What was at `FileName` stays where the new file cannot be written whole:
+        kException, with the words of the encoder or the system, or "Empty object". kInvalidArgument for forms and
+        options that do not exist.
+        """
+        ...
+
+    def SaveBytes(self, Form: _EnumSaveForm | int | None = ..., Options: int | None = ...) -> Any:
+        """The bytes of that file, as an array with one dimension from 0. Options that speak of files mean nothing here."""
+        ...
+
+    def GetElement(self, Group: int, Element: int) -> tuple[bool, str, float, float, bool, int]:
+        """An element as it is stored; unlike the members of IDCMObject this gives no type to one that has none. `TypeCode`
+        gets its two characters as they stood in the file, "" for none; `Length` the bytes of its value, -1 for an
+        undefined length, of a sequence as it was read, 0 where it was undefined; `Offset` where it stood among the
+        bytes read, 0 where it was not read; `HasValue` whether its bytes are here, which those of pixel data may not
+        be; `ItemsCount` how many items or fragments it has. An item outside any sequence hangs on an element with a
+        value. False, with nothing written, where there is no such element.
+        """
+        ...
+
+    def GetBytes(self, Group: int, Element: int, Offset: float, Count: int) -> Any:
+        """At most `Count` bytes of the value of an element from its byte `Offset` on, as an array with one dimension from
+        0: fewer where the value ends before. Empty where there are none. kInvalidArgument for a negative `Count`, and
+        an `Offset` that is negative or no whole number.
+        """
+        ...
+
+    def SetType(self, Group: int, Element: int, TypeCode: str | PathLike[str] | None) -> bool:
+        """Gives an element another type, with its bytes as they are. `TypeCode` is two characters; kInvalidArgument for
+        any other text. False where there is no such element.
+        """
+        ...
+
+    @property
+    def HasPixelsOfDoubtfulOrder(self) -> bool:
+        """Whether there is native pixel data with more bits a sample than the numbers of its type have. Programs write
+        such pixels in big endian in two ways, and nothing in a file tells which was meant.
+        """
+        ...
+
+    @property
+    def Text(self) -> str:
+        """The data set as text, for people: a line an element, with items set in, each line with its end. A character a
+        byte: text of values stands as it is, but for control characters, which are dots. kException "Empty object".
+        """
+        ...
+
+    def GetElementText(self, Group: int, Element: int) -> str:
+        """The lines of that text for one element with all that is in it; "" where there is no such element. kException
+        "Empty object".
         """
         ...
 

@@ -5,6 +5,8 @@
 #include "tessaret/idcm_cstore.hpp"
 #include "tessaret/idcm_dicom_dir.hpp"
 #include "tessaret/idcm_dictionary.hpp"
+#include "tessaret/idcm_dictionary_file.hpp"
+#include "tessaret/idcm_file.hpp"
 #include "tessaret/idcm_object.hpp"
 #include "tessaret/idcm_object_manager.hpp"
 #include "tessaret/idcm_oblique.hpp"
@@ -26,6 +28,8 @@ RowOf<IDataSetHandle>(),
 RowOf<IDcmCStore>(),
 RowOf<IDCMDicomDir>(),
 RowOf<IDcmDictionary>(),
+RowOf<IDcmDictionaryFile>(),
+RowOf<IDcmFile>(),
 RowOf<IDCMObject>(),
 RowOf<IDcmObjectManager>(),
 RowOf<IDCMOblique>(),

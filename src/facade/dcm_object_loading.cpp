@@ -1,0 +1,159 @@
+// Loading from files, descriptors and blocks of bytes.
+#include <algorithm>
+#include <cerrno>
+#include <iterator>
+#include <span>
+#include <string>
+#include <utility>
+
+#include "core/comp_engine.h"
+#include "core/module_dictionaries.h"
+#include "core/value_order.h"
+#include "facade/dcm_object.h"
+#include "facade/dcm_object_edge.h"
+#include "platform/file_calls.h"
+
+namespace tessaret {
+
+using namespace dcm_object;
+
+namespace {
+
+constexpr std::int32_t kLoadOptions = LOAD_PIXELS | LOAD_STRICT;
+
+constexpr _EnumDataEncoding kEncodings[] = {ENCODING_NONE, ENCODING_IMPLICIT_LITTLE,
+                                            ENCODING_EXPLICIT_LITTLE, ENCODING_EXPLICIT_BIG};
+
+bool AreLoadArguments(std::int32_t options, _EnumDataEncoding encoding) {
+  const bool exist = (options & ~kLoadOptions) == 0 &&
+                     std::ranges::find(kEncodings, encoding) != std::end(kEncodings);
+  // A bare data set has no mark to insist on.
+  return exist && (encoding == ENCODING_NONE || (options & LOAD_STRICT) == 0);
+}
+
+/// What a descriptor of the host stands for.
+class DescriptorBuffer final : public FileBuffer {
+ public:
+  explicit DescriptorBuffer(int descriptor) : descriptor_(descriptor) {}
+
+  bool OpenForRead(const char*) override {
+    int error = 0;
+    auto stream = FileStream::FromDescriptor(descriptor_, error);
+    return TakeForRead(std::move(stream), error);
+  }
+
+ protected:
+  [[nodiscard]] bool ReadsPlainly() const override { return true; }
+
+ private:
+  int descriptor_;
+};
+
+void NoteReading(const HeadNotingCoder& coder, ReadingNotes& notes) {
+  notes.code = coder.LastCode();
+  notes.hasMark = coder.Start != 0;
+  notes.bytesRead = coder.End;
+  notes.head = coder.Head;
+  notes.stop = coder.LastStop();
+  notes.oddities.assign(coder.Oddities().begin(), coder.Oddities().end());
+}
+
+}  // namespace
+
+template <class Read>
+std::string CDCMObject::LoadNoting(Read read) {
+  notes_ = std::make_unique<ReadingNotes>();
+  HeadNotingCoder coder(&ModuleDictionary());
+  std::unique_ptr<DICOMObject> loaded = read(coder);
+  NoteReading(coder, *notes_);
+  if (!loaded) return coder.ErrorText();
+  if (IsBigEndian(coder.LastCode())) SwapNumbers(*loaded);
+  Replace(std::move(loaded));
+  return {};
+}
+
+std::string CDCMObject::LoadThrough(FileBuffer& buffer, const std::string& path, bool loadPixels,
+                                    bool strict, std::int32_t code) {
+  return LoadNoting([&](DataSetCoder& coder) {
+    auto loaded = code == ENCODING_NONE
+                      ? coder.LoadFile(path.c_str(), loadPixels, strict, &buffer)
+                      : coder.LoadBareFile(path.c_str(), code, loadPixels, &buffer);
+    if (buffer.HasError()) notes_->systemError = buffer.ErrorText();
+    return loaded;
+  });
+}
+
+Status CDCMObject::Load(const String& FileName, VariantBool LoadPixels) {
+  LetGo();
+  try {
+    return LoadFrom(FileName.Utf8(), LoadPixels.IsTrue());
+  } catch (const abi::__forced_unwind&) {
+    throw;
+  } catch (...) {
+    return FailWith("Not a DICOM FILE");
+  }
+}
+
+Status CDCMObject::LoadFrom(const std::string& path, bool loadPixels) {
+  notes_.reset();
+  if (!IsPath(path)) return FailWith(SystemErrorText(EINVAL).c_str());
+  FileBuffer buffer;
+  const std::string why = LoadThrough(buffer, path, loadPixels, false, ENCODING_NONE);
+  if (!why.empty()) return FailWith(why.c_str());
+  if (!loadPixels) return kOk;
+  DcmCompEngine engine;
+  return engine.Decompress(Object.Get(), nullptr, nullptr)
+             ? kOk
+             : FailWith("Unsupported Encapsulated Transfer Syntax");
+}
+
+Status CDCMObject::LoadFile(const String& FileName, std::int32_t Options,
+                            _EnumDataEncoding Encoding) {
+  if (!AreLoadArguments(Options, Encoding)) return kInvalidArgument;
+  return AnswerOfFile([&] {
+    LetGo();
+    notes_.reset();
+    const std::string path = FileName.Utf8();
+    if (!IsPath(path)) return FailOfFile(SystemErrorText(EINVAL).c_str());
+    FileBuffer buffer;
+    const std::string why = LoadThrough(buffer, path, (Options & LOAD_PIXELS) != 0,
+                                        (Options & LOAD_STRICT) != 0, Encoding);
+    return why.empty() ? kOk : FailOfFile(why.c_str());
+  });
+}
+
+Status CDCMObject::LoadDescriptor(std::int32_t Descriptor, std::int32_t Options,
+                                  _EnumDataEncoding Encoding) {
+  if (!AreLoadArguments(Options, Encoding)) return kInvalidArgument;
+  return AnswerOfFile([&] {
+    LetGo();
+    notes_.reset();
+    DescriptorBuffer buffer(Descriptor);
+    const std::string why = LoadThrough(buffer, {}, (Options & LOAD_PIXELS) != 0,
+                                        (Options & LOAD_STRICT) != 0, Encoding);
+    return why.empty() ? kOk : FailOfFile(why.c_str());
+  });
+}
+
+Status CDCMObject::LoadBytes(const Variant& Bytes, std::int32_t Options,
+                             _EnumDataEncoding Encoding) {
+  const VariantArray* const array = Bytes.AsArray();
+  const bool areBytes = array != nullptr
+                            ? array->Type() == VariantType::kByte && array->Bounds().size() == 1
+                            : Bytes.IsEmpty();
+  if (!areBytes) return kTypeMismatch;
+  if (!AreLoadArguments(Options, Encoding)) return kInvalidArgument;
+  return AnswerOfFile([&] {
+    LetGo();
+    notes_.reset();
+    const std::span<const std::uint8_t> bytes =
+        array == nullptr ? std::span<const std::uint8_t>() : array->Bytes();
+    const std::string why = LoadNoting([&](DataSetCoder& coder) {
+      return coder.LoadBlock(bytes.data(), bytes.size(), (Options & LOAD_PIXELS) != 0,
+                             (Options & LOAD_STRICT) != 0, Encoding);
+    });
+    return why.empty() ? kOk : FailOfFile(why.c_str());
+  });
+}
+
+}  // namespace tessaret

@@ -1,0 +1,116 @@
+// Elements as they are stored, and the data set as text.
+#include <algorithm>
+#include <cmath>
+
+#include "base/byte_order.h"
+#include "base/checked.h"
+#include "core/module_dictionaries.h"
+#include "core/object_text.h"
+#include "core/value_order.h"
+#include "facade/dcm_object.h"
+#include "facade/dcm_object_edge.h"
+
+namespace tessaret {
+
+using namespace dcm_object;
+
+namespace {
+
+VR* ElementIn(const DICOMObject* object, std::int32_t group, std::int32_t element) {
+  const TagKey tag = KeyOf(group, element);
+  return object == nullptr ? nullptr : object->GetVR(GroupOf(tag), ElementOf(tag));
+}
+
+/// Both characters, whatever they are.
+String StoredLetters(VrCode type) {
+  if (type == type_code::kNone) return String(u"");
+  const char letters[] = {FirstLetter(type), SecondLetter(type)};
+  return String::FromNarrow({letters, 2});
+}
+
+/// Bits Allocated; 0 where that is no number of 16 bits.
+std::uint32_t BitsAllocated(const DICOMObject& object) { return object.GetUINT16(0x0028, 0x0100); }
+
+}  // namespace
+
+Status CDCMObject::GetElement(std::int32_t Group, std::int32_t Element, String* TypeCode,
+                              double* Length, double* Offset, VariantBool* HasValue,
+                              std::int32_t* ItemsCount, VariantBool* Found) {
+  if (TypeCode == nullptr || Length == nullptr || Offset == nullptr || HasValue == nullptr ||
+      ItemsCount == nullptr || Found == nullptr)
+    return kPointer;
+  return AnswerOfFile([&] {
+    const VR* const vr = ElementIn(Object.Get(), Group, Element);
+    *Found = vr != nullptr;
+    if (vr == nullptr) return kOk;
+    *TypeCode = StoredLetters(vr->TypeCode);
+    *Length = vr->Length == kUndefinedLength ? -1.0 : static_cast<double>(vr->Length);
+    *Offset = vr->StreamPosition;
+    *HasValue = vr->Data != nullptr;
+    *ItemsCount = SaturatingCast<std::int32_t>(vr->ItemCount());
+    return kOk;
+  });
+}
+
+Status CDCMObject::GetBytes(std::int32_t Group, std::int32_t Element, double Offset,
+                            std::int32_t Count, Variant* Bytes) {
+  if (Bytes == nullptr) return kPointer;
+  if (Count < 0 || !(Offset >= 0) || Offset != std::floor(Offset)) return kInvalidArgument;
+  return AnswerOfFile([&] {
+    const VR* const vr = ElementIn(Object.Get(), Group, Element);
+    const bool areThere = vr != nullptr && vr->Data != nullptr && Offset < vr->Length && Count > 0;
+    if (!areThere) {
+      Bytes->Clear();
+      return kOk;
+    }
+    const auto from = static_cast<std::uint32_t>(Offset);
+    const std::uint32_t count = std::min(vr->Length - from, static_cast<std::uint32_t>(Count));
+    *Bytes = VariantArray::OfBytes({vr->Data + from, count});
+    return kOk;
+  });
+}
+
+Status CDCMObject::SetType(std::int32_t Group, std::int32_t Element, const String& TypeCode,
+                           VariantBool* Found) {
+  if (Found == nullptr) return kPointer;
+  const VrCode type = TwoLetters(TypeCode.View());
+  if (type == type_code::kNone) return kInvalidArgument;
+  VR* const vr = ElementIn(Object.Get(), Group, Element);
+  *Found = vr != nullptr;
+  if (vr != nullptr) vr->TypeCode = type;
+  return kOk;
+}
+
+Status CDCMObject::get_HasPixelsOfDoubtfulOrder(VariantBool* pVal) {
+  if (pVal == nullptr) return kPointer;
+  const DICOMObject* const object = Object.Get();
+  const VR* const pixels = ElementIn(object, GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
+  *pVal = pixels != nullptr && pixels->Items == nullptr &&
+          BitsAllocated(*object) > 8 * NumberWidth(pixels->TypeCode);
+  return kOk;
+}
+
+Status CDCMObject::get_Text(String* pVal) {
+  if (pVal == nullptr) return kPointer;
+  return AnswerOfFile([&] {
+    const DICOMObject* const object = Object.Get();
+    if (object == nullptr) return FailOfFile(kNothingToGetFrom);
+    *pVal = String::FromNarrow(ObjectToText(*object, 0, &ModuleDictionary()));
+    return kOk;
+  });
+}
+
+Status CDCMObject::GetElementText(std::int32_t Group, std::int32_t Element, String* Text) {
+  if (Text == nullptr) return kPointer;
+  return AnswerOfFile([&] {
+    if (Object.Get() == nullptr) return FailOfFile(kNothingToGetFrom);
+    const VR* const vr = ElementIn(Object.Get(), Group, Element);
+    std::string text;
+    if (vr != nullptr)
+      ListElement(*vr, 0, &ModuleDictionary(), [&text](std::string_view line) { text += line; });
+    *Text = String::FromNarrow(text);
+    return kOk;
+  });
+}
+
+}  // namespace tessaret

@@ -1,0 +1,113 @@
+"""Files looked at closely, and dictionaries of a host's own, from Python."""
+
+import pathlib
+import struct
+import sys
+import unittest
+
+import package
+
+package.use_library("tessaret")
+sys.path.insert(0, str(package.SOURCE_DIR / "tests" / "tools"))
+
+import tessaret
+from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, element, meta
+
+SAMPLE = element(0x00100010, "PN", b"Doe^John") + element(0x00280011, "US", struct.pack("<H", 2))
+PIXELS = element(0x7FE00010, "OW", b"\1\2\3\4")
+
+
+class FileTest(package.PackageTest):
+    def setUp(self):
+        super().setUp()
+        self.object = tessaret.create("Tessaret.DCMObject")
+        self.addCleanup(self.object.close)
+        self.file = self.object.query("IDcmFile")
+        self.addCleanup(self.file.close)
+
+    def test_bytes_are_loaded_and_tell_of_themselves(self):
+        data = meta(EXPLICIT) + SAMPLE + PIXELS
+        self.file.LoadBytes(data)
+        self.assertEqual(self.file.ReadEncoding, tessaret.ENCODING_EXPLICIT_LITTLE)
+        self.assertIs(self.file.HasMark, True)
+        self.assertEqual(self.file.NamedSyntax, EXPLICIT)
+        self.assertEqual(self.file.GetFirstTag()[1:], (2, int.from_bytes(data[134:136], "little")))
+        self.assertEqual(self.file.GetEnd(), (tessaret.READ_TO_PIXELS, len(data) - 16, 0x7FE0, 0x10))
+        self.assertEqual(self.file.SystemError, "")
+        self.file.LoadBytes(data, tessaret.LOAD_PIXELS)
+        self.assertEqual(self.file.GetEnd(), (tessaret.READ_TO_THE_END, 0, 0, 0))
+        self.assertEqual(self.file.BytesRead, len(data))
+        self.assertEqual(self.object.VR(0x10, 0x10), "Doe^John")
+        self.assertIsInstance(self.file.GetMetaLength()[0], bool)
+
+    def test_files_and_descriptors_are_loaded(self):
+        path = self.folder / "a.dcm"
+        path.write_bytes(SAMPLE)
+        self.file.LoadFile(path, 0, tessaret.ENCODING_EXPLICIT_LITTLE)
+        self.assertEqual(self.object.VR(0x28, 0x11), 2)
+        with path.open("rb") as opened:
+            self.file.LoadDescriptor(opened.fileno())
+        self.assertEqual(self.object.VR(0x28, 0x11), 2)
+        with self.assertRaises(tessaret.Error) as caught:
+            self.file.LoadFile(path, tessaret.LOAD_STRICT)
+        self.assertIn("Error checking DICOM MetaHeader", str(caught.exception))
+
+    def test_oddities_are_told(self):
+        self.file.LoadBytes(SAMPLE + element(0x00280011, "US", b"\3\0"))
+        self.assertEqual(self.file.OdditiesCount, 1)
+        self.assertEqual(self.file.GetOddity(0), (tessaret.ODDITY_TWICE, len(SAMPLE), 0x28, 0x11))
+        self.assertEqual(self.file.GetOddity(1)[0], tessaret.ODDITY_NONE)
+
+    def test_elements_are_shown_as_they_stand(self):
+        self.file.LoadBytes(SAMPLE)
+        self.assertEqual(self.file.GetElement(0x28, 0x11), (True, "US", 2, 16, True, 0))
+        self.assertEqual(bytes(self.file.GetBytes(0x10, 0x10, 4, 10)), b"John")
+        self.assertIs(self.file.SetType(0x10, 0x10, "LO"), True)
+        self.assertEqual(self.file.GetElementText(0x10, 0x10), "(0010,0010) 'LO' [     8] 'Patient's Name' : Doe^John\n")
+        self.assertEqual(self.file.Text.count("\n"), 2)
+        self.assertIs(self.file.HasPixelsOfDoubtfulOrder, False)
+
+    def test_data_sets_are_saved_in_every_form(self):
+        self.file.LoadBytes(SAMPLE)
+        bare = element(0x00100010, "PN", b"Doe^John", True) + element(0x00280011, "US", b"\2\0", True)
+        self.assertEqual(bytes(self.file.SaveBytes(tessaret.SAVE_BARE)), bare)
+        path = self.folder / "out.dcm"
+        self.file.SaveFile(path, tessaret.SAVE_BARE, tessaret.SAVE_KEEPS_FILES)
+        self.assertEqual(path.read_bytes(), bare)
+        with self.assertRaises(tessaret.Error):
+            self.file.SaveFile(path, tessaret.SAVE_BARE, tessaret.SAVE_KEEPS_FILES)
+        self.assertEqual(bytes(self.file.SaveBytes())[:132], bytes(128) + b"DICM")
+
+
+class DictionaryTest(package.PackageTest):
+    def test_a_dictionary_of_the_hosts_own_is_loaded_and_saved(self):
+        with tessaret.create("Tessaret.DcmDictionary") as dictionary, dictionary.query("IDcmDictionaryFile") as file:
+            everything = file.ElementsCount
+            file.LoadBytes(b'first\n{0x0009 0x1001 LO "Mine"}\n')
+            self.assertEqual(file.ElementsCount, 1)
+            self.assertEqual(file.GetElementAt(0), (True, 9, 0x1001, "LO", "Mine"))
+            self.assertEqual(dictionary.GetVRDescription(9, 0x1001), (True, "LO", "Mine"))
+            path = self.folder / "mine"
+            file.SaveFile(path, True)
+            self.assertEqual(path.read_bytes(), bytes(file.GetBytes(True)))
+            file.Unload()
+            self.assertEqual(file.ElementsCount, everything)
+            file.LoadFile(path)
+            self.assertEqual(bytes(file.GetBytes(False)).splitlines()[1:], [b'{0x0009 0x1001 LO "Mine"}'])
+            uids = [file.GetUIDAt(at)[1] for at in range(file.UIDsCount)]
+            self.assertEqual(uids, sorted(uids))
+            self.assertTrue({IMPLICIT, BIG_ENDIAN} <= set(uids))
+
+
+class Completeness(unittest.TestCase):
+    def test_every_member_is_called_here(self):
+        text = pathlib.Path(__file__).read_text()
+        with tessaret.create("Tessaret.DCMObject") as made, tessaret.create("Tessaret.DcmDictionary") as dictionary:
+            for kind in (made.query("IDcmFile"), dictionary.query("IDcmDictionaryFile")):
+                for name in type(kind)._members:
+                    with self.subTest(f"{type(kind).__name__}.{name}"):
+                        self.assertRegex(text, rf"\.{name}\b")
+
+
+if __name__ == "__main__":
+    unittest.main()
