@@ -17,10 +17,10 @@ namespace {
 
 constexpr std::int32_t kPixelGroup = 0x7FE0;
 
-/// A patient's name without a type, a sequence with an item, and two pixels of 16 bits.
+/// A patient's name without a type, the bits of a pixel, a sequence with an item, and two pixels of 16 bits.
 DataSetBuilder SampleIn(Encoding encoding) {
   DataSetBuilder sample(encoding);
-  sample.Element(0x0010, 0x0010, "UN", "Doe^John");
+  sample.Element(0x0010, 0x0010, "UN", "Doe^John").Number(0x0028, 0x0100, 16);
   DataSetBuilder item(encoding);
   item.Element(0x0008, 0x1155, "UI", "1.23");
   sample.Sequence(0x0040, 0x0275, Lengths::kUndefined, Lengths::kUndefined, {item});
@@ -155,18 +155,18 @@ TEST_F(FileSaving, ShowsElementsAsTheyStood) {
   EXPECT_EQ(name.offset, 0);
   EXPECT_TRUE(name.hasValue.IsTrue());
   EXPECT_EQ(name.items, 0);
-  // Behind a head of 12 bytes and a value of 8.
+  // Behind heads of 12 and 8 bytes, and values of 8 and 2.
   const Stored sequence = StoredIn(file_, 0x0040, 0x0275);
   EXPECT_EQ(sequence.type, "SQ");
   EXPECT_EQ(sequence.length, 0);
-  EXPECT_EQ(sequence.offset, 20);
+  EXPECT_EQ(sequence.offset, 30);
   EXPECT_FALSE(sequence.hasValue.IsTrue());
   EXPECT_EQ(sequence.items, 1);
   // Behind the heads of the sequence (12) and the item (8).
   const Ref<IDCMObject> item = ItemOf(object_, 0x0040, 0x0275, 0);
-  EXPECT_EQ(StoredIn(FileFacetOf(item), 0x0008, 0x1155).offset, 40);
+  EXPECT_EQ(StoredIn(FileFacetOf(item), 0x0008, 0x1155).offset, 50);
   // The value (8 + 4 bytes) and two delimiters of 8.
-  EXPECT_EQ(StoredIn(file_, 0x7FE0, 0x0010).offset, 68);
+  EXPECT_EQ(StoredIn(file_, 0x7FE0, 0x0010).offset, 78);
   const Stored none = StoredIn(file_, 0x0010, 0x0020);
   EXPECT_FALSE(none.found.IsTrue());
   EXPECT_EQ(none.type, "untouched");
@@ -248,7 +248,7 @@ TEST_F(FileSaving, IsTextForPeople) {
       "End sequence (0040,0275)\n";
   std::string joined;
   for (const auto& [group, element] :
-       {std::pair{0x0010, 0x0010}, {0x0040, 0x0275}, {0x7FE0, 0x0010}}) {
+       {std::pair{0x0010, 0x0010}, {0x0028, 0x0100}, {0x0040, 0x0275}, {0x7FE0, 0x0010}}) {
     ASSERT_EQ(file_->GetElementText(group, element, &text), kOk);
     joined += text.Narrow();
     if (group == 0x0040) {
@@ -301,7 +301,7 @@ TEST_F(FileSaving, IsThereByName) {
   arguments = {0x0040, 0x0275, Variant(), Variant(), Variant(), Variant(), Variant()};
   EXPECT_TRUE(call("GetElement", MemberKind::kMethod, arguments).AsBool().IsTrue());
   EXPECT_EQ(arguments[2].ToString().Utf8(), "SQ");
-  EXPECT_EQ(arguments[4].AsDouble(), 20);
+  EXPECT_EQ(arguments[4].AsDouble(), 30);
   EXPECT_FALSE(arguments[5].AsBool().IsTrue());
   EXPECT_EQ(arguments[6].AsLong(), 1);
   arguments = {0x0010, 0x0010, 4, 4};
