@@ -10,6 +10,18 @@ function(tessaret_add_program target)
   target_link_libraries(${target} PRIVATE tessaret_static ${arg_LIBRARIES} tessaret_warnings)
 endfunction()
 
+# tessaret_add_host(target OUTPUT name SOURCES file... [LIBRARIES target...])
+# A program that meets the library as any host does. What knows nothing of DICOM it may have from the lowest floors. Installed, it
+# finds the library by the way from its own folder.
+function(tessaret_add_host target)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "OUTPUT" "SOURCES;LIBRARIES")
+  add_executable(${target} ${arg_SOURCES})
+  file(RELATIVE_PATH way "${CMAKE_INSTALL_FULL_BINDIR}" "${CMAKE_INSTALL_FULL_LIBDIR}")
+  set_target_properties(${target} PROPERTIES OUTPUT_NAME ${arg_OUTPUT} INSTALL_RPATH "$ORIGIN/${way}")
+  target_include_directories(${target} PRIVATE "${CMAKE_CURRENT_SOURCE_DIR}")
+  target_link_libraries(${target} PRIVATE Tessaret::tessaret tessaret_ground ${arg_LIBRARIES} tessaret_warnings)
+endfunction()
+
 # tessaret_add_test_program(name SOURCES file... [LABELS label...] [LIBRARIES target...] [TIMEOUT seconds] [SHARDS n])
 # A GoogleTest program with one entry in ctest (n entries, each with its share of the tests, where SHARDS says so).
 # It carries the label of its area, the folder below tests/. Label `threads` has it run under the thread sanitizer.

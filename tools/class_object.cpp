@@ -1,15 +1,14 @@
 #include "class_object.h"
 
+#include <new>
+
+#include "base/byte_order.h"
+#include "value_bytes.h"
 #include "vr_traits.h"
 
 namespace tessaret::tool {
-namespace {
-
-constexpr TagKey kCharacterSetTag = MakeTagKey(0x0008, 0x0005);
-
-}  // namespace
-
 void Require(Status status) {
+  if (status == kOutOfMemory) throw std::bad_alloc();
   if (Failed(status)) throw CallError(LastError().text);
 }
 
@@ -17,12 +16,6 @@ Ref<IDCMObject> NewObject() {
   Ref<IDCMObject> made;
   Require(Create("Tessaret.DCMObject", made));
   return made;
-}
-
-Ref<IDCMObject> ObjectOver(DICOMObject& data) {
-  Ref<IDCMObject> object = NewObject();
-  Require(object.As<IDcmObjectManager>()->PutPtr(0, &data));
-  return object;
 }
 
 std::optional<ElementFacts> FactsOf(IDCMObject& object, TagKey tag) {
@@ -39,11 +32,38 @@ std::optional<ElementFacts> FactsOf(IDCMObject& object, TagKey tag) {
   return ElementFacts{type, std::move(narrow), static_cast<std::uint32_t>(length)};
 }
 
-Variant ValueOf(IDCMObject& object, TagKey tag) {
+std::uint32_t StoredSize(IDcmFile& file, TagKey tag) {
   String letters;
+  double length = 0;
+  double offset = 0;
+  VariantBool hasValue;
+  std::int32_t items = 0;
+  VariantBool found;
+  Require(file.GetElement(GroupOf(tag), ElementOf(tag), &letters, &length, &offset, &hasValue,
+                          &items, &found));
+  return hasValue.IsTrue() ? static_cast<std::uint32_t>(length) : 0;
+}
+
+std::string TextOf(IDcmFile& file, TagKey tag) {
+  return std::string(ValueBytes(file, tag, StoredSize(file, tag)).Text());
+}
+
+std::uint16_t UnsignedOf(IDcmFile& file, TagKey tag) {
   Variant value;
-  Require(object.GetVRData(GroupOf(tag), ElementOf(tag), &letters, &value));
-  return value;
+  // One more than wanted, so that a longer value shows.
+  Require(file.GetBytes(GroupOf(tag), ElementOf(tag), 0, 3, &value));
+  const auto bytes = BytesIn(value);
+  return bytes.size() == 2 ? LoadLittle16(bytes.data()) : std::uint16_t{0};
+}
+
+void PutBytes(IDCMObject& object, TagKey tag, VrCode type, std::span<const std::uint8_t> bytes) {
+  Require(object.PutVRData(GroupOf(tag), ElementOf(tag), String::FromNarrow(LettersOf(type)),
+                           Variant(VariantArray::OfBytes(bytes))));
+}
+
+void Remove(IDCMObject& object, TagKey tag) {
+  VariantBool removed;
+  Require(object.RemoveVR(GroupOf(tag), ElementOf(tag), &removed));
 }
 
 std::span<const std::uint8_t> BytesIn(const Variant& value) {
@@ -66,9 +86,7 @@ bool HasItems(IDCMObject& object, TagKey tag) {
 
 CharacterSets SetsOf(IDCMObject& object, const CharacterSets& around) {
   if (!FactsOf(object, kCharacterSetTag)) return around;
-  const Variant value = ValueOf(object, kCharacterSetTag);
-  const auto bytes = BytesIn(value);
-  return CharacterSets({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  return CharacterSets(TextOf(*FileOf(object), kCharacterSetTag));
 }
 
 Place Find(Ref<IDCMObject> object, const TagPath& path) {

@@ -10,8 +10,8 @@
 #include <tessaret/tessaret.hpp>
 
 #include "character_sets.h"
-#include "core/type_code.h"
 #include "tag_path.h"
+#include "type_code.h"
 
 namespace tessaret::tool {
 
@@ -21,14 +21,22 @@ class CallError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-/// Throws CallError after a failure.
+/// Throws CallError after a failure, and std::bad_alloc where it was for want of memory.
 void Require(Status status);
+
+/// What a property without arguments has, as in AnswerOf(*file, &IDcmFile::get_HasMark).
+template <class Interface, class T>
+T AnswerOf(Interface& object, Status (Interface::*get)(T*)) {
+  T answer{};
+  Require((object.*get)(&answer));
+  return answer;
+}
 
 /// A new object. Throws CallError.
 Ref<IDCMObject> NewObject();
 
-/// An object that shows `data`, which has to outlive it.
-Ref<IDCMObject> ObjectOver(DICOMObject& data);
+/// The interface of `object` for a close look.
+inline Ref<IDcmFile> FileOf(IDCMObject& object) { return Ref<IDCMObject>(&object).As<IDcmFile>(); }
 
 struct ElementFacts {
   VrCode type = 0;
@@ -39,9 +47,17 @@ struct ElementFacts {
 /// What an element is; nothing where there is none.
 std::optional<ElementFacts> FactsOf(IDCMObject& object, TagKey tag);
 
-/// The value of an element, which is there: an array of bytes, or empty.
-Variant ValueOf(IDCMObject& object, TagKey tag);
-/// The bytes of such a value, which stay its own.
+/// How many bytes of an element's value are there; 0 where there are none, or no such element.
+std::uint32_t StoredSize(IDcmFile& file, TagKey tag);
+/// The whole value of an element as text, padding included; empty where it has none.
+std::string TextOf(IDcmFile& file, TagKey tag);
+/// A value of two bytes as a number; 0 for an absent or another value.
+std::uint16_t UnsignedOf(IDcmFile& file, TagKey tag);
+/// Sets the bytes of an element, and its type.
+void PutBytes(IDCMObject& object, TagKey tag, VrCode type, std::span<const std::uint8_t> bytes);
+void Remove(IDCMObject& object, TagKey tag);
+
+/// The bytes of an array of bytes, which stay its own; none in any other value.
 std::span<const std::uint8_t> BytesIn(const Variant& value);
 
 /// Item `index` of an element; null where there is none.

@@ -5,9 +5,7 @@
 
 #include "base/checked.h"
 #include "base/text.h"
-#include "core/element_text.h"
-#include "escape.h"
-#include "object_walk.h"
+#include "class_object.h"
 #include "reencode.h"
 #include "tag_text.h"
 #include "value_text.h"
@@ -17,11 +15,9 @@ namespace tessaret::tool {
 namespace {
 
 /// A whole number of IS; nothing for an absent or another value.
-std::optional<std::uint64_t> CountIn(const DICOMObject& object, std::uint16_t group,
-                                     std::uint16_t element) {
-  const VR* vr = object.GetVR(group, element);
-  if (vr == nullptr || vr->Data == nullptr) return std::nullopt;
-  std::string_view text = UnpaddedText(*vr);
+std::optional<std::uint64_t> CountIn(IDcmFile& file, TagKey tag) {
+  const std::string value = TextOf(file, tag);
+  std::string_view text = UnpaddedText(value);
   while (text.starts_with(' ') || text.starts_with('+')) text.remove_prefix(1);
   std::uint64_t count = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), count);
@@ -45,20 +41,18 @@ struct PixelShape {
   }
 };
 
-PixelShape ShapeOf(const DICOMObject& object) {
+PixelShape ShapeOf(const SourceFile& source) {
+  const Ref<IDcmFile> file = FileOf(*source.object);
   PixelShape shape;
-  shape.rows = object.GetUINT16(0x0028, 0x0010);
-  shape.columns = object.GetUINT16(0x0028, 0x0011);
-  shape.samples = object.GetUINT16(0x0028, 0x0002);
-  shape.bitsAllocated = object.GetUINT16(0x0028, 0x0100);
-  if (object.GetVR(0x0028, 0x0008) != nullptr)
-    shape.frames = CountIn(object, 0x0028, 0x0008).value_or(1);
-  const VR* interpretation = object.GetVR(0x0028, 0x0004);
+  shape.rows = UnsignedOf(*file, MakeTagKey(0x0028, 0x0010));
+  shape.columns = UnsignedOf(*file, MakeTagKey(0x0028, 0x0011));
+  shape.samples = UnsignedOf(*file, MakeTagKey(0x0028, 0x0002));
+  shape.bitsAllocated = UnsignedOf(*file, MakeTagKey(0x0028, 0x0100));
+  constexpr TagKey kFrames = MakeTagKey(0x0028, 0x0008);
+  if (source.listing.FindOnTop(kFrames)) shape.frames = CountIn(*file, kFrames).value_or(1);
+  const std::string interpretation = TextOf(*file, MakeTagKey(0x0028, 0x0004));
   // Two pixels share their colour: two samples a pixel are stored.
-  if (interpretation != nullptr && UnpaddedText(*interpretation).starts_with("YBR_FULL_422") &&
-      shape.samples == 3) {
-    shape.samples = 2;
-  }
+  if (interpretation.starts_with("YBR_FULL_422") && shape.samples == 3) shape.samples = 2;
   return shape;
 }
 
@@ -66,24 +60,27 @@ std::string Bytes(std::uint64_t count) {
   return Format("%llu bytes", static_cast<unsigned long long>(count));
 }
 
-std::string WhyPixelsAreOdd(const SourceFile& source, const UIDDictionary& uids) {
-  const DICOMObject& object = *source.object;
-  const VR* pixels = object.GetVR(0x7FE0, 0x0010);
-  if (pixels == nullptr) {
-    const VR* sopClass = object.GetVR(0x0008, 0x0016);
-    const UIDEntry* entry = sopClass == nullptr ? nullptr : uids.FindEntry(UnpaddedText(*sopClass));
-    const bool floats =
-        object.GetVR(0x7FE0, 0x0008) != nullptr || object.GetVR(0x7FE0, 0x0009) != nullptr;
-    return entry != nullptr && entry->IsImage && !floats ? "an image without pixel data" : "";
-  }
-  if (pixels->Items != nullptr) return {};
-  const PixelShape shape = ShapeOf(object);
+/// An image as its class says, with no pixels of any kind.
+bool LacksPixels(const SourceFile& source, Host& host) {
+  const bool floats = source.listing.FindOnTop(MakeTagKey(0x7FE0, 0x0008)) ||
+                      source.listing.FindOnTop(MakeTagKey(0x7FE0, 0x0009));
+  if (floats) return false;
+  const std::string sopClass = TextOf(*FileOf(*source.object), MakeTagKey(0x0008, 0x0016));
+  const auto known = host.FindUid(UnpaddedText(sopClass));
+  return known && known->isImage;
+}
+
+std::string WhyPixelsAreOdd(const SourceFile& source, Host& host) {
+  const auto pixels = source.listing.FindOnTop(kPixelDataTag);
+  if (!pixels) return LacksPixels(source, host) ? "an image without pixel data" : "";
+  if (pixels->items != 0) return {};
+  const PixelShape shape = ShapeOf(source);
   const auto wanted = shape.Bytes();
   if (!wanted)
     return "rows, columns, samples, frames and bits name more pixel data than any file holds";
   if (*wanted == 0)
     return "rows, columns, samples, frames and bits leave no room for the pixel data that is there";
-  const std::uint64_t there = pixels->Length;
+  const std::uint64_t there = pixels->length;
   if (there < *wanted) return "pixel data has " + Bytes(there) + " of " + Bytes(*wanted);
   if (there > *wanted + *wanted % 2)
     return "pixel data has " + Bytes(there - *wanted) + " too many";
@@ -91,52 +88,48 @@ std::string WhyPixelsAreOdd(const SourceFile& source, const UIDDictionary& uids)
 }
 
 /// An element that stands behind one of a higher tag, or empty.
-std::string WhyOrderIsOdd(const DICOMObject& object) {
-  const VR* last = nullptr;
-  const VR* late = nullptr;
-  object.Elements.ForEach([&](const VR& vr) {
-    if (late == nullptr && last != nullptr && vr.StreamPosition < last->StreamPosition) late = last;
-    last = &vr;
+std::string WhyOrderIsOdd(const Listing& listing) {
+  std::optional<Element> last;
+  std::optional<Element> late;
+  listing.ForEachOnTop([&](const Element& each) {
+    if (!late && last && each.offset < last->offset) late = last;
+    last = each;
   });
-  if (late == nullptr) return {};
-  return TagText(*late) +
-         Format(" at offset %u stands behind an element of a higher tag", late->StreamPosition);
+  if (!late) return {};
+  return TagText(late->tag) +
+         Format(" at offset %u stands behind an element of a higher tag", late->offset);
 }
 
-class LetterCheck final : public ObjectVisitor {
- public:
-  void OnElement(const VR& vr, const DICOMObject&, int) override {
-    if (vr.Group == kStructuralGroup || FindTraits(vr.TypeCode) != nullptr || !words.empty())
-      return;
-    words = TagText(vr) + Format(" at offset %u", vr.StreamPosition) + " has the letters \"" +
-            TypeLetters(vr.TypeCode) + "\" where the kind of value should stand";
+/// An element, at any depth, whose letters are no type, or empty.
+std::string WhyLettersAreOdd(const Listing& listing) {
+  for (std::size_t row = 0; row < listing.Rows(); ++row) {
+    const bool isOdd = !listing.IsItem(row) && GroupOf(listing.Tag(row)) != kStructuralGroup &&
+                       FindTraits(listing.Type(row)) == nullptr;
+    if (!isOdd) continue;
+    const Element element = listing.At(row);
+    if (element.items != 0) continue;
+    return TagText(element.tag) + Format(" at offset %u", element.offset) + " has the letters \"" +
+           TypeLetters(element.type) + "\" where the kind of value should stand";
   }
-  void OnSequence(const VR&, const DICOMObject&, int) override {}
-  void OnSequenceEnd(const VR&, int) override {}
-  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int) override {}
-  void OnItemEnd(const VR&, int) override {}
-
-  std::string words;
-};
+  return {};
+}
 
 }  // namespace
 
 std::vector<std::string> FindOddElements(const SourceFile& source) {
-  LetterCheck letters;
-  WalkObject(*source.object, letters);
   std::vector<std::string> oddities;
-  for (std::string words : {WhyOrderIsOdd(*source.object), letters.words}) {
+  for (std::string words : {WhyOrderIsOdd(source.listing), WhyLettersAreOdd(source.listing)}) {
     if (!words.empty()) oddities.push_back(std::move(words));
   }
   return oddities;
 }
 
-std::vector<std::string> FindOddities(const SourceFile& source, const UIDDictionary& uids) {
+std::vector<std::string> FindOddities(const SourceFile& source, Host& host) {
   std::vector<std::string> oddities;
-  if (std::string words = WhyPixelsAreOdd(source, uids); !words.empty())
+  if (std::string words = WhyPixelsAreOdd(source, host); !words.empty())
     oddities.push_back(std::move(words));
   for (std::string& words : FindOddElements(source)) oddities.push_back(std::move(words));
-  if (source.bigEndian && HasPixelsOfDoubtfulOrder(*source.object)) {
+  if (source.IsBigEndian() && HasPixelsOfDoubtfulOrder(source)) {
     oddities.emplace_back(
         "the order of the bytes in the pixel data is not certain, since programs write big endian "
         "pixels of this size in two ways");

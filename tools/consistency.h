@@ -4,7 +4,6 @@
 #include <string>
 #include <vector>
 
-#include "core/uid_dictionary.h"
 #include "source_file.h"
 
 namespace tessaret::tool {
@@ -13,6 +12,6 @@ namespace tessaret::tool {
 std::vector<std::string> FindOddElements(const SourceFile& source);
 
 /// What is odd in `source`, a sentence each, the elements included. Requires: its object is there and loaded with pixels.
-std::vector<std::string> FindOddities(const SourceFile& source, const UIDDictionary& uids);
+std::vector<std::string> FindOddities(const SourceFile& source, Host& host);
 
 }  // namespace tessaret::tool

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "character_sets.h"
-#include "core/type_code.h"
 #include "escape.h"
+#include "type_code.h"
 
 namespace tessaret::tool {
 

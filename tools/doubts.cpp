@@ -13,28 +13,20 @@
 namespace tessaret::tool {
 namespace {
 
-constexpr std::uint16_t kMetaGroup = 0x0002;
 constexpr std::uint32_t kShortHead = 8;  // tag, letters, 16-bit length
 
-/// True when an element of `owner` was read from further on than `vr`.
-bool IsFollowed(const VR& vr, const DICOMObject& owner) {
+/// True when an element of `owner` was read from further on than `element`.
+bool IsFollowed(const Element& element, const DataSet& owner) {
   bool followed = false;
-  owner.Elements.ForEach(
-      [&](const VR& other) { followed = followed || other.StreamPosition > vr.StreamPosition; });
+  owner.ForEach([&](const Element& other) {
+    followed = other.offset > element.offset;
+    return !followed;
+  });
   return followed;
 }
 
-std::string Place(const VR& vr) { return TagText(vr) + Format(" at offset %u", vr.StreamPosition); }
-
-/// True when an item of `sequence` holds an element whose letters are no type.
-bool HoldsUnknownTypes(const VR& sequence) {
-  bool unknown = false;
-  for (const ItemArray::Node* node = sequence.Items->First; node != nullptr; node = node->next) {
-    if (node->value == nullptr) continue;
-    node->value->Elements.ForEach(
-        [&](const VR& vr) { unknown = unknown || FindTraits(vr.TypeCode) == nullptr; });
-  }
-  return unknown;
+std::string Place(const Element& element) {
+  return TagText(element.tag) + Format(" at offset %u", element.offset);
 }
 
 /// Types are capital letters; programs have been seen to write blanks and other signs, but no control characters.
@@ -44,44 +36,43 @@ bool CouldBeLetters(VrCode type) {
 }
 
 /// Whether the length that was read in the implicit form begins with the letters of the element's own type.
-bool HoldsItsLetters(const VR& vr) {
-  return vr.TypeCode == ((vr.Length & 0xFF) << 8 | (vr.Length >> 8 & 0xFF));
+bool HoldsItsLetters(const Element& element) {
+  return element.type == ((element.length & 0xFF) << 8 | (element.length >> 8 & 0xFF));
 }
 
-bool IsKnown(TagKey tag, const RTC& dictionary) { return dictionary.Find(tag) != nullptr; }
-
-/// The element of the data set that was read first, or null.
-const VR* FirstRead(const DICOMObject& object) {
-  const VR* first = nullptr;
-  object.Elements.ForEach([&](const VR& vr) {
-    const bool isEarlier = first == nullptr || vr.StreamPosition < first->StreamPosition;
-    if (vr.Group > kMetaGroup && isEarlier) first = &vr;
+/// The element of the data set that was read first.
+std::optional<Element> FirstRead(const Listing& listing) {
+  std::optional<Element> first;
+  listing.ForEachOnTop([&](const Element& each) {
+    const bool isEarlier = !first || each.offset < first->offset;
+    if (GroupOf(each.tag) > kMetaGroup && isEarlier) first = each;
   });
   return first;
 }
 
 class DoubtSearch final : public ObjectVisitor {
  public:
-  DoubtSearch(const Reading& reading, const RTC& dictionary)
-      : reading_(reading), dictionary_(dictionary) {}
+  DoubtSearch(const Listing& listing, const Reading& reading, Host& host)
+      : listing_(listing), reading_(reading), host_(host) {}
 
-  void OnElement(const VR& vr, const DICOMObject& owner, int) override {
-    if (!reading_.isExplicit || vr.Group == kStructuralGroup) return;
-    if (!CouldBeLetters(vr.TypeCode) && noLetters.empty())
-      noLetters = Place(vr) + " does not read as explicit; what was read is not to be trusted";
-    if (vr.Length == 0 && IsLongByTheStandardOnly(vr.TypeCode) && !IsFollowedProperly(vr, owner)) {
-      Doubt("the length of " + Place(vr) +
+  void OnElement(const Element& element, DataSet& owner, int) override {
+    if (!reading_.isExplicit || GroupOf(element.tag) == kStructuralGroup) return;
+    if (!CouldBeLetters(element.type) && noLetters.empty())
+      noLetters = Place(element) + " does not read as explicit; what was read is not to be trusted";
+    if (element.length == 0 && IsLongByTheStandardOnly(element.type) &&
+        !IsFollowedProperly(element, owner)) {
+      Doubt("the length of " + Place(element) +
             " is in a form that is not read here; what follows is not to be trusted");
     }
   }
-  void OnSequence(const VR& vr, const DICOMObject&, int) override {
-    const bool isUnknown = reading_.isExplicit && vr.TypeCode == type_code::UN;
-    if (isUnknown && (HoldsUnknownTypes(vr) || LacksLettersSomewhere()))
-      Doubt("the items of " + Place(vr) + " are in a form that is not read here");
+  void OnSequence(const Element& sequence, DataSet&, int) override {
+    const bool isUnknown = reading_.isExplicit && sequence.type == type_code::UN;
+    if (isUnknown && (HoldsUnknownTypes(sequence) || LacksLettersSomewhere()))
+      Doubt("the items of " + Place(sequence) + " are in a form that is not read here");
   }
-  void OnSequenceEnd(const VR&, int) override {}
-  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int) override {}
-  void OnItemEnd(const VR&, int) override {}
+  void OnSequenceEnd(const Element&, DataSet&, int) override {}
+  void OnItem(const Element&, std::uint32_t, DataSet&, int) override {}
+  void OnItemEnd(const Element&, int) override {}
 
   std::string words;
   std::string noLetters;  // of an element that often follows from one of the others
@@ -91,82 +82,89 @@ class DoubtSearch final : public ObjectVisitor {
     if (words.empty()) words = why;
   }
 
+  /// True when an item of `sequence` holds an element whose letters are no type.
+  [[nodiscard]] bool HoldsUnknownTypes(const Element& sequence) const {
+    const int level = listing_.Level(sequence.row) + 1;
+    for (std::size_t row = sequence.row + 1; row < listing_.Rows(); ++row) {
+      if (listing_.Level(row) < level) return false;
+      const bool isInItem = listing_.Level(row) == level && !listing_.IsItem(row);
+      if (isInItem && FindTraits(listing_.Type(row)) == nullptr) return true;
+    }
+    return false;
+  }
+
   [[nodiscard]] bool LacksLettersSomewhere() const {
-    return std::ranges::any_of(reading_.oddities, [](const ParseOddity& oddity) {
-      return oddity.kind == ParseOddity::Kind::kNoLetters;
+    return std::ranges::any_of(reading_.oddities, [](const ReadingOddity& oddity) {
+      return oddity.kind == ODDITY_NO_LETTERS;
     });
   }
 
-  /// True when what was read behind the head of `vr` can be the rest of a file that was read rightly: nothing, or an element
+  /// True when what was read behind the head of `element` can be the rest of a file that was read rightly: nothing, or an element
   /// of a higher tag that exists. The rest of a misread length comes out as a tag of an even group, mostly as a group length.
-  [[nodiscard]] bool IsFollowedProperly(const VR& vr, const DICOMObject& owner) const {
-    const std::uint32_t end = vr.StreamPosition + kShortHead;
-    const ParseStop& stop = reading_.stop;
-    const bool cut = stop.why != ParseStop::Why::kNone && stop.why != ParseStop::Why::kPixelData;
-    if (cut && stop.position == end) return false;
-    const VR* next = owner.GetNextVR(&vr);
-    if (next == nullptr) return !IsFollowed(vr, owner);
-    const bool isGroupLength = next->TypeCode == type_code::UL && next->Length == 4;
-    const bool exists = next->Group % 2 != 0 || IsKnown(next->Key(), dictionary_);
-    return next->StreamPosition == end && exists && (next->Element != 0 || isGroupLength) &&
-           FindTraits(next->TypeCode) != nullptr;
+  [[nodiscard]] bool IsFollowedProperly(const Element& element, const DataSet& owner) const {
+    const std::uint32_t end = element.offset + kShortHead;
+    const bool cut = reading_.end.why != READ_TO_THE_END && reading_.end.why != READ_TO_PIXELS;
+    if (cut && reading_.end.offset == end) return false;
+    const auto next = owner.Next(element);
+    if (!next) return !IsFollowed(element, owner);
+    const bool isGroupLength = next->type == type_code::UL && next->length == 4;
+    const bool exists = GroupOf(next->tag) % 2 != 0 || host_.Knows(next->tag);
+    return next->offset == end && exists && (ElementOf(next->tag) != 0 || isGroupLength) &&
+           FindTraits(next->type) != nullptr;
   }
 
+  const Listing& listing_;
   const Reading& reading_;
-  const RTC& dictionary_;
+  Host& host_;
 };
 
 /// Why the data set does not seem to be in the form or the order in which it was read, or empty.
-std::string WhyEncodingIsAnother(const DICOMObject& object, const Reading& reading,
-                                 const RTC& dictionary) {
-  const VR* first = FirstRead(object);
-  if (first == nullptr) return {};
+std::string WhyEncodingIsAnother(const Listing& listing, const Reading& reading, Host& host) {
+  const auto first = FirstRead(listing);
+  if (!first) return {};
   if (!reading.isExplicit && HoldsItsLetters(*first))
     return Place(*first) + " does not read as implicit; what was read is not to be trusted";
   const TagKey turned =
-      MakeTagKey(__builtin_bswap16(first->Group), __builtin_bswap16(first->Element));
-  if (!IsKnown(first->Key(), dictionary) && IsKnown(turned, dictionary))
+      MakeTagKey(__builtin_bswap16(GroupOf(first->tag)), __builtin_bswap16(ElementOf(first->tag)));
+  if (!host.Knows(first->tag) && host.Knows(turned))
     return Place(*first) + " reads in the wrong byte order; what was read is not to be trusted";
   return {};
 }
 
 /// What an oddity means for people; a warning does not make the content doubtful.
 struct OddityWords {
-  ParseOddity::Kind kind;
+  _EnumReadingOddity kind;
   bool isWarning;
   std::string_view before;
   std::string_view behind;
 };
 
-using Kind = ParseOddity::Kind;
-
 constexpr OddityWords kOddityWords[] = {
-    {Kind::kCutByView, false, "the length of ", " goes beyond what it stands in"},
-    {Kind::kWrongLength, true, "the length of ", " does not fit what it holds"},
-    {Kind::kElementInSequence, false, "", " stands in a sequence, but in no item"},
-    {Kind::kItemOutside, false, "an item without a sequence: ", ""},
-    {Kind::kStrayFragment, false, "", " stands among the fragments of pixel data"},
-    {Kind::kNotASequence, false, "", " has an undefined length, which its type does not allow"},
-    {Kind::kNoDelimiter, true, "", " has no delimiter behind it"},
-    {Kind::kStrayDelimiter, true, "stray delimiter ", ""},
-    {Kind::kWrongDelimiter, true, "", " is not the delimiter that is due"},
-    {Kind::kLateSyntax, true, "", " stands behind the meta header and is dropped"},
-    {Kind::kNoLetters, true, "", " has zeros where the letters of its type should stand"},
-    {Kind::kTwice, true, "", " is there twice; the last one counts"},
+    {ODDITY_VALUE_BEYOND_ITEM, false, "the length of ", " goes beyond what it stands in"},
+    {ODDITY_WRONG_LENGTH, true, "the length of ", " does not fit what it holds"},
+    {ODDITY_ELEMENT_IN_SEQUENCE, false, "", " stands in a sequence, but in no item"},
+    {ODDITY_ITEM_OUTSIDE, false, "an item without a sequence: ", ""},
+    {ODDITY_STRAY_FRAGMENT, false, "", " stands among the fragments of pixel data"},
+    {ODDITY_NOT_A_SEQUENCE, false, "", " has an undefined length, which its type does not allow"},
+    {ODDITY_NO_DELIMITER, true, "", " has no delimiter behind it"},
+    {ODDITY_STRAY_DELIMITER, true, "stray delimiter ", ""},
+    {ODDITY_WRONG_DELIMITER, true, "", " is not the delimiter that is due"},
+    {ODDITY_LATE_SYNTAX, true, "", " stands behind the meta header and is dropped"},
+    {ODDITY_NO_LETTERS, true, "", " has zeros where the letters of its type should stand"},
+    {ODDITY_TWICE, true, "", " is there twice; the last one counts"},
 };
-static_assert(std::size(kOddityWords) == ParseOddity::kKinds);
 
 /// The words for `oddity` where it is a warning, or where it is none; otherwise empty.
-std::string WordsFor(const ParseOddity& oddity, bool asWarning) {
+std::string WordsFor(const ReadingOddity& oddity, bool asWarning) {
   const auto* row = std::ranges::find(kOddityWords, oddity.kind, &OddityWords::kind);
-  if (row->isWarning != asWarning) return {};
-  return std::string(row->before) + TagText(oddity.group, oddity.element) +
-         Format(" at offset %llu", static_cast<unsigned long long>(oddity.position)) +
+  if (row == std::end(kOddityWords) || row->isWarning != asWarning) return {};
+  return std::string(row->before) + TagText(oddity.tag) +
+         Format(" at offset %llu", static_cast<unsigned long long>(oddity.offset)) +
          std::string(row->behind);
 }
 
 std::string FirstDoubtfulOddity(const Reading& reading) {
-  for (const ParseOddity& oddity : reading.oddities) {
+  for (const ReadingOddity& oddity : reading.oddities) {
     if (std::string words = WordsFor(oddity, false); !words.empty()) return words;
   }
   return {};
@@ -174,11 +172,12 @@ std::string FirstDoubtfulOddity(const Reading& reading) {
 
 }  // namespace
 
-std::string WhyToDoubt(const DICOMObject& object, const Reading& reading, const RTC& dictionary) {
-  if (std::string words = WhyEncodingIsAnother(object, reading, dictionary); !words.empty())
+std::string WhyToDoubt(const Listing& listing, const Ref<IDCMObject>& object,
+                       const Reading& reading, Host& host) {
+  if (std::string words = WhyEncodingIsAnother(listing, reading, host); !words.empty())
     return words;
-  DoubtSearch search(reading, dictionary);
-  WalkObject(object, search);
+  DoubtSearch search(listing, reading, host);
+  WalkObject(listing, object, search);
   if (!search.words.empty()) return search.words;
   if (!search.noLetters.empty()) return search.noLetters;
   return FirstDoubtfulOddity(reading);
@@ -186,7 +185,7 @@ std::string WhyToDoubt(const DICOMObject& object, const Reading& reading, const 
 
 std::vector<std::string> Warnings(const Reading& reading) {
   std::vector<std::string> warnings;
-  for (const ParseOddity& oddity : reading.oddities) {
+  for (const ReadingOddity& oddity : reading.oddities) {
     if (std::string words = WordsFor(oddity, true); !words.empty())
       warnings.push_back(std::move(words));
   }

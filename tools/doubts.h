@@ -5,20 +5,15 @@
 #include <string>
 #include <vector>
 
-#include "core/data_set_coder.h"
-#include "core/dicom_object.h"
-#include "core/rtc.h"
+#include <tessaret/tessaret.hpp>
+
+#include "host.h"
+#include "listing.h"
+#include "reading.h"
 
 namespace tessaret::tool {
 
-/// What the reading of a data set left behind, beside the object.
-struct Reading {
-  bool isExplicit = false;
-  ParseStop stop;
-  std::vector<ParseOddity> oddities;
-};
-
-/// Why `object`, read as `reading` tells, is not to be trusted; empty when nothing speaks against it. These things do:
+/// Why `object` with all that `listing` has of it, read as `reading` tells, is not to be trusted; empty when nothing speaks against it. These things do:
 ///  - Some types of element carry a 32-bit length in the files of today where the readers, which know the five of old, take
 ///    16 bits. In the explicit form such an element comes out empty and what follows it as nonsense.
 ///  - What is in an element of type UN and undefined length is implicit whatever surrounds it (DICOM PS3.5, 6.2.2), where the
@@ -27,7 +22,8 @@ struct Reading {
 ///    bytes of a length, whose length is the letters of their type, or whose tags are turned round. Where zeros follow, as in
 ///    dark images, such a reading comes to a clean end.
 ///  - What the readers find odd in the nesting or among fragments: something lands elsewhere than it stood, or is dropped.
-std::string WhyToDoubt(const DICOMObject& object, const Reading& reading, const RTC& dictionary);
+std::string WhyToDoubt(const Listing& listing, const Ref<IDCMObject>& object,
+                       const Reading& reading, Host& host);
 
 /// What is odd in `reading`, but takes nothing from the content that a user would not expect, a sentence each.
 std::vector<std::string> Warnings(const Reading& reading);

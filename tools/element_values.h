@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "character_sets.h"
-#include "core/type_code.h"
 #include "keywords.h"
+#include "type_code.h"
 
 namespace tessaret::tool {
 

@@ -2,53 +2,18 @@
 
 #include <unistd.h>
 
-#include "core/module_dictionaries.h"
-#include "platform/module_path.h"
+#include "class_object.h"
 #include "standard_streams.h"
 #include "vr_traits.h"
 
 namespace tessaret::tool {
-namespace {
-
-/// What the library tells its host of a failed start, and the line or the system's words that it keeps beside that.
-std::string WithReason(const std::string& words) {
-  const std::string& reason = ModuleDictionary().LastErrorText();
-  return reason.empty() ? words : words + ": " + reason;
-}
-
-/// The library's words always name the file of the data dictionary, but not that of the UID dictionary.
-std::string WithFile(const std::string& words, const std::string& directory) {
-  if (words.find('[' + directory) != std::string::npos) return words;
-  return "Error reading [" + directory + kUidDictionaryFile + "]: " + words;
-}
-
-}  // namespace
-
-void Host::LoadDictionaries() {
-  if (dictionariesLoaded_) return;
-  const std::string directory = ModuleDirectory();
-  std::string why;
-  const MessageSink keepWords = [&why](const std::string& text, const std::string&) { why = text; };
-  if (!StartDictionaries(directory, keepWords))
-    throw DictionaryError(WithFile(WithReason(why), directory));
-  dictionariesLoaded_ = true;
-}
-
-const RTC& Host::Tags() {
-  LoadDictionaries();
-  return ModuleDictionary();
-}
-
-const UIDDictionary& Host::Uids() {
-  LoadDictionaries();
-  return ModuleUidDictionary();
-}
 
 IDcmDictionary& Host::Dictionary() {
-  // First, for their words are better than those of a class that cannot be made.
-  LoadDictionaries();
-  if (!dictionary_ && Failed(Create("Tessaret.DcmDictionary", dictionary_)))
-    throw DictionaryError(LastError().text);
+  if (dictionary_) return *dictionary_;
+  // First, for its words are better than those of a class that cannot be made.
+  const bool isThere =
+      !Failed(StartLibrary()) && !Failed(Create("Tessaret.DcmDictionary", dictionary_));
+  if (!isThere) throw DictionaryError(LastError().text);
   return *dictionary_;
 }
 
@@ -57,17 +22,37 @@ Keywords& Host::ElementKeywords() {
   return *keywords_;
 }
 
-VrCode Host::TypeOfElement(TagKey tag) {
+std::optional<KnownElement> Host::FindElement(TagKey tag) {
   String letters;
   String name;
   VariantBool found;
-  Dictionary().GetVRDescription(GroupOf(tag), ElementOf(tag), &letters, &name, &found);
-  return found.IsTrue() ? TypeCodeOf(letters.Narrow()) : type_code::kNone;
+  Require(Dictionary().GetVRDescription(GroupOf(tag), ElementOf(tag), &letters, &name, &found));
+  if (!found.IsTrue()) return std::nullopt;
+  return KnownElement{TypeCodeOf(letters.Narrow()), name.Narrow()};
+}
+
+VrCode Host::TypeOfElement(TagKey tag) {
+  const auto [place, isNew] = types_.try_emplace(tag, type_code::kNone);
+  if (!isNew) return place->second;
+  if (const auto known = FindElement(tag)) place->second = known->type;
+  return place->second;
+}
+
+std::optional<KnownUid> Host::FindUid(std::string_view uid) {
+  String name;
+  String type;
+  String modality;
+  VariantBool isImage;
+  VariantBool found;
+  Require(Dictionary().GetUIDDescription(String::FromNarrow(uid), &name, &type, &modality, &isImage,
+                                         &found));
+  if (!found.IsTrue()) return std::nullopt;
+  return KnownUid{name.Narrow(), isImage.IsTrue()};
 }
 
 std::string Host::NameOfUid(std::string_view uid) {
-  const UIDEntry* entry = Uids().FindEntry(uid);
-  return entry == nullptr ? std::string() : entry->Description;
+  const auto known = FindUid(uid);
+  return known ? known->name : std::string();
 }
 
 bool Host::ColoursOutput() const {

@@ -2,17 +2,17 @@
 #pragma once
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 
 #include <tessaret/tessaret.hpp>
 
-#include "core/rtc.h"
-#include "core/type_code.h"
-#include "core/uid_dictionary.h"
 #include "keywords.h"
 #include "messages.h"
 #include "output.h"
+#include "type_code.h"
 
 namespace tessaret::tool {
 
@@ -28,36 +28,45 @@ class DictionaryError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+struct KnownElement {
+  VrCode type = type_code::kNone;
+  std::string name;
+};
+
+struct KnownUid {
+  std::string name;
+  bool isImage = false;  // objects of this class are images
+};
+
 class Host {
  public:
   Output output;
   Messages messages;
   CommonOptions options;
 
-  /// The dictionaries of the library, loaded at the first call. Throws DictionaryError.
-  const RTC& Tags();
-  const UIDDictionary& Uids();
-
-  /// The dictionaries as the public interface has them. Throws DictionaryError.
+  /// The dictionaries of the library, loaded at the first call, which comes before any object is made. Throws DictionaryError.
   IDcmDictionary& Dictionary();
 
   /// The elements by their keywords. Throws DictionaryError.
   Keywords& ElementKeywords();
-  /// The type that the dictionary has for an element; none for an unknown one. Throws DictionaryError.
+  /// What the dictionary has for an element; nothing for an unknown one. Throws DictionaryError.
+  std::optional<KnownElement> FindElement(TagKey tag);
+  /// The type of that; none for an unknown one. Kept, for those who ask for every element of a file.
   VrCode TypeOfElement(TagKey tag);
+  bool Knows(TagKey tag) { return TypeOfElement(tag) != type_code::kNone; }
 
-  /// The name that the dictionary has for a UID; empty for an unknown one.
+  /// What the dictionary has for a UID; nothing for an unknown one. Throws DictionaryError.
+  std::optional<KnownUid> FindUid(std::string_view uid);
+  /// The name of that; empty for an unknown one.
   std::string NameOfUid(std::string_view uid);
 
   /// True when results may be coloured.
   [[nodiscard]] bool ColoursOutput() const;
 
  private:
-  void LoadDictionaries();
-
-  bool dictionariesLoaded_ = false;
   Ref<IDcmDictionary> dictionary_;
   std::optional<Keywords> keywords_;
+  std::unordered_map<TagKey, VrCode> types_;
 };
 
 }  // namespace tessaret::tool

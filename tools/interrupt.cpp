@@ -4,8 +4,8 @@
 #include <unistd.h>
 
 #include <atomic>
-#include <cerrno>
-#include <cstddef>
+
+#include <tessaret/tessaret.hpp>
 
 #include "platform/file_calls.h"
 
@@ -21,6 +21,9 @@ ExitCode CodeOf(int signal) {
 
 void OnInterrupt(int signal) {
   if (signalMet.exchange(signal) != 0) ::_exit(static_cast<int>(CodeOf(signal)));
+  // Of the library, and of the tool itself.
+  CancelFiles(true);
+  CancelFileCalls(true);
   ::alarm(1);
 }
 
@@ -32,28 +35,6 @@ void Handle(int signal, void (*handler)(int)) {
   action.sa_handler = handler;
   ::sigemptyset(&action.sa_mask);
   ::sigaction(signal, &action, nullptr);
-}
-
-/// Cancels what would take long or bring something to its place; closing and tidying up go on.
-int CancelWhenInterrupted(FileCall call, std::size_t&) {
-  if (!IsInterrupted()) return 0;
-  switch (call) {
-    case FileCall::kOpen:
-    case FileCall::kRead:
-    case FileCall::kWrite:
-    case FileCall::kSync:
-    case FileCall::kRename:
-    case FileCall::kLink:
-      return ECANCELED;
-    case FileCall::kClose:
-    case FileCall::kSeek:
-    case FileCall::kStat:
-    case FileCall::kRemove:
-    case FileCall::kMode:
-    case FileCall::kLock:
-      break;
-  }
-  return 0;
 }
 
 bool IsIgnored(int signal) {
@@ -71,7 +52,6 @@ void WatchForInterrupts() {
     // Whoever started the tool with the signal ignored, as a shell does for work in the background, meant that.
     if (!IsIgnored(signal)) Handle(signal, &OnInterrupt);
   }
-  SetFileCallHook(&CancelWhenInterrupted);
 }
 
 bool IsInterrupted() { return signalMet.load(std::memory_order_relaxed) != 0; }

@@ -1,7 +1,6 @@
 #include "json_dump.h"
 
 #include "character_set_stack.h"
-#include "core/element_text.h"
 #include "json_values.h"
 #include "object_walk.h"
 
@@ -10,59 +9,59 @@ namespace {
 
 class JsonDump final : public ObjectVisitor {
  public:
-  JsonDump(const DICOMObject& object, JsonWriter& json) : json_(json), sets_(object) {}
+  JsonDump(IDCMObject& object, JsonWriter& json) : json_(json), sets_(object) {}
 
-  void OnElement(const VR& vr, const DICOMObject&, int) override {
-    if (vr.Group == kStructuralGroup) {
+  void OnElement(const Element& element, DataSet& owner, int) override {
+    ValueBytes bytes(owner.File(), element.tag, element.hasValue ? element.length : 0);
+    if (GroupOf(element.tag) == kStructuralGroup) {
       json_.BeginObject();
-      BytesValue(vr);
+      BytesValue(element, bytes);
       json_.EndObject();
       return;
     }
-    Begin(vr);
-    Value(vr);
+    Begin(element);
+    Value(element, bytes);
     json_.EndObject();
   }
 
-  void OnSequence(const VR& vr, const DICOMObject&, int) override {
-    Begin(vr);
-    json_.Key(HoldsFragments(vr) ? "fragments" : "Value").BeginArray();
+  void OnSequence(const Element& sequence, DataSet&, int) override {
+    Begin(sequence);
+    json_.Key(HoldsFragments(sequence) ? "fragments" : "Value").BeginArray();
   }
-  void OnSequenceEnd(const VR&, int) override { json_.EndArray().EndObject(); }
-  void OnItem(const VR& sequence, std::uint32_t, const DICOMObject& item, int) override {
+  void OnSequenceEnd(const Element&, DataSet&, int) override { json_.EndArray().EndObject(); }
+  void OnItem(const Element& sequence, std::uint32_t, DataSet& item, int) override {
     sets_.Enter(item);
     if (!HoldsFragments(sequence)) json_.BeginObject();
   }
-  void OnItemEnd(const VR& sequence, int) override {
+  void OnItemEnd(const Element& sequence, int) override {
     sets_.Leave();
     if (!HoldsFragments(sequence)) json_.EndObject();
   }
 
  private:
-  static bool HoldsFragments(const VR& sequence) { return sequence.Key() == kPixelDataTag; }
+  static bool HoldsFragments(const Element& sequence) { return sequence.tag == kPixelDataTag; }
 
-  void Begin(const VR& vr) {
-    json_.Key(JsonTag(vr.Group, vr.Element)).BeginObject();
-    json_.Member(
-        "vr", TypeLetters(vr.Items == nullptr || HoldsFragments(vr) ? vr.TypeCode : type_code::SQ));
+  void Begin(const Element& element) {
+    json_.Key(JsonTag(element.tag)).BeginObject();
+    const bool hasItsType = element.items == 0 || HoldsFragments(element);
+    json_.Member("vr", TypeLetters(hasItsType ? element.type : type_code::SQ));
   }
 
-  void Value(const VR& vr) {
-    if (vr.Length == 0) return;
-    if (vr.Data == nullptr) {
-      if (vr.TypeCode != type_code::SQ) json_.Member("length", std::uint64_t{vr.Length});
+  void Value(const Element& element, ValueBytes& bytes) {
+    if (element.length == 0) return;
+    if (!element.hasValue) {
+      if (element.type != type_code::SQ) json_.Member("length", std::uint64_t{element.length});
       return;
     }
-    if (!WriteValues(json_, vr.TypeCode, {vr.Data, vr.Length}, sets_.Here(),
-                     DecimalText::kAsWritten))
-      BytesValue(vr);
+    if (!WriteValues(json_, element.type, bytes, sets_.Here(), DecimalText::kAsWritten))
+      BytesValue(element, bytes);
   }
 
-  void BytesValue(const VR& vr) {
-    if (vr.Data != nullptr && vr.Length <= kLongestInlineBinary) {
-      WriteInlineBinary(json_, {vr.Data, vr.Length});
+  void BytesValue(const Element& element, ValueBytes& bytes) {
+    if (element.hasValue && element.length <= kLongestInlineBinary) {
+      WriteInlineBinary(json_, bytes);
     } else {
-      json_.Member("length", std::uint64_t{vr.Length});
+      json_.Member("length", std::uint64_t{element.length});
     }
   }
 
@@ -72,10 +71,10 @@ class JsonDump final : public ObjectVisitor {
 
 }  // namespace
 
-void DumpJson(const DICOMObject& object, JsonWriter& json) {
+void DumpJson(const SourceFile& source, JsonWriter& json) {
   json.BeginObject();
-  JsonDump dump(object, json);
-  WalkObject(object, dump);
+  JsonDump dump(*source.object, json);
+  WalkObject(source.listing, source.object, dump);
   json.EndObject();
 }
 

@@ -12,7 +12,8 @@ namespace tessaret::tool {
 namespace {
 
 // Whole groups of three bytes, so that portions can be joined.
-constexpr std::size_t kPortion = std::size_t{3} * 16 * 1024;
+constexpr std::uint32_t kPortion = ValueBytes::kPortion;
+static_assert(kPortion % 3 == 0);
 
 std::string Base64(std::span<const std::uint8_t> bytes) {
   constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -106,7 +107,7 @@ std::string JsonTagOf(const std::string& text) {
   return digits;
 }
 
-void WriteNumbers(JsonWriter& json, VrCode type, const std::uint8_t* bytes, std::size_t count) {
+void WriteNumbers(JsonWriter& json, VrCode type, ValueBytes& bytes, std::size_t count) {
   const bool tag = KindOf(type) == ValueKind::kTag;
   json.Key("Value").BeginArray();
   for (std::size_t index = 0; index < count; ++index) {
@@ -123,29 +124,36 @@ void WriteNumbers(JsonWriter& json, VrCode type, const std::uint8_t* bytes, std:
 
 }  // namespace
 
-std::string JsonTag(std::uint16_t group, std::uint16_t element) {
-  return Format("%04X%04X", group, element);
-}
+std::string JsonTag(TagKey tag) { return Format("%04X%04X", GroupOf(tag), ElementOf(tag)); }
 
-bool WriteValues(JsonWriter& json, VrCode type, std::span<const std::uint8_t> bytes,
-                 const CharacterSets& sets, DecimalText decimals) {
+bool WriteValues(JsonWriter& json, VrCode type, ValueBytes& bytes, const CharacterSets& sets,
+                 DecimalText decimals) {
   const ValueKind kind = KindOf(type);
   if (kind == ValueKind::kText || kind == ValueKind::kUid) {
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    WriteTexts(json, type, UnpaddedText(text), sets, decimals);
+    WriteTexts(json, type, UnpaddedText(bytes.Text()), sets, decimals);
     return true;
   }
-  const auto count = NumberCount(type, bytes.size());
-  if (count && *count > 0) WriteNumbers(json, type, bytes.data(), *count);
+  const auto count = NumberCount(type, bytes.Size());
+  if (count && *count > 0) WriteNumbers(json, type, bytes, *count);
   return count.has_value();
 }
 
 void WriteInlineBinary(JsonWriter& json, std::span<const std::uint8_t> bytes) {
   json.Key("InlineBinary").Raw("\"");
   while (!bytes.empty()) {
-    const auto portion = bytes.first(std::min(bytes.size(), kPortion));
+    const auto portion = bytes.first(std::min<std::size_t>(bytes.size(), kPortion));
     json.More(Base64(portion));
     bytes = bytes.subspan(portion.size());
+  }
+  json.More("\"");
+}
+
+void WriteInlineBinary(JsonWriter& json, ValueBytes& bytes) {
+  json.Key("InlineBinary").Raw("\"");
+  for (std::uint32_t at = 0; at < bytes.Size(); at += kPortion) {
+    const std::uint32_t count = std::min(kPortion, bytes.Size() - at);
+    json.More(Base64({bytes.At(at, count), count}));
+    if (count < kPortion) break;
   }
   json.More("\"");
 }

@@ -9,7 +9,7 @@
 
 #include <tessaret/tessaret.hpp>
 
-#include "core/tag.h"
+#include "tag.h"
 
 namespace tessaret::tool {
 

@@ -4,7 +4,6 @@
 
 #include "base/text.h"
 #include "character_set_stack.h"
-#include "core/element_text.h"
 #include "decoded_text.h"
 #include "escape.h"
 #include "object_walk.h"
@@ -37,39 +36,37 @@ constexpr std::string_view kNotKept = "-";
 
 class LineDump final : public ObjectVisitor {
  public:
-  LineDump(const DICOMObject& object, const LineDumpOptions& options, Host& host)
+  LineDump(IDCMObject& object, const LineDumpOptions& options, Host& host)
       : host_(host),
         sets_(object),
         most_(options.wholeValues ? kNoLimit : kLongestValue),
         colours_(host.ColoursOutput()) {}
 
-  void OnElement(const VR& vr, const DICOMObject& owner, int level) override {
-    if (vr.Group == kStructuralGroup) return Fragment(vr, level);
-    if (vr.TypeCode == type_code::SQ) return Sequence(vr, owner, level);
-    const std::string description = Description(vr, owner);
-    Line(ElementIndent(level), TagText(vr), Letters(vr),
-         ShownValue(vr, most_, sets_.Here()) + UidNames(vr),
-         {Length(vr), Multiplicity(vr), description});
+  void OnElement(const Element& element, DataSet& owner, int level) override {
+    if (GroupOf(element.tag) == kStructuralGroup) return Fragment(element, owner, level);
+    if (element.type == type_code::SQ) return Sequence(element, owner, level);
+    const std::string description = Description(element.tag, owner);
+    ShownValue value(element, owner);
+    Line(ElementIndent(level), TagText(element.tag), Letters(element),
+         value.Shown(most_, sets_.Here()) + UidNames(element, value),
+         {Length(element), value.Multiplicity(), description});
   }
 
-  void OnSequence(const VR& vr, const DICOMObject& owner, int level) override {
-    if (vr.Data != nullptr) OnElement(vr, owner, level);
-    Sequence(vr, owner, level);
+  void OnSequence(const Element& sequence, DataSet& owner, int level) override {
+    if (sequence.hasValue) OnElement(sequence, owner, level);
+    Sequence(sequence, owner, level);
   }
 
-  void OnSequenceEnd(const VR&, int level) override {
-    Line(ElementIndent(level), TagText(kStructuralGroup, kSequenceDelimiterElement), "na",
-         "(SequenceDelimitationItem)", {"0", 0, "Sequence Delimitation Item"});
-  }
+  void OnSequenceEnd(const Element&, DataSet&, int level) override { SequenceEnd(level); }
 
-  void OnItem(const VR& sequence, std::uint32_t, const DICOMObject& item, int level) override {
+  void OnItem(const Element& sequence, std::uint32_t, DataSet& item, int level) override {
     sets_.Enter(item);
     if (HoldsFragments(sequence)) return;
     Line(ItemIndent(level), TagText(kStructuralGroup, kItemElement), "na",
-         Format("(Item #=%zu)", item.Elements.Size()), {std::string(kNotKept), 1, "Item"});
+         Format("(Item #=%zu)", item.Count()), {std::string(kNotKept), 1, "Item"});
   }
 
-  void OnItemEnd(const VR& sequence, int level) override {
+  void OnItemEnd(const Element& sequence, int level) override {
     sets_.Leave();
     if (HoldsFragments(sequence)) return;
     Line(ItemIndent(level), TagText(kStructuralGroup, kItemDelimiterElement), "na",
@@ -77,39 +74,44 @@ class LineDump final : public ObjectVisitor {
   }
 
  private:
-  static bool HoldsFragments(const VR& sequence) { return sequence.Key() == kPixelDataTag; }
+  static bool HoldsFragments(const Element& sequence) { return sequence.tag == kPixelDataTag; }
 
-  static std::string Letters(const VR& vr) { return Escaped(TypeLetters(vr.TypeCode)); }
+  static std::string Letters(const Element& element) { return Escaped(TypeLetters(element.type)); }
 
-  static std::string Length(const VR& vr) {
-    if (vr.Length == kUndefinedLength || (vr.Items != nullptr && vr.Length == 0))
+  static std::string Length(const Element& element) {
+    if (element.length == kUndefinedLength || (element.items != 0 && element.length == 0))
       return std::string(kUndefined);
-    return std::to_string(vr.Length);
+    return std::to_string(element.length);
   }
 
-  void Sequence(const VR& vr, const DICOMObject& owner, int level) {
-    const bool undefined = Length(vr) == kUndefined;
-    const std::string description = Description(vr, owner);
-    const std::string words = HoldsFragments(vr) ? "PixelSequence"
-                              : undefined        ? "Sequence with undefined length"
-                                                 : "Sequence with explicit length";
-    Line(ElementIndent(level), TagText(vr), Letters(vr),
-         Format("(%s #=%u)", words.c_str(), vr.ItemCount()), {Length(vr), 1, description});
+  void Sequence(const Element& sequence, DataSet& owner, int level) {
+    const bool undefined = Length(sequence) == kUndefined;
+    const std::string description = Description(sequence.tag, owner);
+    const std::string words = HoldsFragments(sequence) ? "PixelSequence"
+                              : undefined              ? "Sequence with undefined length"
+                                                       : "Sequence with explicit length";
+    Line(ElementIndent(level), TagText(sequence.tag), Letters(sequence),
+         Format("(%s #=%u)", words.c_str(), sequence.items), {Length(sequence), 1, description});
     // The end of a list without items follows at once.
-    if (vr.Items == nullptr && vr.Length != 0) OnSequenceEnd(vr, level);
+    if (sequence.items == 0 && sequence.length != 0) SequenceEnd(level);
   }
 
-  void Fragment(const VR& vr, int level) {
-    Line(ItemIndent(level), TagText(vr), "pi", ShownValue(vr, most_, sets_.Here()),
-         {Length(vr), 1, "Item"});
+  void SequenceEnd(int level) {
+    Line(ElementIndent(level), TagText(kStructuralGroup, kSequenceDelimiterElement), "na",
+         "(SequenceDelimitationItem)", {"0", 0, "Sequence Delimitation Item"});
+  }
+
+  void Fragment(const Element& fragment, DataSet& owner, int level) {
+    Line(ItemIndent(level), TagText(fragment.tag), "pi",
+         ShownValue(fragment, owner).Shown(most_, sets_.Here()), {Length(fragment), 1, "Item"});
   }
 
   /// "=CTImageStorage" behind a UID that has a name, one for each of several. Cut like the value: a name is longer than its UID.
-  std::string UidNames(const VR& vr) {
-    if (vr.TypeCode != type_code::UI || vr.Data == nullptr) return {};
+  std::string UidNames(const Element& element, ShownValue& value) {
+    if (element.type != type_code::UI || !element.hasValue) return {};
     std::string names;
     bool any = false;
-    std::string_view rest = UnpaddedText(vr);
+    std::string_view rest = value.Text();
     for (;;) {
       const std::size_t end = rest.find('\\');
       const std::string name = host_.NameOfUid(rest.substr(0, end));
@@ -123,18 +125,19 @@ class LineDump final : public ObjectVisitor {
   }
 
   /// What the dictionary says of a tag; for a private one whose it is.
-  std::string Description(const VR& vr, const DICOMObject& owner) {
-    if (const _RTCElement* entry = host_.Tags().Find(vr.Key()); entry != nullptr) {
-      return entry->Description == nullptr ? std::string() : entry->Description;
-    }
-    if (vr.Element == 0) return "Group Length";
-    if (vr.Group % 2 == 0) return "Unknown";
-    if (vr.Element >= 0x0010 && vr.Element <= 0x00FF) return "Private Creator";
+  std::string Description(TagKey tag, DataSet& owner) {
+    if (const auto known = host_.FindElement(tag)) return known->name;
+    const std::uint16_t element = ElementOf(tag);
+    if (element == 0) return "Group Length";
+    if (GroupOf(tag) % 2 == 0) return "Unknown";
+    if (IsPrivateCreator(tag)) return "Private Creator";
     // Below (gggg,1000) no element belongs to a creator.
-    const VR* creator = vr.Element < 0x1000 ? nullptr : owner.GetVR(vr.Group, vr.Element >> 8);
-    if (creator == nullptr || creator->Data == nullptr) return "Private";
+    const auto creator =
+        element < 0x1000 ? std::nullopt : owner.Find(MakeTagKey(GroupOf(tag), element >> 8));
+    if (!creator || !creator->hasValue) return "Private";
+    ShownValue value(*creator, owner);
     const std::string name =
-        DecodedText(sets_.Here(), ShownType(*creator), UnpaddedText(*creator), kLongestValue);
+        DecodedText(sets_.Here(), ShownType(*creator), value.Text(), kLongestValue);
     return "Private (" + Escaped(name, kLongestValue) + ')';
   }
 
@@ -163,9 +166,9 @@ class LineDump final : public ObjectVisitor {
 
 }  // namespace
 
-void DumpLines(const DICOMObject& object, const LineDumpOptions& options, Host& host) {
-  LineDump dump(object, options, host);
-  WalkObject(object, dump);
+void DumpLines(const SourceFile& source, const LineDumpOptions& options, Host& host) {
+  LineDump dump(*source.object, options, host);
+  WalkObject(source.listing, source.object, dump);
 }
 
 }  // namespace tessaret::tool

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "host.h"
+#include "source_file.h"
 
 namespace tessaret::tool {
 
@@ -11,7 +12,7 @@ struct LineDumpOptions {
   bool wholeValues = false;  // do not cut long ones
 };
 
-/// Lists `object` on the host's output.
-void DumpLines(const DICOMObject& object, const LineDumpOptions& options, Host& host);
+/// Lists the object of `source`, which is there, on the host's output.
+void DumpLines(const SourceFile& source, const LineDumpOptions& options, Host& host);
 
 }  // namespace tessaret::tool

@@ -7,15 +7,13 @@
 #include "base/byte_order.h"
 #include "base/text.h"
 #include "class_object.h"
-#include "core/tag.h"
 #include "file_walk.h"
 #include "interrupt.h"
 #include "json_values.h"
+#include "tag.h"
 
 namespace tessaret::tool {
 namespace {
-
-constexpr std::uint16_t kMetaGroup = 0x0002;
 
 bool IsPartOfModel(TagKey tag) {
   return ElementOf(tag) != 0 && GroupOf(tag) != kMetaGroup && GroupOf(tag) != kStructuralGroup;
@@ -38,9 +36,10 @@ std::vector<std::uint8_t> Fragments(IDCMObject& object, TagKey tag) {
   for (std::uint32_t index = 0;; ++index) {
     const Ref<IDCMObject> item = ItemOf(object, tag, index);
     if (!item) return bytes;
-    const auto inside = NextTag(*item, std::nullopt);
-    const Variant value = inside ? ValueOf(*item, *inside) : Variant();
-    const auto fragment = BytesIn(value);
+    const Ref<IDcmFile> file = FileOf(*item);
+    const TagKey inside = NextTag(*item, std::nullopt).value_or(0);
+    ValueBytes value(*file, inside, StoredSize(*file, inside));
+    const auto fragment = value.All();
     std::uint8_t head[8];
     StoreLittle16(head, kStructuralGroup);
     StoreLittle16(head + 2, kItemElement);
@@ -98,15 +97,14 @@ class ModelDump {
       return;
     }
     Enter(std::move(item), level.sets,
-          level.path + JsonTag(GroupOf(*level.tag), ElementOf(*level.tag)) + '/' +
-              std::to_string(index) + '/');
+          level.path + JsonTag(*level.tag) + '/' + std::to_string(index) + '/');
   }
 
   void Element(Level& level, TagKey tag) {
     IDCMObject& object = *level.object;
     const ElementFacts facts = *FactsOf(object, tag);
     const bool hasItems = HasItems(object, tag);
-    const std::string name = JsonTag(GroupOf(tag), ElementOf(tag));
+    const std::string name = JsonTag(tag);
     json_.Key(name).BeginObject();
     if (tag == kPixelDataTag && hasItems) {
       json_.Member("vr", facts.letters);
@@ -127,11 +125,12 @@ class ModelDump {
   }
 
   void Value(const Level& level, TagKey tag, const ElementFacts& facts, const std::string& uri) {
-    const Variant value = ValueOf(*level.object, tag);
-    if (value.IsEmpty()) {
+    const Ref<IDcmFile> file = FileOf(*level.object);
+    ValueBytes value(*file, tag, StoredSize(*file, tag));
+    if (value.Size() == 0) {
       json_.Member("BulkDataURI", uri);
-    } else if (!WriteValues(json_, facts.type, BytesIn(value), level.sets)) {
-      WriteInlineBinary(json_, BytesIn(value));
+    } else if (!WriteValues(json_, facts.type, value, level.sets)) {
+      WriteInlineBinary(json_, value);
     }
   }
 

@@ -28,9 +28,7 @@ std::string DecimalString(double number) {
 }
 
 void ObjectBuilder::Add(TagKey tag, VrCode type, std::span<const std::uint8_t> bytes) {
-  const char letters[] = {FirstLetter(type), SecondLetter(type), '\0'};
-  Require(object_->PutVRData(GroupOf(tag), ElementOf(tag), letters,
-                             Variant(VariantArray::OfBytes(bytes))));
+  PutBytes(*object_, tag, type, bytes);
 }
 
 template <class T>

@@ -11,8 +11,8 @@
 
 #include <tessaret/tessaret.hpp>
 
-#include "core/tag.h"
-#include "core/type_code.h"
+#include "tag.h"
+#include "type_code.h"
 
 namespace tessaret::tool {
 

@@ -1,76 +1,113 @@
 #include "object_walk.h"
 
-#include <vector>
+#include <deque>
 
+#include "class_object.h"
 #include "interrupt.h"
 
 namespace tessaret::tool {
 namespace {
 
-/// One object on the way.
-struct Level {
-  const DICOMObject* object;
-  const VR* next;                         // the element to be visited next
-  const VR* sequence = nullptr;           // the one whose items are being visited
-  const ItemArray::Node* item = nullptr;  // of `sequence`, to be visited next
-  std::uint32_t itemIndex = 0;
-};
-
 class Walk {
  public:
-  explicit Walk(ObjectVisitor& visitor) : visitor_(visitor) {}
+  Walk(const Listing& listing, const Ref<IDCMObject>& object, ObjectVisitor& visitor)
+      : listing_(listing), visitor_(visitor) {
+    open_.push_back({DataSet(listing, object), {}, 0});
+  }
 
-  void Through(const DICOMObject& object) {
-    Enter(object);
-    while (!levels_.empty()) Step();
+  void Through() {
+    for (std::size_t row = 0; row < listing_.Rows(); ++row) {
+      StopIfInterrupted();
+      listing_.IsItem(row) ? EnterItem(row) : Meet(row);
+    }
+    LeaveTo(0);
+    EndSequence();
   }
 
  private:
-  [[nodiscard]] int Depth() const { return static_cast<int>(levels_.size()) - 1; }
+  /// A data set on the way.
+  struct Open {
+    DataSet set;
+    std::optional<Element> sequence;  // the one whose items are being visited
+    std::uint32_t nextItem;
+  };
 
-  void Enter(const DICOMObject& object) { levels_.push_back({&object, object.GetFirstVR()}); }
+  [[nodiscard]] int Depth() const { return static_cast<int>(open_.size()) - 1; }
 
-  void Step() {
-    StopIfInterrupted();
-    Level& level = levels_.back();
-    if (level.sequence != nullptr) return StepItem(level);
-    if (level.next == nullptr) return Leave();
-    const VR& vr = *level.next;
-    level.next = level.object->GetNextVR(&vr);
-    if (vr.Items == nullptr) return visitor_.OnElement(vr, *level.object, Depth());
-    level.sequence = &vr;
-    level.item = vr.Items->First;
-    level.itemIndex = 0;
-    visitor_.OnSequence(vr, *level.object, Depth());
+  void Meet(std::size_t row) {
+    LeaveTo(listing_.Level(row));
+    EndSequence();
+    const Element element = listing_.At(row);
+    Open& here = open_.back();
+    if (element.items == 0) return visitor_.OnElement(element, here.set, Depth());
+    here.sequence = element;
+    here.nextItem = 0;
+    visitor_.OnSequence(element, here.set, Depth());
   }
 
-  void StepItem(Level& level) {
-    if (level.item == nullptr) {
-      visitor_.OnSequenceEnd(*level.sequence, Depth());
-      level.sequence = nullptr;
-      return;
+  void EnterItem(std::size_t row) {
+    LeaveTo(listing_.Level(row) - 1);
+    Open& here = open_.back();
+    const std::uint32_t index = here.nextItem++;
+    open_.push_back({DataSet(here.set, here.sequence->tag, index, row + 1), {}, 0});
+    visitor_.OnItem(*here.sequence, index, open_.back().set, Depth());
+  }
+
+  void LeaveTo(int depth) {
+    while (Depth() > depth) {
+      EndSequence();
+      open_.pop_back();
+      visitor_.OnItemEnd(*open_.back().sequence, Depth() + 1);
     }
-    const DICOMObject* item = level.item->value;
-    level.item = level.item->next;
-    const std::uint32_t index = level.itemIndex++;
-    if (item == nullptr) return;
-    visitor_.OnItem(*level.sequence, index, *item, Depth() + 1);
-    Enter(*item);
   }
 
-  void Leave() {
-    levels_.pop_back();
-    if (!levels_.empty()) visitor_.OnItemEnd(*levels_.back().sequence, Depth() + 1);
+  void EndSequence() {
+    Open& here = open_.back();
+    if (!here.sequence) return;
+    visitor_.OnSequenceEnd(*here.sequence, here.set, Depth());
+    here.sequence.reset();
   }
 
+  const Listing& listing_;
   ObjectVisitor& visitor_;
-  std::vector<Level> levels_;
+  std::deque<Open> open_;  // which do not move, as items look to what is around them
 };
 
 }  // namespace
 
-void WalkObject(const DICOMObject& object, ObjectVisitor& visitor) {
-  Walk(visitor).Through(object);
+IDCMObject& DataSet::Object() {
+  if (!object_) object_ = ItemOf(parent_->Object(), sequence_, index_);
+  if (!object_) throw CallError("an item is gone");
+  return *object_;
+}
+
+IDcmFile& DataSet::File() {
+  if (!file_) file_ = FileOf(Object());
+  return *file_;
+}
+
+std::optional<Element> DataSet::Find(TagKey tag) const {
+  std::optional<Element> found;
+  ForEach([&](const Element& element) {
+    if (element.tag == tag) found = element;
+    return element.tag < tag;
+  });
+  return found;
+}
+
+std::optional<Element> DataSet::Next(const Element& element) const {
+  const std::size_t row = listing_.Behind(element.row);
+  return IsHere(row) ? std::optional(listing_.At(row)) : std::nullopt;
+}
+
+std::size_t DataSet::Count() const {
+  std::size_t count = 0;
+  ForEach([&](const Element&) { return ++count > 0; });
+  return count;
+}
+
+void WalkObject(const Listing& listing, const Ref<IDCMObject>& object, ObjectVisitor& visitor) {
+  Walk(listing, object, visitor).Through();
 }
 
 }  // namespace tessaret::tool

@@ -2,7 +2,6 @@
 
 #include <sys/stat.h>
 
-#include "class_object.h"
 #include "interrupt.h"
 #include "output_file.h"
 #include "platform/file_calls.h"
@@ -10,20 +9,13 @@
 namespace tessaret::tool {
 
 SourceFile ReadSource(const std::string& path, const SourceOptions& options, Host& host) {
-  SourceFile source = LoadSource(path, options, host.Tags());
+  SourceFile source = LoadSource(path, options, host);
   StopIfInterrupted();
   const std::string subject = SubjectOf(path);
-  host.messages.Detail(subject, DescribeEncoding(source));
+  host.messages.Detail(subject, DescribeEncoding(source, host));
   for (const std::string& warning : source.warnings) host.messages.Warn(subject, warning);
   if (!source.IsWhole()) host.messages.Error(subject, source.failure);
   return source;
-}
-
-Ref<IDCMObject> TakeObject(SourceFile& source) {
-  Ref<IDCMObject> object = NewObject();
-  Require(object.As<IDcmObjectManager>()->PutPtr(-1, source.object.get()));
-  static_cast<void>(source.object.release());
-  return object;
 }
 
 std::string SaveAs(IDCMObject& object, const std::string& path, bool mayReplace) {

@@ -13,9 +13,6 @@ namespace tessaret::tool {
 /// Loads `path` and tells what is odd about it; the failure, if any, is told too. Throws DictionaryError, Interrupted.
 SourceFile ReadSource(const std::string& path, const SourceOptions& options, Host& host);
 
-/// An object that owns what `source` had in it. Requires: it had something.
-Ref<IDCMObject> TakeObject(SourceFile& source);
-
 /// Saves `object` as `path`, where WhyNotToWrite(path, mayReplace) is still empty. Empty, or why it failed.
 std::string SaveAs(IDCMObject& object, const std::string& path, bool mayReplace);
 

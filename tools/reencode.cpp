@@ -1,35 +1,24 @@
 #include "reencode.h"
 
 #include <algorithm>
-#include <cstring>
-#include <memory>
+#include <iterator>
 #include <vector>
 
 #include "base/byte_order.h"
-#include "core/element_reader.h"
-#include "core/element_text.h"
-#include "core/memory_buffer.h"
-#include "core/meta_header.h"
-#include "core/transfer_syntax.h"
-#include "core/value_order.h"
+#include "class_object.h"
 #include "object_walk.h"
 #include "tag_text.h"
+#include "transfer_syntaxes.h"
+#include "value_bytes.h"
 #include "value_text.h"
 #include "vr_traits.h"
 
 namespace tessaret::tool {
 namespace {
 
-constexpr const char* kExplicitLittleUid = "1.2.840.10008.1.2.1";
-constexpr const char* kExplicitBigUid = "1.2.840.10008.1.2.2";
-
-constexpr std::uint16_t kMetaGroup = 0x0002;
-constexpr std::size_t kHeadSize = 8;  // of an implicit element
+constexpr std::uint32_t kHeadSize = 8;  // of an implicit element
 constexpr TagKey kDirectoryRecords = MakeTagKey(0x0004, 0x1220);
-
-bool IsNativeSyntax(std::string_view uid) {
-  return uid == kImplicitLittleUid || uid == kExplicitLittleUid || uid == kExplicitBigUid;
-}
+constexpr TagKey kPixelRepresentation = MakeTagKey(0x0028, 0x0103);
 
 /// US or SS, as Pixel Representation says: the rows of data/tables/elements.tsv that name these two and no third. The dictionary
 /// has one type a tag: US.
@@ -50,114 +39,89 @@ bool IsSignedWithPixels(TagKey key) {
          std::end(kSignedWithPixels);
 }
 
-/// What stands in the way of a native encoding anywhere in an object.
-class FragmentSearch final : public ObjectVisitor {
- public:
-  void OnElement(const VR&, const DICOMObject&, int) override {}
-  void OnSequence(const VR& vr, const DICOMObject&, int) override {
-    found = found || vr.Key() == kPixelDataTag;
+/// What stands in the way of a native encoding, anywhere in an object.
+bool HoldsFragments(const Listing& listing) {
+  for (std::size_t row = 0; row < listing.Rows(); ++row) {
+    if (!listing.IsItem(row) && listing.Tag(row) == kPixelDataTag && listing.At(row).items != 0)
+      return true;
   }
-  void OnSequenceEnd(const VR&, int) override {}
-  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int) override {}
-  void OnItemEnd(const VR&, int) override {}
-
-  bool found = false;
-};
-
-bool HoldsFragments(const DICOMObject& object) {
-  FragmentSearch search;
-  WalkObject(object, search);
-  return search.found;
+  return false;
 }
 
+bool IsGroupLength(TagKey tag) { return ElementOf(tag) == 0 && GroupOf(tag) != kMetaGroup; }
+
 /// Sets types and drops what no longer fits, in an object and everything nested in it.
-class Preparation {
+class Preparation final : public ObjectVisitor {
  public:
   Preparation(const SourceFile& source, std::string_view syntax)
-      : sourceImplicit_(IsImplicit(source.code)), writesTypes_(syntax != kImplicitLittleUid) {}
+      : sourceImplicit_(source.IsImplicit()), writesTypes_(syntax != kImplicitLittle) {
+    const auto signs = source.listing.FindOnTop(kPixelRepresentation);
+    signedPixels_.push_back(signs && SaysSigned(*FileOf(*source.object)));
+  }
 
-  void Of(DICOMObject& object) {
-    pending_.push_back({&object, false});
-    while (!pending_.empty()) {
-      const Level level = pending_.back();
-      pending_.pop_back();
-      Prepare(level);
+  void OnElement(const Element& element, DataSet& owner, int) override {
+    if (IsGroupLength(element.tag)) {
+      Remove(owner.Object(), element.tag);
+    } else if (const VrCode type = TypeFor(element); type != element.type) {
+      VariantBool found;
+      Require(owner.File().SetType(GroupOf(element.tag), ElementOf(element.tag),
+                                   String::FromNarrow(LettersOf(type)), &found));
     }
   }
+  void OnSequence(const Element&, DataSet&, int) override {}
+  void OnSequenceEnd(const Element& sequence, DataSet& owner, int) override {
+    if (IsGroupLength(sequence.tag)) Remove(owner.Object(), sequence.tag);
+  }
+  void OnItem(const Element&, std::uint32_t, DataSet& item, int) override {
+    // As the nearest object around says.
+    signedPixels_.push_back(item.Find(kPixelRepresentation) ? SaysSigned(item.File())
+                                                            : signedPixels_.back());
+  }
+  void OnItemEnd(const Element&, int) override { signedPixels_.pop_back(); }
 
  private:
-  struct Level {
-    DICOMObject* object;
-    bool signedPixels;  // as the nearest object around says
-  };
+  static bool SaysSigned(IDcmFile& file) { return UnsignedOf(file, kPixelRepresentation) == 1; }
 
-  void Prepare(Level level) {
-    if (level.object->GetVR(0x0028, 0x0103) != nullptr) {
-      level.signedPixels = level.object->GetUINT16(0x0028, 0x0103) == 1;
-    }
-    VR* vr = level.object->GetFirstVR();
-    while (vr != nullptr) {
-      VR* next = level.object->GetNextVR(vr);
-      const bool groupLength = vr->Element == 0 && vr->Group != kMetaGroup;
-      if (groupLength) {
-        delete level.object->Remove(vr->Group, vr->Element);
-      } else {
-        PrepareElement(*vr, level.signedPixels);
-      }
-      vr = next;
-    }
-  }
-
-  void PrepareElement(VR& vr, bool signedPixels) {
-    if (vr.Items != nullptr) {
-      for (const ItemArray::Node* node = vr.Items->First; node != nullptr; node = node->next) {
-        if (node->value != nullptr) pending_.push_back({node->value, signedPixels});
-      }
-      return;
-    }
-    if (!writesTypes_ || vr.Group == kMetaGroup || vr.Group == kStructuralGroup) return;
+  [[nodiscard]] VrCode TypeFor(const Element& element) const {
+    const std::uint16_t group = GroupOf(element.tag);
+    if (!writesTypes_ || group == kMetaGroup || group == kStructuralGroup) return element.type;
+    VrCode type = element.type;
     if (sourceImplicit_) {
-      vr.TypeCode = ShownType(vr);
-      if (signedPixels && vr.TypeCode == type_code::US && IsSignedWithPixels(vr.Key()))
-        vr.TypeCode = type_code::SS;
+      type = ShownType(element);
+      if (signedPixels_.back() && type == type_code::US && IsSignedWithPixels(element.tag))
+        type = type_code::SS;
     }
     // Values of UN are little endian whatever surrounds them, as the numbers are here.
-    if (!FitsExplicitForm(vr.TypeCode, vr.Length)) vr.TypeCode = type_code::UN;
+    return FitsExplicitForm(type, element.length) ? type : type_code::UN;
   }
 
   bool sourceImplicit_;
   bool writesTypes_;
-  std::vector<Level> pending_;
+  std::vector<bool> signedPixels_;
 };
 
-void SetSyntax(DICOMObject& object, const std::string& uid) {
-  auto vr = std::make_unique<VR>(GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag),
-                                 static_cast<std::uint32_t>(uid.size()), true);
-  std::copy(uid.begin(), uid.end(), vr->Data);
-  vr->TypeCode = type_code::UI;
-  object.Push(vr.get());
-  vr.release();
-}
-
 /// Elements are written in the order of their tags. Group lengths are left out here, as they will be then.
-const VR* FindBelowMetaHeader(const DICOMObject& object) {
-  const VR* vr = object.GetFirstVR();
-  while (vr != nullptr && vr->Element == 0) vr = object.GetNextVR(vr);
-  return vr != nullptr && vr->Group < kMetaGroup ? vr : nullptr;
+std::optional<TagKey> FindBelowMetaHeader(const Listing& listing) {
+  std::optional<TagKey> first;
+  listing.ForEachOnTop([&](const Element& each) {
+    if (!first && ElementOf(each.tag) != 0) first = each.tag;
+  });
+  return first && GroupOf(*first) < kMetaGroup ? first : std::nullopt;
 }
 
-std::string SyntaxOfCode(std::int32_t code) {
-  if (IsImplicit(code)) return std::string(kImplicitLittleUid);
-  return IsBigEndian(code) ? kExplicitBigUid : kExplicitLittleUid;
+std::string SyntaxOf(_EnumDataEncoding encoding) {
+  if (encoding == ENCODING_IMPLICIT_LITTLE) return std::string(kImplicitLittle);
+  return std::string(encoding == ENCODING_EXPLICIT_BIG ? kExplicitBig : kExplicitLittle);
 }
 
 /// Without a mark readers guess the form from the second byte of the first length: in the explicit form that is a letter.
-bool LooksExplicitWhenBare(const DICOMObject& object) {
-  const VR* first = object.GetFirstVR();
-  while (first != nullptr && (first->Group <= kMetaGroup || first->Element == 0))
-    first = object.GetNextVR(first);
-  if (first == nullptr || first->Items != nullptr) return false;
-  const auto second = static_cast<std::int8_t>((first->Length + first->Length % 2) >> 8);
+bool LooksExplicitWhenBare(const Listing& listing) {
+  std::optional<Element> first;
+  listing.ForEachOnTop([&](const Element& each) {
+    if (!first && GroupOf(each.tag) > kMetaGroup && ElementOf(each.tag) != 0) first = each;
+  });
+  if (!first || first->items != 0) return false;
+  const auto second = static_cast<std::int8_t>((first->length + first->length % 2) >> 8);
   return second > 10;
 }
 
@@ -165,29 +129,31 @@ bool LooksExplicitWhenBare(const DICOMObject& object) {
 class LossSearch final : public ObjectVisitor {
  public:
   /// `toImplicit`: the types are lost, and readers go by the dictionary.
-  LossSearch(const RTC& dictionary, bool toImplicit)
-      : dictionary_(dictionary), toImplicit_(toImplicit) {}
+  LossSearch(Host& host, bool toImplicit) : host_(host), toImplicit_(toImplicit) {}
 
-  void OnElement(const VR& vr, const DICOMObject&, int level) override {
-    FindMetaElement(vr, level);
+  void OnElement(const Element& element, DataSet& owner, int level) override {
+    FindMetaElement(element, level);
     deepest = std::max(deepest, level);
-    const bool isToBeSequence = toImplicit_ && vr.Length != 0 && TypeOf(vr) == type_code::SQ;
-    if (isToBeSequence && !HoldsImplicitItems(vr, level))
-      Say(TagText(vr) + " is " + TypeLetters(vr.TypeCode) + ", but a sequence by the dictionary");
+    const bool isToBeSequence =
+        toImplicit_ && element.length != 0 && host_.TypeOfElement(element.tag) == type_code::SQ;
+    if (isToBeSequence && !HoldsImplicitItems(element, owner, level))
+      Say(TagText(element.tag) + " is " + TypeLetters(element.type) +
+          ", but a sequence by the dictionary");
   }
-  void OnSequence(const VR& vr, const DICOMObject&, int level) override {
-    FindMetaElement(vr, level);
-    const VrCode type = TypeOf(vr);
-    const bool fits = type == type_code::SQ || type == type_code::UN || type == type_code::kNone ||
-                      vr.Key() == kPixelDataTag;
-    if (toImplicit_ && !fits)
-      Say(TagText(vr) + " is a sequence, but " + TypeLetters(type) + " by the dictionary");
+  void OnSequence(const Element& sequence, DataSet&, int level) override {
+    FindMetaElement(sequence, level);
+    if (!toImplicit_ || sequence.tag == kPixelDataTag) return;
+    const VrCode type = host_.TypeOfElement(sequence.tag);
+    const bool fits = type == type_code::SQ || type == type_code::UN || type == type_code::kNone;
+    if (!fits)
+      Say(TagText(sequence.tag) + " is a sequence, but " + TypeLetters(type) +
+          " by the dictionary");
   }
-  void OnSequenceEnd(const VR&, int) override {}
-  void OnItem(const VR&, std::uint32_t, const DICOMObject&, int level) override {
+  void OnSequenceEnd(const Element&, DataSet&, int) override {}
+  void OnItem(const Element&, std::uint32_t, DataSet&, int level) override {
     deepest = std::max(deepest, level);
   }
-  void OnItemEnd(const VR&, int) override {}
+  void OnItemEnd(const Element&, int) override {}
 
   std::string words;
   int deepest = 0;  // level of an item or of an element
@@ -196,73 +162,81 @@ class LossSearch final : public ObjectVisitor {
   void Say(const std::string& why) {
     if (words.empty()) words = why;
   }
-  void FindMetaElement(const VR& vr, int level) {
-    if (level > 0 && vr.Group == kMetaGroup)
-      Say(TagText(vr) + " stands in an item and would be lost");
-  }
-  [[nodiscard]] VrCode TypeOf(const VR& vr) const {
-    return dictionary_.RunTimeClass(vr.Group, vr.Element, nullptr);
+  void FindMetaElement(const Element& element, int level) {
+    if (level > 0 && GroupOf(element.tag) == kMetaGroup)
+      Say(TagText(element.tag) + " stands in an item and would be lost");
   }
   /// What is unknown holds the implicit form already (DICOM PS3.5, 6.2.2): there it becomes the sequence that it was. Whether
   /// that can be read, below `level`, and holds nothing that would be lost in turn.
-  [[nodiscard]] bool HoldsImplicitItems(const VR& vr, int level) const {
-    if (vr.TypeCode != type_code::UN || vr.Data == nullptr) return false;
-    std::vector<std::uint8_t> bytes(kHeadSize + vr.Length);
-    StoreLittle16(bytes.data(), vr.Group);
-    StoreLittle16(bytes.data() + 2, vr.Element);
-    StoreLittle32(bytes.data() + 4, vr.Length);
-    std::memcpy(bytes.data() + kHeadSize, vr.Data, vr.Length);
-    MemoryBuffer stream(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
-    DataSetCoder coder(&dictionary_);
-    DICOMDataObject object;
-    const bool isWhole = coder.ImplicitLittleIn(stream, object) &&
-                         coder.LastStop().why == ParseStop::Why::kNone && coder.Oddities().empty();
-    if (!isWhole || object.Elements.Size() != 1) return false;
-    LossSearch losses(dictionary_, false);
-    WalkObject(object, losses);
-    return losses.words.empty() && level + losses.deepest <= kMaxNesting;
-  }
+  [[nodiscard]] bool HoldsImplicitItems(const Element& element, DataSet& owner, int level) const;
 
-  const RTC& dictionary_;
+  Host& host_;
   const bool toImplicit_;
 };
 
-}  // namespace
-
-bool HasPixelsOfDoubtfulOrder(const DICOMObject& object) {
-  const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
-  const VR* bits = object.GetVR(0x0028, 0x0100);
-  if (pixels == nullptr || pixels->Items != nullptr || bits == nullptr || bits->Data == nullptr ||
-      bits->Length != 2) {
-    return false;
-  }
-  return LoadLittle16(bits->Data) > 8 * NumberWidth(pixels->TypeCode);
+bool IsReadWithoutOddity(IDcmFile& file) {
+  const Reading reading = ReadingOf(file);
+  return reading.end.why == READ_TO_THE_END && reading.oddities.empty();
 }
 
-std::string WhyNotToHold(const SourceFile& source, Target target, const RTC& dictionary) {
-  const DICOMObject& object = *source.object;
-  if (const VR* low = target == Target::kBare ? nullptr : FindBelowMetaHeader(object);
-      low != nullptr) {
+/// The element as a file in the implicit form has it. Throws CallError and std::bad_alloc.
+Variant InImplicitForm(const Element& element, IDcmFile& file) {
+  VariantArray array(VariantType::kByte, kHeadSize + element.length);
+  const std::span<std::uint8_t> bytes = array.Entries<std::uint8_t>();
+  StoreLittle16(bytes.data(), GroupOf(element.tag));
+  StoreLittle16(bytes.data() + 2, ElementOf(element.tag));
+  StoreLittle32(bytes.data() + 4, element.length);
+  ValueBytes value(file, element.tag, element.length);
+  for (std::uint32_t at = 0; at < element.length; at += ValueBytes::kPortion) {
+    const std::uint32_t count = std::min(ValueBytes::kPortion, element.length - at);
+    std::copy_n(value.At(at, count), count, bytes.data() + kHeadSize + at);
+  }
+  return Variant(std::move(array));
+}
+
+bool LossSearch::HoldsImplicitItems(const Element& element, DataSet& owner, int level) const {
+  constexpr std::uint32_t kLongest = 0x7FFFFFFF - kHeadSize;  // that a block may have
+  if (element.type != type_code::UN || !element.hasValue || element.length > kLongest) return false;
+  const Ref<IDCMObject> object = NewObject();
+  const Ref<IDcmFile> file = FileOf(*object);
+  const Status status =
+      file->LoadBytes(InImplicitForm(element, owner.File()), LOAD_PIXELS, ENCODING_IMPLICIT_LITTLE);
+  if (Failed(status) || !IsReadWithoutOddity(*file)) return false;
+  const Listing listing(*object);
+  if (listing.CountOnTop() != 1) return false;
+  LossSearch losses(host_, false);
+  WalkObject(listing, object, losses);
+  return losses.words.empty() && level + losses.deepest <= kMaxNesting;
+}
+
+}  // namespace
+
+bool HasPixelsOfDoubtfulOrder(const SourceFile& source) {
+  VariantBool doubtful;
+  Require(FileOf(*source.object)->get_HasPixelsOfDoubtfulOrder(&doubtful));
+  return doubtful.IsTrue();
+}
+
+std::string WhyNotToHold(const SourceFile& source, Target target, Host& host) {
+  const Listing& listing = source.listing;
+  if (const auto low = target == Target::kBare ? std::nullopt : FindBelowMetaHeader(listing))
     return TagText(*low) + " would come before the meta header, where no file can hold it";
-  }
-  if (object.GetVR(GroupOf(kDirectoryRecords), ElementOf(kDirectoryRecords)) != nullptr) {
+  if (listing.FindOnTop(kDirectoryRecords))
     return "is a DICOMDIR: its records point to places in the file that would move";
-  }
   const bool toImplicit = target == Target::kImplicit || target == Target::kBare;
-  LossSearch losses(dictionary, toImplicit && !IsImplicit(source.code));
-  WalkObject(object, losses);
+  LossSearch losses(host, toImplicit && !source.IsImplicit());
+  WalkObject(listing, source.object, losses);
   if (!losses.words.empty()) return losses.words;
-  if (target == Target::kBare && LooksExplicitWhenBare(object))
+  if (target == Target::kBare && LooksExplicitWhenBare(listing))
     return "without a mark it would be taken for explicit, for its first element is that long";
   return {};
 }
 
-std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& dictionary) {
-  if (std::string why = WhyNotToHold(source, target, dictionary); !why.empty()) return why;
-  const DICOMObject& object = *source.object;
-  const bool fragments = HoldsFragments(object);
+std::string WhyNotToEncode(const SourceFile& source, Target target, Host& host) {
+  if (std::string why = WhyNotToHold(source, target, host); !why.empty()) return why;
+  const bool fragments = HoldsFragments(source.listing);
   const bool compressedSyntax = !source.syntax.empty() && !IsNativeSyntax(source.syntax);
-  const bool pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) != nullptr;
+  const bool pixels = source.listing.FindOnTop(kPixelDataTag).has_value();
   if (target == Target::kKeep) {
     if (fragments && !compressedSyntax)
       return "holds fragments of compressed pixel data but names no compression";
@@ -272,7 +246,7 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& d
     return "its pixel data is compressed and cannot be made native; without --syntax it is kept as "
            "it is";
   }
-  if (source.bigEndian && HasPixelsOfDoubtfulOrder(object)) {
+  if (source.IsBigEndian() && HasPixelsOfDoubtfulOrder(source)) {
     return "the order of the bytes in its pixel data is not certain, since programs write big "
            "endian pixels of "
            "this size in two ways";
@@ -280,21 +254,28 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, const RTC& d
   return {};
 }
 
+void SetSyntax(IDCMObject& object, std::string_view uid) {
+  std::vector<std::uint8_t> bytes(uid.begin(), uid.end());
+  if (bytes.size() % 2 != 0) bytes.push_back(0);
+  PutBytes(object, kTransferSyntaxTag, type_code::UI, bytes);
+}
+
 std::string TargetSyntax(const SourceFile& source, Target target) {
   switch (target) {
     case Target::kImplicit:
     case Target::kBare:
-      return std::string(kImplicitLittleUid);
+      return std::string(kImplicitLittle);
     case Target::kExplicit:
-      return kExplicitLittleUid;
+      return std::string(kExplicitLittle);
     case Target::kKeep:
       break;
   }
-  return source.syntax.empty() ? SyntaxOfCode(source.code) : source.syntax;
+  return source.syntax.empty() ? SyntaxOf(source.encoding) : source.syntax;
 }
 
 void PrepareElements(SourceFile& source, std::string_view syntax) {
-  Preparation(source, syntax).Of(*source.object);
+  Preparation preparation(source, syntax);
+  WalkObject(source.listing, source.object, preparation);
 }
 
 void PrepareToEncode(SourceFile& source, Target target) {

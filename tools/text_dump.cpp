@@ -1,16 +1,32 @@
 #include "text_dump.h"
 
-#include "core/object_text.h"
+#include "class_object.h"
 #include "escape.h"
 #include "interrupt.h"
 
 namespace tessaret::tool {
+namespace {
 
-void DumpText(const DICOMObject& object, Host& host) {
-  ListObject(object, 0, &host.Tags(), [&host](std::string_view line) {
+/// The lines of `text`, each of which has an end: the only control character that is meant.
+void WriteLines(std::string_view text, Output& output) {
+  while (!text.empty()) {
     StopIfInterrupted();
-    line.remove_suffix(1);  // a line end is the only control character that is meant
-    host.output.Line(Escaped(line));
+    const std::size_t end = text.find('\n');
+    output.Line(Escaped(text.substr(0, end)));
+    text.remove_prefix(end + 1);
+  }
+}
+
+}  // namespace
+
+void DumpText(const SourceFile& source, Host& host) {
+  const Ref<IDcmFile> file = FileOf(*source.object);
+  // One by one, since all lines together may take many times the memory of the object.
+  source.listing.ForEachOnTop([&](const Element& element) {
+    StopIfInterrupted();
+    String text;
+    Require(file->GetElementText(GroupOf(element.tag), ElementOf(element.tag), &text));
+    WriteLines(text.Narrow(), host.output);
   });
 }
 

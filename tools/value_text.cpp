@@ -6,7 +6,6 @@
 #include <cstring>
 
 #include "base/byte_order.h"
-#include "core/tag.h"
 #include "decoded_text.h"
 #include "escape.h"
 #include "tag_text.h"
@@ -67,10 +66,6 @@ bool IsText(VrCode type) {
   return kind == ValueKind::kText || kind == ValueKind::kUid;
 }
 
-bool IsPrivateCreator(const VR& vr) {
-  return vr.Group % 2 == 1 && vr.Element >= 0x0010 && vr.Element <= 0x00FF;
-}
-
 constexpr std::string_view kCut = "...";
 
 /// Joins what `text(index)` gives with backslashes, cut at `most` columns.
@@ -95,30 +90,14 @@ std::string HexByte(std::uint8_t byte) {
 
 }  // namespace
 
-VrCode ShownType(const VR& vr) {
-  const bool untyped = vr.TypeCode == type_code::UN || vr.TypeCode == type_code::kNone;
-  return untyped && IsPrivateCreator(vr) ? type_code::LO : vr.TypeCode;
-}
-
-std::string_view UnpaddedText(const VR& vr) {
-  if (vr.Data == nullptr) return {};
-  return UnpaddedText({reinterpret_cast<const char*>(vr.Data), vr.Length});
+VrCode ShownType(TagKey tag, VrCode type) {
+  const bool untyped = type == type_code::UN || type == type_code::kNone;
+  return untyped && IsPrivateCreator(tag) ? type_code::LO : type;
 }
 
 std::string_view UnpaddedText(std::string_view text) {
   while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.remove_suffix(1);
   return text;
-}
-
-std::uint32_t Multiplicity(const VR& vr) {
-  if (vr.Length == 0 && vr.Items == nullptr) return 0;
-  const VrTraits* traits = FindTraits(ShownType(vr));
-  if (traits == nullptr || !traits->severalValues || vr.Data == nullptr) return 1;
-  if (const auto count = NumberCount(vr.TypeCode, vr.Length))
-    return static_cast<std::uint32_t>(*count);
-  if (!IsText(traits->type)) return 1;
-  const std::string_view text(reinterpret_cast<const char*>(vr.Data), vr.Length);
-  return static_cast<std::uint32_t>(std::count(text.begin(), text.end(), '\\')) + 1;
 }
 
 std::optional<std::size_t> NumberCount(VrCode type, std::size_t length) {
@@ -132,20 +111,40 @@ std::string NumberText(VrCode type, const std::uint8_t* bytes, std::size_t index
   return form->text(bytes + index * form->width);
 }
 
-std::string NumberText(const VR& vr, std::uint32_t index) {
-  return NumberText(vr.TypeCode, vr.Data, index);
+std::string NumberText(VrCode type, ValueBytes& bytes, std::size_t index) {
+  const NumberForm* form = FormOf(type);
+  return form->text(bytes.At(static_cast<std::uint32_t>(index) * form->width, form->width));
 }
 
-std::string ShownValue(const VR& vr, std::size_t most, const CharacterSets& sets) {
-  if (vr.Length == 0) return "(no value available)";
-  if (vr.Data == nullptr) return "(not loaded)";
-  if (const VrCode type = ShownType(vr); IsText(type))
-    return '[' + Escaped(DecodedText(sets, type, UnpaddedText(vr), most), most) + ']';
-  if (const auto count = NumberCount(vr.TypeCode, vr.Length)) {
+ValueBytes& ShownValue::Bytes() {
+  if (!bytes_) bytes_.emplace(owner_.File(), element_.tag, element_.hasValue ? element_.length : 0);
+  return *bytes_;
+}
+
+std::string_view ShownValue::Text() { return UnpaddedText(Bytes().Text()); }
+
+std::uint32_t ShownValue::Multiplicity() {
+  if (element_.length == 0 && element_.items == 0) return 0;
+  const VrTraits* traits = FindTraits(ShownType(element_));
+  if (traits == nullptr || !traits->severalValues || !element_.hasValue) return 1;
+  if (const auto count = NumberCount(element_.type, element_.length))
+    return static_cast<std::uint32_t>(*count);
+  if (!IsText(traits->type)) return 1;
+  const std::string_view text = Bytes().Text();
+  return static_cast<std::uint32_t>(std::count(text.begin(), text.end(), '\\')) + 1;
+}
+
+std::string ShownValue::Shown(std::size_t most, const CharacterSets& sets) {
+  if (element_.length == 0) return "(no value available)";
+  if (!element_.hasValue) return "(not loaded)";
+  if (const VrCode type = ShownType(element_); IsText(type))
+    return '[' + Escaped(DecodedText(sets, type, Text(), most), most) + ']';
+  if (const auto count = NumberCount(element_.type, element_.length)) {
     return Joined(static_cast<std::uint32_t>(*count), most,
-                  [&](std::uint32_t index) { return NumberText(vr, index); });
+                  [&](std::uint32_t index) { return NumberText(element_.type, Bytes(), index); });
   }
-  return Joined(vr.Length, most, [&](std::uint32_t index) { return HexByte(vr.Data[index]); });
+  return Joined(element_.length, most,
+                [&](std::uint32_t index) { return HexByte(*Bytes().At(index, 1)); });
 }
 
 }  // namespace tessaret::tool

@@ -5,6 +5,7 @@
 #include "consistency.h"
 #include "file_walk.h"
 #include "interrupt.h"
+#include "json_values.h"
 #include "json_writer.h"
 #include "source_file.h"
 #include "verbs.h"
@@ -52,10 +53,10 @@ class Check {
   void One(const std::string& path) {
     SourceOptions how;
     how.strict = options_.strict;
-    SourceFile source = LoadSource(path, how, host_.Tags());
+    SourceFile source = LoadSource(path, how, host_);
     StopIfInterrupted();
     if (source.IsWhole()) {
-      for (std::string& oddity : FindOddities(source, host_.Uids()))
+      for (std::string& oddity : FindOddities(source, host_))
         source.warnings.push_back(std::move(oddity));
     }
     ++summary_.files;
@@ -67,10 +68,10 @@ class Check {
 
   void Tell(const std::string& path, const SourceFile& source) {
     const std::string subject = SubjectOf(path);
-    host_.messages.Detail(subject, DescribeEncoding(source));
+    host_.messages.Detail(subject, DescribeEncoding(source, host_));
     for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
     if (source.IsWhole()) {
-      host_.messages.Note(subject, Format("reads, %zu elements", source.object->Elements.Size()));
+      host_.messages.Note(subject, Format("reads, %zu elements", source.listing.CountOnTop()));
     } else {
       host_.messages.Error(subject, source.failure);
     }
@@ -83,14 +84,12 @@ class Check {
         .Member("ok", source.IsWhole())
         .Member("bytes", source.bytes);
     if (!source.syntax.empty()) json.Member("transferSyntax", source.syntax);
-    if (source.object != nullptr)
-      json.Member("elements", std::uint64_t{source.object->Elements.Size()});
+    if (source.object) json.Member("elements", std::uint64_t{source.listing.CountOnTop()});
     if (!source.IsWhole()) {
       json.Member("error", source.failure);
-      if (source.reading.stop.why != ParseStop::Why::kNone) {
-        json.Member("offset", source.reading.stop.position);
-        json.Member("tag",
-                    Format("%04X%04X", source.reading.stop.group, source.reading.stop.element));
+      if (source.reading.end.why != READ_TO_THE_END) {
+        json.Member("offset", source.reading.end.offset);
+        json.Member("tag", JsonTag(source.reading.end.tag));
       }
     }
     if (!source.warnings.empty()) {

@@ -36,16 +36,16 @@ class Conversion {
     // What cannot be written need not be read.
     if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
       return OutputFailed(why);
-    SourceFile source = LoadSource(options_.input, SourceOptions(), host_.Tags());
+    SourceFile source = LoadSource(options_.input, SourceOptions(), host_);
     StopIfInterrupted();
     const std::string subject = SubjectOf(options_.input);
-    host_.messages.Detail(subject, DescribeEncoding(source));
+    host_.messages.Detail(subject, DescribeEncoding(source, host_));
     for (const std::string& warning : source.warnings) host_.messages.Warn(subject, warning);
     std::string why = source.failure;
     if (why.empty()) {
       for (const std::string& oddity : FindOddElements(source))
         host_.messages.Warn(subject, oddity);
-      why = WhyNotToEncode(source, options_.WantedTarget(), host_.Tags());
+      why = WhyNotToEncode(source, options_.WantedTarget(), host_);
     }
     if (!why.empty()) {
       host_.messages.Error(subject, why);
@@ -61,8 +61,7 @@ class Conversion {
     const std::string to = TargetSyntax(source, options_.WantedTarget());
     PrepareToEncode(source, options_.WantedTarget());
     const _EnumSaveForm form = options_.noPreamble ? SAVE_BARE : SAVE_COMPLETE;
-    const Ref<IDCMObject> object = TakeObject(source);
-    const std::string why = SaveObject(options_.output, form, options_.force, *object);
+    const std::string why = SaveObject(options_.output, form, options_.force, *source.object);
     StopIfInterrupted();
     if (!why.empty()) return OutputFailed(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to));

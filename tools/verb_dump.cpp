@@ -1,5 +1,4 @@
 // tessaret dump: shows what DICOM files hold.
-#include "class_object.h"
 #include "escape.h"
 #include "file_walk.h"
 #include "interrupt.h"
@@ -27,9 +26,9 @@ void DumpAsJson(const std::string& path, const SourceFile& source, Host& host) {
   json.BeginObject().Member("file", path);
   if (!source.syntax.empty()) json.Member("transferSyntax", source.syntax);
   if (!source.failure.empty()) json.Member("error", source.failure);
-  if (source.object != nullptr) {
+  if (source.object) {
     json.Key("elements");
-    DumpJson(*source.object, json);
+    DumpJson(source, json);
   }
   json.EndObject().EndLine();
 }
@@ -54,15 +53,15 @@ class Dump {
     SourceOptions how;
     how.loadPixels = !options_.noPixels;
     how.strict = options_.strict;
-    const SourceFile source = LoadSource(path, how, host_.Tags());
+    const SourceFile source = LoadSource(path, how, host_);
     StopIfInterrupted();
     TellOf(path, source);
     if (options_.format == "json") {
-      ShowModel(path, source.object.get());
+      ShowModel(path, source);
     } else if (host_.options.json) {
       DumpAsJson(path, source, host_);
-    } else if (source.object != nullptr) {
-      Show(path, *source.object);
+    } else if (source.object) {
+      Show(path, source);
     }
     if (source.IsWhole()) return;
     host_.output.Flush();
@@ -75,28 +74,28 @@ class Dump {
     // In the order in which it happened, also where both streams end on one terminal.
     if (messages.SaysNotes() || (messages.SaysWarnings() && !source.warnings.empty()))
       host_.output.Flush();
-    messages.Note(SubjectOf(path), DescribeEncoding(source));
+    messages.Note(SubjectOf(path), DescribeEncoding(source, host_));
     for (const std::string& warning : source.warnings) messages.Warn(SubjectOf(path), warning);
   }
 
   /// One object a line, whether one file or more.
-  void ShowModel(const std::string& path, DICOMObject* object) {
-    if (object == nullptr) return;
+  void ShowModel(const std::string& path, const SourceFile& source) {
+    if (!source.object) return;
     JsonWriter json(host_.output);
-    DumpModel(*ObjectOver(*object), UriOf(path), json);
+    DumpModel(*source.object, UriOf(path), json);
     json.EndLine();
   }
 
-  void Show(const std::string& path, const DICOMObject& object) {
+  void Show(const std::string& path, const SourceFile& source) {
     if (withHeadings_) {
       if (!first_) host_.output.Line("");
       host_.output.Line("# " + Escaped(SubjectOf(path)));
     }
     first_ = false;
     if (options_.format == "text") {
-      DumpText(object, host_);
+      DumpText(source, host_);
     } else {
-      DumpLines(object, options_.lines, host_);
+      DumpLines(source, options_.lines, host_);
     }
   }
 

@@ -37,11 +37,10 @@ class Getting {
     how.loadPixels = std::any_of(paths.begin(), paths.end(), [](const TagPath& path) {
       return path.steps.front().tag >= kPixelDataTag;
     });
-    SourceFile source = ReadSource(options_.path, how, host_);
+    const SourceFile source = ReadSource(options_.path, how, host_);
     complete_ = source.IsWhole();
-    if (source.object == nullptr) return ExitCode::kInputFailed;
-    const Ref<IDCMObject> object = TakeObject(source);
-    for (const TagPath& path : paths) One(object, path);
+    if (!source.object) return ExitCode::kInputFailed;
+    for (const TagPath& path : paths) One(source.object, path);
     return complete_ ? ExitCode::kDone : ExitCode::kInputFailed;
   }
 
@@ -80,8 +79,9 @@ class Getting {
   void AsLine(const Place& place, const TagPath& path, VrCode type) {
     if (HasItems(*place.object, path.Tag()) || type == type_code::SQ)
       return host_.output.Line(std::to_string(ItemsOf(*place.object, path.Tag())));
-    const Variant value = ValueOf(*place.object, path.Tag());
-    const std::vector<std::string> texts = TextsOf(type, BytesIn(value), place.sets);
+    const Ref<IDcmFile> file = FileOf(*place.object);
+    ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
+    const std::vector<std::string> texts = TextsOf(type, bytes.All(), place.sets);
     if (options_.index && *options_.index >= texts.size()) {
       Miss(path, "has no value of number " + std::to_string(*options_.index));
       return NoLine(path);
@@ -100,14 +100,13 @@ class Getting {
     if (const std::string name = host_.ElementKeywords().Of(path.Tag()); !name.empty())
       json.Member("keyword", name);
     const bool isSequence = HasItems(*place.object, path.Tag()) || type == type_code::SQ;
-    const char letters[] = {FirstLetter(type), SecondLetter(type)};
-    json.Member("vr", isSequence ? std::string_view("SQ") : std::string_view(letters, 2));
+    json.Member("vr", isSequence ? "SQ" : LettersOf(type));
     if (isSequence) {
       json.Member("items", std::uint64_t{ItemsOf(*place.object, path.Tag())});
     } else {
-      const Variant value = ValueOf(*place.object, path.Tag());
-      const auto bytes = BytesIn(value);
-      if (!bytes.empty() && !WriteValues(json, type, bytes, place.sets))
+      const Ref<IDcmFile> file = FileOf(*place.object);
+      ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
+      if (bytes.Size() != 0 && !WriteValues(json, type, bytes, place.sets))
         WriteInlineBinary(json, bytes);
     }
     json.EndObject().EndLine();

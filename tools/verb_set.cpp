@@ -34,8 +34,8 @@ struct Assignment {
 
 /// Why an element is not for people to set or to remove, or empty.
 std::string WhyNotToChange(TagKey tag) {
-  const std::string text = TagText(GroupOf(tag), ElementOf(tag));
-  if (GroupOf(tag) == 0x0002)
+  const std::string text = TagText(tag);
+  if (GroupOf(tag) == kMetaGroup)
     return text + " is of the meta header, which is made when the file is written";
   if (GroupOf(tag) == kStructuralGroup) return text + " is no element of a data set";
   if (ElementOf(tag) == 0) return text + " is a length, which follows from the rest";
@@ -63,18 +63,6 @@ Assignment ParseAssignment(const std::string& text, Keywords& keywords) {
   return parsed;
 }
 
-std::int32_t GroupIn(TagKey tag) { return GroupOf(tag); }
-std::int32_t ElementIn(TagKey tag) { return ElementOf(tag); }
-
-void Remove(IDCMObject& object, TagKey tag) {
-  VariantBool removed;
-  Require(object.RemoveVR(GroupIn(tag), ElementIn(tag), &removed));
-}
-
-bool IsPrivateCreator(TagKey tag) {
-  return GroupOf(tag) % 2 == 1 && ElementOf(tag) >= 0x0010 && ElementOf(tag) <= 0x00FF;
-}
-
 class Setting {
  public:
   Setting(const SetOptions& options, Host& host)
@@ -90,10 +78,10 @@ class Setting {
     if (!source.IsWhole()) return NotWritten();
     const std::string syntax = TargetSyntax(source, Target::kKeep);
     writesTypes_ = syntax != kImplicitLittle;
-    std::string why = WhyNotToEncode(source, Target::kKeep, host_.Tags());
+    std::string why = WhyNotToEncode(source, Target::kKeep, host_);
     if (!why.empty()) return InputFailed(why);
     PrepareElements(source, syntax);
-    const Ref<IDCMObject> object = TakeObject(source);
+    const Ref<IDCMObject>& object = source.object;
     why = Change(object, syntax);
     if (!why.empty()) return InputFailed(why);
     why = SaveAs(*object, options_.output, mayReplace_);
@@ -124,7 +112,7 @@ class Setting {
   /// Empty, or why a change cannot be made.
   std::string Change(const Ref<IDCMObject>& object, const std::string& syntax) {
     // A file without a meta header keeps its encoding too.
-    Put(*object, kTransferSyntaxTag, type_code::UI, {syntax.begin(), syntax.end()});
+    SetSyntax(*object, syntax);
     for (const TagPath& path : removals_) {
       if (const Place place = Find(object, path); place.object) Remove(*place.object, path.Tag());
     }
@@ -147,11 +135,11 @@ class Setting {
     if (HasItems(*place.object, tag))
       return "holds items, which a value cannot replace: use --remove";
     if (!writesTypes_ || FitsExplicitForm(type, value.bytes.size())) {
-      Put(*place.object, tag, type, value.bytes);
+      PutBytes(*place.object, tag, type, value.bytes);
     } else {
       host_.messages.Warn(options_.output,
                           TextOf(given.path) + " is written as UN, which has room for its length");
-      Put(*place.object, tag, type_code::UN, value.bytes);
+      PutBytes(*place.object, tag, type_code::UN, value.bytes);
     }
     return {};
   }
@@ -166,15 +154,8 @@ class Setting {
 
   static std::string MakeSequence(IDCMObject& object, TagKey tag) {
     Remove(object, tag);
-    Require(object.putref_Sequence(GroupIn(tag), ElementIn(tag), 0, nullptr));
+    Require(object.putref_Sequence(GroupOf(tag), ElementOf(tag), 0, nullptr));
     return {};
-  }
-
-  static void Put(IDCMObject& object, TagKey tag, VrCode type,
-                  const std::vector<std::uint8_t>& bytes) {
-    const char letters[] = {FirstLetter(type), SecondLetter(type), '\0'};
-    Require(object.PutVRData(GroupIn(tag), ElementIn(tag), letters,
-                             Variant(VariantArray::OfBytes(bytes))));
   }
 
   ExitCode InputFailed(const std::string& why) {

@@ -1,10 +1,10 @@
 // tessaret transcode: writes a DICOM file with its pixel data in another transfer syntax.
 #include "class_object.h"
-#include "core/tag.h"
 #include "json_writer.h"
 #include "opened_object.h"
 #include "output_file.h"
 #include "reencode.h"
+#include "tag.h"
 #include "transfer_syntaxes.h"
 #include "verbs.h"
 
@@ -32,7 +32,7 @@ class Transcoding {
     const std::string from = source.syntax;
     // What the elements were read with tells how they are now; what they become follows from the name of the syntax.
     PrepareElements(source, to_);
-    const Ref<IDCMObject> object = TakeObject(source);
+    const Ref<IDCMObject>& object = source.object;
     VariantBool done;
     if (Failed(object->Translate(to_, &done))) return InputFailed(LastError().text);
     if (!done.IsTrue()) return InputFailed("no codec is here that makes " + NameOf(to_) + " of it");
@@ -46,13 +46,12 @@ class Transcoding {
  private:
   std::string WhyNot(const SourceFile& source) {
     const Target target = to_ == kImplicitLittle ? Target::kImplicit : Target::kExplicit;
-    std::string why = WhyNotToHold(source, target, host_.Tags());
+    std::string why = WhyNotToHold(source, target, host_);
     if (!why.empty()) return why;
-    if (source.bigEndian && to_ != kExplicitBig && HasPixelsOfDoubtfulOrder(*source.object))
+    if (source.IsBigEndian() && to_ != kExplicitBig && HasPixelsOfDoubtfulOrder(source))
       return "the order of the bytes in its pixel data is not certain, since programs write big "
              "endian pixels of this size in two ways";
-    const bool hasPixels =
-        source.object->GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) != nullptr;
+    const bool hasPixels = source.listing.FindOnTop(kPixelDataTag).has_value();
     if (!hasPixels && !IsNativeSyntax(to_)) return "there is no pixel data";
     return {};
   }

@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <iterator>
 
-#include "core/element_reader.h"
-
 namespace tessaret::tool {
 namespace {
 
@@ -24,10 +22,10 @@ constexpr VrTraits kTraits[] = {
     {type_code::LO, Kind::kText, true, false, 0, 64},
     {type_code::LT, Kind::kText, false, false, 0, 10240},
     {type_code::OB, Kind::kBytes, false, true, 0, 0},
-    {MakeTypeCode('O', 'D'), Kind::kFloat, false, true, 8, 0},
+    {type_code::OD, Kind::kFloat, false, true, 8, 0},
     {type_code::OF, Kind::kFloat, false, true, 4, 0},
-    {MakeTypeCode('O', 'L'), Kind::kBytes, false, true, 0, 0},
-    {MakeTypeCode('O', 'V'), Kind::kBytes, false, true, 0, 0},
+    {type_code::OL, Kind::kBytes, false, true, 0, 0},
+    {type_code::OV, Kind::kBytes, false, true, 0, 0},
     {type_code::OW, Kind::kBytes, false, true, 0, 0},
     {type_code::PN, Kind::kText, true, false, 0, 64},
     {type_code::SH, Kind::kText, true, false, 0, 16},
@@ -35,17 +33,23 @@ constexpr VrTraits kTraits[] = {
     {type_code::SQ, Kind::kSequence, false, true, 0, 0},
     {type_code::SS, Kind::kInteger, true, false, 2, 0},
     {type_code::ST, Kind::kText, false, false, 0, 1024},
-    {MakeTypeCode('S', 'V'), Kind::kInteger, true, true, 8, 0},
+    {type_code::SV, Kind::kInteger, true, true, 8, 0},
     {type_code::TM, Kind::kText, true, false, 0, 16},
-    {MakeTypeCode('U', 'C'), Kind::kText, true, true, 0, 0},
+    {type_code::UC, Kind::kText, true, true, 0, 0},
     {type_code::UI, Kind::kUid, true, false, 0, 64},
     {type_code::UL, Kind::kUnsigned, true, false, 4, 0},
     {type_code::UN, Kind::kBytes, false, true, 0, 0},
-    {MakeTypeCode('U', 'R'), Kind::kText, false, true, 0, 0},
+    {type_code::UR, Kind::kText, false, true, 0, 0},
     {type_code::US, Kind::kUnsigned, true, false, 2, 0},
     {type_code::UT, Kind::kText, false, true, 0, 0},
-    {MakeTypeCode('U', 'V'), Kind::kUnsigned, true, true, 8, 0},
+    {type_code::UV, Kind::kUnsigned, true, true, 8, 0},
 };
+
+/// What the library's readers and writers give a 32-bit length in the explicit form.
+bool HasLongForm(VrCode type) {
+  return type == type_code::OB || type == type_code::OW || type == type_code::UN ||
+         type == type_code::UT || type == type_code::SQ;
+}
 
 }  // namespace
 

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "core/type_code.h"
+#include "type_code.h"
 
 namespace tessaret::tool {
 

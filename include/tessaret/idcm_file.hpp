@@ -55,6 +55,10 @@ class IDcmFile : public IDispatch {
   /// it names none.
   virtual Status get_NamedSyntax(Result<String> pVal) = 0;
 
+  /// How a data set in that transfer syntax is encoded: what the reader was to follow. ENCODING_NONE where none is named,
+  /// and for one that the library does not know.
+  virtual Status get_NamedEncoding(Result<_EnumDataEncoding> pVal) = 0;
+
   /// The tag that stands first, preamble and mark aside. False, with nothing written, where there are not enough
   /// bytes for one.
   virtual Status GetFirstTag(Out<std::int32_t> Group, Out<std::int32_t> Element,
@@ -103,6 +107,17 @@ class IDcmFile : public IDispatch {
   virtual Status GetElement(std::int32_t Group, std::int32_t Element, Out<String> TypeCode,
                             Out<double> Length, Out<double> Offset, Out<VariantBool> HasValue,
                             Out<std::int32_t> ItemsCount, Result<VariantBool> Found) = 0;
+
+  /// All elements, those in items at every depth too, and the items themselves, as they follow one another in a file:
+  /// seven arrays with one dimension from 0, in which the same index stands for the same element or item. `Levels`
+  /// (longs) is 0 for the elements of this data set, and one more for an item, and what is in it, than for the element
+  /// that holds it. `Tags` (doubles) is group * 65536 + element, `TypeCodes` (longs) the first character of the type *
+  /// 256 + the second, 0 for none; `Lengths`, `Offsets` (doubles), `HaveValues` (booleans) and `ItemsCounts` (longs)
+  /// are what GetElement tells. For an item the tag is (FFFE,E000), `Lengths` the number of its elements, and
+  /// `ItemsCounts` -1, which tells it from a fragment of pixel data. All are empty where there are no elements.
+  virtual Status GetListing(Out<Variant> Levels, Out<Variant> Tags, Out<Variant> TypeCodes,
+                            Out<Variant> Lengths, Out<Variant> Offsets, Out<Variant> HaveValues,
+                            Out<Variant> ItemsCounts, Result<std::int32_t> Count) = 0;
 
   /// At most `Count` bytes of the value of an element from its byte `Offset` on, as an array with one dimension from
   /// 0: fewer where the value ends before. Empty where there are none. kInvalidArgument for a negative `Count`, and

@@ -47,6 +47,13 @@ template <class Interface>
   return made;
 }
 
+/// Starts the library, which Create does otherwise, but without a line on standard error where it cannot: kClassNotAvailable then, with
+/// the file, the line and the reason.
+inline Status StartLibrary() { return tessaret_start(); }
+
+/// Has the library give up what it does with files, or not any more; see tessaret_cancel_files.
+inline void CancelFiles(bool cancel) noexcept { tessaret_cancel_files(cancel ? 1 : 0); }
+
 /// Whether the host may unload the library: no object of it exists, and nobody holds a lock.
 inline bool CanUnload() { return tessaret_can_unload() != 0; }
 

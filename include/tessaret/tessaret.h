@@ -207,6 +207,15 @@ void tessaret_clear(tessaret_value* value);
 const char* tessaret_last_error_text(void);
 const char* tessaret_last_error_source(void);
 
+/// Starts the library, as the first object that is made does otherwise. Where it cannot start the last failure has the file, the line
+/// and the reason, and nothing is written to standard error, as is done when an object is the first to ask. What it answers stays so for the process.
+int32_t tessaret_start(void);
+
+/// Not 0 has every call of the library to the file system fail that opens, reads, writes or brings a file to its place, in all threads, as
+/// cancelled by the user; what is half done is tidied up. 0 lets them work again. May be called in a signal handler: a call that waits goes on
+/// waiting until a signal breaks it.
+void tessaret_cancel_files(int32_t cancel);
+
 /// 1 while no object of the library exists and no lock is held, otherwise 0: then a host may unload it.
 int32_t tessaret_can_unload(void);
 /// Not 0 keeps the library though no object exists; 0 gives one such lock back.

@@ -86,6 +86,7 @@ class CDCMObject final
   Status get_HasMark(VariantBool* pVal) override;
   Status get_BytesRead(double* pVal) override;
   Status get_NamedSyntax(String* pVal) override;
+  Status get_NamedEncoding(_EnumDataEncoding* pVal) override;
   Status GetFirstTag(std::int32_t* Group, std::int32_t* Element, VariantBool* Found) override;
   Status GetMetaLength(double* Stated, double* Counted, VariantBool* Found) override;
   Status GetEnd(double* Offset, std::int32_t* Group, std::int32_t* Element,
@@ -99,6 +100,9 @@ class CDCMObject final
   Status GetElement(std::int32_t Group, std::int32_t Element, String* TypeCode, double* Length,
                     double* Offset, VariantBool* HasValue, std::int32_t* ItemsCount,
                     VariantBool* Found) override;
+  Status GetListing(Variant* Levels, Variant* Tags, Variant* TypeCodes, Variant* Lengths,
+                    Variant* Offsets, Variant* HaveValues, Variant* ItemsCounts,
+                    std::int32_t* Count) override;
   Status GetBytes(std::int32_t Group, std::int32_t Element, double Offset, std::int32_t Count,
                   Variant* Bytes) override;
   Status SetType(std::int32_t Group, std::int32_t Element, const String& TypeCode,

@@ -7,6 +7,7 @@
 
 #include "core/tag.h"
 #include "core/type_code.h"
+#include "core/vr.h"
 #include "facade/class_ids.h"
 #include "facade/guard.h"
 #include "tessaret/idcm_file.hpp"
@@ -49,6 +50,11 @@ inline bool IsPath(const std::string& path) { return path.find('\0') == std::str
 /// The tag of the low 16 bits of both.
 constexpr TagKey KeyOf(std::int32_t group, std::int32_t element) {
   return MakeTagKey(static_cast<std::uint16_t>(group), static_cast<std::uint16_t>(element));
+}
+
+/// The length of an element as IDcmFile tells it.
+inline double LengthOf(const VR& vr) {
+  return vr.Length == kUndefinedLength ? -1.0 : static_cast<double>(vr.Length);
 }
 
 /// A letter of a type; characters of more than a byte are none that any type has.

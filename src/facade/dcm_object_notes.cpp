@@ -83,6 +83,14 @@ Status CDCMObject::get_NamedSyntax(String* pVal) {
   });
 }
 
+Status CDCMObject::get_NamedEncoding(_EnumDataEncoding* pVal) {
+  if (pVal == nullptr) return kPointer;
+  const std::string& named = NotesIn(notes_).head.syntax;
+  const auto code = named.empty() ? std::nullopt : FindTransferSyntax(named);
+  *pVal = static_cast<_EnumDataEncoding>(code.value_or(ENCODING_NONE));
+  return kOk;
+}
+
 Status CDCMObject::GetFirstTag(std::int32_t* Group, std::int32_t* Element, VariantBool* Found) {
   if (Group == nullptr || Element == nullptr || Found == nullptr) return kPointer;
   const auto& tag = NotesIn(notes_).head.firstTag;

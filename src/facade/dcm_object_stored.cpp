@@ -44,7 +44,7 @@ Status CDCMObject::GetElement(std::int32_t Group, std::int32_t Element, String* 
     *Found = vr != nullptr;
     if (vr == nullptr) return kOk;
     *TypeCode = StoredLetters(vr->TypeCode);
-    *Length = vr->Length == kUndefinedLength ? -1.0 : static_cast<double>(vr->Length);
+    *Length = LengthOf(*vr);
     *Offset = vr->StreamPosition;
     *HasValue = vr->Data != nullptr;
     *ItemsCount = SaturatingCast<std::int32_t>(vr->ItemCount());

@@ -4,6 +4,7 @@
 #include "component/object_count.h"
 #include "component/report.h"
 #include "facade/module.h"
+#include "platform/file_calls.h"
 
 namespace tessaret {
 namespace {
@@ -49,6 +50,16 @@ Status CreateFrom(const Key& key, const InterfaceId* id, IObject* outer, void** 
   }
 }
 
+Status StartNow() noexcept {
+  try {
+    if (StartModuleQuietly()) return kOk;
+    Report({}, WhyNotStartedInFull().c_str(), IObject::kId);
+    return kClassNotAvailable;
+  } catch (const std::bad_alloc&) {
+    return WithWords(kOutOfMemory, {}, IObject::kId);
+  }
+}
+
 }  // namespace
 }  // namespace tessaret
 
@@ -71,6 +82,10 @@ std::int32_t tessaret_create_object_by_id(const InterfaceId* classId, const Inte
 const char* tessaret_last_error_text(void) { return LastWords().text.c_str(); }
 
 const char* tessaret_last_error_source(void) { return LastWords().source.c_str(); }
+
+std::int32_t tessaret_start(void) { return StartNow(); }
+
+void tessaret_cancel_files(std::int32_t cancel) { CancelFileCalls(cancel != 0); }
 
 std::int32_t tessaret_can_unload(void) { return MayUnload() ? 1 : 0; }
 

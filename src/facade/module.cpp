@@ -48,24 +48,37 @@ constexpr ClassRow kClasses[] = {
      &NotYet<ids::kDcmCStore>},
 };
 
+/// The words of a failed start with what the data dictionary keeps beside them, and the file that the words of the UID dictionary may
+/// lack.
+std::string InFull(const std::string& words, const std::string& directory) {
+  const std::string& reason = ModuleDictionary().LastErrorText();
+  const std::string full = reason.empty() ? words : words + ": " + reason;
+  if (full.find('[' + directory) != std::string::npos) return full;
+  return "Error reading [" + directory + kUidDictionaryFile + "]: " + full;
+}
+
 /// The outcome of the one attempt.
 struct Start {
-  Start() {
+  explicit Start(bool isQuiet) {
     RegisterClasses(kClasses);
-    const MessageSink sink = [this](const std::string& text, const std::string& caption) {
+    const MessageSink sink = [&](const std::string& text, const std::string& caption) {
       why = text;
-      WriteMessageToStandardError(text, caption);
+      if (!isQuiet) WriteMessageToStandardError(text, caption);
     };
-    started = StartDictionaries(ModuleDirectory(), sink);
+    const std::string directory = ModuleDirectory();
+    started = StartDictionaries(directory, sink);
+    if (!started) whyInFull = InFull(why, directory);
     ReadOptions();
   }
 
   bool started = false;
   std::string why;
+  std::string whyInFull;
 };
 
-const Start& TheStart() {
-  static const Start start;
+/// Who asks first says whether a failure is told.
+const Start& TheStart(bool isQuiet = false) {
+  static const Start start(isQuiet);
   return start;
 }
 
@@ -75,6 +88,10 @@ std::span<const ClassRow> AllClasses() { return kClasses; }
 
 bool StartModule() { return TheStart().started; }
 
+bool StartModuleQuietly() { return TheStart(true).started; }
+
 const std::string& WhyNotStarted() { return TheStart().why; }
+
+const std::string& WhyNotStartedInFull() { return TheStart().whyInFull; }
 
 }  // namespace tessaret

@@ -14,8 +14,12 @@ std::span<const ClassRow> AllClasses();
 /// Starts the library when it is asked for the first time: registers the classes, loads both dictionaries, reads the options. False
 /// where the dictionaries cannot be loaded; that is said on standard error once, and stays so for the process. Any thread.
 bool StartModule();
+/// The same without a word on standard error.
+bool StartModuleQuietly();
 
 /// Why it did not start; empty where it did.
 const std::string& WhyNotStarted();
+/// The same with the file, and the line or the words of the system.
+const std::string& WhyNotStartedInFull();
 
 }  // namespace tessaret

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -22,13 +23,42 @@ namespace {
 
 FileCallHook fileCallHook = nullptr;
 
+std::atomic<bool> isCancelled = false;
+static_assert(std::atomic<bool>::is_always_lock_free, "a signal handler may use nothing else");
+
+bool CanBeCancelled(FileCall call) {
+  switch (call) {
+    case FileCall::kOpen:
+    case FileCall::kRead:
+    case FileCall::kWrite:
+    case FileCall::kSync:
+    case FileCall::kRename:
+    case FileCall::kLink:
+      return true;
+    case FileCall::kClose:
+    case FileCall::kSeek:
+    case FileCall::kStat:
+    case FileCall::kRemove:
+    case FileCall::kMode:
+    case FileCall::kLock:
+      break;
+  }
+  return false;
+}
+
+/// The error with which a call is to fail that was not made yet, or 0.
+int Refused(FileCall call, std::size_t& count) {
+  if (isCancelled.load(std::memory_order_relaxed) && CanBeCancelled(call)) return ECANCELED;
+  return fileCallHook == nullptr ? 0 : fileCallHook(call, count);
+}
+
 // Linux moves at most this much in one call.
 constexpr std::size_t kMostBytesACall = 0x7FFFF000;
 
 template <class Call>
 FileResult Run(FileCall kind, std::size_t& count, Call call) {
   for (;;) {
-    const int refused = fileCallHook == nullptr ? 0 : fileCallHook(kind, count);
+    const int refused = Refused(kind, count);
     if (refused == EINTR) continue;
     if (refused != 0) return {-1, refused};
     const std::int64_t value = call();
@@ -82,6 +112,8 @@ class WriteSignals {
 [[maybe_unused]] const char* ErrorWords(const char* words, const char*) { return words; }
 
 }  // namespace
+
+void CancelFileCalls(bool cancel) noexcept { isCancelled.store(cancel, std::memory_order_relaxed); }
 
 void SetFileCallHook(FileCallHook hook) { fileCallHook = hook; }
 

@@ -34,6 +34,10 @@ using FileCallHook = int (*)(FileCall call, std::size_t& count);
 /// Installs `hook`, or none with null. For tests; not to be changed while another thread works with files.
 void SetFileCallHook(FileCallHook hook);
 
+/// From here on, or no longer, calls that may take long or bring something to its place fail with ECANCELED: opening, reading, writing,
+/// syncing, renaming, linking. Closing and tidying up go on. For signal handlers and any thread; a call that waits is not broken by it.
+void CancelFileCalls(bool cancel) noexcept;
+
 /// What a call answered: `value` when `error` is 0, otherwise the system's error number.
 struct FileResult {
   std::int64_t value = 0;

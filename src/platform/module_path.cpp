@@ -13,7 +13,8 @@ namespace tessaret {
 namespace {
 
 constexpr const char* kDataFile = "dicom-dict.txt";
-constexpr const char* kInstalledData = "../share/tessaret/";
+// Beside lib, and where libraries lie one folder deeper, as in lib/x86_64-linux-gnu.
+constexpr const char* kInstalledData[] = {"../share/tessaret/", "../../share/tessaret/"};
 
 std::string CutAfterLastSeparator(const std::string& path) {
   const std::size_t slash = path.rfind('/');
@@ -66,8 +67,10 @@ std::string ModuleDirectory() {
   }
   std::string directory = CodeDirectory();
   if (HasData(directory)) return directory;
-  std::string installed = directory + kInstalledData;
-  return HasData(installed) ? installed : directory;
+  for (const char* const installed : kInstalledData) {
+    if (HasData(directory + installed)) return directory + installed;
+  }
+  return directory;
 }
 
 }  // namespace tessaret

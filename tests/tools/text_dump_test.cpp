@@ -4,7 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "core/element_maker.h"
+#include "class_object.h"
 #include "interrupt.h"
 #include "support/child_process.h"
 
@@ -12,16 +12,17 @@ namespace tessaret::tool {
 namespace {
 
 TEST(DumpText, AnInterruptEndsItAtTheNextLine) {
-  DICOMObject object;
-  object.Push(test::NewElement(0x0010, 0x0010, type_code::PN, "Doe"));
+  SourceFile source;
+  source.object = NewObject();
+  ASSERT_EQ(source.object->PutVRRawString(0x0010, 0x0010, "PN", "Doe"), kOk);
+  source.listing = Listing(*source.object);
   const auto interruptedBefore = [&](bool interrupt) {
     return test::RunInChild([&] {
       Host host;
-      host.Tags();  // an interrupt cancels reading too
       WatchForInterrupts();
       if (interrupt) ::raise(SIGINT);
       try {
-        DumpText(object, host);  // too little to be sent
+        DumpText(source, host);  // too little to be sent
       } catch (const Interrupted&) {
         return 1;
       }

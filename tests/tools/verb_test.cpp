@@ -1,9 +1,6 @@
 // Verbs within this process, where a file can come to the output's place at a chosen moment.
-#include <cstdlib>
-
 #include <gtest/gtest.h>
 
-#include "core/module_dictionaries.h"
 #include "support/bytes.h"
 #include "support/file_failure.h"
 #include "support/temp_folder.h"
@@ -53,13 +50,8 @@ TEST_F(ComesMeanwhile, AFileStaysThatTakesThePlaceOfAPhantom) {
 }
 
 TEST_F(ComesMeanwhile, AFileStaysThatTakesThePlaceOfADictionary) {
-  test::WriteText(folder_.File("dicom-dict.txt"), "\n{0x0010 0x0010 PN \"Name\"}\n");
-  test::WriteText(folder_.File("uid-dict.txt"), "SOPClass 1.2.3 0 Name\n");
-  ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
   const std::string path = folder_.File("dict.bin");
   Expect(&SetUpDictionary, "--compile " + path, path);
-  ::unsetenv("TESSARET_DATA_DIR");
-  StopDictionaries();
 }
 
 }  // namespace

@@ -592,6 +592,13 @@ class IDcmFile(Object):
         """
         ...
 
+    @property
+    def NamedEncoding(self) -> _EnumDataEncoding:
+        """How a data set in that transfer syntax is encoded: what the reader was to follow. ENCODING_NONE where none is named,
+        and for one that the library does not know.
+        """
+        ...
+
     def GetFirstTag(self) -> tuple[bool, int, int]:
         """The tag that stands first, preamble and mark aside. False, with nothing written, where there are not enough
         bytes for one.
@@ -648,6 +655,17 @@ class IDcmFile(Object):
         bytes read, 0 where it was not read; `HasValue` whether its bytes are here, which those of pixel data may not
         be; `ItemsCount` how many items or fragments it has. An item outside any sequence hangs on an element with a
         value. False, with nothing written, where there is no such element.
+        """
+        ...
+
+    def GetListing(self) -> tuple[int, Any, Any, Any, Any, Any, Any, Any]:
+        """All elements, those in items at every depth too, and the items themselves, as they follow one another in a file:
+        seven arrays with one dimension from 0, in which the same index stands for the same element or item. `Levels`
+        (longs) is 0 for the elements of this data set, and one more for an item, and what is in it, than for the element
+        that holds it. `Tags` (doubles) is group * 65536 + element, `TypeCodes` (longs) the first character of the type *
+        256 + the second, 0 for none; `Lengths`, `Offsets` (doubles), `HaveValues` (booleans) and `ItemsCounts` (longs)
+        are what GetElement tells. For an item the tag is (FFFE,E000), `Lengths` the number of its elements, and
+        `ItemsCounts` -1, which tells it from a fragment of pixel data. All are empty where there are no elements.
         """
         ...
 
