@@ -22,20 +22,21 @@ Keywords& Host::ElementKeywords() {
   return *keywords_;
 }
 
-std::optional<KnownElement> Host::FindElement(TagKey tag) {
+const KnownElement* Host::FindElement(TagKey tag) {
+  const auto place = known_.find(tag);
+  if (place != known_.end()) return &place->second;
   String letters;
   String name;
   VariantBool found;
   Require(Dictionary().GetVRDescription(GroupOf(tag), ElementOf(tag), &letters, &name, &found));
-  if (!found.IsTrue()) return std::nullopt;
-  return KnownElement{TypeCodeOf(letters.Narrow()), name.Narrow()};
+  if (!found.IsTrue()) return nullptr;
+  return &known_.emplace(tag, KnownElement{TypeCodeOf(letters.Narrow()), name.Narrow()})
+              .first->second;
 }
 
 VrCode Host::TypeOfElement(TagKey tag) {
-  const auto [place, isNew] = types_.try_emplace(tag, type_code::kNone);
-  if (!isNew) return place->second;
-  if (const auto known = FindElement(tag)) place->second = known->type;
-  return place->second;
+  const KnownElement* known = FindElement(tag);
+  return known == nullptr ? type_code::kNone : known->type;
 }
 
 std::optional<KnownUid> Host::FindUid(std::string_view uid) {

@@ -49,9 +49,10 @@ class Host {
 
   /// The elements by their keywords. Throws DictionaryError.
   Keywords& ElementKeywords();
-  /// What the dictionary has for an element; nothing for an unknown one. Throws DictionaryError.
-  std::optional<KnownElement> FindElement(TagKey tag);
-  /// The type of that; none for an unknown one. Kept, for those who ask for every element of a file.
+  /// What the dictionary has for an element; null for an unknown one. Kept, for those who ask for every element of a
+  /// file. Throws DictionaryError.
+  const KnownElement* FindElement(TagKey tag);
+  /// The type of that; none for an unknown one.
   VrCode TypeOfElement(TagKey tag);
   bool Knows(TagKey tag) { return TypeOfElement(tag) != type_code::kNone; }
 
@@ -66,7 +67,7 @@ class Host {
  private:
   Ref<IDcmDictionary> dictionary_;
   std::optional<Keywords> keywords_;
-  std::unordered_map<TagKey, VrCode> types_;
+  std::unordered_map<TagKey, KnownElement> known_;
 };
 
 }  // namespace tessaret::tool

@@ -1,6 +1,8 @@
 #include "line_dump.h"
 
 #include <algorithm>
+#include <map>
+#include <vector>
 
 #include "base/text.h"
 #include "character_set_stack.h"
@@ -43,6 +45,7 @@ class LineDump final : public ObjectVisitor {
         colours_(host.ColoursOutput()) {}
 
   void OnElement(const Element& element, DataSet& owner, int level) override {
+    if (IsPrivateCreator(element.tag)) creators_.back().insert_or_assign(element.tag, element);
     if (GroupOf(element.tag) == kStructuralGroup) return Fragment(element, owner, level);
     if (element.type == type_code::SQ) return Sequence(element, owner, level);
     const std::string description = Description(element.tag, owner);
@@ -61,6 +64,7 @@ class LineDump final : public ObjectVisitor {
 
   void OnItem(const Element& sequence, std::uint32_t, DataSet& item, int level) override {
     sets_.Enter(item);
+    creators_.emplace_back();
     if (HoldsFragments(sequence)) return;
     Line(ItemIndent(level), TagText(kStructuralGroup, kItemElement), "na",
          Format("(Item #=%zu)", item.Count()), {std::string(kNotKept), 1, "Item"});
@@ -68,6 +72,7 @@ class LineDump final : public ObjectVisitor {
 
   void OnItemEnd(const Element& sequence, int level) override {
     sets_.Leave();
+    creators_.pop_back();
     if (HoldsFragments(sequence)) return;
     Line(ItemIndent(level), TagText(kStructuralGroup, kItemDelimiterElement), "na",
          "(ItemDelimitationItem)", {"0", 0, "Item Delimitation Item"});
@@ -126,18 +131,18 @@ class LineDump final : public ObjectVisitor {
 
   /// What the dictionary says of a tag; for a private one whose it is.
   std::string Description(TagKey tag, DataSet& owner) {
-    if (const auto known = host_.FindElement(tag)) return known->name;
+    if (const KnownElement* known = host_.FindElement(tag)) return known->name;
     const std::uint16_t element = ElementOf(tag);
     if (element == 0) return "Group Length";
     if (GroupOf(tag) % 2 == 0) return "Unknown";
     if (IsPrivateCreator(tag)) return "Private Creator";
     // Below (gggg,1000) no element belongs to a creator.
-    const auto creator =
-        element < 0x1000 ? std::nullopt : owner.Find(MakeTagKey(GroupOf(tag), element >> 8));
-    if (!creator || !creator->hasValue) return "Private";
-    ShownValue value(*creator, owner);
+    if (element < 0x1000) return "Private";
+    const auto creator = creators_.back().find(MakeTagKey(GroupOf(tag), element >> 8));
+    if (creator == creators_.back().end() || !creator->second.hasValue) return "Private";
+    ShownValue value(creator->second, owner);
     const std::string name =
-        DecodedText(sets_.Here(), ShownType(*creator), value.Text(), kLongestValue);
+        DecodedText(sets_.Here(), ShownType(creator->second), value.Text(), kLongestValue);
     return "Private (" + Escaped(name, kLongestValue) + ')';
   }
 
@@ -160,6 +165,7 @@ class LineDump final : public ObjectVisitor {
 
   Host& host_;
   CharacterSetStack sets_;
+  std::vector<std::map<TagKey, Element>> creators_{1};  // met so far, in each data set on the way
   std::size_t most_;
   bool colours_;
 };

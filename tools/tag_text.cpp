@@ -5,7 +5,15 @@
 namespace tessaret::tool {
 
 std::string TagText(std::uint16_t group, std::uint16_t element) {
-  return Format("(%04x,%04x)", group, element);
+  // Every line of a listing begins with one.
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string text = "(0000,0000)";
+  for (std::size_t at = 0; at < 4; ++at) {
+    const std::size_t shift = 12 - 4 * at;
+    text[1 + at] = kDigits[group >> shift & 0xF];
+    text[6 + at] = kDigits[element >> shift & 0xF];
+  }
+  return text;
 }
 
 std::optional<TagKey> ParseTag(std::string_view text) {

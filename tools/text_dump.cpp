@@ -7,12 +7,15 @@
 namespace tessaret::tool {
 namespace {
 
-/// The lines of `text`, each of which has an end: the only control character that is meant.
-void WriteLines(std::string_view text, Output& output) {
+/// The lines of `text`, a byte a character, each of which has an end: the only control character that is meant.
+void WriteLines(std::u16string_view text, Output& output) {
+  std::string line;
   while (!text.empty()) {
     StopIfInterrupted();
-    const std::size_t end = text.find('\n');
-    output.Line(Escaped(text.substr(0, end)));
+    const std::size_t end = text.find(u'\n');
+    line.clear();
+    for (const char16_t unit : text.substr(0, end)) line += static_cast<char>(unit);
+    output.Line(Escaped(line));
     text.remove_prefix(end + 1);
   }
 }
@@ -26,7 +29,7 @@ void DumpText(const SourceFile& source, Host& host) {
     StopIfInterrupted();
     String text;
     Require(file->GetElementText(GroupOf(element.tag), ElementOf(element.tag), &text));
-    WriteLines(text.Narrow(), host.output);
+    WriteLines(text.View(), host.output);
   });
 }
 

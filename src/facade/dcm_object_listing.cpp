@@ -18,45 +18,66 @@ namespace {
 
 constexpr std::int32_t kItemMark = -1;
 
-/// One object on the way.
-struct Level {
-  const DICOMObject* object;
-  const VR* next;                         // the element to be visited next
-  const ItemArray::Node* item = nullptr;  // of the one before, to be visited first
+/// An element, or an item of the one before it.
+struct Row {
+  const VR* vr;
+  const DICOMObject* item;
+  std::int32_t level;
 };
 
-/// Calls `onElement(vr, level)` and `onItem(item, level)` for all that is in `object`, on a flat stack. Throws
-/// std::bad_alloc.
-template <class OnElement, class OnItem>
-void Walk(const DICOMObject& object, OnElement onElement, OnItem onItem) {
-  std::vector<Level> levels{{&object, object.GetFirstVR()}};
-  while (!levels.empty()) {
-    Level& here = levels.back();
+/// Goes through an object with everything nested in it, on a flat stack.
+class Walk {
+ public:
+  /// Throws std::bad_alloc.
+  static std::vector<Row> Through(const DICOMObject& object) {
+    Walk walk;
+    walk.Enter(object);
+    while (!walk.levels_.empty()) walk.Step();
+    return std::move(walk.rows_);
+  }
+
+ private:
+  /// A data set on the way: its elements are the last in elements_ from `begin` on.
+  struct Level {
+    std::size_t begin;
+    std::size_t next;                       // element to be visited next
+    const ItemArray::Node* item = nullptr;  // of the one before, to be visited first
+  };
+
+  void Enter(const DICOMObject& object) {
+    const std::size_t begin = elements_.size();
+    object.Elements.ForEach([&](const VR& vr) { elements_.push_back(&vr); });
+    levels_.push_back({begin, begin});
+  }
+
+  void Step() {
+    Level& here = levels_.back();
+    const auto level = static_cast<std::int32_t>(levels_.size()) - 1;
     if (here.item != nullptr) {
       const DICOMObject* const item = here.item->value;
       here.item = here.item->next;
-      if (item == nullptr) continue;
-      onItem(*item, levels.size());
-      levels.push_back({item, item->GetFirstVR()});
-    } else if (here.next != nullptr) {
-      const VR& vr = *here.next;
-      here.next = here.object->GetNextVR(&vr);
+      if (item == nullptr) return;
+      Add({nullptr, item, level + 1});
+      Enter(*item);
+    } else if (here.next < elements_.size()) {
+      const VR& vr = *elements_[here.next++];
       if (vr.Items != nullptr) here.item = vr.Items->First;
-      onElement(vr, levels.size() - 1);
+      Add({&vr, nullptr, level});
     } else {
-      levels.pop_back();
+      elements_.resize(here.begin);
+      levels_.pop_back();
     }
   }
-}
 
-std::uint32_t RowsOf(const DICOMObject& object) {
-  std::size_t rows = 0;
-  Walk(
-      object, [&](const VR&, std::size_t) { ++rows; },
-      [&](const DICOMObject&, std::size_t) { ++rows; });
-  if (rows > std::numeric_limits<std::int32_t>::max()) throw std::bad_alloc();
-  return static_cast<std::uint32_t>(rows);
-}
+  void Add(const Row& row) {
+    if (rows_.size() == std::numeric_limits<std::int32_t>::max()) throw std::bad_alloc();
+    rows_.push_back(row);
+  }
+
+  std::vector<Row> rows_;
+  std::vector<const VR*> elements_;
+  std::vector<Level> levels_;
+};
 
 /// The columns, filled from the top.
 class Listing {
@@ -70,23 +91,9 @@ class Listing {
         haveValues_(VariantType::kBool, rows),
         items_(VariantType::kLong, rows) {}
 
-  void Add(const VR& vr, std::size_t level) {
-    levels_.Entries<std::int32_t>()[row_] = static_cast<std::int32_t>(level);
-    tags_.Entries<double>()[row_] = vr.Key();
-    types_.Entries<std::int32_t>()[row_] = vr.TypeCode;
-    lengths_.Entries<double>()[row_] = LengthOf(vr);
-    offsets_.Entries<double>()[row_] = vr.StreamPosition;
-    haveValues_.Entries<VariantBool>()[row_] = vr.Data != nullptr;
-    items_.Entries<std::int32_t>()[row_] = SaturatingCast<std::int32_t>(vr.ItemCount());
-    ++row_;
-  }
-
-  /// An item: what is in none of its columns stays 0.
-  void Add(const DICOMObject& item, std::size_t level) {
-    levels_.Entries<std::int32_t>()[row_] = static_cast<std::int32_t>(level);
-    tags_.Entries<double>()[row_] = MakeTagKey(kStructuralGroup, kItemElement);
-    lengths_.Entries<double>()[row_] = static_cast<double>(item.Elements.Size());
-    items_.Entries<std::int32_t>()[row_] = kItemMark;
+  void Add(const Row& row) {
+    levels_.Entries<std::int32_t>()[row_] = row.level;
+    row.vr != nullptr ? AddElement(*row.vr) : AddItem(*row.item);
     ++row_;
   }
 
@@ -103,6 +110,22 @@ class Listing {
   }
 
  private:
+  void AddElement(const VR& vr) {
+    tags_.Entries<double>()[row_] = vr.Key();
+    types_.Entries<std::int32_t>()[row_] = vr.TypeCode;
+    lengths_.Entries<double>()[row_] = LengthOf(vr);
+    offsets_.Entries<double>()[row_] = vr.StreamPosition;
+    haveValues_.Entries<VariantBool>()[row_] = vr.Data != nullptr;
+    items_.Entries<std::int32_t>()[row_] = SaturatingCast<std::int32_t>(vr.ItemCount());
+  }
+
+  /// In the other columns 0 stays.
+  void AddItem(const DICOMObject& item) {
+    tags_.Entries<double>()[row_] = MakeTagKey(kStructuralGroup, kItemElement);
+    lengths_.Entries<double>()[row_] = static_cast<double>(item.Elements.Size());
+    items_.Entries<std::int32_t>()[row_] = kItemMark;
+  }
+
   VariantArray levels_;
   VariantArray tags_;
   VariantArray types_;
@@ -123,15 +146,11 @@ Status CDCMObject::GetListing(Variant* Levels, Variant* Tags, Variant* TypeCodes
   if (Count == nullptr || std::ranges::find(columns, nullptr) != columns.end()) return kPointer;
   return AnswerOfFile([&] {
     const DICOMObject* const object = Object.Get();
-    const std::uint32_t rows = object == nullptr ? 0 : RowsOf(*object);
-    Listing listing(rows);
-    if (object != nullptr) {
-      Walk(
-          *object, [&](const VR& vr, std::size_t level) { listing.Add(vr, level); },
-          [&](const DICOMObject& item, std::size_t level) { listing.Add(item, level); });
-    }
+    const std::vector<Row> rows = object == nullptr ? std::vector<Row>() : Walk::Through(*object);
+    Listing listing(static_cast<std::uint32_t>(rows.size()));
+    for (const Row& row : rows) listing.Add(row);
     listing.MoveTo(columns);
-    *Count = static_cast<std::int32_t>(rows);
+    *Count = static_cast<std::int32_t>(rows.size());
     return kOk;
   });
 }
