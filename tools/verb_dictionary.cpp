@@ -3,7 +3,6 @@
 
 #include "base/text.h"
 #include "class_object.h"
-#include "core/element_text.h"
 #include "escape.h"
 #include "json_writer.h"
 #include "output_file.h"

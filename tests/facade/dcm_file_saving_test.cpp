@@ -1,4 +1,5 @@
 // Saving with options, and elements as they are stored.
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
 #include <limits>
@@ -304,6 +305,12 @@ TEST_F(FileSaving, IsThereByName) {
   EXPECT_EQ(arguments[4].AsDouble(), 30);
   EXPECT_FALSE(arguments[5].AsBool().IsTrue());
   EXPECT_EQ(arguments[6].AsLong(), 1);
+  arguments.assign(7, Variant());
+  const std::int32_t rows = call("GetListing", MemberKind::kMethod, arguments).AsLong();
+  ASSERT_NE(arguments[1].AsArray(), nullptr);
+  EXPECT_EQ(static_cast<std::int32_t>(arguments[1].AsArray()->Count()), rows);
+  EXPECT_EQ(arguments[1].AsArray()->Type(), VariantType::kDouble);
+  EXPECT_EQ(arguments[6].AsArray()->Type(), VariantType::kLong);
   arguments = {0x0010, 0x0010, 4, 4};
   EXPECT_EQ(BytesIn(call("GetBytes", MemberKind::kMethod, arguments)), BytesOf("John"));
   arguments = {0x0010, 0x0010, "PN"};
@@ -314,6 +321,34 @@ TEST_F(FileSaving, IsThereByName) {
   arguments.clear();
   EXPECT_FALSE(call("HasPixelsOfDoubtfulOrder", MemberKind::kGet, arguments).AsBool().IsTrue());
   EXPECT_FALSE(call("Text", MemberKind::kGet, arguments).ToString().IsEmpty());
+}
+
+TEST_F(FileSaving, TurnsTheNumbersOfLongValuesForABigEndianFile) {
+  // More than is turned at once, and a byte at the end that makes no number.
+  Bytes pixels(std::size_t{600} * 1024 + 1);
+  for (std::size_t at = 0; at < pixels.size(); ++at)
+    pixels[at] = static_cast<std::uint8_t>(at % 251);
+  Bytes doubles(std::size_t{8} * 3);
+  for (std::size_t at = 0; at < doubles.size(); ++at) doubles[at] = static_cast<std::uint8_t>(at);
+  ASSERT_EQ(object_->PutVRRawString(0x0002, 0x0010, "UI", "1.2.840.10008.1.2.2"), kOk);
+  ASSERT_EQ(object_->PutVRData(0x0018, 0x9087, "FD", BytesVariant(doubles)), kOk);
+  ASSERT_EQ(object_->PutVRData(kPixelGroup, 0x0010, "OW", BytesVariant(pixels)), kOk);
+  const Bytes whole = Saved(SAVE_COMPLETE);
+  Bytes turned = doubles;
+  for (std::size_t at = 0; at < turned.size(); at += 8)
+    std::reverse(turned.begin() + static_cast<std::ptrdiff_t>(at),
+                 turned.begin() + static_cast<std::ptrdiff_t>(at) + 8);
+  Bytes turnedPixels = pixels;
+  for (std::size_t at = 0; at + 1 < turnedPixels.size(); at += 2)
+    std::swap(turnedPixels[at], turnedPixels[at + 1]);
+  turnedPixels.push_back(0);
+  DataSetBuilder expected(Encoding::kExplicitBig);
+  expected.Element(0x0018, 0x9087, "FD", turned).Element(0x7FE0, 0x0010, "OW", turnedPixels);
+  const Bytes& dataSet = expected;
+  ASSERT_GT(whole.size(), dataSet.size());
+  EXPECT_TRUE(std::equal(dataSet.begin(), dataSet.end(),
+                         whole.end() - static_cast<std::ptrdiff_t>(dataSet.size())));
+  EXPECT_EQ(Raw(object_, kPixelGroup, 0x0010), pixels);
 }
 
 TEST_F(FileSaving, SaysWhenMemoryEnds) {

@@ -6,6 +6,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <thread>
 #include <vector>
@@ -16,8 +17,10 @@
 #include "facade/module.h"
 #include "support/allocation_failure.h"
 #include "support/build_kind.h"
+#include "support/bytes.h"
 #include "support/temp_folder.h"
 #include "tessaret/idcm_dictionary.hpp"
+#include "tessaret/idcm_object.hpp"
 #include "tessaret/idcm_options.hpp"
 
 namespace tessaret {
@@ -202,6 +205,60 @@ int TryWithoutDictionaries() {
     if (LastError().text != "Error reading [" + folder.File("dicom-dict.txt") + "]") return 2;
   }
   return 0;
+}
+
+/// Starts the library where one dictionary is broken; 0 where it says so itself, and nobody else does.
+int StartWith(const char* tags, const char* uids, const std::string& expected) {
+  const test::TempFolder folder;
+  if (tags != nullptr) test::WriteText(folder.File("dicom-dict.txt"), tags);
+  if (uids != nullptr) test::WriteText(folder.File("uid-dict.txt"), uids);
+  ::setenv("TESSARET_DATA_DIR", folder.Path().c_str(), 1);
+  if (StartLibrary() != kClassNotAvailable) return 1;
+  if (LastError().text != "Error reading [" + folder.Path().string() + '/' + expected) return 2;
+  // Once more, and as an object hears it.
+  if (StartLibrary() != kClassNotAvailable) return 3;
+  return Create<IDcmDictionary>("Tessaret.DcmDictionary") ? 4 : 0;
+}
+
+TEST(LibraryDeathTest, StartsWithoutAWordOnStandardErrorAndSaysAllThatIsKnown) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  constexpr const char* kTags = "\n{0x0010 0x0010 PN \"Name\"}\n";
+  const auto ends = testing::ExitedWithCode(0);
+  EXPECT_EXIT(std::exit(StartWith(nullptr, nullptr, "dicom-dict.txt]: No such file or directory")),
+              ends, "^$");
+  EXPECT_EXIT(std::exit(StartWith("\n{0x0010 0x0010 P \"Name\"}\n", nullptr,
+                                  "dicom-dict.txt]: line 2: a type needs two letters")),
+              ends, "^$");
+  EXPECT_EXIT(std::exit(StartWith(kTags, nullptr, "uid-dict.txt]: No such file or directory")),
+              ends, "^$");
+  EXPECT_EXIT(std::exit(StartWith(kTags, "?\n", "uid-dict.txt]: Error reading UID file at line 1")),
+              ends, "^$");
+}
+
+TEST(Library, IsStartedByAnObjectAsWell) {
+  EXPECT_EQ(StartLibrary(), kOk);
+  EXPECT_TRUE(Create<IDcmDictionary>("Tessaret.DcmDictionary"));
+  EXPECT_EQ(StartLibrary(), kOk);
+}
+
+TEST(Library, GivesUpFilesWhenToldSoAndTakesThemUpAgain) {
+  const test::TempFolder folder;
+  const std::string path = folder.File("a.dcm");
+  const auto object = Create<IDCMObject>("Tessaret.DCMObject");
+  ASSERT_EQ(object->PutVRRawString(0x0010, 0x0010, "PN", "Doe^John"), kOk);
+  ASSERT_EQ(object->Save(path), kOk);
+  const auto before = test::ReadText(path);
+  CancelFiles(true);
+  EXPECT_EQ(object->Save(path), kException);
+  EXPECT_EQ(LastError().text, "Operation canceled");
+  const auto other = Create<IDCMObject>("Tessaret.DCMObject");
+  EXPECT_EQ(other->Load(path, VariantBool(true)), kException);
+  EXPECT_EQ(LastError().text, "Operation canceled");
+  CancelFiles(false);
+  EXPECT_EQ(test::ReadText(path), before);
+  EXPECT_EQ(other->Load(path, VariantBool(true)), kOk);
+  // Nothing half done is left.
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.Path()), {}), 1);
 }
 
 TEST(LibraryDeathTest, WithoutItsDictionariesItHasNoClasses) {

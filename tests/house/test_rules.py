@@ -56,6 +56,21 @@ class Rules(unittest.TestCase):
         self.write("src/core/vr.h", '#include "tag.h"\n')
         self.assert_found("check_layers.py", "not named relative to src/")
 
+    def test_the_tool_sees_public_headers_and_what_knows_nothing_of_dicom(self):
+        self.write("include/tessaret/tessaret.hpp", "")
+        self.write("tools/main.cpp", '#include <tessaret/tessaret.hpp>\n#include <CLI/CLI.hpp>\n#include "base/text.h"\n'
+                   '#include "platform/file_calls.h"\n#include "tag.h"\n#include <core>\n')
+        self.assert_clean("check_layers.py")
+
+    def test_the_tool_sees_nothing_else_of_the_library(self):
+        for folder in ("component", "core", "facade", "net", "display"):
+            self.write("tools/main.cpp", f'#include <vector>\n#include "{folder}/vr.h"\n')
+            self.assert_found("check_layers.py", f'tools/main.cpp:2: "{folder}/vr.h": tools may see the public headers only')
+        self.write("tools/main.cpp", '#include "../src/core/vr.h"\n')
+        self.assert_found("check_layers.py", "leads out of its folder")
+        self.write("tools/main.cpp", "#include <tessaret/secret.hpp>\n")
+        self.assert_found("check_layers.py", "no such public header")
+
     def test_an_include_of_a_foreign_package_is_found(self):
         self.write("src/core/vr.h", "#include <CLI/CLI.hpp>\n")
         self.assert_found("check_layers.py", "neither the standard library nor POSIX")

@@ -54,6 +54,54 @@ TEST_F(FileCalls, OpenGivesADescriptorThatEndsWithTheProgram) {
   EXPECT_FALSE(IsOpen(descriptor));
 }
 
+TEST_F(FileCalls, AreCancelledButForWhatTidiesUp) {
+  const std::string other = folder_.File("other");
+  std::array<char, 4> bytes{};
+  struct stat status {};
+  CancelFileCalls(true);
+  EXPECT_EQ(OpenFile(path_.c_str(), O_RDONLY).error, ECANCELED);
+  EXPECT_EQ(ReadSome(descriptor_, bytes.data(), bytes.size()).error, ECANCELED);
+  EXPECT_EQ(WriteSome(descriptor_, bytes.data(), bytes.size()).error, ECANCELED);
+  EXPECT_EQ(SyncFile(descriptor_).error, ECANCELED);
+  EXPECT_EQ(RenameFile(path_.c_str(), other.c_str()).error, ECANCELED);
+  EXPECT_EQ(LinkFile(path_.c_str(), other.c_str()).error, ECANCELED);
+  EXPECT_TRUE(SeekFile(descriptor_, 2).Ok());
+  EXPECT_TRUE(StatPath(path_.c_str(), status).Ok());
+  EXPECT_TRUE(SetFileMode(descriptor_, 0600).Ok());
+  EXPECT_TRUE(LockFile(descriptor_).Ok());
+  EXPECT_TRUE(RemoveFile(path_.c_str()).Ok());
+  CancelFileCalls(false);
+  EXPECT_EQ(ReadSome(descriptor_, bytes.data(), bytes.size()).value, 4);
+  EXPECT_EQ(std::string(bytes.begin(), bytes.end()), "cdef");
+}
+
+TEST_F(FileCalls, ACancelledReadEndsWhenASignalBreaksIt) {
+  std::array<int, 2> pipe{};
+  ASSERT_EQ(::pipe(pipe.data()), 0);
+  struct sigaction action {};
+  action.sa_handler = [](int) { CancelFileCalls(true); };
+  ::sigemptyset(&action.sa_mask);
+  ASSERT_EQ(::sigaction(SIGUSR1, &action, nullptr), 0);
+  std::atomic<int> error = 0;
+  std::atomic<bool> isDone = false;
+  std::thread reader([&] {
+    char byte = 0;
+    error = ReadSome(pipe[0], &byte, 1).error;
+    isDone = true;
+  });
+  // A signal that comes before the read waits breaks nothing.
+  while (!isDone) {
+    ::pthread_kill(reader.native_handle(), SIGUSR1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  reader.join();
+  CancelFileCalls(false);
+  ::signal(SIGUSR1, SIG_DFL);
+  EXPECT_EQ(error, ECANCELED);
+  ::close(pipe[0]);
+  ::close(pipe[1]);
+}
+
 TEST_F(FileCalls, OpenTellsTheErrorNumber) {
   EXPECT_EQ(OpenFile(folder_.File("none").c_str(), O_RDONLY).error, ENOENT);
   EXPECT_EQ(OpenFile(folder_.Path().c_str(), O_WRONLY).error, EISDIR);

@@ -31,6 +31,7 @@ class FileTest(package.PackageTest):
         self.assertEqual(self.file.ReadEncoding, tessaret.ENCODING_EXPLICIT_LITTLE)
         self.assertIs(self.file.HasMark, True)
         self.assertEqual(self.file.NamedSyntax, EXPLICIT)
+        self.assertEqual(self.file.NamedEncoding, tessaret.ENCODING_EXPLICIT_LITTLE)
         self.assertEqual(self.file.GetFirstTag()[1:], (2, int.from_bytes(data[134:136], "little")))
         self.assertEqual(self.file.GetEnd(), (tessaret.READ_TO_PIXELS, len(data) - 16, 0x7FE0, 0x10))
         self.assertEqual(self.file.SystemError, "")
@@ -62,6 +63,10 @@ class FileTest(package.PackageTest):
         self.file.LoadBytes(SAMPLE)
         self.assertEqual(self.file.GetElement(0x28, 0x11), (True, "US", 2, 16, True, 0))
         self.assertEqual(bytes(self.file.GetBytes(0x10, 0x10, 4, 10)), b"John")
+        count, *columns = self.file.GetListing()
+        self.assertEqual(count, 2)
+        self.assertEqual([list(column) for column in columns],
+                         [[0, 0], [0x100010, 0x280011], [0x504E, 0x5553], [8, 2], [0, 16], [True, True], [0, 0]])
         self.assertIs(self.file.SetType(0x10, 0x10, "LO"), True)
         self.assertEqual(self.file.GetElementText(0x10, 0x10), "(0010,0010) 'LO' [     8] 'Patient's Name' : Doe^John\n")
         self.assertEqual(self.file.Text.count("\n"), 2)
