@@ -91,8 +91,13 @@ cc -std=c11 -I"$prefix/include" host.c -L"$libdir" -ltessaret -o by_hand_c
 expect "C++ by hand" ./by_hand_cpp
 expect "C by hand" ./by_hand_c
 
-# The tool, where it was built, runs from the moved place and finds its data there.
+# The tool, where it was built, runs from the moved place, on the library there, and that finds its data.
+unset LD_LIBRARY_PATH TESSARET_DATA_DIR
 if [ -x "$prefix/bin/tessaret" ]; then
+  readelf -d "$prefix/bin/tessaret" | grep -q "R.*PATH.*\[\$ORIGIN/$(realpath -m --relative-to="$prefix/bin" "$libdir")\]" ||
+    fail "the installed tool looks for its library elsewhere"
+  ldd "$prefix/bin/tessaret" | grep -q "libtessaret.so.0 => $prefix/" ||
+    fail "the installed tool runs on another library"
   "$prefix/bin/tessaret" --version | grep -qF "$version" || fail "the installed tool does not say its version"
   "$prefix/bin/tessaret" dictionary 00100010 | grep -q "Patient's Name" || fail "the installed tool finds no dictionary"
 fi
@@ -104,4 +109,22 @@ import tessaret
 with tessaret.create("Tessaret.DcmDictionary") as dictionary:
     print(tessaret.__version__, *dictionary.GetVRDescription(0x0010, 0x0010))')" || fail "the installed Python package: ends with $?"
 [ "$words" = "$version True PN Patient's Name" ] || fail "the installed Python package says '$words'"
+
+# Where libraries lie one folder deeper, as Debian has them: the library finds its data, and the tool is told the way.
+deep="$scratch/deep/lib/x86_64-linux-gnu"
+mkdir -p "$deep"
+cp -P "$libdir"/libtessaret.so* "$deep"
+cp -r "$prefix/share" "$scratch/deep/share"
+words="$(TESSARET_LIBRARY="$deep/libtessaret.so" PYTHONPATH="$(dirname "$package")" /usr/bin/python3 -B -c '
+import tessaret
+with tessaret.create("Tessaret.DcmDictionary") as dictionary:
+    print(*dictionary.GetVRDescription(0x0010, 0x0010))')" || fail "a library in lib/x86_64-linux-gnu: ends with $?"
+[ "$words" = "True PN Patient's Name" ] || fail "a library in lib/x86_64-linux-gnu says '$words'"
+if [ -x "$prefix/bin/tessaret" ]; then
+  cmake -G Ninja -S "$TESSARET_SOURCE_DIR" -B "$scratch/configured" -DCMAKE_INSTALL_LIBDIR=lib/x86_64-linux-gnu \
+    -DTESSARET_BUILD_TESTS=OFF -DTESSARET_BUILD_BENCH=OFF -DTESSARET_BUILD_FUZZ=OFF >configure.log 2>&1 ||
+    { cat configure.log; fail "CMake with another folder for libraries"; }
+  grep -rqF '$ORIGIN/../lib/x86_64-linux-gnu' "$scratch/configured/cmake_install.cmake" ||
+    fail "a tool beside lib/x86_64-linux-gnu is not told the way"
+fi
 echo "installed, moved and used: Tessaret $version"
