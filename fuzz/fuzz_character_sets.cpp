@@ -13,9 +13,9 @@
 
 namespace {
 
-using tessaret::VrCode;
+using tessaret::tool::VrCode;
 using namespace tessaret::tool;
-namespace type_code = tessaret::type_code;
+namespace type_code = tessaret::tool::type_code;
 
 constexpr VrCode kTypes[] = {type_code::PN, type_code::LO, type_code::LT, type_code::UT};
 
