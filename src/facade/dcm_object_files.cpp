@@ -123,7 +123,8 @@ Status CDCMObject::SaveBytes(_EnumSaveForm Form, std::int32_t Options, Variant* 
     if (object == nullptr) return FailOfFile(kNothingToGetFrom);
     DataSetCoder coder(DictionaryFor(Options));
     std::unique_ptr<DICOMObject> turned;
-    if (Form == SAVE_COMPLETE && IsForBigEndian(*object)) turned = Turned(*object, coder.Dictionary);
+    if (Form == SAVE_COMPLETE && IsForBigEndian(*object))
+      turned = Turned(*object, coder.Dictionary);
     std::vector<std::uint8_t> bytes;
     if (!coder.SaveToMemory(Form, turned ? *turned : *object, bytes))
       return FailOfFile(WhyNotSaved(coder).c_str());
