@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// What a load may be told. The numbers are added up.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumLoadOption : std::int32_t {
   /// Pixel data comes with its bytes, as they are in the file. Otherwise the element is there without them, and
   /// nothing behind it.
@@ -17,7 +16,6 @@ enum _EnumLoadOption : std::int32_t {
 
 /// How the elements of a data set are written (DICOM PS3.5, annex A). Compressed transfer syntaxes write them as
 /// explicit little endian does.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumDataEncoding : std::int32_t {
   /// Not known; to a load it says that the bytes are to tell.
   ENCODING_NONE = 0,
@@ -27,7 +25,6 @@ enum _EnumDataEncoding : std::int32_t {
 };
 
 /// What a save writes.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumSaveForm : std::int32_t {
   /// The data set alone, in implicit little endian.
   SAVE_BARE = 1,
@@ -39,7 +36,6 @@ enum _EnumSaveForm : std::int32_t {
 };
 
 /// What a save may be told. The numbers are added up.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumSaveOption : std::int32_t {
   /// A file that is there stays, also one that comes there during the save, and the save fails.
   SAVE_KEEPS_FILES = 1,

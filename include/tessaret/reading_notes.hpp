@@ -6,7 +6,6 @@
 namespace tessaret {
 
 /// Why a reader stopped.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumReadingEnd : std::int32_t {
   /// It came to the end of the bytes.
   READ_TO_THE_END = 0,
@@ -29,7 +28,6 @@ enum _EnumReadingEnd : std::int32_t {
 };
 
 /// What a reader takes without complaint although hardly anybody can have meant it.
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the name is part of the interface
 enum _EnumReadingOddity : std::int32_t {
   ODDITY_NONE = 0,
   /// A value longer than the item or sequence around it, with which it ends.
