@@ -49,7 +49,8 @@ std::int32_t SkipBlocks(std::string_view& text, std::int32_t wanted) {
     const auto block = text.substr(0, kBlock);
     const auto count =
         static_cast<std::int32_t>(std::count(block.begin(), block.end(), kSeparator));
-    if (skipped + count >= wanted) break;
+    // No sum of the two: a value of 2 GiB has more separators than an index can say.
+    if (count >= wanted - skipped) break;
     skipped += count;
     text.remove_prefix(kBlock);
   }

@@ -1,5 +1,9 @@
 #include "core/string_vr.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cstddef>
 #include <limits>
 #include <string>
 #include <vector>
@@ -59,6 +63,48 @@ TEST(NthText, FindsEveryValueOfALongTextAsAPlainWalkDoes) {
   const std::string separators(1025, '\\');
   EXPECT_EQ(NthText(separators, 1025), "");
   EXPECT_EQ(NthText(separators, 1026), std::nullopt);
+}
+
+/// 2 GiB of separators and a little more that take 4 MiB of memory: the same ones all along.
+class ManySeparators {
+ public:
+  ManySeparators() {
+    const int file = ::memfd_create("separators", 0);
+    const std::string piece(kPiece, '\\');
+    isMade_ = file >= 0 && at_ != MAP_FAILED &&
+              ::write(file, piece.data(), kPiece) == static_cast<ssize_t>(kPiece);
+    for (std::size_t begin = 0; isMade_ && begin < kSize; begin += kPiece) {
+      isMade_ = ::mmap(static_cast<char*>(at_) + begin, kPiece, PROT_READ, MAP_SHARED | MAP_FIXED,
+                       file, 0) != MAP_FAILED;
+    }
+    if (file >= 0) ::close(file);
+  }
+  ManySeparators(const ManySeparators&) = delete;
+  ManySeparators& operator=(const ManySeparators&) = delete;
+  ~ManySeparators() {
+    if (at_ != MAP_FAILED) ::munmap(at_, kSize);
+  }
+  /// Empty where the system gives no room for it.
+  [[nodiscard]] std::string_view Text() const {
+    return isMade_ ? std::string_view(static_cast<const char*>(at_), kSize) : std::string_view();
+  }
+
+ private:
+  static constexpr std::size_t kPiece = std::size_t{1} << 22;
+  static constexpr std::size_t kSize = (std::size_t{1} << 31) + kPiece;
+
+  void* at_ = ::mmap(nullptr, kSize, PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  bool isMade_ = false;
+};
+
+TEST(NthText, FindsTheLastIndexInMoreTextsThanAnIndexCanSay) {
+  const ManySeparators separators;
+  if (separators.Text().empty()) GTEST_SKIP() << "no 2 GiB of addresses";
+  // Text number n stands behind n separators.
+  const auto found = NthText(separators.Text(), kLast);
+  ASSERT_TRUE(found.has_value());
+  EXPECT_EQ(*found, "");
+  EXPECT_EQ(found->data() - separators.Text().data(), std::ptrdiff_t{kLast});
 }
 
 TEST(NthText, HasNoValueAtAnImpossibleIndex) {
