@@ -1,5 +1,6 @@
 #include "core/time_text.h"
 
+#include <algorithm>
 #include <charconv>
 #include <system_error>
 
@@ -43,6 +44,16 @@ bool TakeNumber(std::string_view& text, int& number) {
   return true;
 }
 
+/// Whether a date with a time may leave its last fields away before `rest`: at its end, before a zone such as +0100 and before
+/// the other end of a range. Anything else there is a field in a form that is not known.
+bool MayEndBefore(std::string_view rest) {
+  SkipSpace(rest);
+  if (rest.empty()) return true;
+  if (!TakeChar(rest, '+') && !TakeChar(rest, '-')) return false;
+  // A zone has 4 digits, and so has a year.
+  return rest.empty() || std::min(rest.find_first_not_of("0123456789"), rest.size()) >= 4;
+}
+
 }  // namespace
 
 std::optional<Date> DateIn(std::string_view text) {
@@ -55,10 +66,11 @@ std::optional<Date> DateIn(std::string_view text) {
 std::optional<Date> DateTimeIn(std::string_view text) {
   Calendar at{.month = 1, .day = 1};
   if (!TakeField(text, 4, at.year)) return std::nullopt;
-  if (TakeField(text, 2, at.month) && TakeField(text, 2, at.day) && TakeField(text, 2, at.hour) &&
-      TakeField(text, 2, at.minute) && TakeField(text, 2, at.second) && TakeChar(text, '.')) {
-    TakeField(text, 3, at.millisecond);
-  }
+  const bool isWhole = TakeField(text, 2, at.month) && TakeField(text, 2, at.day) &&
+                       TakeField(text, 2, at.hour) && TakeField(text, 2, at.minute) &&
+                       TakeField(text, 2, at.second);
+  if (!isWhole && !MayEndBefore(text)) return std::nullopt;
+  if (isWhole && TakeChar(text, '.')) TakeField(text, 3, at.millisecond);
   return ToDate(at);
 }
 

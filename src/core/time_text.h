@@ -14,7 +14,8 @@ namespace tessaret {
 std::optional<Date> DateIn(std::string_view text);
 
 /// The same with a time of day, as in 20010203140506.250: the three digits behind the point are milliseconds. From the month
-/// on fields may be missing: the first month, the first day and midnight stand in for them.
+/// on fields may be missing: the first month, the first day and midnight stand in for them. Nothing where what follows then is
+/// neither a zone such as +0100 nor the dash of a range, as in 2001-02-03: it is no date of this form.
 std::optional<Date> DateTimeIn(std::string_view text);
 
 /// The time that a text such as 140506.25, 1405 or 14:05:06 begins with, as 14:05:06. Minutes and seconds that are missing

@@ -33,11 +33,27 @@ TEST(TimeText, ReadsADayWithATime) {
   EXPECT_EQ(DateTimeIn("20010203140506.5"), ToDate({2001, 2, 3, 14, 5, 6, 5}));
   EXPECT_EQ(DateTimeIn("20010203140506"), ToDate({2001, 2, 3, 14, 5, 6, 0}));
   EXPECT_EQ(DateTimeIn("20010203140506+0100"), ToDate({2001, 2, 3, 14, 5, 6, 0}));
+  // Milliseconds stand behind a point only.
+  EXPECT_EQ(DateTimeIn("20010203140506250"), ToDate({2001, 2, 3, 14, 5, 6, 0}));
+  EXPECT_EQ(DateTimeIn("2001 2 3 14 5 6.250"), ToDate(kMoment));
   EXPECT_EQ(DateTimeIn("2001020314"), ToDate({2001, 2, 3, 14, 0, 0, 0}));
   EXPECT_EQ(DateTimeIn("20010203"), Day(2001, 2, 3));
   EXPECT_EQ(DateTimeIn("200102"), Day(2001, 2, 1));
   EXPECT_EQ(DateTimeIn("2001"), Day(2001, 1, 1));
   EXPECT_EQ(DateTimeIn("2001+0100"), Day(2001, 1, 1));
+  EXPECT_EQ(DateTimeIn("200102-0500"), Day(2001, 2, 1));
+  EXPECT_EQ(DateTimeIn("2001 +0100"), Day(2001, 1, 1));
+  EXPECT_EQ(DateTimeIn("2001-2003"), Day(2001, 1, 1));
+  EXPECT_EQ(DateTimeIn("2001-"), Day(2001, 1, 1));
+}
+
+TEST(TimeText, ADayWithATimeInAnotherFormIsNone) {
+  // Its year alone would pass for its first moment, which is another day.
+  for (const char* text : {"2001-02-03", "2001.02.03", "2001/02/03", "2001-02-03 14:05:06",
+                           "20010203 14:05:06", "20010203T140506", "2001-2", "2001-+003", "2001.",
+                           "200102.03", "20010203.5", "2001020314.5", "2001x"}) {
+    EXPECT_EQ(DateTimeIn(text), std::nullopt) << text;
+  }
 }
 
 TEST(TimeText, ATimeThatDoesNotExistIsNone) {
