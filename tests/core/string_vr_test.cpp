@@ -204,6 +204,10 @@ TEST(PutText, RefusesAnIndexIntoATypeOfOneText) {
         EXPECT_STREQ(error.what(), "Error: VR type ST,LT and UT have VM=1");
       }
       EXPECT_EQ(Held(*vr), "old");
+      // The index is looked at before the value.
+      EXPECT_THROW(
+          VR_XXMULTISTRING::PutText(*vr, type, VariantArray(VariantType::kByte, 2u), index),
+          TypedValueError);
     }
   }
 }
@@ -296,6 +300,7 @@ TEST(StringVR, PutsBackslashesForValuesThatAreMissing) {
   EXPECT_EQ(AfterPut<VrTM>("", 0, "10"), "10");
   EXPECT_EQ(AfterPut<VrTM>("", 2, "10"), "\\\\10");
   EXPECT_EQ(AfterPut<VrTM>("09\\", 1, "10"), "09\\10");
+  EXPECT_EQ(AfterPut<VrLO>(WithNuls("one\t \0"), 1, "two"), "one\t\\two");
 }
 
 TEST(StringVR, WhatWasPutIsThereAgain) {
@@ -337,6 +342,11 @@ TEST(StringVR, FillsValuesOfAWidthWithBlanksAndCutsThemToTheirLimit) {
   EXPECT_EQ(AfterPut<VrAS>("", 0, "0301Y"), "0301");
   EXPECT_EQ(AfterPut<VrDA>("", 0, "2001"), "2001    ");
   EXPECT_EQ(AfterPut<VrLO>("", 0, "abc"), "abc");
+  // Values without a width are not cut.
+  const std::string text(100, '7');
+  EXPECT_EQ(AfterPut<VrLO>("", 0, text), text);
+  EXPECT_EQ(AfterPut<VrTM>("", 0, text), text);
+  EXPECT_EQ(AfterPut<VrDT>("", 0, text), text);
   EXPECT_EQ(AfterPut<VrAE>("A\\B", 0, WithNuls("X\0")), "X               \\B");
 }
 

@@ -162,6 +162,8 @@ TEST(VRToVariant, ALoneTextIsTheWholeValue) {
   for (const VrCode type : {type_code::ST, type_code::LT, type_code::UT}) {
     EXPECT_EQ(Text(Got(type, "C:\\data  ")), "C:\\data") << type;
     EXPECT_EQ(Text(Got(type, WithNuls("text \0"))), "text") << type;
+    EXPECT_EQ(Text(Got(type, "two\r\nlines\r\n  ")), "two\r\nlines\r\n") << type;
+    EXPECT_EQ(Text(Got(type, WithNuls("a\0b\0"))), WithNuls("a\0b")) << type;
     for (const std::int32_t index : {1, 2, -1, kLast, kFirst}) {
       try {
         static_cast<void>(Got(type, "text", index));
