@@ -104,6 +104,9 @@ TEST(BinaryVR, LeavesOnlySoManyValuesEmpty) {
   EXPECT_TRUE(VrUS(*vr).PutValue(65536, "XY"));
   EXPECT_EQ(vr->Length, 65537u * 2);
   EXPECT_EQ(Held(*vr), "ab" + test::Many(65535u * 2, '\0', "XY"));
+  // Values are counted, not bytes.
+  EXPECT_EQ(AfterPut<VrFD>("", 65535, "ABCDEFGH"), test::Many(65535u * 8, '\0', "ABCDEFGH"));
+  EXPECT_EQ(AfterPut<VrFD>("", 65536, "ABCDEFGH"), kNoValue);
 }
 
 TEST(BinaryVR, DoesNotWriteIntoBytesOfOthers) {

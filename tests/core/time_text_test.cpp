@@ -49,9 +49,10 @@ TEST(TimeText, ReadsADayWithATime) {
 
 TEST(TimeText, ADayWithATimeInAnotherFormIsNone) {
   // Its year alone would pass for its first moment, which is another day.
-  for (const char* text : {"2001-02-03", "2001.02.03", "2001/02/03", "2001-02-03 14:05:06",
-                           "20010203 14:05:06", "20010203T140506", "2001-2", "2001-+003", "2001.",
-                           "200102.03", "20010203.5", "2001020314.5", "2001x"}) {
+  for (const char* text :
+       {"2001-02-03", "2001.02.03", "2001/02/03", "2001-02-03 14:05:06", "20010203 14:05:06",
+        "20010203T140506", "2001-2", "2001+010", "2001-+003", "2001.", "200102.03", "20010203.5",
+        "2001020314.5", "2001x"}) {
     EXPECT_EQ(DateTimeIn(text), std::nullopt) << text;
   }
 }
@@ -72,6 +73,7 @@ TEST(TimeText, ReadsATimeForPeople) {
   EXPECT_EQ(TimeForPeople("09305"), "09:30:05");
   EXPECT_EQ(TimeForPeople("14:05:06.25"), "14:05:06");
   EXPECT_EQ(TimeForPeople("14:05"), "14:05:00");
+  EXPECT_EQ(TimeForPeople("14::06"), "14:00:00");
   EXPECT_EQ(TimeForPeople("0930-1000"), "09:30:00");
   EXPECT_EQ(TimeForPeople("997799"), "99:77:99");
   for (const char* text : {"", " ", "noon", "-1"}) EXPECT_EQ(TimeForPeople(text), std::nullopt);
