@@ -140,10 +140,13 @@ class VariantArray {
     const std::size_t size = EntrySize(type);
     if (size == 0) throw std::bad_alloc();
     if (bounds.empty()) return 0;
+    // First of all, for then the others may be as long as they like.
+    for (const ArrayBound& bound : bounds) {
+      if (bound.count == 0) return 0;
+    }
     std::size_t count = 1;
     for (const ArrayBound& bound : bounds) {
-      if (bound.count != 0 &&
-          count > std::numeric_limits<std::ptrdiff_t>::max() / size / bound.count)
+      if (count > std::numeric_limits<std::ptrdiff_t>::max() / size / bound.count)
         throw std::bad_alloc();
       count *= bound.count;
     }

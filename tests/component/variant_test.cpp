@@ -1,6 +1,7 @@
 // The values of the public interface: what they own, and how they turn into one another.
 #include "tessaret/variant.hpp"
 
+#include <cfenv>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -249,6 +250,18 @@ TEST(VariantConversion, HalvesGoToTheEvenNumber) {
   EXPECT_EQ(Changed(Variant(-1.4), Type::kShort).AsShort(), -1);
 }
 
+TEST(VariantConversion, WholeNumbersDoNotFollowTheRoundingOfTheProcess) {
+  const int former = std::fegetround();
+  for (const int mode : {FE_UPWARD, FE_DOWNWARD, FE_TOWARDZERO}) {
+    ASSERT_EQ(std::fesetround(mode), 0);
+    EXPECT_EQ(Changed(Variant(1.6), Type::kLong).AsLong(), 2);
+    EXPECT_EQ(Changed(Variant(1.4), Type::kLong).AsLong(), 1);
+    EXPECT_EQ(Changed(Variant(-1.6), Type::kLong).AsLong(), -2);
+    EXPECT_EQ(Changed(Variant(2.5), Type::kLong).AsLong(), 2);
+  }
+  std::fesetround(former);
+}
+
 TEST(VariantConversion, TheTextOfTheLargestFloatIsThatFloatAgain) {
   // Its shortest text, 3.4028235e+38, is a little more than it is.
   Variant value(-std::numeric_limits<float>::max());
@@ -350,7 +363,8 @@ TEST(VariantConversion, TextIsReadAsADateInItsForms) {
   EXPECT_EQ(Changed(Variant("20010203T12:00:00"), Type::kDate).AsDate().days, 36925.5);
   EXPECT_EQ(Changed(Variant("18:00"), Type::kDate).AsDate().days, 0.75);
   EXPECT_EQ(Changed(Variant("00:00:00.25"), Type::kDate).AsDate().days, 250 / 86'400'000.0);
-  EXPECT_EQ(Changed(Variant("00:00:00.123456"), Type::kDate).AsDate().days, 123 / 86'400'000.0);
+  for (const char* text : {"00:00:00.123", "00:00:00.123456", "00:00:00.12399999999999999999"})
+    EXPECT_EQ(Changed(Variant(text), Type::kDate).AsDate().days, 123 / 86'400'000.0) << text;
   for (const char* text :
        {"", "2001", "2001-02", "2001-2-3", "2001-02/03", "2001-02-30", "2001-02-03x",
         "2001-02-03 6:00", "2001-02-03 06", "2001-02-03 06:00:", "2001-02-03 06:00:00.",
@@ -428,6 +442,15 @@ TEST(VariantArray, MayHaveNoEntriesOrNoDimensions) {
   EXPECT_EQ(VariantArray().Count(), 0u);
   EXPECT_EQ(VariantArray(Type::kLong, std::vector<ArrayBound>{}).Count(), 0u);
   EXPECT_EQ(VariantArray(Type::kLong, std::vector<ArrayBound>{{0, 5}, {0, 0}}).Count(), 0u);
+  // Wherever the dimension without entries stands, the others need no memory.
+  constexpr std::uint32_t kMost = std::numeric_limits<std::uint32_t>::max();
+  for (const std::vector<ArrayBound>& bounds :
+       {std::vector<ArrayBound>{{0, 0}, {0, kMost}, {0, kMost}, {0, kMost}},
+        std::vector<ArrayBound>{{0, kMost}, {0, kMost}, {0, kMost}, {0, 0}}}) {
+    const VariantArray array(Type::kDouble, bounds);
+    EXPECT_EQ(array.Count(), 0u);
+    EXPECT_EQ(array.Bounds().size(), 4u);
+  }
   const VariantArray copy = VariantArray(Type::kLong, 0);
   EXPECT_EQ(VariantArray(copy).Count(), 0u);
 }
