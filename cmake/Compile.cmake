@@ -35,7 +35,7 @@ endif()
 find_package(Python3 COMPONENTS Interpreter)
 find_package(Threads REQUIRED)
 
-option(TESSARET_PCH "Compile tests and the tool with precompiled headers" ON)
+option(TESSARET_PCH "Compile tests with one shared precompiled header" ON)
 set(TESSARET_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize= (address,undefined or thread)")
 option(TESSARET_COVERAGE "Count lines and branches (GCC)" OFF)
 option(TESSARET_LIBFUZZER "Build fuzz targets for libFuzzer (Clang)" OFF)
