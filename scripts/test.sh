@@ -18,7 +18,7 @@ test_instrumented() { build_preset "$1" && run_ctest "$1" "${@:2}"; }
 # Only tests that start threads have something to show here, so only they are built.
 test_threads() {
   build_preset tsan threads_tests || return
-  if ctest --test-dir "$root/build/tsan" -N -L '^threads$' | grep -q '^Total Tests: 0'; then
+  if grep -q '^Total Tests: 0' < <(ctest --test-dir "$root/build/tsan" -N -L '^threads$'); then
     say "no test has the label threads"
     return
   fi

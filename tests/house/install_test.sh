@@ -31,7 +31,7 @@ libdir="$(dirname "$library")"
 version="$(PKG_CONFIG_PATH="$libdir/pkgconfig" pkg-config --modversion tessaret)"
 
 # The library: its name for the loader, and nothing to see but the C functions.
-readelf -d "$library" | grep -q 'SONAME.*\[libtessaret\.so\.0\]' || fail "the SONAME is not libtessaret.so.0"
+grep -q 'SONAME.*\[libtessaret\.so\.0\]' < <(readelf -d "$library") || fail "the SONAME is not libtessaret.so.0"
 others="$(nm -D --defined-only "$library" | awk '$2 != "A" && $3 !~ /^tessaret_/')"
 [ -z "$others" ] || fail "more than the public symbols is exported: $others"
 for data in dicom-dict.txt uid-dict.txt; do
@@ -94,12 +94,13 @@ expect "C by hand" ./by_hand_c
 # The tool, where it was built, runs from the moved place, on the library there, and that finds its data.
 unset LD_LIBRARY_PATH TESSARET_DATA_DIR
 if [ -x "$prefix/bin/tessaret" ]; then
-  readelf -d "$prefix/bin/tessaret" | grep -q "R.*PATH.*\[\$ORIGIN/$(realpath -m --relative-to="$prefix/bin" "$libdir")\]" ||
+  way="$(realpath -m --relative-to="$prefix/bin" "$libdir")"
+  grep -q "R.*PATH.*\[\$ORIGIN/$way\]" < <(readelf -d "$prefix/bin/tessaret") ||
     fail "the installed tool looks for its library elsewhere"
-  ldd "$prefix/bin/tessaret" | grep -q "libtessaret.so.0 => $prefix/" ||
+  grep -q "libtessaret.so.0 => $prefix/" < <(ldd "$prefix/bin/tessaret") ||
     fail "the installed tool runs on another library"
-  "$prefix/bin/tessaret" --version | grep -qF "$version" || fail "the installed tool does not say its version"
-  "$prefix/bin/tessaret" dictionary 00100010 | grep -q "Patient's Name" || fail "the installed tool finds no dictionary"
+  grep -qF "$version" < <("$prefix/bin/tessaret" --version) || fail "the installed tool does not say its version"
+  grep -q "Patient's Name" < <("$prefix/bin/tessaret" dictionary 00100010) || fail "the installed tool finds no dictionary"
 fi
 # The Python package of the moved copy finds the moved library.
 package="$(find "$prefix" -name __init__.pyi -printf '%h')"
