@@ -7,8 +7,13 @@
 namespace tessaret::tool {
 namespace {
 
-/// The lines of `text`, a byte a character, each of which has an end: the only control character that is meant.
-void WriteLines(std::u16string_view text, Output& output) {
+// All lines together may take many times the memory of the object.
+constexpr std::int32_t kCharactersAtOnce = 1 << 22;
+
+/// The lines of `text`, a byte a character, each of which has an end: the only control character that is meant. How many
+/// they are.
+std::int32_t WriteLines(std::u16string_view text, Output& output) {
+  std::int32_t lines = 0;
   std::string line;
   while (!text.empty()) {
     StopIfInterrupted();
@@ -17,20 +22,27 @@ void WriteLines(std::u16string_view text, Output& output) {
     for (const char16_t unit : text.substr(0, end)) line += static_cast<char>(unit);
     output.Line(Escaped(line));
     text.remove_prefix(end + 1);
+    ++lines;
   }
+  return lines;
+}
+
+void WriteElement(IDcmFile& file, TagKey tag, Output& output) {
+  std::int32_t lines = 0;
+  String text;
+  do {
+    StopIfInterrupted();
+    Require(file.GetElementText(GroupOf(tag), ElementOf(tag), lines, kCharactersAtOnce, &text));
+    lines += WriteLines(text.View(), output);
+  } while (text.View().size() >= static_cast<std::size_t>(kCharactersAtOnce));
 }
 
 }  // namespace
 
 void DumpText(const SourceFile& source, Host& host) {
   const Ref<IDcmFile> file = FileOf(*source.object);
-  // One by one, since all lines together may take many times the memory of the object.
-  source.listing.ForEachOnTop([&](const Element& element) {
-    StopIfInterrupted();
-    String text;
-    Require(file->GetElementText(GroupOf(element.tag), ElementOf(element.tag), &text));
-    WriteLines(text.View(), host.output);
-  });
+  source.listing.ForEachOnTop(
+      [&](const Element& element) { WriteElement(*file, element.tag, host.output); });
 }
 
 }  // namespace tessaret::tool

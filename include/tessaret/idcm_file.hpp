@@ -138,9 +138,13 @@ class IDcmFile : public IDispatch {
   /// byte: text of values stands as it is, but for control characters, which are dots. kException "Empty object".
   virtual Status get_Text(Result<String> pVal) = 0;
 
-  /// The lines of that text for one element with all that is in it; "" where there is no such element. kException
-  /// "Empty object".
-  virtual Status GetElementText(std::int32_t Group, std::int32_t Element, Result<String> Text) = 0;
+  /// The lines of that text for one element with all that is in it; "" where there is no such element, kException
+  /// "Empty object". Set in by their depth, all lines may take many times the memory of the data set: parts of them begin
+  /// with line `FirstLine`, counted from 0, and end behind the line with which they have `Room` characters or more; one
+  /// with fewer is the last. A `Room` of 0 has no end. kInvalidArgument where one of both is negative.
+  virtual Status GetElementText(std::int32_t Group, std::int32_t Element,
+                                Optional<std::int32_t> FirstLine, Optional<std::int32_t> Room,
+                                Result<String> Text) = 0;
 };
 
 }  // namespace tessaret

@@ -42,7 +42,8 @@ std::string ValueText(const VR& vr, VrCode type) {
 /// Walks an object and what is nested in it with a stack of its own.
 class Listing {
  public:
-  Listing(const RTC* dictionary, const LineSink& sink) : dictionary_(dictionary), sink_(sink) {}
+  Listing(const RTC* dictionary, const LineSink& sink, std::size_t firstLine = 0)
+      : dictionary_(dictionary), sink_(sink), passedBy_(firstLine) {}
 
   void Of(const DICOMObject& object, int depth) {
     Enter(&object, depth);
@@ -68,7 +69,7 @@ class Listing {
   };
 
   void Walk() {
-    while (!levels_.empty()) Step(levels_.back());
+    while (!levels_.empty() && !ended_) Step(levels_.back());
   }
 
   void Enter(const DICOMObject* object, int depth) {
@@ -92,49 +93,63 @@ class Listing {
   }
 
   void List(const Level& level, const VR& vr) {
-    const TagWords words = LookUpTag(dictionary_, vr);
-    const VrCode type = ShownType(vr, words);
-    Line(level,
-         Format("(%4.4X,%4.4X) '%s' [%6d] '%s' : ", vr.Group, vr.Element, TypeLetters(type).c_str(),
-                static_cast<int>(vr.Length), words.description.c_str()) +
-             ValueText(vr, type));
+    Line(level, [&] {
+      const TagWords words = LookUpTag(dictionary_, vr);
+      const VrCode type = ShownType(vr, words);
+      return Format("(%4.4X,%4.4X) '%s' [%6d] '%s' : ", vr.Group, vr.Element,
+                    TypeLetters(type).c_str(), static_cast<int>(vr.Length),
+                    words.description.c_str()) +
+             ValueText(vr, type);
+    });
   }
 
   void ListSequence(Level& level, const VR& vr) {
-    Line(level,
-         Format("(%4.4X,%4.4X) 'SQ' %d items '%s'", vr.Group, vr.Element,
-                static_cast<int>(vr.ItemCount()), LookUpTag(dictionary_, vr).description.c_str()));
+    Line(level, [&] {
+      return Format("(%4.4X,%4.4X) 'SQ' %d items '%s'", vr.Group, vr.Element,
+                    static_cast<int>(vr.ItemCount()),
+                    LookUpTag(dictionary_, vr).description.c_str());
+    });
     level.sequence = &vr;
     level.item = nullptr;
     level.itemNumber = 0;
     if (level.depth < kDeepestListedLevel) return;
-    Line(level, "...");
+    Line(level, [] { return std::string("..."); });
     EndSequence(level);
   }
 
   void StepItem(Level& level) {
-    if (level.itemNumber > 0) Line(level, Format("#end item %d", level.itemNumber));
+    if (level.itemNumber > 0) Line(level, [&] { return Format("#end item %d", level.itemNumber); });
     level.item = level.itemNumber == 0 ? level.sequence->Items->First : level.item->next;
     if (level.item == nullptr) return EndSequence(level);
     ++level.itemNumber;
-    Line(level, Format("#start item %d", level.itemNumber));
+    Line(level, [&] { return Format("#start item %d", level.itemNumber); });
     Enter(level.item->value, level.depth + 1);
   }
 
   void EndSequence(Level& level) {
-    Line(level,
-         Format("End sequence (%4.4X,%4.4X)", level.sequence->Group, level.sequence->Element));
+    Line(level, [&] {
+      return Format("End sequence (%4.4X,%4.4X)", level.sequence->Group, level.sequence->Element);
+    });
     level.sequence = nullptr;
   }
 
-  void Line(const Level& level, std::string_view line) {
-    line_.assign(level.prefix).append(line).append("\n");
-    sink_(line_);
+  /// `make` gives the words of a line. Making them is nearly all that a listing costs, so none are made that nobody sees.
+  template <class Make>
+  void Line(const Level& level, Make make) {
+    if (ended_) return;
+    if (passedBy_ > 0) {
+      --passedBy_;
+      return;
+    }
+    line_.assign(level.prefix).append(make()).append("\n");
+    ended_ = !sink_(line_);
   }
 
   const RTC* const dictionary_;
   const LineSink& sink_;
-  std::string line_;  // keeps its room from line to line
+  std::size_t passedBy_;  // lines that come before the first one that is wanted
+  bool ended_ = false;    // the sink wants no more
+  std::string line_;      // keeps its room from line to line
   std::vector<Level> levels_;
 };
 
@@ -144,13 +159,16 @@ void ListObject(const DICOMObject& object, int depth, const RTC* dictionary, con
   Listing(dictionary, sink).Of(object, depth);
 }
 
-void ListElement(const VR& vr, int depth, const RTC* dictionary, const LineSink& sink) {
-  Listing(dictionary, sink).OfElement(vr, depth);
+void ListElement(const VR& vr, std::size_t firstLine, const RTC* dictionary, const LineSink& sink) {
+  Listing(dictionary, sink, firstLine).OfElement(vr, 0);
 }
 
 std::string ObjectToText(const DICOMObject& object, int depth, const RTC* dictionary) {
   std::string text;
-  ListObject(object, depth, dictionary, [&text](std::string_view line) { text += line; });
+  ListObject(object, depth, dictionary, [&text](std::string_view line) {
+    text += line;
+    return true;
+  });
   return text;
 }
 

@@ -20,15 +20,16 @@ inline constexpr int kDeepestListedLevel = 1000;
 /// read, so several threads may list one object at once.
 std::string ObjectToText(const DICOMObject& object, int depth, const RTC* dictionary);
 
-/// Takes one line of a listing, its line end included.
-using LineSink = std::function<void(std::string_view line)>;
+/// Takes one line of a listing, its line end included. False: no more are wanted.
+using LineSink = std::function<bool(std::string_view line)>;
 
 /// The same text, each line as soon as it is made: set in by their depth, all of them may need many times the memory of the
 /// object. Throws what `sink` throws, and std::bad_alloc.
 void ListObject(const DICOMObject& object, int depth, const RTC* dictionary, const LineSink& sink);
 
-/// The lines of one element with all that is in it.
-void ListElement(const VR& vr, int depth, const RTC* dictionary, const LineSink& sink);
+/// The lines of one element with all that is in it, from line number `firstLine` on, counted from 0. Those before are not
+/// made, only counted.
+void ListElement(const VR& vr, std::size_t firstLine, const RTC* dictionary, const LineSink& sink);
 
 /// The value alone: text cut to 126 characters and trimmed (a TM without ":" and ".", a DA without "."), the first of several
 /// numbers, up to 16 bytes in hexadecimal for other types, "(EMPTY)" for no value.

@@ -109,7 +109,8 @@ class CDCMObject final
                  VariantBool* Found) override;
   Status get_HasPixelsOfDoubtfulOrder(VariantBool* pVal) override;
   Status get_Text(String* pVal) override;
-  Status GetElementText(std::int32_t Group, std::int32_t Element, String* Text) override;
+  Status GetElementText(std::int32_t Group, std::int32_t Element, std::int32_t FirstLine,
+                        std::int32_t Room, String* Text) override;
 
  private:
   struct Showing {

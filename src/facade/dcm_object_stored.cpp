@@ -100,14 +100,21 @@ Status CDCMObject::get_Text(String* pVal) {
   });
 }
 
-Status CDCMObject::GetElementText(std::int32_t Group, std::int32_t Element, String* Text) {
+Status CDCMObject::GetElementText(std::int32_t Group, std::int32_t Element,
+                                  Optional<std::int32_t> FirstLine, Optional<std::int32_t> Room,
+                                  String* Text) {
   if (Text == nullptr) return kPointer;
+  if (FirstLine < 0 || Room < 0) return kInvalidArgument;
   return AnswerOfFile([&] {
     if (Object.Get() == nullptr) return FailOfFile(kNothingToGetFrom);
     const VR* const vr = ElementIn(Object.Get(), Group, Element);
     std::string text;
+    const auto take = [&](std::string_view line) {
+      text += line;
+      return Room == 0 || text.size() < static_cast<std::size_t>(Room);
+    };
     if (vr != nullptr)
-      ListElement(*vr, 0, &ModuleDictionary(), [&text](std::string_view line) { text += line; });
+      ListElement(*vr, static_cast<std::size_t>(FirstLine), &ModuleDictionary(), take);
     *Text = String::FromNarrow(text);
     return kOk;
   });

@@ -298,6 +298,7 @@ TEST(ListObject, HandsOutTheTextLineByLine) {
     ++lines;
     EXPECT_EQ(line.find('\n'), line.size() - 1);
     text += line;
+    return true;
   });
   // Four lines around each of three items, and the innermost element.
   EXPECT_EQ(lines, 3u * 4 + 1);
@@ -307,11 +308,31 @@ TEST(ListObject, HandsOutTheTextLineByLine) {
 TEST(ListObject, LetsItsSinkEndTheListing) {
   const auto chain = Chain(3);
   std::size_t lines = 0;
-  const LineSink sink = [&](std::string_view) {
-    if (++lines == 5) throw std::runtime_error("enough");
-  };
-  EXPECT_THROW(ListObject(*chain, 0, nullptr, sink), std::runtime_error);
+  ListObject(*chain, 0, nullptr, [&](std::string_view) { return ++lines < 5; });
   EXPECT_EQ(lines, 5u);
+  const LineSink fails = [&](std::string_view) -> bool {
+    if (++lines == 10) throw std::runtime_error("enough");
+    return true;
+  };
+  EXPECT_THROW(ListObject(*chain, 0, nullptr, fails), std::runtime_error);
+  EXPECT_EQ(lines, 10u);
+}
+
+TEST(ListElement, BeginsWithAnyLine) {
+  const auto chain = Chain(3);
+  const VR* const sequence = chain->Elements.Find(0x00081140);
+  ASSERT_NE(sequence, nullptr);
+  const std::string all = ObjectToText(*chain, 0, nullptr);
+  std::size_t begin = 0;
+  for (std::size_t first = 0; first <= 3u * 4 + 1; ++first) {
+    std::string text;
+    ListElement(*sequence, first, nullptr, [&](std::string_view line) {
+      text += line;
+      return true;
+    });
+    EXPECT_EQ(text, all.substr(begin)) << first;
+    begin = all.find('\n', begin) + 1;
+  }
 }
 
 TEST(ObjectToText, CountsTheItemsOfALongSequence) {

@@ -139,7 +139,7 @@ TEST_F(FileSaving, SaysThatThereIsNoDataSet) {
   EXPECT_FAILS_WITH(file_->SaveFile(Path(), SAVE_BARE, 0), "Empty object");
   EXPECT_FAILS_WITH(file_->SaveBytes(SAVE_BARE, 0, &bytes), "Empty object");
   EXPECT_FAILS_WITH(file_->get_Text(&text), "Empty object");
-  EXPECT_FAILS_WITH(file_->GetElementText(0x0010, 0x0010, &text), "Empty object");
+  EXPECT_FAILS_WITH(file_->GetElementText(0x0010, 0x0010, 0, 0, &text), "Empty object");
   EXPECT_FALSE(StoredIn(file_, 0x0010, 0x0010).found.IsTrue());
   EXPECT_EQ(Range(0x0010, 0x0010, 0, 8), Bytes());
   VariantBool doubtful = true;
@@ -250,17 +250,46 @@ TEST_F(FileSaving, IsTextForPeople) {
   std::string joined;
   for (const auto& [group, element] :
        {std::pair{0x0010, 0x0010}, {0x0028, 0x0100}, {0x0040, 0x0275}, {0x7FE0, 0x0010}}) {
-    ASSERT_EQ(file_->GetElementText(group, element, &text), kOk);
+    ASSERT_EQ(file_->GetElementText(group, element, 0, 0, &text), kOk);
     joined += text.Narrow();
     if (group == 0x0040) {
       EXPECT_EQ(text.Narrow(), sequence);
     }
   }
   EXPECT_EQ(joined, all);
-  ASSERT_EQ(file_->GetElementText(0x0010, 0x0020, &text), kOk);
+  ASSERT_EQ(file_->GetElementText(0x0010, 0x0020, 0, 0, &text), kOk);
   EXPECT_EQ(text.Narrow(), "");
   EXPECT_EQ(file_->get_Text(nullptr), kPointer);
-  EXPECT_EQ(file_->GetElementText(0x0010, 0x0010, nullptr), kPointer);
+  EXPECT_EQ(file_->GetElementText(0x0010, 0x0010, 0, 0, nullptr), kPointer);
+}
+
+TEST_F(FileSaving, GivesTheTextOfAnElementInParts) {
+  Load(SampleIn(Encoding::kExplicitLittle));
+  const std::string first = "(0040,0275) 'SQ' 1 items 'Request Attributes Sequence'\n";
+  const std::string second = "#start item 1\n";
+  const std::string third = "> (0008,1155) 'UI' [     4] 'Referenced SOP Instance UID' : 1.23\n";
+  const std::string rest = "#end item 1\nEnd sequence (0040,0275)\n";
+  const auto part = [&](std::int32_t firstLine, std::int32_t room) {
+    String text;
+    EXPECT_EQ(file_->GetElementText(0x0040, 0x0275, firstLine, room, &text), kOk);
+    return text.Narrow();
+  };
+  EXPECT_EQ(part(0, 1), first);
+  EXPECT_EQ(part(0, static_cast<std::int32_t>(first.size())), first);
+  EXPECT_EQ(part(0, static_cast<std::int32_t>(first.size()) + 1), first + second);
+  EXPECT_EQ(part(1, 1), second);
+  EXPECT_EQ(part(1, 15), second + third);
+  EXPECT_EQ(part(2, 1), third);
+  EXPECT_EQ(part(3, 0), rest);
+  EXPECT_EQ(part(3, 1000), rest);
+  EXPECT_EQ(part(4, 1), "End sequence (0040,0275)\n");
+  EXPECT_EQ(part(5, 1), "");
+  EXPECT_EQ(part(std::numeric_limits<std::int32_t>::max(), 0), "");
+
+  String text("kept");
+  EXPECT_EQ(file_->GetElementText(0x0040, 0x0275, -1, 0, &text), kInvalidArgument);
+  EXPECT_EQ(file_->GetElementText(0x0040, 0x0275, 0, -1, &text), kInvalidArgument);
+  EXPECT_EQ(text.Narrow(), "kept");
 }
 
 TEST_F(FileSaving, RefusesNullPointersForAnElement) {

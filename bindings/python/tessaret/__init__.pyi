@@ -696,9 +696,11 @@ class IDcmFile(Object):
         """
         ...
 
-    def GetElementText(self, Group: int, Element: int) -> str:
-        """The lines of that text for one element with all that is in it; "" where there is no such element. kException
-        "Empty object".
+    def GetElementText(self, Group: int, Element: int, FirstLine: int | None = ..., Room: int | None = ...) -> str:
+        """The lines of that text for one element with all that is in it; "" where there is no such element, kException
+        "Empty object". Set in by their depth, all lines may take many times the memory of the data set: parts of them begin
+        with line `FirstLine`, counted from 0, and end behind the line with which they have `Room` characters or more; one
+        with fewer is the last. A `Room` of 0 has no end. kInvalidArgument where one of both is negative.
         """
         ...
 

@@ -30,7 +30,7 @@ constexpr auto kArguments18 = Signature<decltype(&I::GetBytes)>::Describe({{{"Gr
 constexpr auto kArguments19 = Signature<decltype(&I::SetType)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"Found", ArgumentFlow::kResult}}});
 constexpr auto kArguments20 = Signature<decltype(&I::get_HasPixelsOfDoubtfulOrder)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
 constexpr auto kArguments21 = Signature<decltype(&I::get_Text)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments22 = Signature<decltype(&I::GetElementText)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Text", ArgumentFlow::kResult}}});
+constexpr auto kArguments22 = Signature<decltype(&I::GetElementText)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"FirstLine", ArgumentFlow::kOptional}, {"Room", ArgumentFlow::kOptional}, {"Text", ArgumentFlow::kResult}}});
 
 constexpr MemberInfo kMembers[] = {
 {"LoadFile", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that\n"
@@ -89,8 +89,10 @@ constexpr MemberInfo kMembers[] = {
         "such pixels in big endian in two ways, and nothing in a file tells which was meant."},
 {"Text", MemberKind::kGet, kArguments21.data(), kArguments21.size(), "The data set as text, for people: a line an element, with items set in, each line with its end. A character a\n"
         "byte: text of values stands as it is, but for control characters, which are dots. kException \"Empty object\"."},
-{"GetElementText", MemberKind::kMethod, kArguments22.data(), kArguments22.size(), "The lines of that text for one element with all that is in it; \"\" where there is no such element. kException\n"
-        "\"Empty object\"."},
+{"GetElementText", MemberKind::kMethod, kArguments22.data(), kArguments22.size(), "The lines of that text for one element with all that is in it; \"\" where there is no such element, kException\n"
+        "\"Empty object\". Set in by their depth, all lines may take many times the memory of the data set: parts of them begin\n"
+        "with line `FirstLine`, counted from 0, and end behind the line with which they have `Room` characters or more; one\n"
+        "with fewer is the last. A `Room` of 0 has no end. kInvalidArgument where one of both is negative."},
 };
 constexpr MemberCall kCalls[] = {
 &CallMember<&I::LoadFile>,

@@ -69,6 +69,8 @@ class FileTest(package.PackageTest):
                          [[0, 0], [0x100010, 0x280011], [0x504E, 0x5553], [8, 2], [0, 16], [True, True], [0, 0]])
         self.assertIs(self.file.SetType(0x10, 0x10, "LO"), True)
         self.assertEqual(self.file.GetElementText(0x10, 0x10), "(0010,0010) 'LO' [     8] 'Patient's Name' : Doe^John\n")
+        self.assertEqual(self.file.GetElementText(0x10, 0x10, 0, 1), self.file.GetElementText(0x10, 0x10))
+        self.assertEqual(self.file.GetElementText(0x10, 0x10, 1), "")
         self.assertEqual(self.file.Text.count("\n"), 2)
         self.assertIs(self.file.HasPixelsOfDoubtfulOrder, False)
 
