@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <mutex>
 #include <new>
+#include <utility>
 
 #include "core/vr.h"
 #include "platform/thread_end.h"
@@ -23,6 +24,7 @@ namespace tessaret {
 
 void* TakeVrBlock() { return ::operator new(sizeof(VR)); }
 void GiveVrBlock(void* block) noexcept { ::operator delete(block); }
+void FreeVrBlocks() noexcept {}
 
 #else
 
@@ -196,6 +198,15 @@ void GiveVrBlock(void* block) noexcept {
   Cache& mine = cache;
   if (mine.freeCount >= kBatch) return GiveToFullList(block);
   PutIntoList(mine, block);
+}
+
+void FreeVrBlocks() noexcept {
+  cache = {};
+  late.cache = {};
+  const std::lock_guard lock(store.mutex);
+  store.batches = nullptr;
+  store.nextSlab = kFirstSlab;
+  while (store.slabs != nullptr) ::operator delete(std::exchange(store.slabs, store.slabs->next));
 }
 
 #endif

@@ -1,12 +1,15 @@
 #include "facade/module.h"
 
 #include "component/component_object.h"
+#include "component/object_count.h"
 #include "component/report.h"
 #include "core/module_dictionaries.h"
+#include "core/vr_pool.h"
 #include "facade/class_ids.h"
 #include "facade/dcm_dictionary.h"
 #include "facade/dcm_object.h"
 #include "facade/dcm_options.h"
+#include "platform/library_end.h"
 #include "platform/module_path.h"
 
 namespace tessaret {
@@ -80,6 +83,10 @@ struct Start {
 const Start& TheStart(bool isQuiet = false) {
   static const Start start(isQuiet);
   return start;
+}
+
+[[gnu::destructor]] void GoWithTheLibrary() noexcept {
+  if (!DoesProcessEnd() && MayUnload()) FreeVrBlocks();
 }
 
 }  // namespace
