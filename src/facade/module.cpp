@@ -55,7 +55,7 @@ constexpr ClassRow kClasses[] = {
 /// lack.
 std::string InFull(const std::string& words, const std::string& directory) {
   const std::string& reason = ModuleDictionary().LastErrorText();
-  const std::string full = reason.empty() ? words : words + ": " + reason;
+  std::string full = reason.empty() ? words : words + ": " + reason;
   if (full.find('[' + directory) != std::string::npos) return full;
   return "Error reading [" + directory + kUidDictionaryFile + "]: " + full;
 }

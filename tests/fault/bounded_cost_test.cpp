@@ -18,13 +18,16 @@ constexpr std::uint64_t kMiB = 1 << 20;
 /// What a rejected input may cost: 64 MiB and a small multiple of itself.
 constexpr std::uint64_t kRejectedMultiple = 2;
 
+/// The system counts the pages of a process in batches, one a processor and kind of page, and tells the sum without them.
+constexpr std::uint64_t kUncounted = kMiB / 2;
+
 /// Bounds of memory and time are those of what is shipped.
 void ExpectCost(const Measured& measured, std::uint64_t mostBytes, double mostSeconds) {
   EXPECT_EQ(measured.result, 0);
   ::testing::Test::RecordProperty("peak_growth_kib", std::to_string(measured.peakGrowth >> 10));
   ::testing::Test::RecordProperty("seconds", std::to_string(measured.seconds));
   if (!kAsShipped) return;
-  EXPECT_LE(measured.peakGrowth, mostBytes) << measured.peakGrowth / kMiB << " MiB";
+  EXPECT_LE(measured.peakGrowth, mostBytes + kUncounted) << measured.peakGrowth / kMiB << " MiB";
   EXPECT_LE(measured.seconds, mostSeconds);
 }
 
