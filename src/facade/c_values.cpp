@@ -33,6 +33,10 @@ static_assert(sizeof(tessaret_value::as) == sizeof(tessaret_value::as.string_val
 /// How many entries the bounds of `given` name; nothing where no number holds that.
 std::optional<std::uint64_t> EntriesNamed(const tessaret_array& given) {
   if (given.dimensions == 0) return 0;
+  // First of all, for then the others may be as long as they like.
+  for (std::uint32_t at = 0; at < given.dimensions; ++at) {
+    if (given.bounds[at].count == 0) return 0;
+  }
   std::optional<std::uint64_t> count = 1;
   for (std::uint32_t at = 0; count && at < given.dimensions; ++at)
     count = CheckedMultiply<std::uint64_t>(*count, given.bounds[at].count);

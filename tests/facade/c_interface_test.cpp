@@ -206,6 +206,27 @@ TEST(CValues, ArraysThatAreNotThereAreRefused) {
   EXPECT_EQ(FromC(value, to), kInvalidArgument);
 }
 
+TEST(CValues, ArraysWithAnEmptyDimensionHaveNoEntriesHoweverLongTheOthersAre) {
+  const tessaret_bound bounds[] = {{0, 0xFFFFFFFF}, {1, 0xFFFFFFFF}, {2, 0xFFFFFFFF}, {3, 0}};
+  for (const std::uint32_t first : {0u, 3u}) {
+    const tessaret_bound turned[] = {bounds[first], bounds[1], bounds[2], bounds[3 - first]};
+    const tessaret_array array = {turned, nullptr, 0, 4};
+    tessaret_value value{};
+    value.type = TESSARET_ARRAY | TESSARET_LONG;
+    value.as.array_value = &array;
+    tessaret_value back = Back(value);
+    ASSERT_EQ(back.type, value.type);
+    EXPECT_EQ(back.as.array_value->count, 0u);
+    ASSERT_EQ(back.as.array_value->dimensions, 4u);
+    EXPECT_EQ(back.as.array_value->bounds[3].lower, static_cast<std::int32_t>(3 - first));
+    // And once more, as the library gave it.
+    tessaret_value again = Back(back);
+    EXPECT_EQ(again.as.array_value->count, 0u);
+    tessaret_clear(&again);
+    tessaret_clear(&back);
+  }
+}
+
 TEST(CValues, NoMemoryIsTakenForEntriesThatAreNotThere) {
   const tessaret_bound bounds[] = {{0, 100'000'000}};
   std::uint8_t entry = 1;
