@@ -272,10 +272,11 @@ bool CanStandAsText(VrCode type) {
 /// With a backslash before each character that would end it, or be skipped at its start.
 std::string QuotedName(std::string_view name) {
   std::string quoted;
-  for (const char c : name) {
+  for (const char each : name) {
+    const char c = each == '\n' ? ' ' : each;
     const bool isSkipped = quoted.empty() && IsSeparator(c);
     if (isSkipped || c == '"' || c == '\\') quoted += '\\';
-    quoted += c == '\n' ? ' ' : c;
+    quoted += c;
   }
   return quoted;
 }

@@ -2,6 +2,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <memory>
+#include <new>
+#include <span>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -29,9 +32,20 @@ Status FailWith(const std::string& words) {
   return Report(class_id::kDcmDictionary, words.c_str(), IDcmDictionaryFile::kId);
 }
 
-/// Where there was no reason to refuse a file, it has no entry.
-std::string ReasonOf(const RTC& dictionary) {
-  return dictionary.LastErrorText().empty() ? "there is no entry" : dictionary.LastErrorText();
+/// The words of an error number; none where memory ran out, which the edge has words for.
+std::string WordsOf(int error) {
+  if (error == ENOMEM) throw std::bad_alloc();
+  return SystemErrorText(error);
+}
+
+/// The dictionary in the bytes of a file; null, with the reason in `why`, where they are none.
+std::unique_ptr<RTC> DictionaryIn(std::span<const std::uint8_t> file, std::string& why) {
+  auto loaded = std::make_unique<RTC>();
+  if (loaded->AttachBytes(file.data(), file.size())) return loaded;
+  // The file may be as it should.
+  if (loaded->LastErrorText() == kRtcNoMemory) throw std::bad_alloc();
+  why = loaded->LastErrorText();
+  return nullptr;
 }
 
 /// The bytes of a file of that form. Empty, with words in `error`, where the form cannot hold an entry.
@@ -49,13 +63,12 @@ Status CDcmDictionary::LoadFile(const String& FileName) {
   return Answer([&] {
     const std::string path = FileName.Utf8();
     std::vector<std::uint8_t> bytes;
+    std::string why;
+    std::unique_ptr<RTC> loaded;
     const int error = ReadWholeFile(path, kLargestDictionaryFile, bytes);
-    auto loaded = std::make_unique<RTC>();
-    const bool isLoaded = error == 0 && loaded->AttachBytes(bytes.data(), bytes.size());
-    if (!isLoaded) {
-      return FailWith("Error reading [" + path +
-                      "]: " + (error != 0 ? SystemErrorText(error) : ReasonOf(*loaded)));
-    }
+    if (error == 0) loaded = DictionaryIn(bytes, why);
+    if (error != 0) why = WordsOf(error);
+    if (loaded == nullptr) return FailWith("Error reading [" + path + "]: " + why);
     own_ = std::move(loaded);
     return kOk;
   });
@@ -66,9 +79,9 @@ Status CDcmDictionary::LoadBytes(const Variant& Bytes) {
   if (array == nullptr || array->Type() != VariantType::kByte || array->Bounds().size() != 1)
     return kTypeMismatch;
   return Answer([&] {
-    auto loaded = std::make_unique<RTC>();
-    if (!loaded->AttachBytes(array->Bytes().data(), array->Bytes().size()))
-      return FailWith("Error reading dictionary: " + ReasonOf(*loaded));
+    std::string why;
+    std::unique_ptr<RTC> loaded = DictionaryIn(array->Bytes(), why);
+    if (loaded == nullptr) return FailWith("Error reading dictionary: " + why);
     own_ = std::move(loaded);
     return kOk;
   });
@@ -93,15 +106,20 @@ Status CDcmDictionary::GetElementAt(std::int32_t Idx, std::int32_t* Group, std::
     return kPointer;
   return Answer([&] {
     const auto& table = Elements().Table;
-    *Found = Idx >= 0 && table && static_cast<std::uint32_t>(Idx) < table->Count;
-    if (!Found->IsTrue()) return kOk;
+    const bool isThere = Idx >= 0 && table && static_cast<std::uint32_t>(Idx) < table->Count;
+    if (!isThere) {
+      *Found = false;
+      return kOk;
+    }
     const _RTCElement& entry = table->Elements[static_cast<std::uint32_t>(Idx)];
     const char letters[] = {FirstLetter(entry.TypeCode), SecondLetter(entry.TypeCode)};
     String name = String::FromNarrow(entry.Description == nullptr ? "" : entry.Description);
+    // All of it or, without memory, nothing.
     *TypeCode = String::FromNarrow({letters, 2});
     *description = std::move(name);
     *Group = entry.Group;
     *Element = entry.Element;
+    *Found = true;
     return kOk;
   });
 }
@@ -116,9 +134,9 @@ Status CDcmDictionary::GetUIDAt(std::int32_t Idx, String* UID, VariantBool* Foun
   if (UID == nullptr || Found == nullptr) return kPointer;
   return Answer([&] {
     const auto& entries = ModuleUidDictionary().Entries;
-    *Found = Idx >= 0 && static_cast<std::size_t>(Idx) < entries.size();
-    if (!Found->IsTrue()) return kOk;
-    *UID = String::FromNarrow(std::next(entries.begin(), Idx)->second.UID);
+    const bool isThere = Idx >= 0 && static_cast<std::size_t>(Idx) < entries.size();
+    if (isThere) *UID = String::FromNarrow(std::next(entries.begin(), Idx)->second.UID);
+    *Found = isThere;
     return kOk;
   });
 }
@@ -146,7 +164,7 @@ Status CDcmDictionary::SaveFile(const String& FileName, VariantBool Binary,
             ? EFBIG
             : WriteWholeFile(FileName.Utf8(), bytes.data(), bytes.size(),
                              KeepsFiles.IsTrue() ? Existing::kKeep : Existing::kReplace);
-    return error == 0 ? kOk : FailWith(SystemErrorText(error));
+    return error == 0 ? kOk : FailWith(WordsOf(error));
   });
 }
 

@@ -149,6 +149,10 @@ TEST_F(DictionaryFile, KeepsNamesThatAreHardToWrite) {
   EXPECT_EQ(Listing(), "00090001 LO [" + name + "]\n");
   ASSERT_EQ(file_->LoadBytes(BytesVariant(FormOf(false))), kOk) << LastError().text;
   EXPECT_EQ(Listing(), "00090001 LO ['\" {(\\ , \xE9]\n");
+  // A blank at the start stays, which would be skipped otherwise; so does one that was a line end.
+  ASSERT_EQ(file_->LoadBytes(BytesVariant(file + "\nname" + '\0')), kOk) << LastError().text;
+  ASSERT_EQ(file_->LoadBytes(BytesVariant(FormOf(false))), kOk) << LastError().text;
+  EXPECT_EQ(Listing(), "00090001 LO [ name]\n");
 }
 
 TEST_F(DictionaryFile, SaysWhatTextCannotHold) {
@@ -254,6 +258,73 @@ TEST_F(DictionaryFile, IsThereByName) {
   call("Unload", MemberKind::kMethod, {});
   EXPECT_GT(call("ElementsCount", MemberKind::kGet, {}).AsLong(), 5000);
   EXPECT_TRUE(call("GetUIDAt", MemberKind::kMethod, {0, Variant()}).AsBool().IsTrue());
+}
+
+TEST_F(DictionaryFile, SaysWhenMemoryEndsAndKeepsWhatItHas) {
+  ASSERT_EQ(file_->LoadBytes(BytesVariant("first\n{0x0010 0x0020 LO \"Old\"}\n")), kOk);
+  const Variant mine = BytesVariant(kText);
+  const String in(folder_.File("mine"));
+  const String out(folder_.File("out"));
+  WriteText(in.Utf8(), kText);
+  // What is said needs no room of its own.
+  EXPECT_EQ(file_->LoadFile(folder_.File("none")), kException);
+  const auto failEach = [&](const char* what, const auto& call) {
+    std::uint64_t refused = 0;
+    test::FailEveryAllocation([&] {
+      const Status status = call();
+      if (status == kOk) return;
+      ++refused;
+      EXPECT_EQ(status, kOutOfMemory) << what << ": " << tessaret_last_error_text();
+      EXPECT_STREQ(tessaret_last_error_text(), "Not enough memory") << what;
+    });
+    EXPECT_GT(refused, 0u) << what;
+  };
+  for (const bool isFile : {true, false}) {
+    std::int32_t before = 1;
+    failEach("load", [&] {
+      const Status status = isFile ? file_->LoadFile(in) : file_->LoadBytes(mine);
+      std::int32_t count = 0;
+      EXPECT_EQ(file_->get_ElementsCount(&count), kOk);
+      EXPECT_EQ(count, status == kOk ? 3 : before);
+      before = count;  // looking up quickly is no need
+      return status;
+    });
+    ASSERT_EQ(Listing(), kListing);
+    ASSERT_EQ(file_->LoadBytes(BytesVariant("first\n{0x0010 0x0020 LO \"Old\"}\n")), kOk);
+  }
+  for (const bool binary : {true, false}) {
+    failEach("bytes", [&] {
+      Variant bytes(7);
+      const Status status = file_->GetBytes(binary, &bytes);
+      EXPECT_EQ(bytes.IsArray(), status == kOk);
+      return status;
+    });
+    failEach("save", [&] { return file_->SaveFile(out, binary, false); });
+    EXPECT_EQ(ReadText(out.Utf8()), FormOf(binary));
+  }
+  EXPECT_EQ(folder_.Listing(), "mine out");
+  failEach("element", [&] {
+    std::int32_t group = 77;
+    std::int32_t element = 78;
+    String letters;
+    String name;
+    VariantBool found;
+    const Status status = file_->GetElementAt(0, &group, &element, &letters, &name, &found);
+    EXPECT_EQ(found.IsTrue(), status == kOk);
+    EXPECT_EQ(group, status == kOk ? 0x0010 : 77);
+    EXPECT_EQ(element, status == kOk ? 0x0020 : 78);
+    EXPECT_EQ(letters.IsNull(), status != kOk);
+    EXPECT_EQ(name.IsNull(), status != kOk);
+    return status;
+  });
+  failEach("uid", [&] {
+    String uid;
+    VariantBool found;
+    const Status status = file_->GetUIDAt(0, &uid, &found);
+    EXPECT_EQ(found.IsTrue(), status == kOk);
+    EXPECT_EQ(uid.IsNull(), status != kOk);
+    return status;
+  });
 }
 
 TEST_F(DictionaryFile, RefusesNullPointers) {
