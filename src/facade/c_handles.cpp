@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <mutex>
@@ -39,8 +40,8 @@ class HandleCounts {
   std::array<Part, 32> parts_;
 };
 
-/// Null until they are made.
-constinit HandleCounts* theHandles = nullptr;
+/// Null until they are made, with the first object that is given: who only looks something up needs no memory.
+constinit std::atomic<HandleCounts*> theHandles = nullptr;
 
 HandleCounts& MakeHandles() {
   WatchProcessEnd();
@@ -54,9 +55,16 @@ HandleCounts& Handles() {
   return handles;
 }
 
+/// Where the references to `handle` are counted; null where nothing was ever given.
+HandleCounts::Part* PartOf(const tessaret_object* handle) noexcept {
+  HandleCounts* const handles = theHandles.load(std::memory_order_acquire);
+  return handles == nullptr ? nullptr : &handles->PartOf(handle);
+}
+
 [[gnu::destructor]] void GoWithTheLibrary() noexcept {
   // Who holds something still may come back.
-  if (!DoesProcessEnd() && theHandles != nullptr && theHandles->IsEmpty()) delete theHandles;
+  const HandleCounts* const handles = theHandles;
+  if (!DoesProcessEnd() && handles != nullptr && handles->IsEmpty()) delete handles;
 }
 
 }  // namespace
@@ -71,29 +79,32 @@ tessaret_object* GiveHandle(Ref<IDispatch> object) {
 }
 
 Ref<IDispatch> HeldObject(const tessaret_object* handle) {
-  HandleCounts::Part& part = Handles().PartOf(handle);
-  const std::lock_guard lock(part.mutex);
+  HandleCounts::Part* const part = PartOf(handle);
+  if (part == nullptr) return nullptr;
+  const std::lock_guard lock(part->mutex);
   // Taken while the host's own reference cannot be given back.
-  return Ref<IDispatch>(part.counts.contains(handle) ? ObjectAt(handle) : nullptr);
+  return Ref<IDispatch>(part->counts.contains(handle) ? ObjectAt(handle) : nullptr);
 }
 
 bool RetainHandle(const tessaret_object* handle) {
-  HandleCounts::Part& part = Handles().PartOf(handle);
-  const std::lock_guard lock(part.mutex);
-  const auto found = part.counts.find(handle);
-  if (found == part.counts.end()) return false;
+  HandleCounts::Part* const part = PartOf(handle);
+  if (part == nullptr) return false;
+  const std::lock_guard lock(part->mutex);
+  const auto found = part->counts.find(handle);
+  if (found == part->counts.end()) return false;
   ++found->second;
   ObjectAt(handle)->AddRef();
   return true;
 }
 
 bool ReleaseHandle(const tessaret_object* handle) {
+  HandleCounts::Part* const part = PartOf(handle);
+  if (part == nullptr) return false;
   {
-    HandleCounts::Part& part = Handles().PartOf(handle);
-    const std::lock_guard lock(part.mutex);
-    const auto found = part.counts.find(handle);
-    if (found == part.counts.end()) return false;
-    if (--found->second == 0) part.counts.erase(found);
+    const std::lock_guard lock(part->mutex);
+    const auto found = part->counts.find(handle);
+    if (found == part->counts.end()) return false;
+    if (--found->second == 0) part->counts.erase(found);
   }
   // Not under the lock: an object that dies may give others back.
   ObjectAt(handle)->Release();

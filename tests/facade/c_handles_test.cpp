@@ -2,6 +2,7 @@
 #include "facade/c_handles.h"
 
 #include <cstdint>
+#include <cstdlib>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -138,6 +139,20 @@ TEST(CHandles, WithoutMemoryNothingIsHeld) {
     tessaret_release(object);
     EXPECT_EQ(tessaret_can_unload(), 1);
   });
+}
+
+/// Tries a pointer that is no object, without memory, where nothing was ever given; 0 where nothing is thrown.
+int TryWhereNothingWasGiven() {
+  std::uint64_t words[8] = {};
+  const test::AllocationFailure failure(1);
+  ExpectRefused(reinterpret_cast<tessaret_object*>(words));
+  ExpectRefused(reinterpret_cast<tessaret_object*>(words));
+  return testing::Test::HasFailure() ? 1 : 0;
+}
+
+TEST(CHandlesDeathTest, AreRefusedWithoutMemoryWhereNothingWasEverGiven) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(TryWhereNothingWasGiven()), testing::ExitedWithCode(0), "");
 }
 
 TEST(CHandles, AreGivenBackOnceByThreadsThatAllTry) {
