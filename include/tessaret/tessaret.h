@@ -208,7 +208,8 @@ const char* tessaret_last_error_text(void);
 const char* tessaret_last_error_source(void);
 
 /// Starts the library, as the first object that is made does otherwise. Where it cannot start the last failure has the file, the line
-/// and the reason, and nothing is written to standard error, as is done when an object is the first to ask. What it answers stays so for the process.
+/// and the reason, and nothing is written to standard error, as is done when an object is the first to ask. What it answers stays so for
+/// the process, but where memory ran out or tessaret_cancel_files stopped it: then the next one who asks tries again.
 int32_t tessaret_start(void);
 
 /// Not 0 has every call of the library to the file system fail that opens, reads, writes or brings a file to its place, in all threads, as

@@ -28,6 +28,12 @@ Status WithWords(Status status, const ClassId& classId, const InterfaceId& id) n
   return status;
 }
 
+/// For the library that could not start.
+Status NotAvailable(const char* words, const InterfaceId& id) noexcept {
+  Report({}, words, id);
+  return kClassNotAvailable;
+}
+
 /// Finds a class by what it is asked for, and makes an object of it.
 template <class Key>
 Status CreateFrom(const Key& key, const InterfaceId* id, IObject* outer, void** object) noexcept {
@@ -35,16 +41,15 @@ Status CreateFrom(const Key& key, const InterfaceId* id, IObject* outer, void** 
   *object = nullptr;
   if (id == nullptr) return kPointer;
   try {
-    if (!StartModule()) {
-      Report({}, WhyNotStarted().c_str(), *id);
-      return kClassNotAvailable;
-    }
+    if (!StartModule()) return NotAvailable(WhyNotStarted().c_str(), *id);
     const ClassRow* row = FindClass(key);
     if (row == nullptr) {
       Report({}, "There is no such class", *id);
       return kClassNotRegistered;
     }
     return WithWords(row->create(outer, *id, object), row->id, *id);
+  } catch (const StartCancelled& cancelled) {
+    return NotAvailable(cancelled.what(), *id);
   } catch (const std::bad_alloc&) {
     return WithWords(kOutOfMemory, {}, *id);
   }
@@ -53,8 +58,9 @@ Status CreateFrom(const Key& key, const InterfaceId* id, IObject* outer, void** 
 Status StartNow() noexcept {
   try {
     if (StartModuleQuietly()) return kOk;
-    Report({}, WhyNotStartedInFull().c_str(), IObject::kId);
-    return kClassNotAvailable;
+    return NotAvailable(WhyNotStartedInFull().c_str(), IObject::kId);
+  } catch (const StartCancelled& cancelled) {
+    return NotAvailable(cancelled.what(), IObject::kId);
   } catch (const std::bad_alloc&) {
     return WithWords(kOutOfMemory, {}, IObject::kId);
   }

@@ -1,5 +1,7 @@
 #include "facade/module.h"
 
+#include <cerrno>
+
 #include "component/component_object.h"
 #include "component/object_count.h"
 #include "component/report.h"
@@ -9,6 +11,7 @@
 #include "facade/dcm_dictionary.h"
 #include "facade/dcm_object.h"
 #include "facade/dcm_options.h"
+#include "platform/file_calls.h"
 #include "platform/library_end.h"
 #include "platform/module_path.h"
 
@@ -64,13 +67,18 @@ std::string InFull(const std::string& words, const std::string& directory) {
 struct Start {
   explicit Start(bool isQuiet) {
     RegisterClasses(kClasses);
+    std::string title;
     const MessageSink sink = [&](const std::string& text, const std::string& caption) {
       why = text;
-      if (!isQuiet) WriteMessageToStandardError(text, caption);
+      title = caption;
     };
     const std::string directory = ModuleDirectory();
     started = StartDictionaries(directory, sink);
-    if (!started) whyInFull = InFull(why, directory);
+    if (!started) {
+      whyInFull = InFull(why, directory);
+      if (whyInFull.ends_with(SystemErrorText(ECANCELED))) throw StartCancelled(whyInFull);
+      if (!isQuiet) WriteMessageToStandardError(why, title);
+    }
     ReadOptions();
   }
 

@@ -284,6 +284,25 @@ TEST(LibraryDeathTest, WithoutMemoryItStartsLater) {
   EXPECT_EXIT(std::exit(StartWithoutMemory()), testing::ExitedWithCode(0), "");
 }
 
+/// Asks for the library while its files are given up, and again; 0 where it starts the second time.
+int StartWhileCancelled() {
+  CancelFiles(true);
+  Ref<IDcmDictionary> dictionary;
+  for (const bool byObject : {true, false}) {
+    const Status status = byObject ? Create("Tessaret.DcmDictionary", dictionary) : StartLibrary();
+    if (status != kClassNotAvailable || dictionary || !CanUnload()) return 1;
+    if (!LastError().text.ends_with("dicom-dict.txt]: Operation canceled")) return 2;
+  }
+  CancelFiles(false);
+  if (StartLibrary() != kOk) return 3;
+  return Create("Tessaret.DcmDictionary", dictionary) == kOk ? 0 : 4;
+}
+
+TEST(LibraryDeathTest, AfterAStartThatWasCancelledItStartsLater) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(StartWhileCancelled()), testing::ExitedWithCode(0), "^$");
+}
+
 /// A thread that is to end asks for the first object where there are no dictionaries; 0 where it gets its answer first.
 int TryWithoutDictionariesWhileCancelled() {
   const test::TempFolder folder;
