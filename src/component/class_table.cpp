@@ -1,7 +1,8 @@
 #include "component/class_table.h"
 
 #include <algorithm>
-#include <mutex>
+#include <atomic>
+#include <cstddef>
 
 #include "base/text.h"
 
@@ -10,9 +11,10 @@ namespace {
 
 constexpr std::string_view kVersion = ".1";
 
-// A thread may report a failure by the name of a class while another one starts the library.
-constinit std::mutex mutex;
-constinit std::span<const ClassRow> registered;
+// A thread may report a failure by the name of a class while another one starts the library. Without a lock, which a child of fork could
+// find held by a thread that it does not have.
+constinit std::atomic<const ClassRow*> rows = nullptr;
+constinit std::atomic<std::size_t> rowCount = 0;
 
 /// The first class that `matches`; null for none.
 template <class Matches>
@@ -25,13 +27,15 @@ const ClassRow* First(Matches matches) {
 }  // namespace
 
 void RegisterClasses(std::span<const ClassRow> classes) {
-  const std::lock_guard lock(mutex);
-  registered = classes;
+  // Nobody sees more rows than there are.
+  rowCount = 0;
+  rows = classes.data();
+  rowCount = classes.size();
 }
 
 std::span<const ClassRow> Classes() {
-  const std::lock_guard lock(mutex);
-  return registered;
+  const std::size_t count = rowCount;
+  return {rows.load(), count};
 }
 
 const ClassRow* FindClass(std::string_view name) {

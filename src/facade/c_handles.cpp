@@ -5,9 +5,12 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <mutex>
+#include <new>
 #include <unordered_map>
 
+#include "platform/at_fork.h"
 #include "platform/library_end.h"
 
 namespace tessaret {
@@ -35,6 +38,12 @@ class HandleCounts {
     const auto address = reinterpret_cast<std::uintptr_t>(handle);
     return parts_[(address >> 4 ^ address >> 10) % parts_.size()];
   }
+  void LockAll() {
+    for (Part& part : parts_) part.mutex.lock();
+  }
+  void UnlockAll() {
+    for (Part& part : parts_) part.mutex.unlock();
+  }
 
  private:
   std::array<Part, 32> parts_;
@@ -43,9 +52,23 @@ class HandleCounts {
 /// Null until they are made, with the first object that is given: who only looks something up needs no memory.
 constinit std::atomic<HandleCounts*> theHandles = nullptr;
 
+/// What the thread has locked while it forks.
+thread_local constinit HandleCounts* lockedHere = nullptr;
+
+void LockForFork() noexcept {
+  lockedHere = theHandles.load(std::memory_order_acquire);
+  if (lockedHere != nullptr) lockedHere->LockAll();
+}
+
+void UnlockAfterFork() noexcept {
+  if (lockedHere != nullptr) lockedHere->UnlockAll();
+}
+
 HandleCounts& MakeHandles() {
   WatchProcessEnd();
-  theHandles = new HandleCounts;
+  auto made = std::make_unique<HandleCounts>();
+  if (!CallAtFork(&LockForFork, &UnlockAfterFork)) throw std::bad_alloc();
+  theHandles = made.release();
   return *theHandles;
 }
 

@@ -1,14 +1,23 @@
 // Handles of the C interface that lead nowhere: given back already, or never given.
 #include "facade/c_handles.h"
 
+#include <unistd.h>
+
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <latch>
 #include <string>
+#include <thread>
 
 #include <gtest/gtest.h>
 
+#include "component/call_by_name.h"
+#include "component/component_object.h"
 #include "support/all_threads.h"
 #include "support/allocation_failure.h"
+#include "support/child_process.h"
 #include "tessaret/tessaret.hpp"
 
 namespace tessaret {
@@ -153,6 +162,72 @@ int TryWhereNothingWasGiven() {
 TEST(CHandlesDeathTest, AreRefusedWithoutMemoryWhereNothingWasEverGiven) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(TryWhereNothingWasGiven()), testing::ExitedWithCode(0), "");
+}
+
+/// Asks for the handle of another object, and for its own, while it dies.
+class Curious final : public ComponentObject<CallableByName<IDCMOptions>> {
+ public:
+  explicit Curious(IObject* outer) : ComponentObject(outer) {}
+  ~Curious() override {
+    EXPECT_EQ(tessaret_describe(own), nullptr);
+    tessaret_release(own);
+    tessaret_release(other);
+  }
+  Status get_UseTotokuLUT(VariantBool*) override { return kOk; }
+  Status put_UseTotokuLUT(VariantBool) override { return kOk; }
+
+  tessaret_object* own = nullptr;
+  tessaret_object* other = nullptr;
+};
+
+TEST(CHandles, MayBeAskedForByAnObjectThatDies) {
+  void* made = nullptr;
+  ASSERT_EQ(CreateObjectOf<Curious>(nullptr, IDispatch::kId, &made), kOk);
+  auto* const curious = static_cast<Curious*>(static_cast<IDispatch*>(made));
+  curious->other = New();
+  tessaret_object* const handle = GiveHandle(Ref<IDispatch>::Adopt(curious));
+  curious->own = handle;
+  tessaret_release(handle);
+  EXPECT_EQ(tessaret_can_unload(), 1);
+}
+
+/// An object with a part, of which one reference is taken slowly.
+class SlowWhole final : public IObject {
+ public:
+  Status QueryInterface(const InterfaceId& id, void** object) override {
+    return part->QueryInterface(id, object);
+  }
+  std::uint32_t AddRef() override {
+    if (isSlow.exchange(false)) {
+      begun.count_down();
+      std::this_thread::sleep_for(std::chrono::milliseconds(300));
+    }
+    return ++references;
+  }
+  std::uint32_t Release() override { return --references; }
+
+  std::atomic<bool> isSlow = false;
+  std::latch begun{1};
+  std::atomic<std::uint32_t> references = 1;
+  Ref<IObject> part;
+};
+
+TEST(CHandles, AreNoneTheLessThereInAChildOfForkWhateverOtherThreadsDid) {
+  SlowWhole whole;
+  ASSERT_EQ(tessaret_create_object("Tessaret.DCMOptions", &IObject::kId, &whole,
+                                   reinterpret_cast<void**>(whole.part.Receive())),
+            kOk);
+  tessaret_object* const handle = GiveHandle(whole.part.As<IDispatch>());
+  whole.isSlow = true;
+  std::thread other([&] { EXPECT_NE(tessaret_describe(handle), nullptr); });
+  whole.begun.wait();
+  EXPECT_EQ(test::RunInChild([&] {
+              ::alarm(20);
+              return tessaret_describe(handle) != nullptr ? 0 : 1;
+            }),
+            0);
+  other.join();
+  tessaret_release(handle);
 }
 
 TEST(CHandles, AreGivenBackOnceByThreadsThatAllTry) {

@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdlib>
 #include <filesystem>
@@ -18,6 +19,7 @@
 #include "support/allocation_failure.h"
 #include "support/build_kind.h"
 #include "support/bytes.h"
+#include "support/child_process.h"
 #include "support/temp_folder.h"
 #include "tessaret/idcm_dictionary.hpp"
 #include "tessaret/idcm_object.hpp"
@@ -193,6 +195,28 @@ TEST(Library, SeveralThreadsMayMakeObjects) {
   }
   for (std::thread& thread : threads) thread.join();
   EXPECT_TRUE(CanUnload());
+}
+
+TEST(Library, MakesObjectsInAChildOfForkWhateverOtherThreadsDo) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  ASSERT_EQ(StartLibrary(), kOk);
+  std::atomic<bool> isOver = false;
+  std::vector<std::thread> threads;
+  for (int thread = 0; thread < 2; ++thread) {
+    threads.emplace_back([&] {
+      while (!isOver) EXPECT_TRUE(Create<IDcmDictionary>("Tessaret.DcmDictionary"));
+    });
+  }
+  for (int turn = 0; turn < 100 && !HasFailure(); ++turn) {
+    EXPECT_EQ(test::RunInChild([] {
+                ::alarm(20);
+                return Create<IDcmDictionary>("Tessaret.DcmDictionary") ? 0 : 1;
+              }),
+              0)
+        << turn;
+  }
+  isOver = true;
+  for (std::thread& thread : threads) thread.join();
 }
 
 /// Tries to make each class where there are no dictionaries; 0 where that fails as it should.
