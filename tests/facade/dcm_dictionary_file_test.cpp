@@ -1,6 +1,9 @@
 // Dictionaries of the host's own, and the two forms of their files.
 #include <cstdio>
+#include <cstring>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -167,6 +170,37 @@ TEST_F(DictionaryFile, SaysWhatTextCannotHold) {
   EXPECT_EQ(folder_.Listing(), "");
 }
 
+TEST_F(DictionaryFile, WithoutNamesStaysWithoutThemInItsBinaryForm) {
+  const std::string file("#!BinRTC\n\0\0\0\1\0\0\0\0\0\0\0\1\0\x09\0\x09\0\1\0OL\0\0\0\0\0\0", 36);
+  ASSERT_EQ(file_->LoadBytes(BytesVariant(file)), kOk) << LastError().text;
+  EXPECT_EQ(Listing(), "00090001 LO []\n");
+  EXPECT_EQ(FormOf(true), file);
+}
+
+TEST_F(DictionaryFile, ThatCouldNotBeLoadedIsNotSaved) {
+  // In binary form 16 bytes an element, 16,000,020 in all; as text 21, which is more than the 16 MiB that are loaded.
+  constexpr std::uint32_t kCount = 1'000'000;
+  std::string file("#!BinRTC\n\0\0\0", 12);
+  const auto add = [&](std::uint32_t number, std::size_t bytes) {
+    for (std::size_t at = 0; at < bytes; ++at) file += static_cast<char>(number >> 8 * at & 0xFF);
+  };
+  add(kCount, 4);
+  add(0, 4);
+  for (std::uint32_t tag = 0x00100000; tag < 0x00100000 + kCount; ++tag) add(tag, 4);
+  for (std::uint32_t tag = 0x00100000; tag < 0x00100000 + kCount; ++tag) {
+    add(tag >> 16, 2);
+    add(tag & 0xFFFF, 2);
+    add('L' << 8 | 'O', 4);
+    add(0, 4);
+  }
+  ASSERT_EQ(file_->LoadBytes(BytesVariant(file)), kOk) << LastError().text;
+  EXPECT_DICTIONARY_FAILS_WITH(file_->SaveFile(folder_.File("out"), false, false),
+                               "File too large");
+  EXPECT_EQ(folder_.Listing(), "");
+  EXPECT_EQ(file_->SaveFile(folder_.File("out"), true, false), kOk);
+  EXPECT_EQ(ReadText(folder_.File("out")), file);
+}
+
 TEST_F(DictionaryFile, RefusesWhatCannotBeReadAndKeepsWhatItHas) {
   ASSERT_EQ(file_->LoadBytes(BytesVariant(kText)), kOk);
   EXPECT_DICTIONARY_FAILS_WITH(
@@ -182,6 +216,17 @@ TEST_F(DictionaryFile, RefusesWhatCannotBeReadAndKeepsWhatItHas) {
   EXPECT_EQ(file_->LoadBytes(BytesVariant("")), kException);
   EXPECT_EQ(file_->LoadBytes(Variant("text")), kTypeMismatch);
   EXPECT_EQ(file_->LoadBytes(Variant()), kTypeMismatch);
+  // As good as bytes, but not what is asked for: entries of another type, two dimensions, none.
+  const std::string_view text = kText;
+  const auto size = static_cast<std::uint32_t>(text.size());
+  const ArrayBound plane[] = {{0, size}, {0, 1}};
+  VariantArray others[] = {VariantArray(VariantType::kSignedByte, size),
+                           VariantArray(VariantType::kByte, plane),
+                           VariantArray(VariantType::kByte, std::span<const ArrayBound>())};
+  for (VariantArray& other : others) {
+    if (other.Count() != 0) std::memcpy(other.Data(), text.data(), text.size());
+    EXPECT_EQ(file_->LoadBytes(Variant(other)), kTypeMismatch);
+  }
   EXPECT_EQ(Listing(), kListing);
 }
 
