@@ -5,7 +5,8 @@
 
 namespace tessaret {
 
-/// The dictionaries that the library loaded when it started. They never change, so that any thread may ask.
+/// The dictionaries that the library loaded when it started. They never change, so that any thread may ask; where IDcmDictionaryFile
+/// has loaded another one for this object, that one is asked for elements in place of the library's.
 class IDcmDictionary : public IDispatch {
  public:
   static constexpr InterfaceId kId{0x5A51DE9E6B7D4F60, 0x91B3C8D4A2F02007};

@@ -446,7 +446,9 @@ class IDCMDicomDir(Object):
 
 @type_check_only
 class IDcmDictionary(Object):
-    """The dictionaries that the library loaded when it started. They never change, so that any thread may ask."""
+    """The dictionaries that the library loaded when it started. They never change, so that any thread may ask; where IDcmDictionaryFile
+    has loaded another one for this object, that one is asked for elements in place of the library's.
+    """
     @property
     def NumEntries(self) -> int:
         """How many elements the dictionary has."""

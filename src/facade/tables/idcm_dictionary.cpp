@@ -33,7 +33,8 @@ constexpr MemberCall kCalls[] = {
 
 template <>
 const InterfaceTable& TableOf<IDcmDictionary>() {
-static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 4, "The dictionaries that the library loaded when it started. They never change, so that any thread may ask."}, kCalls};
+static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 4, "The dictionaries that the library loaded when it started. They never change, so that any thread may ask; where IDcmDictionaryFile\n"
+        "has loaded another one for this object, that one is asked for elements in place of the library's."}, kCalls};
 return kTable;
 }
 
