@@ -1,7 +1,8 @@
 #include "core/comp_engine.h"
 
+#include <unistd.h>
+
 #include <algorithm>
-#include <cstdio>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -334,7 +335,7 @@ bool DcmCompEngine::CompressFrames(CodecTarget& target, CodecConversion& convers
     }
     offsets.Add(size);
   }
-  offsets.Print(stderr);
+  offsets.Print(STDERR_FILENO);
   return true;
 }
 

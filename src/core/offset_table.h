@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <cstdio>
 
 #include "core/vr.h"
 
@@ -19,8 +18,8 @@ class OffsetTable {
   /// The frame that began last takes this many bytes.
   void Add(std::uint32_t size) { offset_ += size; }
 
-  /// Prints a line for each frame: its number, and its offset in both notations.
-  void Print(std::FILE* to) const;
+  /// Writes a line for each frame: its number, and its offset in both notations. Where that cannot be written, the rest is lost.
+  void Print(int descriptor) const;
 
  private:
   [[nodiscard]] std::uint8_t* Slot(std::uint32_t frame) const {

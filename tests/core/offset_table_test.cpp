@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include "base/text.h"
 #include "core/object_maker.h"
 #include "support/temp_folder.h"
 
@@ -24,7 +25,7 @@ struct MadeTable {
 std::string Printed(const OffsetTable& table) {
   const test::TempFolder folder;
   std::FILE* file = std::fopen(folder.File("out").c_str(), "w");
-  table.Print(file);
+  table.Print(::fileno(file));
   std::fclose(file);
   return test::ReadText(folder.File("out"));
 }
@@ -57,6 +58,19 @@ TEST(OffsetTable, SaysAnOffsetUpToTheLastOf32Bits) {
   EXPECT_FALSE(made.table.Begin());
   made.table.Add(0xFFFFFFFF);
   EXPECT_FALSE(made.table.Begin()) << "the sum does not wrap";
+}
+
+TEST(OffsetTable, PrintsAnyNumberOfFrames) {
+  // Lines of up to 15 characters, far more than go into one write.
+  constexpr std::uint32_t kFrames = 2000;
+  MadeTable made(kFrames);
+  std::string expected;
+  for (std::uint32_t frame = 0; frame < kFrames; ++frame) {
+    ASSERT_TRUE(made.table.Begin());
+    made.table.Add(8);
+    expected += Format("%u -> %u %X\n", frame, frame * 8, frame * 8);
+  }
+  EXPECT_EQ(Printed(made.table), expected);
 }
 
 TEST(OffsetTable, OfOneFrameIsEmptyAndPrintsNothing) {
