@@ -70,8 +70,9 @@ class IDcmFile : public IDispatch {
   virtual Status GetMetaLength(Out<double> Stated, Out<double> Counted,
                                Result<VariantBool> Found) = 0;
 
-  /// Why the reader stopped, where, and in which element. `Offset` is that of the element, or the end of the bytes
-  /// where a delimiter is missing, with a tag of zeros. After READ_TO_THE_END all three are 0.
+  /// Why the reader stopped, where, and in which element. `Offset` is that of the element; with a tag of zeros it is the end
+  /// of the bytes where a delimiter is missing, and where a sequence or an item that is too deep begins within its element.
+  /// After READ_TO_THE_END all three are 0.
   virtual Status GetEnd(Out<double> Offset, Out<std::int32_t> Group, Out<std::int32_t> Element,
                         Result<_EnumReadingEnd> End) = 0;
 

@@ -21,9 +21,10 @@ enum _EnumReadingEnd : std::int32_t {
   READ_TO_PIXELS = 5,
   /// An item with no element before it.
   READ_ORPHAN_ITEM = 6,
-  /// Sequences within sequences, more than 256 deep.
+  /// Sequences within sequences, more than 256 deep. Nothing is loaded then.
   READ_TOO_DEEP = 7,
-  /// An element with a length beyond what the bytes can hold.
+  /// An element with a length beyond what its stream says it holds. Files and blocks of bytes end such an element with
+  /// READ_CUT_ELEMENT.
   READ_TOO_LONG = 8,
 };
 

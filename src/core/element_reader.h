@@ -74,7 +74,7 @@ class ElementReader {
     readsFile_ = true;
     in_.SetBigEndian(IsBigEndian(code));
     // A parse that finds nothing says nothing of the ones before it.
-    if (coder_.LastCode() == 0 || in_.Available()) coder_.NoteCode(code);
+    if (in_.Available()) coder_.NoteCode(code);
     Meta meta;
     meta.within = coder_.FileMode;
     while (in_.Available()) {

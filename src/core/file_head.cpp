@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string_view>
+#include <utility>
 
 #include "base/text.h"
 #include "core/element_reader.h"
@@ -84,12 +85,13 @@ FileHead ReadFileHead(BoundedReader bytes, std::int32_t code) {
 
 bool HeadNotingCoder::File_ParseRawVRIntoDCM(Buffer& buffer, DICOMObject& object,
                                              std::int32_t firstCode, bool loadPixels) {
-  if (!isNoted_) {
-    isNoted_ = true;
+  const bool isFirst = !std::exchange(isNoted_, true);
+  if (isFirst) {
     Start = buffer.Position;
     Head = HeadOf(buffer, firstCode);
   }
   const bool answer = DataSetCoder::File_ParseRawVRIntoDCM(buffer, object, firstCode, loadPixels);
+  if (isFirst) FirstCode = LastCode();
   End = buffer.Position;
   return answer;
 }

@@ -32,6 +32,9 @@ class HeadNotingCoder final : public DataSetCoder {
                               bool loadPixels) override;
 
   FileHead Head;
+  // How the data set was read up to its end, or a delimiter outside all sequences, behind which the form of the meta header
+  // counts again.
+  std::int32_t FirstCode = 0;
   std::uint32_t Start = 0;  // where the first element stands
   std::uint32_t End = 0;    // how far the reader came, modulo 4 GiB
 

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <iterator>
+#include <limits>
 #include <span>
 #include <string>
 #include <utility>
@@ -23,6 +24,14 @@ constexpr std::int32_t kLoadOptions = LOAD_PIXELS | LOAD_STRICT;
 
 constexpr _EnumDataEncoding kEncodings[] = {ENCODING_NONE, ENCODING_IMPLICIT_LITTLE,
                                             ENCODING_EXPLICIT_LITTLE, ENCODING_EXPLICIT_BIG};
+
+/// Whether `given` is what can be loaded: nothing, or bytes that a stream can count.
+bool AreBytes(const Variant& given) {
+  const VariantArray* const array = given.AsArray();
+  if (array == nullptr) return given.IsEmpty();
+  return array->Type() == VariantType::kByte && array->Bounds().size() == 1 &&
+         array->Count() <= std::numeric_limits<std::int32_t>::max();
+}
 
 bool AreLoadArguments(std::int32_t options, _EnumDataEncoding encoding) {
   const bool exist = (options & ~kLoadOptions) == 0 &&
@@ -67,7 +76,7 @@ std::string CDCMObject::LoadNoting(Read read) {
   std::unique_ptr<DICOMObject> loaded = read(coder);
   NoteReading(coder, *notes_);
   if (!loaded) return coder.ErrorText();
-  if (IsBigEndian(coder.LastCode())) SwapNumbers(*loaded);
+  if (IsBigEndian(coder.FirstCode)) SwapNumbers(*loaded);
   Replace(std::move(loaded));
   return {};
 }
@@ -137,15 +146,12 @@ Status CDCMObject::LoadDescriptor(std::int32_t Descriptor, std::int32_t Options,
 
 Status CDCMObject::LoadBytes(const Variant& Bytes, std::int32_t Options,
                              _EnumDataEncoding Encoding) {
-  const VariantArray* const array = Bytes.AsArray();
-  const bool areBytes = array != nullptr
-                            ? array->Type() == VariantType::kByte && array->Bounds().size() == 1
-                            : Bytes.IsEmpty();
-  if (!areBytes) return kTypeMismatch;
+  if (!AreBytes(Bytes)) return kTypeMismatch;
   if (!AreLoadArguments(Options, Encoding)) return kInvalidArgument;
   return AnswerOfFile([&] {
     LetGo();
     notes_.reset();
+    const VariantArray* const array = Bytes.AsArray();
     const std::span<const std::uint8_t> bytes =
         array == nullptr ? std::span<const std::uint8_t>() : array->Bytes();
     const std::string why = LoadNoting([&](DataSetCoder& coder) {

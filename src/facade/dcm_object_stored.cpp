@@ -85,8 +85,10 @@ Status CDCMObject::get_HasPixelsOfDoubtfulOrder(VariantBool* pVal) {
   if (pVal == nullptr) return kPointer;
   const DICOMObject* const object = Object.Get();
   const VR* const pixels = ElementIn(object, GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
-  *pVal = pixels != nullptr && pixels->Items == nullptr &&
-          BitsAllocated(*object) > 8 * NumberWidth(pixels->TypeCode);
+  // Fragments that were not loaded have left their undefined length behind.
+  const bool areNative =
+      pixels != nullptr && pixels->Items == nullptr && pixels->Length != kUndefinedLength;
+  *pVal = areNative && BitsAllocated(*object) > 8 * NumberWidth(pixels->TypeCode);
   return kOk;
 }
 

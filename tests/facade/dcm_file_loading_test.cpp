@@ -10,6 +10,7 @@
 
 #include "facade/dcm_file_helpers.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 #include "support/memory_file.h"
 #include "support/temp_folder.h"
 
@@ -183,10 +184,52 @@ TEST_F(FileLoading, GoesAsFarAsTheBytesDoAndSaysWhereTheyEnd) {
         kOk);
     EXPECT_EQ(Text(object_, 0x0010, 0x0010), "Doe^John");
     EXPECT_FALSE(StoredIn(file_, 0x7FE0, 0x0010).found.IsTrue());
-    const Met end = EndOf(file_);
-    EXPECT_TRUE(end.what == READ_CUT_ELEMENT || end.what == READ_TOO_LONG);
-    EXPECT_EQ(end, (Met{end.what, pixels, 0x7FE0, 0x0010}));
+    EXPECT_EQ(EndOf(file_), (Met{READ_CUT_ELEMENT, pixels, 0x7FE0, 0x0010}));
   }
+}
+
+TEST_F(FileLoading, SaysWhereSequencesBecomeTooDeep) {
+  constexpr int kDeepest = 256;
+  DataSetBuilder deep(Encoding::kExplicitLittle);
+  for (int level = 0; level <= kDeepest; ++level)
+    deep.Head(0x0040, 0xA730, "SQ", 0xFFFFFFFF).Item(0xFFFFFFFF);
+  EXPECT_FAILS_WITH(LoadBytes(deep), "Sequences are nested too deeply");
+  // The heads of a sequence and of an item take 12 and 8 bytes; the last sequence is the one too many.
+  EXPECT_EQ(EndOf(file_), (Met{READ_TOO_DEEP, kDeepest * 20 + 12, 0, 0}));
+  EXPECT_FAILS_WITH(object_->Save(folder_.File("out")), "Empty object");
+}
+
+TEST_F(FileLoading, TurnsWhatABigEndianFileHoldsBeforeAStrayDelimiter) {
+  for (const Encoding encoding : kAllEncodings) {
+    SCOPED_TRACE(NameOf(encoding));
+    DataSetBuilder image(encoding);
+    image.Number(0x0028, 0x0010, 512).EndSequence().Number(0x0028, 0x0011, 256);
+    const Bytes bytes = FileOf(encoding, image);
+    for (int way = 0; way < 2; ++way) {
+      ASSERT_EQ(way == 0 ? object_->Load(FileWith(bytes), true) : LoadBytes(bytes), kOk);
+      EXPECT_EQ(Get(object_, 0x0028, 0x0010).AsLong(), 512);
+      EXPECT_EQ(OddityOf(file_, 0).what, ODDITY_STRAY_DELIMITER);
+    }
+    // One encoding counts for all of a bare data set.
+    ASSERT_EQ(LoadBytes(image, LOAD_PIXELS, CodeOf(encoding)), kOk);
+    EXPECT_EQ(Get(object_, 0x0028, 0x0010).AsLong(), 512);
+    EXPECT_EQ(Get(object_, 0x0028, 0x0011).AsLong(), 256);
+  }
+}
+
+TEST_F(FileLoading, HasNoEncodingWithoutAByteToReadIt) {
+  for (const Bytes& bytes : {Bytes(), Preamble()}) {
+    for (int way = 0; way < 2; ++way) {
+      ASSERT_EQ(LoadBytes(ImageIn(Encoding::kExplicitLittle)), kOk);
+      ASSERT_EQ(way == 0 ? file_->LoadFile(FileWith(bytes), 0, ENCODING_NONE) : LoadBytes(bytes),
+                kOk);
+      EXPECT_EQ(ReadEncoding(), ENCODING_NONE);
+      EXPECT_EQ(HasMark(), !bytes.empty());
+      EXPECT_EQ(BytesRead(), static_cast<double>(bytes.size()));
+    }
+  }
+  EXPECT_FAILS_WITH(file_->LoadFile(folder_.Path().string(), 0, ENCODING_NONE), "Is a directory");
+  EXPECT_EQ(ReadEncoding(), ENCODING_NONE);
 }
 
 TEST_F(FileLoading, SaysWhatTheMetaHeaderStatesOfItsLength) {
@@ -333,6 +376,24 @@ TEST_F(FileLoading, RefusesWhatItDoesNotKnowWithNothingChanged) {
   EXPECT_EQ(file_->LoadBytes(Variant("text"), 0, ENCODING_NONE), kTypeMismatch);
   EXPECT_EQ(file_->LoadBytes(Variant(VariantArray(VariantType::kShort, 3)), 0, ENCODING_NONE),
             kTypeMismatch);
+  ExpectImage();
+  EXPECT_EQ(ReadEncoding(), ENCODING_EXPLICIT_LITTLE);
+}
+
+TEST_F(FileLoading, RefusesMoreBytesThanItCanCountWithNothingChanged) {
+  constexpr std::uint32_t kOneTooMany = 1u << 31;
+  const auto pages = static_cast<std::uint64_t>(::sysconf(_SC_AVPHYS_PAGES));
+  const auto pageSize = static_cast<std::uint64_t>(::sysconf(_SC_PAGESIZE));
+  if (kInstrumented || pages * pageSize < std::uint64_t{2} * kOneTooMany)
+    GTEST_SKIP() << "2 GiB of memory are too much here";
+  Variant bytes;
+  try {
+    bytes = VariantArray(VariantType::kByte, kOneTooMany);
+  } catch (const std::bad_alloc&) {
+    GTEST_SKIP() << "2 GiB of memory are not to be had";
+  }
+  ASSERT_EQ(LoadBytes(ImageIn(Encoding::kExplicitLittle)), kOk);
+  EXPECT_EQ(file_->LoadBytes(bytes, LOAD_PIXELS, ENCODING_NONE), kTypeMismatch);
   ExpectImage();
   EXPECT_EQ(ReadEncoding(), ENCODING_EXPLICIT_LITTLE);
 }

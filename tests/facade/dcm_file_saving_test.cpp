@@ -231,6 +231,15 @@ TEST_F(FileSaving, KnowsPixelsWhoseOrderIsDoubtful) {
   EXPECT_FALSE(isDoubtful(8, "OW"));
   EXPECT_FALSE(isDoubtful(16, "OW"));
   EXPECT_TRUE(isDoubtful(32, "OW"));
+  // Fragments are not native, whether they were loaded or not.
+  DataSetBuilder compressed(Encoding::kExplicitLittle);
+  compressed.Number(0x0028, 0x0100, 16).Fragments({{}, {1, 2, 3, 4}});
+  for (const std::int32_t options : {0, LOAD_PIXELS + 0}) {
+    ASSERT_EQ(file_->LoadBytes(BytesVariant(compressed), options, ENCODING_NONE), kOk);
+    VariantBool doubtful = true;
+    EXPECT_EQ(file_->get_HasPixelsOfDoubtfulOrder(&doubtful), kOk);
+    EXPECT_FALSE(doubtful.IsTrue());
+  }
   EXPECT_EQ(file_->get_HasPixelsOfDoubtfulOrder(nullptr), kPointer);
 }
 

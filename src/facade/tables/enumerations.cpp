@@ -76,8 +76,9 @@ constexpr tessaret_enumerator kMembers8[] = {
 {"READ_UNKNOWN_SYNTAX", "The meta header names a transfer syntax that the library does not know.", READ_UNKNOWN_SYNTAX},
 {"READ_TO_PIXELS", "At pixel data that was not asked for.", READ_TO_PIXELS},
 {"READ_ORPHAN_ITEM", "An item with no element before it.", READ_ORPHAN_ITEM},
-{"READ_TOO_DEEP", "Sequences within sequences, more than 256 deep.", READ_TOO_DEEP},
-{"READ_TOO_LONG", "An element with a length beyond what the bytes can hold.", READ_TOO_LONG},
+{"READ_TOO_DEEP", "Sequences within sequences, more than 256 deep. Nothing is loaded then.", READ_TOO_DEEP},
+{"READ_TOO_LONG", "An element with a length beyond what its stream says it holds. Files and blocks of bytes end such an element with\n"
+        "READ_CUT_ELEMENT.", READ_TOO_LONG},
 };
 constexpr tessaret_enumerator kMembers9[] = {
 {"ODDITY_NONE", "", ODDITY_NONE},

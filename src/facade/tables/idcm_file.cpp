@@ -55,8 +55,9 @@ constexpr MemberInfo kMembers[] = {
 {"GetMetaLength", MemberKind::kMethod, kArguments9.data(), kArguments9.size(), "The length of the meta header behind (0002,0000): `Stated` by that element, and `Counted` in bytes up to the\n"
         "first element of another group. False, with nothing written, where there is no such element or the end of the\n"
         "group was not seen."},
-{"GetEnd", MemberKind::kMethod, kArguments10.data(), kArguments10.size(), "Why the reader stopped, where, and in which element. `Offset` is that of the element, or the end of the bytes\n"
-        "where a delimiter is missing, with a tag of zeros. After READ_TO_THE_END all three are 0."},
+{"GetEnd", MemberKind::kMethod, kArguments10.data(), kArguments10.size(), "Why the reader stopped, where, and in which element. `Offset` is that of the element; with a tag of zeros it is the end\n"
+        "of the bytes where a delimiter is missing, and where a sequence or an item that is too deep begins within its element.\n"
+        "After READ_TO_THE_END all three are 0."},
 {"SystemError", MemberKind::kGet, kArguments11.data(), kArguments11.size(), "What the system said when it could not supply the bytes; \"\" where it could. A file that it cuts short looks like\n"
         "one that is cut."},
 {"OdditiesCount", MemberKind::kGet, kArguments12.data(), kArguments12.size(), "How many kinds of oddities were met."},
