@@ -176,9 +176,9 @@ class Loader {
   }
 
   void Keep(Status status) {
-    if (status == kOutOfMemory) throw std::bad_alloc();
     isRead_ = !Failed(status);
-    why_ = isRead_ ? std::string() : LastError().text;
+    // The next file may be smaller.
+    why_ = status == kOutOfMemory ? "not enough memory" : isRead_ ? "" : LastError().text;
   }
 
   /// Notes how a reading ended.

@@ -126,6 +126,9 @@ class DataSetCoder {
   [[nodiscard]] const char* ErrorText() const { return errorText_ ? errorText_->c_str() : nullptr; }
   /// The system's error number when the last save could not open its place, which has no words; otherwise 0.
   [[nodiscard]] int LastOpenError() const { return systemError_; }
+  /// Whether memory ended during the last load by one of the functions above that give an object. Its words are those of any
+  /// bytes that cannot be read.
+  [[nodiscard]] bool LackedMemory() const { return lackedMemory_; }
   /// Replaces the words; null clears them.
   void SetError(const char* text) noexcept;
   /// How the last parse ended. A load starts without a note, and so does a parse of a file or of a data set (depth 0);
@@ -157,6 +160,8 @@ class DataSetCoder {
   /// Forgets how the last load ended.
   void StartLoad() noexcept;
   void StartDataSet() noexcept;
+  /// Ends a load that memory, or anything else that is thrown, broke off: null with words.
+  std::unique_ptr<DICOMDataObject> GiveUpLoad(bool lacksMemory, const char* words) noexcept;
   std::unique_ptr<DICOMDataObject> LoadFrom(FileBuffer& buffer, const char* path, bool loadPixels,
                                             bool strict);
   std::unique_ptr<DICOMDataObject> LoadBareFrom(FileBuffer& buffer, const char* path,
@@ -174,6 +179,7 @@ class DataSetCoder {
   ParseOddities oddities_;
   std::int32_t lastCode_ = 0;
   bool endedByDelimiter_ = false;
+  bool lackedMemory_ = false;
   int systemError_ = 0;
 };
 

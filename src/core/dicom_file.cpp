@@ -134,6 +134,14 @@ void DataSetCoder::StartLoad() noexcept {
   stop_ = {};
   oddities_.Clear();
   lastCode_ = 0;
+  lackedMemory_ = false;
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::GiveUpLoad(bool lacksMemory,
+                                                          const char* words) noexcept {
+  lackedMemory_ = lacksMemory;
+  SetError(words);
+  return nullptr;
 }
 
 std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool loadPixels,
@@ -144,9 +152,10 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool l
     return LoadFrom(fileBuffer != nullptr ? *fileBuffer : local, path, loadPixels, strict);
   } catch (const abi::__forced_unwind&) {
     throw;  // the thread is being cancelled
+  } catch (const std::bad_alloc&) {
+    return GiveUpLoad(true, kParseError);
   } catch (...) {
-    SetError(kParseError);
-    return nullptr;
+    return GiveUpLoad(false, kParseError);
   }
 }
 
@@ -175,10 +184,7 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, cons
   }
 
   std::unique_ptr<DICOMDataObject> object(new (std::nothrow) DICOMDataObject);
-  if (!object) {
-    SetError(kNoObject);
-    return nullptr;
-  }
+  if (!object) return GiveUpLoad(true, kNoObject);
   FileMode = true;
   object->Elements.Reserve(kUsualElements);
   if (!ReadAll(buffer, *object, code, loadPixels)) return nullptr;
@@ -210,9 +216,10 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBareFile(const char* path, st
     return LoadBareFrom(fileBuffer != nullptr ? *fileBuffer : local, path, code, loadPixels);
   } catch (const abi::__forced_unwind&) {
     throw;
+  } catch (const std::bad_alloc&) {
+    return GiveUpLoad(true, kParseError);
   } catch (...) {
-    SetError(kParseError);
-    return nullptr;
+    return GiveUpLoad(false, kParseError);
   }
 }
 
@@ -260,8 +267,10 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBlock(const void* bytes, std:
     if (ErrorText() == nullptr) return object;
   } catch (const abi::__forced_unwind&) {
     throw;
+  } catch (const std::bad_alloc&) {
+    return GiveUpLoad(true, kParseError);
   } catch (...) {
-    SetError(kParseError);
+    return GiveUpLoad(false, kParseError);
   }
   return nullptr;
 }
@@ -293,6 +302,8 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std
     if (File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) return object;
   } catch (const abi::__forced_unwind&) {
     throw;
+  } catch (const std::bad_alloc&) {
+    lackedMemory_ = true;
   } catch (...) {
   }
   if (ErrorText() == nullptr) SetError(kParseError);

@@ -143,7 +143,10 @@ class CDCMObject final
   /// loaded. Throws std::bad_alloc.
   template <class Read>
   std::string LoadNoting(Read read);
-  /// The same through `buffer`.
+  /// What the members of IDcmFile answer to that: none of them calls bytes broken for which there was no memory. Throws
+  /// std::bad_alloc.
+  Status AnswerOfLoad(const std::string& why) const;
+  /// Loads likewise through `buffer`.
   std::string LoadThrough(FileBuffer& buffer, const std::string& path, bool loadPixels, bool strict,
                           std::int32_t code);
   /// Adds an element for items. Throws std::bad_alloc.

@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <iterator>
 #include <limits>
+#include <new>
 #include <span>
 #include <string>
 #include <utility>
@@ -64,6 +65,7 @@ void NoteReading(const HeadNotingCoder& coder, ReadingNotes& notes) {
   notes.bytesRead = coder.End;
   notes.head = coder.Head;
   notes.stop = coder.LastStop();
+  notes.lackedMemory = coder.LackedMemory();
   notes.oddities.assign(coder.Oddities().begin(), coder.Oddities().end());
 }
 
@@ -90,6 +92,12 @@ std::string CDCMObject::LoadThrough(FileBuffer& buffer, const std::string& path,
     if (buffer.HasError()) notes_->systemError = buffer.ErrorText();
     return loaded;
   });
+}
+
+Status CDCMObject::AnswerOfLoad(const std::string& why) const {
+  if (why.empty()) return kOk;
+  if (notes_->lackedMemory) throw std::bad_alloc();
+  return FailOfFile(why.c_str());
 }
 
 Status CDCMObject::Load(const String& FileName, VariantBool LoadPixels) {
@@ -127,7 +135,7 @@ Status CDCMObject::LoadFile(const String& FileName, std::int32_t Options,
     FileBuffer buffer;
     const std::string why = LoadThrough(buffer, path, (Options & LOAD_PIXELS) != 0,
                                         (Options & LOAD_STRICT) != 0, Encoding);
-    return why.empty() ? kOk : FailOfFile(why.c_str());
+    return AnswerOfLoad(why);
   });
 }
 
@@ -140,7 +148,7 @@ Status CDCMObject::LoadDescriptor(std::int32_t Descriptor, std::int32_t Options,
     DescriptorBuffer buffer(Descriptor);
     const std::string why = LoadThrough(buffer, {}, (Options & LOAD_PIXELS) != 0,
                                         (Options & LOAD_STRICT) != 0, Encoding);
-    return why.empty() ? kOk : FailOfFile(why.c_str());
+    return AnswerOfLoad(why);
   });
 }
 
@@ -158,7 +166,7 @@ Status CDCMObject::LoadBytes(const Variant& Bytes, std::int32_t Options,
       return coder.LoadBlock(bytes.data(), bytes.size(), (Options & LOAD_PIXELS) != 0,
                              (Options & LOAD_STRICT) != 0, Encoding);
     });
-    return why.empty() ? kOk : FailOfFile(why.c_str());
+    return AnswerOfLoad(why);
   });
 }
 

@@ -18,6 +18,7 @@ struct ReadingNotes {
   ParseStop stop;
   std::vector<ParseOddity> oddities;
   std::string systemError;
+  bool lackedMemory = false;
 };
 
 }  // namespace tessaret

@@ -461,13 +461,28 @@ TEST_F(FileLoading, IsThereByName) {
 TEST_F(FileLoading, SaysWhenMemoryEnds) {
   const Bytes bytes = FileOf(Encoding::kExplicitLittle, ImageIn(Encoding::kExplicitLittle));
   const Variant given = BytesVariant(bytes);
-  std::uint64_t failures = 0;
-  FailEveryAllocation(
-      [&] {
-        if (Failed(file_->LoadBytes(given, LOAD_PIXELS, ENCODING_NONE))) ++failures;
-      },
-      [] {});
-  EXPECT_GT(failures, 0u);
+  const String path(FileWith(bytes));
+  const MemoryFile memory(bytes);
+  for (const _EnumDataEncoding encoding : {ENCODING_NONE, ENCODING_EXPLICIT_LITTLE}) {
+    for (int way = 0; way < 3; ++way) {
+      SCOPED_TRACE(way);
+      std::uint64_t failures = 0;
+      FailEveryAllocation([&] {
+        ASSERT_EQ(::lseek(memory.Descriptor(), 0, SEEK_SET), 0);
+        const Status status =
+            way == 0   ? file_->LoadBytes(given, LOAD_PIXELS, encoding)
+            : way == 1 ? file_->LoadFile(path, LOAD_PIXELS, encoding)
+                       : file_->LoadDescriptor(memory.Descriptor(), LOAD_PIXELS, encoding);
+        if (status == kOk) return;
+        ++failures;
+        // A stream that has no memory for itself has the words of the system.
+        const bool isOfSystem =
+            status == kException && LastError().text == "Cannot allocate memory";
+        EXPECT_TRUE(isOfSystem || status == kOutOfMemory) << LastError().text;
+      });
+      EXPECT_GT(failures, 0u);
+    }
+  }
   ASSERT_EQ(LoadBytes(bytes), kOk);
   ExpectImage();
 }

@@ -296,6 +296,22 @@ class StandardInput(tool.ToolTest):
         self.assert_ends(run("dump", "-", stdin=subprocess.DEVNULL), INPUT_FAILED, "tessaret: standard input: is a device\n")
 
 
+class LittleMemory(tool.ToolTest):
+
+    @unittest.skipIf("asan" in str(tool.BINARY_DIR) or "tsan" in str(tool.BINARY_DIR), "sanitizers need the room")
+    def test_a_file_that_memory_does_not_hold_is_not_called_broken(self):
+        size = 0x7FFFFFFE
+        large = self.write("large.dcm", meta(tool.EXPLICIT) + element(0x7FE00010, "OB", length=size))
+        os.truncate(large, large.stat().st_size + size)
+        small = self.write("small.dcm", meta(tool.EXPLICIT) + element(0x00100020, "LO", "1"))
+        for arguments, done in (["check", large, small], b"1 read, 1 failed"), (["transcode", "--to", tool.IMPLICIT, large, self.path("out.dcm")], b""):
+            result = subprocess.run(["sh", "-c", 'ulimit -v 1000000; exec "$0" "$@"', TOOL, *map(str, arguments)], check=False,
+                                    capture_output=True, timeout=60)
+            self.assertEqual(result.returncode, INPUT_FAILED)
+            self.assertEqual(result.stderr.decode(), f"tessaret: {large}: not enough memory\n")
+            self.assertIn(done, result.stdout)
+
+
 class Escapes(tool.ToolTest):
     """Values that try to do something to a terminal."""
 
