@@ -141,6 +141,12 @@ TEST_F(FileListing, AgreesWithGetElementForEveryEncoding) {
   }
 }
 
+TEST_F(FileListing, LeavesOutItemsThatAreNot) {
+  ASSERT_EQ(object_->putref_Sequence(0x0040, 0xA730, 0, NewObject().Get()), kOk);
+  CoreOf(object_)->GetVR(0x0040, 0xA730)->Items->Add(nullptr);
+  EXPECT_EQ(Rows().size(), 2u);
+}
+
 TEST_F(FileListing, IsEmptyWithoutElementsAndWithoutADataSet) {
   columns_[3] = Variant(7);
   EXPECT_EQ(Rows().size(), 0u);

@@ -353,8 +353,16 @@ TEST_F(FileLoading, FailsWithTheWordsOfTheSystem) {
   EXPECT_EQ(FirstTag(), "none");
   // There is no data set any more.
   EXPECT_FAILS_WITH(object_->Save(folder_.File("out")), "Empty object");
-  EXPECT_FAILS_WITH(file_->LoadFile(String(std::string_view("a\0b", 3)), 0, ENCODING_NONE),
-                    "Invalid argument");
+  // A path that is refused is a load too: nothing stays of the one before.
+  const String noPath(std::string_view("a\0b", 3));
+  for (int way = 0; way < 2; ++way) {
+    ASSERT_EQ(LoadBytes(ImageIn(Encoding::kExplicitLittle)), kOk);
+    EXPECT_FAILS_WITH(
+        way == 0 ? file_->LoadFile(noPath, 0, ENCODING_NONE) : object_->Load(noPath, false),
+        "Invalid argument");
+    EXPECT_EQ(ReadEncoding(), ENCODING_NONE);
+    EXPECT_FAILS_WITH(object_->Save(folder_.File("out")), "Empty object");
+  }
   ASSERT_EQ(file_->LoadBytes(Variant(), LOAD_PIXELS, ENCODING_NONE), kOk);
   ASSERT_EQ(file_->get_SystemError(&words), kOk);
   EXPECT_EQ(words.Utf8(), "");

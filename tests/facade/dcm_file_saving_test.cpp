@@ -95,6 +95,15 @@ TEST_F(FileSaving, LooksUpTypesUnlessItIsToKeepThem) {
   EXPECT_EQ(typeIn(lookedUp), "PN");
 }
 
+TEST_F(FileSaving, TurnsNoNumbersThatItDoesNotCallNumbers) {
+  // Rows, whose type is not known: as they are while they stay that, turned where they become a number.
+  ASSERT_EQ(object_->PutVRRawString(0x0002, 0x0010, "UI", "1.2.840.10008.1.2.2"), kOk);
+  ASSERT_EQ(object_->PutVRData(0x0028, 0x0010, "UN", BytesVariant({1, 2})), kOk);
+  const auto last = [](const Bytes& bytes) { return Bytes(bytes.end() - 2, bytes.end()); };
+  EXPECT_EQ(last(Saved(SAVE_COMPLETE, SAVE_KEEPS_TYPES)), (Bytes{1, 2}));
+  EXPECT_EQ(last(Saved(SAVE_COMPLETE)), (Bytes{2, 1}));
+}
+
 TEST_F(FileSaving, LeavesAFileThatIsThereWhereItIsTold) {
   Load(SampleIn(Encoding::kExplicitLittle));
   WriteText(Path(), "old");
@@ -192,6 +201,9 @@ TEST_F(FileSaving, GivesARangeOfAValue) {
   EXPECT_EQ(Range(0x0010, 0x0010, 7, 1), BytesOf("n"));
   for (const double beyond : {8.0, 9.0, 1e300})
     EXPECT_EQ(Range(0x0010, 0x0010, beyond, 1), Bytes());
+  Variant none("old");
+  ASSERT_EQ(file_->GetBytes(0x0010, 0x0010, 8, 1, &none), kOk);
+  EXPECT_TRUE(none.IsEmpty());
   EXPECT_EQ(Range(0x0010, 0x0010, 0, 0), Bytes());
   EXPECT_EQ(Range(0x0040, 0x0275, 0, 10), Bytes());
   Variant bytes("old");
