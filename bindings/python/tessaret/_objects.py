@@ -177,11 +177,11 @@ def _indexed_help(getter, putters):
 
 
 def _indexed_property(name, getter, putters):
-    put = _putter(putters)
-    kind = type(name, (Indexed,), {"__slots__": (), "_put": staticmethod(_filled_up(put, putters[0]))} if put else
-                {"__slots__": (), "_put": staticmethod(_unwritable(name))})
+    put, text = _putter(putters), _indexed_help(getter, putters)
+    kind = type(name, (Indexed,), {"__slots__": (), "__module__": "tessaret", "__doc__": text,
+                                   "_put": staticmethod(_filled_up(put, putters[0]) if put else _unwritable(name))})
     get = _members.function_of(getter) if getter else _unreadable(name)
-    return property(functools.partial(kind, get), _writable(name), doc=_indexed_help(getter, putters))
+    return property(functools.partial(kind, get), _writable(name), doc=text)
 
 
 def _unwritable(name):

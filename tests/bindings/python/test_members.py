@@ -1,7 +1,15 @@
 """Members by name: methods, properties with and without arguments, what comes back, help, and failures."""
 
+import array
+import fcntl
 import inspect
+import os
 import pydoc
+import re
+import shutil
+import termios
+import threading
+import time
 import unittest
 
 import package
@@ -141,6 +149,9 @@ class Members(package.PackageTest):
                       "Cell[Row, Column, Layer] = value, or Cell.put(Row, Column, Layer, newVal)", "Fills a cell."):
             self.assertIn(words, text)
         self.assertEqual(pydoc.plain(pydoc.render_doc(type(self.echo))).splitlines()[2:], text.splitlines()[2:])
+        text = pydoc.plain(pydoc.render_doc(self.echo.Cell))
+        for words in ("What is in a cell.", "Cell[Row, Column, Layer] = value, or Cell.put(Row, Column, Layer, newVal)"):
+            self.assertIn(words, text)
 
     def test_dir_lists_members_and_little_else(self):
         listed = dir(self.echo)
@@ -233,7 +244,7 @@ class Failures(package.PackageTest):
             self.assertEqual((caught.exception.status, caught.exception.source, caught.exception.words), (status, name, words))
 
     def test_what_the_library_does_not_have_yet_is_said(self):
-        for name in ("query", "pump", "events_descriptor"):
+        for name in ("query", "pump", "events_descriptor", "start", "cancel_files"):
             if getattr(_library, name) is None:
                 with self.subTest(name), self.assertRaises(tessaret.NotAvailable):
                     self.echo.query("IEcho") if name == "query" else getattr(tessaret, name)()
@@ -243,6 +254,93 @@ class Failures(package.PackageTest):
                             ("", tessaret.Error), ("\udcff", tessaret.Error)):
             with self.subTest(name), self.assertRaises(error):
                 tessaret.create(name)
+
+
+START = """
+import sys
+import tessaret
+for _ in range(2):
+    try:
+        print(tessaret.start())
+    except tessaret.Error as error:
+        print(f"{error.status:x} {error.source} {error.words}")
+try:
+    tessaret.create("Tessaret.DCMOptions")
+    print("made")
+except tessaret.Error as error:
+    print(f"{error.status:x}")
+"""
+
+
+class Start(package.PackageTest):
+    def test_a_program_may_start_the_library_itself(self):
+        result = package.run_python(START)
+        self.assertEqual((result.stdout, result.stderr), ("None\nNone\nmade\n", ""))
+
+    def test_a_start_that_fails_says_the_file_and_the_line_and_writes_nothing_by_itself(self):
+        for name in ("dicom-dict.txt", "uid-dict.txt"):
+            shutil.copy(package.SOURCE_DIR / "data" / name, self.folder)
+        dictionary = self.folder / "dicom-dict.txt"
+        lines = len(dictionary.read_text().splitlines())
+        with dictionary.open("a") as file:
+            file.write("{0x0009\n")
+        result = package.run_python(START, TESSARET_DATA_DIR=str(self.folder))
+        failure = rf"80040111 start Error reading \[{re.escape(str(dictionary))}\]: line {lines + 1}: [^\n]+\n"
+        self.assertRegex(result.stdout, f"^{failure}{failure}80040111\n$")
+        self.assertEqual(result.stderr, "")
+
+    def test_the_folder_of_the_dictionaries_may_be_named_by_the_program(self):
+        result = package.run_python(f"""
+import os, tessaret
+os.environ["TESSARET_DATA_DIR"] = {str(package.SOURCE_DIR / "data")!r}
+tessaret.start()
+print("started")
+""", TESSARET_DATA_DIR="/no/such/folder")
+        self.assertEqual((result.stdout, result.stderr), ("started\n", ""))
+
+
+class CancelledFiles(package.PackageTest):
+    def setUp(self):
+        super().setUp()
+        tessaret.start()  # from files
+        self.addCleanup(tessaret.cancel_files, False)
+
+    def test_files_fail_until_they_may_work_again(self):
+        path = self.folder / "a.dcm"
+        with tessaret.create("Tessaret.DCMObject") as made:
+            made.VR[0x10, 0x10] = "Doe^John"
+            for cancel in ({"cancel": True}, {}):
+                self.assertIsNone(tessaret.cancel_files(**cancel))
+                with self.assertRaises(tessaret.Error) as caught:
+                    made.Save(path)
+                self.assertEqual((caught.exception.status, caught.exception.source, caught.exception.words),
+                                 (0x80020009, "Tessaret.DCMObject", "Operation canceled"))
+                self.assertEqual(list(self.folder.iterdir()), [])
+                tessaret.cancel_files(False)
+            self.assertIs(made.Save(path), True)
+
+    def test_another_thread_cancels_a_file_that_is_waited_for(self):
+        path = self.folder / "pipe"
+        os.mkfifo(path)
+        failures = []
+
+        def load():
+            with tessaret.create("Tessaret.DCMObject") as made, self.assertRaises(tessaret.Error) as caught:
+                made.Load(path, True)
+            failures.append(caught.exception.words)
+        with open(os.open(path, os.O_RDWR), "wb", buffering=0) as writer:
+            worker = threading.Thread(target=load)
+            worker.start()
+            writer.write(b"\x10\0\x10\0PN\x08\0")
+            left = array.array("i", [1])
+            while left[0]:  # until it has been read
+                time.sleep(0.001)
+                fcntl.ioctl(writer, termios.FIONREAD, left)
+            tessaret.cancel_files()
+            writer.write(b"Doe^John")
+            worker.join(30)
+            self.assertFalse(worker.is_alive())
+        self.assertEqual(failures, ["Operation canceled"])
 
 
 class Loading(unittest.TestCase):
