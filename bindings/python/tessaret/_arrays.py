@@ -64,6 +64,9 @@ def _plain(value):
     """A number of another kind, such as NumPy's, as Python's own."""
     if isinstance(value, (int, float, datetime.date)):
         return value
+    single = number_of_buffer(value)
+    if single is not None:
+        return single
     if hasattr(value, "__index__"):
         return value.__index__()
     if hasattr(value, "__float__"):
@@ -79,7 +82,15 @@ def _entries_of(values, kind):
         return [-1 if value else 0 for value in values]
     if kind in ("float", "double"):
         return [float(value) for value in values]
-    return values
+    return [operator.index(value) for value in values]
+
+
+def _packed(values, kind):
+    """The bytes of entries of this type."""
+    try:
+        return struct.pack(f"={len(values)}{_BY_NAME[kind][1]}", *_entries_of(values, kind))
+    except struct.error as error:
+        raise OverflowError(f"an entry does not fit the type {kind!r}: {error}") from None
 
 
 def _flatten(nested):
@@ -124,6 +135,32 @@ def _unpack_buffer(view):
     return list(struct.unpack(f"{order}{len(raw) // view.itemsize}{letter}", raw)), letter
 
 
+def _name_of(value):
+    return type(value).__name__
+
+
+def view_of(value):
+    """A view of anything with the buffer protocol; None for all else. TypeError for dates of NumPy: it shows the bare bytes of one, and
+    none of many."""
+    try:
+        view = memoryview(value)
+    except TypeError:
+        return None
+    except ValueError:
+        if isinstance(value, memoryview):  # it was released
+            raise
+        view = None
+    if view is None or getattr(value, "ndim", view.ndim) != view.ndim:
+        raise TypeError(f"the library has no value for {_name_of(value)} of the type {getattr(value, 'dtype', None)}")
+    return view
+
+
+def number_of_buffer(value):
+    """The number that a buffer without dimensions has, such as the scalars of NumPy are; None for all else."""
+    view = view_of(value)
+    return _unpack_buffer(view)[0][0] if view is not None and view.ndim == 0 else None
+
+
 class Array:
     """Numbers, booleans or dates of one type, in any number of dimensions.
 
@@ -149,14 +186,18 @@ class Array:
         """
         if isinstance(values, Array):
             lower = values.lower if lower is None else lower
-            type = type or values.type
+            if type in (None, values.type):
+                self._set_copy(values.type, values.shape, lower, values.memory.tobytes())
+                return
             entries, shape, natural = values._flat(), values.shape, values.type
         elif isinstance(values, (list, tuple)):
             entries, shape = _flatten(values)
             entries = [_plain(entry) for entry in entries]
             natural = None
         else:
-            view = memoryview(values)
+            view = view_of(values)
+            if view is None or view.ndim == 0:
+                raise TypeError(f"an array of the library is made of lists or a buffer with dimensions, not of {_name_of(values)}")
             natural = _SAME.get(view.format)
             if natural is not None and type in (None, natural):
                 self._set_copy(natural, view.shape, lower, view.tobytes("F"))
@@ -167,12 +208,7 @@ class Array:
         kind = type or natural or _type_of_values(entries)
         if kind not in _BY_NAME:
             raise ValueError(f"no array holds entries of the type {kind!r}: {', '.join(_BY_NAME)}")
-        letter = _BY_NAME[kind][1]
-        try:
-            packed = struct.pack(f"={len(entries)}{letter}", *_entries_of(entries, kind))
-        except struct.error as error:
-            raise OverflowError(f"an entry does not fit the type {kind!r}: {error}") from None
-        self._set_copy(kind, shape, lower, packed)
+        self._set_copy(kind, shape, lower, _packed(entries, kind))
 
     def _set_copy(self, kind, shape, lower, packed):
         held = ctypes.create_string_buffer(packed, max(len(packed), 1))
@@ -257,7 +293,8 @@ class Array:
 
     def __setitem__(self, index, value):
         place = self._place(index if isinstance(index, tuple) else (index,))
-        self.memory[place] = _entries_of([value], self.type)[0]
+        size = self.memory.itemsize
+        self.memory.cast("B")[place * size:(place + 1) * size] = _packed([_plain(value)], self.type)
 
     def _place(self, places):
         if len(places) != len(self.shape):
@@ -293,12 +330,27 @@ class Array:
 
     def __repr__(self):
         lower = f", lower={self.lower}" if any(self.lower) else ""
-        if len(self.memory) > 20:
+        # Neither many entries or lists, nor what no list can show.
+        if not (self.shape and 0 < math.prod(self.shape[:-1]) <= 20 and len(self.memory) <= 20 and self._are_dates_in_range()):
             return f"<tessaret.Array of type {self.type!r}, shape {self.shape}{lower}>"
         return f"tessaret.Array({self.tolist()}, {self.type!r}{lower})"
 
+    def _are_dates_in_range(self):
+        try:
+            self._flat()
+        except ValueError:
+            return False
+        return True
+
     def __reduce__(self):
-        return Array, (self.tolist(), self.type, self.lower)
+        return _array_of, (self.type, self.shape, self.lower, self.memory.tobytes())
+
+
+def _array_of(kind, shape, lower, packed):
+    """An array from its parts, as it comes out of a pickle."""
+    made = Array.__new__(Array)
+    made._set_copy(kind, shape, lower, packed)
+    return made
 
 
 def _empty_lists(shape):

@@ -17,8 +17,8 @@ ANNOTATIONS = {_library.SHORT: "int", _library.LONG: "int", _library.FLOAT: "flo
 
 # Texts up to this length may stay behind in a block that waits for its next use.
 _KEPT_TEXT = 4096
-# What filling a block raises where a value is not of the type that it was prepared for.
-_UNFIT = (TypeError, ValueError, AttributeError, OverflowError)
+# What filling a block raises where a value is not of the type that it was prepared for; NumPy only warns of its truth as a number.
+_UNFIT = (TypeError, ValueError, AttributeError, OverflowError, DeprecationWarning)
 
 
 class Parameter:

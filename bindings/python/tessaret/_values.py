@@ -9,7 +9,7 @@ import datetime
 import os
 
 from . import _dates, _library
-from ._arrays import EXACT_RANGE, NAMES, Array
+from ._arrays import EXACT_RANGE, NAMES, Array, number_of_buffer, view_of
 
 _LONG_RANGE = range(-2**31, 2**31)
 
@@ -111,7 +111,8 @@ def _read_array(block, slot):
         held = (ctypes.c_char * size).from_address(array.entries)
         held.owner = _Held(block.memory[16 * slot:16 * slot + 16])
         return Array._over(number, bounds, held, size)
-    content = ctypes.string_at(array.entries, size) if size else b""
+    # ctypes.string_at would count in 32 bits.
+    content = (ctypes.c_char * size).from_address(array.entries).raw if size else b""
     if owned:
         _library.clear(block.at[slot])
     return Array._over(number, bounds, ctypes.create_string_buffer(content, max(size, 1)), size)
@@ -211,18 +212,7 @@ def _put_array(block, slot, array):
     return _put_array_value(block, slot, number, bounds, array._address, len(array.memory), array)
 
 
-def _view_of(value):
-    """A view of anything with the buffer protocol; None for all else."""
-    try:
-        return memoryview(value)
-    except TypeError:
-        return None
-
-
 def _put_buffer(block, slot, view):
-    """A single number where it has no dimension, as the scalars of NumPy."""
-    if view.ndim == 0:
-        return put_any(block, slot, Array(view)._flat()[0])
     if view.ndim == 1 and view.format in ("B", "c"):
         return _put_bytes(block, slot, view.tobytes())
     return _put_array(block, slot, Array(view))
@@ -238,9 +228,9 @@ def put_any(block, slot, value):
             return put(block, slot, value)
     if _object_address(value) is not None:
         return _put_object(block, slot, value)
-    view = _view_of(value)
+    view = view_of(value)
     if view is not None:
-        return _put_buffer(block, slot, view)
+        return put_any(block, slot, number_of_buffer(value)) if view.ndim == 0 else _put_buffer(block, slot, view)
     if hasattr(value, "__index__"):
         return _put_whole(block, slot, value)
     if hasattr(value, "__fspath__"):
@@ -275,8 +265,11 @@ def put_as(block, slot, value, wanted, name):
         if wanted != _library.STRING:
             raise TypeError(f"{name} may not be None")
         return _put_null_text(block, slot)
-    if wanted in _NUMBERS and isinstance(value, bool):
-        return _put_whole(block, slot, int(value))
+    if wanted in _NUMBERS:
+        single = number_of_buffer(value)
+        value = value if single is None else single
+        if isinstance(value, bool):
+            return _put_whole(block, slot, int(value))
     if wanted == _library.STRING and isinstance(value, (bytes, bytearray, memoryview)):
         raise TypeError(f"{name} has to be text, not {type(value).__name__}")
     return put_any(block, slot, value)

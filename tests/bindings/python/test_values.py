@@ -1,15 +1,18 @@
 """Values of every kind, from Python to the library and back."""
 
 import array
+import copy
 import ctypes
 import datetime
 import decimal
 import enum
 import math
 import pathlib
+import pickle
 import struct
 import sys
 import unittest
+import warnings
 
 import package
 
@@ -145,6 +148,28 @@ class Numbers(EchoTest):
         self.assert_echoed(numpy.float32(0.5), DOUBLE, 0.5)
         self.assert_echoed(numpy.bool_(True), BOOL, True)
         self.assert_echoed(numpy.uint32(2**32 - 1), DOUBLE, 4294967295.0)
+
+    @needs_numpy
+    def test_truth_of_numpy_is_a_number_as_pythons_is(self):
+        for name in ("Short", "Long", "Float", "Double", "Byte"):
+            for truth in (numpy.bool_(True), numpy.array(True)):
+                # NumPy warns now, and refuses later.
+                with self.subTest(name, kind=type(truth)), warnings.catch_warnings():
+                    warnings.simplefilter("error")
+                    setattr(self.echo, name, 0)
+                    setattr(self.echo, name, truth)
+                    self.assertEqual(getattr(self.echo, name), 1)
+
+    @needs_numpy
+    def test_dates_of_numpy_are_no_bytes(self):
+        for value in (numpy.datetime64("2001-02-03"), numpy.datetime64(5, "ns"), numpy.timedelta64(5, "s"),
+                      numpy.array(["2001-02-03"], "datetime64[D]")):
+            for use in (self.echo.Echo, lambda given: setattr(self.echo, "When", given), lambda given: setattr(self.echo, "Long", given),
+                        tessaret.Array, lambda given: tessaret.Array([given])):
+                with self.subTest(value), self.assertRaisesRegex(TypeError, "the library has no value for .* of the type .*64"):
+                    use(value)
+        self.echo.When = numpy.datetime64("2001-02-03T06:00").item()
+        self.assertEqual(self.echo.When, datetime.datetime(2001, 2, 3, 6))
 
 
 class Texts(EchoTest):
@@ -338,6 +363,56 @@ class Arrays(EchoTest):
             with self.assertRaisesRegex(ValueError, "an array has at most 64 dimensions"):
                 use(ring)
 
+    def test_entries_of_another_kind_are_refused(self):
+        for values, name in (([1.5], "short"), ([2.0], "byte"), ([datetime.date(2001, 2, 3)], "long"), ([datetime.date(2001, 2, 3)], "double")):
+            with self.subTest(values), self.assertRaises(TypeError):
+                tessaret.Array(values, name)
+        made = tessaret.Array([1, 2], "short")
+        for value, error in ((1.5, TypeError), ("1", TypeError), (None, TypeError), (2**15, OverflowError)):
+            with self.subTest(value), self.assertRaises(error):
+                made[0] = value
+        self.assertEqual(made.tolist(), [1, 2])
+        with self.assertRaises(TypeError):
+            tessaret.Array([datetime.date(2001, 2, 3)])[0] = "2001-02-03"
+
+    def test_a_single_number_is_no_array(self):
+        for value in (5, 1.5, ctypes.c_int(5), "text", range(3)):
+            with self.subTest(value), self.assertRaisesRegex(TypeError, "is made of lists or a buffer with dimensions"):
+                tessaret.Array(value)
+        released = memoryview(b"abc")
+        released.release()
+        for use in (tessaret.Array, self.echo.Echo):
+            with self.assertRaisesRegex(ValueError, "released"):
+                use(released)
+
+    def test_copies_and_pickles_keep_bounds_and_entries_of_every_kind(self):
+        empty = tessaret.Array([], "double", (1,))
+        for shape in ((0,), (0, 3), (3, 0), (2, 0, 2), ()):
+            empty._shape, empty._lower = shape, (1,) * len(shape)
+            for made in (copy.copy(empty), copy.deepcopy(empty), pickle.loads(pickle.dumps(empty)), tessaret.Array(empty)):
+                self.assertEqual((made, made.shape, made.lower), (empty, shape, (1,) * len(shape)))
+        for name, _, values in self.TYPES:
+            given = tessaret.Array([values, values], name, (1, -1))
+            for made in (copy.copy(given), pickle.loads(pickle.dumps(given)), tessaret.Array(given)):
+                self.assertEqual(made, given)
+                made[0, 0] = values[1]
+                self.assertNotEqual(made, given)
+
+    def test_numbers_that_are_no_date_can_be_kept_and_shown(self):
+        given = tessaret.Array([math.nan, 1e300], "date")
+        for made in (given, tessaret.Array(given), pickle.loads(pickle.dumps(given)), self.echo.Echo(given)):
+            self.assertTrue(math.isnan(made.memory[0]))
+            self.assertEqual((made.memory[1], repr(made)), (1e300, "<tessaret.Array of type 'date', shape (2,)>"))
+            with self.assertRaises(ValueError):
+                made.tolist()
+
+    def test_what_is_shown_of_an_array_makes_it_again_or_says_that_it_does_not(self):
+        for made in (tessaret.Array([]), tessaret.Array([[], []]), tessaret.Array([[1, 2]], "short", (1, 0))):
+            self.assertEqual(eval(repr(made)), made)
+        made = tessaret.Array([], "double")
+        made._shape, made._lower = (10**9, 0), (0, 0)
+        self.assertEqual(repr(made), "<tessaret.Array of type 'double', shape (1000000000, 0)>")
+
     def test_an_array_is_indexed_as_a_list_is(self):
         made = tessaret.Array([10, 20, 30], lower=(5,))
         self.assertEqual((made[0], made[-1], made[1:], list(made)), (10, 30, [20, 30], [10, 20, 30]))
@@ -379,6 +454,8 @@ class Arrays(EchoTest):
     def test_lists_may_hold_numbers_of_numpy(self):
         self.assertEqual(self.echo.Echo([numpy.int16(1), 2]).tolist(), [1, 2])
         self.assertEqual(self.echo.Echo([numpy.float32(0.5), 2]).tolist(), [0.5, 2.0])
+        self.assertEqual(self.echo.Echo([numpy.bool_(True), False]), tessaret.Array([True, False]))
+        self.assertEqual(self.echo.Echo([numpy.bool_(True), 2]).tolist(), [1, 2])
 
     @needs_numpy
     def test_numpy_takes_an_array_without_a_copy(self):
