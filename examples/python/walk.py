@@ -4,14 +4,17 @@
     walk.py IN OUT      OUT gets another patient's name, a remark about where it came from, and the explicit little endian encoding
 """
 
+from __future__ import annotations
+
 import sys
+from collections.abc import Iterator
 
 import tessaret
 
 EXPLICIT_LITTLE_ENDIAN = "1.2.840.10008.1.2.1"
 
 
-def tags_of(data_set):
+def tags_of(data_set: tessaret.IDCMObject) -> Iterator[tuple[int, int]]:
     """The tags of a data set from the first to the last."""
     found, group, element = data_set.GetFirstVR()
     while found:
@@ -19,7 +22,7 @@ def tags_of(data_set):
         found, group, element = data_set.GetNextVR(group, element)
 
 
-def values_of(data_set, group, element, type_code):
+def values_of(data_set: tessaret.IDCMObject, group: int, element: int, type_code: str) -> str:
     """The values of an element as text; of bytes only how many they are."""
     if type_code == "SQ":
         return f"{data_set.SequencesCount(group, element)} items"
@@ -29,7 +32,7 @@ def values_of(data_set, group, element, type_code):
     return "\\".join("" if value is None else str(value) for value in values)
 
 
-def show(data_set, indent=""):
+def show(data_set: tessaret.IDCMObject, indent: str = "") -> None:
     """One element a line, the items of sequences below it."""
     for group, element in tags_of(data_set):
         _, name, type_code, _, _ = data_set.GetVRDescr(group, element)
@@ -40,7 +43,7 @@ def show(data_set, indent=""):
             show(data_set.Sequence(group, element, index), indent + "    ")
 
 
-def change(data_set):
+def change(data_set: tessaret.IDCMObject) -> None:
     """Another name, and an item that says what the data set was made from."""
     source = tessaret.create("Tessaret.DCMObject")
     source.VR[0x0008, 0x1150] = data_set.VR(0x0008, 0x0016)
@@ -51,7 +54,7 @@ def change(data_set):
     data_set.RemoveVR(0x0010, 0x0030)
 
 
-def main(path, changed_path):
+def main(path: str, changed_path: str) -> int:
     with tessaret.create("Tessaret.DCMObject") as data_set:
         try:
             data_set.Load(path, True)

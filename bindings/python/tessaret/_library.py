@@ -5,7 +5,9 @@ import os
 import pathlib
 import sysconfig
 
-NAME = "libtessaret.so.0"
+# Of libraries with another first number in their version the layouts and functions are others.
+MAJOR = "0"
+NAME = f"libtessaret.so.{MAJOR}"
 VARIABLE = "TESSARET_LIBRARY"
 
 # What a value holds.
@@ -65,11 +67,22 @@ def places():
     package = pathlib.Path(__file__).resolve().parent
     folders = [package]
     # An installed copy: PREFIX/lib/python3/dist-packages/tessaret, with the library in one of the folders for libraries.
-    if package.parent.name == "dist-packages" and len(package.parents) > 3:
+    if package.parent.name in ("dist-packages", "site-packages") and len(package.parents) > 3:
         prefix = package.parents[3]
         multiarch = sysconfig.get_config_var("MULTIARCH") or ""
         folders += [prefix / "lib" / multiarch, prefix / "lib", prefix / "lib64"]
     return [str(folder / NAME) for folder in folders if (folder / NAME).exists()] + [NAME]
+
+
+def _version_of(found):
+    found.tessaret_version.restype = ctypes.c_char_p
+    return found.tessaret_version().decode("ascii", "replace")
+
+
+# All that the package cannot do without.
+_NEEDED = ("tessaret_call", "tessaret_clear", "tessaret_create", "tessaret_retain", "tessaret_release", "tessaret_describe",
+           "tessaret_describe_events", "tessaret_advise", "tessaret_unadvise", "tessaret_last_error_text", "tessaret_last_error_source",
+           "tessaret_can_unload", "tessaret_version")
 
 
 def load():
@@ -81,8 +94,11 @@ def load():
         except OSError as error:
             failures.append(str(error))
             continue
-        if not hasattr(found, "tessaret_call"):
+        if not all(hasattr(found, name) for name in _NEEDED):
             raise ImportError(f"{place} is not the Tessaret library")
+        other = _version_of(found)
+        if other.partition(".")[0] != MAJOR:
+            raise ImportError(f"{place} is version {other} of the Tessaret library: this package needs version {MAJOR}")
         return found
     words = "; ".join(failures)
     if os.environ.get(VARIABLE):

@@ -343,7 +343,7 @@ class CancelledFiles(package.PackageTest):
         self.assertEqual(failures, ["Operation canceled"])
 
 
-class Loading(unittest.TestCase):
+class Loading(package.PackageTest):
     def test_a_library_that_is_named_and_missing_is_an_import_error(self):
         result = package.run_python("import tessaret", TESSARET_LIBRARY="/no/such/file.so")
         self.assertNotEqual(result.returncode, 0)
@@ -352,6 +352,22 @@ class Loading(unittest.TestCase):
     def test_another_library_is_an_import_error(self):
         result = package.run_python("import tessaret", TESSARET_LIBRARY="libc.so.6")
         self.assertIn("ImportError: libc.so.6 is not the Tessaret library", result.stderr)
+
+    def test_a_library_of_another_version_is_an_import_error(self):
+        library = package.LIBRARY_FOLDER / "libtessaret_of_another_version.so"
+        result = package.run_python("import tessaret", TESSARET_LIBRARY=str(library))
+        self.assertIn(f"ImportError: {library} is version 10.2.3 of the Tessaret library: this package needs version 0\n", result.stderr)
+
+    def test_a_copy_in_a_prefix_takes_the_library_of_the_prefix(self):
+        for number, place in enumerate(("lib/python3/dist-packages", "lib/python3.11/site-packages")):
+            prefix = self.folder / str(number)
+            shutil.copytree(package.PACKAGE_FOLDER / "tessaret", prefix / place / "tessaret")
+            (prefix / "lib" / "libtessaret.so.0").symlink_to(package.LIBRARY_FOLDER / "libtessaret.so.0")
+            result = package.run_python("import tessaret; print(tessaret.__file__, tessaret._library.library._name)", TESSARET_LIBRARY="",
+                                        PYTHONPATH=str(prefix / place))
+            with self.subTest(place):
+                self.assertEqual((result.stdout, result.stderr),
+                                 (f"{prefix / place}/tessaret/__init__.py {prefix}/lib/libtessaret.so.0\n", ""))
 
     def test_without_a_name_the_loader_looks_for_it(self):
         library = str(package.LIBRARY_FOLDER)

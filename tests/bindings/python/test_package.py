@@ -75,6 +75,50 @@ with tessaret.create("Tessaret.DcmDictionary") as dictionary:
         self.assertEqual({name for name in names if name.startswith("tessaret/")}, wanted)
 
 
+TYPED = """
+from datetime import date
+
+import tessaret
+
+
+def use(path: str) -> bool:
+    tessaret.start()
+    with tessaret.create("Tessaret.DCMObject") as image, tessaret.create("Tessaret.DCMOptions") as options:
+        image.VR[0x10, 0x30] = date(2001, 2, 3)
+        image.VR.put(0x10, 0x10, newVal="Doe^Jane", TypeCode="PN")
+        done: bool = image.Load(path, True)
+        found, group, element = image.GetFirstVR()
+        item = image.Sequence(8, 0x1140, 0)
+        item.Save(path)
+        with image.on("OnDrawOverlay", lambda *_: None) as connection:
+            connection.disconnect()
+        image.NoSuchMember  # wrong
+        image.Load(path, True, 5)  # wrong
+        image.Load(5, True)  # wrong
+        options.UseTotokuLUT = "yes"  # wrong
+        return done and found and tessaret.pump(0.5) + group == 0
+"""
+
+
+class Types(package.PackageTest):
+    def check(self, *paths):
+        if subprocess.run(["/usr/bin/python3", "-c", "import mypy"], capture_output=True, check=False).returncode != 0:
+            self.skipTest("mypy is not installed")
+        return subprocess.run(["/usr/bin/python3", "-m", "mypy", "--strict", "--no-error-summary", "--cache-dir", self.folder / "cache", *paths],
+                              cwd=self.folder, env={**ENVIRONMENT, "MYPYPATH": str(package.PACKAGE_FOLDER)}, capture_output=True, text=True,
+                              check=False).stdout
+
+    def test_a_type_checker_accepts_the_examples(self):
+        self.assertEqual(self.check(*(package.SOURCE_DIR / "examples" / "python").glob("*.py")), "")
+
+    def test_a_type_checker_finds_what_is_wrong_and_nothing_else(self):
+        path = self.folder / "typed.py"
+        path.write_text(TYPED)
+        wrong = [number for number, line in enumerate(TYPED.splitlines(), 1) if line.endswith("# wrong")]
+        told = self.check(path)
+        self.assertEqual([int(line.split(":")[1]) for line in told.splitlines() if ": error: " in line], wrong, told)
+
+
 class Stubs(package.PackageTest):
     """What editors are told is what is there."""
 
