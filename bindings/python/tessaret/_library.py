@@ -106,9 +106,9 @@ def load():
     raise ImportError(f"the Tessaret library cannot be loaded: {words}. {VARIABLE} can name the file")
 
 
-def function(name, result, *arguments):
+def function(name, result, *arguments, within=None):
     """A function of the library, or None where this version of it has none."""
-    found = getattr(library, name, None)
+    found = getattr(within or library, name, None)
     if found is not None:
         found.restype = result
         found.argtypes = arguments
@@ -120,28 +120,33 @@ def text_of(pointer_text):
 
 
 library = load()
+# The same library for what neither waits nor lets anything die: it is done before Python's lock could be let go and taken again, for
+# which threads would queue.
+_at_once = ctypes.PyDLL(library._name, handle=library._handle)
 
 # These two are called all the time. Without types for their arguments ctypes passes on what it is given, which has to be a Handle,
 # an int of 32 bits or a byref, in half the time.
 call = library.tessaret_call
 clear = library.tessaret_clear
+clear_text = _at_once.tessaret_clear
 
 _POINTER = ctypes.c_void_p
 _OUT_POINTER = ctypes.POINTER(ctypes.c_void_p)
 EVENT_FUNCTION = ctypes.CFUNCTYPE(None, ctypes.c_void_p, ctypes.c_int32, ctypes.c_void_p, ctypes.c_uint32)
 
 create = function("tessaret_create", ctypes.c_int32, ctypes.c_char_p, _OUT_POINTER)
-retain = function("tessaret_retain", None, _POINTER)
+retain = function("tessaret_retain", None, _POINTER, within=_at_once)
 release = function("tessaret_release", None, _POINTER)
-describe = function("tessaret_describe", _POINTER, _POINTER)
+# Of an object whose reference the caller has, and keeps meanwhile.
+describe = function("tessaret_describe", _POINTER, _POINTER, within=_at_once)
 describe_events = function("tessaret_describe_events", _POINTER, _POINTER)
 query = function("tessaret_query", ctypes.c_int32, _POINTER, ctypes.c_char_p, _OUT_POINTER)
 advise = function("tessaret_advise", ctypes.c_int32, _POINTER, EVENT_FUNCTION, _POINTER, ctypes.POINTER(ctypes.c_uint32))
 unadvise = function("tessaret_unadvise", ctypes.c_int32, _POINTER, ctypes.c_uint32)
 pump = function("tessaret_pump", ctypes.c_int32, ctypes.c_int32)
 events_descriptor = function("tessaret_events_descriptor", ctypes.c_int32)
-last_error_text = function("tessaret_last_error_text", ctypes.c_char_p)
-last_error_source = function("tessaret_last_error_source", ctypes.c_char_p)
+last_error_text = function("tessaret_last_error_text", ctypes.c_char_p, within=_at_once)
+last_error_source = function("tessaret_last_error_source", ctypes.c_char_p, within=_at_once)
 start = function("tessaret_start", ctypes.c_int32)
 cancel_files = function("tessaret_cancel_files", None, ctypes.c_int32)
 can_unload = function("tessaret_can_unload", ctypes.c_int32)

@@ -66,7 +66,7 @@ def read_text(block, slot):
         # Text with a 0 in it: ctypes sees only what stands before.
         length = block.i[4 * slot + 1] & 0xFFFFFFFF
         text = (ctypes.c_char * length).from_address(block.q[2 * slot + 1]).raw
-    _library.clear(block.at[slot])
+    _library.clear_text(block.at[slot])
     return text.decode("utf-8", "surrogateescape")
 
 
