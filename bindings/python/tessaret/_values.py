@@ -58,14 +58,20 @@ class Block:
 # From the library. What a slot owned is freed or has passed on when it was read; what is left there nobody looks at.
 
 
+def _bytes_at(address, size):
+    if size > 0x7FFFFFFF:
+        # More than ctypes.string_at counts. ctypes makes a type for every size, which takes far longer than short bytes do.
+        return (ctypes.c_char * size).from_address(address).raw
+    return ctypes.string_at(address, size) if size else b""
+
+
 def read_text(block, slot):
     text = block.s[2 * slot + 1]
     if text is None:
         return None
     if len(text) != block.i[4 * slot + 1]:
         # Text with a 0 in it: ctypes sees only what stands before.
-        length = block.i[4 * slot + 1] & 0xFFFFFFFF
-        text = (ctypes.c_char * length).from_address(block.q[2 * slot + 1]).raw
+        text = _bytes_at(block.q[2 * slot + 1], block.i[4 * slot + 1] & 0xFFFFFFFF)
     _library.clear_text(block.at[slot])
     return text.decode("utf-8", "surrogateescape")
 
@@ -102,8 +108,7 @@ def _read_array(block, slot):
     size = array.count * _ENTRY_SIZES[number]
     owned = block.h[8 * slot + 1]
     if number == _library.BYTE and len(bounds) == 1 and bounds[0][0] == 0:
-        held = (ctypes.c_char * size).from_address(array.entries) if size else None
-        made = held.raw if held else b""
+        made = _bytes_at(array.entries, size)
         if owned:
             _library.clear(block.at[slot])
         return made
@@ -111,8 +116,7 @@ def _read_array(block, slot):
         held = (ctypes.c_char * size).from_address(array.entries)
         held.owner = _Held(block.memory[16 * slot:16 * slot + 16])
         return Array._over(number, bounds, held, size)
-    # ctypes.string_at would count in 32 bits.
-    content = (ctypes.c_char * size).from_address(array.entries).raw if size else b""
+    content = _bytes_at(array.entries, size)
     if owned:
         _library.clear(block.at[slot])
     return Array._over(number, bounds, ctypes.create_string_buffer(content, max(size, 1)), size)
