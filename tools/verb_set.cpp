@@ -33,10 +33,13 @@ struct Assignment {
 };
 
 /// Why an element is not for people to set or to remove, or empty.
-std::string WhyNotToChange(TagKey tag) {
+std::string WhyNotToChange(const TagPath& path) {
+  const TagKey tag = path.Tag();
   const std::string text = TagText(tag);
   if (GroupOf(tag) == kMetaGroup)
     return text + " is of the meta header, which is made when the file is written";
+  if (GroupOf(tag) < kMetaGroup && path.steps.size() == 1)
+    return text + " would come before the meta header, where no file can hold it";
   if (GroupOf(tag) == kStructuralGroup) return text + " is no element of a data set";
   if (ElementOf(tag) == 0) return text + " is a length, which follows from the rest";
   return {};
@@ -59,7 +62,7 @@ Assignment ParseAssignment(const std::string& text, Keywords& keywords) {
   }
   parsed.path = ParseTagPath(name, keywords);
   if (parsed.failure.empty()) parsed.failure = parsed.path.failure;
-  if (parsed.failure.empty()) parsed.failure = WhyNotToChange(parsed.path.Tag());
+  if (parsed.failure.empty()) parsed.failure = WhyNotToChange(parsed.path);
   return parsed;
 }
 
@@ -68,7 +71,8 @@ class Setting {
   Setting(const SetOptions& options, Host& host)
       : options_(options),
         host_(host),
-        mayReplace_(options.force || IsSameFile(options.input, options.output)) {}
+        mayReplace_(options.force || (options.input != kStandardInput &&
+                                      IsSameFile(options.input, options.output))) {}
 
   ExitCode Run() {
     if (!Understand()) return ExitCode::kUsage;
@@ -78,6 +82,7 @@ class Setting {
     if (!source.IsWhole()) return NotWritten();
     const std::string syntax = TargetSyntax(source, Target::kKeep);
     writesTypes_ = syntax != kImplicitLittle;
+    hasNativePixels_ = IsNativeSyntax(syntax);
     std::string why = WhyNotToEncode(source, Target::kKeep, host_);
     if (!why.empty()) return InputFailed(why);
     PrepareElements(source, syntax);
@@ -97,7 +102,7 @@ class Setting {
     for (const std::string& text : options_.removals) {
       removals_.push_back(ParseTagPath(text, host_.ElementKeywords()));
       why = removals_.back().failure;
-      if (why.empty()) why = WhyNotToChange(removals_.back().Tag());
+      if (why.empty()) why = WhyNotToChange(removals_.back());
       if (!why.empty()) break;
     }
     for (const std::string& text : options_.assignments) {
@@ -129,6 +134,7 @@ class Setting {
     const TagKey tag = given.path.Tag();
     const VrCode type = given.type != type_code::kNone ? given.type : TypeFor(*place.object, tag);
     if (type == type_code::kNone) return "its type is not known: give one, as in TAG:LO=VALUE";
+    if (std::string why = WhyNotOfType(given, type); !why.empty()) return why;
     if (type == type_code::SQ && given.value.empty()) return MakeSequence(*place.object, tag);
     const GivenValue value = ValueFrom(type, given.value, place.sets, host_.ElementKeywords());
     if (!value.failure.empty()) return value.failure;
@@ -141,6 +147,18 @@ class Setting {
                           TextOf(given.path) + " is written as UN, which has room for its length");
       PutBytes(*place.object, tag, type_code::UN, value.bytes);
     }
+    return {};
+  }
+
+  /// Why the file could not be read any more with such an element in it, or empty.
+  std::string WhyNotOfType(const Assignment& given, VrCode type) {
+    const TagKey tag = given.path.Tag();
+    if (tag == kPixelDataTag && given.path.steps.size() == 1 && !hasNativePixels_)
+      return "is compressed in this transfer syntax: a value cannot take its place";
+    const bool isReadAsSequence =
+        !writesTypes_ && !given.value.empty() && host_.TypeOfElement(tag) == type_code::SQ;
+    if (isReadAsSequence && type != type_code::SQ)
+      return "is a sequence by the dictionary, which the implicit form is read by";
     return {};
   }
 
@@ -182,6 +200,7 @@ class Setting {
   Host& host_;
   const bool mayReplace_;
   bool writesTypes_ = false;  // the file has the explicit form
+  bool hasNativePixels_ = false;
   std::vector<TagPath> removals_;
   std::vector<Assignment> assignments_;
 };

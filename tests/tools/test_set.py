@@ -160,8 +160,33 @@ class Set(tool.ToolTest):
         file = self.good_file()
         for assignment, words in (("0002,0010=1.2", "(0002,0010) is of the meta header, which is made when the file is written"),
                                   ("0010,0000=4", "(0010,0000) is a length, which follows from the rest"),
-                                  ("fffe,e000=x", "(fffe,e000) is no element of a data set")):
+                                  ("fffe,e000=x", "(fffe,e000) is no element of a data set"),
+                                  ("0000,0010=x", "(0000,0010) would come before the meta header, where no file can hold it"),
+                                  ("0001,0010:LO=x", "(0001,0010) would come before the meta header, where no file can hold it")):
             self.set(file, assignment, code=USAGE, error=f"tessaret: set: {words}\n")
+
+    def test_what_would_make_the_file_unreadable_is_refused(self):
+        implicit = self.write("implicit.dcm", meta(IMPLICIT) + image(implicit=True))
+        for value in ("0008,1140:LO=abcdefgh", "0008,1140:UN=00"):
+            self.set(implicit, value, code=INPUT_FAILED, error=(
+                f"tessaret: {implicit}: (0008,1140): is a sequence by the dictionary, which the implicit form is read by\n"))
+        # Where types are written, and where there is no value, nothing is misread.
+        self.assertEqual(self.set(self.good_file(), "0008,1140:LO=abc")[0x00081140].value, "abc")
+        self.assertEqual(len(self.set(implicit, "0008,1140:LO=").ReferencedImageSequence), 0)
+        pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + item(b"") + item(b"\xff\xd8") + tool.sequence_end()
+        icon = element(0x00880200, "SQ", item(element(0x7FE00010, "OB", b"\1\2")))
+        compressed = self.write("compressed.dcm", meta(JPEG) + icon + pixels)
+        for arguments in (("PixelData:OB=01\\02", "--remove", "PixelData"), ("PixelData:SQ=",), ("PixelData=",)):
+            self.set(compressed, *arguments, code=INPUT_FAILED, error=(
+                f"tessaret: {compressed}: (7fe0,0010): is compressed in this transfer syntax: a value cannot take its place\n"))
+        # The pixel data of an icon may be native there.
+        self.assertEqual(self.set(compressed, "0088,0200[0].PixelData=03\\04").IconImageSequence[0].PixelData, b"\3\4")
+
+    def test_standard_input_is_not_a_file_of_its_name(self):
+        dash = self.write("-", b"mine")
+        result = run("set", "-", "./-", "PatientID=x", input=self.good_file().read_bytes(), cwd=self.folder)
+        self.assert_ends(result, OUTPUT_FAILED, "tessaret: ./-: is there already; --force replaces it\n")
+        self.assertEqual(dash.read_bytes(), b"mine")
 
     def test_the_meta_header_follows_the_uids(self):
         data = self.set(self.good_file(), "SOPInstanceUID=1.2.99")
