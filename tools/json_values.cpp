@@ -55,6 +55,7 @@ std::string JsonNumber(std::string_view text) {
   const bool isNegative = text.starts_with('-');
   std::string_view digits = text;
   if (text.starts_with('+') || isNegative) digits.remove_prefix(1);
+  if (digits.starts_with('-')) return std::string(text);
   while (digits.size() > 1 && digits[0] == '0' && digits[1] >= '0' && digits[1] <= '9')
     digits.remove_prefix(1);
   std::string number = isNegative ? "-" : "";
@@ -88,11 +89,13 @@ void WriteText(JsonWriter& json, VrCode type, std::string_view value, DecimalTex
 }
 
 void WriteTexts(JsonWriter& json, VrCode type, std::string_view text, const CharacterSets& sets,
-                DecimalText decimals) {
+                DecimalText decimals, std::optional<std::size_t> only) {
   if (text.empty()) return;
   json.Key("Value").BeginArray();
   const bool hasSeveral = FindTraits(type)->severalValues;
+  std::size_t index = 0;
   for (const std::string& value : DecodedValues(sets, type, text)) {
+    if (only.value_or(index) != index++) continue;
     hasSeveral ? WriteText(json, type, value, decimals) : static_cast<void>(json.String(value));
   }
   json.EndArray();
@@ -107,13 +110,25 @@ std::string JsonTagOf(const std::string& text) {
   return digits;
 }
 
-void WriteNumbers(JsonWriter& json, VrCode type, ValueBytes& bytes, std::size_t count) {
+/// Whether every reader of JSON gets the number that is meant. Infinities and what is not a number have no form in it, and many
+/// readers hold every number as a double.
+bool IsSafeNumber(VrCode type, const std::string& text) {
+  const ValueKind kind = KindOf(type);
+  if (kind == ValueKind::kTag || !IsJsonNumber(text)) return false;
+  constexpr std::string_view kMost = "9007199254740991";  // 2^53 - 1
+  const std::string_view digits = std::string_view(text).substr(text.starts_with('-') ? 1 : 0);
+  return kind == ValueKind::kFloat || digits.size() < kMost.size() ||
+         (digits.size() == kMost.size() && digits <= kMost);
+}
+
+void WriteNumbers(JsonWriter& json, VrCode type, ValueBytes& bytes, std::size_t count,
+                  std::optional<std::size_t> only) {
   const bool tag = KindOf(type) == ValueKind::kTag;
   json.Key("Value").BeginArray();
-  for (std::size_t index = 0; index < count; ++index) {
+  const std::size_t end = only ? std::min(count, *only + 1) : count;
+  for (std::size_t index = only.value_or(0); index < end; ++index) {
     const std::string text = NumberText(type, bytes, index);
-    // Infinities and what is not a number have no form in JSON.
-    if (!tag && IsJsonNumber(text)) {
+    if (IsSafeNumber(type, text)) {
       json.Raw(text);
     } else {
       json.String(tag ? JsonTagOf(text) : text);
@@ -127,14 +142,15 @@ void WriteNumbers(JsonWriter& json, VrCode type, ValueBytes& bytes, std::size_t 
 std::string JsonTag(TagKey tag) { return Format("%04X%04X", GroupOf(tag), ElementOf(tag)); }
 
 bool WriteValues(JsonWriter& json, VrCode type, ValueBytes& bytes, const CharacterSets& sets,
-                 DecimalText decimals) {
+                 DecimalText decimals, std::optional<std::size_t> only) {
   const ValueKind kind = KindOf(type);
   if (kind == ValueKind::kText || kind == ValueKind::kUid) {
-    WriteTexts(json, type, UnpaddedText(bytes.Text()), sets, decimals);
+    WriteTexts(json, type, UnpaddedText(bytes.Text()), sets, decimals, only);
     return true;
   }
+  if (kind == ValueKind::kFloat && !FindTraits(type)->severalValues) return false;
   const auto count = NumberCount(type, bytes.Size());
-  if (count && *count > 0) WriteNumbers(json, type, bytes, *count);
+  if (count && *count > 0) WriteNumbers(json, type, bytes, *count, only);
   return count.has_value();
 }
 

@@ -1,7 +1,9 @@
 // Values of elements in the DICOM JSON model (DICOM PS3.18, annex F).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 
@@ -22,10 +24,12 @@ enum class DecimalText {
   kByValue,    // they are numbers with the same digits
 };
 
-/// Writes the member "Value" with the values that `bytes` of this type are, text decoded by `sets`, or nothing where there are none.
-/// False, with nothing written, for types of bytes and for what is no whole number of numbers: that is for WriteInlineBinary.
+/// Writes the member "Value" with the values that `bytes` of this type are, or with number `only` of them, text decoded by `sets`, or
+/// nothing where there are none. Numbers of 64 bits that a double cannot tell from their neighbours are text. False, with nothing
+/// written, for types of bytes, OD and OF among them, and for what is no whole number of numbers: that is for WriteInlineBinary.
 bool WriteValues(JsonWriter& json, VrCode type, ValueBytes& bytes, const CharacterSets& sets,
-                 DecimalText decimals = DecimalText::kByValue);
+                 DecimalText decimals = DecimalText::kByValue,
+                 std::optional<std::size_t> only = std::nullopt);
 
 /// The member "InlineBinary", in portions.
 void WriteInlineBinary(JsonWriter& json, std::span<const std::uint8_t> bytes);

@@ -76,16 +76,21 @@ class Getting {
     return count;
   }
 
+  /// Tells it where the wanted one is not among `texts`.
+  bool HasWanted(const std::vector<std::string>& texts, const TagPath& path) {
+    if (!options_.index || *options_.index < texts.size()) return true;
+    Miss(path, "has no value of number " + std::to_string(*options_.index));
+    NoLine(path);
+    return false;
+  }
+
   void AsLine(const Place& place, const TagPath& path, VrCode type) {
     if (HasItems(*place.object, path.Tag()) || type == type_code::SQ)
       return host_.output.Line(std::to_string(ItemsOf(*place.object, path.Tag())));
     const Ref<IDcmFile> file = FileOf(*place.object);
     ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
     const std::vector<std::string> texts = TextsOf(type, bytes.All(), place.sets);
-    if (options_.index && *options_.index >= texts.size()) {
-      Miss(path, "has no value of number " + std::to_string(*options_.index));
-      return NoLine(path);
-    }
+    if (!HasWanted(texts, path)) return;
     if (options_.index) return host_.output.Line(Escaped(texts[*options_.index]));
     for (std::size_t index = 0; index < texts.size(); ++index) {
       if (index > 0) host_.output.Write("\\");
@@ -95,19 +100,22 @@ class Getting {
   }
 
   void AsJson(const Place& place, const TagPath& path, VrCode type) {
+    const bool isSequence = HasItems(*place.object, path.Tag()) || type == type_code::SQ;
+    const Ref<IDcmFile> file = FileOf(*place.object);
+    ValueBytes bytes(*file, path.Tag(), isSequence ? 0 : StoredSize(*file, path.Tag()));
+    if (!isSequence && options_.index && !HasWanted(TextsOf(type, bytes.All(), place.sets), path))
+      return;
     JsonWriter json(host_.output);
     json.BeginObject().Member("tag", TextOf(path));
     if (const std::string name = host_.ElementKeywords().Of(path.Tag()); !name.empty())
       json.Member("keyword", name);
-    const bool isSequence = HasItems(*place.object, path.Tag()) || type == type_code::SQ;
-    json.Member("vr", isSequence ? "SQ" : LettersOf(type));
+    // Fragments of pixel data have its type.
+    json.Member("vr", isSequence && path.Tag() != kPixelDataTag ? "SQ" : LettersOf(type));
     if (isSequence) {
       json.Member("items", std::uint64_t{ItemsOf(*place.object, path.Tag())});
-    } else {
-      const Ref<IDcmFile> file = FileOf(*place.object);
-      ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
-      if (bytes.Size() != 0 && !WriteValues(json, type, bytes, place.sets))
-        WriteInlineBinary(json, bytes);
+    } else if (bytes.Size() != 0 &&
+               !WriteValues(json, type, bytes, place.sets, DecimalText::kByValue, options_.index)) {
+      WriteInlineBinary(json, bytes);
     }
     json.EndObject().EndLine();
   }

@@ -86,6 +86,26 @@ class Get(tool.ToolTest):
             {"tag": "(0010,0040)", "keyword": "PatientSex", "vr": "CS"},
             {"tag": "(0008,1140)", "keyword": "ReferencedImageSequence", "vr": "SQ", "items": 2}])
 
+    def test_json_has_the_one_value_that_is_chosen(self):
+        lines = self.get("--json", "--index", "1", "ImageType", "RescaleIntercept", "Rows", "PatientName", "0008,1140",
+                         code=INPUT_FAILED, error=(f"tessaret: {self.file}: (0028,0010) has no value of number 1\n"
+                                                   f"tessaret: {self.file}: (0010,0010) has no value of number 1\n")).splitlines()
+        self.assertEqual([json.loads(line) for line in lines], [
+            {"tag": "(0008,0008)", "keyword": "ImageType", "vr": "CS", "Value": ["PRIMARY"]},
+            {"tag": "(0028,1052)", "keyword": "RescaleIntercept", "vr": "DS", "Value": [1.5]},
+            {"tag": "(0028,0010)", "found": False}, {"tag": "(0010,0010)", "found": False},
+            {"tag": "(0008,1140)", "keyword": "ReferencedImageSequence", "vr": "SQ", "items": 2}])
+        for index, number in enumerate((1, 515)):
+            self.assertEqual(json.loads(self.get("--json", "--type", "US", "--index", index, "0009,1001"))["Value"], [number])
+        self.assertEqual(json.loads(self.get("--json", "--index", "0", "0009,1001"))["InlineBinary"], "AQADAg==")
+
+    def test_compressed_pixel_data_has_its_type_and_its_fragments(self):
+        head = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED)
+        file = self.write("file.dcm", meta(tool.JPEG) + head + item(b"") + item(b"\xff\xd8") + tool.sequence_end())
+        self.assertEqual(run("get", file, "PixelData").stdout, b"2\n")
+        self.assertEqual(json.loads(run("get", "--json", file, "PixelData").stdout),
+                         {"tag": "(7fe0,0010)", "keyword": "PixelData", "vr": "OB", "items": 2})
+
     def test_words_that_name_no_element_are_wrong_usage(self):
         self.assertEqual(self.get("Rows", "Roes", code=USAGE, error="tessaret: get: no element has the keyword \"Roes\"\n"), "")
 

@@ -49,6 +49,30 @@ class Model(tool.ToolTest):
                 "00280010": {"vr": "US", "Value": [2]}, "00189074": {"vr": "FD", "Value": [0.1]},
                 "00189075": {"vr": "FL", "Value": ["nan", 0.5]}, "7FE00010": {"vr": "OW", "InlineBinary": "AQI="}})
 
+    def test_signs_that_make_no_number_stay_text(self):
+        self.assertEqual(self.of(element(0x00091002, "DS", "+-5\\--5\\-+5\\-0")), {
+            "00091002": {"vr": "DS", "Value": ["+-5", "--5", "-+5", 0]}})
+
+    def test_arrays_of_floats_are_bytes(self):
+        # The types of an implicit file come from the dictionary.
+        floats, doubles = struct.pack("<2f", 1.5, math.inf), struct.pack("<d", 2)
+        content = (element(0x00660016, "OF", floats, implicit=True) + element(0x00660022, "OD", implicit=True) +
+                   element(0x7FE00009, "OD", doubles, implicit=True))
+        self.assertEqual(self.of(content, syntax=IMPLICIT), {
+            "00660016": {"vr": "OF", "InlineBinary": base64.b64encode(floats).decode()}, "00660022": {"vr": "OD"},
+            "7FE00009": {"vr": "OD", "InlineBinary": base64.b64encode(doubles).decode()}})
+
+    def test_whole_numbers_that_a_double_does_not_have_are_text(self):
+        most = 2**53 - 1
+        unsigned = (0, 5, most, most + 1, 2**63, 10 * most)
+        content = element(0x0008040C, "UV", struct.pack("<6Q", *unsigned), implicit=True)
+        self.assertEqual(self.of(content, syntax=IMPLICIT), {
+            "0008040C": {"vr": "UV", "Value": [0, 5, most, str(most + 1), str(2**63), str(10 * most)]}})
+        signed = (-5, most, -most, -most - 1, most + 1, -2**63)
+        file = self.write("file.dcm", meta(IMPLICIT) + element(0x0008040C, "UV", struct.pack("<6q", *signed), implicit=True))
+        report = json.loads(run("get", "--json", "--type", "SV", file, "0008,040C").stdout)
+        self.assertEqual(report["Value"], [-5, most, -most, str(-most - 1), str(most + 1), str(-2**63)])
+
     def test_long_values_are_whole(self):
         pixels = bytes(number % 251 for number in range(200_000))
         inline = self.of(element(0x7FE00010, "OW", pixels))["7FE00010"]["InlineBinary"]
