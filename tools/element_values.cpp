@@ -20,18 +20,6 @@ bool IsText(VrCode type) {
   return KindOf(type) == ValueKind::kText || KindOf(type) == ValueKind::kUid;
 }
 
-std::string Hexadecimal(std::span<const std::uint8_t> bytes) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  std::string text;
-  text.reserve(3 * bytes.size());
-  for (const std::uint8_t byte : bytes) {
-    if (!text.empty()) text += '\\';
-    text += kDigits[byte >> 4];
-    text += kDigits[byte & 0xF];
-  }
-  return text;
-}
-
 std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'; }
 
 GivenValue Failure(std::string words) { return {{}, std::move(words)}; }
@@ -172,6 +160,14 @@ constexpr FormRow kForms[] = {
      "a UID: numbers with points between"},
 };
 
+/// Lines and their like stand in running text only (DICOM PS3.5, 6.1.3); escape sequences are not made.
+bool IsControlOutOfPlace(VrCode type, char c) {
+  const bool isRunningText =
+      type == type_code::LT || type == type_code::ST || type == type_code::UT;
+  if (isRunningText && std::string_view("\t\n\f\r").find(c) != std::string_view::npos) return false;
+  return (c >= '\0' && c < ' ') || c == '\x7F';
+}
+
 /// The longest of what `text` has between `delimiter`, in characters.
 std::size_t LongestPart(std::string_view text, char delimiter) {
   std::size_t longest = 0;
@@ -193,6 +189,9 @@ std::string StoredText(VrCode type, std::string_view value, std::string& failure
     stored = form->store(value);
     if (stored.empty()) failure = Quoted(value) + " is not " + form->words;
   }
+  if (failure.empty() &&
+      std::ranges::any_of(stored, [&](char c) { return IsControlOutOfPlace(type, c); }))
+    failure = Quoted(value) + " has control characters, which this type does not take";
   const VrTraits& traits = *FindTraits(type);
   const std::size_t length = LongestPart(stored, type == type_code::PN ? '=' : '\0');
   if (failure.empty() && traits.most != 0 && length > traits.most) {
@@ -224,6 +223,18 @@ GivenValue TextFrom(VrCode type, std::string_view text, const CharacterSets& set
 }
 
 }  // namespace
+
+std::string Hexadecimal(std::span<const std::uint8_t> bytes) {
+  constexpr char kDigits[] = "0123456789abcdef";
+  std::string text;
+  text.reserve(3 * bytes.size());
+  for (const std::uint8_t byte : bytes) {
+    if (!text.empty()) text += '\\';
+    text += kDigits[byte >> 4];
+    text += kDigits[byte & 0xF];
+  }
+  return text;
+}
 
 std::vector<std::string> TextsOf(VrCode type, std::span<const std::uint8_t> bytes,
                                  const CharacterSets& sets) {

@@ -13,6 +13,9 @@
 
 namespace tessaret::tool {
 
+/// Bytes in hexadecimal between backslashes.
+std::string Hexadecimal(std::span<const std::uint8_t> bytes);
+
 /// The values that `bytes` of this type are: texts decoded and without blanks at their ends, numbers in their shortest decimal form, tags
 /// as "(gggg,eeee)", and all that is no values as one of hexadecimal bytes between backslashes. None for no bytes.
 std::vector<std::string> TextsOf(VrCode type, std::span<const std::uint8_t> bytes,

@@ -57,6 +57,7 @@ bool IsTime(std::string_view text) {
 }
 
 bool HasSeparatorsAt(std::string_view text, char separator, std::size_t first, std::size_t width) {
+  if (text.ends_with(separator)) return false;
   for (std::size_t at = 0; at < text.size(); ++at) {
     const bool wanted = at >= first && (at - first) % width == 0;
     if ((text[at] == separator) != wanted) return false;
@@ -79,7 +80,19 @@ std::string TimeDigits(std::string_view text) {
   return Without(whole, ':') + std::string(text.substr(point));
 }
 
-/// Takes "+0100", "-05:00" with a blank before it, or "Z" off the end of `text`; empty where there is none.
+/// Minutes that places on earth are ahead of or behind universal time at most (DICOM PS3.5, 6.2).
+constexpr int kMostAhead = 14 * 60;
+constexpr int kMostBehind = 12 * 60;
+
+/// "+0100" is one, "-0000" is none.
+bool IsOffset(char sign, std::string_view digits) {
+  if (digits.size() != 4 || !IsUpTo(digits.substr(0, 2), 14) || !IsUpTo(digits.substr(2), 59))
+    return false;
+  const int minutes = 60 * Number(digits.substr(0, 2)) + Number(digits.substr(2));
+  return sign == '+' ? minutes <= kMostAhead : minutes > 0 && minutes <= kMostBehind;
+}
+
+/// Takes "+0100", or "-05:00", both with or without a blank before, off the end of `text`; empty where there is none.
 std::string TakeOffset(std::string_view& text) {
   for (const std::size_t size : {std::size_t{5}, std::size_t{6}}) {
     if (text.size() <= size) break;
@@ -87,8 +100,7 @@ std::string TakeOffset(std::string_view& text) {
     if (end[0] != '+' && end[0] != '-') continue;
     if (size == 6 && end[3] != ':') continue;
     const std::string digits = Without(end.substr(1), ':');
-    if (digits.size() != 4 || !IsUpTo(digits.substr(0, 2), 14) || !IsUpTo(digits.substr(2), 59))
-      continue;
+    if (!IsOffset(end[0], digits)) continue;
     text.remove_suffix(size);
     if (text.ends_with(' ')) text.remove_suffix(1);
     return end[0] + digits;

@@ -60,6 +60,21 @@ TEST(GivenValues, TextIsWrittenInItsCharacterSet) {
             "\"\u00fc\" has characters that this type does not take");
 }
 
+TEST(GivenValues, ControlCharactersStandInRunningTextOnly) {
+  for (const VrCode type : {type_code::LT, type_code::ST, type_code::UT})
+    EXPECT_EQ(Stored(type, "a\tb\r\n\fc"), "a\tb\r\n\fc");
+  const std::string words = " has control characters, which this type does not take";
+  for (const VrCode type : {type_code::LO, type_code::SH, type_code::PN, type_code::CS,
+                            type_code::AE, type_code::UC, type_code::UR}) {
+    for (const char* text : {"a\tb", "a\nb", "\rab", "ab\f",
+                             "a\x1f"
+                             "b"})
+      EXPECT_EQ(Stored(type, text), '"' + std::string(text) + '"' + words);
+  }
+  for (const char* text : {"a\x1b[31m", "a\x07", "a\x0b", "a\x7f"})
+    EXPECT_EQ(Stored(type_code::LT, text), '"' + std::string(text) + '"' + words);
+}
+
 TEST(GivenValues, NumbersAreInTheRangeOfTheirType) {
   EXPECT_EQ(From(type_code::US, "0\\65535").bytes, (Bytes{0, 0, 0xFF, 0xFF}));
   EXPECT_EQ(From(type_code::SS, "-2").bytes, (Bytes{0xFE, 0xFF}));
@@ -126,7 +141,7 @@ TEST(TimeValues, Times) {
   EXPECT_EQ(TimeValue("140506.25"), "140506.25");
   EXPECT_EQ(TimeValue("235960"), "235960");
   for (const char* none : {"", "1", "24", "1460", "140561", "1405.5", "140506.", "140506.1234567",
-                           "14:0506", "2:05", "14:05:06,5"})
+                           "14:0506", "2:05", "14:05:06,5", "14:", "14:05:"})
     EXPECT_EQ(TimeValue(none), "") << none;
 }
 
@@ -138,8 +153,15 @@ TEST(TimeValues, DatesWithTimes) {
   EXPECT_EQ(DateTimeValue("2001-02-03 14:05"), "200102031405");
   EXPECT_EQ(DateTimeValue("2001-02-03T14:05:06.5"), "20010203140506.5");
   EXPECT_EQ(DateTimeValue("2001-02-03T14:05:06 +01:00"), "20010203140506+0100");
-  for (const char* none :
-       {"", "20010230", "2001-02-03 ", "2001-02-03 25:00", "2001x", "20010203140506+2500"})
+  for (const char* none : {"", "20010230", "2001-02-03 ", "2001-02-03 25:00", "2001x",
+                           "20010203140506+2500", "2001-02-", "2001-02-03 14:"})
+    EXPECT_EQ(DateTimeValue(none), "") << none;
+}
+
+TEST(TimeValues, OffsetsAreThoseOfPlacesOnEarth) {
+  for (const char* text : {"2001+0000", "2001+1400", "2001-1200", "2001-0001"})
+    EXPECT_EQ(DateTimeValue(text), text);
+  for (const char* none : {"2001-0000", "2001+1401", "2001-1201", "2001-1300", "2001+0060"})
     EXPECT_EQ(DateTimeValue(none), "") << none;
 }
 
