@@ -114,6 +114,13 @@ std::string WhyLettersAreOdd(const Listing& listing) {
   return {};
 }
 
+/// A character set that nobody knows, or empty.
+std::string WhyTextIsOdd(const SourceFile& source) {
+  const std::string unknown = SetsOf(*source.object, {}).Unknown();
+  if (unknown.empty()) return {};
+  return "the character set \"" + unknown + "\" of (0008,0005) is not known";
+}
+
 }  // namespace
 
 std::vector<std::string> FindOddElements(const SourceFile& source) {
@@ -126,8 +133,9 @@ std::vector<std::string> FindOddElements(const SourceFile& source) {
 
 std::vector<std::string> FindOddities(const SourceFile& source, Host& host) {
   std::vector<std::string> oddities;
-  if (std::string words = WhyPixelsAreOdd(source, host); !words.empty())
-    oddities.push_back(std::move(words));
+  for (std::string words : {WhyPixelsAreOdd(source, host), WhyTextIsOdd(source)}) {
+    if (!words.empty()) oddities.push_back(std::move(words));
+  }
   for (std::string& words : FindOddElements(source)) oddities.push_back(std::move(words));
   if (source.IsBigEndian() && HasPixelsOfDoubtfulOrder(source)) {
     oddities.emplace_back(

@@ -108,6 +108,12 @@ class Findings(tool.ToolTest):
             content = element(0x00080016, "UI", "1.2.840.10008.5.1.4.1.1.30", implicit=True) + element(tag, vr, bytes(8), implicit=True)
             self.assertEqual(self.words(meta(IMPLICIT) + content), [])
 
+    def test_a_character_set_that_is_not_known_is_told(self):
+        for sets, unknown in (("ISO_IR 100", ""), ("\\ISO 2022 IR 87", ""), ("", ""), ("GBK", ""), ("Latin 9", "Latin 9"),
+                              ("ISO 2022 IR 6\\ISO 2022 IR 999\\x", "ISO 2022 IR 999")):
+            self.assertEqual(self.words(meta(EXPLICIT) + element(0x00080005, "CS", sets)),
+                             [f"warning: the character set \"{unknown}\" of (0008,0005) is not known"] if unknown else [])
+
     def test_big_endian_pixels_whose_order_is_not_certain_are_told(self):
         for bits, vr, told in ((8, "OB", False), (8, "OW", False), (16, "OW", False), (16, "OB", True), (32, "OW", True)):
             with self.subTest(bits=bits, vr=vr):
