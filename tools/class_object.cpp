@@ -3,6 +3,7 @@
 #include <new>
 
 #include "base/byte_order.h"
+#include "meant_type.h"
 #include "value_bytes.h"
 #include "vr_traits.h"
 
@@ -92,10 +93,12 @@ CharacterSets SetsOf(IDCMObject& object, const CharacterSets& around) {
 Place Find(Ref<IDCMObject> object, const TagPath& path) {
   Place place{std::move(object), {}};
   place.sets = SetsOf(*place.object, {});
+  place.signedPixels = HasSignedPixels(*place.object, false);
   for (std::size_t at = 0; at + 1 < path.steps.size(); ++at) {
     place.object = ItemOf(*place.object, path.steps[at].tag, path.steps[at].item);
     if (!place.object) break;
     place.sets = SetsOf(*place.object, place.sets);
+    place.signedPixels = HasSignedPixels(*place.object, place.signedPixels);
   }
   return place;
 }

@@ -72,6 +72,7 @@ struct Place {
   Ref<IDCMObject>
       object;          // that the last element of the path is in; null where there is no such item
   CharacterSets sets;  // that count there
+  bool signedPixels = false;  // as Pixel Representation says there
 };
 
 Place Find(Ref<IDCMObject> object, const TagPath& path);

@@ -10,6 +10,7 @@
 #include "file_walk.h"
 #include "interrupt.h"
 #include "json_values.h"
+#include "meant_type.h"
 #include "tag.h"
 
 namespace tessaret::tool {
@@ -52,10 +53,11 @@ std::vector<std::uint8_t> Fragments(IDCMObject& object, TagKey tag) {
 /// Goes through an object and its items without the stack of calls that deep nesting would take.
 class ModelDump {
  public:
-  ModelDump(const std::string& uri, JsonWriter& json) : uri_(uri), json_(json) {}
+  ModelDump(bool isImplicit, const std::string& uri, JsonWriter& json)
+      : isImplicit_(isImplicit), uri_(uri), json_(json) {}
 
   void Of(IDCMObject& object) {
-    Enter(Ref<IDCMObject>(&object), {}, uri_ + '#');
+    Enter(Ref<IDCMObject>(&object), {}, false, uri_ + '#');
     while (!levels_.empty()) Step();
   }
 
@@ -63,15 +65,19 @@ class ModelDump {
   struct Level {
     Ref<IDCMObject> object;
     CharacterSets sets;
+    bool signedPixels;
     std::string path;           // what its elements are behind, "#00081140/0/"
     std::optional<TagKey> tag;  // the element that the walk stands at
     bool inItems = false;       // of that element
     std::uint32_t nextItem = 0;
   };
 
-  void Enter(Ref<IDCMObject> object, const CharacterSets& around, std::string path) {
+  void Enter(Ref<IDCMObject> object, const CharacterSets& around, bool signedAround,
+             std::string path) {
     CharacterSets sets = SetsOf(*object, around);
-    levels_.push_back({std::move(object), std::move(sets), std::move(path), {}, false, 0});
+    const bool isSigned = isImplicit_ && HasSignedPixels(*object, signedAround);
+    levels_.push_back(
+        {std::move(object), std::move(sets), isSigned, std::move(path), {}, false, 0});
     json_.BeginObject();
   }
 
@@ -96,13 +102,18 @@ class ModelDump {
       json_.EndArray().EndObject();
       return;
     }
-    Enter(std::move(item), level.sets,
+    Enter(std::move(item), level.sets, level.signedPixels,
           level.path + JsonTag(*level.tag) + '/' + std::to_string(index) + '/');
   }
 
   void Element(Level& level, TagKey tag) {
     IDCMObject& object = *level.object;
-    const ElementFacts facts = *FactsOf(object, tag);
+    ElementFacts facts = *FactsOf(object, tag);
+    if (const VrCode type = MeantType(tag, facts.type, isImplicit_, level.signedPixels);
+        type != facts.type) {
+      facts.type = type;
+      facts.letters = LettersOf(type);
+    }
     const bool hasItems = HasItems(object, tag);
     const std::string name = JsonTag(tag);
     json_.Key(name).BeginObject();
@@ -134,6 +145,7 @@ class ModelDump {
     }
   }
 
+  const bool isImplicit_;
   const std::string& uri_;
   JsonWriter& json_;
   std::vector<Level> levels_;
@@ -146,8 +158,8 @@ bool IsUriCharacter(char c) {
 
 }  // namespace
 
-void DumpModel(IDCMObject& object, const std::string& uri, JsonWriter& json) {
-  ModelDump(uri, json).Of(object);
+void DumpModel(const SourceFile& source, const std::string& uri, JsonWriter& json) {
+  ModelDump(source.IsImplicit(), uri, json).Of(*source.object);
 }
 
 std::string UriOf(const std::string& path) {

@@ -6,6 +6,7 @@
 
 #include "base/byte_order.h"
 #include "class_object.h"
+#include "meant_type.h"
 #include "object_walk.h"
 #include "tag_text.h"
 #include "transfer_syntaxes.h"
@@ -18,26 +19,6 @@ namespace {
 
 constexpr std::uint32_t kHeadSize = 8;  // of an implicit element
 constexpr TagKey kDirectoryRecords = MakeTagKey(0x0004, 0x1220);
-constexpr TagKey kPixelRepresentation = MakeTagKey(0x0028, 0x0103);
-
-/// US or SS, as Pixel Representation says: the rows of data/tables/elements.tsv that name these two and no third. The dictionary
-/// has one type a tag: US.
-constexpr TagKey kSignedWithPixels[] = {
-    MakeTagKey(0x0018, 0x9810), MakeTagKey(0x0022, 0x1452), MakeTagKey(0x0028, 0x0071),
-    MakeTagKey(0x0028, 0x0104), MakeTagKey(0x0028, 0x0105), MakeTagKey(0x0028, 0x0106),
-    MakeTagKey(0x0028, 0x0107), MakeTagKey(0x0028, 0x0108), MakeTagKey(0x0028, 0x0109),
-    MakeTagKey(0x0028, 0x0110), MakeTagKey(0x0028, 0x0111), MakeTagKey(0x0028, 0x0120),
-    MakeTagKey(0x0028, 0x0121), MakeTagKey(0x0028, 0x1100), MakeTagKey(0x0028, 0x1101),
-    MakeTagKey(0x0028, 0x1102), MakeTagKey(0x0028, 0x1103), MakeTagKey(0x0028, 0x1111),
-    MakeTagKey(0x0028, 0x1112), MakeTagKey(0x0028, 0x1113), MakeTagKey(0x0028, 0x3002),
-    MakeTagKey(0x0040, 0x9211), MakeTagKey(0x0040, 0x9216), MakeTagKey(0x0060, 0x3004),
-    MakeTagKey(0x0060, 0x3006),
-};
-
-bool IsSignedWithPixels(TagKey key) {
-  return std::find(std::begin(kSignedWithPixels), std::end(kSignedWithPixels), key) !=
-         std::end(kSignedWithPixels);
-}
 
 /// What stands in the way of a native encoding, anywhere in an object.
 bool HoldsFragments(const Listing& listing) {
@@ -55,8 +36,7 @@ class Preparation final : public ObjectVisitor {
  public:
   Preparation(const SourceFile& source, std::string_view syntax)
       : sourceImplicit_(source.IsImplicit()), writesTypes_(syntax != kImplicitLittle) {
-    const auto signs = source.listing.FindOnTop(kPixelRepresentation);
-    signedPixels_.push_back(signs && SaysSigned(*FileOf(*source.object)));
+    signedPixels_.push_back(HasSignedPixels(*source.object, false));
   }
 
   void OnElement(const Element& element, DataSet& owner, int) override {
@@ -74,23 +54,18 @@ class Preparation final : public ObjectVisitor {
   }
   void OnItem(const Element&, std::uint32_t, DataSet& item, int) override {
     // As the nearest object around says.
-    signedPixels_.push_back(item.Find(kPixelRepresentation) ? SaysSigned(item.File())
-                                                            : signedPixels_.back());
+    signedPixels_.push_back(item.Find(kPixelRepresentationTag)
+                                ? HasSignedPixels(item.Object(), false)
+                                : signedPixels_.back());
   }
   void OnItemEnd(const Element&, int) override { signedPixels_.pop_back(); }
 
  private:
-  static bool SaysSigned(IDcmFile& file) { return UnsignedOf(file, kPixelRepresentation) == 1; }
-
   [[nodiscard]] VrCode TypeFor(const Element& element) const {
     const std::uint16_t group = GroupOf(element.tag);
     if (!writesTypes_ || group == kMetaGroup || group == kStructuralGroup) return element.type;
     VrCode type = element.type;
-    if (sourceImplicit_) {
-      type = ShownType(element);
-      if (signedPixels_.back() && type == type_code::US && IsSignedWithPixels(element.tag))
-        type = type_code::SS;
-    }
+    if (sourceImplicit_) type = MeantType(element.tag, type, true, signedPixels_.back());
     // Values of UN are little endian whatever surrounds them, as the numbers are here.
     return FitsExplicitForm(type, element.length) ? type : type_code::UN;
   }

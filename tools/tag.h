@@ -23,6 +23,7 @@ inline constexpr std::uint16_t kSequenceDelimiterElement = 0xE0DD;
 
 inline constexpr TagKey kTransferSyntaxTag = MakeTagKey(0x0002, 0x0010);
 inline constexpr TagKey kCharacterSetTag = MakeTagKey(0x0008, 0x0005);
+inline constexpr TagKey kPixelRepresentationTag = MakeTagKey(0x0028, 0x0103);
 inline constexpr TagKey kPixelDataTag = MakeTagKey(0x7FE0, 0x0010);
 
 /// Elements that name those who made the private elements of their group (DICOM PS3.5, 7.8).

@@ -82,7 +82,7 @@ class Dump {
   void ShowModel(const std::string& path, const SourceFile& source) {
     if (!source.object) return;
     JsonWriter json(host_.output);
-    DumpModel(*source.object, UriOf(path), json);
+    DumpModel(source, UriOf(path), json);
     json.EndLine();
   }
 

@@ -6,8 +6,10 @@
 #include "escape.h"
 #include "json_values.h"
 #include "json_writer.h"
+#include "meant_type.h"
 #include "opened_object.h"
 #include "tag_text.h"
+#include "value_text.h"
 #include "verbs.h"
 #include "vr_traits.h"
 
@@ -40,19 +42,21 @@ class Getting {
     const SourceFile source = ReadSource(options_.path, how, host_);
     complete_ = source.IsWhole();
     if (!source.object) return ExitCode::kInputFailed;
-    for (const TagPath& path : paths) One(source.object, path);
+    for (const TagPath& path : paths) One(source, path);
     return complete_ ? ExitCode::kDone : ExitCode::kInputFailed;
   }
 
  private:
-  void One(const Ref<IDCMObject>& object, const TagPath& path) {
-    const Place place = Find(object, path);
+  void One(const SourceFile& source, const TagPath& path) {
+    const Place place = Find(source.object, path);
     const auto facts = place.object ? FactsOf(*place.object, path.Tag()) : std::nullopt;
     if (!facts) {
       Miss(path, "is not there");
       return NoLine(path);
     }
-    const VrCode type = options_.type.empty() ? facts->type : TypeCodeOf(options_.type);
+    const VrCode type = options_.type.empty() ? MeantType(path.Tag(), facts->type,
+                                                          source.IsImplicit(), place.signedPixels)
+                                              : TypeCodeOf(options_.type);
     host_.options.json ? AsJson(place, path, type) : AsLine(place, path, type);
   }
 
@@ -76,12 +80,21 @@ class Getting {
     return count;
   }
 
-  /// Tells it where the wanted one is not among `texts`.
-  bool HasWanted(const std::vector<std::string>& texts, const TagPath& path) {
-    if (!options_.index || *options_.index < texts.size()) return true;
+  /// Tells it where `count` values do not have the wanted one.
+  bool HasWanted(std::size_t count, const TagPath& path) {
+    if (!options_.index || *options_.index < count) return true;
     Miss(path, "has no value of number " + std::to_string(*options_.index));
     NoLine(path);
     return false;
+  }
+
+  static bool IsText(VrCode type) {
+    return KindOf(type) == ValueKind::kText || KindOf(type) == ValueKind::kUid;
+  }
+
+  /// How many values that are no text are there: what is no numbers is one.
+  static std::size_t CountOf(VrCode type, const ValueBytes& bytes) {
+    return bytes.Size() == 0 ? 0 : NumberCount(type, bytes.Size()).value_or(1);
   }
 
   void AsLine(const Place& place, const TagPath& path, VrCode type) {
@@ -89,8 +102,14 @@ class Getting {
       return host_.output.Line(std::to_string(ItemsOf(*place.object, path.Tag())));
     const Ref<IDcmFile> file = FileOf(*place.object);
     ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
-    const std::vector<std::string> texts = TextsOf(type, bytes.All(), place.sets);
-    if (!HasWanted(texts, path)) return;
+    if (IsText(type)) return TextsAsLine(TextsOf(type, bytes.All(), place.sets), path);
+    if (!HasWanted(CountOf(type, bytes), path)) return;
+    NumberCount(type, bytes.Size()) ? WriteNumbers(type, bytes) : WriteBytes(bytes);
+    host_.output.Line("");
+  }
+
+  void TextsAsLine(const std::vector<std::string>& texts, const TagPath& path) {
+    if (!HasWanted(texts.size(), path)) return;
     if (options_.index) return host_.output.Line(Escaped(texts[*options_.index]));
     for (std::size_t index = 0; index < texts.size(); ++index) {
       if (index > 0) host_.output.Write("\\");
@@ -99,12 +118,35 @@ class Getting {
     host_.output.Line("");
   }
 
+  // One by one and part by part: as text, pixel data would take many times its memory.
+
+  void WriteNumbers(VrCode type, ValueBytes& bytes) {
+    const std::size_t begin = options_.index.value_or(0);
+    const std::size_t end = options_.index ? begin + 1 : CountOf(type, bytes);
+    for (std::size_t index = begin; index < end; ++index) {
+      if (index > begin) host_.output.Write("\\");
+      host_.output.Write(NumberText(type, bytes, index));
+    }
+  }
+
+  void WriteBytes(ValueBytes& bytes) {
+    for (std::uint32_t at = 0; at < bytes.Size();) {
+      const std::uint32_t count = std::min(ValueBytes::kPortion, bytes.Size() - at);
+      if (at > 0) host_.output.Write("\\");
+      host_.output.Write(Hexadecimal({bytes.At(at, count), count}));
+      at += count;
+    }
+  }
+
   void AsJson(const Place& place, const TagPath& path, VrCode type) {
     const bool isSequence = HasItems(*place.object, path.Tag()) || type == type_code::SQ;
     const Ref<IDcmFile> file = FileOf(*place.object);
     ValueBytes bytes(*file, path.Tag(), isSequence ? 0 : StoredSize(*file, path.Tag()));
-    if (!isSequence && options_.index && !HasWanted(TextsOf(type, bytes.All(), place.sets), path))
-      return;
+    if (!isSequence && options_.index) {
+      const std::size_t count =
+          IsText(type) ? TextsOf(type, bytes.All(), place.sets).size() : CountOf(type, bytes);
+      if (!HasWanted(count, path)) return;
+    }
     JsonWriter json(host_.output);
     json.BeginObject().Member("tag", TextOf(path));
     if (const std::string name = host_.ElementKeywords().Of(path.Tag()); !name.empty())

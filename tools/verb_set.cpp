@@ -5,6 +5,7 @@
 #include "element_values.h"
 #include "file_walk.h"
 #include "json_writer.h"
+#include "meant_type.h"
 #include "opened_object.h"
 #include "output_file.h"
 #include "reencode.h"
@@ -132,7 +133,7 @@ class Setting {
     const Place place = Find(object, given.path);
     if (!place.object) return "there is no such item, and none is made";
     const TagKey tag = given.path.Tag();
-    const VrCode type = given.type != type_code::kNone ? given.type : TypeFor(*place.object, tag);
+    const VrCode type = given.type != type_code::kNone ? given.type : TypeFor(place, tag);
     if (type == type_code::kNone) return "its type is not known: give one, as in TAG:LO=VALUE";
     if (std::string why = WhyNotOfType(given, type); !why.empty()) return why;
     if (type == type_code::SQ && given.value.empty()) return MakeSequence(*place.object, tag);
@@ -162,12 +163,14 @@ class Setting {
     return {};
   }
 
-  VrCode TypeFor(IDCMObject& object, TagKey tag) {
-    const auto facts = FactsOf(object, tag);
-    if (facts && facts->type != type_code::UN) return facts->type;
-    if (IsPrivateCreator(tag)) return type_code::LO;
-    const VrCode known = host_.TypeOfElement(tag);
-    return known == type_code::kNone && facts ? facts->type : known;
+  VrCode TypeFor(const Place& place, TagKey tag) {
+    const auto facts = FactsOf(*place.object, tag);
+    const bool isOpen = !facts || facts->type == type_code::UN;
+    const VrCode known =
+        isOpen && !IsPrivateCreator(tag) ? host_.TypeOfElement(tag) : type_code::kNone;
+    const VrCode type = known == type_code::kNone && facts ? facts->type : known;
+    // Types that the file does not state are those of the dictionary.
+    return MeantType(tag, type, isOpen || !writesTypes_, place.signedPixels);
   }
 
   static std::string MakeSequence(IDCMObject& object, TagKey tag) {

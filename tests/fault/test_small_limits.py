@@ -93,6 +93,19 @@ class SmallLimits(unittest.TestCase):
                 result = limited(command, space, stdout=subprocess.DEVNULL)
                 self.assertEqual((result.returncode, result.stderr), (0, b""), form)
 
+    def test_long_values_are_printed_part_by_part(self):
+        # As text they would take four times the room, and as texts one by one much more.
+        length, space = 100_000_000, least_space([TOOL, "dictionary", "0010,0010"]) + ROOM
+        with tempfile.NamedTemporaryFile() as file:
+            syntax = struct.pack("<HH2sH", 0x0002, 0x0010, b"UI", 20) + b"1.2.840.10008.1.2.1\0"
+            file.write(bytes(128) + b"DICM" + struct.pack("<HH2sHI", 0x0002, 0x0000, b"UL", 4, len(syntax)) + syntax)
+            file.write(struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OW", 0, length))
+            file.truncate(file.tell() + length)
+            file.flush()
+            for options in ([], ["--type", "US"], ["--type", "UL", "--index", "7"]):
+                result = limited([TOOL, "get", *options, file.name, "PixelData"], space, stdout=subprocess.DEVNULL)
+                self.assertEqual((result.returncode, result.stderr), (0, b""), options)
+
     def test_the_model_of_deep_items_needs_no_deep_stack(self):
         opening = struct.pack("<HH2sHIHHI", 0x0008, 0x1140, b"SQ", 0, 0xFFFFFFFF, 0xFFFE, 0xE000, 0xFFFFFFFF)
         closing = struct.pack("<HHIHHI", 0xFFFE, 0xE00D, 0, 0xFFFE, 0xE0DD, 0)

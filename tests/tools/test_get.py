@@ -109,6 +109,18 @@ class Get(tool.ToolTest):
     def test_words_that_name_no_element_are_wrong_usage(self):
         self.assertEqual(self.get("Rows", "Roes", code=USAGE, error="tessaret: get: no element has the keyword \"Roes\"\n"), "")
 
+    def test_long_values_are_whole(self):
+        # Longer than a part, and no whole number of parts.
+        content = bytes(number % 251 for number in range(1_000_001)) + b"\0"
+        file = self.write("long.dcm", meta(EXPLICIT) + element(0x7FE00010, "OB", content))
+        self.assertEqual(run("get", file, "PixelData").stdout.decode(), "\\".join(f"{byte:02x}" for byte in content) + "\n")
+        words = [str(word) for word in struct.unpack("<500001H", content)]
+        self.assertEqual(run("get", "--type", "US", file, "PixelData").stdout.decode(), "\\".join(words) + "\n")
+        for index in (0, 24575, 24576, 500000):  # 48 KiB are 24576 words
+            self.assertEqual(run("get", "--type", "US", "--index", index, file, "PixelData").stdout.decode(), words[index] + "\n")
+        self.assert_ends(run("get", "--type", "US", "--index", 500001, file, "PixelData"), INPUT_FAILED,
+                         f"tessaret: {file}: (7fe0,0010) has no value of number 500001\n")
+
     def test_standard_input_is_read(self):
         self.assertEqual(run("get", "-", "Rows", input=self.file.read_bytes()).stdout, b"2\n")
 
@@ -126,6 +138,22 @@ class Get(tool.ToolTest):
     def test_an_implicit_file_has_the_types_of_the_dictionary(self):
         implicit = self.write("implicit.dcm", meta(IMPLICIT) + element(0x00280010, "US", b"\1\0", implicit=True))
         self.assertEqual(run("get", implicit, "Rows").stdout, b"1\n")
+
+    def test_an_implicit_file_has_the_types_that_its_elements_give_each_other(self):
+        two_bytes = lambda tag, value: element(tag, "US", struct.pack("<H", value), implicit=True)
+        item_of = lambda content: struct.pack("<HHI", 0x0088, 0x0200, len(content) + 8) + item(content)
+        for representation, shown in ((1, b"-2000\n-2000\n63536\n"), (0, b"63536\n63536\n63536\n")):
+            file = self.write("implicit.dcm", meta(IMPLICIT) + element(0x00090010, "LO", "ACME", implicit=True) +
+                              two_bytes(0x00280010, 63536) + two_bytes(0x00280103, representation) + two_bytes(0x00280120, 63536) +
+                              item_of(two_bytes(0x00280120, 63536)))
+            result = run("get", file, "PixelPaddingValue", "0088,0200[0].0028,0120", "Rows", "0009,0010")
+            self.assertEqual(result.stdout, shown + b"ACME\n")
+        # An item may say otherwise than what is around it, and types that a file states count.
+        file = self.write("item.dcm", meta(IMPLICIT) + two_bytes(0x00280103, 1) +
+                          item_of(two_bytes(0x00280103, 0) + two_bytes(0x00280120, 63536)))
+        self.assertEqual(run("get", file, "0088,0200[0].0028,0120").stdout, b"63536\n")
+        file = self.write("explicit.dcm", meta(EXPLICIT) + element(0x00280103, "US", b"\1\0") + element(0x00280120, "US", b"\x30\xf8"))
+        self.assertEqual(run("get", file, "PixelPaddingValue").stdout, b"63536\n")
 
     def test_nothing_in_a_value_steers_a_terminal(self):
         odd = self.write("odd.dcm", meta(EXPLICIT) + element(0x00204000, "LT", "\x1b[31m"))

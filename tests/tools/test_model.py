@@ -73,6 +73,19 @@ class Model(tool.ToolTest):
         report = json.loads(run("get", "--json", "--type", "SV", file, "0008,040C").stdout)
         self.assertEqual(report["Value"], [-5, most, -most, str(-most - 1), str(most + 1), str(-2**63)])
 
+    def test_an_implicit_file_has_the_types_that_its_elements_give_each_other(self):
+        two_bytes = lambda tag, value: element(tag, "US", struct.pack("<H", value), implicit=True)
+        item_of = lambda content: struct.pack("<HHI", 0x0088, 0x0200, len(content) + 8) + item(content)
+        content = (element(0x00090010, "LO", "ACME", implicit=True) + two_bytes(0x00280103, 1) + two_bytes(0x00280120, 63536) +
+                   item_of(two_bytes(0x00280120, 63536) + item_of(two_bytes(0x00280103, 0) + two_bytes(0x00280120, 63536))))
+        signed, unsigned = ({"vr": vr, "Value": [value]} for vr, value in (("SS", -2000), ("US", 63536)))
+        self.assertEqual(self.of(content, syntax=IMPLICIT), {
+            "00090010": {"vr": "LO", "Value": ["ACME"]}, "00280103": {"vr": "US", "Value": [1]}, "00280120": signed,
+            "00880200": {"vr": "SQ", "Value": [{"00280120": signed, "00880200": {"vr": "SQ", "Value": [
+                {"00280103": {"vr": "US", "Value": [0]}, "00280120": unsigned}]}}]}})
+        content = element(0x00280103, "US", b"\1\0") + element(0x00280120, "US", b"\x30\xf8")
+        self.assertEqual(self.of(content)["00280120"], unsigned)
+
     def test_long_values_are_whole(self):
         pixels = bytes(number % 251 for number in range(200_000))
         inline = self.of(element(0x7FE00010, "OW", pixels))["7FE00010"]["InlineBinary"]
@@ -107,7 +120,7 @@ class Model(tool.ToolTest):
         for tag, our in ours.items():
             their, place = theirs[tag], f"{where} {tag}"
             if our["vr"] != their["vr"]:
-                # Types of private elements in implicit files come from a dictionary of theirs; US or SS from Pixel Representation.
+                # Types of private elements in implicit files come from a dictionary of theirs.
                 self.assertTrue("UN" in (our["vr"], their["vr"]) or {our["vr"], their["vr"]} <= {"US", "SS", "OW", "OB", "LO"}, place)
                 continue
             if our["vr"] == "SQ":

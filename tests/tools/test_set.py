@@ -182,6 +182,20 @@ class Set(tool.ToolTest):
         # The pixel data of an icon may be native there.
         self.assertEqual(self.set(compressed, "0088,0200[0].PixelData=03\\04").IconImageSequence[0].PixelData, b"\3\4")
 
+    def test_a_value_has_the_sign_of_the_pixels_where_the_type_is_open(self):
+        for representation, value in ((b"\1\0", -5), (b"\0\0", 5)):
+            for syntax in (IMPLICIT, EXPLICIT):
+                content = lambda tag, value: element(tag, "US", value, implicit=syntax == IMPLICIT)
+                source = self.write("in.dcm", meta(syntax) + content(0x00280103, representation) + content(0x00280010, b"\1\0"))
+                raw = self.set(source, f"PixelPaddingValue={value}").get_item(0x00280120)
+                self.assertEqual(raw.value, struct.pack("<h", value))
+                self.assertEqual(raw.VR, None if syntax == IMPLICIT else "SS" if value < 0 else "US")
+                self.set(source, "Rows=-5", code=INPUT_FAILED, error=(
+                    f"tessaret: {source}: (0028,0010): \"-5\" is not a whole number from 0 to 65535\n"))
+        # The type that is stated stays.
+        source = self.write("in.dcm", meta(EXPLICIT) + element(0x00280103, "US", b"\1\0") + element(0x00280120, "US", b"\0\0"))
+        self.assertEqual(self.set(source, "PixelPaddingValue=5").get_item(0x00280120).VR, "US")
+
     def test_standard_input_is_not_a_file_of_its_name(self):
         dash = self.write("-", b"mine")
         result = run("set", "-", "./-", "PatientID=x", input=self.good_file().read_bytes(), cwd=self.folder)
