@@ -113,6 +113,16 @@ TEST(DecodedText, BytesOfPairsAreNoDelimiters) {
   EXPECT_EQ(chinese, (std::vector<std::string>{"\u616d", "b"}));
 }
 
+TEST(DecodedText, CharactersOfGb18030HaveUpToFourBytes) {
+  // U+00E4 and U+1F600, and a digit that is none of them behind a pair.
+  EXPECT_EQ(Decoded("GB18030", kName,
+                    "\x81\x30\x8a\x31\x94\x39\xfc\x36\xcd\xf5"
+                    "0"),
+            "\u00e4\U0001f600\u738b0");
+  // GBK has two at most.
+  EXPECT_EQ(Decoded("GBK", kName, "\x81\x30\x8a\x36"), "\\x810\\x8a6");
+}
+
 TEST(DecodedText, BytesThatAreNoCharactersAreShown) {
   EXPECT_EQ(Decoded("ISO_IR 192", kName, "a\xff\xc3"), "a\\xff\\xc3");
   EXPECT_EQ(Decoded("ISO_IR 6", kName, "a\xe4"), "a\\xe4");
