@@ -48,7 +48,7 @@ class VR_XXTYPED {
   virtual bool GetValue(std::int32_t index, std::string& out) const = 0;
   /// Stores value number `index`. False, and nothing changes, for a negative index, more than kMostSkippedValues to be left
   /// empty, a value that would become longer than kLongestValue, a value that the type does not have, and an element with
-  /// items. Throws std::bad_alloc with nothing changed. Bytes that other elements share stay as they are for them.
+  /// items. Throws std::bad_alloc with nothing changed. Bytes that are not this element's own are not written to.
   virtual bool PutValue(std::int32_t index, std::string_view in) = 0;
   /// GetValue and PutValue of the first value.
   virtual bool Get(std::string& out) const { return GetValue(0, out); }

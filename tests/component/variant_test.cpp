@@ -298,6 +298,7 @@ TEST(VariantConversion, TrueIsMinusOneAndAnyNumberButZero) {
   EXPECT_EQ(Changed(Variant(0), Type::kBool).AsBool().value, 0);
   EXPECT_EQ(Changed(Variant("TRUE"), Type::kBool).AsBool().value, -1);
   EXPECT_EQ(Changed(Variant(" false "), Type::kBool).AsBool().value, 0);
+  EXPECT_EQ(Changed(Variant("FALSE"), Type::kBool).AsBool().value, 0);
   EXPECT_EQ(Changed(Variant("2"), Type::kBool).AsBool().value, -1);
   EXPECT_EQ(Changed(Variant("true"), Type::kLong).AsLong(), -1);
   EXPECT_EQ(Refusal(Variant("yes"), Type::kBool), kTypeMismatch);

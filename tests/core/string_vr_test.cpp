@@ -29,13 +29,13 @@ using test::WithNuls;
 constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
 constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
 
-/// What an element that held `old` holds after the put; kNoValue where it was refused and nothing changed.
+/// What an element that held `old` tells of the put, as AfterPut does.
 std::string AfterPutText(VrCode type, std::string_view old, std::int32_t index,
                          const Variant& value) {
   const auto vr = Owned(type, old);
   const std::string before = Held(*vr);
-  if (VR_XXMULTISTRING::PutText(*vr, type, value, index)) return Held(*vr);
-  return Held(*vr) == before ? kNoValue : "changed by a refusal";
+  const bool isTaken = VR_XXMULTISTRING::PutText(*vr, type, value, index);
+  return test::OutcomeOf(isTaken, *vr, before);
 }
 
 TEST(NthText, RunsFromBackslashToBackslash) {
@@ -224,7 +224,7 @@ TEST(PutText, StoresOneByteACharacter) {
   EXPECT_EQ(AfterPutText(type_code::LO, "", 0, String(u"\u00E9\u0416")), "\xE9?");
   EXPECT_EQ(AfterPutText(type_code::LO, "", 0, String(std::u16string_view(u"a\0b", 3))),
             WithNuls("a\0b"));
-  EXPECT_EQ(AfterPutText(type_code::LO, "old", 0, String()), kNoValue);  // without Data now
+  EXPECT_EQ(AfterPutText(type_code::LO, "old", 0, String()), test::kEmptied);
 }
 
 TEST(PutText, TakesWhatTurnsIntoText) {

@@ -14,6 +14,7 @@ std::optional<Date> Day(int year, int month, int day) {
 TEST(TimeText, ReadsADay) {
   EXPECT_EQ(DateIn("20010203"), Day(2001, 2, 3));
   EXPECT_EQ(DateIn("20010203-20010204"), Day(2001, 2, 3));
+  EXPECT_EQ(DateIn("20010203140506"), Day(2001, 2, 3));
   EXPECT_EQ(DateIn("20000229"), Day(2000, 2, 29));
   EXPECT_EQ(DateIn(" 2001 2 3"), Day(2001, 2, 3));
   EXPECT_EQ(DateIn("01000101"), Day(100, 1, 1));
@@ -98,8 +99,9 @@ TEST(TimeText, TakesATimeOfFourNumbers) {
 }
 
 TEST(TimeText, RefusesATimeOfFewerNumbers) {
-  for (const char* text : {"", "14", "14:05", "14:05:06", "14:05:06.", "140506.250", "14 :05:06.0",
-                           "14:05:06,250", "14:05:06.99999999999", "a:b:c.d", "+-5:0:0.0"}) {
+  for (const char* text :
+       {"", "14", "14:05", "14:05:06", "14:05:06.", "140506.250", "14 :05:06.0", "14:05:06,250",
+        "14:05:06.99999999999", "a:b:c.d", "+-5:0:0.0", "+:5:6.0", "14:+:6.0"}) {
     EXPECT_EQ(DicomTimeOf(text), std::nullopt) << text;
   }
 }

@@ -17,6 +17,9 @@ namespace tessaret::test {
 /// A value that no text of a test is, where there is none.
 inline constexpr const char* kNoValue = "(no value)";
 
+/// The same for an element that a put left without Data, so that no refusal passes for that, nor the other way round.
+inline constexpr const char* kEmptied = "(emptied)";
+
 /// An element that owns a copy of these bytes.
 inline std::unique_ptr<VR> Owned(VrCode type, const Bytes& value) {
   return std::unique_ptr<VR>(NewElement(0x0009, 0x1001, type, value));
@@ -35,7 +38,9 @@ inline std::string Held(const VR& vr) {
 inline std::string Got(const VR_XXTYPED& view, std::int32_t index) {
   std::string text = kNoValue;
   const bool there = view.GetValue(index, text);
-  return there ? text : text == kNoValue ? kNoValue : "changed by a refusal";
+  const bool isGiven = text != kNoValue;
+  if (there) return isGiven ? text : "nothing, with a yes";
+  return isGiven ? "changed by a refusal" : kNoValue;
 }
 
 /// Value `index` of an element of class View that holds `value`.
@@ -45,14 +50,20 @@ std::string ValueAt(std::string_view value, std::int32_t index) {
   return Got(View(*vr), index);
 }
 
-/// What an element that held `old` holds when `text` was put through a view; kNoValue where the put was refused, which
-/// leaves it as it was.
+/// What `vr`, which held `before`, tells of a put that was taken or not: its bytes, kEmptied without Data; kNoValue for a
+/// refusal that left it as it was.
+inline std::string OutcomeOf(bool isTaken, const VR& vr, std::string_view before) {
+  if (!isTaken) return Held(vr) == before ? kNoValue : "changed by a refusal";
+  return vr.Data == nullptr ? kEmptied : Held(vr);
+}
+
+/// What an element that held `old` tells of a put of `text` through a view.
 template <class View>
 std::string AfterPut(std::string_view old, std::int32_t index, std::string_view text) {
   const auto vr = Owned(type_code::kNone, old);
   const std::string before = Held(*vr);
-  if (View(*vr).PutValue(index, text)) return Held(*vr);
-  return Held(*vr) == before ? kNoValue : "changed by a refusal";
+  const bool isTaken = View(*vr).PutValue(index, text);
+  return OutcomeOf(isTaken, *vr, before);
 }
 
 /// What `bytes` become on the way to the wire, or from it.

@@ -124,6 +124,14 @@ TEST(VRToVariant, NoElementIsEmptyAndHasNoValues) {
   EXPECT_TRUE(none.VRToVariant(0).IsEmpty());
   EXPECT_EQ(none.VRMultiplicity(), 0u);
   EXPECT_FALSE(none.VariantToVR(Variant(1), 0));
+  EXPECT_FALSE(none.VariantToVR(Variant(), 0));
+  EXPECT_FALSE(none.VariantToVR(Variant(VariantArray(Type::kByte, 2u)), 0));
+  for (const VrCode type : {type_code::LO, type_code::US, type_code::DA, type_code::SQ}) {
+    CVariantVR toldType(nullptr, type);
+    EXPECT_TRUE(toldType.VRToVariant(0).IsEmpty()) << type;
+    EXPECT_EQ(toldType.VRMultiplicity(), 0u) << type;
+    EXPECT_FALSE(toldType.VariantToVR(Variant(1), 0)) << type;
+  }
 }
 
 TEST(VRToVariant, TextComesWithoutItsPadding) {
