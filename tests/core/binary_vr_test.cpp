@@ -97,6 +97,15 @@ TEST(BinaryVR, RefusesWhatCannotBeAValue) {
   EXPECT_EQ(Held(sequence), "ab");
 }
 
+TEST(BinaryVR, RefusesAValueBehindTheLongestLengthBeforeItLooksAtTheBytes) {
+  std::uint8_t byte = 0;
+  VR vr(0, 0, 0xFFFFFFFE, &byte, false);
+  // It would end at 2147483648 * 2 = 0x100000000.
+  EXPECT_FALSE(VrUS(vr).PutValue(kLast, "XY"));
+  EXPECT_EQ(vr.Data, &byte);
+  EXPECT_EQ(vr.Length, 0xFFFFFFFE);
+}
+
 TEST(BinaryVR, LeavesOnlySoManyValuesEmpty) {
   const auto vr = Owned(type_code::US, "ab");
   EXPECT_FALSE(VrUS(*vr).PutValue(65537, "XY"));
