@@ -70,6 +70,25 @@ class ThreadQueue::Delivery {
   bool began_ = false;
 };
 
+/// A sender who handles himself what waits before his message. Where his thread is cancelled in that, the message waits on without him.
+class ThreadQueue::SenderHere {
+ public:
+  SenderHere(ThreadQueue& queue, const std::atomic<bool>& taken) : queue_(queue), taken_(taken) {}
+  SenderHere(const SenderHere&) = delete;
+  SenderHere& operator=(const SenderHere&) = delete;
+  ~SenderHere() {
+    if (taken_ || !queue_.IsOfThisProcess()) return;
+    const std::lock_guard lock(queue_.mutex_);
+    for (CThreadMsg* at = queue_.first_.get(); at != nullptr; at = at->next_.get()) {
+      if (at->taken_ == &taken_) at->taken_ = nullptr;
+    }
+  }
+
+ private:
+  ThreadQueue& queue_;
+  const std::atomic<bool>& taken_;
+};
+
 std::shared_ptr<ThreadQueue> ThreadQueue::OfThisThread() {
   Kept* kept = ThreadKept<Kept, OfThread>();
   if (kept == nullptr) return nullptr;
@@ -128,6 +147,7 @@ void ThreadQueue::Send(CThreadMsgProxy& proxy, std::unique_ptr<CThreadMsg>& mess
     return;
   }
   lock.unlock();
+  const SenderHere sender(*this, taken);
   while (!taken && HandleNext(&proxy)) {
   }
 }

@@ -44,6 +44,7 @@ class ThreadQueue {
 
  private:
   class Delivery;
+  class SenderHere;
   struct OfThread;
   struct Kept;
 

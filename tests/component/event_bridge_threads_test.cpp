@@ -1,6 +1,10 @@
 // Messages from one thread to another: what arrives, where, and what happens at the ends of threads and objects.
+#include <pthread.h>
+
+#include <array>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <map>
 #include <optional>
@@ -10,6 +14,7 @@
 #include <gtest/gtest.h>
 
 #include "component/proxy_helpers.h"
+#include "support/build_kind.h"
 #include "tessaret/pump.hpp"
 
 namespace tessaret {
@@ -109,6 +114,118 @@ TEST(EventBridge, ASenderGoesOnWhenNobodyWillHandleItsMessage) {
   proxy.Close();
   worker.join();
   EXPECT_TRUE(proxy.heard.empty());
+  EXPECT_EQ(messagesAlive, 0);
+}
+
+/// A thread that does `work` and is to end.
+class CancelledThread {
+ public:
+  explicit CancelledThread(std::function<void()> work) : work_(std::move(work)) {
+    const auto begin = [](void* self) -> void* {
+      static_cast<CancelledThread*>(self)->work_();
+      ::pthread_testcancel();
+      return nullptr;
+    };
+    EXPECT_EQ(::pthread_create(&thread_, nullptr, begin, this), 0);
+  }
+  CancelledThread(const CancelledThread&) = delete;
+  CancelledThread& operator=(const CancelledThread&) = delete;
+  void Cancel() { EXPECT_EQ(::pthread_cancel(thread_), 0); }
+  ~CancelledThread() {
+    void* result = nullptr;
+    EXPECT_EQ(::pthread_join(thread_, &result), 0);
+    EXPECT_EQ(result, PTHREAD_CANCELED);
+  }
+
+ private:
+  std::function<void()> work_;
+  pthread_t thread_{};
+};
+
+TEST(EventBridge, AThreadThatIsToEndWaitsUntilItsMessageIsHandled) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  test::NotingProxy proxy;
+  ASSERT_TRUE(proxy.Create(nullptr));
+  std::atomic<bool> back = false;
+  {
+    CancelledThread sender([&] {
+      Send(proxy, 1);
+      back = true;
+    });
+    std::this_thread::sleep_for(20ms);
+    sender.Cancel();
+    std::this_thread::sleep_for(20ms);
+    EXPECT_EQ(PumpEvents(-1), 1);
+  }
+  EXPECT_TRUE(back);
+  EXPECT_EQ(proxy.heard, (std::vector<int>{1}));
+}
+
+TEST(EventBridge, AThreadThatIsToEndClosesWhollyBefore) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  test::NotingProxy proxy;
+  ASSERT_TRUE(proxy.Create(nullptr));
+  std::atomic<bool> isHandled = false;
+  std::atomic<bool> closedThen = false;
+  std::optional<CancelledThread> closer;
+  proxy.then = [&](int) {
+    closer.emplace([&] {
+      proxy.Close();
+      closedThen = isHandled.load();
+    });
+    std::this_thread::sleep_for(20ms);
+    closer->Cancel();
+    std::this_thread::sleep_for(20ms);
+    isHandled = true;
+  };
+  Post(proxy, 1);
+  EXPECT_EQ(PumpEvents(0), 1);
+  closer.reset();
+  EXPECT_TRUE(closedThen);
+}
+
+/// Drops what waits, and says how many bytes are written meanwhile where calls that ended before had theirs.
+[[gnu::noinline]] int DrainWatchingTheStack(CThreadMsgProxy& proxy) {
+  std::array<volatile unsigned char, 16384> ended;
+  for (volatile unsigned char& byte : ended) byte = 0xAA;
+  proxy.Drain();
+  int written = 0;
+  for (const volatile unsigned char& byte : ended) written += byte == 0xAA ? 0 : 1;
+  return written;
+}
+
+/// Sends from so far down the stack that nothing else lies there later.
+[[gnu::noinline]] void SendFromBelow(CThreadMsgProxy& proxy, int number) {
+  std::array<volatile unsigned char, 4096> between;
+  for (volatile unsigned char& byte : between) byte = 0;
+  Send(proxy, number);
+  between[0] = 1;
+}
+
+TEST(EventBridge, ASenderThatEndsAmidItsOwnMessagesIsNotToldOfThemLater) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  struct Owner {
+    test::NotingProxy proxy;
+
+    ~Owner() {
+      EXPECT_EQ(messagesAlive, 1);
+      EXPECT_EQ(DrainWatchingTheStack(proxy), 0);
+      EXPECT_EQ(proxy.heard, (std::vector<int>{1}));
+    }
+  };
+  {
+    CancelledThread thread([] {
+      Owner owner;
+      EXPECT_TRUE(owner.proxy.Create(nullptr));
+      owner.proxy.then = [](int) {
+        ::pthread_cancel(::pthread_self());
+        ::pthread_testcancel();
+      };
+      Post(owner.proxy, 1);
+      SendFromBelow(owner.proxy, 2);
+      ADD_FAILURE() << "it went on";
+    });
+  }
   EXPECT_EQ(messagesAlive, 0);
 }
 
