@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "base/text.h"
+#include "component/class_table.h"
+#include "component/report.h"
 #include "facade/c_handles.h"
 #include "facade/c_values.h"
 #include "facade/enumerations.h"
@@ -170,10 +172,14 @@ int32_t tessaret_create(const char* name, tessaret_object** object) {
   *object = nullptr;
   void* made = nullptr;
   const Status status = tessaret_create_object(name, &IDispatch::kId, nullptr, &made);
-  return Quietly([&] {
+  if (Failed(status)) return status;
+  const Status given = Quietly([&] {
     *object = GiveHandle(Ref<IDispatch>::Adopt(static_cast<IDispatch*>(made)));
     return status;
   });
+  // The words of an older failure would pass for those of this one.
+  if (Failed(given)) Report(FindClass(name)->id, "Not enough memory", IDispatch::kId);
+  return given;
 }
 
 int32_t tessaret_query(tessaret_object* object, const char* name, tessaret_object** other) {

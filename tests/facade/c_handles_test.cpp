@@ -134,11 +134,23 @@ TEST(CHandles, OfAValueEndWithItHoweverOftenACopyIsCleared) {
   EXPECT_EQ(tessaret_can_unload(), 1);
 }
 
+/// Leaves the words of a failure that is none of memory.
+void FailOtherwise() {
+  tessaret_object* none = nullptr;
+  EXPECT_EQ(tessaret_create("Tessaret.Nothing", &none), kClassNotRegistered);
+}
+
 TEST(CHandles, WithoutMemoryNothingIsHeld) {
-  test::FailEveryAllocation([] {
+  FailOtherwise();
+  const auto scenario = [] {
     tessaret_object* object = nullptr;
     const Status status = tessaret_create("Tessaret.DCMObject", &object);
     EXPECT_EQ(object == nullptr, Failed(status));
+    if (object == nullptr) {
+      EXPECT_EQ(status, kOutOfMemory);
+      EXPECT_STREQ(tessaret_last_error_text(), "Not enough memory");
+      EXPECT_STREQ(tessaret_last_error_source(), "Tessaret.DCMObject");
+    }
     if (object != nullptr) {
       tessaret_object* manager = nullptr;
       const Status asked = tessaret_query(object, "IDcmObjectManager", &manager);
@@ -147,7 +159,8 @@ TEST(CHandles, WithoutMemoryNothingIsHeld) {
     }
     tessaret_release(object);
     EXPECT_EQ(tessaret_can_unload(), 1);
-  });
+  };
+  test::FailEveryAllocation(scenario, &FailOtherwise);
 }
 
 /// Tries a pointer that is no object, without memory, where nothing was ever given; 0 where nothing is thrown.
