@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <pthread.h>
 #include <sys/resource.h>
 #include <sys/time.h>
 
@@ -11,6 +12,7 @@
 
 #include <gtest/gtest.h>
 
+#include "support/build_kind.h"
 #include "support/child_process.h"
 
 namespace tessaret {
@@ -96,6 +98,33 @@ TEST_F(Pipe, IsWaitedForWhateverSignalsCome) {
   EXPECT_FALSE(pipe_.Wait(DeadlineIn(100)));
   EXPECT_GE(Clock::now() - begin, std::chrono::milliseconds(100));
   EXPECT_GT(signals, 2);
+}
+
+TEST(WakePipe, ServesAThreadThatIsToEndUntilItEnds) {
+  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
+  const auto work = [](void* wasReadable) -> void* {
+    ::pthread_cancel(::pthread_self());
+    {
+      WakePipe pipe;
+      if (!pipe.Open()) return nullptr;
+      pipe.Wake();
+      pollfd ready{.fd = pipe.Descriptor(), .events = POLLIN, .revents = 0};
+      int before = 0;
+      ::pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &before);
+      *static_cast<bool*>(wasReadable) = ::poll(&ready, 1, 0) == 1;
+      ::pthread_setcancelstate(before, nullptr);
+      pipe.Clear();
+    }
+    ::pthread_testcancel();
+    return nullptr;
+  };
+  bool wasReadable = false;
+  pthread_t thread{};
+  ASSERT_EQ(::pthread_create(&thread, nullptr, work, &wasReadable), 0);
+  void* result = nullptr;
+  ASSERT_EQ(::pthread_join(thread, &result), 0);
+  EXPECT_EQ(result, PTHREAD_CANCELED);
+  EXPECT_TRUE(wasReadable);
 }
 
 TEST(WakePipe, IsNotThereWhereNoDescriptorIsLeft) {
