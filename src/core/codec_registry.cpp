@@ -4,6 +4,7 @@
 #include <cstring>
 #include <filesystem>
 #include <new>
+#include <optional>
 #include <system_error>
 #include <utility>
 
@@ -25,12 +26,23 @@ void AddNativeSyntaxes(CodecRegistry::Map& entries) {
   }
 }
 
-std::vector<std::string> ListedLibraries(const std::string& listFile) {
+/// Whether a file that could not be read may well be read later: the host has file work given up, or has no descriptor left.
+bool IsPassing(int error) { return error == ECANCELED || error == EMFILE || error == ENFILE; }
+
+/// Nothing where the list cannot be read for now; one that is not there names no library.
+std::optional<std::vector<std::string>> ListedLibraries(const std::string& listFile) {
   std::vector<std::uint8_t> bytes;
   const int error = ReadWholeFile(listFile, kLargestCodecList, bytes);
   if (error == ENOMEM) throw std::bad_alloc();
-  if (error != 0) return {};
+  if (IsPassing(error)) return std::nullopt;
+  if (error != 0) return std::vector<std::string>();
   return LibraryNamesIn({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+}
+
+/// Whether both stand for the same syntax of the same library.
+bool AreSame(const CodecEntry& a, const CodecEntry& b) {
+  return a.LibraryName == b.LibraryName && a.Index == b.Index &&
+         std::memcmp(&a.Props, &b.Props, sizeof(a.Props)) == 0;
 }
 
 /// The same directory wherever the process goes; as it is where nobody knows where the process is.
@@ -67,26 +79,44 @@ void CodecRegistry::Enumerate(const std::string& name, Map& entries) const {
   }
 }
 
+void CodecRegistry::Adopt(Map& entries) noexcept {
+  for (auto at = entries_.begin(); at != entries_.end();) {
+    const auto old = at++;
+    const auto fresh = entries.find(old->first);
+    if (fresh == entries.end() || !AreSame(old->second, fresh->second)) continue;
+    entries.erase(fresh);
+    entries.insert(entries_.extract(old));
+  }
+  entries_.swap(entries);
+  replaced_.swap(entries);
+}
+
 void CodecRegistry::TakeCensus() {
+  const auto listed = ListedLibraries(places_.listFile);
+  if (!listed && census_ == Census::kWithoutList) return;
   Map entries;
   AddNativeSyntaxes(entries);
   Enumerate(kFirstCodecLibrary, entries);
-  for (const std::string& name : ListedLibraries(places_.listFile)) Enumerate(name, entries);
-  entries_.swap(entries);
-  counted_ = true;
+  if (listed) {
+    for (const std::string& name : *listed) Enumerate(name, entries);
+  }
+  Adopt(entries);
+  census_ = listed ? Census::kWhole : Census::kWithoutList;
 }
 
 CodecEntry* CodecRegistry::Find(std::string_view uid) {
   const std::lock_guard lock(mutex_);
-  if (!counted_) TakeCensus();
+  if (census_ != Census::kWhole) TakeCensus();
   const auto found = entries_.find(uid);
   return found == entries_.end() ? nullptr : &found->second;
 }
 
 std::shared_ptr<std::mutex> CodecRegistry::LockOf(const DcmCodec* codec,
                                                   std::shared_ptr<std::mutex> fresh) const {
-  for (const auto& [uid, entry] : entries_) {
-    if (entry.Codec == codec) return entry.Calls;
+  for (const Map* entries : {&entries_, &replaced_}) {
+    for (const auto& [uid, entry] : *entries) {
+      if (entry.Codec == codec) return entry.Calls;
+    }
   }
   return fresh;
 }

@@ -59,7 +59,8 @@ class CodecRegistry {
   CodecRegistry(const CodecRegistry&) = delete;
   CodecRegistry& operator=(const CodecRegistry&) = delete;
 
-  /// The entry, which stays the registry's, or null. Throws std::bad_alloc; a census that it cut short is taken anew.
+  /// The entry, which stays the registry's and where it is, or null. Throws std::bad_alloc; a census that it cut short is taken anew. So
+  /// is one whose list could not be read for now: until then only the first library counts.
   CodecEntry* Find(std::string_view uid);
 
   /// Makes the codec of the entry ready, unless it is in use already, and counts the caller. False, with nothing changed, when
@@ -73,16 +74,22 @@ class CodecRegistry {
   [[nodiscard]] const Map& Entries() const { return entries_; }
 
  private:
+  /// How far the census has come.
+  enum class Census { kNone, kWithoutList, kWhole };
+
   void TakeCensus();
   void Enumerate(const std::string& name, Map& entries) const;
+  /// Takes the entries of a new census in; those that it does not change stay what they are.
+  void Adopt(Map& entries) noexcept;
   /// The lock of an entry that has this codec object already, otherwise `fresh`.
   std::shared_ptr<std::mutex> LockOf(const DcmCodec* codec,
                                      std::shared_ptr<std::mutex> fresh) const;
 
   CodecPlaces places_;
   std::mutex mutex_;
-  bool counted_ = false;
+  Census census_ = Census::kNone;
   Map entries_;
+  Map replaced_;  // of a census without the list; somebody may still use them
 };
 
 /// That of this process. Lives until the process ends.

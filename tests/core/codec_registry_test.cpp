@@ -1,6 +1,7 @@
 #include "core/codec_registry.h"
 
 #include <stdlib.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -12,6 +13,7 @@
 
 #include "core/codec_helpers.h"
 #include "core/comp_engine.h"
+#include "platform/file_calls.h"
 #include "support/allocation_failure.h"
 #include "support/child_process.h"
 
@@ -188,6 +190,105 @@ TEST(CodecRegistry, ACensusWithoutMemoryIsTakenAnew) {
   EXPECT_GT(allocations, 20u);
   ASSERT_NE(entry, nullptr);
   EXPECT_EQ(codecs->registry.Entries().size(), 23u);
+}
+
+/// The library gives its files up while this lives.
+struct GivenUpFiles {
+  GivenUpFiles() { CancelFileCalls(true); }
+  GivenUpFiles(const GivenUpFiles&) = delete;
+  GivenUpFiles& operator=(const GivenUpFiles&) = delete;
+  ~GivenUpFiles() { CancelFileCalls(false); }
+};
+
+TEST(CodecRegistry, AListThatWasGivenUpIsReadWithALaterQuestion) {
+  TestCodecs codecs("toy_codec.so", "toy_codec_c.so\n");
+  CodecEntry* toy = nullptr;
+  {
+    const GivenUpFiles givenUp;
+    toy = codecs.registry.Find(test::kToy);
+    ASSERT_NE(toy, nullptr) << "the first library counts";
+    EXPECT_EQ(codecs.registry.Find(test::kCToy), nullptr);
+    EXPECT_EQ(UidsIn(codecs.registry).size(), 4u);
+    EXPECT_EQ(codecs.asked["DcmCodec.dll"], 1) << "once until the list can be read";
+  }
+  ASSERT_TRUE(codecs.registry.Acquire(*toy));
+  const DcmCodec* codec = toy->Codec;
+  EXPECT_NE(codecs.registry.Find(test::kCToy), nullptr);
+  EXPECT_EQ(codecs.registry.Find(test::kToy), toy) << "what is in use stays what it is";
+  EXPECT_EQ(toy->Codec, codec);
+  EXPECT_EQ(UidsIn(codecs.registry).size(), 5u);
+  codecs.registry.Release(*toy);
+  const std::map<std::string, int> asked = {{"DcmCodec.dll", 3}, {"toy_codec_c.so", 1}};
+  EXPECT_EQ(codecs.asked, asked) << "two censuses and a codec";
+}
+
+TEST(CodecRegistry, WhatALaterCensusReplacesIsGoodForThoseWhoHaveIt) {
+  // The list names the first library by its path: each syntax has another origin then, and the same codec object.
+  const std::string listed = test::CodecFolder() + "one_object_codec.so";
+  TestCodecs codecs("one_object_codec.so", listed + "\n");
+  CodecEntry* before = nullptr;
+  CodecEntry* builtIn = nullptr;
+  {
+    const GivenUpFiles givenUp;
+    before = codecs.registry.Find("1.2.999.5.0");
+    builtIn = codecs.registry.Find("1.2.840.10008.1.2.1");
+    ASSERT_NE(before, nullptr);
+    ASSERT_TRUE(codecs.registry.Acquire(*before));
+  }
+  CodecEntry* after = codecs.registry.Find("1.2.999.5.0");
+  ASSERT_NE(after, nullptr);
+  EXPECT_NE(after, before);
+  EXPECT_EQ(after->LibraryName, listed);
+  EXPECT_EQ(codecs.registry.Find("1.2.840.10008.1.2.1"), builtIn);
+  EXPECT_EQ(before->LibraryName, "DcmCodec.dll");
+  ASSERT_TRUE(codecs.registry.Acquire(*after));
+  EXPECT_EQ(after->Codec, before->Codec);
+  EXPECT_EQ(after->Calls, before->Calls) << "one lock for one codec object";
+  codecs.registry.Release(*before);
+  EXPECT_EQ(before->Codec, nullptr);
+  ASSERT_TRUE(codecs.registry.Acquire(*before)) << "and again";
+  codecs.registry.Release(*before);
+  codecs.registry.Release(*after);
+  EXPECT_FALSE(test::IsInProcess("one_object_codec.so"));
+}
+
+TEST(CodecRegistry, ALaterCensusWithoutMemoryLeavesTheEntriesAsTheyWere) {
+  TestCodecs codecs("toy_codec.so", "bad_codec.so\n");
+  CodecEntry* toy = nullptr;
+  {
+    const GivenUpFiles givenUp;
+    toy = codecs.registry.Find(test::kToy);
+  }
+  ASSERT_NE(toy, nullptr);
+  bool isWhole = false;
+  test::FailEveryAllocation(
+      [&] {
+        try {
+          isWhole = codecs.registry.Find(test::BadUid(0)) != nullptr;
+        } catch (const std::bad_alloc&) {
+          isWhole = false;
+        }
+      },
+      [&] { EXPECT_EQ(codecs.registry.Entries().size(), isWhole ? 23u : 4u); });
+  EXPECT_TRUE(isWhole);
+  EXPECT_EQ(codecs.registry.Find(test::kToy), toy);
+}
+
+TEST(CodecRegistry, WithoutADescriptorTheCensusIsNotWhole) {
+  const int result = test::RunInChild([] {
+    TestCodecs codecs("toy_codec.so", "toy_codec_c.so\n");
+    rlimit before{};
+    if (::getrlimit(RLIMIT_NOFILE, &before) != 0) return 1;
+    const rlimit none{0, before.rlim_max};
+    if (::setrlimit(RLIMIT_NOFILE, &none) != 0) return 2;
+    const bool isNative = codecs.registry.Find("1.2.840.10008.1.2") != nullptr;
+    const bool isListed = codecs.registry.Find(test::kToy) != nullptr;
+    if (::setrlimit(RLIMIT_NOFILE, &before) != 0) return 3;
+    if (!isNative || isListed) return 4;
+    if (codecs.registry.Find(test::kToy) == nullptr) return 5;
+    return codecs.registry.Find(test::kCToy) != nullptr ? 0 : 6;
+  });
+  EXPECT_EQ(result, 0);
 }
 
 TEST(CodecRegistry, OfThisProcessLooksBesideTheDataAndBesideTheProgram) {
