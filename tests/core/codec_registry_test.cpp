@@ -64,6 +64,7 @@ TEST(CodecRegistry, OrdersEntriesByTheTextOfTheirUids) {
   EXPECT_TRUE(std::is_sorted(uids.begin(), uids.end()));
   EXPECT_EQ(uids.front(), "") << "an empty UID is an entry like others";
   EXPECT_EQ(codecs.registry.Find(test::BadUid(10))->Index, 10u);
+  EXPECT_EQ(codecs.registry.Find(std::string(64, '9'))->Index, 18u) << "behind the empty one";
 }
 
 TEST(CodecRegistry, TheLaterOfTwoLibrariesWins) {

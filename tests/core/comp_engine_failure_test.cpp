@@ -69,7 +69,7 @@ TEST_F(FailingCodecs, WhatACodecChangedStaysWhereItComesThrough) {
 
 TEST_F(FailingCodecs, ASizeAboveWhatWasMadeIsRefused) {
   EXPECT_EQ(WordsOfCompress(1),
-            "The codec says that frame 0 takes 13 bytes, more than it has made");
+            "The codec says that frame 1 takes 13 bytes, more than it has made");
   EXPECT_EQ(WordsOfCompress(2), "The codec says that frame 0 takes 1 bytes, more than it has made");
 }
 

@@ -117,6 +117,8 @@ TEST(ImageInfo, TextAndNegativeNumbersAreRefused) {
     const auto object = Colour(0);
     object->Push(test::NewVR(MakeTagKey(0x0028, element), Bytes{0xFF, 0xFF}, type_code::SS));
     EXPECT_NE(WordsAbout(*object), "") << element;
+    object->Push(test::NewVR(MakeTagKey(0x0028, element), Bytes{0x00, 0x80}, type_code::SS));
+    EXPECT_NE(WordsAbout(*object), "") << element << ", the lowest number";
   }
   const auto sequence = Colour(0);
   sequence->Push(test::NewSequence(kRowsTag, {test::NewObject({})}));

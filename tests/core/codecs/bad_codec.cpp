@@ -72,10 +72,11 @@ class FailsOnTheThird : public PlainCodec {
   }
 };
 
+/// Of the second frame; both together have made more than that.
 class ClaimsTooMuch : public PlainCodec {
   std::uint32_t CompressFrame(DICOMObject*, const char*, VR* pixels, const ImageInfo*,
                               const std::uint8_t*, void*) override {
-    return Append(pixels, 13);
+    return Append(pixels, IndexOf(pixels) == 0 ? 12 : 13);
   }
 };
 
