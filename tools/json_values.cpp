@@ -131,7 +131,8 @@ void WriteNumbers(JsonWriter& json, VrCode type, ValueBytes& bytes, std::size_t 
     if (IsSafeNumber(type, text)) {
       json.Raw(text);
     } else {
-      json.String(tag ? JsonTagOf(text) : text);
+      // What is not a number has no sign that means anything.
+      json.String(tag ? JsonTagOf(text) : text == "-nan" ? "nan" : text);
     }
   }
   json.EndArray();

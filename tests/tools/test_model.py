@@ -49,6 +49,10 @@ class Model(tool.ToolTest):
                 "00280010": {"vr": "US", "Value": [2]}, "00189074": {"vr": "FD", "Value": [0.1]},
                 "00189075": {"vr": "FL", "Value": ["nan", 0.5]}, "7FE00010": {"vr": "OW", "InlineBinary": "AQI="}})
 
+    def test_what_is_not_a_number_has_no_sign(self):
+        self.assertEqual(self.of(element(0x00189074, "FD", struct.pack("<4d", math.nan, -math.nan, math.inf, -math.inf))), {
+            "00189074": {"vr": "FD", "Value": ["nan", "nan", "inf", "-inf"]}})
+
     def test_signs_that_make_no_number_stay_text(self):
         self.assertEqual(self.of(element(0x00091002, "DS", "+-5\\--5\\-+5\\-0")), {
             "00091002": {"vr": "DS", "Value": ["+-5", "--5", "-+5", 0]}})
