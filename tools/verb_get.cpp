@@ -98,8 +98,10 @@ class Getting {
   }
 
   void AsLine(const Place& place, const TagPath& path, VrCode type) {
-    if (HasItems(*place.object, path.Tag()) || type == type_code::SQ)
+    if (HasItems(*place.object, path.Tag()) || type == type_code::SQ) {
+      if (!HasWanted(0, path)) return;
       return host_.output.Line(std::to_string(ItemsOf(*place.object, path.Tag())));
+    }
     const Ref<IDcmFile> file = FileOf(*place.object);
     ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
     if (IsText(type)) return TextsAsLine(TextsOf(type, bytes.All(), place.sets), path);
@@ -142,9 +144,11 @@ class Getting {
     const bool isSequence = HasItems(*place.object, path.Tag()) || type == type_code::SQ;
     const Ref<IDcmFile> file = FileOf(*place.object);
     ValueBytes bytes(*file, path.Tag(), isSequence ? 0 : StoredSize(*file, path.Tag()));
-    if (!isSequence && options_.index) {
-      const std::size_t count =
-          IsText(type) ? TextsOf(type, bytes.All(), place.sets).size() : CountOf(type, bytes);
+    if (options_.index) {
+      // Items are no values.
+      const std::size_t count = isSequence     ? 0
+                                : IsText(type) ? TextsOf(type, bytes.All(), place.sets).size()
+                                               : CountOf(type, bytes);
       if (!HasWanted(count, path)) return;
     }
     JsonWriter json(host_.output);

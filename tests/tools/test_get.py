@@ -70,6 +70,9 @@ class Get(tool.ToolTest):
             f"tessaret: {self.file}: (0028,0010) has no value of number 1\n")), "PRIMARY\n1.50\n\n\n")
 
         self.assertEqual(self.get("--index", "0", "ImageType"), "ORIGINAL\n")
+        # Items are no values.
+        self.assertEqual(self.get("--index", "0", "0008,1140", "Rows", code=INPUT_FAILED, error=(
+            f"tessaret: {self.file}: (0008,1140) has no value of number 0\n")), "\n2\n")
 
     def test_a_type_may_be_given(self):
         self.assertEqual(self.get("--type", "US", "0009,1001"), "1\\515\n")
@@ -89,12 +92,12 @@ class Get(tool.ToolTest):
     def test_json_has_the_one_value_that_is_chosen(self):
         lines = self.get("--json", "--index", "1", "ImageType", "RescaleIntercept", "Rows", "PatientName", "0008,1140",
                          code=INPUT_FAILED, error=(f"tessaret: {self.file}: (0028,0010) has no value of number 1\n"
-                                                   f"tessaret: {self.file}: (0010,0010) has no value of number 1\n")).splitlines()
+                                                   f"tessaret: {self.file}: (0010,0010) has no value of number 1\n"
+                                                   f"tessaret: {self.file}: (0008,1140) has no value of number 1\n")).splitlines()
         self.assertEqual([json.loads(line) for line in lines], [
             {"tag": "(0008,0008)", "keyword": "ImageType", "vr": "CS", "Value": ["PRIMARY"]},
             {"tag": "(0028,1052)", "keyword": "RescaleIntercept", "vr": "DS", "Value": [1.5]},
-            {"tag": "(0028,0010)", "found": False}, {"tag": "(0010,0010)", "found": False},
-            {"tag": "(0008,1140)", "keyword": "ReferencedImageSequence", "vr": "SQ", "items": 2}])
+            {"tag": "(0028,0010)", "found": False}, {"tag": "(0010,0010)", "found": False}, {"tag": "(0008,1140)", "found": False}])
         for index, number in enumerate((1, 515)):
             self.assertEqual(json.loads(self.get("--json", "--type", "US", "--index", index, "0009,1001"))["Value"], [number])
         self.assertEqual(json.loads(self.get("--json", "--index", "0", "0009,1001"))["InlineBinary"], "AQADAg==")
