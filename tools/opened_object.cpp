@@ -3,7 +3,6 @@
 #include <sys/stat.h>
 
 #include "interrupt.h"
-#include "output_file.h"
 #include "platform/file_calls.h"
 
 namespace tessaret::tool {
@@ -16,12 +15,6 @@ SourceFile ReadSource(const std::string& path, const SourceOptions& options, Hos
   for (const std::string& warning : source.warnings) host.messages.Warn(subject, warning);
   if (!source.IsWhole()) host.messages.Error(subject, source.failure);
   return source;
-}
-
-std::string SaveAs(IDCMObject& object, const std::string& path, bool mayReplace) {
-  // Another file may have come there meanwhile.
-  if (std::string why = WhyNotToWrite(path, mayReplace); !why.empty()) return why;
-  return Failed(object.Save(path)) ? LastError().text : std::string();
 }
 
 bool IsSameFile(const std::string& path, const std::string& other) {

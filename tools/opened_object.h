@@ -13,9 +13,6 @@ namespace tessaret::tool {
 /// Loads `path` and tells what is odd about it; the failure, if any, is told too. Throws DictionaryError, Interrupted.
 SourceFile ReadSource(const std::string& path, const SourceOptions& options, Host& host);
 
-/// Saves `object` as `path`, where WhyNotToWrite(path, mayReplace) is still empty. Empty, or why it failed.
-std::string SaveAs(IDCMObject& object, const std::string& path, bool mayReplace);
-
 /// Whether both are one and the same file.
 bool IsSameFile(const std::string& path, const std::string& other);
 

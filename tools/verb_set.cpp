@@ -4,6 +4,7 @@
 #include "class_object.h"
 #include "element_values.h"
 #include "file_walk.h"
+#include "interrupt.h"
 #include "json_writer.h"
 #include "meant_type.h"
 #include "opened_object.h"
@@ -90,7 +91,8 @@ class Setting {
     const Ref<IDCMObject>& object = source.object;
     why = Change(object, syntax);
     if (!why.empty()) return InputFailed(why);
-    why = SaveAs(*object, options_.output, mayReplace_);
+    why = SaveObject(options_.output, SAVE_COMPLETE, mayReplace_, *object);
+    StopIfInterrupted();
     if (!why.empty()) return OutputFailed(why);
     host_.messages.Note(options_.output, "written");
     if (host_.options.json) Report();
@@ -141,6 +143,7 @@ class Setting {
     if (!value.failure.empty()) return value.failure;
     if (HasItems(*place.object, tag))
       return "holds items, which a value cannot replace: use --remove";
+    WarnOfLostType(place, given);
     if (!writesTypes_ || FitsExplicitForm(type, value.bytes.size())) {
       PutBytes(*place.object, tag, type, value.bytes);
     } else {
@@ -161,6 +164,18 @@ class Setting {
     if (isReadAsSequence && type != type_code::SQ)
       return "is a sequence by the dictionary, which the implicit form is read by";
     return {};
+  }
+
+  /// Readers of the implicit form go by the dictionary, whatever type was given.
+  void WarnOfLostType(const Place& place, const Assignment& given) {
+    if (writesTypes_ || given.type == type_code::kNone || given.value.empty()) return;
+    const VrCode known = host_.TypeOfElement(given.path.Tag());
+    const VrCode read = MeantType(given.path.Tag(), known, true, place.signedPixels);
+    const bool isAlike = KindOf(read) == ValueKind::kBytes && KindOf(given.type) == KindOf(read);
+    if (read == type_code::kNone || read == given.type || isAlike) return;
+    host_.messages.Warn(options_.output, TextOf(given.path) + " will be read as " +
+                                             LettersOf(read) +
+                                             ", for the implicit form does not keep its type");
   }
 
   VrCode TypeFor(const Place& place, TagKey tag) {

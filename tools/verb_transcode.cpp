@@ -1,5 +1,6 @@
 // tessaret transcode: writes a DICOM file with its pixel data in another transfer syntax.
 #include "class_object.h"
+#include "interrupt.h"
 #include "json_writer.h"
 #include "opened_object.h"
 #include "output_file.h"
@@ -36,8 +37,9 @@ class Transcoding {
     VariantBool done;
     if (Failed(object->Translate(to_, &done))) return InputFailed(LastError().text);
     if (!done.IsTrue()) return InputFailed("no codec is here that makes " + NameOf(to_) + " of it");
-    if (const std::string why = SaveAs(*object, options_.output, options_.force); !why.empty())
-      return OutputFailed(why);
+    const std::string why = SaveObject(options_.output, SAVE_COMPLETE, options_.force, *object);
+    StopIfInterrupted();
+    if (!why.empty()) return OutputFailed(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to_));
     if (host_.options.json) Report(from);
     return ExitCode::kDone;

@@ -63,6 +63,14 @@ class Transcode(tool.ToolTest):
         self.assert_ends(run("transcode", "--to", "explicit", self.write("in.dcm", meta(IMPLICIT) + content), out), DONE, "")
         self.assertEqual(pydicom.dcmread(out).SmallestImagePixelValue, -1)
 
+    def test_an_element_of_a_newer_type_stays_readable(self):
+        # Written as UN, since the library's writers would give UC a length that others misread.
+        content = element(0x00080119, "UC", "code", implicit=True) + element(0x00100010, "PN", "behind", implicit=True)
+        out = self.path("out.dcm")
+        self.assert_ends(run("transcode", "--to", "explicit", self.write("in.dcm", meta(IMPLICIT) + content), out), DONE, "")
+        self.assertIn(struct.pack("<HH2sHI", 0x0008, 0x0119, b"UN", 0, 4) + b"code", out.read_bytes())
+        self.assertEqual(pydicom.dcmread(out).PatientName, "behind")
+
     def test_a_file_that_is_there_is_replaced_only_by_force(self):
         source = self.source(EXPLICIT)
         self.assert_ends(run("transcode", "--to", "big", source, source), OUTPUT_FAILED,

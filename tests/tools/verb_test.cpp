@@ -54,5 +54,16 @@ TEST_F(ComesMeanwhile, AFileStaysThatTakesThePlaceOfADictionary) {
   Expect(&SetUpDictionary, "--compile " + path, path);
 }
 
+TEST_F(ComesMeanwhile, AFileStaysThatTakesThePlaceOfAChangedOne) {
+  EXPECT_EQ(Run(&SetUpPhantom, folder_.Path().string() + " --size 8 --slices 1",
+                folder_.File("unrelated")),
+            ExitCode::kDone);
+  const std::string source = folder_.File("IM000001.dcm");
+  const std::string changed = folder_.File("changed.dcm");
+  Expect(&SetUpSet, source + ' ' + changed + " PatientID=x", changed);
+  const std::string translated = folder_.File("translated.dcm");
+  Expect(&SetUpTranscode, source + ' ' + translated + " --to big", translated);
+}
+
 }  // namespace
 }  // namespace tessaret::tool
