@@ -122,10 +122,17 @@ bool IsDecimal(std::string_view text) {
          !text.starts_with("+-");
 }
 
+bool HasLeadingZero(std::string_view text) {
+  for (std::size_t at = 0; at + 1 < text.size(); ++at) {
+    if ((at == 0 || text[at - 1] == '.') && text[at] == '0' && text[at + 1] != '.') return true;
+  }
+  return false;
+}
+
 bool IsUid(std::string_view text) {
   return text.find_first_not_of(".0123456789") == std::string_view::npos &&
          !text.starts_with('.') && !text.ends_with('.') &&
-         text.find("..") == std::string_view::npos;
+         text.find("..") == std::string_view::npos && !HasLeadingZero(text);
 }
 
 bool IsAge(std::string_view text) {
@@ -157,7 +164,7 @@ constexpr FormRow kForms[] = {
      "a whole number from -2147483648 to 2147483647"},
     {type_code::TM, &TimeValue, "a time: HHMMSS.FFFFFF or HH:MM:SS"},
     {type_code::UI, [](std::string_view text) { return WithoutChange(text, &IsUid); },
-     "a UID: numbers with points between"},
+     "a UID: numbers without leading zeros, with points between"},
 };
 
 /// Lines and their like stand in running text only (DICOM PS3.5, 6.1.3); escape sequences are not made.
@@ -192,6 +199,11 @@ std::string StoredText(VrCode type, std::string_view value, std::string& failure
   if (failure.empty() &&
       std::ranges::any_of(stored, [&](char c) { return IsControlOutOfPlace(type, c); }))
     failure = Quoted(value) + " has control characters, which this type does not take";
+  if (failure.empty() && type == type_code::CS &&
+      std::ranges::any_of(stored, [](char c) { return c >= 'a' && c <= 'z'; }))
+    failure = Quoted(value) + " has small letters, which this type does not take";
+  if (failure.empty() && type == type_code::PN && std::ranges::count(stored, '=') > 2)
+    failure = Quoted(value) + " has more than the three forms of a name";
   const VrTraits& traits = *FindTraits(type);
   const std::size_t length = LongestPart(stored, type == type_code::PN ? '=' : '\0');
   if (failure.empty() && traits.most != 0 && length > traits.most) {

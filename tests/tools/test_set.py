@@ -110,6 +110,9 @@ class Set(tool.ToolTest):
         self.refuse("(0028,0010): \"70000\" is not a whole number from 0 to 65535", "Rows=70000")
         self.refuse("(0008,0060): 17 characters are more than the 16 of CS", "Modality=12345678901234567")
         self.refuse("(0008,0020): \"2001-02-30\" is not a date: YYYYMMDD or YYYY-MM-DD", "StudyDate=2001-02-30")
+        self.refuse("(0008,0060): \"ct\" has small letters, which this type does not take", "Modality=ct")
+        self.refuse("(0010,0010): \"a=b=c=d\" has more than the three forms of a name", "PatientName=a=b=c=d")
+        self.refuse("(0020,000d): \"1.02\" is not a UID: numbers without leading zeros, with points between", "StudyInstanceUID=1.02")
         self.refuse("(0011,1001): its type is not known: give one, as in TAG:LO=VALUE", "0011,1001=x")
         self.refuse("(0008,1140): a sequence takes no value: name an element of an item", "0008,1140=x")
 
@@ -130,6 +133,31 @@ class Set(tool.ToolTest):
             self.assertEqual(data.PatientComments, "behind")
         source = self.write("in.dcm", meta(IMPLICIT) + image(implicit=True))
         self.assertEqual(len(self.set(source, f"0009,1002:DS={numbers}").get_item(0x00091002).value), 70000)
+
+    def test_an_element_of_a_newer_type_stays_readable(self):
+        # The library's readers and writers give UC a short length, others a long one.
+        out = self.path("out.dcm")
+        error = f"tessaret: {out}: warning: (0008,0119) is written as UN, which has room for its length\n"
+        data = self.set(self.good_file(), "LongCodeValue=abc", error=error)
+        raw = data.get_item(0x00080119)
+        self.assertEqual((raw.VR, raw.value), ("UN", b"abc "))
+        self.assertEqual(data.PatientName, "Doe^John")
+
+    def test_what_is_unknown_stays_unknown(self):
+        content = element(0x00100010, "UN", b"Doe^John") + element(0x00280107, "UN", b"\1\0")
+        data = self.set(self.write("in.dcm", meta(EXPLICIT) + content), "PatientID:UN=41\\42")
+        raw = {tag: (data.get_item(tag).VR, data.get_item(tag).value) for tag in (0x00100010, 0x00100020, 0x00280107)}
+        self.assertEqual(raw, {0x00100010: ("UN", b"Doe^John"), 0x00100020: ("UN", b"AB"), 0x00280107: ("UN", b"\1\0")})
+
+    def test_a_given_type_that_the_implicit_form_does_not_keep_is_told(self):
+        source, out = self.write("in.dcm", meta(IMPLICIT) + image(implicit=True)), self.path("out.dcm")
+        lost = lambda tag, vr: (f"tessaret: {out}: warning: {tag} will be read as {vr}, "
+                                "for the implicit form does not keep its type\n")
+        data = self.set(source, "PatientName:FD=1", "Rows:UL=5", "0009,0010:SH=ACME", error=(
+            lost("(0010,0010)", "PN") + lost("(0028,0010)", "US") + lost("(0009,0010)", "LO")))
+        self.assertEqual(data.get_item(0x00280010).value, b"\5\0\0\0")
+        # Nothing is lost of what readers know or cannot know, and bytes are bytes.
+        self.set(source, "Rows:US=5", "0009,1001:FD=1", "PixelData:OB=00\\01", "PatientID:SH=", error="")
 
     def test_the_output_may_be_the_input(self):
         file = self.good_file()
