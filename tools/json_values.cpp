@@ -11,9 +11,7 @@
 namespace tessaret::tool {
 namespace {
 
-// Whole groups of three bytes, so that portions can be joined.
 constexpr std::uint32_t kPortion = ValueBytes::kPortion;
-static_assert(kPortion % 3 == 0);
 
 std::string Base64(std::span<const std::uint8_t> bytes) {
   constexpr char kLetters[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
@@ -155,24 +153,34 @@ bool WriteValues(JsonWriter& json, VrCode type, ValueBytes& bytes, const Charact
   return count.has_value();
 }
 
-void WriteInlineBinary(JsonWriter& json, std::span<const std::uint8_t> bytes) {
-  json.Key("InlineBinary").Raw("\"");
-  while (!bytes.empty()) {
-    const auto portion = bytes.first(std::min<std::size_t>(bytes.size(), kPortion));
-    json.More(Base64(portion));
-    bytes = bytes.subspan(portion.size());
+InlineBinary::InlineBinary(JsonWriter& json) : json_(json) { json_.Key("InlineBinary").Raw("\""); }
+
+void InlineBinary::Add(std::span<const std::uint8_t> bytes) {
+  waiting_.insert(waiting_.end(), bytes.begin(), bytes.end());
+  // What makes no whole group of three stays for the next part.
+  const std::size_t whole = waiting_.size() / 3 * 3;
+  if (whole < kPortion) return;
+  json_.More(Base64(std::span(waiting_).first(whole)));
+  waiting_.erase(waiting_.begin(), waiting_.begin() + static_cast<std::ptrdiff_t>(whole));
+}
+
+void InlineBinary::Add(ValueBytes& bytes) {
+  for (std::uint32_t at = 0; at < bytes.Size();) {
+    const std::uint32_t count = std::min(kPortion, bytes.Size() - at);
+    Add({bytes.At(at, count), count});
+    at += count;
   }
-  json.More("\"");
+}
+
+void InlineBinary::End() {
+  json_.More(Base64(waiting_));
+  json_.More("\"");
 }
 
 void WriteInlineBinary(JsonWriter& json, ValueBytes& bytes) {
-  json.Key("InlineBinary").Raw("\"");
-  for (std::uint32_t at = 0; at < bytes.Size(); at += kPortion) {
-    const std::uint32_t count = std::min(kPortion, bytes.Size() - at);
-    json.More(Base64({bytes.At(at, count), count}));
-    if (count < kPortion) break;
-  }
-  json.More("\"");
+  InlineBinary binary(json);
+  binary.Add(bytes);
+  binary.End();
 }
 
 }  // namespace tessaret::tool

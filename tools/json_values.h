@@ -6,6 +6,7 @@
 #include <optional>
 #include <span>
 #include <string>
+#include <vector>
 
 #include "character_sets.h"
 #include "json_writer.h"
@@ -31,8 +32,20 @@ bool WriteValues(JsonWriter& json, VrCode type, ValueBytes& bytes, const Charact
                  DecimalText decimals = DecimalText::kByValue,
                  std::optional<std::size_t> only = std::nullopt);
 
+/// The member "InlineBinary" of bytes that come one part behind the other.
+class InlineBinary {
+ public:
+  explicit InlineBinary(JsonWriter& json);
+  void Add(std::span<const std::uint8_t> bytes);
+  void Add(ValueBytes& bytes);
+  void End();
+
+ private:
+  JsonWriter& json_;
+  std::vector<std::uint8_t> waiting_;
+};
+
 /// The member "InlineBinary", in portions.
-void WriteInlineBinary(JsonWriter& json, std::span<const std::uint8_t> bytes);
 void WriteInlineBinary(JsonWriter& json, ValueBytes& bytes);
 
 }  // namespace tessaret::tool

@@ -31,22 +31,22 @@ std::optional<TagKey> NextTag(IDCMObject& object, std::optional<TagKey> tag) {
   return static_cast<std::uint32_t>(group) << 16 | static_cast<std::uint32_t>(element);
 }
 
-/// The fragments of compressed pixel data as a file has them, each behind its tag and length.
-std::vector<std::uint8_t> Fragments(IDCMObject& object, TagKey tag) {
-  std::vector<std::uint8_t> bytes;
+/// Writes the fragments of compressed pixel data as a file has them, each behind its tag and length.
+void WriteFragments(JsonWriter& json, IDCMObject& object, TagKey tag) {
+  InlineBinary binary(json);
   for (std::uint32_t index = 0;; ++index) {
     const Ref<IDCMObject> item = ItemOf(object, tag, index);
-    if (!item) return bytes;
+    if (!item) return binary.End();
+    StopIfInterrupted();
     const Ref<IDcmFile> file = FileOf(*item);
     const TagKey inside = NextTag(*item, std::nullopt).value_or(0);
     ValueBytes value(*file, inside, StoredSize(*file, inside));
-    const auto fragment = value.All();
     std::uint8_t head[8];
     StoreLittle16(head, kStructuralGroup);
     StoreLittle16(head + 2, kItemElement);
-    StoreLittle32(head + 4, static_cast<std::uint32_t>(fragment.size()));
-    bytes.insert(bytes.end(), head, head + sizeof head);
-    bytes.insert(bytes.end(), fragment.begin(), fragment.end());
+    StoreLittle32(head + 4, value.Size());
+    binary.Add(head);
+    binary.Add(value);
   }
 }
 
@@ -119,7 +119,7 @@ class ModelDump {
     json_.Key(name).BeginObject();
     if (tag == kPixelDataTag && hasItems) {
       json_.Member("vr", facts.letters);
-      WriteInlineBinary(json_, Fragments(object, tag));
+      WriteFragments(json_, object, tag);
     } else if (hasItems || facts.type == type_code::SQ) {
       json_.Member("vr", "SQ");
       if (hasItems) {

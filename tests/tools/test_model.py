@@ -106,6 +106,10 @@ class Model(tool.ToolTest):
         head = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED)
         pixels = self.of(head + fragments + tool.sequence_end(), syntax=JPEG)["7FE00010"]
         self.assertEqual((pixels["vr"], base64.b64decode(pixels["InlineBinary"])), ("OB", fragments))
+        # They go out in parts, which end within a group of three bytes.
+        long = b"".join(item(bytes(number % 251 for number in range(size))) for size in (0, 2, 49152, 49154, 100_000, 4))
+        pixels = self.of(head + long + tool.sequence_end(), syntax=JPEG)["7FE00010"]
+        self.assertEqual(base64.b64decode(pixels["InlineBinary"], validate=True), long)
 
     def test_each_file_is_a_line_and_one_that_fails_has_words(self):
         good, cut = self.good_file(), self.write("cut.dcm", (meta(EXPLICIT) + image())[:-3])
