@@ -5,7 +5,7 @@ import functools
 import itertools
 import weakref
 
-from . import _library, _members, _values
+from . import _interrupts, _library, _members, _values
 from ._errors import check, closed, not_in_this_library
 
 
@@ -57,14 +57,26 @@ _keys = itertools.count(1)
 _listening = weakref.WeakValueDictionary()
 
 
-@_library.EVENT_FUNCTION
-def _heard(key, number, values, count):
-    connection = _listening.get(key)
-    if connection is None or connection._number != number:
-        return
-    block = _values.Block.copy_of(values, count)
-    # What this raises goes from here to sys.unraisablehook, not into the library.
-    connection._function(*[_values.read_any(block, slot) for slot in range(1, count + 1)])
+def _hear(key, number, values, count):
+    try:
+        connection = _listening.get(key)
+        if connection is None or connection._number != number:
+            return
+        block = _values.Block.copy_of(values, count)
+        # What this raises goes from here to sys.unraisablehook, not into the library.
+        connection._function(*[_values.read_any(block, slot) for slot in range(1, count + 1)])
+    except KeyboardInterrupt as interrupt:
+        if not _interrupts.keep(interrupt):
+            raise
+
+
+_heard = _library.EVENT_FUNCTION(_hear)
+
+
+@functools.cache
+def _prepare():
+    """For the first connection of all."""
+    _interrupts.keep_from_beginning_of(_hear)
 
 
 @functools.lru_cache(maxsize=None)
@@ -89,6 +101,7 @@ def connect(source, event, function):
     found = events_of(source).get(event.lower())
     if found is None:
         raise AttributeError(f"{type(source).__name__} has no event {event!r}", name=event, obj=source)
+    _prepare()
     return Connection(source, *found, function)
 
 
@@ -105,6 +118,7 @@ def pump(timeout=0):
     while True:
         wait = _LONGEST_WAIT if remaining is None else min(remaining, _LONGEST_WAIT)
         told = _library.pump(wait)
+        _interrupts.raise_kept()
         check(told, "pump")
         if remaining is not None:
             remaining -= wait

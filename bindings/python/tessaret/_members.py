@@ -8,7 +8,7 @@ import datetime
 import keyword
 import typing
 
-from . import _enumerations, _library, _values
+from . import _enumerations, _interrupts, _library, _values
 from ._errors import closed, error_of
 
 ANNOTATIONS = {_library.SHORT: "int", _library.LONG: "int", _library.FLOAT: "float", _library.DOUBLE: "float",
@@ -228,6 +228,7 @@ def source_of(member):
         "        raise _failure(self, _status)",
         *_indent(reading),
         "    _home.append(_block)",
+        "    if _kept_interrupts: _raise_kept()",
         f"    return {answer}", ""])
 
 
@@ -265,7 +266,9 @@ def _failing(member):
     def failure(self, status):
         if not self._handle:
             return closed(where)
-        return error_of(status, where)
+        error = error_of(status, where)
+        _interrupts.raise_kept(error)
+        return error
     return failure
 
 
@@ -280,7 +283,8 @@ def function_of(member):
     names = {"_pool": [], "_make": _maker(member), "_fill": _filler(member), "_failure": _failing(member), "_call": _library.call,
              "_UNFIT": _UNFIT, "_read_any": _values.read_any, "_read_text": _values.read_text, "_read_date": _values.read_date,
              "_read_object": _values.read_object, "__name__": "tessaret", "datetime": datetime.datetime, "Any": typing.Any,
-             "_enumerators": _enumerations.enumerators, **_enumerations.classes}
+             "_kept_interrupts": _interrupts.kept, "_raise_kept": _interrupts.raise_kept, "_enumerators": _enumerations.enumerators,
+             **_enumerations.classes}
     exec(compile(source_of(member), f"<{member.interface}.{member.name}>", "exec"), names)
     function = names[member.name]
     function.__qualname__ = f"{member.interface}.{member.name}"

@@ -73,7 +73,8 @@ class Object:
     def on(self, event, function):
         """Has `function` called for each event of this name, with the values that the event carries. Answers a connection, whose
         disconnect() ends it; it lasts until then, or until this object is given back. It is called on the thread that this object
-        belongs to, within a call or within tessaret.pump. What it raises goes to sys.unraisablehook.
+        belongs to, within a call or within tessaret.pump. What it raises goes to sys.unraisablehook; Ctrl-C is raised by that call,
+        when it has come to its end.
 
             connection = volume.on("OnProgress", lambda percent: print(percent))
         """

@@ -1,6 +1,7 @@
 """Events: who hears them, how long, on which thread, and what may happen meanwhile."""
 
 import gc
+import re
 import sys
 import threading
 import traceback
@@ -157,6 +158,80 @@ class Events(package.PackageTest):
         self.echo.TellFromThread(5, "x")
         self.assertEqual(threads[0][1], (5, "x"))
         self.assertNotEqual(threads[0][0], threading.get_ident())
+
+
+INTERRUPTED_CALLS = """
+import ctypes, signal, sys, threading
+import package
+package.use_library("tessaret_echo")
+import tessaret
+from tessaret import _library
+
+def interrupt(*_):
+    signal.raise_signal(signal.SIGINT)
+
+def tried(function, *arguments):
+    try:
+        print(function(*arguments))
+    except KeyboardInterrupt as error:
+        print("interrupted", error.__cause__)
+
+heard = []
+echo = package.new_echo()
+# While the function runs; the others hear the event all the same, and nothing is left for the next call.
+with echo.on("OnTold", interrupt), echo.on("OnTold", lambda number, *_: heard.append(number)):
+    tried(echo.Tell, 1, "x")
+    print(heard, echo.Outs(5))
+    tried(echo.Tell, 2, "x")
+# A call within a later function has it at once, though it fails itself, and so has the one around it.
+with echo.on("OnTold", interrupt), echo.on("OnTold", lambda *_: echo.Fail(-1, None)):
+    tried(echo.Tell, 3, "x")
+    tried(echo.Outs, 5)
+# Within a pump.
+with echo.on("OnTold", interrupt):
+    echo.TellWhenPumped(4, "x")
+    tried(tessaret.pump, 30)
+    tried(tessaret.pump, 0)
+# While the library works: a function of C that hears the event first gives itself the signal, which its connection has as its number.
+cookie = ctypes.c_uint32()
+give_signal = ctypes.cast(getattr(ctypes.CDLL(None), "raise"), _library.EVENT_FUNCTION)
+_library.advise(echo._handle, give_signal, int(signal.SIGINT), cookie)
+with echo.on("OnTold", lambda number, *_: heard.append(number)):
+    tried(echo.Tell, 5, "x")
+    tried(echo.Outs, 5)
+_library.unadvise(echo._handle, cookie)
+
+# No call of a thread of the library would get it.
+def fail(*_):
+    raise KeyboardInterrupt("elsewhere")
+with echo.on("OnTold", fail):
+    tried(echo.TellFromThread, 6, "x")
+    tried(echo.Outs, 5)
+# What is no function that hears an event goes where it always goes.
+class Dying:
+    def __del__(self):
+        raise KeyboardInterrupt("dying")
+Dying()
+tried(echo.Outs, 5)
+# A program's own hook does not take it away from the call.
+sys.unraisablehook = sys.__unraisablehook__
+with echo.on("OnTold", interrupt):
+    tried(echo.Tell, 7, "x")
+echo.close()
+print(tessaret.can_unload())
+"""
+
+
+class Interrupts(package.PackageTest):
+    def test_an_interrupt_within_an_event_is_raised_when_the_call_has_come_to_its_end(self):
+        result = package.run_python(INTERRUPTED_CALLS)
+        self.assertEqual((result.returncode, result.stdout.splitlines()),
+                         (0, ["interrupted None", "[1] (6, True)", "interrupted None",
+                              "interrupted IEcho.Fail: it failed with status 0xFFFFFFFF", "(6, True)",
+                              "interrupted None", "0",
+                              "interrupted None", "(6, True)",
+                              "True", "(6, True)", "(6, True)", "interrupted None", "True"]), result.stderr)
+        self.assertEqual(re.findall("KeyboardInterrupt.*", result.stderr), ["KeyboardInterrupt: elsewhere", "KeyboardInterrupt: dying"])
 
 
 INTERRUPTED = """
