@@ -63,7 +63,8 @@ def places():
     """Where the library may lie, the likeliest first. A name without a folder is for the loader to find."""
     named = os.environ.get(VARIABLE)
     if named:
-        return [named]
+        # Once it is loaded the library finds its dictionaries by the name that it was loaded by, from wherever the program has gone.
+        return [os.path.abspath(named) if os.sep in named else named]
     package = pathlib.Path(__file__).resolve().parent
     folders = [package]
     # An installed copy: PREFIX/lib/python3/dist-packages/tessaret, with the library in one of the folders for libraries.

@@ -76,7 +76,7 @@ class Object:
         belongs to, within a call or within tessaret.pump. What it raises goes to sys.unraisablehook; Ctrl-C is raised by that call,
         when it has come to its end.
 
-            connection = volume.on("OnProgress", lambda percent: print(percent))
+            connection = image.on("OnDrawOverlay", lambda surface, x0, y0, x1, y1: print(x0, y0, x1, y1))
         """
         return _events.connect(self, event, function)
 

@@ -349,6 +349,11 @@ class Loading(package.PackageTest):
         self.assertNotEqual(result.returncode, 0)
         self.assertIn("ImportError: the Tessaret library that TESSARET_LIBRARY names cannot be loaded: /no/such/file.so", result.stderr)
 
+    def test_a_library_may_be_named_by_the_way_to_it_from_where_the_program_starts(self):
+        library = os.path.relpath(package.LIBRARY_FOLDER / "libtessaret.so")
+        result = package.run_python("import os, tessaret; os.chdir('/'); tessaret.start(); print('started')", TESSARET_LIBRARY=library)
+        self.assertEqual((result.stdout, result.stderr), ("started\n", ""))
+
     def test_another_library_is_an_import_error(self):
         result = package.run_python("import tessaret", TESSARET_LIBRARY="libc.so.6")
         self.assertIn("ImportError: libc.so.6 is not the Tessaret library", result.stderr)
