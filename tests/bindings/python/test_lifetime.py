@@ -185,6 +185,19 @@ class Memory(package.PackageTest):
             # A byte a call would be a million.
             self.assertLess(self.resident() - before, 500_000)
 
+    def test_arrays_without_entries_are_freed(self):
+        empty = tessaret.Array([], "short")
+        with package.new_echo() as echo:
+            def call():
+                for _ in range(5_000):
+                    echo.Echo(empty)
+            call()
+            before = self.resident()
+            for _ in range(4):
+                call()
+            # The description of an array has 32 bytes: kept each time, that would be more than 600,000.
+            self.assertLess(self.resident() - before, 400_000)
+
     def test_values_of_events_are_freed(self):
         values = ["x" * self.SIZE, b"x" * self.SIZE, tessaret.Array(b"x" * self.SIZE, lower=(1,))]
         with package.new_echo() as echo:
