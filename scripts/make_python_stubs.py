@@ -144,6 +144,16 @@ def enumeration_lines(enumeration):
             *(f"{member.name}: Final = {enumeration.name}.{member.name}" for member in enumeration.members), ""]
 
 
+QUERY = "    def query(self, interface: str) -> Any: ..."
+
+
+def query_lines(found):
+    """Which interface the function answers for which name."""
+    names = sorted(interface.name for all_of in found.values() for interface in all_of if not interface.name.startswith("_"))
+    return [line for name in names for line in ("    @overload", f'    def query(self, interface: Literal["{name}"]) -> {name}: ...')] + [
+        "    @overload", QUERY]
+
+
 def stub():
     found = interfaces.read_all()
     enumerations = interfaces.all_enumerations() if hasattr(interfaces, "all_enumerations") else []
@@ -152,7 +162,7 @@ def stub():
                for line in ("@overload", f'def create(name: Literal["{name}", "{name}.1"]) -> {interface}: ...')]
     return "\n".join([
         "# Made by scripts/make_python_stubs.py from include/tessaret and _general.pyi.in; not to be edited.",
-        GENERAL.read_text(), *creates, "@overload", "def create(name: str) -> Any: ...", "",
+        GENERAL.read_text().replace(QUERY, "\n".join(query_lines(found))), *creates, "@overload", "def create(name: str) -> Any: ...", "",
         *(line for enumeration in enumerations for line in enumeration_lines(enumeration)),
         *(line for all_of in found.values() for interface in all_of if not interface.name.startswith("_")
           for line in class_lines(interface, names))]).rstrip("\n") + "\n"

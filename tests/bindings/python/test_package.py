@@ -92,11 +92,15 @@ def use(path: str) -> bool:
         item.Save(path)
         with image.on("OnDrawOverlay", lambda *_: None) as connection:
             connection.disconnect()
+        manager = image.query("IDcmObjectManager")
+        owned: bool = manager.GetOwnership()
+        image.query(path).AnyMember
         image.NoSuchMember  # wrong
+        manager.NoSuchMember  # wrong
         image.Load(path, True, 5)  # wrong
         image.Load(5, True)  # wrong
         options.UseTotokuLUT = "yes"  # wrong
-        return done and found and tessaret.pump(0.5) + group == 0
+        return done and owned and found and tessaret.pump(0.5) + group == 0
 """
 
 
