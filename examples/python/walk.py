@@ -58,12 +58,12 @@ def main(path: str, changed_path: str) -> int:
     with tessaret.create("Tessaret.DCMObject") as data_set:
         try:
             data_set.Load(path, True)
+            show(data_set)
+            change(data_set)
+            data_set.Translate(EXPLICIT_LITTLE_ENDIAN)
         except tessaret.Error as error:
             print(f"{path}: {error.words}", file=sys.stderr)
             return 1
-        show(data_set)
-        change(data_set)
-        data_set.Translate(EXPLICIT_LITTLE_ENDIAN)
         try:
             data_set.Save(changed_path)
         except tessaret.Error as error:

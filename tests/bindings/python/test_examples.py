@@ -79,6 +79,9 @@ class Walk(unittest.TestCase):
         result = self.walk(missing, self.out)
         self.assertEqual((result.returncode, result.stdout, result.stderr), (1, "", f"{missing}: No such file or directory\n"))
         path = self.folder / "in.dcm"
+        path.write_bytes(meta(EXPLICIT) + element(0x00080008, "US", b"\1\0"))  # a type that takes no text
+        result = self.walk(path, self.out)
+        self.assertEqual((result.returncode, result.stderr), (1, f"{path}: Error converting VARIANT to VR type\n"))
         path.write_bytes(meta(EXPLICIT) + image())
         result = self.walk(path, self.folder / "no" / "folder.dcm")
         self.assertEqual(result.returncode, 5)
