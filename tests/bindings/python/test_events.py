@@ -235,12 +235,12 @@ class Interrupts(package.PackageTest):
 
 
 INTERRUPTED = """
-import os, signal, threading, time
+import os, signal, sys, threading, time
 import tessaret
 begin = time.monotonic()
 threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGINT)).start()
 try:
-    tessaret.pump(None)
+    tessaret.pump(float(sys.argv[1]) if len(sys.argv) > 1 else None)
 except KeyboardInterrupt:
     print("interrupted", time.monotonic() - begin < 10)
 """
@@ -282,9 +282,11 @@ class Pump(package.PackageTest):
         self.assertEqual(heard, [])
 
     @unittest.skipUnless(_library.pump, "this library has no pump yet")
-    def test_a_wait_without_end_is_interrupted_from_the_keyboard(self):
-        result = package.run_python(INTERRUPTED)
-        self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "interrupted True\n", ""))
+    def test_a_long_wait_and_one_without_end_are_interrupted_from_the_keyboard(self):
+        for arguments in ((), ("30",)):
+            with self.subTest(arguments):
+                result = package.run_python(INTERRUPTED, *arguments)
+                self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "interrupted True\n", ""))
 
     @unittest.skipUnless(_library.events_descriptor, "this library has no descriptor yet")
     def test_the_descriptor_is_quiet_without_events(self):
