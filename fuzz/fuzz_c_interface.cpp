@@ -66,7 +66,8 @@ class Script {
     return number;
   }
   std::string_view Text() {
-    const std::size_t length = std::min<std::size_t>(Byte() % 32, rest_.size());
+    const std::size_t wanted = Byte() % 32;
+    const std::size_t length = std::min(wanted, rest_.size());
     const std::string_view text(reinterpret_cast<const char*>(rest_.data()), length);
     rest_ = rest_.subspan(length);
     return text;
