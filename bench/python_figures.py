@@ -4,7 +4,7 @@
     bench/python_figures.py [--build DIR] [--files N] [--rounds N]
 
 Reads of one element a second; then opening N files (400) without pixels and reading 20 attributes of each, in turns with pydicom, so that
-a drift of the machine meets both; then loading a file of 0.5 MB in one thread and in two, and in as many processes. Medians of the rounds (5). The files are a series that `tessaret phantom` makes.
+a drift of the machine meets both; then loading a file of 0.5 MB and one of 2 MB in one thread and in two, and in as many processes. Medians of the rounds (5). The files are a series that `tessaret phantom` makes.
 """
 
 import argparse
@@ -20,6 +20,8 @@ import timeit
 
 SOURCE_DIR = pathlib.Path(__file__).resolve().parents[1]
 READS = 100_000
+# So many that the start of a thread or a process is no part of what is measured.
+LOADS = 2000
 
 # Attributes that a series of CT slices has, with the keywords that pydicom knows them by.
 ATTRIBUTES = (
@@ -100,36 +102,34 @@ def load_all(tessaret, path, count):
 
 def loads_a_second(tessaret, path, threads):
     """Each thread loads the file into objects of its own."""
-    count = 400
-    workers = [threading.Thread(target=load_all, args=(tessaret, path, count)) for _ in range(threads)]
+    workers = [threading.Thread(target=load_all, args=(tessaret, path, LOADS)) for _ in range(threads)]
     begin = time.perf_counter()
     for worker in workers:
         worker.start()
     for worker in workers:
         worker.join()
-    return threads * count / (time.perf_counter() - begin)
+    return threads * LOADS / (time.perf_counter() - begin)
 
 
 def loads_by_processes(tessaret, path, processes):
     """The same in processes, which have nothing in common but the machine."""
-    count = 400
     begin = time.perf_counter()
     children = []
     for _ in range(processes):
         child = os.fork()
         if child == 0:
-            load_all(tessaret, path, count)
+            load_all(tessaret, path, LOADS)
             os._exit(0)
         children.append(child)
     for child in children:
         os.waitpid(child, 0)
-    return processes * count / (time.perf_counter() - begin)
+    return processes * LOADS / (time.perf_counter() - begin)
 
 
 def show_threads(tessaret, path, rounds):
     """In turns, so that a drift of the machine meets all."""
     samples = [[function(tessaret, path, workers) for function in (loads_a_second, loads_by_processes) for workers in (1, 2)]
-               for _ in range(4 * rounds)]
+               for _ in range(rounds)]
     one, two, process, processes = (statistics.median(column) for column in zip(*samples))
     print(f"a file of {os.path.getsize(path):,} bytes loaded: one thread {one:,.0f} a second, two {two:,.0f}, {two / one:.2f} times as many;"
           f" two processes {processes / process:.2f} times as many as one")
@@ -150,7 +150,8 @@ def main():
         show_reads(tessaret, files[0], options.rounds)
         show_files(tessaret, pydicom, files, options.rounds)
     with tempfile.TemporaryDirectory() as folder:
-        show_threads(tessaret, make_series(options.build, folder, 1, 512)[0], options.rounds)
+        for size in (512, 1024):
+            show_threads(tessaret, make_series(options.build, pathlib.Path(folder) / str(size), 1, size)[0], options.rounds)
 
 
 if __name__ == "__main__":
