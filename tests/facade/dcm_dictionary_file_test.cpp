@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include "facade/named_call.h"
 #include "support/allocation_failure.h"
 #include "support/bytes.h"
 #include "support/temp_folder.h"
@@ -282,16 +283,8 @@ TEST_F(DictionaryFile, HasNoElementsOutsideItsRange) {
 }
 
 TEST_F(DictionaryFile, IsThereByName) {
-  const Ref<IDispatch> named(file_.Get());
   const auto call = [&](const char* name, MemberKind kind, std::vector<Variant> arguments) {
-    std::int32_t member = -1;
-    EXPECT_EQ(named->FindMember(name, kind, &member), kOk) << name;
-    Variant result;
-    EXPECT_EQ(named->Invoke(member, arguments.data(), static_cast<std::uint32_t>(arguments.size()),
-                            &result),
-              kOk)
-        << name;
-    return result;
+    return CallNamed(*file_.Get(), name, kind, arguments);
   };
   call("LoadBytes", MemberKind::kMethod, {BytesVariant(kText)});
   EXPECT_EQ(call("ElementsCount", MemberKind::kGet, {}).AsLong(), 3);

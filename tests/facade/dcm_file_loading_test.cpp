@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "facade/dcm_file_helpers.h"
+#include "facade/named_call.h"
 #include "support/allocation_failure.h"
 #include "support/build_kind.h"
 #include "support/memory_file.h"
@@ -435,16 +436,8 @@ TEST_F(FileLoading, RefusesNullPointers) {
 }
 
 TEST_F(FileLoading, IsThereByName) {
-  const Ref<IDispatch> named(file_.Get());
   const auto call = [&](const char* name, MemberKind kind, std::vector<Variant>& arguments) {
-    std::int32_t member = -1;
-    EXPECT_EQ(named->FindMember(name, kind, &member), kOk) << name;
-    Variant result;
-    EXPECT_EQ(named->Invoke(member, arguments.data(), static_cast<std::uint32_t>(arguments.size()),
-                            &result),
-              kOk)
-        << name;
-    return result;
+    return CallNamed(*file_.Get(), name, kind, arguments);
   };
   const Bytes bytes = FileOf(Encoding::kExplicitBig, ImageIn(Encoding::kExplicitBig));
   std::vector<Variant> none;
