@@ -22,17 +22,21 @@ function(tessaret_add_host target)
   target_link_libraries(${target} PRIVATE Tessaret::tessaret tessaret_ground ${arg_LIBRARIES} tessaret_warnings)
 endfunction()
 
-# tessaret_add_test_program(name SOURCES file... [LABELS label...] [LIBRARIES target...] [TIMEOUT seconds] [SHARDS n])
+# tessaret_add_test_program(name SOURCES file... [LABELS label...] [LIBRARIES target...] [TIMEOUT seconds] [SHARDS n]
+#   [OPTIMISED])
 # A GoogleTest program with one entry in ctest (n entries, each with its share of the tests, where SHARDS says so).
 # It carries the label of its area, the folder below tests/. Label `threads` has it run under the thread sanitizer.
+# OPTIMISED is for tests that go through many bytes themselves.
 function(tessaret_add_test_program name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT;SHARDS" "SOURCES;LABELS;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "TIMEOUT;SHARDS" "SOURCES;LABELS;LIBRARIES")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_BINARY_DIR}/tests/include")
   target_link_libraries(${name} PRIVATE
     tessaret_testing tessaret_test_support ${arg_LIBRARIES} GTest::gmock GTest::gtest GTest::gtest_main
     tessaret_warnings)
-  if(TESSARET_PCH)
+  if(arg_OPTIMISED)
+    set_property(TARGET ${name} PROPERTY COMPILE_OPTIONS)
+  elseif(TESSARET_PCH)
     target_precompile_headers(${name} REUSE_FROM tessaret_test_pch)
   endif()
   add_dependencies(${name} tessaret_data)
@@ -92,6 +96,7 @@ function(tessaret_describe_test name)
     SKIP_RETURN_CODE 77
     ENVIRONMENT "LC_ALL=C.UTF-8;TESSARET_SOURCE_DIR=${PROJECT_SOURCE_DIR};TESSARET_BINARY_DIR=${PROJECT_BINARY_DIR};\
 TESSARET_TOOL=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tessaret;TESSARET_CMAKE=${CMAKE_COMMAND};\
+TESSARET_SANITIZE=${TESSARET_SANITIZE};\
 ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1;\
 UBSAN_OPTIONS=print_stacktrace=1;TSAN_OPTIONS=halt_on_error=1;${arg_ENVIRONMENT}")
 endfunction()

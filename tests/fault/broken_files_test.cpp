@@ -1,6 +1,7 @@
 // Files that are no DICOM, lie about their lengths, end early, or have their bytes in disorder. A load either gives what can be
 // read, with all that came before the fault unharmed, or fails with words; nothing crashes, hangs, or takes memory for bytes
 // that are not there.
+#include <array>
 #include <filesystem>
 #include <thread>
 
@@ -8,6 +9,7 @@
 
 #include "fault_helpers.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
@@ -285,7 +287,11 @@ TEST(BrokenFiles, AFileWithAnyByteChangedIsReadAndWrittenWithoutHarm) {
     Bytes bytes = SeedFile(seed);
     for (std::size_t at = 128; at < bytes.size(); ++at) {
       const std::uint8_t was = bytes[at];
-      for (const int value : {0x00, 0xFF, was ^ 0x01, was ^ 0x80}) {
+      const std::array<int, 4> values = {0x00, 0xFF, was ^ 0x01, was ^ 0x80};
+      for (std::size_t change = 0; change < values.size(); ++change) {
+        // Every byte is changed under the sanitizers too, in one way instead of four.
+        if (kInstrumented && change != (at + seed) % values.size()) continue;
+        const int value = values[change];
         bytes[at] = static_cast<std::uint8_t>(value);
         const AllocationWatch watch;
         const Loaded loaded = LoadBlock(bytes, {.dictionary = dictionary.get()});

@@ -613,16 +613,16 @@ class RealFiles(ConvertTest):
     @tool.needs_corpus
     def test_other_programs_read_the_same_in_what_was_converted(self):
         # In the first, dcmdump reads items in what was unknown before the dictionary named it; the second it does not read.
-        rows = [row for row in tool.corpus_rows() if not row["path"].endswith((
+        rows = [row for row in tool.corpus_sample() if not row["path"].endswith((
             "enhanced_mr_siemens.dcm", "emri_small_jpeg_2k_lossless_too_short.dcm"))]
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
             results = list(pool.map(self.compare, rows))
         self.assertEqual([difference for _, differences in results for difference in differences], [])
-        self.assertGreater(sum(converted for converted, _ in results), 900)
+        self.assertGreater(sum(converted for converted, _ in results), 900 // tool.SHARE)
 
     @tool.needs_corpus
     def test_every_native_file_that_reads_converts(self):
-        for row in tool.corpus_rows():
+        for row in tool.corpus_sample():
             if row["transfer_syntax"] not in NATIVE or row["path"].startswith("dicom/broken/") or "DICOMDIR" in row["path"]:
                 continue
             check = run("check", row["file"])
@@ -635,7 +635,7 @@ class RealFiles(ConvertTest):
     @tool.needs_corpus
     def test_pixels_are_those_that_independent_tools_found(self):
         compared = 0
-        for row in tool.corpus_rows():
+        for row in tool.corpus_sample():
             if row["transfer_syntax"] not in NATIVE or not row["native_pixel_sha256"]:
                 continue
             for _, options in self.WAYS[1:]:
@@ -647,7 +647,7 @@ class RealFiles(ConvertTest):
                     bits = samples * int(row["bits_allocated"]) * int(row["frames"]) * int(row["rows"]) * int(row["columns"])
                     self.assertEqual(hashlib.sha256(value[:(bits + 7) // 8]).hexdigest(), row["native_pixel_sha256"])
                     compared += 1
-        self.assertGreater(compared, 300)
+        self.assertGreater(compared, 300 // tool.SHARE)
 
 
 if __name__ == "__main__":
