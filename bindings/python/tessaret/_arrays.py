@@ -25,13 +25,14 @@ _BY_NAME = {name: (number, letter, numpy) for name, number, letter, numpy in _TY
 NAMES = {number: name for name, number, _, _ in _TYPES}
 
 # What a buffer of another program holds, by its letter: the type that keeps all its values. Other whole numbers are looked at.
-_SAME = {"h": "short", "i": "long", "f": "float", "d": "double", "b": "signed byte", "B": "byte"}
-_OF_FORMAT = {**_SAME, "H": "long", "e": "float", "c": "byte", "?": "bool"}
+_SAME = {"h": "short", "i": "long", "f": "float", "d": "double", "b": "signed byte", "B": "byte", "c": "byte"}
+_OF_FORMAT = {**_SAME, "H": "long", "e": "float", "?": "bool"}
 _WHOLE = "IlLqQnN"
 _LONG_RANGE = range(-2**31, 2**31)
 # As many as NumPy takes. A list that lies in itself has no end of them.
 _MOST_DIMENSIONS = 64
 EXACT_RANGE = range(-2**53, 2**53 + 1)
+_OWN_ORDERS = "@=" + ("<" if struct.pack("=h", 1)[0] else ">")
 
 
 def _native(kind):
@@ -124,6 +125,13 @@ def _turned(entries, shape):
     return [entries[sum(index * stride for index, stride in zip(reversed(place), strides))] for place in places]
 
 
+def format_of(view):
+    """The format of the entries of a memoryview; its letter alone where the order of bytes in front of it, which ctypes always names, is
+    this machine's or makes no difference."""
+    order, letter = view.format[:1], view.format[1:]
+    return letter if letter in _SAME and (order in _OWN_ORDERS or view.itemsize == 1) else view.format
+
+
 def _unpack_buffer(view):
     """The values of a memoryview in the order first index fastest; its letter."""
     order, letter = ("@", view.format) if view.format[0] not in "@=<>!" else (view.format[0], view.format[1:])
@@ -198,7 +206,7 @@ class Array:
             view = view_of(values)
             if view is None or view.ndim == 0:
                 raise TypeError(f"an array of the library is made of lists or a buffer with dimensions, not of {_name_of(values)}")
-            natural = _SAME.get(view.format)
+            natural = _SAME.get(format_of(view))
             if natural is not None and type in (None, natural):
                 self._set_copy(natural, view.shape, lower, view.tobytes("F"))
                 return

@@ -9,7 +9,7 @@ import datetime
 import os
 
 from . import _dates, _library
-from ._arrays import EXACT_RANGE, NAMES, Array, number_of_buffer, view_of
+from ._arrays import EXACT_RANGE, NAMES, Array, format_of, number_of_buffer, view_of
 
 _LONG_RANGE = range(-2**31, 2**31)
 
@@ -217,7 +217,7 @@ def _put_array(block, slot, array):
 
 
 def _put_buffer(block, slot, view):
-    if view.ndim == 1 and view.format in ("B", "c"):
+    if view.ndim == 1 and format_of(view) in ("B", "c"):
         return _put_bytes(block, slot, view.tobytes())
     return _put_array(block, slot, Array(view))
 

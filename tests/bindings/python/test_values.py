@@ -11,6 +11,7 @@ import pathlib
 import pickle
 import struct
 import sys
+import tracemalloc
 import unittest
 import warnings
 
@@ -267,6 +268,28 @@ class Bytes(EchoTest):
                       (ctypes.c_ubyte * 3)(*b"abc"), (ctypes.c_char * 3)(*b"abc")):
             with self.subTest(type(value)):
                 self.assert_echoed(value, ARRAY | BYTE, b"abc")
+
+    def test_a_buffer_of_ctypes_is_copied_as_it_lies(self):
+        # It names the order of bytes, as in "<h". Entry by entry a list would have 8 bytes for each, before any number.
+        for kind, number in ((ctypes.c_char, BYTE), (ctypes.c_ubyte, BYTE), (ctypes.c_byte, SIGNED_BYTE), (ctypes.c_int16, SHORT),
+                             (ctypes.c_int32, LONG), (ctypes.c_float, FLOAT)):
+            value = (kind * 100_000)()
+            tracemalloc.start()
+            try:
+                self.assertEqual(self.echo.TypeOf(value), ARRAY | number)
+                peak = tracemalloc.get_traced_memory()[1]
+            finally:
+                tracemalloc.stop()
+            with self.subTest(kind):
+                # One copy of the buffer, and for an array the memory of that.
+                self.assertLess(peak, 2 * ctypes.sizeof(value) + 50_000)
+
+    def test_the_order_of_bytes_that_a_buffer_names_is_minded(self):
+        for kind, name, values in ((ctypes.c_int16, "short", [1, -2]), (ctypes.c_int32, "long", [1, -2]), (ctypes.c_double, "double", [0.1, 2])):
+            for order in ("__ctype_le__", "__ctype_be__"):
+                with self.subTest(kind, order=order):
+                    back = self.echo.Echo((getattr(kind, order) * 2)(*values))
+                    self.assertEqual((back.type, back.tolist()), (name, values))
 
     def test_bytes_with_bounds_of_their_own_or_dimensions_are_an_array(self):
         self.assert_echoed(tessaret.Array(b"abc"), ARRAY | BYTE, b"abc")
