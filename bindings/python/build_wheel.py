@@ -6,6 +6,7 @@ import hashlib
 import io
 import pathlib
 import re
+import stat
 import tarfile
 import tomllib
 import zipfile
@@ -54,7 +55,10 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     wheel = f"{name}-py3-none-any.whl"
     with zipfile.ZipFile(pathlib.Path(wheel_directory, wheel), "w", zipfile.ZIP_DEFLATED) as archive:
         for path, content in contents.items():
-            archive.writestr(zipfile.ZipInfo(path, EARLIEST), content, zipfile.ZIP_DEFLATED)
+            entry = zipfile.ZipInfo(path, EARLIEST)
+            # For all to read, also where it is unpacked by something that is no installer.
+            entry.external_attr = (stat.S_IFREG | 0o644) << 16
+            archive.writestr(entry, content, zipfile.ZIP_DEFLATED)
     return wheel
 
 

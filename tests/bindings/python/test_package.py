@@ -4,6 +4,7 @@ import ast
 import inspect
 import os
 import pathlib
+import stat
 import subprocess
 import sys
 import tempfile
@@ -70,9 +71,11 @@ with tessaret.create("Tessaret.DcmDictionary") as dictionary:
             place.mkdir()
             wheels.append((place / build_wheel.build_wheel(place)).read_bytes())
         self.assertEqual(*wheels)
-        names = zipfile.ZipFile(next(places[0].iterdir())).namelist()
+        entries = zipfile.ZipFile(next(places[0].iterdir())).infolist()
+        names = [entry.filename for entry in entries]
         wanted = {f"tessaret/{path.name}" for path in (package.PACKAGE_FOLDER / "tessaret").iterdir() if path.suffix in (".py", ".pyi", ".typed")}
         self.assertEqual({name for name in names if name.startswith("tessaret/")}, wanted)
+        self.assertEqual({stat.filemode(entry.external_attr >> 16) for entry in entries}, {"-rw-r--r--"})
 
 
 TYPED = """
