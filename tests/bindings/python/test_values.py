@@ -209,6 +209,14 @@ class Texts(EchoTest):
         self.echo.Text = "y"
         self.assertEqual(self.echo.Text, "y")
 
+    def test_a_long_text_is_not_kept(self):
+        self.echo.Text = self.echo.Echo("x")  # what the first call makes
+        tracemalloc.start()
+        self.addCleanup(tracemalloc.stop)
+        for use in (lambda text: setattr(self.echo, "Text", text), self.echo.Echo):
+            use("x" * 1_000_000)
+            self.assertLess(tracemalloc.get_traced_memory()[0], 100_000)
+
 
 class Dates(EchoTest):
     def test_dates_come_through_to_the_millisecond(self):
