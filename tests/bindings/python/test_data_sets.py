@@ -111,6 +111,16 @@ class Values(DataSetTest):
         self.assertEqual((read.StudyDate, read.AcquisitionDateTime, read.StudyTime, read.PixelData),
                          ("20010203", "20010203040506.007000", "140506.250", bytes(range(8))))
 
+    def test_text_of_another_character_set_is_handed_over_as_its_bytes(self):
+        name = "\u0394\u03b9\u03bf\u03bd\u03c5\u03c3\u03b9\u03bf\u03c2"
+        self.object.VR[0x10, 0x10] = name
+        self.assertEqual(self.object.VR(0x10, 0x10), "?" * len(name))
+        self.object.VR[0x10, 0x10] = name.encode("iso8859_7").decode("latin-1")
+        self.object.VR[0x08, 0x05] = "ISO_IR 126"
+        self.assertEqual(self.object.VR(0x10, 0x10).encode("latin-1").decode("iso8859_7"), name)
+        self.object.VR[0x08, 0x16], self.object.VR[0x08, 0x18] = "1.2.840.10008.5.1.4.1.1.7", "1.2.3"
+        self.assertEqual(str(self.read_again().PatientName), name)
+
     def test_an_element_has_values_by_number(self):
         self.load(meta(EXPLICIT) + element(0x00080008, "CS", b"ORIGINAL\\PRIMARY\\AXIAL"))
         self.assertEqual([self.object.VR(8, 8, VM=at) for at in range(3)], ["ORIGINAL", "PRIMARY", "AXIAL"])
