@@ -265,6 +265,14 @@ class Files(DataSetTest):
         self.assertIsNone(self.object.VR(0x7FE0, 0x10))
         self.assertEqual(self.object.VR(0x10, 0x10), "Doe^John")
 
+    def test_every_number_but_zero_is_true(self):
+        for number in (1, 2, -1, 77, 0.1, 2**20):
+            with self.subTest(number):
+                self.load(meta(EXPLICIT) + image(), number)
+                self.assertIsNotNone(self.object.VR(0x7FE0, 0x10))
+        self.load(meta(EXPLICIT) + image(), 0)
+        self.assertIsNone(self.object.VR(0x7FE0, 0x10))
+
     def test_numbers_are_the_same_in_every_encoding(self):
         for syntax, implicit, order in ((IMPLICIT, True, "<"), (EXPLICIT, False, "<"), (BIG_ENDIAN, False, ">")):
             with self.subTest(syntax):

@@ -148,6 +148,7 @@ class Members(package.PackageTest):
                       "A short.\n", "Cell(Row: int, Column: Any = None, Layer: int = None) -> str", "What is in a cell.",
                       "Cell[Row, Column, Layer] = value, or Cell.put(Row, Column, Layer, newVal)", "Fills a cell."):
             self.assertIn(words, text)
+        self.assertEqual(text.count("Returns ("), 3)  # what gives back one value needs no such words: of Mix, LeaveAlone and Outs
         self.assertEqual(pydoc.plain(pydoc.render_doc(type(self.echo))).splitlines()[2:], text.splitlines()[2:])
         text = pydoc.plain(pydoc.render_doc(self.echo.Cell))
         for words in ("What is in a cell.", "Cell[Row, Column, Layer] = value, or Cell.put(Row, Column, Layer, newVal)"):
