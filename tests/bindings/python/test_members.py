@@ -171,6 +171,13 @@ class Members(package.PackageTest):
         self.assertEqual(type(self.echo).__name__, "IEcho")
         self.assertIsInstance(self.echo, tessaret.Object)
 
+    def test_objects_with_one_interface_have_one_class(self):
+        kinds = {type(self.echo), type(self.echo.Another())}
+        other = threading.Thread(target=lambda: kinds.add(type(package.new_echo())))
+        other.start()
+        other.join()
+        self.assertEqual(len(kinds), 1)
+
 
 @unittest.skipUnless(_enumerations.classes, "this library does not list its enumerations yet")
 class Enumerations(package.PackageTest):
