@@ -81,6 +81,7 @@ class Events(package.PackageTest):
         self.echo.Tell(1, None)
         self.assertEqual(self.heard, [()])
         self.assertIn("ended", repr(connection))
+        self.assertFalse(self.echo._handle.cookies or self.echo._connections, "something is kept of each connection")
 
     def test_a_function_may_end_its_own_connection_and_make_others(self):
         def once(*values):

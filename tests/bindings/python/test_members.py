@@ -239,6 +239,14 @@ class Failures(package.PackageTest):
         error = self.failure(0x80020005)
         self.assertEqual((error.source, error.words), ("IEcho.Fail", "a value cannot be turned into the type that is needed"))
 
+    def test_a_failure_without_words_has_some_all_the_same(self):
+        found = []
+        # On a thread where none were ever left.
+        other = threading.Thread(target=lambda: found.append(self.failure(0x80020009)))
+        other.start()
+        other.join()
+        self.assertEqual((found[0].source, found[0].words), ("IEcho.Fail", "it failed"))
+
     def test_a_failed_call_leaves_nothing_behind(self):
         self.failure(0x80020009, "x")
         self.assertEqual(self.echo.Outs(5), (6, True))

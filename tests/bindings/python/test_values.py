@@ -376,6 +376,13 @@ class Arrays(EchoTest):
         with self.assertRaises(OverflowError):
             self.echo.Echo(array.array("Q", [2**64 - 1]))
 
+    def test_buffers_of_characters_and_truths_are_bytes_and_truths(self):
+        self.assertEqual(self.echo.Echo((ctypes.c_bool * 2)(True, False)), tessaret.Array([True, False], "bool"))
+        characters = memoryview(b"abcd").cast("c")
+        self.assertEqual(tessaret.Array(characters, "short").tolist(), [97, 98, 99, 100])
+        self.assertEqual(tessaret.Array(memoryview(characters).cast("B").cast("c", (2, 2))), tessaret.Array([[97, 98], [99, 100]], "byte"))
+        self.assert_echoed(ctypes.c_char(b"a"), LONG, 97)
+
     def test_entries_that_do_not_fit_a_type_are_refused(self):
         for values, name in (([2**15], "short"), ([256], "byte"), ([-1], "byte"), ([2**31], "long")):
             with self.subTest(name), self.assertRaises(OverflowError):
@@ -441,6 +448,8 @@ class Arrays(EchoTest):
         for made in (tessaret.Array([]), tessaret.Array([[], []]), tessaret.Array([[1, 2]], "short", (1, 0))):
             self.assertEqual(eval(repr(made)), made)
         made = tessaret.Array([], "double")
+        made._shape, made._lower = (0, 3), (0, 0)
+        self.assertEqual(repr(made), "<tessaret.Array of type 'double', shape (0, 3)>")
         made._shape, made._lower = (10**9, 0), (0, 0)
         self.assertEqual(repr(made), "<tessaret.Array of type 'double', shape (1000000000, 0)>")
 
