@@ -127,9 +127,9 @@ def _turned(entries, shape):
 
 def format_of(view):
     """The format of the entries of a memoryview; its letter alone where the order of bytes in front of it, which ctypes always names, is
-    this machine's or makes no difference."""
+    this machine's."""
     order, letter = view.format[:1], view.format[1:]
-    return letter if letter in _SAME and (order in _OWN_ORDERS or view.itemsize == 1) else view.format
+    return letter if letter in _SAME and order in _OWN_ORDERS else view.format
 
 
 def _unpack_buffer(view):
