@@ -208,6 +208,15 @@ def fail(*_):
 with echo.on("OnTold", fail):
     tried(echo.TellFromThread, 6, "x")
     tried(echo.Outs, 5)
+# A call of another thread that ends meanwhile does not get it either.
+def call_elsewhere(*_):
+    answers = []
+    other = threading.Thread(target=lambda: answers.append(package.new_echo().Outs(5)))
+    other.start()
+    other.join()
+    print("elsewhere", *answers)
+with echo.on("OnTold", interrupt), echo.on("OnTold", call_elsewhere):
+    tried(echo.Tell, 7, "x")
 # What is no function that hears an event goes where it always goes.
 class Dying:
     def __del__(self):
@@ -217,7 +226,7 @@ tried(echo.Outs, 5)
 # A program's own hook does not take it away from the call.
 sys.unraisablehook = sys.__unraisablehook__
 with echo.on("OnTold", interrupt):
-    tried(echo.Tell, 7, "x")
+    tried(echo.Tell, 8, "x")
 echo.close()
 print(tessaret.can_unload())
 """
@@ -231,7 +240,8 @@ class Interrupts(package.PackageTest):
                               "interrupted IEcho.Fail: it failed with status 0xFFFFFFFF", "(6, True)",
                               "interrupted None", "0",
                               "interrupted None", "(6, True)",
-                              "True", "(6, True)", "(6, True)", "interrupted None", "True"]), result.stderr)
+                              "True", "(6, True)", "elsewhere (6, True)", "interrupted None", "(6, True)", "interrupted None", "True"]),
+                         result.stderr)
         self.assertEqual(re.findall("KeyboardInterrupt.*", result.stderr), ["KeyboardInterrupt: elsewhere", "KeyboardInterrupt: dying"])
 
 

@@ -7,6 +7,7 @@ import os
 import pydoc
 import re
 import shutil
+import sysconfig
 import termios
 import threading
 import time
@@ -368,8 +369,14 @@ class Loading(package.PackageTest):
         self.assertIn("ImportError: the Tessaret library that TESSARET_LIBRARY names cannot be loaded: /no/such/file.so", result.stderr)
 
     def test_a_library_may_be_named_by_the_way_to_it_from_where_the_program_starts(self):
-        library = os.path.relpath(package.LIBRARY_FOLDER / "libtessaret.so")
-        result = package.run_python("import os, tessaret; os.chdir('/'); tessaret.start(); print('started')", TESSARET_LIBRARY=library)
+        result = package.run_python(f"""
+import os
+os.chdir({str(package.LIBRARY_FOLDER)!r})
+import tessaret
+os.chdir("/")
+tessaret.start()
+print("started")
+""", TESSARET_LIBRARY="./libtessaret.so")
         self.assertEqual((result.stdout, result.stderr), ("started\n", ""))
 
     def test_another_library_is_an_import_error(self):
@@ -391,6 +398,19 @@ class Loading(package.PackageTest):
             with self.subTest(place):
                 self.assertEqual((result.stdout, result.stderr),
                                  (f"{prefix / place}/tessaret/__init__.py {prefix}/lib/libtessaret.so.0\n", ""))
+
+    def test_a_copy_takes_the_library_beside_it_before_those_of_its_prefix(self):
+        copied = self.folder / "lib" / "python3" / "dist-packages" / "tessaret"
+        shutil.copytree(package.PACKAGE_FOLDER / "tessaret", copied)
+        multiarch = sysconfig.get_config_var("MULTIARCH")
+        # From the last one to be looked at to the first.
+        for place in (self.folder / "lib64", self.folder / "lib", *([self.folder / "lib" / multiarch] if multiarch else []), copied):
+            place.mkdir(exist_ok=True)
+            (place / "libtessaret.so.0").symlink_to(package.LIBRARY_FOLDER / "libtessaret.so.0")
+            result = package.run_python("import tessaret; print(tessaret._library.library._name)", TESSARET_LIBRARY="",
+                                        PYTHONPATH=str(copied.parent))
+            with self.subTest(place):
+                self.assertEqual((result.stdout, result.stderr), (f"{place}/libtessaret.so.0\n", ""))
 
     def test_without_a_name_the_loader_looks_for_it(self):
         library = str(package.LIBRARY_FOLDER)
