@@ -374,6 +374,14 @@ class Manager(DataSetTest):
         self.assertIs(handle.IsAlive, False)
         self.assertIsNone(self.object.VR(0x10, 0x20))
 
+    def test_what_is_no_object_is_refused_where_one_is_needed(self):
+        for value, name in ((5, "int"), ("text", "str"), (b"", "bytes"), (tessaret.Array([1]), "Array")):
+            with self.subTest(name), self.assertRaisesRegex(TypeError, f"newVal has to be an object of the library, not {name}"):
+                self.manager.PutPtr(1, value)
+            with self.subTest(name), self.assertRaisesRegex(TypeError, f"newVal has to be an object of the library, not {name}"):
+                self.object.Sequence[0x0008, 0x1140, 0] = value
+        self.assertEqual(self.object.VR(0x10, 0x20), "id")
+
     def test_elements_are_records(self):
         record = self.manager.GetVR(0x10, 0x20)
         self.assertEqual((record.Group, record.Elem, record.TypeCode, record.len, record.pt), (0x10, 0x20, 0x4C4F, 2, b"id"))
