@@ -79,14 +79,17 @@ class Variant {
   }
 
   /// Of an array: the type of its entries.
-  [[nodiscard]] VariantType Type() const noexcept { return type_; }
+  [[nodiscard]] VariantType Type() const noexcept {
+    // The array may have been assigned another one meanwhile.
+    return isArray_ ? value_.array->Type() : type_;
+  }
   [[nodiscard]] bool IsArray() const noexcept { return isArray_; }
   [[nodiscard]] bool IsEmpty() const noexcept { return Is(VariantType::kEmpty); }
   /// Whether one value of this type is held.
   [[nodiscard]] bool Is(VariantType type) const noexcept { return type_ == type && !isArray_; }
   /// The type as one number, kArrayFlag included.
   [[nodiscard]] std::uint16_t Tag() const noexcept {
-    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(type_) |
+    return static_cast<std::uint16_t>(static_cast<std::uint16_t>(Type()) |
                                       (isArray_ ? kArrayFlag : 0));
   }
 

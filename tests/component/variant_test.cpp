@@ -125,6 +125,19 @@ TEST(Variant, OwnsItsTextAndItsArray) {
   other.Clear();
 }
 
+TEST(Variant, HasTheTypeOfTheArrayThatItHoldsNow) {
+  Variant value(VariantArray(Type::kLong, 3));
+  *value.AsArray() = VariantArray(Type::kByte, 2);
+  EXPECT_EQ(value.Type(), Type::kByte);
+  EXPECT_EQ(value.Tag(), kArrayFlag | 17);
+  EXPECT_FALSE(value.Is(Type::kByte)) << "that is one value";
+  const Variant copy = value;
+  EXPECT_EQ(copy.Type(), Type::kByte);
+  const VariantArray taken = std::move(*value.AsArray());
+  EXPECT_EQ(value.Type(), value.AsArray()->Type()) << "whatever is left";
+  EXPECT_EQ(value.ChangeType(Type::kByte), kTypeMismatch);
+}
+
 TEST(Variant, ANullStringStaysNull) {
   const Variant null{String()};
   EXPECT_TRUE(null.Is(Type::kString));
