@@ -213,6 +213,25 @@ TEST(CodecContract, ChangesAreTakenBackInWhateverOrderTheyCame) {
   EXPECT_EQ(parsed->Data, parsed->Small) << "a short value lies in its own element again";
 }
 
+TEST(CodecContract, WhatAnElementKeepsBesidesItsValueComesBackToo) {
+  for (const bool isKept : {true, false}) {
+    const auto object = test::NewImage(1);
+    VR* const name = object->GetVR(0x0010, 0x0010);
+    name->Moved = 1;
+    name->ValueTag = 7;
+    {
+      CodecConversion conversion(CodecConversion::Kind::kCompressing, *object, nullptr, 1);
+      const std::uint8_t bytes[] = {'n', 'e', 'w', '!'};
+      ASSERT_EQ(tessaret_codec_set(object.get(), 0x0010, 0x0010, 0, bytes, 4), 1);
+      EXPECT_EQ(name->Moved, 0u) << "a value of its own";
+      EXPECT_EQ(name->ValueTag, 0u);
+      if (isKept) conversion.KeepChanges();
+    }
+    EXPECT_EQ(name->Moved, isKept ? 0u : 1u);
+    EXPECT_EQ(name->ValueTag, isKept ? 0u : 7u);
+  }
+}
+
 TEST(CodecContract, BytesThatAreSharedWithAnotherObjectStayThatOnes) {
   for (const bool isKept : {true, false}) {
     const auto source = test::NewImage(1);
