@@ -3,6 +3,7 @@
 #include <stdlib.h>
 #include <strings.h>
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <cstdlib>
@@ -26,6 +27,26 @@ constexpr const char* kClasses[] = {"Tessaret.DCMObject", "Tessaret.DcmDictionar
                                     "Tessaret.DCMOptions", "Tessaret.ImageModule"};
 /// So many of them, from the first, can be made.
 constexpr std::size_t kComplete = 3;
+
+/// What classes have besides their main interface, which the last one leads back to.
+constexpr const char* kInterfaces[] = {"IDcmFile", "IDcmDictionaryFile", "IDispatch"};
+/// These steps ask for one of them. Hardly any seed from before has such a step.
+constexpr std::uint8_t kFirstQuery = 0xA8;
+constexpr std::uint8_t kLastQuery = 0xAF;
+
+/// Members whose first argument names a file, which is then one of the run; and those that write it.
+constexpr std::string_view kOfFiles[] = {"Load", "Save", "LoadFile", "SaveFile"};
+constexpr std::string_view kWriters[] = {"Save", "SaveFile"};
+/// Members that are left alone: a data set that nobody takes would stay for ever, by what the caller asked for; and descriptors are
+/// the fuzzer's own.
+constexpr std::string_view kApart[] = {"GetOwnership", "LoadDescriptor"};
+
+template <std::size_t kCount>
+bool IsOneOf(const std::string_view (&names)[kCount], std::string_view name) {
+  return std::ranges::any_of(names, [&](std::string_view each) {
+    return each.size() == name.size() && ::strncasecmp(each.data(), name.data(), name.size()) == 0;
+  });
+}
 
 /// A folder for the settings and files of a run, gone with it.
 class Folder {
@@ -102,7 +123,9 @@ class Host {
   }
 
   void Step() {
-    switch (script_.Byte() % 8) {
+    const std::uint8_t step = script_.Byte();
+    if (step >= kFirstQuery && step <= kLastQuery) return Query();
+    switch (step % 8) {
       case 0:
         Create();
         break;
@@ -146,6 +169,13 @@ class Host {
     objects_[slot] = nullptr;
   }
 
+  void Query() {
+    tessaret_object* const object = objects_[Slot()];
+    tessaret_object* other = nullptr;
+    tessaret_query(object, kInterfaces[script_.Byte() % std::size(kInterfaces)], &other);
+    if (other != nullptr) Keep(other);
+  }
+
   void Advise() {
     tessaret_object* const object = objects_[Slot()];
     std::uint32_t cookie = 0;
@@ -156,9 +186,8 @@ class Host {
 
   void CallByName() {
     const std::string name(script_.Text());
-    // Not into any file of the machine, and see below.
-    for (const char* apart : {"save", "getownership"})
-      if (::strcasecmp(name.c_str(), apart) == 0) return;
+    // Not into any file of the machine.
+    if (IsOneOf(kWriters, name.c_str()) || IsOneOf(kApart, name.c_str())) return;
     Arguments arguments;
     Make(arguments, false);
     tessaret_value result{};
@@ -173,10 +202,9 @@ class Host {
     if (info == nullptr) return;
     const std::uint32_t member = script_.Byte() % (info->member_count + 1);
     const std::string_view name = member < info->member_count ? info->members[member].name : "";
-    // A data set that nobody takes would stay for ever, by what the caller asked for.
-    if (name == "GetOwnership") return;
+    if (IsOneOf(kApart, name)) return;
     Arguments arguments;
-    Make(arguments, name == "Save" || name == "Load");
+    Make(arguments, IsOneOf(kOfFiles, name));
     tessaret_value result{};
     tessaret_call(object, static_cast<std::int32_t>(member), arguments.values.data(),
                   static_cast<std::uint32_t>(arguments.values.size()), &result);
