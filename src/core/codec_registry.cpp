@@ -1,5 +1,8 @@
 #include "core/codec_registry.h"
 
+#include <unistd.h>
+
+#include <atomic>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -8,6 +11,7 @@
 #include <system_error>
 #include <utility>
 
+#include "platform/fork_locks.h"
 #include "platform/module_path.h"
 #include "platform/whole_file.h"
 
@@ -53,6 +57,23 @@ std::string Fixed(std::string directory) {
 }
 
 }  // namespace
+
+void CodecLock::lock() {
+  const pid_t mine = ::getpid();
+  for (pid_t holder = 0; !process_.compare_exchange_strong(holder, mine); holder = 0) {
+    process_.wait(holder);
+  }
+}
+
+void CodecLock::unlock() noexcept {
+  process_ = 0;
+  process_.notify_one();
+}
+
+bool CodecLock::IsLost() const noexcept {
+  const pid_t process = process_;
+  return process != 0 && process != ::getpid();
+}
 
 CodecPlaces CodecPlaces::OfThisProcess() {
   // A library is loaded again long after the census, and is to be the same one then.
@@ -105,14 +126,14 @@ void CodecRegistry::TakeCensus() {
 }
 
 CodecEntry* CodecRegistry::Find(std::string_view uid) {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(forkLocks.codecs);
   if (census_ != Census::kWhole) TakeCensus();
   const auto found = entries_.find(uid);
   return found == entries_.end() ? nullptr : &found->second;
 }
 
-std::shared_ptr<std::mutex> CodecRegistry::LockOf(const DcmCodec* codec,
-                                                  std::shared_ptr<std::mutex> fresh) const {
+std::shared_ptr<CodecLock> CodecRegistry::LockOf(const DcmCodec* codec,
+                                                 std::shared_ptr<CodecLock> fresh) const {
   for (const Map* entries : {&entries_, &replaced_}) {
     for (const auto& [uid, entry] : *entries) {
       if (entry.Codec == codec) return entry.Calls;
@@ -122,9 +143,9 @@ std::shared_ptr<std::mutex> CodecRegistry::LockOf(const DcmCodec* codec,
 }
 
 bool CodecRegistry::Acquire(CodecEntry& entry) {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(forkLocks.codecs);
   if (entry.Codec == nullptr) {
-    auto calls = std::make_shared<std::mutex>();
+    auto calls = std::make_shared<CodecLock>();
     SharedLibrary module = places_.load(entry.LibraryName);
     const LoadedCodec loaded = GetCodec(module, entry.Index);
     if (loaded.codec == nullptr) return false;
@@ -138,7 +159,7 @@ bool CodecRegistry::Acquire(CodecEntry& entry) {
 }
 
 void CodecRegistry::Release(CodecEntry& entry) noexcept {
-  const std::lock_guard lock(mutex_);
+  const std::lock_guard lock(forkLocks.codecs);
   if (--entry.UseCount > 0) return;
   FreeCodec({std::exchange(entry.Codec, nullptr), std::exchange(entry.FreeCodec, nullptr)});
   entry.Calls.reset();
@@ -146,8 +167,12 @@ void CodecRegistry::Release(CodecEntry& entry) noexcept {
 }
 
 CodecRegistry& ModuleCodecRegistry() {
+  static constinit std::atomic<CodecRegistry*> made = nullptr;
+  if (CodecRegistry* const registry = made.load(std::memory_order_acquire)) return *registry;
+  const std::lock_guard lock(forkLocks.codecs);
   // Never destroyed: an engine may still work while the process ends.
   static CodecRegistry& registry = *new CodecRegistry(CodecPlaces::OfThisProcess());
+  made.store(&registry, std::memory_order_release);
   return registry;
 }
 

@@ -5,6 +5,9 @@
 // without a library; one that lists them takes their place. All operations may be called from any thread.
 #pragma once
 
+#include <sys/types.h>
+
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -19,6 +22,20 @@
 #include "tessaret/codec.h"
 
 namespace tessaret {
+
+/// Held while a codec object converts the frames of one data set.
+class CodecLock {
+ public:
+  void lock();
+  void unlock() noexcept;
+  /// True in a child of fork for what another thread of the parent held: that one is not there to give it back, and left the codec
+  /// amid its work.
+  [[nodiscard]] bool IsLost() const noexcept;
+
+ private:
+  // Of the thread that holds it, 0 for none: all in one number, so that a fork never comes amid taking it.
+  std::atomic<pid_t> process_ = 0;
+};
 
 /// One transfer syntax. The first three fields stay as the census left them; those behind them are the registry's while
 /// nobody uses the codec, and stay as they are while somebody does.
@@ -37,9 +54,8 @@ struct CodecEntry {
   decltype(DcmFreeCodec)* FreeCodec = nullptr;
   std::uint32_t UseCount = 0;  // engines that hold the codec
 
-  // Held while frames of one data set are converted, unless the codec is concurrent. One for all syntaxes that have this
-  // codec object.
-  std::shared_ptr<std::mutex> Calls;
+  // Not used where the codec is concurrent. One for all syntaxes that have this codec object.
+  std::shared_ptr<CodecLock> Calls;
 };
 
 /// Where codec libraries are found.
@@ -82,11 +98,9 @@ class CodecRegistry {
   /// Takes the entries of a new census in; those that it does not change stay what they are.
   void Adopt(Map& entries) noexcept;
   /// The lock of an entry that has this codec object already, otherwise `fresh`.
-  std::shared_ptr<std::mutex> LockOf(const DcmCodec* codec,
-                                     std::shared_ptr<std::mutex> fresh) const;
+  std::shared_ptr<CodecLock> LockOf(const DcmCodec* codec, std::shared_ptr<CodecLock> fresh) const;
 
   CodecPlaces places_;
-  std::mutex mutex_;
   Census census_ = Census::kNone;
   Map entries_;
   Map replaced_;  // of a census without the list; somebody may still use them

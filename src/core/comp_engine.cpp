@@ -119,9 +119,9 @@ void NameNativeSyntax(DICOMObject& object, std::string_view uid) {
 }
 
 /// Keeps other threads off the codec while the frames of one data set are converted.
-std::unique_lock<std::mutex> LockFor(CodecEntry& entry) {
-  return entry.IsConcurrent() ? std::unique_lock<std::mutex>()
-                              : std::unique_lock<std::mutex>(*entry.Calls);
+std::unique_lock<CodecLock> LockFor(CodecEntry& entry) {
+  return entry.IsConcurrent() ? std::unique_lock<CodecLock>()
+                              : std::unique_lock<CodecLock>(*entry.Calls);
 }
 
 /// Words when frames of these sizes cannot be converted.
@@ -234,7 +234,7 @@ bool DcmCompEngine::DecompressPixels(DICOMObject& object, CodecTarget target, Co
   native->TypeCode = type_code::OB;
   auto syntax = NewTransferSyntax(kExplicitUid, Length::kAsItIs);
 
-  const std::unique_lock<std::mutex> lock = LockFor(entry);
+  const std::unique_lock<CodecLock> lock = LockFor(entry);
   const std::unique_ptr<DICOMObject> offsets(pixels.LacksTable ? nullptr : pixels.PopFirstItem());
   pixels.LacksTable = true;
   CodecConversion conversion(CodecConversion::Kind::kDecompressing, object, &pixels, info.Frames);
@@ -269,7 +269,7 @@ bool DcmCompEngine::TryCanCompress(DICOMObject& object, const char* syntax, void
   ImageInfo info;
   if (!Acquire(*entry) || !ReadInfo(object, info)) return false;
   CodecTarget target{*entry->Codec, syntax, progress, entry->IsConcurrent()};
-  const std::unique_lock<std::mutex> lock = LockFor(*entry);
+  const std::unique_lock<CodecLock> lock = LockFor(*entry);
   CodecConversion conversion(CodecConversion::Kind::kAsking, object, nullptr, info.Frames);
   ClearErrorText(target);
   if (AskCanCompress(target, conversion, info)) return true;
@@ -306,7 +306,7 @@ bool DcmCompEngine::CompressPixels(DICOMObject& object, CodecTarget target, Code
   std::unique_ptr<VR> syntax;
   if (target.syntax != kImplicitUid) syntax = NewTransferSyntax(target.syntax, Length::kEven);
 
-  const std::unique_lock<std::mutex> lock = LockFor(entry);
+  const std::unique_lock<CodecLock> lock = LockFor(entry);
   CodecConversion conversion(CodecConversion::Kind::kCompressing, object, compressed.get(),
                              info.Frames);
   if (!CompressFrames(target, conversion, info, pixels)) return false;
@@ -346,13 +346,21 @@ CodecEntry* DcmCompEngine::FindEntry(const std::string& uid) {
 }
 
 bool DcmCompEngine::Acquire(CodecEntry& entry) {
-  if (std::find(acquired_.begin(), acquired_.end(), &entry) != acquired_.end()) return true;
+  if (std::find(acquired_.begin(), acquired_.end(), &entry) != acquired_.end()) {
+    return IsThere(entry);
+  }
   acquired_.reserve(acquired_.size() + 1);
   if (!registry_.Acquire(entry)) {
     return Fail("No codec for transfer syntax [" + UidOf(entry.Props) + "]");
   }
   acquired_.push_back(&entry);
-  return true;
+  return IsThere(entry);
+}
+
+bool DcmCompEngine::IsThere(const CodecEntry& entry) {
+  if (entry.IsConcurrent() || !entry.Calls->IsLost()) return true;
+  return Fail("The codec for transfer syntax [" + UidOf(entry.Props) +
+              "] was at work when this process was forked");
 }
 
 bool DcmCompEngine::ReadInfo(const DICOMObject& object, ImageInfo& info) {

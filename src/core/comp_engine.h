@@ -59,6 +59,8 @@ class DcmCompEngine {
   CodecEntry* FindEntry(const std::string& uid);
   /// True once this engine holds the codec of the entry, be it from before.
   bool Acquire(CodecEntry& entry);
+  /// False for a codec that a thread of the parent of this process was calling.
+  bool IsThere(const CodecEntry& entry);
   bool ReadInfo(const DICOMObject& object, ImageInfo& info);
   bool FailAtFrame(const CodecTarget& target, const CodecConversion& conversion,
                    std::uint32_t frame);

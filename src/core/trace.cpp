@@ -10,6 +10,7 @@
 #include <optional>
 
 #include "platform/file_calls.h"
+#include "platform/fork_locks.h"
 #include "platform/hold_cancellation.h"
 
 namespace tessaret {
@@ -20,14 +21,11 @@ namespace {
 
 constexpr const char* kUsualFile = "DcmServiceDump.log";
 
-struct NamedFile {
-  std::mutex mutex;
-  std::optional<std::string> path;
-};
+using FileName = std::optional<std::string>;
 
-// Never destroyed: a connection may still trace while the process ends.
-NamedFile& DumpFile() {
-  static NamedFile& file = *new NamedFile;
+/// With its lock held. Never destroyed: a connection may still trace while the process ends.
+FileName& DumpFile() {
+  static FileName& file = *new FileName;
   return file;
 }
 
@@ -98,17 +96,15 @@ void SetSocketDumpFromEnvironment() { SetFlagIfPresent("DCM_DUMP_SOCKET", kDumpS
 void SetDataDumpFromEnvironment() { SetFlagIfPresent("DCM_DUMP_PDATA", kDumpData); }
 
 void SetDumpFile(const char* path) {
-  std::optional<std::string> named;
+  FileName named;
   if (path != nullptr) named = path;
-  NamedFile& file = DumpFile();
-  const std::lock_guard lock(file.mutex);
-  file.path.swap(named);
+  const std::lock_guard lock(forkLocks.dumpFile);
+  DumpFile().swap(named);
 }
 
 std::string GetDumpFile() {
-  NamedFile& file = DumpFile();
-  const std::lock_guard lock(file.mutex);
-  return file.path.value_or(kUsualFile);
+  const std::lock_guard lock(forkLocks.dumpFile);
+  return DumpFile().value_or(kUsualFile);
 }
 
 void AppendToDump(std::string_view text) noexcept {

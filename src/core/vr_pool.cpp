@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "core/vr.h"
+#include "platform/fork_locks.h"
 #include "platform/thread_end.h"
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
@@ -48,7 +49,6 @@ constexpr std::size_t kSlabHeadSize = 64;
 
 /// Full lists that any thread may take, and all memory that was ever taken, so that none of it is lost from sight.
 struct Store {
-  std::mutex mutex;
   FreeBlock* batches = nullptr;
   SlabHead* slabs = nullptr;
   std::size_t nextSlab = kFirstSlab;
@@ -73,15 +73,11 @@ thread_local constinit bool seenOff = false;
 
 /// What is made and freed in a thread even later. Nobody would hand the blocks of one such thread on, so all of them share
 /// these.
-struct LateBlocks {
-  std::mutex mutex;
-  Cache cache;
-};
-constinit LateBlocks late;
+constinit Cache late;
 
 void PutIntoStore(FreeBlock* batch) noexcept {
   if (batch == nullptr) return;
-  const std::lock_guard lock(store.mutex);
+  const std::lock_guard lock(forkLocks.blocks);
   batch->nextBatch = store.batches;
   store.batches = batch;
 }
@@ -122,7 +118,7 @@ void Refill(Cache& into) {
     into.spare = nullptr;
     return;
   }
-  const std::lock_guard lock(store.mutex);
+  const std::lock_guard lock(forkLocks.blocks);
   if (store.batches == nullptr) {
     TakeSlab(into);
     return;
@@ -169,8 +165,8 @@ void* TakeAny(Cache& from) {
 [[gnu::noinline]] void* TakeBeyondList() {
   SeeOffAtTheEndOfTheThread();
   if (gone) {
-    const std::lock_guard lock(late.mutex);
-    return TakeAny(late.cache);
+    const std::lock_guard lock(forkLocks.lateBlocks);
+    return TakeAny(late);
   }
   return TakeAny(cache);
 }
@@ -178,9 +174,9 @@ void* TakeAny(Cache& from) {
 [[gnu::noinline]] void GiveToFullList(void* block) noexcept {
   SeeOffAtTheEndOfTheThread();
   if (gone) {
-    const std::lock_guard lock(late.mutex);
-    if (late.cache.freeCount >= kBatch) PassOn(late.cache);
-    return PutIntoList(late.cache, block);
+    const std::lock_guard lock(forkLocks.lateBlocks);
+    if (late.freeCount >= kBatch) PassOn(late);
+    return PutIntoList(late, block);
   }
   PassOn(cache);
   PutIntoList(cache, block);
@@ -202,8 +198,8 @@ void GiveVrBlock(void* block) noexcept {
 
 void FreeVrBlocks() noexcept {
   cache = {};
-  late.cache = {};
-  const std::lock_guard lock(store.mutex);
+  late = {};
+  const std::lock_guard lock(forkLocks.blocks);
   store.batches = nullptr;
   store.nextSlab = kFirstSlab;
   while (store.slabs != nullptr) ::operator delete(std::exchange(store.slabs, store.slabs->next));

@@ -4,6 +4,7 @@
 #include <mutex>
 #include <new>
 
+#include "platform/fork_locks.h"
 #include "platform/settings_store.h"
 
 namespace tessaret {
@@ -31,8 +32,11 @@ void ReadOptions() {
 }
 
 CDCMOptions::CDCMOptions(IObject* outer) : ComponentObject(outer) {
-  static std::once_flag firstUse;
-  std::call_once(firstUse, &ReadOptions);
+  static constinit std::atomic<bool> isRead = false;
+  if (isRead) return;
+  const std::lock_guard lock(forkLocks.options);
+  if (!isRead) ReadOptions();
+  isRead = true;
 }
 
 Status CDCMOptions::get_UseTotokuLUT(VariantBool* pVal) {

@@ -1,6 +1,8 @@
 #include "facade/module.h"
 
+#include <atomic>
 #include <cerrno>
+#include <mutex>
 
 #include "component/component_object.h"
 #include "component/object_count.h"
@@ -12,6 +14,7 @@
 #include "facade/dcm_object.h"
 #include "facade/dcm_options.h"
 #include "platform/file_calls.h"
+#include "platform/fork_locks.h"
 #include "platform/library_end.h"
 #include "platform/module_path.h"
 
@@ -87,9 +90,15 @@ struct Start {
   std::string whyInFull;
 };
 
+constinit std::atomic<const Start*> theStart = nullptr;
+
 /// Who asks first says whether a failure is told.
 const Start& TheStart(bool isQuiet = false) {
+  if (const Start* const made = theStart.load(std::memory_order_acquire)) return *made;
+  // The lock of the static object itself no fork would wait for.
+  const std::lock_guard lock(forkLocks.start);
   static const Start start(isQuiet);
+  theStart.store(&start, std::memory_order_release);
   return start;
 }
 

@@ -1,5 +1,9 @@
 // Engines in several threads share the census, the codecs and their counts.
+#include <unistd.h>
+
 #include <atomic>
+#include <mutex>
+#include <semaphore>
 #include <string>
 #include <thread>
 #include <vector>
@@ -8,6 +12,9 @@
 
 #include "core/codec_helpers.h"
 #include "core/comp_engine.h"
+#include "support/build_kind.h"
+#include "support/child_process.h"
+#include "support/fork_amid.h"
 
 namespace tessaret {
 namespace {
@@ -114,6 +121,84 @@ TEST(CompEngineThreads, AConcurrentCodecIsCalledByAllAtOnce) {
   const int most = MostInside(test::BadUid(14));
   EXPECT_GE(most, 1);
   EXPECT_LE(most, kThreads);
+}
+
+TEST(CompEngineThreads, AChildOfForkHasItsCodecsWhateverOtherThreadsDo) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  test::TestCodecs codecs("toy_codec.so");
+  const int stuck = test::FirstStuckChild(100, [&] {
+    const auto object = test::NewImage(1);
+    DcmCompEngine engine(codecs.registry);
+    engine.CanCompress(object.get(), test::kToy, nullptr);
+  });
+  EXPECT_EQ(stuck, -1);
+}
+
+/// A thread that is amid the work of a codec, until this goes.
+class BusyThread {
+ public:
+  BusyThread(CodecRegistry& registry, const char* syntax) : entry_(*registry.Find(syntax)) {
+    EXPECT_TRUE(registry.Acquire(entry_));
+    thread_ = std::thread([this] {
+      const std::lock_guard busy(*entry_.Calls);
+      begun_.release();
+      end_.acquire();
+    });
+    begun_.acquire();
+  }
+  BusyThread(const BusyThread&) = delete;
+  BusyThread& operator=(const BusyThread&) = delete;
+  ~BusyThread() {
+    end_.release();
+    thread_.join();
+  }
+
+ private:
+  CodecEntry& entry_;
+  std::binary_semaphore begun_{0};
+  std::binary_semaphore end_{0};
+  std::thread thread_;
+};
+
+/// How the three operations fail in a child, all with the same words; 0 where they do.
+int TryAllInAChild(CodecRegistry& registry) {
+  return test::RunInChild([&] {
+    ::alarm(20);
+    const std::string words =
+        "The codec for transfer syntax [1.2.999.1] was at work when this "
+        "process was forked";
+    const auto object = test::NewImage(1);
+    const auto compressed = test::NewCompressed(1, test::kToy, 1);
+    DcmCompEngine engine(registry);
+    // The second time it has the codec already.
+    for (int time = 0; time < 2; ++time) {
+      if (engine.CanCompress(object.get(), test::kToy, nullptr) || engine.ErrorText != words)
+        return 1;
+      if (engine.Compress(object.get(), test::kToy, nullptr) || engine.ErrorText != words) return 2;
+      if (engine.Decompress(compressed.get(), nullptr, nullptr) || engine.ErrorText != words)
+        return 3;
+    }
+    if (test::ItemsOf(*compressed).size() != 2) return 4;
+    return engine.Decompress(object.get(), nullptr, nullptr) ? 0 : 5;
+  });
+}
+
+TEST(CompEngineThreads, ACodecThatWasAtWorkIsNotToBeHadInAChildOfFork) {
+  test::TestCodecs codecs("toy_codec.so");
+  {
+    const BusyThread busy(codecs.registry, test::kToy);
+    EXPECT_EQ(TryAllInAChild(codecs.registry), 0);
+  }
+  const auto object = test::NewImage(1);
+  DcmCompEngine engine(codecs.registry);
+  EXPECT_TRUE(engine.Compress(object.get(), test::kToy, nullptr)) << "the parent goes on";
+  EXPECT_EQ(test::RunInChild([&] {
+              ::alarm(20);
+              return engine.Decompress(object.get(), nullptr, nullptr) ? 0 : 1;
+            }),
+            0)
+      << "and a child that is made later has it";
+  codecs.registry.Release(*codecs.registry.Find(test::kToy));
 }
 
 }  // namespace

@@ -16,6 +16,8 @@
 #include "core/file_buffer.h"
 #include "object_maker.h"
 #include "support/all_threads.h"
+#include "support/build_kind.h"
+#include "support/fork_amid.h"
 #include "support/temp_folder.h"
 
 namespace tessaret {
@@ -358,6 +360,16 @@ TEST(ObjectThreads, AllThreadsReadOneFileThroughStreamsOfTheirOwn) {
       ASSERT_EQ(bytes, Pattern(30000, static_cast<std::uint32_t>(number) * 1000 + 1));
     }
   });
+}
+
+TEST(ObjectThreads, ObjectsAreMadeInAChildOfForkWhateverOtherThreadsDo) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  // More elements than a thread keeps for itself, so that they come from what all share and go there again.
+  const int stuck = test::FirstStuckChild(100, [] {
+    std::array<std::unique_ptr<VR>, 20000> elements;
+    for (auto& element : elements) element = std::make_unique<VR>();
+  });
+  EXPECT_EQ(stuck, -1);
 }
 
 }  // namespace

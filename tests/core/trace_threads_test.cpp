@@ -10,7 +10,9 @@
 #include "core/element_maker.h"
 #include "core/object_text.h"
 #include "core/trace.h"
+#include "support/build_kind.h"
 #include "support/bytes.h"
+#include "support/fork_amid.h"
 #include "support/temp_folder.h"
 
 namespace tessaret {
@@ -113,6 +115,14 @@ TEST_F(TraceThreads, SeveralThreadsMayListOneObject) {
   std::atomic<int> equal = 0;
   RunInThreads([&](int) { equal += ObjectToText(object, 0, nullptr) == alone ? 1 : 0; });
   EXPECT_EQ(equal, kThreads);
+}
+
+TEST_F(TraceThreads, AChildOfForkTracesWhateverOtherThreadsDo) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  const int stuck = test::FirstStuckChild(100, [] {
+    for (int times = 0; times < 100; ++times) SetDumpFile(GetDumpFile().c_str());
+  });
+  EXPECT_EQ(stuck, -1);
 }
 
 }  // namespace

@@ -20,6 +20,7 @@
 #include "support/build_kind.h"
 #include "support/bytes.h"
 #include "support/child_process.h"
+#include "support/fork_amid.h"
 #include "support/temp_folder.h"
 #include "tessaret/idcm_dictionary.hpp"
 #include "tessaret/idcm_object.hpp"
@@ -306,6 +307,54 @@ int StartWithoutMemory() {
 TEST(LibraryDeathTest, WithoutMemoryItStartsLater) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(StartWithoutMemory()), testing::ExitedWithCode(0), "");
+}
+
+/// Forks over and over while another thread starts the library; 0 where every child can have it.
+int ForkAmidTheStart() {
+  std::atomic<bool> isStarted = false;
+  std::atomic<bool> begins = false;
+  std::thread starter([&] {
+    begins = true;
+    StartLibrary();
+    isStarted = true;
+  });
+  while (!begins) std::this_thread::yield();
+  int answer = 0;
+  while (answer == 0 && !isStarted) {
+    answer = test::RunInChild([] {
+      ::alarm(20);
+      return Create<IDCMOptions>("Tessaret.DCMOptions") ? 0 : 1;
+    });
+  }
+  starter.join();
+  return answer;
+}
+
+TEST(LibraryDeathTest, AChildThatIsForkedAmidTheStartHasItTooLater) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(ForkAmidTheStart()), testing::ExitedWithCode(0), "");
+}
+
+/// Forks over and over while other threads use the options for the first time; 0 where every child can.
+int ForkAmidTheFirstOptions() {
+  // Settings that take a while to read.
+  const test::TempFolder folder;
+  std::filesystem::create_directory(folder.File("tessaret"));
+  std::string settings;
+  for (int line = 0; line < 200000; ++line) settings += "a=1\n";
+  test::WriteText(folder.File("tessaret/settings.conf"), settings);
+  ::setenv("XDG_CONFIG_HOME", folder.Path().c_str(), 1);
+  if (StartLibrary() != kOk) return 1;
+  const int stuck = test::FirstStuckChild(
+      20, [] { const auto options = Create<IDCMOptions>("Tessaret.DCMOptions"); });
+  return stuck == -1 ? 0 : 2;
+}
+
+TEST(LibraryDeathTest, AChildThatIsForkedAmidTheFirstUseOfTheOptionsHasThem) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(ForkAmidTheFirstOptions()), testing::ExitedWithCode(0), "");
 }
 
 /// Asks for the library while its files are given up, and again; 0 where it starts the second time.
