@@ -12,7 +12,8 @@
 /// while it converts the frames of one data set, from the first to the last, also where the object serves several syntaxes.
 /// Where the props of the syntax have TESSARET_CODEC_CONCURRENT any number of threads call the one object at once, each with a
 /// data set of its own; such a codec tells its failures by tessaret_codec_fail, for ErrorText is then neither read nor written
-/// by the engine.
+/// by the engine. In a child of fork a codec that another thread of the parent was calling is not called any more, but for a
+/// concurrent one.
 ///
 /// A codec may throw C++ exceptions: each is a failure. It never calls the engine or the classes of the library.
 ///
