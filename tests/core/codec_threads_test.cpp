@@ -184,6 +184,7 @@ int TryAllInAChild(CodecRegistry& registry) {
 }
 
 TEST(CompEngineThreads, ACodecThatWasAtWorkIsNotToBeHadInAChildOfFork) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
   test::TestCodecs codecs("toy_codec.so");
   {
     const BusyThread busy(codecs.registry, test::kToy);
