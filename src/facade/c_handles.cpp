@@ -5,12 +5,12 @@
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <mutex>
 #include <new>
 #include <unordered_map>
 
 #include "platform/at_fork.h"
+#include "platform/fork_locks.h"
 #include "platform/library_end.h"
 
 namespace tessaret {
@@ -55,27 +55,32 @@ constinit std::atomic<HandleCounts*> theHandles = nullptr;
 /// What the thread has locked while it forks.
 thread_local constinit HandleCounts* lockedHere = nullptr;
 
+/// Held while they are made.
+constinit ForkLock making;
+
 void LockForFork() noexcept {
+  making.LockForFork();
   lockedHere = theHandles.load(std::memory_order_acquire);
   if (lockedHere != nullptr) lockedHere->LockAll();
 }
 
 void UnlockAfterFork() noexcept {
   if (lockedHere != nullptr) lockedHere->UnlockAll();
+  making.UnlockAfterFork();
 }
 
-HandleCounts& MakeHandles() {
-  WatchProcessEnd();
-  auto made = std::make_unique<HandleCounts>();
-  if (!CallAtFork(&LockForFork, &UnlockAfterFork)) throw std::bad_alloc();
-  theHandles = made.release();
-  return *theHandles;
-}
+/// With the library, see WatchForks in platform/fork_locks.cpp.
+[[gnu::constructor]] void WatchForks() noexcept { CallAtFork(&LockForFork, &UnlockAfterFork); }
 
 // Not destroyed when the process ends: static objects of the host may still give back what they hold.
 HandleCounts& Handles() {
-  static HandleCounts& handles = MakeHandles();
-  return handles;
+  if (HandleCounts* const handles = theHandles.load(std::memory_order_acquire)) return *handles;
+  const std::lock_guard lock(making);
+  if (theHandles == nullptr) {
+    WatchProcessEnd();
+    theHandles = new HandleCounts;
+  }
+  return *theHandles;
 }
 
 /// Where the references to `handle` are counted; null where nothing was ever given.

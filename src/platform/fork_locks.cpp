@@ -22,8 +22,9 @@ void UnlockAll() noexcept {
   for (ForkLock* const lock : kInOrder) lock->UnlockAfterFork();
 }
 
-/// With the library, before anything in it can be locked. Without memory for that a fork waits for nobody.
-[[gnu::constructor]] void WatchForks() noexcept { CallAtFork(&LockAll, &UnlockAll); }
+/// With the library, before anything in it can be locked. Without memory for that a fork waits for nobody. The first of all who ask to
+/// be called: then these locks are the last to be taken, for others may be held by who takes one of these.
+[[gnu::constructor(101)]] void WatchForks() noexcept { CallAtFork(&LockAll, &UnlockAll); }
 
 }  // namespace
 

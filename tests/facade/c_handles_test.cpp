@@ -17,6 +17,7 @@
 #include "component/component_object.h"
 #include "support/all_threads.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 #include "support/child_process.h"
 #include "tessaret/tessaret.hpp"
 
@@ -241,6 +242,45 @@ TEST(CHandles, AreNoneTheLessThereInAChildOfForkWhateverOtherThreadsDid) {
             0);
   other.join();
   tessaret_release(handle);
+}
+
+/// Forks while another thread gets the first handle of all; 0 where the child gets one too.
+int ForkAmidTheFirstHandle() {
+  const auto create = [] {
+    tessaret_object* object = nullptr;
+    const Status status = tessaret_create("Tessaret.DCMOptions", &object);
+    tessaret_release(object);
+    return status == kOk ? 0 : 1;
+  };
+  std::atomic<bool> begins = false;
+  std::thread other([&] {
+    begins = true;
+    create();
+  });
+  while (!begins) {
+  }
+  const int answer = test::RunInChild([&] {
+    ::alarm(20);
+    return create();
+  });
+  other.join();
+  return answer;
+}
+
+/// Over and over: it takes luck to be amid it.
+int ForkAmidManyFirstHandles() {
+  if (tessaret_start() != kOk) return 2;
+  int answer = 0;
+  for (int round = 0; round < 300 && answer == 0; ++round) {
+    answer = test::RunInChild(&ForkAmidTheFirstHandle);
+  }
+  return answer == 0 ? 0 : 3;
+}
+
+TEST(CHandlesDeathTest, AreMadeInAChildThatIsForkedAmidTheFirstOne) {
+  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_EXIT(std::exit(ForkAmidManyFirstHandles()), testing::ExitedWithCode(0), "");
 }
 
 TEST(CHandles, AreGivenBackOnceByThreadsThatAllTry) {
