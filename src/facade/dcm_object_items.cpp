@@ -86,15 +86,17 @@ Status CDCMObject::putref_Sequence(std::int32_t Group, std::int32_t Element, std
     // What would hang below itself would have no owner.
     if (item != nullptr && target->MightHangBelow(*item)) return kInvalidArgument;
     VR* const present = Find(Group, Element);
+    if (!source) {
+      if (present == nullptr) {
+        AddSequence(KeyOf(Group, Element));
+      } else {
+        target->Push(present);
+      }
+      return kOk;
+    }
     if (present != nullptr && present->Data != nullptr && present->Length != 0)
       return FailWith(kHoldsBytes);
-    if (source) return Nest(KeyOf(Group, Element), Idx, *source, item);
-    if (present == nullptr) {
-      AddSequence(KeyOf(Group, Element));
-    } else {
-      target->Push(present);
-    }
-    return kOk;
+    return Nest(KeyOf(Group, Element), Idx, *source, item);
   });
 }
 

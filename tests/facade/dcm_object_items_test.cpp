@@ -298,6 +298,10 @@ TEST(DCMObjectItems, AndAValueDoNotGoTogether) {
                     "The element holds a value: remove it first");
   EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
   EXPECT_EQ(CountOf(object, 0x0010, 0x0020), 0);
+  // Without an item there is nothing that would not go together.
+  EXPECT_EQ(object->putref_Sequence(0x0010, 0x0020, 0, nullptr), kOk);
+  EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+  EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, "LO");
   const auto full = ObjectWithItems(1);
   const Variant bytes = VariantArray::OfBytes(Bytes{1, 2});
   constexpr const char* kWords = "The element holds items: remove it first";
