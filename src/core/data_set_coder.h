@@ -162,6 +162,9 @@ class DataSetCoder {
   void StartDataSet() noexcept;
   /// Ends a load that memory, or anything else that is thrown, broke off: null with words.
   std::unique_ptr<DICOMDataObject> GiveUpLoad(bool lacksMemory, const char* words) noexcept;
+  /// What `load()` gives, or the end of a load that something thrown broke off.
+  template <class Load>
+  std::unique_ptr<DICOMDataObject> Loaded(Load load);
   std::unique_ptr<DICOMDataObject> LoadFrom(FileBuffer& buffer, const char* path, bool loadPixels,
                                             bool strict);
   std::unique_ptr<DICOMDataObject> LoadBareFrom(FileBuffer& buffer, const char* path,

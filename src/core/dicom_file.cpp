@@ -144,12 +144,10 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::GiveUpLoad(bool lacksMemory,
   return nullptr;
 }
 
-std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool loadPixels,
-                                                        bool strict, FileBuffer* fileBuffer) {
-  StartLoad();
-  FileBuffer local;
+template <class Load>
+std::unique_ptr<DICOMDataObject> DataSetCoder::Loaded(Load load) {
   try {
-    return LoadFrom(fileBuffer != nullptr ? *fileBuffer : local, path, loadPixels, strict);
+    return load();
   } catch (const abi::__forced_unwind&) {
     throw;  // the thread is being cancelled
   } catch (const std::bad_alloc&) {
@@ -157,6 +155,15 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool l
   } catch (...) {
     return GiveUpLoad(false, kParseError);
   }
+}
+
+std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFile(const char* path, bool loadPixels,
+                                                        bool strict, FileBuffer* fileBuffer) {
+  StartLoad();
+  FileBuffer local;
+  return Loaded([&] {
+    return LoadFrom(fileBuffer != nullptr ? *fileBuffer : local, path, loadPixels, strict);
+  });
 }
 
 std::unique_ptr<DICOMDataObject> DataSetCoder::LoadFrom(FileBuffer& buffer, const char* path,
@@ -212,15 +219,9 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBareFile(const char* path, st
                                                             FileBuffer* fileBuffer) {
   StartLoad();
   FileBuffer local;
-  try {
+  return Loaded([&] {
     return LoadBareFrom(fileBuffer != nullptr ? *fileBuffer : local, path, code, loadPixels);
-  } catch (const abi::__forced_unwind&) {
-    throw;
-  } catch (const std::bad_alloc&) {
-    return GiveUpLoad(true, kParseError);
-  } catch (...) {
-    return GiveUpLoad(false, kParseError);
-  }
+  });
 }
 
 std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBareFrom(FileBuffer& buffer, const char* path,
@@ -251,7 +252,7 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBlock(const void* bytes, std:
     SetError(kNoMark);
     return nullptr;
   }
-  try {
+  return Loaded([&]() -> std::unique_ptr<DICOMDataObject> {
     const std::uint32_t start = hasMark ? kMarkEnd : 0;
     const auto length = static_cast<std::uint32_t>(size) - start;
     FileMode = code == 0;
@@ -264,15 +265,8 @@ std::unique_ptr<DICOMDataObject> DataSetCoder::LoadBlock(const void* bytes, std:
       before = buffer.Position;
       if (!File_ParseRawVRIntoDCM(buffer, *object, code, loadPixels)) break;
     } while (buffer.InSize != 0 && buffer.Position != before && ErrorText() == nullptr);
-    if (ErrorText() == nullptr) return object;
-  } catch (const abi::__forced_unwind&) {
-    throw;
-  } catch (const std::bad_alloc&) {
-    return GiveUpLoad(true, kParseError);
-  } catch (...) {
-    return GiveUpLoad(false, kParseError);
-  }
-  return nullptr;
+    return ErrorText() == nullptr ? std::move(object) : nullptr;
+  });
 }
 
 std::unique_ptr<DICOMDataObject> DataSetCoder::LoadMemory(const void* bytes, std::uint64_t size,
