@@ -1,6 +1,7 @@
 // All elements of a data set at once.
 #include <algorithm>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -121,6 +122,19 @@ TEST_F(FileListing, SaysWhatWasNotLoadedAndWhatHasNoType) {
   EXPECT_EQ(Rows()[0].type, 0);
 }
 
+TEST_F(FileListing, HasLengthsAndOffsetsThatALongDoesNot) {
+  auto vr = std::make_unique<VR>(0x7FE0, 0x0010, 3000000000u, nullptr);
+  vr->StreamPosition = 4000000000u;
+  CoreOf(object_)->Push(vr.release());
+  CoreOf(object_)->Push(new VR(0x7FE0, 0x0020, kUndefinedLength, nullptr));
+  const std::vector<Row> expected = {{0, 0x7FE00010, 0, 3e9, 4e9, false, 0},
+                                     {0, 0x7FE00020, 0, -1, 0, false, 0}};
+  EXPECT_EQ(Rows(), expected);
+  EXPECT_EQ(StoredIn(file_, 0x7FE0, 0x0010).length, 3e9);
+  EXPECT_EQ(StoredIn(file_, 0x7FE0, 0x0010).offset, 4e9);
+  EXPECT_EQ(StoredIn(file_, 0x7FE0, 0x0020).length, -1);
+}
+
 TEST_F(FileListing, AgreesWithGetElementForEveryEncoding) {
   for (const Encoding encoding : kAllEncodings) {
     SCOPED_TRACE(NameOf(encoding));
@@ -145,6 +159,10 @@ TEST_F(FileListing, LeavesOutItemsThatAreNot) {
   ASSERT_EQ(object_->putref_Sequence(0x0040, 0xA730, 0, NewObject().Get()), kOk);
   CoreOf(object_)->GetVR(0x0040, 0xA730)->Items->Add(nullptr);
   EXPECT_EQ(Rows().size(), 2u);
+  // The one behind it is there.
+  ASSERT_EQ(object_->putref_Sequence(0x0040, 0xA730, -1, ObjectOfPatient("id").Get()), kOk);
+  ASSERT_EQ(Rows().size(), 4u);
+  EXPECT_EQ(Rows()[3].tag, 0x00100020);
 }
 
 TEST_F(FileListing, IsEmptyWithoutElementsAndWithoutADataSet) {
@@ -160,8 +178,14 @@ TEST_F(FileListing, IsEmptyWithoutElementsAndWithoutADataSet) {
 
 TEST_F(FileListing, WantsAPlaceForEachColumn) {
   Variant one;
-  EXPECT_EQ(file_->GetListing(&one, &one, &one, &one, &one, &one, nullptr, &count_), kPointer);
-  EXPECT_EQ(file_->GetListing(nullptr, &one, &one, &one, &one, &one, &one, &count_), kPointer);
+  for (std::size_t missing = 0; missing < 7; ++missing) {
+    std::vector<Variant*> places(7, &one);
+    places[missing] = nullptr;
+    EXPECT_EQ(file_->GetListing(places[0], places[1], places[2], places[3], places[4], places[5],
+                                places[6], &count_),
+              kPointer)
+        << missing;
+  }
   EXPECT_EQ(file_->GetListing(&one, &one, &one, &one, &one, &one, &one, nullptr), kPointer);
 }
 

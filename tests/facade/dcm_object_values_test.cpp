@@ -93,6 +93,23 @@ TEST(DCMObjectValues, AnEmptyValueLeavesTheElementWithoutBytes) {
   EXPECT_TRUE(Describe(object, 0x0010, 0x0010).found.IsTrue());
 }
 
+TEST(DCMObjectValues, OfASequenceAreNoneAndPutNothing) {
+  const auto object = NewObject();
+  EXPECT_EQ(Put(object, 0x0008, 0x1140, "text"), kOk);
+  EXPECT_EQ(Describe(object, 0x0008, 0x1140).type, "SQ");
+  EXPECT_EQ(Describe(object, 0x0008, 0x1140).length, 0);
+  EXPECT_EQ(object->putref_Sequence(0x0008, 0x1140, 0, ObjectOfPatient("item").Get()), kOk);
+  for (const Variant& value : {Variant("text"), Variant(), BytesValue({1, 2})}) {
+    EXPECT_EQ(Put(object, 0x0008, 0x1140, value), kOk);
+    EXPECT_EQ(Text(ItemOf(object, 0x0008, 0x1140, 0), 0x0010, 0x0020), "item");
+    EXPECT_TRUE(Get(object, 0x0008, 0x1140).IsEmpty());
+  }
+  // Under another type its items stand in the way of a value.
+  EXPECT_TRUE(Get(object, 0x0008, 0x1140, 0, "LO").IsEmpty());
+  EXPECT_FAILS_WITH(Put(object, 0x0008, 0x1140, "text"), kCannotConvert);
+  EXPECT_EQ(Text(ItemOf(object, 0x0008, 0x1140, 0), 0x0010, 0x0020), "item");
+}
+
 TEST(DCMObjectValues, ATypeThatIsGivenToReadByStays) {
   const auto object = NewObject();
   EXPECT_EQ(Put(object, 0x0009, 0x1001, BytesValue({0x34, 0x12})), kOk);
@@ -394,6 +411,24 @@ TEST(DCMObjectBytes, WithoutMemoryThereAreWords) {
   }
   EXPECT_FAILS_WITH(status, "Not enough memory for VR Data");
   EXPECT_TRUE(value.IsEmpty());
+}
+
+TEST(DCMObjectBytes, ThatFindNoMemoryLeaveTheElementAsItWas) {
+  const auto object = ObjectOfPatient("id");
+  const Variant bytes = BytesValue(Bytes(1000, 1));
+  const String type("OB");
+  std::uint64_t failures = 0;
+  FailEveryAllocation(
+      [&] {
+        if (object->PutVRData(0x0010, 0x0020, type, bytes) == kOutOfMemory) ++failures;
+      },
+      [&] {
+        const bool isNew = Raw(object, 0x0010, 0x0020).size() == 1000;
+        EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, isNew ? "OB" : "LO");
+        EXPECT_EQ(Raw(object, 0x0010, 0x0020), isNew ? Bytes(1000, 1) : BytesOf("id"));
+      });
+  EXPECT_GT(failures, 0u);
+  EXPECT_EQ(Describe(object, 0x0010, 0x0020).type, "OB");
 }
 
 TEST(DCMObjectWalk, GoesByTheOrderOfTags) {

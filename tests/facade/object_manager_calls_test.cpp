@@ -1,4 +1,6 @@
 // The way to the core's data sets: records of elements, and all of it by name, where pointers travel as objects.
+#include <algorithm>
+#include <array>
 #include <cstring>
 #include <memory>
 
@@ -59,6 +61,15 @@ TEST(ElementRecords, TellOfAnElement) {
   EXPECT_EQ(record.numseq, 7);
   EXPECT_EQ(record.DDO, &record);
   EXPECT_EQ(record.seq, &record.DDO);
+}
+
+TEST(ElementRecords, OfAnElementWithoutATypeHaveThatOfTheDictionary) {
+  const auto object = ObjectOfPatient("id");
+  CoreOf(object)->GetVR(0x0010, 0x0020)->TypeCode = type_code::kNone;
+  _VR_RECORD_TYPE record;
+  EXPECT_EQ(ManagerOf(object)->GetVR(0x0010, 0x0020, &record), kOk);
+  const std::unique_ptr<char[]> bytes(record.pt);
+  EXPECT_EQ(record.TypeCode, 'L' * 256 + 'O');
 }
 
 TEST(ElementRecords, OfWhatIsNotThereSaySo) {
@@ -213,6 +224,39 @@ TEST(ObjectManagerByName, WhatAnObjectGivesUpByShowingItBelongsToTheHandle) {
   EXPECT_EQ(CoreOf(object), nullptr);
 }
 
+/// A data set that a handle owns, and all who look at it, released in every order.
+TEST(ObjectManagerByName, HandlesAndObjectsMayBeReleasedInAnyOrder) {
+  constexpr std::size_t kOwner = 3;
+  constexpr std::size_t kLooks = 4;
+  const auto make = [](bool& died) {
+    const auto from = NewObject();
+    EXPECT_EQ(ManagerOf(from)->PutPtr(1, new Witness(died)), kOk);
+    EXPECT_EQ(from->putref_Sequence(0x0008, 0x1140, 0, ObjectOfPatient("item").Get()), kOk);
+    const auto viewer = NewObject();
+    EXPECT_EQ(ManagerOf(viewer)->PutPtr(0, CoreOf(from)), kOk);
+    const auto item = ItemOf(viewer, 0x0008, 0x1140, 0);
+    return std::array<Variant, 5>{Variant(from.Get()), Variant(viewer.Get()), Variant(item.Get()),
+                                  HandleOf(from, 1), HandleOf(from, 0)};
+  };
+  std::array<std::size_t, 5> order = {0, 1, 2, kOwner, kLooks};
+  do {
+    bool died = false;
+    auto all = make(died);
+    for (const std::size_t next : order) {
+      all[next].Clear();
+      EXPECT_EQ(died, all[kOwner].IsEmpty());
+      for (std::size_t at = 0; at < kOwner; ++at) {
+        if (all[at].IsEmpty()) continue;
+        Get(Ref<IObject>(all[at].AsObject()).As<IDCMObject>(), 0x0010, 0x0020);
+      }
+      if (!all[kLooks].IsEmpty()) {
+        EXPECT_EQ(IsAlive(all[kLooks]), !died);
+      }
+    }
+    EXPECT_TRUE(CanUnload());
+  } while (std::ranges::next_permutation(order).found);
+}
+
 TEST(ObjectManagerByName, WithoutMemoryForAHandleTheOwnerStays) {
   std::uint64_t failures = 0;
   for (std::uint64_t nth = 1;; ++nth) {
@@ -239,6 +283,17 @@ TEST(ObjectManagerByName, WithoutMemoryForAHandleTheOwnerStays) {
   EXPECT_GT(failures, 0u);
 }
 
+TEST(ObjectManagerByName, WhatNobodyWantsToHaveIsGone) {
+  const auto object = ObjectOfPatient("id");
+  EXPECT_EQ(Call(ByName(object), "GetVR", MemberKind::kMethod,
+                 {std::int32_t{0x0010}, std::int32_t{0x0020}}),
+            kOk);
+  EXPECT_EQ(Call(ByName(object), "GetPtr", MemberKind::kMethod, {std::int32_t{0}}), kOk);
+  EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+  EXPECT_EQ(Call(ByName(object), "GetPtr", MemberKind::kMethod, {std::int32_t{1}}), kOk);
+  EXPECT_EQ(CoreOf(object), nullptr);
+}
+
 TEST(ObjectManagerByName, NoOwnershipGivesNoHandle) {
   const auto object = NewObject();
   const Variant first = HandleOf(object, 1);
@@ -251,6 +306,10 @@ TEST(ObjectManagerByName, NoOwnershipGivesNoHandle) {
 TEST(ObjectManagerByName, AnEmptyValueIsNoDataSet) {
   const auto object = NewObject();
   EXPECT_EQ(Call(ByName(object), "PutPtr", MemberKind::kMethod, {std::int32_t{1}, Variant()}), kOk);
+  EXPECT_EQ(CoreOf(object), nullptr);
+  EXPECT_EQ(object->Clear(), kOk);
+  const Variant noObject(static_cast<IObject*>(nullptr));
+  EXPECT_EQ(Call(ByName(object), "PutPtr", MemberKind::kMethod, {std::int32_t{0}, noObject}), kOk);
   EXPECT_EQ(CoreOf(object), nullptr);
   Variant none(std::int32_t{5});
   EXPECT_EQ(Call(ByName(object), "GetPtr", MemberKind::kMethod, {std::int32_t{0}}, &none), kOk);
@@ -272,6 +331,8 @@ TEST(ObjectManagerByName, RefusesWhatIsNoDataSet) {
   EXPECT_EQ(Call(ByName(object), "GetPtr", MemberKind::kMethod, {"many"}), kTypeMismatch);
   EXPECT_EQ(Call(ByName(object), "GetVR", MemberKind::kMethod, {std::int32_t{1}}), kBadCount);
   EXPECT_EQ(Call(ByName(object), "GetVR", MemberKind::kMethod, {"many", std::int32_t{1}}),
+            kTypeMismatch);
+  EXPECT_EQ(Call(ByName(object), "GetVR", MemberKind::kMethod, {std::int32_t{1}, "many"}),
             kTypeMismatch);
   EXPECT_EQ(Call(ByName(object), "PutVR", MemberKind::kMethod, {}), kBadCount);
   EXPECT_EQ(Call(ByName(object), "PutVR", MemberKind::kMethod, {std::int32_t{1}}), kTypeMismatch);
@@ -308,6 +369,14 @@ TEST(ObjectManagerByName, ReadsAndChangesRecords) {
   EXPECT_EQ(Text(object, 0x0010, 0x0021), "new");
   EXPECT_EQ(Describe(object, 0x0010, 0x0021).type, "SH");
   EXPECT_EQ(Text(object, 0x0010, 0x0020), "id");
+  Variant other;
+  EXPECT_EQ(Call(ByName(object), "GetVR", MemberKind::kMethod,
+                 {std::int32_t{0x0010}, std::int32_t{0x0021}}, &other),
+            kOk);
+  Variant bytes;
+  EXPECT_EQ(Call(ObjectIn(other), "pt", MemberKind::kGet, {}, &bytes), kOk);
+  ASSERT_NE(bytes.AsArray(), nullptr);
+  EXPECT_EQ(bytes.AsArray()->Count(), 3u);
 
   EXPECT_EQ(Call(record, "pt", MemberKind::kPut, {"text"}), kTypeMismatch);
   EXPECT_EQ(Call(record, "pt", MemberKind::kPut, {VariantArray(VariantType::kShort, 2)}),
