@@ -10,8 +10,9 @@ namespace tessaret {
 /// after a failed Load, or when the item that it showed is gone, there is none.
 ///
 /// A tag is given as Group and Element, of which the low 16 bits count. TypeCode is the two letters of a value representation such as
-/// "PN"; texts of fewer letters, and values that are no text, count as none. Where no type is given for an element that has none yet,
-/// it comes from the dictionary. VM is the number of a value within its element, from 0. Values travel as DICOM PS3.5, 6.2 has them:
+/// "PN"; texts of fewer letters, and values that are no text, count as none, and so do longer ones for an element that is added. Where no
+/// type is given for an element that has none yet, it comes from the dictionary. VM is the number of a value within its element, from 0.
+/// Values travel as DICOM PS3.5, 6.2 has them:
 ///
 /// | Types | Value |
 /// |---|---|
@@ -41,7 +42,8 @@ class IDCMObject : public IDispatch {
   /// Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an
   /// element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException
   /// "Error converting VARIANT to VR type" for a value that cannot be turned into the type and for an element with items, the words
-  /// above for a VM, and "No data object": the element is as it was.
+  /// above for a VM, and "No data object": the element is as it was. One of type SQ takes no value: it stays as it is, or is added
+  /// without items, and that is no failure.
   virtual Status put_VR(std::int32_t Group, std::int32_t Element, Optional<const Variant&> TypeCode,
                         Optional<std::int32_t> VM, const Variant& newVal) = 0;
 
@@ -62,7 +64,9 @@ class IDCMObject : public IDispatch {
   /// Saves as a file with meta header, in the transfer syntax of (0002,0010), or implicit little endian where that is not there. Pixel
   /// data goes out as it stands. What was at `FileName` stays where the new file cannot be written whole: kException, with the words of
   /// the encoder or the system, or "Empty object". An explicit syntax has no place for more than 65535 bytes in types other than OB,
-  /// OW, UN and UT: a longer value makes what follows it unreadable.
+  /// OW, UN and UT: a longer value makes what follows it unreadable. OD, OF, OL, OV, SV, UC, UR and UV are among these, for which other
+  /// programs expect a longer head. An element of type UN that the dictionary knows goes out with the type that it has there, one of
+  /// these too, where its length fits; IDcmFile.SaveFile with SAVE_KEEPS_TYPES leaves it UN.
   virtual Status Save(const String& FileName) = 0;
 
   /// Loads a file. What was here is gone, also when it fails. With LoadPixels exactly true (-1) the pixel data is there and native, and

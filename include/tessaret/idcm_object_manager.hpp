@@ -19,7 +19,7 @@ struct _VR_RECORD_TYPE {
   std::int32_t Group = 0;      // -1: there is no such element
   std::int32_t Elem = 0;       // the same
   std::uint16_t TypeCode = 0;  // first letter times 256 plus second
-  std::int32_t len = 0;        // bytes at pt; -1 for an undefined length
+  std::int32_t len = 0;        // bytes at pt, or not loaded where that is null; -1: undefined
   std::int16_t numseq = 0;     // not used
   void* DDO = nullptr;         // not used
   char* pt = nullptr;          // from new[]; whoever had the record filled frees it with delete[]

@@ -23,7 +23,7 @@ class IVRRecord : public IDispatch {
   virtual Status get_TypeCode(Result<std::int32_t> pVal) = 0;
   /// Sets the type, of which the low 16 bits count.
   virtual Status put_TypeCode(std::int32_t newVal) = 0;
-  /// How many bytes there are; -1 for an undefined length. To set it set `pt`.
+  /// How many bytes the element has, also where they were not loaded; -1 for an undefined length. To set it set `pt`.
   virtual Status get_len(Result<std::int32_t> pVal) = 0;
   /// The bytes, as an array with one dimension from 0; empty where there are none.
   virtual Status get_pt(Result<Variant> pVal) = 0;

@@ -751,8 +751,9 @@ class IDCMObject(Object):
     after a failed Load, or when the item that it showed is gone, there is none.
 
     A tag is given as Group and Element, of which the low 16 bits count. TypeCode is the two letters of a value representation such as
-    "PN"; texts of fewer letters, and values that are no text, count as none. Where no type is given for an element that has none yet,
-    it comes from the dictionary. VM is the number of a value within its element, from 0. Values travel as DICOM PS3.5, 6.2 has them:
+    "PN"; texts of fewer letters, and values that are no text, count as none, and so do longer ones for an element that is added. Where no
+    type is given for an element that has none yet, it comes from the dictionary. VM is the number of a value within its element, from 0.
+    Values travel as DICOM PS3.5, 6.2 has them:
 
     | Types | Value |
     |---|---|
@@ -782,7 +783,8 @@ class IDCMObject(Object):
             """Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an
             element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException
             "Error converting VARIANT to VR type" for a value that cannot be turned into the type and for an element with items, the words
-            above for a VM, and "No data object": the element is as it was.
+            above for a VM, and "No data object": the element is as it was. One of type SQ takes no value: it stays as it is, or is added
+            without items, and that is no failure.
             """
             ...
     @property
@@ -814,7 +816,9 @@ class IDCMObject(Object):
         """Saves as a file with meta header, in the transfer syntax of (0002,0010), or implicit little endian where that is not there. Pixel
         data goes out as it stands. What was at `FileName` stays where the new file cannot be written whole: kException, with the words of
         the encoder or the system, or "Empty object". An explicit syntax has no place for more than 65535 bytes in types other than OB,
-        OW, UN and UT: a longer value makes what follows it unreadable.
+        OW, UN and UT: a longer value makes what follows it unreadable. OD, OF, OL, OV, SV, UC, UR and UV are among these, for which other
+        programs expect a longer head. An element of type UN that the dictionary knows goes out with the type that it has there, one of
+        these too, where its length fits; IDcmFile.SaveFile with SAVE_KEEPS_TYPES leaves it UN.
         """
         ...
 
@@ -2217,7 +2221,7 @@ class IVRRecord(Object):
 
     @property
     def len(self) -> int:
-        """How many bytes there are; -1 for an undefined length. To set it set `pt`."""
+        """How many bytes the element has, also where they were not loaded; -1 for an undefined length. To set it set `pt`."""
         ...
 
     @property

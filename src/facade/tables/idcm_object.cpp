@@ -41,7 +41,8 @@ constexpr MemberInfo kMembers[] = {
 {"VR", MemberKind::kPut, kArguments1.data(), kArguments1.size(), "Sets a value of an element, which is added where there is none; an empty value leaves it without bytes. TypeCode counts for an\n"
         "element without a type. Values behind the end are appended. Texts are cut to the length that their type allows. kException\n"
         "\"Error converting VARIANT to VR type\" for a value that cannot be turned into the type and for an element with items, the words\n"
-        "above for a VM, and \"No data object\": the element is as it was."},
+        "above for a VM, and \"No data object\": the element is as it was. One of type SQ takes no value: it stays as it is, or is added\n"
+        "without items, and that is no failure."},
 {"VRMultiplicity", MemberKind::kGet, kArguments2.data(), kArguments2.size(), "How many values an element has: 0 for one that is not there, 1 for types that are not divided."},
 {"Clear", MemberKind::kMethod, kArguments3.data(), kArguments3.size(), "Removes all elements. Where there is no data set, an empty one is there afterwards."},
 {"copy", MemberKind::kMethod, kArguments4.data(), kArguments4.size(), "A new object with a copy of everything, independent at every depth."},
@@ -50,7 +51,9 @@ constexpr MemberInfo kMembers[] = {
 {"Save", MemberKind::kMethod, kArguments6.data(), kArguments6.size(), "Saves as a file with meta header, in the transfer syntax of (0002,0010), or implicit little endian where that is not there. Pixel\n"
         "data goes out as it stands. What was at `FileName` stays where the new file cannot be written whole: kException, with the words of\n"
         "the encoder or the system, or \"Empty object\". An explicit syntax has no place for more than 65535 bytes in types other than OB,\n"
-        "OW, UN and UT: a longer value makes what follows it unreadable."},
+        "OW, UN and UT: a longer value makes what follows it unreadable. OD, OF, OL, OV, SV, UC, UR and UV are among these, for which other\n"
+        "programs expect a longer head. An element of type UN that the dictionary knows goes out with the type that it has there, one of\n"
+        "these too, where its length fits; IDcmFile.SaveFile with SAVE_KEEPS_TYPES leaves it UN."},
 {"Load", MemberKind::kMethod, kArguments7.data(), kArguments7.size(), "Loads a file. What was here is gone, also when it fails. With LoadPixels exactly true (-1) the pixel data is there and native, and\n"
         "(0002,0010) says so; otherwise (7FE0,0010) comes without bytes and the file is not read beyond it. A file that ends early is there\n"
         "as far as it goes. kException with the words of the reader where nothing can be read, \"Unsupported Encapsulated Transfer Syntax\"\n"
@@ -129,8 +132,9 @@ static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 25, "A da
         "after a failed Load, or when the item that it showed is gone, there is none.\n"
         "\n"
         "A tag is given as Group and Element, of which the low 16 bits count. TypeCode is the two letters of a value representation such as\n"
-        "\"PN\"; texts of fewer letters, and values that are no text, count as none. Where no type is given for an element that has none yet,\n"
-        "it comes from the dictionary. VM is the number of a value within its element, from 0. Values travel as DICOM PS3.5, 6.2 has them:\n"
+        "\"PN\"; texts of fewer letters, and values that are no text, count as none, and so do longer ones for an element that is added. Where no\n"
+        "type is given for an element that has none yet, it comes from the dictionary. VM is the number of a value within its element, from 0.\n"
+        "Values travel as DICOM PS3.5, 6.2 has them:\n"
         "\n"
         "| Types | Value |\n"
         "|---|---|\n"

@@ -25,7 +25,7 @@ constexpr MemberInfo kMembers[] = {
 {"Elem", MemberKind::kPut, kArguments3.data(), kArguments3.size(), "Sets the element number of the tag."},
 {"TypeCode", MemberKind::kGet, kArguments4.data(), kArguments4.size(), "The type: its first letter times 256 plus the second."},
 {"TypeCode", MemberKind::kPut, kArguments5.data(), kArguments5.size(), "Sets the type, of which the low 16 bits count."},
-{"len", MemberKind::kGet, kArguments6.data(), kArguments6.size(), "How many bytes there are; -1 for an undefined length. To set it set `pt`."},
+{"len", MemberKind::kGet, kArguments6.data(), kArguments6.size(), "How many bytes the element has, also where they were not loaded; -1 for an undefined length. To set it set `pt`."},
 {"pt", MemberKind::kGet, kArguments7.data(), kArguments7.size(), "The bytes, as an array with one dimension from 0; empty where there are none."},
 {"pt", MemberKind::kPut, kArguments8.data(), kArguments8.size(), "Sets the bytes, and with them `len`. kTypeMismatch for anything but an array of bytes with one dimension, or an empty value."},
 };
