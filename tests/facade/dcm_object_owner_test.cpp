@@ -145,6 +145,10 @@ TEST(DCMObjectOwner, StaysWhenItIsGivenWhatItHas) {
   EXPECT_EQ(manager->PutPtr(1, nullptr), kOk);
   EXPECT_TRUE(died);
   EXPECT_EQ(CoreOf(object), nullptr);
+  // Nothing has an owner too.
+  EXPECT_EQ(manager->GetOwnership(), kOk);
+  EXPECT_EQ(manager->PutPtr(0, nullptr), kOk);
+  EXPECT_EQ(manager->GetOwnership(), kNo);
 }
 
 TEST(DCMObjectOwner, OfADataSetThatShowsOneOfItsItemsNext) {

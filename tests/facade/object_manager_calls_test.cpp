@@ -42,6 +42,13 @@ Variant HandleOf(const Ref<IDCMObject>& object, std::int32_t takes) {
   return handle;
 }
 
+/// The record of an element, as a host in C++ meets it.
+Ref<IVRRecord> RecordOf(const Ref<IDCMObject>& object, std::int32_t group, std::int32_t element) {
+  Variant value;
+  EXPECT_EQ(Call(ByName(object), "GetVR", MemberKind::kMethod, {group, element}, &value), kOk);
+  return Ref<IObject>(value.AsObject()).As<IVRRecord>();
+}
+
 TEST(ElementRecords, TellOfAnElement) {
   const auto object = ObjectOfPatient("patient");
   _VR_RECORD_TYPE record;
@@ -398,6 +405,55 @@ TEST(ObjectManagerByName, ARecordOfWhatIsNotThereSaysSo) {
   Variant group;
   EXPECT_EQ(Call(ObjectIn(value), "Group", MemberKind::kGet, {}, &group), kOk);
   EXPECT_EQ(group.AsLong(), -1);
+}
+
+TEST(ObjectManagerByName, ARecordHasAnUndefinedLengthAndLow16BitsOfAType) {
+  const auto object = NewObject();
+  CoreOf(object)->Push(new VR(0x7FE0, 0x0010, kUndefinedLength, nullptr));
+  const auto record = RecordOf(object, 0x7FE0, 0x0010);
+  std::int32_t number = 0;
+  EXPECT_EQ(record->get_len(&number), kOk);
+  EXPECT_EQ(number, -1);
+  for (const std::int32_t type : {0x30000 + type_code::OB, -0x10000 + type_code::OB}) {
+    EXPECT_EQ(record->put_TypeCode(0), kOk);
+    EXPECT_EQ(record->put_TypeCode(type), kOk);
+    EXPECT_EQ(record->get_TypeCode(&number), kOk);
+    EXPECT_EQ(number, type_code::OB);
+  }
+}
+
+TEST(ObjectManagerByName, RecordsAndHandlesRefuseNullPointers) {
+  const auto object = ObjectOfPatient("id");
+  const auto record = RecordOf(object, 0x0010, 0x0020);
+  EXPECT_EQ(record->get_Group(nullptr), kPointer);
+  EXPECT_EQ(record->get_Elem(nullptr), kPointer);
+  EXPECT_EQ(record->get_TypeCode(nullptr), kPointer);
+  EXPECT_EQ(record->get_len(nullptr), kPointer);
+  EXPECT_EQ(record->get_pt(nullptr), kPointer);
+  const Variant handle = HandleOf(object, 0);
+  EXPECT_EQ(Ref<IObject>(handle.AsObject()).As<IDataSetHandle>()->get_IsAlive(nullptr), kPointer);
+}
+
+TEST(ObjectManagerByName, RecordsWithoutMemoryAreAsTheyWere) {
+  const auto record = RecordOf(ObjectOfPatient("id"), 0x0010, 0x0020);
+  const Variant bytes = VariantArray::OfBytes(Bytes(100, 1));
+  Variant found;
+  std::int32_t length = 0;
+  std::uint64_t failures = 0;
+  const auto count = [&](Status status) {
+    if (status == kOutOfMemory) ++failures;
+    EXPECT_TRUE(status == kOk || status == kOutOfMemory);
+  };
+  FailEveryAllocation([&] { count(record->get_pt(&found)); });
+  EXPECT_GT(failures, 0u);
+  EXPECT_EQ(found.AsArray()->Count(), 2u);
+  FailEveryAllocation([&] { count(record->put_pt(bytes)); },
+                      [&] {
+                        EXPECT_EQ(record->get_len(&length), kOk);
+                        EXPECT_EQ(record->get_pt(&found), kOk);
+                        EXPECT_EQ(found.AsArray()->Count(), static_cast<std::uint64_t>(length));
+                      });
+  EXPECT_EQ(length, 100);
 }
 
 TEST(ObjectByName, SetsAPropertyWithOptionalArgumentsLeftAway) {
