@@ -1,5 +1,6 @@
 // tessaret set: changes elements of a DICOM file.
 #include <algorithm>
+#include <span>
 
 #include "class_object.h"
 #include "element_values.h"
@@ -37,6 +38,10 @@ struct Assignment {
 /// Why an element is not for people to set or to remove, or empty.
 std::string WhyNotToChange(const TagPath& path) {
   const TagKey tag = path.Tag();
+  for (const TagStep& step : std::span(path.steps).first(path.steps.size() - 1)) {
+    if (step.tag == kPixelDataTag)
+      return TagText(step.tag) + " has fragments at most, which hold no elements";
+  }
   const std::string text = TagText(tag);
   if (GroupOf(tag) == kMetaGroup)
     return text + " is of the meta header, which is made when the file is written";

@@ -193,6 +193,17 @@ class Set(tool.ToolTest):
                                   ("0001,0010:LO=x", "(0001,0010) would come before the meta header, where no file can hold it")):
             self.set(file, assignment, code=USAGE, error=f"tessaret: set: {words}\n")
 
+    def test_fragments_hold_no_elements(self):
+        fragments = item(b"") + item(b"\xff\xd8\xff\xd9") + tool.sequence_end()
+        pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + fragments
+        icon = element(0x00880200, "SQ", item(element(0x00280010, "US", b"\1\0") + pixels))
+        source = self.write("in.dcm", meta(JPEG) + icon + pixels)
+        for place in ("PixelData[1]", "0088,0200[0].PixelData[0]"):
+            for arguments in ((f"{place}.PatientID=x",), ("--remove", f"{place}.PatientID")):
+                self.set(source, *arguments, code=USAGE, error=(
+                    "tessaret: set: (7fe0,0010) has fragments at most, which hold no elements\n"))
+        self.assertEqual(self.set(source, "0088,0200[0].PatientID=x").IconImageSequence[0].PatientID, "x")
+
     def test_what_would_make_the_file_unreadable_is_refused(self):
         implicit = self.write("implicit.dcm", meta(IMPLICIT) + image(implicit=True))
         for value in ("0008,1140:LO=abcdefgh", "0008,1140:UN=00"):
