@@ -40,6 +40,9 @@ VrCode Host::TypeOfElement(TagKey tag) {
 }
 
 std::optional<KnownUid> Host::FindUid(std::string_view uid) {
+  constexpr std::size_t kLongest =
+      1024;  // far more than a UID has; a value of a file may be of any length
+  if (uid.size() > kLongest) return std::nullopt;
   String name;
   String type;
   String modality;
@@ -48,12 +51,24 @@ std::optional<KnownUid> Host::FindUid(std::string_view uid) {
   Require(Dictionary().GetUIDDescription(String::FromNarrow(uid), &name, &type, &modality, &isImage,
                                          &found));
   if (!found.IsTrue()) return std::nullopt;
-  return KnownUid{name.Narrow(), isImage.IsTrue()};
+  return KnownUid{name.Narrow(), isImage.IsTrue(), type.Narrow() == "TransferSyntax"};
 }
 
 std::string Host::NameOfUid(std::string_view uid) {
   const auto known = FindUid(uid);
   return known ? known->name : std::string();
+}
+
+std::string Host::SyntaxOfName(std::string_view name) {
+  const auto file = Ref<IDcmDictionary>(&Dictionary()).As<IDcmDictionaryFile>();
+  String uid;
+  VariantBool found;
+  for (std::int32_t at = 0;; ++at) {
+    Require(file->GetUIDAt(at, &uid, &found));
+    if (!found.IsTrue()) return {};
+    const auto known = FindUid(uid.Narrow());
+    if (known && known->isSyntax && known->name == name) return uid.Narrow();
+  }
 }
 
 bool Host::ColoursOutput() const {

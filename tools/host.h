@@ -35,7 +35,8 @@ struct KnownElement {
 
 struct KnownUid {
   std::string name;
-  bool isImage = false;  // objects of this class are images
+  bool isImage = false;   // objects of this class are images
+  bool isSyntax = false;  // it is a transfer syntax
 };
 
 class Host {
@@ -60,6 +61,8 @@ class Host {
   std::optional<KnownUid> FindUid(std::string_view uid);
   /// The name of that; empty for an unknown one.
   std::string NameOfUid(std::string_view uid);
+  /// The UID of the transfer syntax of this name; empty where the dictionary has none. Throws DictionaryError.
+  std::string SyntaxOfName(std::string_view name);
 
   /// True when results may be coloured.
   [[nodiscard]] bool ColoursOutput() const;

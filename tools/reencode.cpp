@@ -20,14 +20,21 @@ namespace {
 constexpr std::uint32_t kHeadSize = 8;  // of an implicit element
 constexpr TagKey kDirectoryRecords = MakeTagKey(0x0004, 0x1220);
 
-/// What stands in the way of a native encoding, anywhere in an object.
-bool HoldsFragments(const Listing& listing) {
+/// What stands in the way of a native encoding, in an object from `level` down.
+bool HoldsFragments(const Listing& listing, int level = 0) {
   for (std::size_t row = 0; row < listing.Rows(); ++row) {
-    if (!listing.IsItem(row) && listing.Tag(row) == kPixelDataTag && listing.At(row).items != 0)
-      return true;
+    const bool isPixelData = !listing.IsItem(row) && listing.Tag(row) == kPixelDataTag;
+    if (isPixelData && listing.Level(row) >= level && listing.At(row).items != 0) return true;
   }
   return false;
 }
+
+bool NamesCompression(const SourceFile& source) {
+  return !source.syntax.empty() && !IsNativeSyntax(source.syntax);
+}
+
+constexpr const char* kUnnamedCompression =
+    "holds fragments of compressed pixel data but names no compression";
 
 bool IsGroupLength(TagKey tag) { return ElementOf(tag) == 0 && GroupOf(tag) != kMetaGroup; }
 
@@ -210,12 +217,10 @@ std::string WhyNotToHold(const SourceFile& source, Target target, Host& host) {
 std::string WhyNotToEncode(const SourceFile& source, Target target, Host& host) {
   if (std::string why = WhyNotToHold(source, target, host); !why.empty()) return why;
   const bool fragments = HoldsFragments(source.listing);
-  const bool compressedSyntax = !source.syntax.empty() && !IsNativeSyntax(source.syntax);
+  const bool compressedSyntax = NamesCompression(source);
   const bool pixels = source.listing.FindOnTop(kPixelDataTag).has_value();
   if (target == Target::kKeep) {
-    if (fragments && !compressedSyntax)
-      return "holds fragments of compressed pixel data but names no compression";
-    return {};
+    return fragments && !compressedSyntax ? kUnnamedCompression : "";
   }
   if (fragments || (compressedSyntax && pixels)) {
     return "its pixel data is compressed and cannot be made native; without --syntax it is kept as "
@@ -226,6 +231,13 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, Host& host) 
            "endian pixels of "
            "this size in two ways";
   }
+  return {};
+}
+
+std::string WhyNotToKeepFragments(const SourceFile& source, std::string_view syntax) {
+  if (HoldsFragments(source.listing) && !NamesCompression(source)) return kUnnamedCompression;
+  if (HoldsFragments(source.listing, 1) && source.syntax != syntax)
+    return "the pixel data of an item is compressed, and only that of the image itself is changed";
   return {};
 }
 

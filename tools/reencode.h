@@ -25,6 +25,10 @@ std::string WhyNotToEncode(const SourceFile& source, Target target, Host& host);
 /// What of that counts wherever the pixel data goes: elements that a file in `target` cannot hold or cannot tell to its reader.
 std::string WhyNotToHold(const SourceFile& source, Target target, Host& host);
 
+/// Why fragments of compressed pixel data would be taken for something else in a file in `syntax`, to which only the pixel data of the
+/// object itself is turned, not that of icons; empty when they would not.
+std::string WhyNotToKeepFragments(const SourceFile& source, std::string_view syntax);
+
 /// Sets the types in `source` that it has when its elements are written one by one in `syntax`, and leaves out group lengths outside
 /// the meta header. Throws CallError and std::bad_alloc.
 void PrepareElements(SourceFile& source, std::string_view syntax);

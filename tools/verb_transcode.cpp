@@ -22,9 +22,10 @@ struct TranscodeOptions {
 class Transcoding {
  public:
   Transcoding(const TranscodeOptions& options, Host& host)
-      : options_(options), host_(host), to_(SyntaxUid(options.to)) {}
+      : options_(options), host_(host), to_(UidOf(options.to, host)) {}
 
   ExitCode Run() {
+    if (to_.empty()) return WrongUsage();
     if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
       return OutputFailed(why);
     SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
@@ -46,9 +47,22 @@ class Transcoding {
   }
 
  private:
+  static std::string UidOf(const std::string& word, Host& host) {
+    std::string uid = SyntaxUid(word);
+    return uid.empty() ? host.SyntaxOfName(word) : uid;
+  }
+
+  ExitCode WrongUsage() {
+    host_.messages.Error("transcode", "--to: " + options_.to + " is no transfer syntax: one of " +
+                                          SyntaxWords() + ", a name in the dictionary, or a UID");
+    host_.messages.Error("usage", "see tessaret transcode --help");
+    return ExitCode::kUsage;
+  }
+
   std::string WhyNot(const SourceFile& source) {
     const Target target = to_ == kImplicitLittle ? Target::kImplicit : Target::kExplicit;
     std::string why = WhyNotToHold(source, target, host_);
+    if (why.empty()) why = WhyNotToKeepFragments(source, to_);
     if (!why.empty()) return why;
     if (source.IsBigEndian() && to_ != kExplicitBig && HasPixelsOfDoubtfulOrder(source))
       return "the order of the bytes in its pixel data is not certain, since programs write big "
@@ -104,12 +118,7 @@ RunVerb SetUpTranscode(CLI::App& app) {
       ->required()
       ->option_text("UID|NAME");
   app.add_flag("--force", options->force, "Replace OUT if it is there");
-  app.callback([options] {
-    RefuseDash("OUT", options->output);
-    if (SyntaxUid(options->to).empty())
-      throw CLI::ValidationError(
-          "--to", options->to + " is no transfer syntax: one of " + SyntaxWords() + ", or a UID");
-  });
+  app.callback([options] { RefuseDash("OUT", options->output); });
   return [options](Host& host) { return Transcoding(*options, host).Run(); };
 }
 

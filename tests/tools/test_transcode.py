@@ -48,6 +48,28 @@ class Transcode(tool.ToolTest):
         self.refuse(self.source(EXPLICIT), "no codec is here that makes JPEG2000 of it", "--to", "jpeg2000")
         self.refuse(self.source(EXPLICIT), "no codec is here that makes 1.2.3 of it", "--to", "1.2.3")
 
+    def test_names_of_the_dictionary_are_known(self):
+        # JPEG Lossless, Non-Hierarchical (Process 14), has no short word.
+        self.refuse(self.source(EXPLICIT), "no codec is here that makes JPEGLossless of it", "--to", "JPEGLossless")
+        for name in ("CTImageStorage", "jpeglossless", "", "JPEGLossless "):
+            result = run("transcode", "--to", name, self.source(EXPLICIT), self.path("out.dcm"))
+            self.assert_ends(result, USAGE)
+            self.assertIn(f"--to: {name} is no transfer syntax: one of implicit,", result.stderr.decode())
+
+    def test_fragments_never_come_to_a_file_of_another_syntax(self):
+        pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + item(b"") + item(b"\xff\xd8") + tool.sequence_end()
+        icon = element(0x00880200, "SQ", item(element(0x00280010, "US", b"\1\0") + pixels))
+        for content in (pixels, icon, icon + element(0x7FE00010, "OW", b"\1\2")):
+            for name in ("explicit", "implicit", "big", "rle"):
+                self.refuse(self.write("in.dcm", meta(EXPLICIT) + content),
+                            "holds fragments of compressed pixel data but names no compression", "--to", name)
+        for content in (icon, icon + pixels):
+            for name in ("explicit", "big", "rle"):
+                self.refuse(self.write("in.dcm", meta(JPEG) + content),
+                            "the pixel data of an item is compressed, and only that of the image itself is changed", "--to", name)
+        # The syntax that it has is the engine's business.
+        self.refuse(self.write("in.dcm", meta(JPEG) + icon + pixels), f"Unknown transfer syntax [{JPEG}]", "--to", "jpeg")
+
     def test_compressed_pixel_data_without_a_codec_is_refused_in_the_words_of_the_engine(self):
         pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + item(b"") + item(b"\xff\xd8\xff\xd9") + tool.sequence_end()
         source = self.write("in.dcm", meta(JPEG) + element(0x00280010, "US", b"\1\0") + pixels)
