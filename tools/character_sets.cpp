@@ -59,6 +59,13 @@ const CodedSet* FindSet(std::string_view normal) {
   return set == std::end(kSets) ? nullptr : set;
 }
 
+/// A name for messages: far more than any set has.
+std::string Cut(std::string name) {
+  constexpr std::size_t kMost = 64;
+  if (name.size() > kMost) name.resize(kMost), name += "...";
+  return name;
+}
+
 bool IsTextByItself(const CodedSet& set) { return set.escape.empty(); }
 
 }  // namespace
@@ -80,7 +87,7 @@ CharacterSets::CharacterSets(std::string_view value) {
     extensions_ = extensions_ || !isFirst || name.starts_with(kExtensionPrefix);
     if (isFirst) TakeFirst(name);
     if (!name.empty() && unknown_.empty() && FindSet(name) == nullptr)
-      unknown_ = Trimmed(value.substr(0, end));
+      unknown_ = Cut(std::string(Trimmed(value.substr(0, end))));
     if (end == std::string_view::npos) break;
     value.remove_prefix(end + 1);
   }

@@ -48,7 +48,7 @@ class CharacterSets {
   [[nodiscard]] bool IsUnnamed() const { return unnamed_; }
   /// Whether escape sequences switch between sets.
   [[nodiscard]] bool HasExtensions() const { return extensions_; }
-  /// The name of a set that is not known, the first of them; empty where all are.
+  /// The name of a set that is not known, the first of them, cut where it is very long; empty where all are.
   [[nodiscard]] const std::string& Unknown() const { return unknown_; }
 
   /// What counts at the start of a text: for bytes below 0x80, never null, and for those from 0x80, null where there is none. One that
