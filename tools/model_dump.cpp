@@ -12,6 +12,7 @@
 #include "json_values.h"
 #include "meant_type.h"
 #include "tag.h"
+#include "vr_traits.h"
 
 namespace tessaret::tool {
 namespace {
@@ -114,6 +115,8 @@ class ModelDump {
       facts.type = type;
       facts.letters = LettersOf(type);
     }
+    // The model has no other types than the standard.
+    if (FindTraits(facts.type) == nullptr) facts.letters = LettersOf(type_code::UN);
     const bool hasItems = HasItems(object, tag);
     const std::string name = JsonTag(tag);
     json_.Key(name).BeginObject();
@@ -128,6 +131,9 @@ class ModelDump {
         level.nextItem = 0;
         return;
       }
+    } else if (tag == kCharacterSetTag && !level.sets.IsUnnamed()) {
+      // What text is written in here.
+      json_.Member("vr", "CS").Key("Value").BeginArray().String("ISO_IR 192").EndArray();
     } else {
       json_.Member("vr", facts.letters);
       if (facts.length != 0) Value(level, tag, facts, level.path + name);
