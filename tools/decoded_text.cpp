@@ -38,20 +38,22 @@ std::string Katakana(std::uint8_t byte) {
 /// How many bytes the character that begins with `bytes` has in GBK or GB18030.
 std::size_t ChineseSize(std::string_view bytes) { return IsIn(ByteAt(bytes, 1), '0', '9') ? 4 : 2; }
 
+using TakeValue = std::function<void(std::string_view)>;
+
 class Decoder {
  public:
-  Decoder(const CharacterSets& sets, VrCode type, std::size_t most)
+  Decoder(const CharacterSets& sets, VrCode type, std::size_t most, const TakeValue& take)
       : sets_(sets),
         most_(most),
+        take_(take),
         hasSeveral_(FindTraits(type)->severalValues),
         isName_(type == type_code::PN) {
     Reset();
   }
 
-  std::vector<std::string> Values(std::string_view bytes) {
-    values_.emplace_back();
+  void Through(std::string_view bytes) {
     while (!bytes.empty() && count_ <= most_) bytes.remove_prefix(TakeOne(bytes));
-    return std::move(values_);
+    take_(value_);
   }
 
  private:
@@ -82,7 +84,8 @@ class Decoder {
 
   std::size_t TakeLow(char c) {
     if (c == '\\' && hasSeveral_) {
-      values_.emplace_back();
+      take_(value_);
+      value_.clear();
       Reset();
       return 1;
     }
@@ -128,13 +131,13 @@ class Decoder {
   }
 
   std::size_t Add(std::string_view utf8, std::size_t size) {
-    values_.back() += utf8;
+    value_ += utf8;
     return size;
   }
 
   /// The first byte of `bytes`, which makes no character.
   std::size_t AddByte(std::string_view bytes) {
-    values_.back() += HexEscape(bytes[0]);
+    value_ += HexEscape(bytes[0]);
     return 1;
   }
 
@@ -148,20 +151,20 @@ class Decoder {
 
   const CharacterSets& sets_;
   const std::size_t most_;
+  const TakeValue& take_;
   const bool hasSeveral_;
   const bool isName_;
   const CodedSet* low_ = nullptr;
   const CodedSet* high_ = nullptr;
   std::size_t count_ = 0;  // of characters, delimiters included
-  std::vector<std::string> values_;
+  std::string value_;
 };
 
-std::vector<std::string> Parts(std::string_view bytes) {
-  std::vector<std::string> parts;
+void ForEachPart(std::string_view bytes, const TakeValue& take) {
   for (;;) {
     const std::size_t end = bytes.find('\\');
-    parts.emplace_back(bytes.substr(0, end));
-    if (end == std::string_view::npos) return parts;
+    take(bytes.substr(0, end));
+    if (end == std::string_view::npos) return;
     bytes.remove_prefix(end + 1);
   }
 }
@@ -206,10 +209,18 @@ bool IsInCharacterSet(VrCode type) {
 
 std::vector<std::string> DecodedValues(const CharacterSets& sets, VrCode type,
                                        std::string_view bytes, std::size_t most) {
-  if (IsDecoded(sets, type)) return Decoder(sets, type, most).Values(bytes);
+  std::vector<std::string> values;
+  ForEachDecodedValue(
+      sets, type, bytes, [&](std::string_view value) { values.emplace_back(value); }, most);
+  return values;
+}
+
+void ForEachDecodedValue(const CharacterSets& sets, VrCode type, std::string_view bytes,
+                         const TakeValue& take, std::size_t most) {
+  if (IsDecoded(sets, type)) return Decoder(sets, type, most, take).Through(bytes);
   const VrTraits* traits = FindTraits(type);
-  if (traits != nullptr && traits->severalValues) return Parts(bytes);
-  return {std::string(bytes)};
+  if (traits != nullptr && traits->severalValues) return ForEachPart(bytes, take);
+  take(bytes);
 }
 
 std::string DecodedText(const CharacterSets& sets, VrCode type, std::string_view bytes,
@@ -220,7 +231,8 @@ std::string DecodedText(const CharacterSets& sets, VrCode type, std::string_view
     return std::string(bytes.substr(0, enough));
   }
   std::string text;
-  for (const std::string& value : DecodedValues(sets, type, bytes, most)) text += value + '\\';
+  ForEachDecodedValue(
+      sets, type, bytes, [&](std::string_view value) { (text += value) += '\\'; }, most);
   text.pop_back();
   return text;
 }

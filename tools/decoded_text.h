@@ -1,6 +1,7 @@
 // Text of data elements as UTF-8, by the character sets of its data set.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -22,6 +23,11 @@ bool IsInCharacterSet(VrCode type);
 /// A little more than `most` characters is enough: what comes behind may be left out.
 std::vector<std::string> DecodedValues(const CharacterSets& sets, VrCode type,
                                        std::string_view bytes, std::size_t most = kNoLimit);
+
+/// Calls `take` with one of them after the other: all at once take many times the room of their bytes.
+void ForEachDecodedValue(const CharacterSets& sets, VrCode type, std::string_view bytes,
+                         const std::function<void(std::string_view)>& take,
+                         std::size_t most = kNoLimit);
 
 /// The same with backslashes between them.
 std::string DecodedText(const CharacterSets& sets, VrCode type, std::string_view bytes,

@@ -248,21 +248,11 @@ std::string Hexadecimal(std::span<const std::uint8_t> bytes) {
   return text;
 }
 
-std::vector<std::string> TextsOf(VrCode type, std::span<const std::uint8_t> bytes,
-                                 const CharacterSets& sets) {
-  if (bytes.empty()) return {};
-  if (IsText(type)) {
-    const std::string_view text(reinterpret_cast<const char*>(bytes.data()), bytes.size());
-    std::vector<std::string> values = DecodedValues(sets, type, UnpaddedText(text));
-    for (std::string& value : values) value.resize(UnpaddedText(value).size());
-    return values;
-  }
-  const auto count = NumberCount(type, bytes.size());
-  if (!count) return {Hexadecimal(bytes)};
-  std::vector<std::string> values;
-  for (std::size_t index = 0; index < *count; ++index)
-    values.push_back(NumberText(type, bytes.data(), index));
-  return values;
+void ForEachText(VrCode type, std::string_view bytes, const CharacterSets& sets,
+                 const std::function<void(std::string_view)>& take) {
+  if (bytes.empty()) return;
+  ForEachDecodedValue(sets, type, UnpaddedText(bytes),
+                      [&](std::string_view value) { take(UnpaddedText(value)); });
 }
 
 GivenValue ValueFrom(VrCode type, std::string_view text, const CharacterSets& sets,

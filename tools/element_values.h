@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -16,17 +17,16 @@ namespace tessaret::tool {
 /// Bytes in hexadecimal between backslashes.
 std::string Hexadecimal(std::span<const std::uint8_t> bytes);
 
-/// The values that `bytes` of this type are: texts decoded and without blanks at their ends, numbers in their shortest decimal form, tags
-/// as "(gggg,eeee)", and all that is no values as one of hexadecimal bytes between backslashes. None for no bytes.
-std::vector<std::string> TextsOf(VrCode type, std::span<const std::uint8_t> bytes,
-                                 const CharacterSets& sets);
+/// Calls `take` with each value of a text of this type, decoded and without blanks at its end; never for no bytes.
+void ForEachText(VrCode type, std::string_view bytes, const CharacterSets& sets,
+                 const std::function<void(std::string_view)>& take);
 
 struct GivenValue {
   std::vector<std::uint8_t> bytes;
   std::string failure;  // why the text is no value of the type; empty where it is
 };
 
-/// The bytes of what TextsOf shows so, with backslashes between values: text in UTF-8, numbers in decimal, tags also as keywords, bytes in
+/// The bytes of values as people write them, with backslashes between: text in UTF-8, numbers in decimal, tags also as keywords, bytes in
 /// hexadecimal. Text has an even length. Dates and times may have their separators: 2001-02-03, 14:05:06.25, 2001-02-03 14:05. Nothing is cut or rounded off:
 /// what does not fit the type is a failure.
 GivenValue ValueFrom(VrCode type, std::string_view text, const CharacterSets& sets,

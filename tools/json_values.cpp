@@ -92,10 +92,14 @@ void WriteTexts(JsonWriter& json, VrCode type, std::string_view text, const Char
   json.Key("Value").BeginArray();
   const bool hasSeveral = FindTraits(type)->severalValues;
   std::size_t index = 0;
-  for (const std::string& value : DecodedValues(sets, type, text)) {
-    if (only.value_or(index) != index++) continue;
-    hasSeveral ? WriteText(json, type, value, decimals) : static_cast<void>(json.String(value));
-  }
+  ForEachDecodedValue(sets, type, text, [&](std::string_view value) {
+    if (only.value_or(index) != index++) return;
+    if (!hasSeveral) {
+      json.String(value);
+    } else {
+      WriteText(json, type, UnpaddedText(value), decimals);
+    }
+  });
   json.EndArray();
 }
 

@@ -57,11 +57,18 @@ bool TakeDigits(std::string_view& text) {
   return count > 0;
 }
 
-}  // namespace
+/// How many bytes of `text` to take at once, whole characters where it is UTF-8.
+std::size_t PortionOf(std::string_view text, bool utf8) {
+  constexpr std::size_t kPortion = std::size_t{64} * 1024;
+  if (text.size() <= kPortion) return text.size();
+  std::size_t size = kPortion;
+  while (utf8 && (static_cast<unsigned char>(text[size]) & 0xC0) == 0x80) --size;
+  return size;
+}
 
-std::string JsonString(std::string_view text) {
-  std::string json = "\"";
-  const bool utf8 = IsUtf8(text);
+/// What stands between the quotes.
+std::string Characters(std::string_view text, bool utf8) {
+  std::string json;
   while (!text.empty()) {
     const Utf8Character next = utf8 ? FirstCharacter(text) : Utf8Character{0, 1};
     const auto byte = static_cast<unsigned char>(text[0]);
@@ -74,8 +81,12 @@ std::string JsonString(std::string_view text) {
     }
     text.remove_prefix(next.size);
   }
-  return json + '"';
+  return json;
 }
+
+}  // namespace
+
+std::string JsonString(std::string_view text) { return '"' + Characters(text, IsUtf8(text)) + '"'; }
 
 bool IsJsonNumber(std::string_view text) {
   if (text.starts_with('-')) text.remove_prefix(1);
@@ -93,6 +104,17 @@ bool IsJsonNumber(std::string_view text) {
     if (!TakeDigits(text)) return false;
   }
   return text.empty();
+}
+
+JsonWriter& JsonWriter::String(std::string_view text) {
+  const bool utf8 = IsUtf8(text);
+  Raw("\"");
+  while (!text.empty()) {
+    const std::size_t size = PortionOf(text, utf8);
+    More(Characters(text.substr(0, size), utf8));
+    text.remove_prefix(size);
+  }
+  return More("\"");
 }
 
 JsonWriter& JsonWriter::Key(std::string_view name) {

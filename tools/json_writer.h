@@ -27,7 +27,8 @@ class JsonWriter {
   JsonWriter& BeginArray() { return Open('['); }
   JsonWriter& EndArray() { return Close(']'); }
   JsonWriter& Key(std::string_view name);
-  JsonWriter& String(std::string_view text) { return Raw(JsonString(text)); }
+  /// Part by part, as the text may be long.
+  JsonWriter& String(std::string_view text);
   JsonWriter& Number(std::uint64_t number) { return Raw(std::to_string(number)); }
   JsonWriter& Bool(bool value) { return Raw(value ? "true" : "false"); }
   JsonWriter& Null() { return Raw("null"); }

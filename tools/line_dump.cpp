@@ -50,9 +50,11 @@ class LineDump final : public ObjectVisitor {
     if (element.type == type_code::SQ) return Sequence(element, owner, level);
     const std::string description = Description(element.tag, owner);
     ShownValue value(element, owner);
-    Line(ElementIndent(level), TagText(element.tag), Letters(element),
-         value.Shown(most_, sets_.Here()) + UidNames(element, value),
-         {Length(element), value.Multiplicity(), description});
+    BeginLine(ElementIndent(level), TagText(element.tag), Letters(element));
+    const std::size_t columns = value.Show(host_.output, most_, sets_.Here());
+    const std::string names = UidNames(element, value);
+    host_.output.Write(names);
+    EndLine(columns + Columns(names), {Length(element), value.Multiplicity(), description});
   }
 
   void OnSequence(const Element& sequence, DataSet& owner, int level) override {
@@ -107,8 +109,9 @@ class LineDump final : public ObjectVisitor {
   }
 
   void Fragment(const Element& fragment, DataSet& owner, int level) {
-    Line(ItemIndent(level), TagText(fragment.tag), "pi",
-         ShownValue(fragment, owner).Shown(most_, sets_.Here()), {Length(fragment), 1, "Item"});
+    BeginLine(ItemIndent(level), TagText(fragment.tag), "pi");
+    const std::size_t columns = ShownValue(fragment, owner).Show(host_.output, most_, sets_.Here());
+    EndLine(columns, {Length(fragment), 1, "Item"});
   }
 
   /// "=CTImageStorage" behind a UID that has a name, one for each of several. Cut like the value: a name is longer than its UID.
@@ -148,10 +151,20 @@ class LineDump final : public ObjectVisitor {
 
   void Line(int indent, std::string_view tag, std::string_view letters, std::string_view value,
             const Comment& comment) {
+    BeginLine(indent, tag, letters);
+    host_.output.Write(value);
+    EndLine(Columns(value), comment);
+  }
+
+  void BeginLine(int indent, std::string_view tag, std::string_view letters) {
     std::string line(static_cast<std::size_t>(indent), ' ');
-    line.append(tag).append(" ").append(letters).append(" ").append(value);
-    const std::size_t columns = Columns(value);
-    line.append(columns < kValueColumns ? kValueColumns - columns : 0, ' ');
+    line.append(tag).append(" ").append(letters).append(" ");
+    host_.output.Write(line);
+  }
+
+  /// Behind a value of so many columns.
+  void EndLine(std::size_t columns, const Comment& comment) {
+    std::string line(columns < kValueColumns ? kValueColumns - columns : 0, ' ');
     line += ' ';
     if (colours_) line += kDim;
     line.append("# ")

@@ -24,8 +24,14 @@ void WaitForRoom() {
 OutputError::OutputError(int error) : std::runtime_error(SystemErrorText(error)), number_(error) {}
 
 void Output::Write(std::string_view text) {
-  waiting_ += text;
-  if (waiting_.size() >= kPortion) Flush();
+  if (text.size() < kPortion) {
+    waiting_ += text;
+    if (waiting_.size() >= kPortion) Flush();
+    return;
+  }
+  Flush();
+  used_ = true;
+  Send(text);
 }
 
 void Output::Flush() {

@@ -139,12 +139,35 @@ std::string ShownValue::Shown(std::size_t most, const CharacterSets& sets) {
   if (!element_.hasValue) return "(not loaded)";
   if (const VrCode type = ShownType(element_); IsText(type))
     return '[' + Escaped(DecodedText(sets, type, Text(), most), most) + ']';
-  if (const auto count = NumberCount(element_.type, element_.length)) {
-    return Joined(static_cast<std::uint32_t>(*count), most,
-                  [&](std::uint32_t index) { return NumberText(element_.type, Bytes(), index); });
+  return Joined(Parts(), most, PartText());
+}
+
+std::uint32_t ShownValue::Parts() const {
+  const auto count = NumberCount(element_.type, element_.length);
+  return count ? static_cast<std::uint32_t>(*count) : element_.length;
+}
+
+std::function<std::string(std::uint32_t)> ShownValue::PartText() {
+  if (NumberCount(element_.type, element_.length))
+    return [this](std::uint32_t index) { return NumberText(element_.type, Bytes(), index); };
+  return [this](std::uint32_t index) { return HexByte(*Bytes().At(index, 1)); };
+}
+
+std::size_t ShownValue::Show(Output& output, std::size_t most, const CharacterSets& sets) {
+  const bool isInParts = element_.hasValue && !IsText(ShownType(element_));
+  if (most != kNoLimit || !isInParts || element_.length == 0) {
+    const std::string shown = Shown(most, sets);
+    output.Write(shown);
+    return Columns(shown);
   }
-  return Joined(element_.length, most,
-                [&](std::uint32_t index) { return HexByte(*Bytes().At(index, 1)); });
+  std::size_t columns = 0;
+  const auto text = PartText();
+  for (std::uint32_t index = 0, count = Parts(); index < count; ++index) {
+    const std::string part = (index == 0 ? "" : "\\") + text(index);
+    output.Write(part);
+    columns += part.size();
+  }
+  return columns;
 }
 
 }  // namespace tessaret::tool

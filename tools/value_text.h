@@ -2,12 +2,14 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
 
 #include "character_sets.h"
 #include "object_walk.h"
+#include "output.h"
 #include "value_bytes.h"
 
 namespace tessaret::tool {
@@ -39,10 +41,15 @@ class ShownValue {
   /// The text without what pads it, which is here as long as this. Requires: the type is one of text.
   std::string_view Text();
 
-  /// In at most about `most` columns: text in brackets, decoded by `sets`, numbers between backslashes, bytes in hexadecimal.
-  std::string Shown(std::size_t most, const CharacterSets& sets);
+  /// Writes it in at most about `most` columns, which it answers: text in brackets, decoded by `sets`, numbers between backslashes,
+  /// bytes in hexadecimal. Numbers and bytes go out one by one where there is no limit.
+  std::size_t Show(Output& output, std::size_t most, const CharacterSets& sets);
 
  private:
+  std::string Shown(std::size_t most, const CharacterSets& sets);
+  /// How many numbers or bytes there are, and the text of each.
+  [[nodiscard]] std::uint32_t Parts() const;
+  std::function<std::string(std::uint32_t)> PartText();
   ValueBytes& Bytes();
 
   const Element& element_;

@@ -96,6 +96,11 @@ class Getting {
   static std::size_t CountOf(VrCode type, const ValueBytes& bytes) {
     return bytes.Size() == 0 ? 0 : NumberCount(type, bytes.Size()).value_or(1);
   }
+  static std::size_t CountOfTexts(VrCode type, ValueBytes& bytes, const CharacterSets& sets) {
+    std::size_t count = 0;
+    ForEachText(type, bytes.Text(), sets, [&](std::string_view) { ++count; });
+    return count;
+  }
 
   void AsLine(const Place& place, const TagPath& path, VrCode type) {
     if (HasItems(*place.object, path.Tag()) || type == type_code::SQ) {
@@ -104,19 +109,21 @@ class Getting {
     }
     const Ref<IDcmFile> file = FileOf(*place.object);
     ValueBytes bytes(*file, path.Tag(), StoredSize(*file, path.Tag()));
-    if (IsText(type)) return TextsAsLine(TextsOf(type, bytes.All(), place.sets), path);
+    if (IsText(type)) return TextsAsLine(type, bytes, place.sets, path);
     if (!HasWanted(CountOf(type, bytes), path)) return;
     NumberCount(type, bytes.Size()) ? WriteNumbers(type, bytes) : WriteBytes(bytes);
     host_.output.Line("");
   }
 
-  void TextsAsLine(const std::vector<std::string>& texts, const TagPath& path) {
-    if (!HasWanted(texts.size(), path)) return;
-    if (options_.index) return host_.output.Line(Escaped(texts[*options_.index]));
-    for (std::size_t index = 0; index < texts.size(); ++index) {
-      if (index > 0) host_.output.Write("\\");
-      host_.output.Write(Escaped(texts[index]));
-    }
+  void TextsAsLine(VrCode type, ValueBytes& bytes, const CharacterSets& sets, const TagPath& path) {
+    if (options_.index && !HasWanted(CountOfTexts(type, bytes, sets), path)) return;
+    std::size_t index = 0;
+    ForEachText(type, bytes.Text(), sets, [&](std::string_view text) {
+      const bool isFirst = index == 0;
+      if (options_.index.value_or(index) != index++) return;
+      if (!isFirst && !options_.index) host_.output.Write("\\");
+      host_.output.Write(Escaped(text));
+    });
     host_.output.Line("");
   }
 
@@ -147,7 +154,7 @@ class Getting {
     if (options_.index) {
       // Items are no values.
       const std::size_t count = isSequence     ? 0
-                                : IsText(type) ? TextsOf(type, bytes.All(), place.sets).size()
+                                : IsText(type) ? CountOfTexts(type, bytes, place.sets)
                                                : CountOf(type, bytes);
       if (!HasWanted(count, path)) return;
     }

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "standard_output.h"
+
 namespace tessaret::tool {
 namespace {
 
@@ -20,6 +22,29 @@ TEST(JsonString, Utf8StaysButForWhatSteersATerminal) {
 TEST(JsonString, OtherBytesAreTakenForLatin1) {
   EXPECT_EQ(JsonString("M\xFCller"), "\"M\xC3\xBCller\"");  // 0xFC is U+00FC
   EXPECT_EQ(JsonString("\x9B\xFF"), "\"\\u009b\xC3\xBF\"");
+}
+
+/// An array of a number and `text`.
+std::string Written(const std::string& text) {
+  return StandardOutputOf(
+      [&](Output& output) { JsonWriter(output).BeginArray().Number(1).String(text).EndArray(); });
+}
+
+TEST(JsonWriter, LongTextGoesOutInPartsOfWholeCharacters) {
+  // The first part ends within the character, at one of its bytes.
+  for (std::size_t before = 65530; before < 65540; ++before) {
+    const std::string text =
+        std::string(before, 'x') + "\xF0\x9F\x98\x80" + std::string(70000, 'y');
+    EXPECT_EQ(Written(text), "[1,\"" + text + "\"]") << before;
+  }
+  // Latin-1 as a whole, though its beginning is UTF-8.
+  std::string latin;
+  std::string expected;
+  for (int count = 0; count < 40000; ++count) {
+    latin += "\xC3\xA4";
+    expected += "\u00c3\u00a4";
+  }
+  EXPECT_EQ(Written(latin + '\xFF'), "[1,\"" + expected + "\u00ff\"]");
 }
 
 TEST(JsonNumber, WhatJsonTakesForANumber) {

@@ -4,9 +4,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <string>
 
 #include <gtest/gtest.h>
 
+#include "standard_output.h"
 #include "support/child_process.h"
 
 namespace tessaret::tool {
@@ -34,6 +36,25 @@ TEST(Output, ClosingClosesWhatWasWrittenTo) {
               if (::fcntl(STDOUT_FILENO, F_GETFD) != -1) throw OutputError(EEXIST);
             }),
             0);
+}
+
+TEST(Output, PartsOfEverySizeComeInTheirOrder) {
+  const std::string large(65536, 'b');
+  EXPECT_EQ(StandardOutputOf([&](Output& output) {
+              output.Write("a");
+              output.Write(large);
+              output.Write("c");
+            }),
+            'a' + large + 'c');
+}
+
+TEST(Output, ALargePartCountsAsWritten) {
+  EXPECT_EQ(ErrorOf([](Output& output) {
+              output.Write(std::string(65536, 'b'));
+              ::close(STDOUT_FILENO);
+              output.Close();
+            }),
+            EBADF);
 }
 
 TEST(Output, AFailedCloseIsTold) {

@@ -83,6 +83,10 @@ class Lines(tool.ToolTest):
             self.assertEqual(whole["0008,0008"][1], "[" + "x" * 66 + "]")
             self.assertEqual(whole["0009,1001"][1], "\\".join(map(str, range(100, 140))))
             self.assertEqual(whole["7fe0,0010"][1], hexadecimal)
+            # Comments stand in one column behind short values.
+            short = self.dump(element(0x00091001, "US", b"\1\0\2\0") + element(0x00091002, "OB", b"\1\2") +
+                              element(0x00100010, "PN", "a"), option)
+            self.assertEqual([line.index(" # ") for line in short], [55, 55, 55])
 
     def test_a_text_of_64_characters_is_whole(self):
         self.assertEqual(self.values(element(0x00104000, "LT", "y" * 64))["0010,4000"][1], "[" + "y" * 64 + "]")

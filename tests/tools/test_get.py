@@ -77,6 +77,8 @@ class Get(tool.ToolTest):
     def test_a_type_may_be_given(self):
         self.assertEqual(self.get("--type", "US", "0009,1001"), "1\\515\n")
         self.assertEqual(self.get("--type", "UL", "0009,1001"), f"{515 << 16 | 1}\n")
+        # What is no whole number of numbers is bytes.
+        self.assertEqual(self.get("--type", "FD", "0009,1001"), "01\\00\\03\\02\n")
 
     def test_json_is_an_object_for_each_tag(self):
         lines = self.get("--json", "PatientName", "Rows", "0009,1001", "Columns", "PatientSex", "ReferencedImageSequence",
