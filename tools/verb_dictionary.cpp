@@ -5,6 +5,7 @@
 #include "class_object.h"
 #include "escape.h"
 #include "json_writer.h"
+#include "keywords.h"
 #include "output_file.h"
 #include "tag_text.h"
 #include "verbs.h"
@@ -105,7 +106,7 @@ class Search {
              Folded(text, true).find(wanted) != std::string::npos;
     };
     for (std::int32_t at = 0; const auto element = ElementAt(at); ++at) {
-      if (matches(element->name)) Show(*element);
+      if (matches(element->name) || matches(KeywordOf(element->name))) Show(*element);
     }
     String uid;
     VariantBool found;

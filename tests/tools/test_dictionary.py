@@ -37,6 +37,9 @@ class Queries(tool.ToolTest):
         self.assertIn("(0010,0010) PN Patient's Name", lines("PatientName"))
         self.assertEqual(lines("ImagePositionPatient"), ["(0020,0032) DS Image Position (Patient)"])
         self.assertIn("1.2.840.10008.5.1.4.1.1.2 SOPClass CTImageStorage, image, CT", lines("CTImageStorage"))
+        # Some are not made of the words of the name.
+        self.assertEqual(lines("ThreeDMatingPoint"), ["(0068,64c0) FD 3D Mating Point"])
+        self.assertEqual(lines("radiusalongwedge"), ["(0014,511f) DS Radius Along the Wedge"])
 
     def test_words_find_tags_and_uids_in_their_order(self):
         found = lines("verification")
