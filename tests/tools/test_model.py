@@ -110,6 +110,8 @@ class Model(tool.ToolTest):
             "00090010": {"vr": "LO", "Value": ["ACME"]}, "00280103": {"vr": "US", "Value": [1]}, "00280120": signed,
             "00880200": {"vr": "SQ", "Value": [{"00280120": signed, "00880200": {"vr": "SQ", "Value": [
                 {"00280103": {"vr": "US", "Value": [0]}, "00280120": unsigned}]}}]}})
+        # 1 is the sign, and no other value.
+        self.assertEqual(self.of(two_bytes(0x00280103, 2) + two_bytes(0x00280120, 63536), syntax=IMPLICIT)["00280120"], unsigned)
         content = element(0x00280103, "US", b"\1\0") + element(0x00280120, "US", b"\x30\xf8")
         self.assertEqual(self.of(content)["00280120"], unsigned)
 

@@ -75,6 +75,22 @@ class Transcode(tool.ToolTest):
         source = self.write("in.dcm", meta(JPEG) + element(0x00280010, "US", b"\1\0") + pixels)
         self.refuse(source, f"Unknown transfer syntax [{JPEG}]", "--to", "explicit")
 
+    def test_big_endian_pixels_whose_order_is_not_certain_stay_big_endian(self):
+        for bits, vr, refused in ((16, "OW", False), (8, "OB", False), (16, "OB", True), (32, "OW", True)):
+            with self.subTest(f"{bits} {vr}"):
+                number = lambda tag, value: element(tag, "US", struct.pack(">H", value), order=">")
+                source = self.write("in.dcm", meta(BIG_ENDIAN) + number(0x00280100, bits) + element(0x7FE00010, vr, bytes(range(8)), order=">"))
+                out = self.path("out.dcm")
+                for name in ("implicit", "explicit"):
+                    if refused:
+                        self.refuse(source, "the order of the bytes in its pixel data is not certain, since programs write big endian "
+                                            "pixels of this size in two ways", "--to", name)
+                    else:
+                        self.assert_ends(run("transcode", "--force", "--to", name, source, out), DONE, "")
+                self.assert_ends(run("transcode", "--force", "--to", "big", source, out), DONE, "")
+                self.assertEqual(pydicom.dcmread(out).PixelData, bytes(range(8)))
+                out.unlink()
+
     def test_what_the_implicit_form_would_lose_is_refused(self):
         source = self.write("in.dcm", meta(EXPLICIT) + element(0x00081140, "LO", "x"))
         self.refuse(source, "(0008,1140) is LO, but a sequence by the dictionary", "--to", "implicit")
