@@ -64,6 +64,29 @@ class Get(tool.ToolTest):
             f"tessaret: {self.file}: (0028,0011) is not there\n"
             f"tessaret: {self.file}: (0008,1140)[2].(0008,1150) is not there\n")), "2\n\n\n2\n")
 
+    def test_what_stands_behind_the_pixel_data_is_reached(self):
+        file = self.write("more.dcm", meta(EXPLICIT) + CONTENT + element(0x7FE10010, "LO", "ACME") + element(0xFFFCFFFC, "OB", b"\1\2"))
+        for tag, line in (("7fe1,0010", "ACME"), ("fffc,fffc", "01\\02"), ("PatientID", "a\\b")):
+            result = run("get", file, tag)
+            self.assert_ends(result, DONE, "")
+            self.assertEqual(result.stdout.decode(), line + "\n")
+
+    def test_of_a_file_that_is_cut_short_what_is_there_is_shown(self):
+        file = self.write("cut.dcm", (meta(EXPLICIT) + CONTENT)[:-1])
+        result = run("get", file, "PatientID", "PixelData")
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(result.stdout.decode().splitlines()[0], "a\\b")
+        self.assertIn("truncated", result.stderr.decode())
+        # All that was asked for is there, and the file is broken all the same.
+        short = self.write("short.dcm", (meta(EXPLICIT) + element(0x00100020, "LO", "ab") + element(0x00104000, "LT", "abcd"))[:-2])
+        result = run("get", short, "PatientID")
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(result.stdout.decode(), "ab\n")
+        # Nothing of it can be read.
+        result = run("get", self.path("missing"), "PatientID", "Rows")
+        self.assert_ends(result, INPUT_FAILED, f"tessaret: {self.path('missing')}: No such file or directory\n")
+        self.assertEqual(result.stdout, b"")
+
     def test_one_value_is_chosen_by_its_number(self):
         self.assertEqual(self.get("--index", "1", "ImageType", "RescaleIntercept", "0009,1001", "Rows", code=INPUT_FAILED, error=(
             f"tessaret: {self.file}: (0009,1001) has no value of number 1\n"
