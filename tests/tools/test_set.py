@@ -153,8 +153,8 @@ class Set(tool.ToolTest):
         source, out = self.write("in.dcm", meta(IMPLICIT) + image(implicit=True)), self.path("out.dcm")
         lost = lambda tag, vr: (f"tessaret: {out}: warning: {tag} will be read as {vr}, "
                                 "for the implicit form does not keep its type\n")
-        data = self.set(source, "PatientName:FD=1", "Rows:UL=5", "0009,0010:SH=ACME", error=(
-            lost("(0010,0010)", "PN") + lost("(0028,0010)", "US") + lost("(0009,0010)", "LO")))
+        data = self.set(source, "PatientName:FD=1", "Rows:UL=5", "0009,0010:SH=ACME", "PixelData:FD=1", error=(
+            lost("(0010,0010)", "PN") + lost("(0028,0010)", "US") + lost("(0009,0010)", "LO") + lost("(7fe0,0010)", "OW")))
         self.assertEqual(data.get_item(0x00280010).value, b"\5\0\0\0")
         # Nothing is lost of what readers know or cannot know, and bytes are bytes.
         self.set(source, "Rows:US=5", "0009,1001:FD=1", "PixelData:OB=00\\01", "PatientID:SH=", error="")
