@@ -108,19 +108,21 @@ class SmallLimits(unittest.TestCase):
                 self.assertEqual((result.returncode, result.stderr), (0, b""), command)
 
     def test_many_values_are_printed_one_by_one(self):
-        # Together they would take more than thirty times their bytes, and as JSON six times.
-        length, space = 20_000_000, least_space([TOOL, "dictionary", "0010,0010"]) + ROOM
+        # Together they would take more than thirty times their bytes, and control characters six times as JSON.
+        values, controls, space = 10_000_000, 20_000_000, least_space([TOOL, "dictionary", "0010,0010"]) + ROOM
         implicit = lambda group, number, value: struct.pack("<HHI", group, number, len(value)) + value
         syntax = struct.pack("<HH2sH", 0x0002, 0x0010, b"UI", 18) + b"1.2.840.10008.1.2\0"
         start = bytes(128) + b"DICM" + struct.pack("<HH2sHI", 0x0002, 0x0000, b"UL", 4, len(syntax)) + syntax
-        for sets in (b"", implicit(0x0008, 0x0005, b"ISO_IR 100")):
+        patient, report, model = implicit(0x0010, 0x0020, b"\\" * values), ["dump", "--json"], ["dump", "--format", "json"]
+        for content, commands in ((patient, (["get"], ["get", "--json"], report, model)),
+                                  (implicit(0x0008, 0x0005, b"ISO_IR 100") + patient, (["get"], ["get", "--index", "3"], model)),
+                                  (implicit(0x0010, 0x4000, b"\1" * controls), (model,))):
             with tempfile.NamedTemporaryFile() as file:
-                file.write(start + sets + implicit(0x0010, 0x0020, b"\\" * length) + implicit(0x0010, 0x4000, b"\1" * length))
+                file.write(start + content)
                 file.flush()
-                for command in (["get", file.name, "PatientID"], ["get", "--index", "3", file.name, "PatientID"],
-                                ["get", "--json", file.name, "PatientID", "PatientComments"],
-                                ["dump", "--json", file.name], ["dump", "--format", "json", file.name]):
-                    result = limited([TOOL, *command], space, stdout=subprocess.DEVNULL)
+                for command in commands:
+                    tags = ["PatientID"] if "get" in command else []
+                    result = limited([TOOL, *command, file.name, *tags], space, stdout=subprocess.DEVNULL)
                     self.assertEqual((result.returncode, result.stderr), (0, b""), command)
 
     def test_the_model_of_deep_items_needs_no_deep_stack(self):
