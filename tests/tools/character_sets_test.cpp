@@ -28,7 +28,8 @@ TEST(CharacterSets, EveryDefinedTermIsKnown) {
   EXPECT_EQ(CharacterSets("ISO_IR 100\\Latin 9 ").Unknown(), "Latin 9");
   // A copy of the sets goes with every item of a file.
   EXPECT_EQ(CharacterSets(std::string(64, 'x')).Unknown(), std::string(64, 'x'));
-  EXPECT_EQ(CharacterSets(std::string(1'000'000, 'x')).Unknown(), std::string(64, 'x').append("..."));
+  EXPECT_EQ(CharacterSets(std::string(1'000'000, 'x')).Unknown(),
+            std::string(64, 'x').append("..."));
 }
 
 TEST(CharacterSets, NamesThatAreWrittenALittleWrongAreKnown) {

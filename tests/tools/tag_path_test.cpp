@@ -46,6 +46,9 @@ TEST(TagPath, WhatIsWrongIsTold) {
   EXPECT_EQ(Read("0008,1140.0008,1150"),
             "\"0008,1140\" wants the number of an item before the point, as in TAG[0].TAG");
   EXPECT_EQ(Read("0008,1140[x].0008,1150"), "\"x\" is no number of an item: they count from 0");
+  EXPECT_EQ(Read("0008,1140[2147483647].0008,1150"), "(0008,1140)[2147483647].(0008,1150)");
+  EXPECT_EQ(Read("0008,1140[2147483648].0008,1150"),
+            "\"2147483648\" is no number of an item: they count from 0");
   EXPECT_EQ(Read("0008,1140[-1].0008,1150"), "\"-1\" is no number of an item: they count from 0");
   EXPECT_EQ(Read("0008,1140[9999999999].0008,1150"),
             "\"9999999999\" is no number of an item: they count from 0");
