@@ -1,7 +1,5 @@
 #include "completion.h"
 
-#include "option_table.h"
-
 namespace tessaret::tool {
 namespace {
 
@@ -32,25 +30,23 @@ constexpr const char* kTail =
     "}\n"
     "complete -F _tessaret tessaret\n";
 
-std::string Joined(const std::vector<std::string>& words) { return CLI::detail::join(words, " "); }
-
-std::string OptionWords(const std::vector<OptionRow>& rows) {
+std::string OptionWords(const OptionRows& rows) {
   std::vector<std::string> words;
   for (const OptionRow& row : rows) {
     words.insert(words.end(), row.names.begin(), row.names.end());
     words.insert(words.end(), row.stands.begin(), row.stands.end());
   }
-  return Joined(words);
+  return Joined(words, " ");
 }
 
 /// Answers for the word behind an option that takes one of few values.
-std::string ChoiceCases(const std::string& verb, const std::vector<OptionRow>& rows) {
+std::string ChoiceCases(const std::string& verb, const OptionRows& rows) {
   std::string cases;
   for (const OptionRow& row : rows) {
     if (row.choices.empty()) continue;
     for (const std::string& name : row.names) {
       cases.append("    ").append(verb).append(":").append(name).append(")\n");
-      cases.append("      mapfile -t COMPREPLY < <(compgen -W \"").append(Joined(row.choices));
+      cases.append("      mapfile -t COMPREPLY < <(compgen -W \"").append(Joined(row.choices, " "));
       cases.append("\" -- \"$current\")\n      return\n      ;;\n");
     }
   }
@@ -59,17 +55,16 @@ std::string ChoiceCases(const std::string& verb, const std::vector<OptionRow>& r
 
 }  // namespace
 
-std::string BashCompletion(const CLI::App& app) {
+std::string BashCompletion(const CommandLine& line) {
   std::vector<std::string> firstWords;
   std::string choices;
   std::string options;
-  for (const CLI::App* verb : ListedVerbs(app)) {
-    const std::vector<OptionRow> rows = OptionRows(*verb);
-    firstWords.push_back(verb->get_name());
-    choices += ChoiceCases(verb->get_name(), rows);
-    options += "    " + verb->get_name() + ") words=\"" + OptionWords(rows) + "\" ;;\n";
+  for (const CommandTable& verb : line.ListedVerbs()) {
+    firstWords.push_back(verb.name);
+    choices += ChoiceCases(verb.name, verb.options);
+    options += "    " + verb.name + ") words=\"" + OptionWords(verb.options) + "\" ;;\n";
   }
-  const std::string first = Joined(firstWords) + ' ' + OptionWords(OptionRows(app));
+  const std::string first = Joined(firstWords, " ") + ' ' + OptionWords(line.Tool().options);
   return kHead + std::string("  case $verb:$previous in\n") + choices +
          "  esac\n  case $verb in\n    '') words=\"" + first + "\" ;;\n" + options + "  esac\n" +
          kTail;

@@ -3,11 +3,11 @@
 
 #include <string>
 
-#include <CLI/CLI.hpp>
+#include "command_line.h"
 
 namespace tessaret::tool {
 
-/// What bash sources to complete verbs, options, their choices and file names. `app` is the command line as a whole.
-std::string BashCompletion(const CLI::App& app);
+/// What bash sources to complete verbs, options, their choices and file names.
+std::string BashCompletion(const CommandLine& line);
 
 }  // namespace tessaret::tool

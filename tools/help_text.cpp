@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "exit_code.h"
-#include "option_table.h"
 
 namespace tessaret::tool {
 namespace {
@@ -39,20 +38,22 @@ std::string Row(const std::string& head, std::string_view words) {
 }
 
 std::string HeadOf(const OptionRow& row) {
-  if (row.IsPositional()) return row.value;
-  const std::string names = CLI::detail::join(row.names, ", ");
-  return row.value.empty() ? names : names + ' ' + row.value;
+  std::string value = row.ShownValue();
+  if (row.IsPositional()) return value;
+  const std::string names = Joined(row.names, ", ");
+  return value.empty() ? names : names + ' ' + value;
 }
 
 std::string WordsOf(const OptionRow& row) {
-  return row.defaultValue.empty() ? row.description
-                                  : row.description + " (default: " + row.defaultValue + ')';
+  const std::string value = row.ShownDefault();
+  return value.empty() ? row.description : row.description + " (default: " + value + ')';
 }
 
-std::string Usage(const std::string& command, const std::vector<OptionRow>& rows, bool hasVerbs) {
-  std::string text = "Usage: " + command + (hasVerbs ? " VERB" : "") + " [OPTIONS]";
-  for (const OptionRow& row : rows) {
-    if (row.IsPositional()) text += row.required ? ' ' + row.value : " [" + row.value + ']';
+std::string Usage(const CommandTable& table, bool hasVerbs) {
+  std::string text = "Usage: " + table.command + (hasVerbs ? " VERB" : "") + " [OPTIONS]";
+  for (const OptionRow& row : table.options) {
+    const std::string value = row.ShownValue();
+    if (row.IsPositional()) text += row.required ? ' ' + value : " [" + value + ']';
   }
   return text + "\n";
 }
@@ -66,17 +67,15 @@ std::string ExitCodes() {
 
 }  // namespace
 
-std::string HelpText(const CLI::App& app, const std::string& command) {
-  const std::vector<OptionRow> rows = OptionRows(app);
-  const std::vector<const CLI::App*> verbs = ListedVerbs(app);
-  std::string text = Usage(command, rows, !verbs.empty()) + '\n' + app.get_description() + ".\n\n";
-  for (const OptionRow& row : rows) {
+std::string HelpText(const CommandTable& table, const std::vector<CommandTable>& verbs) {
+  std::string text = Usage(table, !verbs.empty()) + '\n' + table.summary + ".\n\n";
+  for (const OptionRow& row : table.options) {
     if (row.IsPositional()) text += Row(HeadOf(row), WordsOf(row));
   }
   if (!verbs.empty()) text += "Verbs:\n";
-  for (const CLI::App* verb : verbs) text += Row(verb->get_name(), verb->get_description());
+  for (const CommandTable& verb : verbs) text += Row(verb.name, verb.summary);
   text += "\nOptions:\n";
-  for (const OptionRow& row : rows) {
+  for (const OptionRow& row : table.options) {
     if (!row.IsPositional()) text += Row(HeadOf(row), WordsOf(row));
   }
   return text + ExitCodes();

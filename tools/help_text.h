@@ -2,12 +2,13 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
-#include <CLI/CLI.hpp>
+#include "command_line.h"
 
 namespace tessaret::tool {
 
-/// The help of the command line as a whole or of one verb. `command` is how it is called, "tessaret dump".
-std::string HelpText(const CLI::App& app, const std::string& command);
+/// The help of the tool as a whole, with the verbs that it has, or of one verb, which has none.
+std::string HelpText(const CommandTable& table, const std::vector<CommandTable>& verbs);
 
 }  // namespace tessaret::tool

@@ -11,20 +11,11 @@
 namespace tessaret::tool {
 namespace {
 
-/// What is wrong. An option that nobody knows comes first: the parser's words may be about what is missing without it.
-std::string WordsOf(const CLI::ParseError& error, const std::vector<std::string>& unexpected) {
-  for (const std::string& argument : unexpected) {
-    if (argument.starts_with('-')) return "no such option: " + argument;
-  }
-  if (!unexpected.empty()) return "too many words: " + CLI::detail::join(unexpected, " ");
-  return error.what();
-}
-
-ExitCode WrongUsage(Host& host, const CommandLine& line, const CLI::ParseError& error) {
+ExitCode WrongUsage(Host& host, const CommandLine& line, const UsageError& error) {
   const std::string verb = line.VerbName();
   const std::vector<std::string> unexpected = line.Unexpected();
   if (!verb.empty()) {
-    host.messages.Error(verb, WordsOf(error, unexpected));
+    host.messages.Error(verb, error.what());
   } else if (unexpected.empty()) {
     host.messages.Error("usage", "a verb is needed");
   } else {
@@ -40,7 +31,7 @@ ExitCode ParseAndRun(Host& host, const std::vector<std::string>& arguments) {
   std::optional<RunVerb> run;
   try {
     run = line.Parse(arguments, host);
-  } catch (const CLI::ParseError& error) {
+  } catch (const UsageError& error) {
     return WrongUsage(host, line, error);
   }
   host.messages.SetLoudness(host.options.loudness);

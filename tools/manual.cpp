@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "exit_code.h"
-#include "option_table.h"
 #include "tessaret/version.h"
 
 namespace tessaret::tool {
@@ -41,31 +40,33 @@ std::string NameSection(const std::string& name, const std::string& summary) {
   return ".SH NAME\n" + Roff(name) + " \\- " + Roff(summary) + '\n';
 }
 
-std::string Synopsis(const std::string& command, const std::vector<OptionRow>& rows) {
+std::string Synopsis(const std::string& command, const OptionRows& rows) {
   std::string text = ".SH SYNOPSIS\n.B " + Roff(command) + "\n[\\fIoptions\\fR]";
   for (const OptionRow& row : rows) {
     if (!row.IsPositional()) continue;
-    text +=
-        row.required ? " \\fI" + Roff(row.value) + "\\fR" : " [\\fI" + Roff(row.value) + "\\fR]";
+    const std::string value = "\\fI" + Roff(row.ShownValue()) + "\\fR";
+    text += row.required ? ' ' + value : " [" + value + ']';
   }
   return text + '\n';
 }
 
 std::string OptionHead(const OptionRow& row) {
-  if (row.IsPositional()) return "\\fI" + Roff(row.value) + "\\fR";
+  const std::string value = row.ShownValue();
+  if (row.IsPositional()) return "\\fI" + Roff(value) + "\\fR";
   std::string head;
   for (const std::string& name : row.names) {
     if (!head.empty()) head += ", ";
     head += "\\fB" + Roff(name) + "\\fR";
   }
-  return row.value.empty() ? head : head + " \\fI" + Roff(row.value) + "\\fR";
+  return value.empty() ? head : head + " \\fI" + Roff(value) + "\\fR";
 }
 
-std::string Options(const std::vector<OptionRow>& rows) {
+std::string Options(const OptionRows& rows) {
   std::string text = ".SH OPTIONS\n";
   for (const OptionRow& row : rows) {
     text += ".TP\n" + OptionHead(row) + '\n' + Roff(row.description) + '.';
-    if (!row.defaultValue.empty()) text += " Default: " + Roff(row.defaultValue) + '.';
+    const std::string value = row.ShownDefault();
+    if (!value.empty()) text += " Default: " + Roff(value) + '.';
     text += '\n';
   }
   return text;
@@ -107,35 +108,35 @@ constexpr const char* kConventions =
     "Output that is there already is replaced only with \\fB\\-\\-force\\fR, and a file is written "
     "whole or not at all; devices, pipes and files without a name are written where they are.\n";
 
-std::string VerbPageName(const CLI::App& verb) { return "tessaret-" + verb.get_name(); }
+std::string VerbPageName(const CommandTable& verb) { return "tessaret-" + verb.name; }
 
-ManPage VerbPage(const CLI::App& verb) {
+ManPage VerbPage(const CommandTable& verb) {
   const std::string name = VerbPageName(verb);
-  const std::vector<OptionRow> rows = OptionRows(verb);
-  std::string text = Title(name) + NameSection(name, verb.get_description());
-  text +=
-      Synopsis("tessaret " + verb.get_name(), rows) + Options(rows) + ExitStatus() + Environment();
+  const std::string text = Title(name) + NameSection(name, verb.summary) +
+                           Synopsis(verb.command, verb.options) + Options(verb.options) +
+                           ExitStatus() + Environment();
   return {name + ".1", text + ".SH SEE ALSO\n.BR tessaret (1)\n"};
 }
 
-ManPage ToolPage(const CLI::App& app) {
+ManPage ToolPage(const CommandTable& tool, const std::vector<CommandTable>& verbs) {
   std::string text =
       Title("tessaret") + NameSection("tessaret", "show, check, convert and make DICOM files");
   text += ".SH SYNOPSIS\n.B tessaret\n\\fIverb\\fR [\\fIoptions\\fR] ...\n.SH VERBS\n";
   std::string seeAlso;
-  for (const CLI::App* verb : ListedVerbs(app)) {
-    text += ".TP\n.B " + Roff(verb->get_name()) + '\n' + Roff(verb->get_description()) + ".\n";
-    seeAlso += (seeAlso.empty() ? ".BR " : ",\n.BR ") + Roff(VerbPageName(*verb)) + " (1)";
+  for (const CommandTable& verb : verbs) {
+    text += ".TP\n.B " + Roff(verb.name) + '\n' + Roff(verb.summary) + ".\n";
+    seeAlso += (seeAlso.empty() ? ".BR " : ",\n.BR ") + Roff(VerbPageName(verb)) + " (1)";
   }
-  text += Options(OptionRows(app)) + kConventions + ExitStatus() + Environment();
+  text += Options(tool.options) + kConventions + ExitStatus() + Environment();
   return {"tessaret.1", text + ".SH SEE ALSO\n" + seeAlso + '\n'};
 }
 
 }  // namespace
 
-std::vector<ManPage> ManPages(const CLI::App& app) {
-  std::vector<ManPage> pages{ToolPage(app)};
-  for (const CLI::App* verb : ListedVerbs(app)) pages.push_back(VerbPage(*verb));
+std::vector<ManPage> ManPages(const CommandLine& line) {
+  const std::vector<CommandTable> verbs = line.ListedVerbs();
+  std::vector<ManPage> pages{ToolPage(line.Tool(), verbs)};
+  for (const CommandTable& verb : verbs) pages.push_back(VerbPage(verb));
   return pages;
 }
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include <CLI/CLI.hpp>
+#include "command_line.h"
 
 namespace tessaret::tool {
 
@@ -14,7 +14,7 @@ struct ManPage {
   std::string text;  // in the man macros
 };
 
-/// The page of the tool and one for each verb that is shown to people. `app` is the command line as a whole.
-std::vector<ManPage> ManPages(const CLI::App& app);
+/// The page of the tool and one for each verb that is shown to people.
+std::vector<ManPage> ManPages(const CommandLine& line);
 
 }  // namespace tessaret::tool

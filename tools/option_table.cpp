@@ -7,23 +7,7 @@
 namespace tessaret::tool {
 namespace {
 
-/// What stands in braces in the parser's name of a type, "TEXT:{lines,text}".
-std::vector<std::string> ChoicesIn(const std::string& typeName) {
-  const std::size_t begin = typeName.find('{');
-  const std::size_t end = typeName.find('}');
-  if (begin == std::string::npos || end == std::string::npos) return {};
-  return CLI::detail::split(typeName.substr(begin + 1, end - begin - 1), ',');
-}
-
-std::string ValueOf(const CLI::Option& option, const std::vector<std::string>& choices) {
-  if (!option.get_option_text().empty()) return option.get_option_text();
-  if (!choices.empty()) return CLI::detail::join(choices, "|");
-  const bool isFlag = option.get_items_expected_max() == 0;
-  return isFlag ? std::string() : "TEXT";
-}
-
-/// Adds what other programs call the option.
-void AddKnownSpellings(const std::string& verb, OptionRow& row) {
+void AddKnownSpellingsTo(OptionRow& row, const std::string& verb) {
   const std::vector<std::string> own = row.names;
   for (const KnownSpelling& spelling : kKnownSpellings) {
     if (verb != spelling.verb) continue;
@@ -38,33 +22,37 @@ void AddKnownSpellings(const std::string& verb, OptionRow& row) {
   }
 }
 
-OptionRow RowOf(const std::string& verb, const CLI::Option& option) {
-  OptionRow row;
-  for (const std::string& name : option.get_snames()) row.names.push_back('-' + name);
-  for (const std::string& name : option.get_lnames()) row.names.push_back("--" + name);
-  row.choices = ChoicesIn(option.get_type_name());
-  row.value = ValueOf(option, row.choices);
-  row.description = option.get_description();
-  row.defaultValue = option.get_default_str();
-  row.required = option.get_required();
-  AddKnownSpellings(verb, row);
-  return row;
-}
-
 }  // namespace
 
-std::vector<OptionRow> OptionRows(const CLI::App& app) {
-  std::vector<OptionRow> rows;
-  for (const CLI::Option* option : app.get_options()) {
-    rows.push_back(RowOf(app.get_name(), *option));
+std::string OptionRow::ShownValue() const {
+  if (!value.empty()) return value;
+  return IsPositional() ? positional : Joined(choices, "|");
+}
+
+std::string OptionRow::ShownDefault() const {
+  if (!showsDefault) return {};
+  if (const auto* text = std::get_if<std::string*>(&target)) return **text;
+  if (const auto* number = std::get_if<int*>(&target)) return std::to_string(**number);
+  return {};
+}
+
+std::string Joined(const std::vector<std::string>& words, const std::string& between) {
+  std::string text;
+  for (const std::string& word : words) {
+    if (&word != &words.front()) text += between;
+    text += word;
   }
+  return text;
+}
+
+OptionRows PositionalsFirst(OptionRows rows) {
   std::stable_partition(rows.begin(), rows.end(),
                         [](const OptionRow& row) { return row.IsPositional(); });
   return rows;
 }
 
-std::vector<const CLI::App*> ListedVerbs(const CLI::App& app) {
-  return app.get_subcommands([](const CLI::App* verb) { return !verb->get_group().empty(); });
+void AddKnownSpellings(const std::string& verb, OptionRows& rows) {
+  for (OptionRow& row : rows) AddKnownSpellingsTo(row, verb);
 }
 
 }  // namespace tessaret::tool

@@ -6,8 +6,7 @@
 #include <filesystem>
 #include <system_error>
 
-#include <CLI/CLI.hpp>
-
+#include "option_table.h"
 #include "platform/file_calls.h"
 
 namespace tessaret::tool {
@@ -24,8 +23,7 @@ std::string WhyNotToWrite(const std::string& path, bool force) {
 
 void RefuseDash(const std::string& option, const std::string& path) {
   if (path != "-") return;
-  throw CLI::ValidationError(option,
-                             "- is for reading; a file is needed, ./- for one of that name");
+  throw UsageError(option, "- is for reading; a file is needed, ./- for one of that name");
 }
 
 std::string SaveObject(const std::string& path, _EnumSaveForm form, bool force,

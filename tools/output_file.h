@@ -12,7 +12,7 @@ namespace tessaret::tool {
 /// and pipes are written to.
 std::string WhyNotToWrite(const std::string& path, bool force);
 
-/// Throws CLI::ValidationError in the name of `option` for "-", which would quietly make a file of that name: it stands for
+/// Throws UsageError in the name of `option` for "-", which would quietly make a file of that name: it stands for
 /// standard input, and a file that is written whole or not at all cannot go to standard output.
 void RefuseDash(const std::string& option, const std::string& path);
 

@@ -7,6 +7,7 @@
 #include "interrupt.h"
 #include "json_values.h"
 #include "json_writer.h"
+#include "shared_options.h"
 #include "source_file.h"
 #include "verbs.h"
 
@@ -122,15 +123,17 @@ class Check {
 
 }  // namespace
 
-RunVerb SetUpCheck(CLI::App& app) {
+VerbSetUp SetUpCheck() {
   auto options = std::make_shared<CheckOptions>();
-  app.add_option("FILE", options->paths,
-                 "DICOM files; directories are gone through; - is standard input")
-      ->required()
-      ->option_text("FILE|DIR...");
-  app.add_flag("--recurse", options->recurse, "Go through directories, as is done anyhow");
-  app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");
-  return [options](Host& host) { return Check(*options, host).All(); };
+  return {
+      .options =
+          {
+              FilesRow(options->paths),
+              RecurseRow(options->recurse),
+              StrictRow(options->strict),
+          },
+      .run = [options](Host& host) { return Check(*options, host).All(); },
+  };
 }
 
 }  // namespace tessaret::tool

@@ -8,6 +8,7 @@
 #include "output_file.h"
 #include "platform/file_calls.h"
 #include "reencode.h"
+#include "shared_options.h"
 #include "source_file.h"
 #include "verbs.h"
 
@@ -97,28 +98,33 @@ class Conversion {
 
 }  // namespace
 
-RunVerb SetUpConvert(CLI::App& app) {
+VerbSetUp SetUpConvert() {
   auto options = std::make_shared<ConvertOptions>();
-  app.add_option("IN", options->input, "The file to be read; - is standard input")
-      ->required()
-      ->option_text("IN");
-  app.add_option("OUT", options->output, "The file to be written, whole or not at all")
-      ->required()
-      ->option_text("OUT");
-  app.add_option("--syntax", options->syntax,
-                 "implicit or explicit little endian; otherwise the encoding of IN is kept")
-      ->check(CLI::IsMember({"implicit", "explicit"}));
-  app.add_flag(
-      "--no-preamble", options->noPreamble,
-      "Write the bare data set in implicit little endian, without preamble and meta header");
-  app.add_flag("--force", options->force, "Replace OUT if it is there");
-  app.callback([options] {
-    RefuseDash("OUT", options->output);
-    if (options->noPreamble && options->syntax == "explicit") {
-      throw CLI::ValidationError("--no-preamble", "a bare data set is implicit little endian");
-    }
-  });
-  return [options](Host& host) { return Conversion(*options, host).Run(); };
+  return {
+      .options =
+          {
+              InputRow("IN", options->input),
+              OutputRow(options->output),
+              {.names = {"--syntax"},
+               .target = &options->syntax,
+               .description =
+                   "implicit or explicit little endian; otherwise the encoding of IN is kept",
+               .choices = {"implicit", "explicit"}},
+              {.names = {"--no-preamble"},
+               .target = &options->noPreamble,
+               .description =
+                   "Write the bare data set in implicit little endian, without preamble and "
+                   "meta header"},
+              ForceRow(options->force),
+          },
+      .run = [options](Host& host) { return Conversion(*options, host).Run(); },
+      .check =
+          [options] {
+            RefuseDash("OUT", options->output);
+            if (options->noPreamble && options->syntax == "explicit")
+              throw UsageError("--no-preamble", "a bare data set is implicit little endian");
+          },
+  };
 }
 
 }  // namespace tessaret::tool

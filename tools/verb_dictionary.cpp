@@ -7,6 +7,7 @@
 #include "json_writer.h"
 #include "keywords.h"
 #include "output_file.h"
+#include "shared_options.h"
 #include "tag_text.h"
 #include "verbs.h"
 #include "vr_traits.h"
@@ -207,22 +208,31 @@ ExitCode Run(const DictionaryOptions& options, Host& host) {
 
 }  // namespace
 
-RunVerb SetUpDictionary(CLI::App& app) {
+VerbSetUp SetUpDictionary() {
   auto options = std::make_shared<DictionaryOptions>();
-  app.add_option(
-         "QUERY", options->query,
-         "A tag as gggg,eeee or ggggeeee, a UID, or part of a name or keyword in either case")
-      ->option_text("TAG|TEXT|UID");
-  app.add_option("--compile", options->compileTo,
-                 "Write the data dictionary in its binary form, which loads faster")
-      ->option_text("OUT");
-  app.add_flag("--force", options->force, "Replace OUT if it is there");
-  app.callback([options] {
-    RefuseDash("--compile", options->compileTo);
-    if (options->query.empty() && options->compileTo.empty())
-      throw CLI::RequiredError("TAG, TEXT, UID or --compile");
-  });
-  return [options](Host& host) { return Run(*options, host); };
+  return {
+      .options =
+          {
+              {.positional = "QUERY",
+               .value = "TAG|TEXT|UID",
+               .target = &options->query,
+               .description =
+                   "A tag as gggg,eeee or ggggeeee, a UID, or part of a name or keyword in "
+                   "either case"},
+              {.names = {"--compile"},
+               .value = "OUT",
+               .target = &options->compileTo,
+               .description = "Write the data dictionary in its binary form, which loads faster"},
+              ForceRow(options->force),
+          },
+      .run = [options](Host& host) { return Run(*options, host); },
+      .check =
+          [options] {
+            RefuseDash("--compile", options->compileTo);
+            if (options->query.empty() && options->compileTo.empty())
+              throw UsageError("TAG, TEXT, UID or --compile is required");
+          },
+  };
 }
 
 }  // namespace tessaret::tool

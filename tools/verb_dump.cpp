@@ -5,6 +5,7 @@
 #include "json_dump.h"
 #include "line_dump.h"
 #include "model_dump.h"
+#include "shared_options.h"
 #include "source_file.h"
 #include "text_dump.h"
 #include "verbs.h"
@@ -108,22 +109,30 @@ class Dump {
 
 }  // namespace
 
-RunVerb SetUpDump(CLI::App& app) {
+VerbSetUp SetUpDump() {
   auto options = std::make_shared<DumpOptions>();
-  app.add_option("FILE", options->paths,
-                 "DICOM files; directories are gone through; - is standard input")
-      ->required()
-      ->option_text("FILE|DIR...");
-  app.add_flag("--recurse", options->recurse, "Go through directories, as is done anyhow");
-  app.add_option("--format", options->format,
-                 "lines: an element a line, long values cut; text: the library's own form; "
-                 "json: the DICOM JSON model, a file a line")
-      ->check(CLI::IsMember({"lines", "text", "json"}))
-      ->capture_default_str();
-  app.add_flag("--no-pixels", options->noPixels, "Stop at the pixel data, which saves reading it");
-  app.add_flag("--strict", options->strict, "Refuse files without the \"DICM\" mark");
-  app.add_flag("--long", options->lines.wholeValues, "Do not cut long values");
-  return [options](Host& host) { return Dump(*options, host).All(); };
+  return {
+      .options =
+          {
+              FilesRow(options->paths),
+              RecurseRow(options->recurse),
+              {.names = {"--format"},
+               .target = &options->format,
+               .description =
+                   "lines: an element a line, long values cut; text: the library's own form; "
+                   "json: the DICOM JSON model, a file a line",
+               .choices = {"lines", "text", "json"},
+               .showsDefault = true},
+              {.names = {"--no-pixels"},
+               .target = &options->noPixels,
+               .description = "Stop at the pixel data, which saves reading it"},
+              StrictRow(options->strict),
+              {.names = {"--long"},
+               .target = &options->lines.wholeValues,
+               .description = "Do not cut long values"},
+          },
+      .run = [options](Host& host) { return Dump(*options, host).All(); },
+  };
 }
 
 }  // namespace tessaret::tool

@@ -8,6 +8,7 @@
 #include "json_writer.h"
 #include "meant_type.h"
 #include "opened_object.h"
+#include "shared_options.h"
 #include "tag_text.h"
 #include "value_text.h"
 #include "verbs.h"
@@ -191,24 +192,32 @@ std::string WhyNoIndex(const std::string& text) {
 
 }  // namespace
 
-RunVerb SetUpGet(CLI::App& app) {
+VerbSetUp SetUpGet() {
   auto options = std::make_shared<GetOptions>();
-  app.add_option("FILE", options->path, "The file to be read; - is standard input")
-      ->required()
-      ->option_text("FILE");
-  app.add_option("TAG", options->tags,
-                 "What to print, a line each: gggg,eeee or a keyword as PatientName; "
-                 "TAG[0].TAG for an element of the first item of a sequence")
-      ->required()
-      ->option_text("TAG...");
-  app.add_option("--type", options->type,
-                 "Take the values for those of this type, as US, whatever the file says")
-      ->option_text("VR")
-      ->check(&WhyNoType);
-  app.add_option("--index", options->index, "Print only value number N, counted from 0")
-      ->option_text("N")
-      ->check(&WhyNoIndex);
-  return [options](Host& host) { return Getting(*options, host).Run(); };
+  return {
+      .options =
+          {
+              InputRow("FILE", options->path),
+              {.positional = "TAG",
+               .value = "TAG...",
+               .target = &options->tags,
+               .description = "What to print, a line each: gggg,eeee or a keyword as PatientName; "
+                              "TAG[0].TAG for an element of the first item of a sequence",
+               .required = true},
+              {.names = {"--type"},
+               .value = "VR",
+               .target = &options->type,
+               .description =
+                   "Take the values for those of this type, as US, whatever the file says",
+               .whyNot = &WhyNoType},
+              {.names = {"--index"},
+               .value = "N",
+               .target = &options->index,
+               .description = "Print only value number N, counted from 0",
+               .whyNot = &WhyNoIndex},
+          },
+      .run = [options](Host& host) { return Getting(*options, host).Run(); },
+  };
 }
 
 }  // namespace tessaret::tool

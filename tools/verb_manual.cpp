@@ -22,22 +22,25 @@ bool WriteText(const std::string& directory, const std::string& name, const std:
 ExitCode WriteAll(const std::string& directory, Host& host) {
   const CommandLine line;
   bool written = true;
-  for (const ManPage& page : ManPages(line.App())) {
+  for (const ManPage& page : ManPages(line)) {
     written = WriteText(directory + "/man/man1", page.name, page.text, host) && written;
   }
   const std::string completions = directory + "/bash-completion/completions";
-  written = WriteText(completions, "tessaret", BashCompletion(line.App()), host) && written;
+  written = WriteText(completions, "tessaret", BashCompletion(line), host) && written;
   return written ? ExitCode::kDone : ExitCode::kOutputFailed;
 }
 
 }  // namespace
 
-RunVerb SetUpManual(CLI::App& app) {
+VerbSetUp SetUpManual() {
   auto directory = std::make_shared<std::string>();
-  app.add_option("DIR", *directory, "Where man/ and bash-completion/ go")
-      ->required()
-      ->option_text("DIR");
-  return [directory](Host& host) { return WriteAll(*directory, host); };
+  return {
+      .options = {{.positional = "DIR",
+                   .target = directory.get(),
+                   .description = "Where man/ and bash-completion/ go",
+                   .required = true}},
+      .run = [directory](Host& host) { return WriteAll(*directory, host); },
+  };
 }
 
 }  // namespace tessaret::tool

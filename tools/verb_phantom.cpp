@@ -8,6 +8,7 @@
 #include "output_file.h"
 #include "phantom_attributes.h"
 #include "platform/file_calls.h"
+#include "shared_options.h"
 #include "verbs.h"
 
 namespace tessaret::tool {
@@ -116,47 +117,61 @@ class Series {
 
 void Validate(PhantomOptions& options) {
   if (!ParseSpacing(options.spacing, options.shape.spacing)) {
-    throw CLI::ValidationError("--spacing",
-                               "three lengths above 0.000001 and below 1000 mm, as in 0.5,0.5,2");
+    throw UsageError("--spacing",
+                     "three lengths above 0.000001 and below 1000 mm, as in 0.5,0.5,2");
   }
   constexpr std::uint64_t kLongestValue = 0xFFFFFFFE;
   if (PixelBytes(*FindPhantomKind(options.kind), options.shape) > kLongestValue) {
-    throw CLI::ValidationError("--size", "more pixels than one file can hold");
+    throw UsageError("--size", "more pixels than one file can hold");
   }
 }
 
 }  // namespace
 
-RunVerb SetUpPhantom(CLI::App& app) {
+VerbSetUp SetUpPhantom() {
   auto options = std::make_shared<PhantomOptions>();
-  app.add_option("DIR", options->directory,
-                 "Where the files IM000001.dcm and so on go; made if need be")
-      ->required()
-      ->option_text("DIR");
-  app.add_option("--kind", options->kind, "What is made")
-      ->check(CLI::IsMember(KindNames()))
-      ->capture_default_str();
-  app.add_option("--size", options->shape.size, "Rows and columns of an image")
-      ->check(CLI::Range(kSmallestSize, kLargestSize))
-      ->check(&WhyNoPlainNumber)
-      ->option_text("N")
-      ->capture_default_str();
-  app.add_option("--slices", options->shape.slices,
-                 "Images of the series, or frames of the one multiframe image")
-      ->check(CLI::Range(1, kMostSlices))
-      ->check(&WhyNoPlainNumber)
-      ->option_text("N")
-      ->capture_default_str();
-  app.add_option("--spacing", options->spacing,
-                 "mm from column to column, from row to row, from slice to slice")
-      ->option_text("X,Y,Z")
-      ->capture_default_str();
-  app.add_flag("--uneven", options->shape.uneven, "Let the gaps between slices vary");
-  app.add_flag("--oblique", options->shape.oblique,
-               "Turn the series about all three axes of the patient");
-  app.add_flag("--force", options->force, "Replace files that are there");
-  app.callback([options] { Validate(*options); });
-  return [options](Host& host) { return Series(*options, host).Make(); };
+  return {
+      .options =
+          {
+              {.positional = "DIR",
+               .target = &options->directory,
+               .description = "Where the files IM000001.dcm and so on go; made if need be",
+               .required = true},
+              {.names = {"--kind"},
+               .target = &options->kind,
+               .description = "What is made",
+               .choices = KindNames(),
+               .showsDefault = true},
+              {.names = {"--size"},
+               .value = "N",
+               .target = &options->shape.size,
+               .description = "Rows and columns of an image",
+               .range = OptionRange{kSmallestSize, kLargestSize},
+               .whyNot = &WhyNoPlainNumber,
+               .showsDefault = true},
+              {.names = {"--slices"},
+               .value = "N",
+               .target = &options->shape.slices,
+               .description = "Images of the series, or frames of the one multiframe image",
+               .range = OptionRange{1, kMostSlices},
+               .whyNot = &WhyNoPlainNumber,
+               .showsDefault = true},
+              {.names = {"--spacing"},
+               .value = "X,Y,Z",
+               .target = &options->spacing,
+               .description = "mm from column to column, from row to row, from slice to slice",
+               .showsDefault = true},
+              {.names = {"--uneven"},
+               .target = &options->shape.uneven,
+               .description = "Let the gaps between slices vary"},
+              {.names = {"--oblique"},
+               .target = &options->shape.oblique,
+               .description = "Turn the series about all three axes of the patient"},
+              ForceRow(options->force, "files that are there"),
+          },
+      .run = [options](Host& host) { return Series(*options, host).Make(); },
+      .check = [options] { Validate(*options); },
+  };
 }
 
 }  // namespace tessaret::tool

@@ -11,6 +11,7 @@
 #include "opened_object.h"
 #include "output_file.h"
 #include "reencode.h"
+#include "shared_options.h"
 #include "tag_text.h"
 #include "transfer_syntaxes.h"
 #include "verbs.h"
@@ -230,33 +231,33 @@ class Setting {
 
 }  // namespace
 
-RunVerb SetUpSet(CLI::App& app) {
+VerbSetUp SetUpSet() {
   auto options = std::make_shared<SetOptions>();
-  app.add_option("IN", options->input, "The file to be read; - is standard input")
-      ->required()
-      ->option_text("IN");
-  app.add_option("OUT", options->output,
-                 "The file to be written, whole or not at all; it may be IN")
-      ->required()
-      ->option_text("OUT");
-  app.add_option("TAG=VALUE", options->assignments,
-                 "TAG=VALUE or TAG:VR=VALUE, in this order: gggg,eeee or a keyword as PatientName; "
-                 "TAG[0].TAG for an element of an item that is there; backslashes between values; "
-                 "no VALUE leaves the element empty")
-      ->option_text("TAG[:VR]=VALUE...");
-  app.add_option("--remove", options->removals,
-                 "Remove an element, if it is there, before others are set")
-      ->option_text("TAG")
-      ->expected(1)
-      ->take_all()
-      ->allow_extra_args(false);
-  app.add_flag("--force", options->force, "Replace OUT if it is there and is not IN");
-  app.callback([options] {
-    RefuseDash("OUT", options->output);
-    if (options->assignments.empty() && options->removals.empty())
-      throw CLI::ValidationError("set", "nothing to do: TAG=VALUE or --remove TAG is needed");
-  });
-  return [options](Host& host) { return Setting(*options, host).Run(); };
+  return {
+      .options =
+          {
+              InputRow("IN", options->input),
+              OutputRow(options->output, "; it may be IN"),
+              {.positional = "TAG=VALUE",
+               .value = "TAG[:VR]=VALUE...",
+               .target = &options->assignments,
+               .description = "TAG=VALUE or TAG:VR=VALUE, in this order: gggg,eeee or a keyword as "
+                              "PatientName; TAG[0].TAG for an element of an item that is there; "
+                              "backslashes between values; no VALUE leaves the element empty"},
+              {.names = {"--remove"},
+               .value = "TAG",
+               .target = &options->removals,
+               .description = "Remove an element, if it is there, before others are set"},
+              ForceRow(options->force, "OUT if it is there and is not IN"),
+          },
+      .run = [options](Host& host) { return Setting(*options, host).Run(); },
+      .check =
+          [options] {
+            RefuseDash("OUT", options->output);
+            if (options->assignments.empty() && options->removals.empty())
+              throw UsageError("set", "nothing to do: TAG=VALUE or --remove TAG is needed");
+          },
+  };
 }
 
 }  // namespace tessaret::tool

@@ -5,6 +5,7 @@
 #include "opened_object.h"
 #include "output_file.h"
 #include "reencode.h"
+#include "shared_options.h"
 #include "tag.h"
 #include "transfer_syntaxes.h"
 #include "verbs.h"
@@ -104,22 +105,25 @@ class Transcoding {
 
 }  // namespace
 
-RunVerb SetUpTranscode(CLI::App& app) {
+VerbSetUp SetUpTranscode() {
   auto options = std::make_shared<TranscodeOptions>();
-  app.add_option("IN", options->input, "The file to be read; - is standard input")
-      ->required()
-      ->option_text("IN");
-  app.add_option("OUT", options->output, "The file to be written, whole or not at all")
-      ->required()
-      ->option_text("OUT");
-  app.add_option("--to", options->to,
-                 "The transfer syntax to write: a UID, its name in the dictionary, or one of " +
-                     SyntaxWords())
-      ->required()
-      ->option_text("UID|NAME");
-  app.add_flag("--force", options->force, "Replace OUT if it is there");
-  app.callback([options] { RefuseDash("OUT", options->output); });
-  return [options](Host& host) { return Transcoding(*options, host).Run(); };
+  return {
+      .options =
+          {
+              InputRow("IN", options->input),
+              OutputRow(options->output),
+              {.names = {"--to"},
+               .value = "UID|NAME",
+               .target = &options->to,
+               .description =
+                   "The transfer syntax to write: a UID, its name in the dictionary, or one of " +
+                   SyntaxWords(),
+               .required = true},
+              ForceRow(options->force),
+          },
+      .run = [options](Host& host) { return Transcoding(*options, host).Run(); },
+      .check = [options] { RefuseDash("OUT", options->output); },
+  };
 }
 
 }  // namespace tessaret::tool

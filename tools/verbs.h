@@ -1,37 +1,43 @@
-// The verbs of the tool. A verb is a file with one function that gives its options to the parser and answers what runs it,
-// a declaration here, and a row in the table.
+// The verbs of the tool. A verb is a file with one function that answers what it takes from the command line and what runs
+// it, a declaration here, and a row in the table.
 #pragma once
 
 #include <functional>
 #include <span>
 #include <string_view>
 
-#include <CLI/CLI.hpp>
-
 #include "exit_code.h"
 #include "host.h"
+#include "option_table.h"
 
 namespace tessaret::tool {
 
 /// Does the work of a verb once its options have their values.
 using RunVerb = std::function<ExitCode(Host&)>;
 
+struct VerbSetUp {
+  OptionRows options;
+  RunVerb run;
+  /// Throws UsageError for options that make no sense together. May be absent.
+  std::function<void()> check = {};
+};
+
 struct Verb {
   const char* name;
   const char* summary;  // one line, for lists
-  RunVerb (*setUp)(CLI::App& app);
+  VerbSetUp (*setUp)();
   bool listed = true;  // shown to people
 };
 
-RunVerb SetUpCheck(CLI::App& app);
-RunVerb SetUpConvert(CLI::App& app);
-RunVerb SetUpDictionary(CLI::App& app);
-RunVerb SetUpDump(CLI::App& app);
-RunVerb SetUpGet(CLI::App& app);
-RunVerb SetUpManual(CLI::App& app);
-RunVerb SetUpPhantom(CLI::App& app);
-RunVerb SetUpSet(CLI::App& app);
-RunVerb SetUpTranscode(CLI::App& app);
+VerbSetUp SetUpCheck();
+VerbSetUp SetUpConvert();
+VerbSetUp SetUpDictionary();
+VerbSetUp SetUpDump();
+VerbSetUp SetUpGet();
+VerbSetUp SetUpManual();
+VerbSetUp SetUpPhantom();
+VerbSetUp SetUpSet();
+VerbSetUp SetUpTranscode();
 
 /// In the order in which people meet them.
 std::span<const Verb> Verbs();
