@@ -32,13 +32,17 @@ def values_of(data_set: tessaret.IDCMObject, group: int, element: int, type_code
     return "\\".join("" if value is None else str(value) for value in values)
 
 
+def shown(text: str) -> str:
+    """Text of a file has a character a byte: what is not printable is written with an escape."""
+    return "".join(letter if " " <= letter <= "~" else f"\\x{ord(letter):02x}" for letter in text)
+
+
 def show(data_set: tessaret.IDCMObject, indent: str = "") -> None:
     """One element a line, the items of sequences below it."""
     for group, element in tags_of(data_set):
         _, name, type_code, _, _ = data_set.GetVRDescr(group, element)
-        # Texts are those of the file, a character a byte: what a terminal cannot show is written with an escape.
-        value = ascii(values_of(data_set, group, element, type_code))[1:-1]
-        print(f"{indent}({group:04x},{element:04x}) {type_code} {name}: {value[:60]}")
+        value = shown(values_of(data_set, group, element, type_code)[:60])
+        print(f"{indent}({group:04x},{element:04x}) {type_code} {name}: {value}")
         for index in range(data_set.SequencesCount(group, element)):
             show(data_set.Sequence(group, element, index), indent + "    ")
 

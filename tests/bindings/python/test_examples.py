@@ -54,7 +54,7 @@ class Walk(unittest.TestCase):
         result = self.walk(path, self.out)
         self.assertEqual((result.returncode, result.stderr), (0, ""))
         lines = result.stdout.splitlines()
-        for line in ("(0008,0008) CS Image Type: ORIGINAL\\\\PRIMARY", "(0008,1140) SQ Referenced Image Sequence: 1 items",
+        for line in ("(0008,0008) CS Image Type: ORIGINAL\\PRIMARY", "(0008,1140) SQ Referenced Image Sequence: 1 items",
                      "    (0008,1155) UI Referenced SOP Instance UID: 1.2.9", "(0010,0010) PN Patient's Name: Doe^J\\xfc",
                      "(0010,0030) DA Patient's Birth Date: 1970-01-02 00:00:00"):
             self.assertIn(line, lines)
