@@ -1,4 +1,4 @@
-# ./dev fuzz [SECONDS | --runs N [--learn]] [--only NAME] [--reduce]
+# ./dev fuzz [SECONDS | --runs N [--learn]] [--only NAME] [--longest BYTES] [--reduce]
 # Findings stay in build/fuzz/findings. What a run learned is kept in build/fuzz/learned for the next; with --runs only
 # under --learn, because without it the same number of runs has to try the same inputs every time.
 # shellcheck shell=bash
@@ -11,10 +11,13 @@ runs=
 only=
 learn=
 reduce=
+# Bytes of the longest input that is tried: runs by the million find more in many short inputs than in few long ones.
+longest_input=2048
 while [ $# -gt 0 ]; do
   case "$1" in
     --runs) runs="$2"; shift ;;
     --only) only="$2"; shift ;;
+    --longest) longest_input="$2"; shift ;;
     --learn) learn=yes ;;
     --reduce) reduce=yes ;;
     [0-9]*) seconds="$1" ;;
@@ -26,9 +29,6 @@ done
 # A run is short and frees all that it took, so few freed blocks have to be watched, and a finding is replayed with the
 # stacks of its allocations: run the target on the file. It makes the runs half as fast again.
 export ASAN_OPTIONS="allocator_may_return_null=1:quarantine_size_mb=1:malloc_context_size=1${ASAN_OPTIONS:+:$ASAN_OPTIONS}"
-
-# Bytes of the longest input that is tried: runs by the million find more in many short inputs than in few long ones.
-longest_input=2048
 
 run_target() {
   local name="$1" seeds="$2" dictionary="$3" learned="$root/build/fuzz/learned/$1"
