@@ -10,6 +10,7 @@
 #include "decoded_text.h"
 #include "tag_path.h"
 #include "time_values.h"
+#include "uid.h"
 #include "value_text.h"
 #include "vr_traits.h"
 
@@ -120,19 +121,6 @@ bool IsDecimal(std::string_view text) {
   return ParseAll(text.starts_with('+') ? text.substr(1) : text, number) &&
          text.find_first_not_of("+-.0123456789eE") == std::string_view::npos &&
          !text.starts_with("+-");
-}
-
-bool HasLeadingZero(std::string_view text) {
-  for (std::size_t at = 0; at + 1 < text.size(); ++at) {
-    if ((at == 0 || text[at - 1] == '.') && text[at] == '0' && text[at + 1] != '.') return true;
-  }
-  return false;
-}
-
-bool IsUid(std::string_view text) {
-  return text.find_first_not_of(".0123456789") == std::string_view::npos &&
-         !text.starts_with('.') && !text.ends_with('.') &&
-         text.find("..") == std::string_view::npos && !HasLeadingZero(text);
 }
 
 bool IsAge(std::string_view text) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <iterator>
 
+#include "uid.h"
+
 namespace tessaret::tool {
 namespace {
 
@@ -29,15 +31,10 @@ constexpr SyntaxRow kSyntaxes[] = {
     {"rle", "RLELossless", "1.2.840.10008.1.2.5"},
 };
 
-bool IsUid(std::string_view text) {
-  return text.find('.') != std::string_view::npos &&
-         text.find_first_not_of(".0123456789") == std::string_view::npos;
-}
-
 }  // namespace
 
 std::string SyntaxUid(std::string_view name) {
-  if (IsUid(name)) return std::string(name);
+  if (IsUid(name) && name.find('.') != std::string_view::npos) return std::string(name);
   const auto* row = std::find_if(std::begin(kSyntaxes), std::end(kSyntaxes), [&](const auto& each) {
     return each.word == name || each.keyword == name;
   });

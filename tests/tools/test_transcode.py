@@ -51,7 +51,7 @@ class Transcode(tool.ToolTest):
     def test_names_of_the_dictionary_are_known(self):
         # JPEG Lossless, Non-Hierarchical (Process 14), has no short word.
         self.refuse(self.source(EXPLICIT), "no codec is here that makes JPEGLossless of it", "--to", "JPEGLossless")
-        for name in ("CTImageStorage", "jpeglossless", "", "JPEGLossless "):
+        for name in ("CTImageStorage", "jpeglossless", "", "JPEGLossless ", ".57", "1.2.840.10008.", "1..2", "1.02", "5"):
             result = run("transcode", "--to", name, self.source(EXPLICIT), self.path("out.dcm"))
             self.assert_ends(result, USAGE)
             self.assertIn(f"--to: {name} is no transfer syntax: one of implicit,", result.stderr.decode())
