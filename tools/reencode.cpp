@@ -97,14 +97,26 @@ std::string SyntaxOf(_EnumDataEncoding encoding) {
 }
 
 /// Without a mark readers guess the form from the second byte of the first length: in the explicit form that is a letter.
-bool LooksExplicitWhenBare(const Listing& listing) {
+bool LooksExplicit(const Element& first) {
+  if (first.items != 0) return false;
+  const auto second = static_cast<std::int8_t>((first.length + first.length % 2) >> 8);
+  return second > 10;
+}
+
+/// Why a data set without meta header and group lengths could not be read again, or empty. Readers take a file without a
+/// mark for one when it begins with a tag that they know.
+std::string WhyNotReadBare(const Listing& listing, Host& host) {
   std::optional<Element> first;
   listing.ForEachOnTop([&](const Element& each) {
-    if (!first && GroupOf(each.tag) > kMetaGroup && ElementOf(each.tag) != 0) first = each;
+    if (!first && GroupOf(each.tag) != kMetaGroup && ElementOf(each.tag) != 0) first = each;
   });
-  if (!first || first->items != 0) return false;
-  const auto second = static_cast<std::int8_t>((first->length + first->length % 2) >> 8);
-  return second > 10;
+  const std::string notTaken = "without a mark it would not be taken for DICOM, for it ";
+  if (!first) return notTaken + "is empty";
+  if (GroupOf(first->tag) < kMetaGroup || !host.Knows(first->tag))
+    return notTaken + "begins with " + TagText(first->tag);
+  if (LooksExplicit(*first))
+    return "without a mark it would be taken for explicit, for its first element is that long";
+  return {};
 }
 
 /// Looks for what a file in another form cannot hold, or cannot tell to its reader.
@@ -209,9 +221,7 @@ std::string WhyNotToHold(const SourceFile& source, Target target, Host& host) {
   LossSearch losses(host, toImplicit && !source.IsImplicit());
   WalkObject(listing, source.object, losses);
   if (!losses.words.empty()) return losses.words;
-  if (target == Target::kBare && LooksExplicitWhenBare(listing))
-    return "without a mark it would be taken for explicit, for its first element is that long";
-  return {};
+  return target == Target::kBare ? WhyNotReadBare(listing, host) : std::string();
 }
 
 std::string WhyNotToEncode(const SourceFile& source, Target target, Host& host) {

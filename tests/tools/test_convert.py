@@ -433,6 +433,20 @@ class Refusals(ConvertTest):
             self.assert_ends(run("check", "-q", self.out), DONE)
             self.out.unlink()
 
+    def test_a_bare_data_set_that_would_not_be_taken_for_dicom_is_refused(self):
+        group_length = element(0x00080000, "UL", bytes(4))
+        for content in (b"", group_length):
+            self.assert_refused(meta(EXPLICIT) + content, "without a mark it would not be taken for DICOM, for it is empty\n",
+                                "--no-preamble")
+        for tag in (0x00000010, 0x00010010, 0x00080007, 0x00090010):
+            content = group_length + element(tag, "LO", "a") + element(0x00100010, "PN", "b")
+            self.assert_refused(meta(EXPLICIT) + content, "without a mark it would not be taken for DICOM, for it begins with "
+                                f"({tag >> 16:04x},{tag & 0xFFFF:04x})\n", "--no-preamble")
+        for content in (element(0x00080005, "CS") + element(0x00090010, "LO", "a"), element(0x00081140, "SQ", item(b""))):
+            file = self.write("in.dcm", meta(EXPLICIT) + group_length + content)
+            self.assert_ends(run("convert", "--no-preamble", "--force", file, self.out), DONE, "")
+            self.assert_ends(run("check", "-q", self.out), DONE)
+
     def test_elements_of_the_meta_header_in_items_are_refused(self):
         content = element(0x00081140, "SQ", item(element(0x00020003, "UI", "1.2.3")))
         self.assert_refused(meta(EXPLICIT) + content, "(0002,0003) stands in an item and would be lost")
@@ -458,13 +472,9 @@ class Refusals(ConvertTest):
     def test_a_dicomdir_is_refused(self):
         self.assert_refused(meta(EXPLICIT) + element(0x00041220, "SQ"), "is a DICOMDIR")
 
-    def test_an_element_before_the_meta_header_is_refused_unless_there_is_none(self):
+    def test_an_element_before_the_meta_header_is_refused(self):
         content = meta(IMPLICIT) + element(0x00010001, "LO", "early", implicit=True) + tool.image(implicit=True)
         self.assert_refused(content, "(0001,0001) would come before the meta header")
-        file = self.write("in.dcm", content)
-        self.assert_ends(run("convert", "--no-preamble", file, self.out), DONE,
-                         f"tessaret: {file}: warning: (0001,0001) at offset {len(meta(IMPLICIT))} stands behind an element of a "
-                         "higher tag\n")
 
     def test_zeros_behind_a_data_set_do_not_matter(self):
         content = meta(IMPLICIT) + tool.image(implicit=True)
