@@ -4,6 +4,7 @@
 #include "class_object.h"
 #include "element_values.h"
 #include "escape.h"
+#include "interrupt.h"
 #include "json_values.h"
 #include "json_writer.h"
 #include "meant_type.h"
@@ -36,11 +37,8 @@ class Getting {
       host_.messages.Error("get", paths.back().failure);
       return ExitCode::kUsage;
     }
-    SourceOptions how;
-    how.loadPixels = std::any_of(paths.begin(), paths.end(), [](const TagPath& path) {
-      return path.steps.front().tag >= kPixelDataTag;
-    });
-    const SourceFile source = ReadSource(options_.path, how, host_);
+    const SourceFile source = Read(paths);
+    TellOf(source, options_.path, host_);
     complete_ = source.IsWhole();
     if (!source.object) return ExitCode::kInputFailed;
     for (const TagPath& path : paths) One(source, path);
@@ -48,11 +46,36 @@ class Getting {
   }
 
  private:
+  /// Reads up to the pixel data, and on where something may stand behind it.
+  [[nodiscard]] SourceFile Read(const std::vector<TagPath>& paths) const {
+    SourceOptions how;
+    how.loadPixels = std::ranges::any_of(
+        paths, [](const TagPath& path) { return path.steps.front().tag >= kPixelDataTag; });
+    SourceFile source = LoadSource(options_.path, how, host_);
+    const bool isWanting =
+        source.object && EndsAtPixels(source) &&
+        std::ranges::any_of(paths, [&](const TagPath& path) { return !IsThere(source, path); });
+    if (!isWanting || !IsReadableAgain(options_.path)) return source;
+    StopIfInterrupted();
+    how.loadPixels = true;
+    SourceFile whole = LoadSource(options_.path, how, host_);
+    return whole.object ? std::move(whole) : std::move(source);
+  }
+
+  static bool EndsAtPixels(const SourceFile& source) {
+    return source.reading.end.why == READ_TO_PIXELS;
+  }
+
+  static bool IsThere(const SourceFile& source, const TagPath& path) {
+    const Place place = Find(source.object, path);
+    return place.object && FactsOf(*place.object, path.Tag());
+  }
+
   void One(const SourceFile& source, const TagPath& path) {
     const Place place = Find(source.object, path);
     const auto facts = place.object ? FactsOf(*place.object, path.Tag()) : std::nullopt;
     if (!facts) {
-      Miss(path, "is not there");
+      Miss(path, EndsAtPixels(source) ? "is not there before the pixel data" : "is not there");
       return NoLine(path);
     }
     const VrCode type = options_.type.empty() ? MeantType(path.Tag(), facts->type,

@@ -71,6 +71,29 @@ class Get(tool.ToolTest):
             self.assert_ends(result, DONE, "")
             self.assertEqual(result.stdout.decode(), line + "\n")
 
+    def test_what_stands_behind_the_pixel_data_out_of_order_is_found(self):
+        content = meta(EXPLICIT) + element(0x00280010, "US", b"\2\0") + element(0x7FE00010, "OB", b"\0\xff") + element(
+            0x00081140, "SQ", item(element(0x00081150, "UI", "1.2.4"))) + element(0x00100020, "LO", "late")
+        file = self.write("late.dcm", content)
+        for tag, line in (("PatientID", "late"), ("0008,1140[0].0008,1150", "1.2.4"), ("Rows", "2")):
+            result = run("get", file, "Rows", tag)
+            self.assert_ends(result, DONE, "")
+            self.assertEqual(result.stdout.decode(), f"2\n{line}\n")
+        # What has begun cannot be read from the start again.
+        result = run("get", "-", "Rows", "PatientID", input=content)
+        self.assert_ends(result, INPUT_FAILED, "tessaret: standard input: (0010,0020) is not there before the pixel data\n")
+        self.assertEqual(result.stdout, b"2\n\n")
+        result = run("get", "/dev/stdin", "Rows", "PatientID", input=content)
+        self.assert_ends(result, INPUT_FAILED, "tessaret: /dev/stdin: (0010,0020) is not there before the pixel data\n")
+        # Where pixel data is cut nobody knows what was behind it.
+        cut = self.write("cut.dcm", content[:content.index(b"\0\xff") + 1])
+        self.assert_ends(run("get", cut, "Rows"), DONE, "")
+        result = run("get", cut, "Rows", "PatientID")
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(result.stdout, b"2\n\n")
+        self.assertIn("truncated", result.stderr.decode())
+        self.assertIn(f"tessaret: {cut}: (0010,0020) is not there\n", result.stderr.decode())
+
     def test_of_a_file_that_is_cut_short_what_is_there_is_shown(self):
         file = self.write("cut.dcm", (meta(EXPLICIT) + CONTENT)[:-1])
         result = run("get", file, "PatientID", "PixelData")
