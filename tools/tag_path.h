@@ -15,6 +15,8 @@ namespace tessaret::tool {
 struct TagStep {
   TagKey tag = 0;
   std::uint32_t item = 0;  // which item of it the next step is in; 0 in the last one
+
+  friend bool operator==(const TagStep&, const TagStep&) = default;
 };
 
 struct TagPath {

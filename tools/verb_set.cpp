@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <span>
 
+#include "character_set_change.h"
 #include "class_object.h"
 #include "element_values.h"
 #include "file_walk.h"
@@ -35,6 +36,12 @@ struct Assignment {
   std::string value;
   std::string failure;  // why it cannot be understood
 };
+
+/// Whether `path` leads into the data set that `other` is an element of, or deeper.
+bool IsBeside(const TagPath& path, const TagPath& other) {
+  return path.steps.size() >= other.steps.size() &&
+         std::equal(other.steps.begin(), other.steps.end() - 1, path.steps.begin());
+}
 
 /// Why an element is not for people to set or to remove, or empty.
 std::string WhyNotToChange(const TagPath& path) {
@@ -127,6 +134,9 @@ class Setting {
   std::string Change(const Ref<IDCMObject>& object, const std::string& syntax) {
     // A file without a meta header keeps its encoding too.
     SetSyntax(*object, syntax);
+    CharacterSetChange sets;
+    for (const TagPath& path : removals_) sets.Keep(object, path);
+    for (const Assignment& each : assignments_) sets.Keep(object, each.path);
     for (const TagPath& path : removals_) {
       if (const Place place = Find(object, path); place.object) Remove(*place.object, path.Tag());
     }
@@ -134,7 +144,24 @@ class Setting {
       const std::string why = Assign(object, each);
       if (!why.empty()) return TextOf(each.path) + ": " + why;
     }
+    WarnOfOtherText(object, sets);
     return {};
+  }
+
+  /// Text that is there is not written anew for another character set.
+  void WarnOfOtherText(const Ref<IDCMObject>& object, const CharacterSetChange& sets) {
+    std::vector<TagPath> written;  // in what the file names at the end
+    for (const Assignment& each : assignments_) {
+      if (each.path.Tag() == kCharacterSetTag)
+        std::erase_if(written, [&](const TagPath& path) { return IsBeside(path, each.path); });
+      written.push_back(each.path);
+    }
+    const std::string text = sets.FirstOtherText(object, written);
+    if (text.empty()) return;
+    host_.messages.Warn(options_.output,
+                        "text keeps its bytes, which the new (0008,0005) makes other "
+                        "characters of, first in " +
+                            text);
   }
 
   std::string Assign(const Ref<IDCMObject>& object, const Assignment& given) {

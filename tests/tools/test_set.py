@@ -106,6 +106,40 @@ class Set(tool.ToolTest):
         self.assertEqual(str(data.PatientName), "王^小東")
         self.refuse("(0010,0010): \"Müller\" cannot be written in the character set of (0008,0005)", "PatientName=Müller")
 
+    def test_text_that_a_new_character_set_makes_other_characters_of_is_told(self):
+        sets, name = lambda value: element(0x00080005, "CS", value), lambda value: element(0x00100010, "PN", value)
+        latin = self.write("in.dcm", meta(EXPLICIT) + sets("ISO_IR 100") + element(0x00081140, "SQ", item(name(b"\xe4")) + item(
+            sets("ISO_IR 126") + name(b"\xe4"))) + element(0x00091001, "OB", b"\xff\xfe") + name(b"M\xfcller"))
+        told = lambda path: (f"tessaret: {self.path('out.dcm')}: warning: text keeps its bytes, which the new (0008,0005) makes "
+                             f"other characters of, first in {path}\n")
+        root, first, second = "SpecificCharacterSet=ISO_IR 192", "(0008,1140)[0].(0010,0010)", "(0008,1140)[1].(0010,0010)"
+        data = self.set(latin, root, error=told(first))
+        self.assertEqual((data.SpecificCharacterSet, data.get_item(0x00100010).value), ("ISO_IR 192", b"M\xfcller"))
+        self.set(latin, root, f"{first}=ä", error=told("(0010,0010)"))
+        data = self.set(latin, root, f"{first}=ä", "PatientName=Müller")
+        self.assertEqual((str(data.PatientName), str(data.ReferencedImageSequence[0].PatientName)), ("Müller", "ä"))
+        # What is written before is written in the old set.
+        self.set(latin, f"{first}=ä", root, "PatientName=Müller", error=told(first))
+        self.set(latin, "--remove", "SpecificCharacterSet", error=told(first))
+        self.set(latin, root, "--remove", "PatientName", "--remove", first, error="")
+        for same in ("ISO 2022 IR 100", "ISO_IR 100\\ISO 2022 IR 87"):
+            self.set(latin, f"SpecificCharacterSet={same}", "--remove", "SpecificCharacterSet", error="")
+        # Items have their own set, or that around them.
+        self.set(latin, "0008,1140[1].SpecificCharacterSet=ISO_IR 100", error=told(second))
+        self.set(latin, "--remove", "0008,1140[1].SpecificCharacterSet", error=told(second))
+        self.set(latin, "0008,1140[0].SpecificCharacterSet=ISO_IR 126", error=told(first))
+        self.set(latin, "0008,1140[0].SpecificCharacterSet=ISO_IR 126", f"{first}=δ", error="")
+        # A set of an item says nothing of what was written outside.
+        self.set(latin, root, "PatientName=ä", f"{first}=ä", "0008,1140[1].SpecificCharacterSet=ISO_IR 126", error="")
+        # In these texts every byte is ASCII.
+        for old, text, new in (("ISO_IR 13", b"a~", "ISO_IR 192"), ("ISO_IR 13", b"a\\", "ISO_IR 6"),
+                               ("\\ISO 2022 IR 87", b"\x1b$B;3\x1b(B", "ISO_IR 100")):
+            source = self.write("in.dcm", meta(EXPLICIT) + sets(old) + element(0x00104000, "LT", text))
+            self.set(source, f"SpecificCharacterSet={new}", error=told("(0010,4000)"))
+        # Now it is said what the text was all the time.
+        source = self.write("in.dcm", meta(EXPLICIT) + name("Müller"))
+        self.assertEqual(str(self.set(source, root, error="").PatientName), "Müller")
+
     def test_what_does_not_fit_is_refused_and_nothing_written(self):
         self.refuse("(0028,0010): \"70000\" is not a whole number from 0 to 65535", "Rows=70000")
         self.refuse("(0008,0060): 17 characters are more than the 16 of CS", "Modality=12345678901234567")
