@@ -192,6 +192,7 @@ class Setting {
     const TagKey tag = given.path.Tag();
     if (tag == kPixelDataTag && given.path.steps.size() == 1 && !hasNativePixels_)
       return "is compressed in this transfer syntax: a value cannot take its place";
+    if (tag == kPixelDataTag && type == type_code::SQ) return "is pixel data and no sequence";
     const bool isReadAsSequence =
         !writesTypes_ && !given.value.empty() && host_.TypeOfElement(tag) == type_code::SQ;
     if (isReadAsSequence && type != type_code::SQ)

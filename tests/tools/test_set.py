@@ -252,6 +252,9 @@ class Set(tool.ToolTest):
         for arguments in (("PixelData:OB=01\\02", "--remove", "PixelData"), ("PixelData:SQ=",), ("PixelData=",)):
             self.set(compressed, *arguments, code=INPUT_FAILED, error=(
                 f"tessaret: {compressed}: (7fe0,0010): is compressed in this transfer syntax: a value cannot take its place\n"))
+        native = self.write("native.dcm", meta(EXPLICIT) + icon + element(0x7FE00010, "OB", b"\1\2"))
+        for path in ("(7fe0,0010)", "(0088,0200)[0].(7fe0,0010)"):
+            self.set(native, f"{path}:SQ=", code=INPUT_FAILED, error=f"tessaret: {native}: {path}: is pixel data and no sequence\n")
         # The pixel data of an icon may be native there.
         self.assertEqual(self.set(compressed, "0088,0200[0].PixelData=03\\04").IconImageSequence[0].PixelData, b"\3\4")
 
