@@ -1,7 +1,9 @@
 """tessaret get: values for scripts."""
 
 import json
+import os
 import struct
+import threading
 import unittest
 
 import tool
@@ -83,8 +85,13 @@ class Get(tool.ToolTest):
         result = run("get", "-", "Rows", "PatientID", input=content)
         self.assert_ends(result, INPUT_FAILED, "tessaret: standard input: (0010,0020) is not there before the pixel data\n")
         self.assertEqual(result.stdout, b"2\n\n")
-        result = run("get", "/dev/stdin", "Rows", "PatientID", input=content)
-        self.assert_ends(result, INPUT_FAILED, "tessaret: /dev/stdin: (0010,0020) is not there before the pixel data\n")
+        pipe = self.path("pipe")
+        os.mkfifo(pipe)
+        writer = threading.Thread(target=pipe.write_bytes, args=(content,))
+        writer.start()
+        result = run("get", pipe, "Rows", "PatientID", timeout=30)
+        writer.join()
+        self.assert_ends(result, INPUT_FAILED, f"tessaret: {pipe}: (0010,0020) is not there before the pixel data\n")
         # Where pixel data is cut nobody knows what was behind it.
         cut = self.write("cut.dcm", content[:content.index(b"\0\xff") + 1])
         self.assert_ends(run("get", cut, "Rows"), DONE, "")

@@ -301,14 +301,18 @@ class LittleMemory(tool.ToolTest):
     @unittest.skipIf(tool.INSTRUMENTED, "sanitizers need the room")
     def test_a_file_that_memory_does_not_hold_is_not_called_broken(self):
         size = 0x7FFFFFFE
-        large = self.write("large.dcm", meta(tool.EXPLICIT) + element(0x7FE00010, "OB", length=size))
+        large = self.write("large.dcm", meta(tool.EXPLICIT) + element(0x00100020, "LO", "12") + element(0x7FE00010, "OB", length=size))
         os.truncate(large, large.stat().st_size + size)
         small = self.write("small.dcm", meta(tool.EXPLICIT) + element(0x00100020, "LO", "1"))
-        for arguments, done in (["check", large, small], b"1 read, 1 failed"), (["transcode", "--to", tool.IMPLICIT, large, self.path("out.dcm")], b""):
+        for arguments, done, words in (
+                (["check", large, small], b"1 read, 1 failed", "not enough memory"),
+                (["transcode", "--to", tool.IMPLICIT, large, self.path("out.dcm")], b"", "not enough memory"),
+                # What stands before the pixel data is there all the same.
+                (["get", large, "PatientID", "Rows"], b"12\n\n", "(0028,0010) is not there before the pixel data")):
             result = subprocess.run(["sh", "-c", 'ulimit -v 1000000; exec "$0" "$@"', TOOL, *map(str, arguments)], check=False,
                                     capture_output=True, timeout=60)
             self.assertEqual(result.returncode, INPUT_FAILED)
-            self.assertEqual(result.stderr.decode(), f"tessaret: {large}: not enough memory\n")
+            self.assertEqual(result.stderr.decode(), f"tessaret: {large}: {words}\n")
             self.assertIn(done, result.stdout)
 
 

@@ -129,6 +129,10 @@ class Set(tool.ToolTest):
         self.set(latin, "--remove", "0008,1140[1].SpecificCharacterSet", error=told(second))
         self.set(latin, "0008,1140[0].SpecificCharacterSet=ISO_IR 126", error=told(first))
         self.set(latin, "0008,1140[0].SpecificCharacterSet=ISO_IR 126", f"{first}=δ", error="")
+        self.set(latin, "0008,1140[0].SpecificCharacterSet=ISO_IR 100", error="")
+        self.set(latin, "0008,1140[2].SpecificCharacterSet=ISO_IR 100", code=INPUT_FAILED, error=(
+            f"tessaret: {latin}: (0008,1140)[2].(0008,0005): there is no such item, and none is made\n"))
+        self.set(latin, "--remove", "0008,1140[2].SpecificCharacterSet", error="")
         # A set of an item says nothing of what was written outside.
         self.set(latin, root, "PatientName=ä", f"{first}=ä", "0008,1140[1].SpecificCharacterSet=ISO_IR 126", error="")
         # In these texts every byte is ASCII.
