@@ -272,6 +272,10 @@ class Set(tool.ToolTest):
                 self.assertEqual(raw.VR, None if syntax == IMPLICIT else "SS" if value < 0 else "US")
                 self.set(source, "Rows=-5", code=INPUT_FAILED, error=(
                     f"tessaret: {source}: (0028,0010): \"-5\" is not a whole number from 0 to 65535\n"))
+        # Also where an element is there whose type is not stated.
+        source = self.write("in.dcm", meta(IMPLICIT) + element(0x00280103, "US", b"\1\0", implicit=True) +
+                            element(0x00280120, "US", b"\0\0", implicit=True))
+        self.assertEqual(self.set(source, "PixelPaddingValue=-5").get_item(0x00280120).value, struct.pack("<h", -5))
         # The type that is stated stays.
         source = self.write("in.dcm", meta(EXPLICIT) + element(0x00280103, "US", b"\1\0") + element(0x00280120, "US", b"\0\0"))
         self.assertEqual(self.set(source, "PixelPaddingValue=5").get_item(0x00280120).VR, "US")
