@@ -26,7 +26,7 @@ IDispatch* ObjectAt(const tessaret_object* handle) {
 class HandleCounts {
  public:
   struct alignas(64) Part {
-    std::mutex mutex;
+    ForkLock lock;
     std::unordered_map<const tessaret_object*, std::uint64_t> counts;
   };
 
@@ -38,11 +38,11 @@ class HandleCounts {
     const auto address = reinterpret_cast<std::uintptr_t>(handle);
     return parts_[(address >> 4 ^ address >> 10) % parts_.size()];
   }
-  void LockAll() {
-    for (Part& part : parts_) part.mutex.lock();
+  void LockForFork() noexcept {
+    for (Part& part : parts_) part.lock.LockForFork();
   }
-  void UnlockAll() {
-    for (Part& part : parts_) part.mutex.unlock();
+  void UnlockAfterFork() noexcept {
+    for (Part& part : parts_) part.lock.UnlockAfterFork();
   }
 
  private:
@@ -61,11 +61,11 @@ constinit ForkLock making;
 void LockForFork() noexcept {
   making.LockForFork();
   lockedHere = theHandles.load(std::memory_order_acquire);
-  if (lockedHere != nullptr) lockedHere->LockAll();
+  if (lockedHere != nullptr) lockedHere->LockForFork();
 }
 
 void UnlockAfterFork() noexcept {
-  if (lockedHere != nullptr) lockedHere->UnlockAll();
+  if (lockedHere != nullptr) lockedHere->UnlockAfterFork();
   making.UnlockAfterFork();
 }
 
@@ -101,7 +101,7 @@ tessaret_object* GiveHandle(Ref<IDispatch> object) {
   if (!object) return nullptr;
   const auto* const handle = reinterpret_cast<const tessaret_object*>(object.Get());
   HandleCounts::Part& part = Handles().PartOf(handle);
-  const std::lock_guard lock(part.mutex);
+  const std::lock_guard held(part.lock);
   ++part.counts[handle];
   return reinterpret_cast<tessaret_object*>(object.Detach());
 }
@@ -109,7 +109,7 @@ tessaret_object* GiveHandle(Ref<IDispatch> object) {
 Ref<IDispatch> HeldObject(const tessaret_object* handle) {
   HandleCounts::Part* const part = PartOf(handle);
   if (part == nullptr) return nullptr;
-  const std::lock_guard lock(part->mutex);
+  const std::lock_guard held(part->lock);
   // Taken while the host's own reference cannot be given back.
   return Ref<IDispatch>(part->counts.contains(handle) ? ObjectAt(handle) : nullptr);
 }
@@ -117,7 +117,7 @@ Ref<IDispatch> HeldObject(const tessaret_object* handle) {
 bool RetainHandle(const tessaret_object* handle) {
   HandleCounts::Part* const part = PartOf(handle);
   if (part == nullptr) return false;
-  const std::lock_guard lock(part->mutex);
+  const std::lock_guard held(part->lock);
   const auto found = part->counts.find(handle);
   if (found == part->counts.end()) return false;
   ++found->second;
@@ -129,7 +129,7 @@ bool ReleaseHandle(const tessaret_object* handle) {
   HandleCounts::Part* const part = PartOf(handle);
   if (part == nullptr) return false;
   {
-    const std::lock_guard lock(part->mutex);
+    const std::lock_guard held(part->lock);
     const auto found = part->counts.find(handle);
     if (found == part->counts.end()) return false;
     if (--found->second == 0) part->counts.erase(found);

@@ -1,15 +1,18 @@
 // Handles of the C interface that lead nowhere: given back already, or never given.
 #include "facade/c_handles.h"
 
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <chrono>
 #include <cstdint>
 #include <cstdlib>
+#include <functional>
 #include <latch>
 #include <string>
 #include <thread>
+#include <utility>
 
 #include <gtest/gtest.h>
 
@@ -205,36 +208,38 @@ TEST(CHandles, MayBeAskedForByAnObjectThatDies) {
   EXPECT_EQ(tessaret_can_unload(), 1);
 }
 
-/// An object with a part, of which one reference is taken slowly.
-class SlowWhole final : public IObject {
+/// An object with a part; something happens while the next reference to it is taken.
+class BusyWhole final : public IObject {
  public:
+  BusyWhole() {
+    EXPECT_EQ(tessaret_create_object("Tessaret.DCMOptions", &IObject::kId, this,
+                                     reinterpret_cast<void**>(part.Receive())),
+              kOk);
+  }
   Status QueryInterface(const InterfaceId& id, void** object) override {
     return part->QueryInterface(id, object);
   }
   std::uint32_t AddRef() override {
-    if (isSlow.exchange(false)) {
-      begun.count_down();
-      std::this_thread::sleep_for(std::chrono::milliseconds(300));
-    }
+    if (const auto work = std::exchange(meanwhile, nullptr)) work();
     return ++references;
   }
   std::uint32_t Release() override { return --references; }
 
-  std::atomic<bool> isSlow = false;
-  std::latch begun{1};
+  std::function<void()> meanwhile;
   std::atomic<std::uint32_t> references = 1;
   Ref<IObject> part;
 };
 
 TEST(CHandles, AreNoneTheLessThereInAChildOfForkWhateverOtherThreadsDid) {
-  SlowWhole whole;
-  ASSERT_EQ(tessaret_create_object("Tessaret.DCMOptions", &IObject::kId, &whole,
-                                   reinterpret_cast<void**>(whole.part.Receive())),
-            kOk);
+  BusyWhole whole;
   tessaret_object* const handle = GiveHandle(whole.part.As<IDispatch>());
-  whole.isSlow = true;
+  std::latch begun{1};
+  whole.meanwhile = [&] {
+    begun.count_down();
+    std::this_thread::sleep_for(std::chrono::milliseconds(300));
+  };
   std::thread other([&] { EXPECT_NE(tessaret_describe(handle), nullptr); });
-  whole.begun.wait();
+  begun.wait();
   EXPECT_EQ(test::RunInChild([&] {
               ::alarm(20);
               return tessaret_describe(handle) != nullptr ? 0 : 1;
@@ -243,6 +248,27 @@ TEST(CHandles, AreNoneTheLessThereInAChildOfForkWhateverOtherThreadsDid) {
   other.join();
   tessaret_release(handle);
 }
+
+/// Forks where it is amid a handle itself; 0 where both processes go on.
+int ForkAmidOwnHandle() {
+  ::alarm(20);
+  BusyWhole whole;
+  tessaret_object* const handle = GiveHandle(whole.part.As<IDispatch>());
+  int ofChild = -1;
+  pid_t forked = -1;
+  whole.meanwhile = [&] { forked = ::fork(); };
+  if (tessaret_describe(handle) == nullptr) return 1;
+  // From here on in both; the handle is free for all.
+  if (forked != 0) ::waitpid(forked, &ofChild, 0);
+  bool isThere = false;
+  std::thread([&] { isThere = tessaret_describe(handle) != nullptr; }).join();
+  tessaret_release(handle);
+  if (forked == 0) ::_exit(isThere ? 0 : 2);
+  if (!isThere) return 3;
+  return ofChild == 0 ? 0 : 4;
+}
+
+TEST(CHandles, LetAThreadForkThatIsAmidOne) { EXPECT_EQ(test::RunInChild(&ForkAmidOwnHandle), 0); }
 
 /// Forks while another thread gets the first handle of all; 0 where the child gets one too.
 int ForkAmidTheFirstHandle() {
