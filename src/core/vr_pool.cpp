@@ -199,7 +199,8 @@ void GiveVrBlock(void* block) noexcept {
 void FreeVrBlocks() noexcept {
   cache = {};
   late = {};
-  const std::lock_guard lock(forkLocks.blocks);
+  // A thread that forks meanwhile has it locked, and would meet a library that goes if it were waited for.
+  const std::unique_lock lock(forkLocks.blocks, std::try_to_lock);
   store.batches = nullptr;
   store.nextSlab = kFirstSlab;
   while (store.slabs != nullptr) ::operator delete(std::exchange(store.slabs, store.slabs->next));

@@ -90,9 +90,14 @@ HandleCounts::Part* PartOf(const tessaret_object* handle) noexcept {
 }
 
 [[gnu::destructor]] void GoWithTheLibrary() noexcept {
-  // Who holds something still may come back.
+  if (DoesProcessEnd()) return;
+  // A thread that forks meanwhile has them locked, and gives the locks back later: then they stay.
+  const std::unique_lock held(making, std::try_to_lock);
   const HandleCounts* const handles = theHandles;
-  if (!DoesProcessEnd() && handles != nullptr && handles->IsEmpty()) delete handles;
+  // Who holds something still may come back.
+  if (!held || handles == nullptr || !handles->IsEmpty()) return;
+  theHandles = nullptr;
+  delete handles;
 }
 
 }  // namespace

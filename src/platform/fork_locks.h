@@ -20,6 +20,11 @@ class ForkLock {
     mutex_.lock();
     holder_.store(::pthread_self(), std::memory_order_relaxed);
   }
+  bool try_lock() noexcept {
+    if (!mutex_.try_lock()) return false;
+    holder_.store(::pthread_self(), std::memory_order_relaxed);
+    return true;
+  }
   void unlock() noexcept {
     holder_.store(kNobody, std::memory_order_relaxed);
     mutex_.unlock();

@@ -7,6 +7,7 @@
 #include <map>
 #include <memory>
 #include <random>
+#include <semaphore>
 #include <thread>
 #include <vector>
 
@@ -14,9 +15,12 @@
 
 #include "core/dicom_object.h"
 #include "core/file_buffer.h"
+#include "core/vr_pool.h"
 #include "object_maker.h"
+#include "platform/fork_locks.h"
 #include "support/all_threads.h"
 #include "support/build_kind.h"
+#include "support/child_process.h"
 #include "support/fork_amid.h"
 #include "support/temp_folder.h"
 
@@ -370,6 +374,28 @@ TEST(ObjectThreads, ObjectsAreMadeInAChildOfForkWhateverOtherThreadsDo) {
     for (auto& element : elements) element = std::make_unique<VR>();
   });
   EXPECT_EQ(stuck, -1);
+}
+
+/// The memory of records is given back as when the library is unloaded, while another thread is amid a fork.
+int FreeAmidAFork() {
+  ::alarm(20);
+  std::binary_semaphore begun{0};
+  std::binary_semaphore end{0};
+  std::thread forking([&] {
+    forkLocks.blocks.LockForFork();
+    begun.release();
+    end.acquire();
+    forkLocks.blocks.UnlockAfterFork();
+  });
+  begun.acquire();
+  FreeVrBlocks();
+  end.release();
+  forking.join();
+  return std::make_unique<VR>(0x0010, 0x0010, 4, true)->Length == 4 ? 0 : 1;
+}
+
+TEST(ObjectThreads, ALibraryThatIsUnloadedWaitsForNoFork) {
+  EXPECT_EQ(test::RunInChild(&FreeAmidAFork), 0);
 }
 
 }  // namespace

@@ -65,6 +65,26 @@ TEST(ForkLocks, StayWithAThreadThatForksWhileItHoldsThem) {
   }
 }
 
+TEST(ForkLocks, AreTriedWithoutWaiting) {
+  ForkLock lock;
+  const auto tryElsewhere = [&] {
+    bool had = false;
+    std::thread([&] {
+      had = lock.try_lock();
+      if (had) lock.unlock();
+    }).join();
+    return had;
+  };
+  ASSERT_TRUE(lock.try_lock());
+  EXPECT_FALSE(tryElsewhere());
+  lock.LockForFork();  // by the thread that has it
+  lock.UnlockAfterFork();
+  EXPECT_FALSE(tryElsewhere());
+  lock.unlock();
+  EXPECT_TRUE(tryElsewhere());
+  const std::lock_guard held(lock);
+}
+
 TEST(ForkLocks, ExcludeOtherThreads) {
   ForkLock lock;
   int count = 0;
