@@ -13,7 +13,8 @@
 /// Where the props of the syntax have TESSARET_CODEC_CONCURRENT any number of threads call the one object at once, each with a
 /// data set of its own; such a codec tells its failures by tessaret_codec_fail, for ErrorText is then neither read nor written
 /// by the engine. In a child of fork a codec that another thread of the parent was calling is not called any more, but for a
-/// concurrent one.
+/// concurrent one. Any fork of the process waits while an entry point runs, and while a library is loaded or unloaded: neither may
+/// these fork, nor wait for a thread that does. They start a program by posix_spawn, which waits for nobody; operations may fork.
 ///
 /// A codec may throw C++ exceptions: each is a failure. It never calls the engine or the classes of the library.
 ///
