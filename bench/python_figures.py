@@ -1,10 +1,11 @@
 #!/usr/bin/python3
 """Figures of the Python package, beside pydicom in the same run.
 
-    bench/python_figures.py [--build DIR] [--files N] [--rounds N]
+    bench/python_figures.py [--build DIR] [--files N] [--rounds N] [--folder DIR]
 
 Reads of one element a second; then opening N files (400) without pixels and reading 20 attributes of each, in turns with pydicom, so that
-a drift of the machine meets both; then loading a file of 0.5 MB and one of 2 MB in one thread and in two, and in as many processes. Medians of the rounds (5). The files are a series that `tessaret phantom` makes.
+a drift of the machine meets both; then loading files of 0.5, 2 and 8 MB in one thread and in two, and in as
+many processes. Medians of the rounds (5). The files are a series that `tessaret phantom` makes.
 """
 
 import argparse
@@ -20,8 +21,9 @@ import timeit
 
 SOURCE_DIR = pathlib.Path(__file__).resolve().parents[1]
 READS = 100_000
-# So many that the start of a thread or a process is no part of what is measured.
-LOADS = 2000
+# Rows and columns of a file that threads load, and how often: so many that the start of a thread or a process is no part of what is
+# measured.
+LOADS = {512: 2000, 1024: 1500, 2048: 400}
 
 # Attributes that a series of CT slices has, with the keywords that pydicom knows them by.
 ATTRIBUTES = (
@@ -100,35 +102,35 @@ def load_all(tessaret, path, count):
         tessaret.create("Tessaret.DCMObject").Load(path, True)
 
 
-def loads_a_second(tessaret, path, threads):
+def loads_a_second(tessaret, path, loads, threads):
     """Each thread loads the file into objects of its own."""
-    workers = [threading.Thread(target=load_all, args=(tessaret, path, LOADS)) for _ in range(threads)]
+    workers = [threading.Thread(target=load_all, args=(tessaret, path, loads)) for _ in range(threads)]
     begin = time.perf_counter()
     for worker in workers:
         worker.start()
     for worker in workers:
         worker.join()
-    return threads * LOADS / (time.perf_counter() - begin)
+    return threads * loads / (time.perf_counter() - begin)
 
 
-def loads_by_processes(tessaret, path, processes):
+def loads_by_processes(tessaret, path, loads, processes):
     """The same in processes, which have nothing in common but the machine."""
     begin = time.perf_counter()
     children = []
     for _ in range(processes):
         child = os.fork()
         if child == 0:
-            load_all(tessaret, path, LOADS)
+            load_all(tessaret, path, loads)
             os._exit(0)
         children.append(child)
     for child in children:
         os.waitpid(child, 0)
-    return processes * LOADS / (time.perf_counter() - begin)
+    return processes * loads / (time.perf_counter() - begin)
 
 
-def show_threads(tessaret, path, rounds):
+def show_threads(tessaret, path, loads, rounds):
     """In turns, so that a drift of the machine meets all."""
-    samples = [[function(tessaret, path, workers) for function in (loads_a_second, loads_by_processes) for workers in (1, 2)]
+    samples = [[function(tessaret, path, loads, workers) for function in (loads_a_second, loads_by_processes) for workers in (1, 2)]
                for _ in range(rounds)]
     one, two, process, processes = (statistics.median(column) for column in zip(*samples))
     print(f"a file of {os.path.getsize(path):,} bytes loaded: one thread {one:,.0f} a second, two {two:,.0f}, {two / one:.2f} times as many;"
@@ -140,6 +142,7 @@ def main():
     parser.add_argument("--build", type=pathlib.Path, default=SOURCE_DIR / "build" / "release")
     parser.add_argument("--files", type=int, default=400)
     parser.add_argument("--rounds", type=int, default=5)
+    parser.add_argument("--folder", type=pathlib.Path, help="where the files that threads load lie, as /dev/shm")
     options = parser.parse_args()
     os.environ.setdefault("TESSARET_LIBRARY", str(options.build / "lib" / "libtessaret.so"))
     sys.path.insert(0, str(SOURCE_DIR / "bindings" / "python"))
@@ -149,9 +152,9 @@ def main():
         files = make_series(options.build, folder, options.files)
         show_reads(tessaret, files[0], options.rounds)
         show_files(tessaret, pydicom, files, options.rounds)
-    with tempfile.TemporaryDirectory() as folder:
-        for size in (512, 1024):
-            show_threads(tessaret, make_series(options.build, pathlib.Path(folder) / str(size), 1, size)[0], options.rounds)
+    with tempfile.TemporaryDirectory(dir=options.folder) as folder:
+        for size, loads in LOADS.items():
+            show_threads(tessaret, make_series(options.build, pathlib.Path(folder) / str(size), 1, size)[0], loads, options.rounds)
 
 
 if __name__ == "__main__":
