@@ -14,7 +14,6 @@
 #include <gtest/gtest.h>
 
 #include "component/proxy_helpers.h"
-#include "support/build_kind.h"
 #include "tessaret/pump.hpp"
 
 namespace tessaret {
@@ -143,7 +142,6 @@ class CancelledThread {
 };
 
 TEST(EventBridge, AThreadThatIsToEndWaitsUntilItsMessageIsHandled) {
-  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
   test::NotingProxy proxy;
   ASSERT_TRUE(proxy.Create(nullptr));
   std::atomic<bool> back = false;
@@ -162,7 +160,6 @@ TEST(EventBridge, AThreadThatIsToEndWaitsUntilItsMessageIsHandled) {
 }
 
 TEST(EventBridge, AThreadThatIsToEndClosesWhollyBefore) {
-  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
   test::NotingProxy proxy;
   ASSERT_TRUE(proxy.Create(nullptr));
   std::atomic<bool> isHandled = false;
@@ -203,7 +200,6 @@ TEST(EventBridge, AThreadThatIsToEndClosesWhollyBefore) {
 }
 
 TEST(EventBridge, ASenderThatEndsAmidItsOwnMessagesIsNotToldOfThemLater) {
-  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
   struct Owner {
     test::NotingProxy proxy;
 

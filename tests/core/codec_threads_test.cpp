@@ -124,7 +124,7 @@ TEST(CompEngineThreads, AConcurrentCodecIsCalledByAllAtOnce) {
 }
 
 TEST(CompEngineThreads, AChildOfForkHasItsCodecsWhateverOtherThreadsDo) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   test::TestCodecs codecs("toy_codec.so");
   const int stuck = test::FirstStuckChild(100, [&] {
     const auto object = test::NewImage(1);
@@ -184,7 +184,6 @@ int TryAllInAChild(CodecRegistry& registry) {
 }
 
 TEST(CompEngineThreads, ACodecThatWasAtWorkIsNotToBeHadInAChildOfFork) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
   test::TestCodecs codecs("toy_codec.so");
   {
     const BusyThread busy(codecs.registry, test::kToy);

@@ -10,7 +10,6 @@
 #include "core/coding_helpers.h"
 #include "core/element_maker.h"
 #include "platform/file_calls.h"
-#include "support/build_kind.h"
 #include "support/file_failure.h"
 #include "support/temp_folder.h"
 
@@ -532,7 +531,6 @@ TEST_F(LoadFile, WhateverIsThrownIsAnErrorWithWords) {
 }
 
 TEST_F(LoadFile, AThreadThatIsCancelledWhileItLoadsEnds) {
-  if (kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
   int ends[2];
   ASSERT_EQ(::pipe(ends), 0);
   static std::string path;

@@ -367,7 +367,7 @@ TEST(ObjectThreads, AllThreadsReadOneFileThroughStreamsOfTheirOwn) {
 }
 
 TEST(ObjectThreads, ObjectsAreMadeInAChildOfForkWhateverOtherThreadsDo) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   // More elements than a thread keeps for itself, so that they come from what all share and go there again.
   const int stuck = test::FirstStuckChild(100, [] {
     std::array<std::unique_ptr<VR>, 20000> elements;

@@ -118,7 +118,7 @@ TEST_F(TraceThreads, SeveralThreadsMayListOneObject) {
 }
 
 TEST_F(TraceThreads, AChildOfForkTracesWhateverOtherThreadsDo) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   const int stuck = test::FirstStuckChild(100, [] {
     for (int times = 0; times < 100; ++times) SetDumpFile(GetDumpFile().c_str());
   });

@@ -303,7 +303,7 @@ int ForkAmidManyFirstHandles() {
 }
 
 TEST(CHandlesDeathTest, AreMadeInAChildThatIsForkedAmidTheFirstOne) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(ForkAmidManyFirstHandles()), testing::ExitedWithCode(0), "");
 }

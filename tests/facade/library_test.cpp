@@ -199,7 +199,7 @@ TEST(Library, SeveralThreadsMayMakeObjects) {
 }
 
 TEST(Library, MakesObjectsInAChildOfForkWhateverOtherThreadsDo) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   ASSERT_EQ(StartLibrary(), kOk);
   std::atomic<bool> isOver = false;
   std::vector<std::thread> threads;
@@ -331,7 +331,7 @@ int ForkAmidTheStart() {
 }
 
 TEST(LibraryDeathTest, AChildThatIsForkedAmidTheStartHasItTooLater) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(ForkAmidTheStart()), testing::ExitedWithCode(0), "");
 }
@@ -352,7 +352,7 @@ int ForkAmidTheFirstOptions() {
 }
 
 TEST(LibraryDeathTest, AChildThatIsForkedAmidTheFirstUseOfTheOptionsHasThem) {
-  if (test::kInstrumented) GTEST_SKIP() << "a sanitizer has locks of its own";
+  if (test::kInstrumented) GTEST_SKIP() << test::kForkUnderSanitizer;
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(ForkAmidTheFirstOptions()), testing::ExitedWithCode(0), "");
 }
@@ -396,7 +396,6 @@ int TryWithoutDictionariesWhileCancelled() {
 }
 
 TEST(LibraryDeathTest, AThreadThatIsToEndIsToldThatThereAreNoDictionaries) {
-  if (test::kInstrumented) GTEST_SKIP() << "the address sanitizer does not follow such an end";
   GTEST_FLAG_SET(death_test_style, "threadsafe");
   EXPECT_EXIT(std::exit(TryWithoutDictionariesWhileCancelled()), testing::ExitedWithCode(0),
               "Error Tessaret: Error reading \\[.*dicom-dict.txt\\]");

@@ -23,4 +23,9 @@ inline constexpr bool kAsShipped = !kInstrumented;
 inline constexpr bool kAsShipped = false;
 #endif
 
+/// Why a fork amid the work of other threads is tried in what is shipped only.
+inline constexpr const char* kForkUnderSanitizer =
+    "the sanitizer's allocator may be locked by another thread at the fork, and stays so in the "
+    "child";
+
 }  // namespace tessaret::test
