@@ -258,7 +258,6 @@ except KeyboardInterrupt:
 
 
 class Pump(package.PackageTest):
-    @unittest.skipUnless(_library.pump, "this library has no pump yet")
     def test_without_events_it_tells_none_and_waits_as_long_as_asked(self):
         import time
         begin = time.monotonic()
@@ -292,14 +291,12 @@ class Pump(package.PackageTest):
         self.assertEqual(tessaret.pump(0), 0)
         self.assertEqual(heard, [])
 
-    @unittest.skipUnless(_library.pump, "this library has no pump yet")
     def test_a_long_wait_and_one_without_end_are_interrupted_from_the_keyboard(self):
         for arguments in ((), ("30",)):
             with self.subTest(arguments):
                 result = package.run_python(INTERRUPTED, *arguments)
                 self.assertEqual((result.returncode, result.stdout, result.stderr), (0, "interrupted True\n", ""))
 
-    @unittest.skipUnless(_library.events_descriptor, "this library has no descriptor yet")
     def test_the_descriptor_is_quiet_without_events(self):
         import select
         self.assertEqual(select.select([tessaret.events_descriptor()], [], [], 0)[0], [])
