@@ -1,0 +1,31 @@
+#include "syntax_table.h"
+
+#include <string_view>
+
+#include "rle/rle_coder.h"
+
+namespace tessaret::codecs {
+namespace {
+
+const RleCoder kRle;
+
+// DICOM PS3.5, A.1 to A.4
+const Syntax kSyntaxes[] = {
+    {"1.2.840.10008.1.2", StreamKind::kNone, nullptr},
+    {"1.2.840.10008.1.2.1", StreamKind::kNone, nullptr},
+    {"1.2.840.10008.1.2.2", StreamKind::kNone, nullptr},
+    {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
+};
+
+}  // namespace
+
+std::span<const Syntax> Syntaxes() { return kSyntaxes; }
+
+const Syntax* FindSyntax(const char* uid) {
+  for (const Syntax& syntax : kSyntaxes) {
+    if (std::string_view(syntax.uid) == uid) return &syntax;
+  }
+  return nullptr;
+}
+
+}  // namespace tessaret::codecs
