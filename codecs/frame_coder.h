@@ -18,6 +18,8 @@ struct DecodedFrame {
   /// The samples are red, green and blue now, whatever the data set called them: the method undid a colour transform, or
   /// the stream says so itself.
   bool isRgb = false;
+  /// The method does not bring back the samples that were coded, so that values may lie beyond Bits Stored.
+  bool isLossy = false;
 };
 
 struct EncodedFrame {

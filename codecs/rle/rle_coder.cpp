@@ -140,7 +140,7 @@ DecodedFrame RleCoder::Decode(Bytes stream, const FrameFormat& format, MutableBy
   } else {
     Unpack(header, stream, format.BytesPerSample(), size, frame.data());
   }
-  return {format.bitsAllocated, false};
+  return {.precision = format.bitsAllocated};
 }
 
 void RleCoder::RequireEncodable(const FrameFormat& format) const {
