@@ -25,6 +25,11 @@ set(TESSARET_PYTHON_DIR "lib/python3/dist-packages" CACHE STRING "Folder for the
 install(DIRECTORY bindings/python/tessaret DESTINATION "${TESSARET_PYTHON_DIR}"
   FILES_MATCHING PATTERN "*.py" PATTERN "*.pyi" PATTERN "py.typed" PATTERN "__pycache__" EXCLUDE)
 
+# The codec library lies beside the library, which finds it there by its name.
+if(TARGET tessaret_codec_library)
+  install(TARGETS tessaret_codec_library LIBRARY DESTINATION "${CMAKE_INSTALL_LIBDIR}")
+endif()
+
 # The tool with its man pages and completions, which its build writes below share/.
 if(TARGET tessaret_tool)
   install(TARGETS tessaret_tool)

@@ -38,7 +38,7 @@ class Transcoding {
     const Ref<IDCMObject>& object = source.object;
     VariantBool done;
     if (Failed(object->Translate(to_, &done))) return InputFailed(LastError().text);
-    if (!done.IsTrue()) return InputFailed("no codec is here that makes " + NameOf(to_) + " of it");
+    if (!done.IsTrue()) return InputFailed(WhyNotMade(object));
     const std::string why = SaveObject(options_.output, SAVE_COMPLETE, options_.force, *object);
     StopIfInterrupted();
     if (!why.empty()) return OutputFailed(why);
@@ -71,6 +71,11 @@ class Transcoding {
     const bool hasPixels = source.listing.FindOnTop(kPixelDataTag).has_value();
     if (!hasPixels && !IsNativeSyntax(to_)) return "there is no pixel data";
     return {};
+  }
+
+  std::string WhyNotMade(const Ref<IDCMObject>& object) {
+    const std::string why = AnswerOf(*object.As<IDcmFile>(), &IDcmFile::get_Refusal).Utf8();
+    return "not to be had in " + NameOf(to_) + ": " + why;
   }
 
   std::string NameOf(const std::string& uid) {

@@ -146,6 +146,10 @@ class IDcmFile : public IDispatch {
   virtual Status GetElementText(std::int32_t Group, std::int32_t Element,
                                 Optional<std::int32_t> FirstLine, Optional<std::int32_t> Room,
                                 Result<String> Text) = 0;
+
+  /// Why the last Translate of IDCMObject answered false, which is no failure: the words of the engine or of the codec that
+  /// cannot hold this object. "" where it answered true or failed, and before the first.
+  virtual Status get_Refusal(Result<String> pVal) = 0;
 };
 
 }  // namespace tessaret

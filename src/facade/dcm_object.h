@@ -109,6 +109,7 @@ class CDCMObject final
                  VariantBool* Found) override;
   Status get_HasPixelsOfDoubtfulOrder(VariantBool* pVal) override;
   Status get_Text(String* pVal) override;
+  Status get_Refusal(String* pVal) override;
   Status GetElementText(std::int32_t Group, std::int32_t Element, std::int32_t FirstLine,
                         std::int32_t Room, String* Text) override;
 
@@ -160,7 +161,9 @@ class CDCMObject final
   VR* CurrentVR = nullptr;  // what Find found last, while the data set is of this revision
   std::uint64_t currentRevision_ = 0;
   std::unique_ptr<ReadingNotes> notes_;  // of the last load; null before the first
-  Ref<IDCMObject> Parent;                // what shows the data set in which this one is an item
+  std::unique_ptr<std::string>
+      refusal_;            // why the last Translate answered false; null where it did not
+  Ref<IDCMObject> Parent;  // what shows the data set in which this one is an item
 };
 
 }  // namespace tessaret

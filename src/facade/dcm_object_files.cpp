@@ -138,15 +138,27 @@ Status CDCMObject::Translate(const String& trSyntax, VariantBool* Done) {
   return Answer([&] {
     DICOMObject* const object = Object.Get();
     if (object == nullptr) return FailWith(kNothingToPutInto);
+    refusal_.reset();
     DcmCompEngine engine;
     if (!engine.Decompress(object, nullptr, nullptr)) return FailWith(engine.ErrorText.c_str());
     if (trSyntax.IsNull()) return kOk;
     // A name as it stands in a file may be padded with a NUL, behind which nothing counts.
     const std::string syntax = trSyntax.Narrow().c_str();
     *Done = engine.CanCompress(object, syntax.c_str(), nullptr);
-    if (!Done->IsTrue()) return kOk;
+    if (!Done->IsTrue()) {
+      refusal_ = std::make_unique<std::string>(std::move(engine.ErrorText));
+      return kOk;
+    }
     *Done = CompressTo(syntax, *object, engine);
     return Done->IsTrue() ? kOk : FailWith(engine.ErrorText.c_str());
+  });
+}
+
+Status CDCMObject::get_Refusal(String* pVal) {
+  if (pVal == nullptr) return kPointer;
+  return AnswerOfFile([&] {
+    *pVal = String::FromNarrow(refusal_ == nullptr ? "" : *refusal_);
+    return kOk;
   });
 }
 

@@ -24,12 +24,10 @@ class CorpusObjects : public testing::Test {
     if (Manifest().empty()) GTEST_SKIP() << "no manifest.tsv in " << kCorpusDir;
   }
 
-  /// Loads with pixel data; what no codec turns native is there all the same.
+  /// Loads with pixel data, compressed where it is that in the file.
   static Ref<IDCMObject> Load(const std::string& path) {
     auto object = NewObject();
-    if (const Status status = object->Load(path, true); status != kOk) {
-      EXPECT_FAILS_WITH(status, "Unsupported Encapsulated Transfer Syntax");
-    }
+    EXPECT_EQ(object.As<IDcmFile>()->LoadFile(path, LOAD_PIXELS, {}), kOk) << LastError().text;
     EXPECT_NE(CoreOf(object), nullptr);
     return object;
   }
@@ -92,26 +90,51 @@ void ExchangeWords(Bytes& bytes) {
   }
 }
 
-TEST_F(CorpusObjects, HaveTheNativePixelDataOfTheManifestWhateverTheOrderOfTheirFile) {
+/// Samples of a bit each, as the manifest has them: eight to a byte, the first the lowest. Codecs give each a byte.
+Bytes Packed(const Bytes& bits) {
+  Bytes packed((bits.size() + 7) / 8);
+  for (std::size_t at = 0; at < bits.size(); ++at) {
+    packed[at / 8] = static_cast<std::uint8_t>(packed[at / 8] | bits[at] << (at % 8));
+  }
+  return packed;
+}
+
+/// What the library cannot parse has no pixels; its parse ends behind the meta header.
+bool IsUnknownSyntax(const ManifestRow& row) {
+  const KnownDifference* known = FindRow(kKnownDifferences, row.path);
+  return known != nullptr && known->stop == ParseStop::Why::kUnknownSyntax;
+}
+
+TEST_F(CorpusObjects, HaveTheNativePixelDataOfTheManifestHoweverTheirFileHoldsIt) {
   int compared = 0;
   int big = 0;
+  int decoded = 0;
   for (const ManifestRow& row : Manifest()) {
-    const auto object = Load(PathOf(row));
-    if (row.pixelSha256.empty() || !Describe(object, 0x7FE0, 0x0010).found.IsTrue() ||
-        CountOf(object, 0x7FE0, 0x0010) != 0)
-      continue;
+    if (row.pixelSha256.empty() || IsUnknownSyntax(row)) continue;
+    SCOPED_TRACE(row.path);
+    const bool isCompressed = CountOf(Load(PathOf(row)), 0x7FE0, 0x0010) != 0;
+    auto object = NewObject();
+    const Status status = object->Load(PathOf(row), true);
+    if (isCompressed) {
+      EXPECT_EQ(status, kOk) << LastError().text;
+      ++decoded;
+    }
+    if (!Describe(object, 0x7FE0, 0x0010).found.IsTrue()) continue;
     ++compared;
     const bool isBig = row.transferSyntax == "1.2.840.10008.1.2.2";
     if (isBig) ++big;
     Bytes image = Raw(object, 0x7FE0, 0x0010);
     // OW is turned in words of 16 bits; the program behind the digest takes samples of 32 bits for one number.
     if (isBig && row.bitsAllocated == 32) ExchangeWords(image);
+    if (isCompressed && row.bitsAllocated == 1) image = Packed(image);
     image.resize(std::min<std::uint64_t>(image.size(), ImageBytes(row)));
-    EXPECT_EQ(Sha256(image.data(), image.size()), row.pixelSha256) << row.path;
+    EXPECT_EQ(Sha256(image.data(), image.size()), row.pixelSha256);
   }
-  std::printf("native images compared: %d, of them big endian: %d\n", compared, big);
+  std::printf("images compared: %d, of them big endian: %d, compressed: %d\n", compared, big,
+              decoded);
   EXPECT_GT(compared, 0);
   EXPECT_GT(big, 0);
+  EXPECT_GT(decoded, 0);
 }
 
 }  // namespace

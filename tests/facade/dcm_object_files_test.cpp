@@ -19,7 +19,7 @@ namespace {
 
 constexpr std::string_view kImplicit = "1.2.840.10008.1.2";
 constexpr std::string_view kExplicit = "1.2.840.10008.1.2.1";
-constexpr std::string_view kJpeg = "1.2.840.10008.1.2.4.50";
+constexpr std::string_view kMpeg = "1.2.840.10008.1.2.4.100";
 
 /// An image of 2 x 1 pixels of 16 bits, 0x0102 and 0x0304, with an element behind them.
 DataSetBuilder ImageIn(Encoding encoding) {
@@ -231,7 +231,7 @@ TEST_F(ObjectFiles, InASyntaxWithoutACodecStayCompressed) {
   DataSetBuilder image(Encoding::kExplicitLittle);
   image.Element(0x0010, 0x0010, "PN", "Doe^John").Fragments({Bytes(), Bytes{1, 2, 3, 4}});
   Bytes file = Preamble();
-  const Bytes meta = MetaGroup(kJpeg);
+  const Bytes meta = MetaGroup(kMpeg);
   file.insert(file.end(), meta.begin(), meta.end());
   file.insert(file.end(), image.Done().begin(), image.Done().end());
   const std::string path = FileWith(file);

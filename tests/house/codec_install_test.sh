@@ -21,6 +21,8 @@ prefix="$scratch/prefix"
 cmake --install "$TESSARET_BINARY_DIR" --prefix "$prefix" >/dev/null
 libdir="$(dirname "$(find "$prefix" -name libtessaret.so)")"
 export LD_LIBRARY_PATH="$libdir"
+# The one that is installed along would be found first.
+rm -f "$libdir/DcmCodec.dll"
 export PKG_CONFIG_PATH="$libdir/pkgconfig"
 read -r -a flags <<<"$(pkg-config --cflags --libs tessaret)"
 warnings=(-Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Werror)

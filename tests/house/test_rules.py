@@ -65,11 +65,19 @@ class Rules(unittest.TestCase):
     def test_the_tool_sees_nothing_else_of_the_library(self):
         for folder in ("component", "core", "facade", "net", "display"):
             self.write("tools/main.cpp", f'#include <vector>\n#include "{folder}/vr.h"\n')
-            self.assert_found("check_layers.py", f'tools/main.cpp:2: "{folder}/vr.h": tools may see the public headers only')
+            self.assert_found("check_layers.py", f'tools/main.cpp:2: "{folder}/vr.h": tools may not see {folder}')
         self.write("tools/main.cpp", '#include "../src/core/vr.h"\n')
         self.assert_found("check_layers.py", "leads out of its folder")
         self.write("tools/main.cpp", "#include <tessaret/secret.hpp>\n")
         self.assert_found("check_layers.py", "no such public header")
+
+    def test_codecs_see_the_lowest_floor_and_the_libraries_they_stand_on(self):
+        self.write("include/tessaret/codec.h", "")
+        self.write("codecs/coder.cpp", '#include <jpeglib.h>\n#include "tessaret/codec.h"\n#include "base/text.h"\n#include "rle/coder.h"\n')
+        self.assert_clean("check_layers.py")
+        for folder in ("platform", "core"):
+            self.write("codecs/coder.cpp", f'#include "{folder}/vr.h"\n')
+            self.assert_found("check_layers.py", f'codecs/coder.cpp:1: "{folder}/vr.h": codecs may not see {folder}')
 
     def test_an_include_of_a_foreign_package_is_found(self):
         self.write("src/core/vr.h", "#include <CLI/CLI.hpp>\n")

@@ -7,7 +7,7 @@ import unittest
 import pydicom
 
 import tool
-from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, OUTPUT_FAILED, USAGE, element, image, item, meta, run
+from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, JPEG, MPEG, OUTPUT_FAILED, USAGE, element, image, item, meta, run
 
 NAMES = {IMPLICIT: ("implicit", "ImplicitVRLittleEndian", IMPLICIT), EXPLICIT: ("explicit", "ExplicitVRLittleEndian", EXPLICIT),
          BIG_ENDIAN: ("big", "ExplicitVRBigEndian", BIG_ENDIAN)}
@@ -45,12 +45,18 @@ class Transcode(tool.ToolTest):
         self.refuse(source, "there is no pixel data", "--to", "rle")
 
     def test_what_no_codec_makes_is_refused(self):
-        self.refuse(self.source(EXPLICIT), "no codec is here that makes JPEG2000 of it", "--to", "jpeg2000")
-        self.refuse(self.source(EXPLICIT), "no codec is here that makes 1.2.3 of it", "--to", "1.2.3")
+        mpeg = "1.2.840.10008.1.2.4.100"
+        self.refuse(self.source(EXPLICIT), f"not to be had in MPEG2: Unknown transfer syntax [{mpeg}]", "--to", mpeg)
+        self.refuse(self.source(EXPLICIT), "not to be had in 1.2.3: Unknown transfer syntax [1.2.3]", "--to", "1.2.3")
+
+    def test_what_a_codec_cannot_hold_is_refused_in_its_words(self):
+        self.refuse(self.source(EXPLICIT), "not to be had in JPEGBaseline: Transfer syntax [1.2.840.10008.1.2.4.50]: "
+                    "Bits Allocated is 16, which JPEG baseline does not hold", "--to", "jpeg")
 
     def test_names_of_the_dictionary_are_known(self):
         # JPEG Lossless, Non-Hierarchical (Process 14), has no short word.
-        self.refuse(self.source(EXPLICIT), "no codec is here that makes JPEGLossless of it", "--to", "JPEGLossless")
+        self.assert_ends(run("transcode", "--to", "JPEGLossless", self.source(EXPLICIT), self.path("lossless.dcm")), DONE, "")
+        self.assertEqual(pydicom.dcmread(self.path("lossless.dcm")).file_meta.TransferSyntaxUID, "1.2.840.10008.1.2.4.57")
         for name in ("CTImageStorage", "jpeglossless", "", "JPEGLossless ", ".57", "1.2.840.10008.", "1..2", "1.02", "5"):
             result = run("transcode", "--to", name, self.source(EXPLICIT), self.path("out.dcm"))
             self.assert_ends(result, USAGE)
@@ -68,12 +74,12 @@ class Transcode(tool.ToolTest):
                 self.refuse(self.write("in.dcm", meta(JPEG) + content),
                             "the pixel data of an item is compressed, and only that of the image itself is changed", "--to", name)
         # The syntax that it has is the engine's business.
-        self.refuse(self.write("in.dcm", meta(JPEG) + icon + pixels), f"Unknown transfer syntax [{JPEG}]", "--to", "jpeg")
+        self.refuse(self.write("in.dcm", meta(MPEG) + icon + pixels), f"Unknown transfer syntax [{MPEG}]", "--to", "jpeg")
 
     def test_compressed_pixel_data_without_a_codec_is_refused_in_the_words_of_the_engine(self):
         pixels = struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, tool.UNDEFINED) + item(b"") + item(b"\xff\xd8\xff\xd9") + tool.sequence_end()
-        source = self.write("in.dcm", meta(JPEG) + element(0x00280010, "US", b"\1\0") + pixels)
-        self.refuse(source, f"Unknown transfer syntax [{JPEG}]", "--to", "explicit")
+        source = self.write("in.dcm", meta(MPEG) + element(0x00280010, "US", b"\1\0") + pixels)
+        self.refuse(source, f"Unknown transfer syntax [{MPEG}]", "--to", "explicit")
 
     def test_big_endian_pixels_whose_order_is_not_certain_stay_big_endian(self):
         for bits, vr, refused in ((16, "OW", False), (8, "OB", False), (16, "OB", True), (32, "OW", True)):

@@ -22,6 +22,7 @@ IMPLICIT = "1.2.840.10008.1.2"
 EXPLICIT = "1.2.840.10008.1.2.1"
 BIG_ENDIAN = "1.2.840.10008.1.2.2"
 JPEG = "1.2.840.10008.1.2.4.50"
+MPEG = "1.2.840.10008.1.2.4.100"  # known, and without a codec
 
 LONG_FORMS = ("OB", "OD", "OF", "OL", "OV", "OW", "SQ", "SV", "UC", "UN", "UR", "UT", "UV")
 UNDEFINED = 0xFFFFFFFF

@@ -744,6 +744,13 @@ class IDcmFile(Object):
         """
         ...
 
+    @property
+    def Refusal(self) -> str:
+        """Why the last Translate of IDCMObject answered false, which is no failure: the words of the engine or of the codec that
+        cannot hold this object. "" where it answered true or failed, and before the first.
+        """
+        ...
+
 
 @type_check_only
 class IDCMObject(Object):

@@ -31,6 +31,7 @@ constexpr auto kArguments19 = Signature<decltype(&I::SetType)>::Describe({{{"Gro
 constexpr auto kArguments20 = Signature<decltype(&I::get_HasPixelsOfDoubtfulOrder)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
 constexpr auto kArguments21 = Signature<decltype(&I::get_Text)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
 constexpr auto kArguments22 = Signature<decltype(&I::GetElementText)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"FirstLine", ArgumentFlow::kOptional}, {"Room", ArgumentFlow::kOptional}, {"Text", ArgumentFlow::kResult}}});
+constexpr auto kArguments23 = Signature<decltype(&I::get_Refusal)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
 
 constexpr MemberInfo kMembers[] = {
 {"LoadFile", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that\n"
@@ -94,6 +95,8 @@ constexpr MemberInfo kMembers[] = {
         "\"Empty object\". Set in by their depth, all lines may take many times the memory of the data set: parts of them begin\n"
         "with line `FirstLine`, counted from 0, and end behind the line with which they have `Room` characters or more; one\n"
         "with fewer is the last. A `Room` of 0 has no end. kInvalidArgument where one of both is negative."},
+{"Refusal", MemberKind::kGet, kArguments23.data(), kArguments23.size(), "Why the last Translate of IDCMObject answered false, which is no failure: the words of the engine or of the codec that\n"
+        "cannot hold this object. \"\" where it answered true or failed, and before the first."},
 };
 constexpr MemberCall kCalls[] = {
 &CallMember<&I::LoadFile>,
@@ -119,13 +122,14 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_HasPixelsOfDoubtfulOrder>,
 &CallMember<&I::get_Text>,
 &CallMember<&I::GetElementText>,
+&CallMember<&I::get_Refusal>,
 };
 
 }  // namespace
 
 template <>
 const InterfaceTable& TableOf<IDcmFile>() {
-static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 23, "For hosts that look closely at files. Every IDCMObject of the library has it: `object.As<IDcmFile>()`.\n"
+static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 24, "For hosts that look closely at files. Every IDCMObject of the library has it: `object.As<IDcmFile>()`.\n"
         "\n"
         "A load puts what it reads in place of what was here, which is gone also when it fails. What was read before the\n"
         "bytes ended or stopped making sense is there, and the notes say where that was; IDCMObject.Load leaves them too.\n"

@@ -16,7 +16,7 @@ sys.path.insert(0, str(package.SOURCE_DIR / "tests" / "tools"))
 import tessaret
 import tool
 from tessaret import _library
-from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, JPEG, UNDEFINED, element, image, item, meta, sequence_end
+from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, MPEG, UNDEFINED, element, image, item, meta, sequence_end
 
 with warnings.catch_warnings():
     warnings.simplefilter("ignore")
@@ -302,7 +302,7 @@ class Files(DataSetTest):
 
     def test_compressed_pixels_without_a_codec_fail_and_stay(self):
         fragments = item(b"") + item(b"\xff\xd8\xff\xd9") + sequence_end()
-        content = meta(JPEG) + image()[:-20] + element(0x7FE00010, "OB", fragments, length=UNDEFINED)
+        content = meta(MPEG) + image()[:-20] + element(0x7FE00010, "OB", fragments, length=UNDEFINED)
         self.assert_fails("Unsupported Encapsulated Transfer Syntax", self.object.Load, self.file(content), True)
         self.assertEqual(self.object.VR(0x10, 0x10), "Doe^John")
 
