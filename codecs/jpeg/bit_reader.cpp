@@ -1,0 +1,88 @@
+#include "jpeg/bit_reader.h"
+
+#include <cinttypes>
+#include <cstring>
+
+#include "failure.h"
+#include "jpeg/jpeg_markers.h"
+
+namespace tessaret::codecs {
+namespace {
+
+constexpr std::uint8_t kMark = 0xFF;
+
+bool IsRestart(std::uint8_t code) {
+  return code >= static_cast<std::uint8_t>(Marker::kRst0) &&
+         code <= static_cast<std::uint8_t>(Marker::kRst7);
+}
+
+/// Bytes up to the next kMark, or to the end.
+std::size_t PlainLength(Bytes bytes) {
+  if (bytes.empty()) return 0;
+  const void* mark = std::memchr(bytes.data(), kMark, bytes.size());
+  if (mark == nullptr) return bytes.size();
+  return static_cast<std::size_t>(static_cast<const std::uint8_t*>(mark) - bytes.data());
+}
+
+}  // namespace
+
+BitReader BitReader::FilledAtEnd(BitReader reader) {
+  while (reader.count_ < 56) {
+    if (reader.at_ != reader.end_) {
+      reader.held_ |= std::uint64_t{*reader.at_++} << (56 - reader.count_);
+    } else {
+      reader.made_ += 8;
+    }
+    reader.count_ += 8;
+  }
+  return reader;
+}
+
+void BitReader::RequireUsedUp() const {
+  if (IsOverrun()) Fail("the entropy-coded data end early");
+  BitReader rest = *this;
+  rest.Fill();
+  // Bits that were made up are 0.
+  const std::uint64_t left =
+      rest.count_ - rest.made_ + 8 * static_cast<std::uint64_t>(rest.end_ - rest.at_);
+  if (left < 8) return;
+  for (std::uint64_t at = 0; at < left; ++at) {
+    if (rest.Take(1) == 0) Fail("there are more entropy-coded data than the image needs");
+    rest.Fill();
+  }
+}
+
+EntropyData::EntropyData(Bytes rest, std::uint64_t intervals)
+    : bytes_(std::make_unique_for_overwrite<std::uint8_t[]>(rest.size())) {
+  const std::uint8_t* const begin = rest.data();
+  std::uint8_t* to = bytes_.get();
+  const auto end = [&] { ends_.push_back(static_cast<std::size_t>(to - bytes_.get())); };
+  for (;;) {
+    const std::size_t plain = PlainLength(rest);
+    if (plain != 0) std::memcpy(to, rest.data(), plain);
+    to += plain;
+    rest = rest.subspan(plain);
+    std::size_t at = 1;
+    while (at < rest.size() && rest[at] == kMark) ++at;
+    if (at >= rest.size()) Fail("the code stream ends within its entropy-coded data");
+    const std::uint8_t code = rest[at];
+    if (code == 0) {
+      if (at != 1) Fail("there are fill bytes amid entropy-coded data");
+      *to++ = kMark;
+    } else if (IsRestart(code)) {
+      if (ends_.size() + 1 >= intervals) Fail("there is a restart marker too many");
+      if ((code & 7u) != ends_.size() % 8) Fail("restart marker %zu is lost", ends_.size() + 1);
+      end();
+    } else {
+      break;
+    }
+    rest = rest.subspan(at + 1);
+  }
+  end();
+  if (ends_.size() != intervals) {
+    Fail("there are %zu restart intervals where %" PRIu64 " belong", ends_.size(), intervals);
+  }
+  length_ = static_cast<std::size_t>(rest.data() - begin);
+}
+
+}  // namespace tessaret::codecs
