@@ -2,11 +2,13 @@
 
 #include <string_view>
 
+#include "jpeg/jpeg_lossless_coder.h"
 #include "rle/rle_coder.h"
 
 namespace tessaret::codecs {
 namespace {
 
+const JpegLosslessCoder kJpegLossless;
 const RleCoder kRle;
 
 // DICOM PS3.5, A.1 to A.4
@@ -14,6 +16,8 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.1", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.2", StreamKind::kNone, nullptr},
+    {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
+    {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
 };
 

@@ -20,6 +20,8 @@ struct HuffmanSpec {
 
   /// Throws CodecFailure where a value is above `most`.
   void RequireValues(std::uint32_t most) const;
+
+  bool operator==(const HuffmanSpec&) const = default;
 };
 
 /// Those that segments have set so far, by id.
