@@ -3,12 +3,15 @@
 #include <string_view>
 
 #include "jpeg/jpeg_lossless_coder.h"
+#include "jpegls/jpegls_coder.h"
 #include "rle/rle_coder.h"
 
 namespace tessaret::codecs {
 namespace {
 
 const JpegLosslessCoder kJpegLossless;
+const JpegLsCoder kJpegLs(JpegLsKind::kLossless);
+const JpegLsCoder kNearJpegLs(JpegLsKind::kNearLossless);
 const RleCoder kRle;
 
 // DICOM PS3.5, A.1 to A.4
@@ -18,6 +21,8 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2.2", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
+    {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
+    {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
 };
 
