@@ -66,14 +66,7 @@ void Widen(MutableBytes frame) {
   for (std::size_t at = 0; at < count; ++at) StoreLittle16(&frame[2 * at], narrow[at]);
 }
 
-/// The reverse, where no sample has a high byte.
-std::vector<std::uint8_t> Narrowed(Bytes frame) {
-  std::vector<std::uint8_t> narrow(frame.size() / 2);
-  for (std::size_t at = 0; at < narrow.size(); ++at) narrow[at] = frame[2 * at];
-  return narrow;
-}
-
-/// The library takes and gives samples of up to 8 bits as bytes, whatever is allocated for them.
+/// The library gives samples of up to 8 bits as bytes, whatever is allocated for them.
 bool AreNarrow(std::uint32_t precision, const FrameFormat& format) {
   return precision <= 8 && format.bitsAllocated == 16;
 }
@@ -86,6 +79,13 @@ void DecodeSamples(Bytes stream, std::uint32_t precision, const FrameFormat& for
   } else {
     DecodeTo(stream, samples);
   }
+}
+
+/// Bits Stored where they are enough, but what fills the container's bytes: other readers take fewer bits for an error, or take
+/// samples of up to 8 bits for bytes although two are allocated.
+std::uint32_t PrecisionFor(Bytes frame, const FrameFormat& format) {
+  const std::uint32_t least = format.bitsAllocated == 8 ? 8 : 9;
+  return std::max(least, BitsToKeep(frame, format));
 }
 
 std::uint32_t LargestNear(std::uint32_t precision) {
@@ -180,6 +180,8 @@ void JpegLsCoder::RequireEncodable(const FrameFormat& format) const {
   if (format.bitsAllocated != 8 && format.bitsAllocated != 16) {
     Fail("JPEG-LS does not hold samples with %u bits allocated", format.bitsAllocated);
   }
+  // The library writes them line by line, and does not read that back.
+  if (format.samples == 2) Fail("JPEG-LS of 2 samples per pixel is not encoded");
   if (kind_ == JpegLsKind::kNearLossless && format.photometric == "PALETTE COLOR") {
     Fail("numbers of palette entries that are nearly right mean other colours");
   }
@@ -187,18 +189,14 @@ void JpegLsCoder::RequireEncodable(const FrameFormat& format) const {
 
 EncodedFrame JpegLsCoder::Encode(Bytes frame, const FrameFormat& format,
                                  const EncoderSettings& settings) const {
-  const std::uint32_t precision = std::max(2U, BitsToKeep(frame, format));
+  const std::uint32_t precision = PrecisionFor(frame, format);
   const std::uint32_t wanted = kind_ == JpegLsKind::kNearLossless ? settings.jpegLsNear : 0;
   const std::uint32_t nearness = HarmlessNear(frame, format, precision, wanted);
   const charls_frame_info info{format.columns, format.rows, static_cast<std::int32_t>(precision),
                                static_cast<std::int32_t>(format.samples)};
   EncodedFrame encoded;
   encoded.isLossy = nearness > 0;
-  if (AreNarrow(precision, format)) {
-    encoded.stream = EncodeSamples(Narrowed(frame), info, nearness);
-  } else {
-    encoded.stream = EncodeSamples(frame, info, nearness);
-  }
+  encoded.stream = EncodeSamples(frame, info, nearness);
   return encoded;
 }
 
