@@ -2,6 +2,7 @@
 
 #include <string_view>
 
+#include "jpeg/jpeg_baseline_coder.h"
 #include "jpeg/jpeg_lossless_coder.h"
 #include "jpegls/jpegls_coder.h"
 #include "rle/rle_coder.h"
@@ -9,6 +10,7 @@
 namespace tessaret::codecs {
 namespace {
 
+const JpegBaselineCoder kJpegBaseline;
 const JpegLosslessCoder kJpegLossless;
 const JpegLsCoder kJpegLs(JpegLsKind::kLossless);
 const JpegLsCoder kNearJpegLs(JpegLsKind::kNearLossless);
@@ -24,6 +26,7 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
     {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
+    {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
 };
 
 }  // namespace
