@@ -21,12 +21,12 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.1", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.2", StreamKind::kNone, nullptr},
+    {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
     {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
     {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
-    {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
 };
 
 }  // namespace
