@@ -145,6 +145,7 @@ CodecBool ImageCodec::DecompressFrame(DICOMObject* object, const char* syntax, V
   CodecFrame place{};
   return Attempt(syntax, &place, [&]() -> CodecBool {
     place = PlaceOf(pixels);
+    if (syntax_.coder == nullptr) Fail("native pixels are not coded");
     if (place.Index == 0 || !decoding || !decoding->finder.IsOf(pixels)) {
       decoding.emplace(object, pixels, *info, place, syntax_.kind);
     }
@@ -152,7 +153,7 @@ CodecBool ImageCodec::DecompressFrame(DICOMObject* object, const char* syntax, V
     std::vector<std::uint8_t> joined;
     const Bytes stream = decoding->finder.Frame(place.Index, joined);
     const MutableBytes native(frame, info->FrameSize);
-    const DecodedFrame decoded = Coder().Decode(stream, format, native);
+    const DecodedFrame decoded = DecoderOf(syntax_, stream).Decode(stream, format, native);
     DescribeDecoded(object, format, decoded, native, place.Index);
     if (place.Index + 1 == place.Frames) decoding.reset();
     return 1;

@@ -4,6 +4,7 @@
 
 #include "jpeg/jpeg_baseline_coder.h"
 #include "jpeg/jpeg_lossless_coder.h"
+#include "jpeg/jpeg_process.h"
 #include "jpegls/jpegls_coder.h"
 #include "rle/rle_coder.h"
 
@@ -38,6 +39,20 @@ const Syntax* FindSyntax(const char* uid) {
     if (std::string_view(syntax.uid) == uid) return &syntax;
   }
   return nullptr;
+}
+
+const FrameCoder& DecoderOf(const Syntax& syntax, Bytes stream) {
+  if (syntax.kind != StreamKind::kJpeg) return *syntax.coder;
+  switch (ProcessOf(stream)) {
+    case JpegProcess::kDct8:
+      return kJpegBaseline;
+    case JpegProcess::kLossless:
+      return kJpegLossless;
+    case JpegProcess::kJpegLs:
+      return kJpegLs;
+    default:
+      return *syntax.coder;
+  }
 }
 
 }  // namespace tessaret::codecs

@@ -14,12 +14,16 @@ enum class StreamKind { kNone, kRle, kJpeg, kJpeg2000 };
 struct Syntax {
   const char* uid;
   StreamKind kind;          // kNone: native, the pixels are in no stream
-  const FrameCoder* coder;  // null for native syntaxes
+  const FrameCoder* coder;  // encodes, and decodes as DecoderOf tells; null for native syntaxes
 };
 
 std::span<const Syntax> Syntaxes();
 
 /// Null for a UID that is not in the table.
 const Syntax* FindSyntax(const char* uid);
+
+/// What decodes this code stream: the syntax's own coder but for streams of another JPEG process, which files have under the names of
+/// all of them.
+const FrameCoder& DecoderOf(const Syntax& syntax, Bytes stream);
 
 }  // namespace tessaret::codecs

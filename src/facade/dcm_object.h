@@ -20,6 +20,8 @@
 
 namespace tessaret {
 
+class DcmCompEngine;
+
 class CDCMObject final
     : public ComponentObject<CallableByName<IDCMObject>, EventSource<_IDCMObjectEvents>,
                              CallableByName<IDcmObjectManager>, CallableByName<IDcmFile>> {
@@ -140,6 +142,8 @@ class CDCMObject final
   /// Makes `bytes` the value of `vr`, or of a new element, which then has the type `type`.
   Status PutBytes(VR* vr, TagKey tag, VrCode type, std::string_view bytes);
   Status LoadFrom(const std::string& path, bool loadPixels);
+  /// Has the engine make the pixel data native. Throws std::bad_alloc.
+  bool MakeNative(DcmCompEngine& engine);
   /// Loads what `read(coder)` gives, by a coder that says what it met, and notes that. Empty, or why nothing was
   /// loaded. Throws std::bad_alloc.
   template <class Read>

@@ -140,7 +140,7 @@ Status CDCMObject::Translate(const String& trSyntax, VariantBool* Done) {
     if (object == nullptr) return FailWith(kNothingToPutInto);
     refusal_.reset();
     DcmCompEngine engine;
-    if (!engine.Decompress(object, nullptr, nullptr)) return FailWith(engine.ErrorText.c_str());
+    if (!MakeNative(engine)) return FailWith(engine.ErrorText.c_str());
     if (trSyntax.IsNull()) return kOk;
     // A name as it stands in a file may be padded with a NUL, behind which nothing counts.
     const std::string syntax = trSyntax.Narrow().c_str();

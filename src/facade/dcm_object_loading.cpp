@@ -119,9 +119,21 @@ Status CDCMObject::LoadFrom(const std::string& path, bool loadPixels) {
   if (!why.empty()) return FailWith(why.c_str());
   if (!loadPixels) return kOk;
   DcmCompEngine engine;
-  return engine.Decompress(Object.Get(), nullptr, nullptr)
-             ? kOk
-             : FailWith("Unsupported Encapsulated Transfer Syntax");
+  return MakeNative(engine) ? kOk : FailWith("Unsupported Encapsulated Transfer Syntax");
+}
+
+bool CDCMObject::MakeNative(DcmCompEngine& engine) {
+  DICOMObject* const object = Object.Get();
+  const VR* const pixels = object->GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
+  const bool isNamed =
+      object->GetVR(GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag)) != nullptr;
+  const bool hasFragments = pixels != nullptr && pixels->Items != nullptr;
+  // A transfer syntax that is the last element of the meta header holds for the file but does not stay in the object. Fragments are
+  // in that syntax all the same.
+  if (isNamed || !hasFragments || notes_ == nullptr || notes_->head.syntax.empty()) {
+    return engine.Decompress(object, nullptr, nullptr);
+  }
+  return engine.Decompress(object, notes_->head.syntax.c_str(), nullptr);
 }
 
 Status CDCMObject::LoadFile(const String& FileName, std::int32_t Options,
