@@ -3,6 +3,7 @@
 #include <string_view>
 
 #include "jpeg/jpeg_baseline_coder.h"
+#include "jpeg/jpeg_extended_coder.h"
 #include "jpeg/jpeg_lossless_coder.h"
 #include "jpeg/jpeg_process.h"
 #include "jpegls/jpegls_coder.h"
@@ -12,6 +13,7 @@ namespace tessaret::codecs {
 namespace {
 
 const JpegBaselineCoder kJpegBaseline;
+const JpegExtendedCoder kJpegExtended;
 const JpegLosslessCoder kJpegLossless;
 const JpegLsCoder kJpegLs(JpegLsKind::kLossless);
 const JpegLsCoder kNearJpegLs(JpegLsKind::kNearLossless);
@@ -28,6 +30,11 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
     {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
+    {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
+    {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
+    {"1.2.840.10008.1.2.4.51", StreamKind::kJpeg, &kJpegExtended},
+    {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
+    {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
 };
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "jpeg/jpeg_colours.h"
 #include "jpeg/jpeg_library.h"
 #include "jpeg/memory_source.h"
 #include "samples.h"
@@ -84,18 +85,14 @@ void RequireBlocks(const jpeg_decompress_struct& library, std::size_t bytes) {
   RequirePlausible(bytes, blocks, library.progressive_mode != FALSE ? 8 : 4);
 }
 
-/// What the stream says of its components wins; without that the data set does, and then the library's guess.
 void ChooseColours(jpeg_decompress_struct& library, const FrameFormat& format) {
   library.out_color_space = library.num_components == 1 ? JCS_GRAYSCALE : JCS_RGB;
   if (library.num_components == 1) return;
-  const bool isYbr = format.photometric.starts_with("YBR_");
-  if (library.saw_Adobe_marker != FALSE && library.Adobe_transform <= 1) {
-    library.jpeg_color_space = library.Adobe_transform == 0 ? JCS_RGB : JCS_YCbCr;
-  } else if (library.saw_JFIF_marker != FALSE || isYbr) {
-    library.jpeg_color_space = JCS_YCbCr;
-  } else if (format.photometric == "RGB") {
-    library.jpeg_color_space = JCS_RGB;
-  }
+  ColourMarks marks;
+  marks.hasJfif = library.saw_JFIF_marker != FALSE;
+  if (library.saw_Adobe_marker != FALSE) marks.adobeTransform = library.Adobe_transform;
+  const bool guess = library.jpeg_color_space == JCS_YCbCr;
+  library.jpeg_color_space = AreYcc(marks, format.photometric, guess) ? JCS_YCbCr : JCS_RGB;
 }
 
 /// Where the stream has more than one scan this takes them all in.

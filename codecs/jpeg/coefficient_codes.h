@@ -1,0 +1,64 @@
+// The codes of quantised coefficients in sequential scans (ITU-T T.81, F.2.2).
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "jpeg/bit_reader.h"
+#include "jpeg/huffman_table.h"
+
+namespace tessaret::codecs {
+
+/// The value that `count` bits, 1 to 16, stand for: those that begin with 0 are negative.
+inline std::int32_t SignedValue(std::uint32_t bits, unsigned count) {
+  const auto value = static_cast<std::int32_t>(bits);
+  return (bits >> (count - 1)) != 0 ? value : value - (std::int32_t{1} << count) + 1;
+}
+
+/// Differences of first coefficients.
+class DcCodes {
+ public:
+  explicit DcCodes(const HuffmanSpec& spec);
+
+  /// Requires: 31 bits are ready. Throws CodecFailure for bits that are no code.
+  std::int32_t Read(BitReader& reader) const;
+
+ private:
+  HuffmanTable table_;
+};
+
+/// All other coefficients.
+class AcCodes {
+ public:
+  /// Zeros before a value other than 0. Value 0 with kEndRun: no more in this block; with 15: sixteen zeros.
+  struct Code {
+    std::int16_t value = 0;
+    std::uint8_t run = 0;
+    std::uint8_t length = 0;  // with the bits of the value
+  };
+  static constexpr std::uint8_t kEndRun = 64;
+
+  explicit AcCodes(const HuffmanSpec& spec);
+
+  /// Requires: 31 bits are ready. Throws CodecFailure for bits that are no code.
+  Code Read(BitReader& reader) const {
+    Code code = short_[reader.Peek(kShort)];
+    if (code.length == 0) [[unlikely]]
+      code = Find(reader.Peek(32));
+    reader.Drop(code.length);
+    return code;
+  }
+
+ private:
+  static constexpr unsigned kShort = 11;
+
+  /// The code with which 32 bits begin; length 0 for none.
+  [[nodiscard]] Code FindAny(std::uint32_t bits) const;
+  [[nodiscard]] Code Find(std::uint32_t bits) const;
+
+  HuffmanTable table_;
+  std::array<Code, std::size_t{1} << kShort> short_{};
+};
+
+}  // namespace tessaret::codecs

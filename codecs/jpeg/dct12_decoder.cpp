@@ -1,0 +1,229 @@
+#include "jpeg/dct12_decoder.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <optional>
+#include <utility>
+#include <vector>
+
+#include "failure.h"
+#include "jpeg/bit_reader.h"
+#include "jpeg/coefficient_codes.h"
+#include "jpeg/dct_layout.h"
+#include "jpeg/dct_output.h"
+#include "jpeg/inverse_dct.h"
+#include "jpeg/jpeg_colours.h"
+#include "jpeg/jpeg_markers.h"
+#include "jpeg/quantisation_tables.h"
+#include "jpeg/upsampling.h"
+#include "samples.h"
+
+namespace tessaret::codecs {
+namespace {
+
+constexpr std::uint32_t kPrecision = 12;
+
+/// A block takes a code of one bit for its first coefficient and another for the rest.
+constexpr std::uint64_t kBlocksPerByte = 4;
+
+/// What segments have told so far.
+struct Tables {
+  QuantisationTables quantisation;
+  HuffmanSpecs huffman;
+  std::uint32_t restartInterval = 0;
+  ColourMarks colours;
+};
+
+struct Image {
+  FrameHeader header;
+  DctLayout layout;
+  std::array<std::optional<DctPlane>, kMostComponents> planes;  // empty until their scan came
+};
+
+/// One component in a scan.
+struct Part {
+  DcCodes dc;
+  AcCodes ac;
+  const Quantisation& quantisation;
+  DctPlane& plane;
+  std::int32_t before = 0;  // first coefficient of the last block
+};
+
+void ReadApplication(const Segment& segment, ColourMarks& marks) {
+  BoundedReader content = segment.content;
+  std::array<std::uint8_t, 12> begin{};
+  if (segment.marker == Marker::kApp0) {
+    if (content.Copy(begin.data(), 5) && std::memcmp(begin.data(), "JFIF", 5) == 0) {
+      marks.hasJfif = true;
+    }
+  } else if (segment.marker == Marker::kApp14) {
+    if (content.Copy(begin.data(), 12) && std::memcmp(begin.data(), "Adobe", 5) == 0) {
+      marks.adobeTransform = begin[11];
+    }
+  }
+}
+
+Image BeginImage(const Segment& segment, const FrameFormat& format, std::size_t bytes) {
+  if (segment.marker != Marker::kSof0 && segment.marker != Marker::kSof1) {
+    Fail("the code stream is of a kind (SOF%u) that is not decoded",
+         static_cast<unsigned>(segment.marker) - static_cast<unsigned>(Marker::kSof0));
+  }
+  Image image;
+  image.header = ReadFrameHeader(segment);
+  RequireSameShape(image.header, format);
+  if (image.header.precision != kPrecision) {
+    Fail("samples of %u bits are not decoded", image.header.precision);
+  }
+  if (image.header.count != 1 && image.header.count != 3) {
+    Fail("%zu components are not decoded", image.header.count);
+  }
+  image.layout = MakeDctLayout(image.header);
+  RequirePlausible(bytes, image.layout.Blocks(), kBlocksPerByte);
+  return image;
+}
+
+DctPlane& BeginPlane(Image& image, std::size_t index) {
+  auto& plane = image.planes[index];
+  if (plane) Fail("component %zu comes in two scans", index + 1);
+  plane.emplace();
+  plane->component = image.layout.components[index];
+  const DctComponent& component = plane->component;
+  plane->samples.resize(std::size_t{component.wholeAcross} * component.wholeDown * kBlockSize);
+  return *plane;
+}
+
+std::vector<Part> BeginParts(const Tables& tables, const ScanHeader& scan, Image& image) {
+  std::vector<Part> parts;
+  parts.reserve(scan.count);
+  for (std::size_t at = 0; at < scan.count; ++at) {
+    const ScanComponent& component = scan.components[at];
+    const std::uint8_t table = image.header.components[component.index].quantisation;
+    parts.push_back({DcCodes(RequireTable(tables.huffman.dc, component.dcTable)),
+                     AcCodes(RequireTable(tables.huffman.ac, component.acTable)),
+                     tables.quantisation.Require(table), BeginPlane(image, component.index)});
+  }
+  return parts;
+}
+
+/// Whether the block has other coefficients than the first.
+bool ReadOthers(BitReader& reader, const Part& part, DctBlock& block) {
+  std::size_t at = 1;
+  do {
+    reader.Fill();
+    const AcCodes::Code code = part.ac.Read(reader);
+    at += code.run;
+    if (at >= kBlockSize) {
+      if (code.run != AcCodes::kEndRun) Fail("a block has too many coefficients");
+      return at != 1 + AcCodes::kEndRun;
+    }
+    block[kZigzag[at]] = code.value * part.quantisation[at];
+  } while (++at < kBlockSize);
+  return true;
+}
+
+void ReadBlock(BitReader& reader, Part& part, std::uint16_t* to, std::size_t stride) {
+  reader.Fill();
+  part.before += part.dc.Read(reader);
+  if (part.before != static_cast<std::int16_t>(part.before)) {
+    Fail("a coefficient is out of its range");
+  }
+  DctBlock block{};
+  block[0] = part.before * part.quantisation[0];
+  if (ReadOthers(reader, part, block)) {
+    InverseDct12(block, to, stride);
+  } else {
+    InverseFlatDct12(block[0], to, stride);
+  }
+}
+
+/// Gives how many bytes the scan had.
+std::size_t ReadScan(Bytes rest, const Tables& tables, const ScanHeader& scan, Image& image) {
+  const std::uint64_t units = UnitsOf(image.layout, scan);
+  const std::uint64_t interval = tables.restartInterval == 0 ? units : tables.restartInterval;
+  const EntropyData data(rest, (units + interval - 1) / interval);
+  std::vector<Part> parts = BeginParts(tables, scan, image);
+  for (std::size_t index = 0; index < data.Intervals(); ++index) {
+    BitReader reader(data.Interval(index));
+    for (Part& part : parts) part.before = 0;
+    const std::uint64_t end = std::min(units, (index + 1) * interval);
+    for (std::uint64_t unit = index * interval; unit < end; ++unit) {
+      VisitBlocks(
+          image.layout, scan, unit, [&](std::size_t at, std::uint32_t row, std::uint32_t column) {
+            DctPlane& plane = parts[at].plane;
+            const std::size_t stride = plane.Stride();
+            ReadBlock(reader, parts[at],
+                      plane.samples.data() + row * 8 * stride + std::size_t{column} * 8, stride);
+          });
+      if (reader.IsOverrun()) Fail("the entropy-coded data end early");
+    }
+    reader.RequireUsedUp();
+  }
+  return data.Length();
+}
+
+/// Takes what segment says, but for frame and scan headers.
+void ReadTables(const Segment& segment, Tables& tables) {
+  switch (segment.marker) {
+    case Marker::kDht:
+      return tables.huffman.Read(segment.content);
+    case Marker::kDqt:
+      return tables.quantisation.Read(segment.content);
+    case Marker::kDri:
+      tables.restartInterval = ReadRestartInterval(segment);
+      return;
+    case Marker::kApp0:
+    case Marker::kApp14:
+      return ReadApplication(segment, tables.colours);
+    case Marker::kDac:
+    case Marker::kDnl:
+    case Marker::kJpg:
+      Fail("marker %02X is of a kind that is not decoded", static_cast<unsigned>(segment.marker));
+    default:
+      return;
+  }
+}
+
+Image ReadImage(Bytes stream, const FrameFormat& format, Tables& tables) {
+  std::optional<Image> image;
+  MarkerReader reader(stream);
+  for (Segment segment = reader.Next(); segment.marker != Marker::kEoi; segment = reader.Next()) {
+    if (IsFrameHeader(segment.marker)) {
+      if (image) Fail("the code stream has two frame headers");
+      image = BeginImage(segment, format, stream.size());
+    } else if (segment.marker == Marker::kSos) {
+      if (!image) Fail("a scan comes before the frame header");
+      const ScanHeader scan = ReadScanHeader(segment, image->header);
+      reader.Skip(ReadScan(reader.Rest(), tables, scan, *image));
+    } else {
+      ReadTables(segment, tables);
+    }
+  }
+  if (!image) Fail("the code stream has no frame header");
+  for (std::size_t at = 0; at < image->header.count; ++at) {
+    if (!image->planes[at]) Fail("component %zu is in no scan", at + 1);
+  }
+  return std::move(*image);
+}
+
+}  // namespace
+
+DecodedFrame DecodeDct12(Bytes stream, const FrameFormat& format, MutableBytes frame) {
+  Tables tables;
+  const Image image = ReadImage(stream, format, tables);
+  std::vector<RowMaker> rows;
+  rows.reserve(image.header.count);
+  for (std::size_t at = 0; at < image.header.count; ++at) {
+    rows.emplace_back(*image.planes[at], image.layout);
+  }
+  const bool isColour = image.header.count == 3;
+  // Components called R, G and B are so.
+  const bool guess = image.header.components[0].id != 'R';
+  WriteDctRows(rows, isColour && AreYcc(tables.colours, format.photometric, guess), format, frame);
+  ExtendSigns(frame, format, kPrecision);
+  return {kPrecision, isColour};
+}
+
+}  // namespace tessaret::codecs
