@@ -26,25 +26,23 @@ std::size_t PlainLength(Bytes bytes) {
 
 }  // namespace
 
-BitReader BitReader::FilledAtEnd(BitReader reader) {
-  while (reader.count_ < 56) {
-    if (reader.at_ != reader.end_) {
-      reader.held_ |= std::uint64_t{*reader.at_++} << (56 - reader.count_);
+void BitReader::FillAtEnd() {
+  while (ready_.count < kFilled) {
+    if (ready_.at != end_) {
+      ready_.held |= std::uint64_t{*ready_.at++} << (kFilled - ready_.count);
     } else {
-      reader.made_ += 8;
+      made_ += 8;
     }
-    reader.count_ += 8;
+    ready_.count += 8;
   }
-  return reader;
 }
 
 void BitReader::RequireUsedUp() const {
   if (IsOverrun()) Fail("the entropy-coded data end early");
   BitReader rest = *this;
   rest.Fill();
-  // Bits that were made up are 0.
-  const std::uint64_t left =
-      rest.count_ - rest.made_ + 8 * static_cast<std::uint64_t>(rest.end_ - rest.at_);
+  const auto unread = static_cast<std::uint64_t>(rest.end_ - rest.ready_.at);
+  const std::uint64_t left = rest.ready_.count - rest.made_ + 8 * unread;
   if (left < 8) return;
   for (std::uint64_t at = 0; at < left; ++at) {
     if (rest.Take(1) == 0) Fail("there are more entropy-coded data than the image needs");

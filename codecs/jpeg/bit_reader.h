@@ -3,67 +3,82 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <memory>
 #include <vector>
 
-#include "base/byte_order.h"
 #include "frame_format.h"
 
 namespace tessaret::codecs {
 
+/// The next bits of some bytes and where those behind them are. Small, and its address is never taken: it stays in registers.
+struct ReadyBits {
+  std::uint64_t held = 0;  // the next bit is the highest
+  unsigned count =
+      0;  // how many of them are ready; below these there are zeros, or bits that are what they should be
+  const std::uint8_t* at = nullptr;
+
+  /// Makes at least 56 bits ready. Requires: there are 8 more bytes.
+  void Fill() {
+    std::uint64_t next;
+    std::memcpy(&next, at, sizeof next);
+    held |= __builtin_bswap64(next) >> count;
+    at += (63 - count) / 8;
+    count |= 56;
+  }
+
+  void Drop(unsigned bits) {
+    held <<= bits;
+    count -= bits;
+  }
+};
+
 /// The bits of some bytes, the highest of each byte first. Behind the end come zeros, without end: whoever reads asks IsOverrun now
-/// and then. No call leaves the address of the object anywhere, so that a copy in a loop stays in registers.
+/// and then.
 class BitReader {
  public:
-  explicit BitReader(Bytes bytes) : at_(bytes.data()), end_(bytes.data() + bytes.size()) {}
+  /// How many bits Fill makes ready at least.
+  static constexpr unsigned kFilled = 56;
 
-  /// Has at least 56 bits ready.
+  explicit BitReader(Bytes bytes) : end_(bytes.data() + bytes.size()), ready_{0, 0, bytes.data()} {}
+
   void Fill() {
-    if (end_ - at_ >= 8) [[likely]] {
-      held_ |= __builtin_bswap64(Load64(at_)) >> count_;
-      at_ += (63 - count_) / 8;
-      count_ |= 56;
+    if (CanFillFast(ready_)) [[likely]] {
+      ready_.Fill();
     } else {
-      *this = FilledAtEnd(*this);
+      FillAtEnd();
     }
   }
 
-  /// Bits that are ready, the next one highest. Those below the ones that Fill made ready may be 0 or what they should be.
-  [[nodiscard]] std::uint64_t Held() const { return held_; }
   /// The next `count` bits, 1 to 32. Requires: as many are ready, as for Drop.
   [[nodiscard]] std::uint32_t Peek(unsigned count) const {
-    return static_cast<std::uint32_t>(held_ >> (64 - count));
+    return static_cast<std::uint32_t>(ready_.held >> (64 - count));
   }
-  void Drop(unsigned count) {
-    held_ <<= count;
-    count_ -= count;
-  }
+  void Drop(unsigned count) { ready_.Drop(count); }
   std::uint32_t Take(unsigned count) {
     const std::uint32_t bits = Peek(count);
     Drop(count);
     return bits;
   }
 
+  /// For loops that want the bits in registers: what is ready, to be put back when the loop ends.
+  [[nodiscard]] ReadyBits Ready() const { return ready_; }
+  void PutBack(ReadyBits ready) { ready_ = ready; }
+  [[nodiscard]] bool CanFillFast(const ReadyBits& ready) const { return end_ - ready.at >= 8; }
+
   /// Whether bits were dropped that are not there.
-  [[nodiscard]] bool IsOverrun() const { return made_ > count_; }
+  [[nodiscard]] bool IsOverrun() const { return made_ > ready_.count; }
 
   /// Throws CodecFailure where bits are missing, or where there are more than fill up a byte: all that is left are ones, or less than
   /// a byte of anything.
   void RequireUsedUp() const;
 
  private:
-  static std::uint64_t Load64(const std::uint8_t* from) {
-    std::uint64_t value;
-    std::memcpy(&value, from, sizeof value);
-    return value;
-  }
-  static BitReader FilledAtEnd(BitReader reader);
+  void FillAtEnd();
 
-  std::uint64_t held_ = 0;
-  unsigned count_ = 0;      // bits of held_ that are ready
-  std::uint64_t made_ = 0;  // zeros made up behind the end, so far
-  const std::uint8_t* at_;
   const std::uint8_t* end_;
+  ReadyBits ready_;
+  std::uint64_t made_ = 0;  // zeros made up behind the end, so far
 };
 
 /// The entropy-coded data of one scan, without what was stuffed in, cut at restart markers.

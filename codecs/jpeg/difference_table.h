@@ -24,36 +24,25 @@ class DifferenceTable {
   /// CodecFailure for bits that are no code.
   void Read(BitReader& reader, std::uint16_t* to, std::size_t count) const;
 
-  /// As Read, for one difference. Takes no more than kMostAtOnce bits, but for rare codes, for which it fills the reader.
-  std::uint16_t Next(BitReader& reader) const {
-    const std::uint64_t held = reader.Held();
-    const std::uint32_t entry = entries_[held >> (64 - kLookup)];
-    if (entry == 0) [[unlikely]]
-      return NextRare(reader);
-    reader.Drop(entry & 63);
-    // The bits of the difference, highest; one that begins with 0 is negative and has all of them turned round.
+  /// As Read, for one difference. Requires: the reader was filled.
+  std::uint16_t ReadOne(BitReader& reader) const;
+
+ private:
+  static constexpr unsigned kLookup = 12;
+  static constexpr unsigned kMostAtOnce = kLookup + kMostCategory - 1;
+
+  /// The difference in a look-up's entry, which is not 0, and the bits that it was looked up by.
+  static std::uint16_t DifferenceOf(std::uint32_t entry, std::uint64_t held) {
+    // Its bits, highest; those of a negative one begin with 0 and are all turned round.
     const std::uint64_t bits = held << ((entry >> 8) & 63);
     const auto turn = ~static_cast<std::uint64_t>(static_cast<std::int64_t>(bits) >> 63);
     const std::uint64_t size = (bits ^ turn) >> 1 >> ((entry >> 16) & 63);
     return static_cast<std::uint16_t>((size ^ turn) - turn);
   }
-
-  static constexpr unsigned kLookup = 12;
-  static constexpr unsigned kMostAtOnce = kLookup + kMostCategory - 1;
-
- private:
-  [[gnu::cold]] std::uint16_t NextRare(BitReader& reader) const {
-    reader.Fill();
-    const HuffmanTable::Code code = codes_.Find(reader.Peek(HuffmanSpec::kLongest));
-    if (code.length == 0) FailCode();
-    reader.Drop(code.length);
-    if (code.value == kMostCategory) return 0x8000;
-    if (code.value == 0) return 0;
-    const std::uint32_t bits = reader.Take(code.value);
-    const bool isNegative = bits >> (code.value - 1) == 0;
-    return static_cast<std::uint16_t>(isNegative ? bits - (1u << code.value) + 1 : bits);
+  [[nodiscard]] std::uint32_t EntryFor(std::uint64_t held) const {
+    return entries_[held >> (64 - kLookup)];
   }
-  [[noreturn]] static void FailCode();
+  [[gnu::noinline]] std::uint16_t ReadRare(BitReader& reader) const;
 
   HuffmanTable codes_;
   // By the next bits: how many the code and the difference take, the code alone, and 63 less the difference. 0 for rare ones.

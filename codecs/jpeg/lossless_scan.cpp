@@ -86,14 +86,12 @@ void LosslessScan::ReadRow(BitReader& reader) {
     tables_[0].Read(reader, row_.data(), row_.size());
     return;
   }
-  BitReader bits = reader;
   for (std::size_t at = 0; at < row_.size(); at += samples_) {
     for (std::size_t sample = 0; sample < samples_; ++sample) {
-      bits.Fill();
-      row_[at + sample] = tables_[tableFor_[sample]].Next(bits);
+      reader.Fill();
+      row_[at + sample] = tables_[tableFor_[sample]].ReadOne(reader);
     }
   }
-  reader = bits;
 }
 
 void LosslessScan::PutRow(const FrameFormat& format, std::uint8_t* to) const {
