@@ -3,33 +3,79 @@
 #include "failure.h"
 
 namespace tessaret::codecs {
+namespace {
+
+unsigned BitsOf(std::uint64_t entry) { return entry & 63; }
+unsigned CodeBitsOf(std::uint64_t entry) { return (entry >> 8) & 63; }
+unsigned UnusedBitsOf(std::uint64_t entry) { return (entry >> 16) & 63; }
+unsigned CountOf(std::uint64_t entry) { return (entry >> 24) & 3; }
+std::uint16_t SecondOf(std::uint64_t entry) { return static_cast<std::uint16_t>(entry >> 32); }
+
+/// The bits of the first difference alone, with its code.
+unsigned FirstBitsOf(std::uint64_t entry) { return CodeBitsOf(entry) + 63 - UnusedBitsOf(entry); }
+
+/// The first difference, of which an entry tells the size only, out of the bits that it was looked up by.
+std::uint16_t FirstOf(std::uint64_t entry, std::uint64_t held) {
+  // Its bits, highest; those of a negative one begin with 0 and are all turned round.
+  const std::uint64_t bits = held << CodeBitsOf(entry);
+  const auto turn = ~static_cast<std::uint64_t>(static_cast<std::int64_t>(bits) >> 63);
+  const std::uint64_t size = (bits ^ turn) >> 1 >> UnusedBitsOf(entry);
+  return static_cast<std::uint16_t>((size ^ turn) - turn);
+}
+
+}  // namespace
 
 DifferenceTable::DifferenceTable(const HuffmanSpec& spec) : codes_(spec) {
   spec.RequireValues(kMostCategory);
-  for (std::uint32_t bits = 0; bits < entries_.size(); ++bits) {
-    const HuffmanTable::Code code = codes_.Find(bits << (HuffmanSpec::kLongest - kLookup));
-    if (code.length == 0 || code.length > kLookup || code.value == kMostCategory) continue;
-    entries_[bits] = static_cast<std::uint32_t>(code.length + code.value) |
-                     std::uint32_t{code.length} << 8 | (63u - code.value) << 16;
+  constexpr unsigned kBelow = 64 - kLookup;
+  for (std::uint64_t bits = 0; bits < entries_.size(); ++bits) {
+    entries_[bits] = SingleEntry(bits << kBelow);
+  }
+  for (std::uint64_t bits = 0; bits < entries_.size(); ++bits) {
+    entries_[bits] = WithSecond(entries_[bits], bits << kBelow);
   }
 }
 
+DifferenceTable::Entry DifferenceTable::SingleEntry(std::uint64_t held) const {
+  const auto next = static_cast<std::uint32_t>(held >> (64 - HuffmanSpec::kLongest));
+  const HuffmanTable::Code code = codes_.Find(next);
+  const unsigned bits = unsigned{code.length} + code.value;
+  if (code.length == 0 || code.length > kLookup || code.value == kMostCategory ||
+      bits > kMostBits) {
+    return 0;
+  }
+  return bits | std::uint64_t{code.length} << 8 | std::uint64_t{63u - code.value} << 16 | 1u << 24;
+}
+
+DifferenceTable::Entry DifferenceTable::WithSecond(Entry entry, std::uint64_t held) const {
+  if (entry == 0 || BitsOf(entry) >= kLookup) return entry;
+  const unsigned left = kLookup - BitsOf(entry);
+  held <<= BitsOf(entry);
+  // Where that one has become a pair already only its first difference is asked for.
+  const Entry second = EntryFor(held);
+  if (second == 0 || FirstBitsOf(second) > left) return entry;
+  return entry + FirstBitsOf(second) + (1u << 24) + (std::uint64_t{FirstOf(second, held)} << 32);
+}
+
 void DifferenceTable::Read(BitReader& reader, std::uint16_t* to, std::size_t count) const {
-  static_assert(2 * kMostAtOnce <= BitReader::kFilled);
   const std::uint16_t* const end = to + count;
+  reader.Fill();
   ReadyBits bits = reader.Ready();
-  while (end - to >= 2 && reader.CanFillFast(bits)) {
-    bits.Fill();
-    for (int turn = 0; turn < 2; ++turn, ++to) {
-      const std::uint32_t entry = EntryFor(bits.held);
+  while (end - to >= 4 && reader.CanFillFast(bits)) {
+    for (int turn = 0; turn < 2; ++turn) {
+      // There are enough bits to look up; more come in while memory is waited for.
+      const Entry entry = EntryFor(bits.held);
+      if (turn == 0) bits.Fill();
       if (entry == 0) [[unlikely]] {
         reader.PutBack(bits);
-        *to = ReadRare(reader);
+        *to++ = ReadRare(reader);
         bits = reader.Ready();
         continue;
       }
-      *to = DifferenceOf(entry, bits.held);
-      bits.Drop(entry & 63);
+      to[0] = FirstOf(entry, bits.held);
+      to[1] = SecondOf(entry);
+      to += CountOf(entry);
+      bits.Drop(BitsOf(entry));
     }
   }
   reader.PutBack(bits);
@@ -41,10 +87,10 @@ void DifferenceTable::Read(BitReader& reader, std::uint16_t* to, std::size_t cou
 
 std::uint16_t DifferenceTable::ReadOne(BitReader& reader) const {
   const ReadyBits bits = reader.Ready();
-  const std::uint32_t entry = EntryFor(bits.held);
+  const Entry entry = EntryFor(bits.held);
   if (entry == 0) return ReadRare(reader);
-  reader.Drop(entry & 63);
-  return DifferenceOf(entry, bits.held);
+  reader.Drop(FirstBitsOf(entry));
+  return FirstOf(entry, bits.held);
 }
 
 std::uint16_t DifferenceTable::ReadRare(BitReader& reader) const {

@@ -13,8 +13,8 @@ namespace tessaret::codecs {
 /// The most bits that a difference may have; one of so many is 32768 and stands without them.
 inline constexpr unsigned kMostCategory = 16;
 
-/// What one Huffman table makes of bits. A step takes the code and the difference's bits at once, and all but the look-up itself lies
-/// aside of the chain from one step to the next.
+/// What one Huffman table makes of bits. A look-up takes one difference or two; all but the look-up and a shift lies aside of the
+/// chain from one to the next, which is what decoding waits for.
 class DifferenceTable {
  public:
   /// Throws CodecFailure for categories above kMostCategory.
@@ -29,24 +29,23 @@ class DifferenceTable {
 
  private:
   static constexpr unsigned kLookup = 12;
-  static constexpr unsigned kMostAtOnce = kLookup + kMostCategory - 1;
+  /// Entries that take more bits are left out, so that two of them leave enough for a look-up.
+  static constexpr unsigned kMostBits = (BitReader::kFilled - kLookup) / 2;
 
-  /// The difference in a look-up's entry, which is not 0, and the bits that it was looked up by.
-  static std::uint16_t DifferenceOf(std::uint32_t entry, std::uint64_t held) {
-    // Its bits, highest; those of a negative one begin with 0 and are all turned round.
-    const std::uint64_t bits = held << ((entry >> 8) & 63);
-    const auto turn = ~static_cast<std::uint64_t>(static_cast<std::int64_t>(bits) >> 63);
-    const std::uint64_t size = (bits ^ turn) >> 1 >> ((entry >> 16) & 63);
-    return static_cast<std::uint16_t>((size ^ turn) - turn);
-  }
-  [[nodiscard]] std::uint32_t EntryFor(std::uint64_t held) const {
+  /// What some bits begin with: a difference, and another one where both are whole among the bits looked up. From bit 0 on: how many
+  /// bits that takes, those of the first code, 63 less those of the first difference, how many differences there are (a byte each), the
+  /// second one. 0: to be looked up in another way.
+  using Entry = std::uint64_t;
+
+  [[nodiscard]] Entry EntryFor(std::uint64_t held) const {
     return entries_[held >> (64 - kLookup)];
   }
+  [[nodiscard]] Entry SingleEntry(std::uint64_t held) const;
+  [[nodiscard]] Entry WithSecond(Entry entry, std::uint64_t held) const;
   [[gnu::noinline]] std::uint16_t ReadRare(BitReader& reader) const;
 
   HuffmanTable codes_;
-  // By the next bits: how many the code and the difference take, the code alone, and 63 less the difference. 0 for rare ones.
-  std::array<std::uint32_t, std::size_t{1} << kLookup> entries_{};
+  std::array<Entry, std::size_t{1} << kLookup> entries_{};  // by the next bits
 };
 
 }  // namespace tessaret::codecs

@@ -3,14 +3,28 @@
 namespace tessaret::codecs {
 namespace {
 
+using Int = std::int32_t;
+
 /// For all but the first pixel. `predict` gets the samples to the left, above and above to the left.
 template <std::size_t kSamples, class Predict>
 void UndoRest(const std::uint16_t* above, std::uint16_t* row, std::size_t size, Predict predict) {
   for (std::size_t sample = 0; sample < kSamples; ++sample) {
-    std::int32_t left = row[sample];
+    Int left = row[sample];
     for (std::size_t at = sample + kSamples; at < size; at += kSamples) {
-      const std::int32_t predicted = predict(left, above[at], above[at - kSamples]);
-      left = static_cast<std::uint16_t>(predicted + row[at]);
+      left = static_cast<std::uint16_t>(predict(left, above[at], above[at - kSamples]) + row[at]);
+      row[at] = static_cast<std::uint16_t>(left);
+    }
+  }
+}
+
+/// The same where what is above and above to the left makes what is to be added to the sample to the left. That one need not be brought
+/// below 65536 each time, so that the next one can be had sooner.
+template <std::size_t kSamples, class Predict>
+void UndoSums(const std::uint16_t* above, std::uint16_t* row, std::size_t size, Predict predict) {
+  for (std::size_t sample = 0; sample < kSamples; ++sample) {
+    std::uint32_t left = row[sample];
+    for (std::size_t at = sample + kSamples; at < size; at += kSamples) {
+      left += static_cast<std::uint32_t>(predict(above[at], above[at - kSamples]) + row[at]);
       row[at] = static_cast<std::uint16_t>(left);
     }
   }
@@ -18,21 +32,18 @@ void UndoRest(const std::uint16_t* above, std::uint16_t* row, std::size_t size, 
 
 template <std::size_t kSamples>
 void UndoBy(unsigned predictor, const std::uint16_t* above, std::uint16_t* row, std::size_t size) {
-  using Int = std::int32_t;
   switch (predictor) {
     case 1:
-      return UndoRest<kSamples>(above, row, size, [](Int left, Int, Int) { return left; });
+      return UndoSums<kSamples>(above, row, size, [](Int, Int) { return 0; });
     case 2:
       return UndoRest<kSamples>(above, row, size, [](Int, Int up, Int) { return up; });
     case 3:
       return UndoRest<kSamples>(above, row, size, [](Int, Int, Int corner) { return corner; });
     case 4:
-      return UndoRest<kSamples>(above, row, size,
-                                [](Int left, Int up, Int corner) { return left + (up - corner); });
+      return UndoSums<kSamples>(above, row, size, [](Int up, Int corner) { return up - corner; });
     case 5:
-      return UndoRest<kSamples>(above, row, size, [](Int left, Int up, Int corner) {
-        return left + ((up - corner) >> 1);
-      });
+      return UndoSums<kSamples>(above, row, size,
+                                [](Int up, Int corner) { return (up - corner) >> 1; });
     case 6:
       return UndoRest<kSamples>(above, row, size, [](Int left, Int up, Int corner) {
         return up + ((left - corner) >> 1);
