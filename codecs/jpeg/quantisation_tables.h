@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <vector>
 
 #include "base/bounded_reader.h"
 
@@ -32,5 +33,11 @@ struct QuantisationTables {
   /// Throws CodecFailure where no segment has set the table of this id.
   [[nodiscard]] const Quantisation& Require(std::uint8_t id) const;
 };
+
+/// The usual table for luminance (ITU-T T.81, K.1) at a quality of 1 to 100: at 50 as it is, at 100 all ones.
+Quantisation LuminanceTable(std::uint32_t quality);
+
+/// Bytes of the DQT segment of a table, from the marker on.
+void AppendTable(const Quantisation& table, unsigned id, std::vector<std::uint8_t>& stream);
 
 }  // namespace tessaret::codecs
