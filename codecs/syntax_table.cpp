@@ -7,6 +7,7 @@
 #include "jpeg/jpeg_lossless_coder.h"
 #include "jpeg/jpeg_process.h"
 #include "jpegls/jpegls_coder.h"
+#include "jpeg/jpeg_progressive_coder.h"
 #include "rle/rle_coder.h"
 
 namespace tessaret::codecs {
@@ -17,6 +18,7 @@ const JpegExtendedCoder kJpegExtended;
 const JpegLosslessCoder kJpegLossless;
 const JpegLsCoder kJpegLs(JpegLsKind::kLossless);
 const JpegLsCoder kNearJpegLs(JpegLsKind::kNearLossless);
+const JpegProgressiveCoder kJpegProgressive;
 const RleCoder kRle;
 
 // DICOM PS3.5, A.1 to A.4
@@ -33,6 +35,8 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
     {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
     {"1.2.840.10008.1.2.4.51", StreamKind::kJpeg, &kJpegExtended},
+    {"1.2.840.10008.1.2.4.53", StreamKind::kJpeg, &kJpegProgressive},
+    {"1.2.840.10008.1.2.4.55", StreamKind::kJpeg, &kJpegProgressive},
     {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
 };

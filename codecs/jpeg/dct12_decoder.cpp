@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <cstring>
 #include <optional>
-#include <utility>
 #include <vector>
 
 #include "failure.h"
@@ -17,6 +16,7 @@
 #include "jpeg/inverse_dct.h"
 #include "jpeg/jpeg_colours.h"
 #include "jpeg/jpeg_markers.h"
+#include "jpeg/progressive_scans.h"
 #include "jpeg/quantisation_tables.h"
 #include "jpeg/upsampling.h"
 #include "samples.h"
@@ -26,8 +26,10 @@ namespace {
 
 constexpr std::uint32_t kPrecision = 12;
 
-/// A block takes a code of one bit for its first coefficient and another for the rest.
+/// A block takes a code of one bit for its first coefficient and another for the rest; in progressive streams the latter come for
+/// many at once.
 constexpr std::uint64_t kBlocksPerByte = 4;
+constexpr std::uint64_t kProgressiveBlocksPerByte = 8;
 
 /// What segments have told so far.
 struct Tables {
@@ -40,8 +42,10 @@ struct Tables {
 struct Image {
   FrameHeader header;
   DctLayout layout;
-  std::array<std::optional<DctPlane>, kMostComponents> planes;  // empty until their scan came
+  std::array<std::optional<DctPlane>, kMostComponents> planes;  // empty until all is there
 };
+
+bool IsProgressive(const Image& image) { return image.header.marker == Marker::kSof2; }
 
 /// One component in a scan.
 struct Part {
@@ -67,7 +71,7 @@ void ReadApplication(const Segment& segment, ColourMarks& marks) {
 }
 
 Image BeginImage(const Segment& segment, const FrameFormat& format, std::size_t bytes) {
-  if (segment.marker != Marker::kSof0 && segment.marker != Marker::kSof1) {
+  if (segment.marker > Marker::kSof2) {
     Fail("the code stream is of a kind (SOF%u) that is not decoded",
          static_cast<unsigned>(segment.marker) - static_cast<unsigned>(Marker::kSof0));
   }
@@ -81,17 +85,15 @@ Image BeginImage(const Segment& segment, const FrameFormat& format, std::size_t 
     Fail("%zu components are not decoded", image.header.count);
   }
   image.layout = MakeDctLayout(image.header);
-  RequirePlausible(bytes, image.layout.Blocks(), kBlocksPerByte);
+  RequirePlausible(bytes, image.layout.Blocks(),
+                   IsProgressive(image) ? kProgressiveBlocksPerByte : kBlocksPerByte);
   return image;
 }
 
 DctPlane& BeginPlane(Image& image, std::size_t index) {
   auto& plane = image.planes[index];
   if (plane) Fail("component %zu comes in two scans", index + 1);
-  plane.emplace();
-  plane->component = image.layout.components[index];
-  const DctComponent& component = plane->component;
-  plane->samples.resize(std::size_t{component.wholeAcross} * component.wholeDown * kBlockSize);
+  plane = MakeDctPlane(image.layout.components[index]);
   return *plane;
 }
 
@@ -186,33 +188,59 @@ void ReadTables(const Segment& segment, Tables& tables) {
   }
 }
 
-Image ReadImage(Bytes stream, const FrameFormat& format, Tables& tables) {
-  std::optional<Image> image;
-  MarkerReader reader(stream);
+/// Segments up to the frame header, which it gives.
+Segment ReadUpToFrame(MarkerReader& reader, Tables& tables) {
+  for (;;) {
+    const Segment segment = reader.Next();
+    if (IsFrameHeader(segment.marker)) return segment;
+    if (segment.marker == Marker::kSos) Fail("a scan comes before the frame header");
+    if (segment.marker == Marker::kEoi) Fail("the code stream has no frame header");
+    ReadTables(segment, tables);
+  }
+}
+
+/// Calls read(rest, scan) for each scan up to the end of the image; it gives the bytes that the scan had.
+template <class ReadOne>
+void ReadScans(MarkerReader& reader, Tables& tables, const FrameHeader& header, ReadOne read) {
   for (Segment segment = reader.Next(); segment.marker != Marker::kEoi; segment = reader.Next()) {
-    if (IsFrameHeader(segment.marker)) {
-      if (image) Fail("the code stream has two frame headers");
-      image = BeginImage(segment, format, stream.size());
-    } else if (segment.marker == Marker::kSos) {
-      if (!image) Fail("a scan comes before the frame header");
-      const ScanHeader scan = ReadScanHeader(segment, image->header);
-      reader.Skip(ReadScan(reader.Rest(), tables, scan, *image));
+    if (IsFrameHeader(segment.marker)) Fail("the code stream has two frame headers");
+    if (segment.marker == Marker::kSos) {
+      reader.Skip(read(reader.Rest(), ReadScanHeader(segment, header)));
     } else {
       ReadTables(segment, tables);
     }
   }
-  if (!image) Fail("the code stream has no frame header");
-  for (std::size_t at = 0; at < image->header.count; ++at) {
-    if (!image->planes[at]) Fail("component %zu is in no scan", at + 1);
+}
+
+void ReadSequential(MarkerReader& reader, Tables& tables, Image& image) {
+  ReadScans(reader, tables, image.header, [&](Bytes rest, const ScanHeader& scan) {
+    return ReadScan(rest, tables, scan, image);
+  });
+  for (std::size_t at = 0; at < image.header.count; ++at) {
+    if (!image.planes[at]) Fail("component %zu is in no scan", at + 1);
   }
-  return std::move(*image);
+}
+
+void ReadProgressive(MarkerReader& reader, Tables& tables, Image& image) {
+  ProgressiveScans scans(image.layout);
+  ReadScans(reader, tables, image.header, [&](Bytes rest, const ScanHeader& scan) {
+    return scans.Read(rest, image.header, scan, tables.huffman, tables.quantisation,
+                      tables.restartInterval);
+  });
+  for (std::size_t at = 0; at < image.header.count; ++at) image.planes[at] = scans.Samples(at);
 }
 
 }  // namespace
 
 DecodedFrame DecodeDct12(Bytes stream, const FrameFormat& format, MutableBytes frame) {
   Tables tables;
-  const Image image = ReadImage(stream, format, tables);
+  MarkerReader reader(stream);
+  Image image = BeginImage(ReadUpToFrame(reader, tables), format, stream.size());
+  if (IsProgressive(image)) {
+    ReadProgressive(reader, tables, image);
+  } else {
+    ReadSequential(reader, tables, image);
+  }
   std::vector<RowMaker> rows;
   rows.reserve(image.header.count);
   for (std::size_t at = 0; at < image.header.count; ++at) {

@@ -1,32 +1,13 @@
 #include "jpeg/jpeg_extended_coder.h"
 
-#include "failure.h"
-#include "jpeg/dct12_decoder.h"
 #include "jpeg/dct12_encoder.h"
-#include "jpeg/dct8_decoder.h"
 #include "jpeg/dct8_encoder.h"
-#include "jpeg/jpeg_markers.h"
+#include "jpeg/dct_decoder.h"
 
 namespace tessaret::codecs {
-namespace {
-
-std::uint32_t PrecisionOf(Bytes stream) {
-  MarkerReader reader(stream);
-  for (;;) {
-    const Segment segment = reader.Next();
-    if (IsFrameHeader(segment.marker)) return ReadFrameHeader(segment).precision;
-    if (segment.marker == Marker::kEoi || segment.marker == Marker::kSos) {
-      Fail("the code stream has no frame header");
-    }
-  }
-}
-
-}  // namespace
-
 DecodedFrame JpegExtendedCoder::Decode(Bytes stream, const FrameFormat& format,
                                        MutableBytes frame) const {
-  return PrecisionOf(stream) == 8 ? DecodeDct8(stream, format, frame)
-                                  : DecodeDct12(stream, format, frame);
+  return DecodeDct(stream, format, frame);
 }
 
 void JpegExtendedCoder::RequireEncodable(const FrameFormat& format) const {

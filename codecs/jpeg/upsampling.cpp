@@ -19,6 +19,13 @@ bool IsHalf(std::uint32_t factor, std::uint32_t most) {
 
 }  // namespace
 
+DctPlane MakeDctPlane(const DctComponent& component) {
+  DctPlane plane;
+  plane.component = component;
+  plane.samples.resize(std::size_t{component.wholeAcross} * component.wholeDown * 64);
+  return plane;
+}
+
 RowMaker::RowMaker(const DctPlane& plane, const DctLayout& layout)
     : plane_(plane),
       isHalfAcross_(IsHalf(plane.component.horizontal, layout.mostHorizontal)),

@@ -17,7 +17,14 @@ struct DctPlane {
   [[nodiscard]] const std::uint16_t* Row(std::uint32_t y) const {
     return samples.data() + y * Stride();
   }
+  /// Where the block in these rows and columns of blocks begins.
+  std::uint16_t* Block(std::uint32_t row, std::uint32_t column) {
+    return samples.data() + (row * Stride() + column) * 8;
+  }
 };
+
+/// With room for all blocks.
+DctPlane MakeDctPlane(const DctComponent& component);
 
 /// Gives whole rows of the image. Where there is one sample for two it lies in the middle between them, and both are mixed from it
 /// and its neighbour, 3 to 1.
