@@ -112,18 +112,20 @@ std::vector<Part> BeginParts(const Tables& tables, const ScanHeader& scan, Image
 
 /// Whether the block has other coefficients than the first.
 bool ReadOthers(BitReader& reader, const Part& part, DctBlock& block) {
+  BitReader bits = reader;
   std::size_t at = 1;
   do {
-    reader.Fill();
-    const AcCodes::Code code = part.ac.Read(reader);
+    bits.Fill();
+    const AcCodes::Code code = part.ac.Read(bits);
     at += code.run;
     if (at >= kBlockSize) {
       if (code.run != AcCodes::kEndRun) Fail("a block has too many coefficients");
-      return at != 1 + AcCodes::kEndRun;
+      break;
     }
     block[kZigzag[at]] = code.value * part.quantisation[at];
   } while (++at < kBlockSize);
-  return true;
+  reader = bits;
+  return at != 1 + AcCodes::kEndRun;
 }
 
 void ReadBlock(BitReader& reader, Part& part, std::uint16_t* to, std::size_t stride) {
