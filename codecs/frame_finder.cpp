@@ -17,25 +17,34 @@ Bytes FragmentOf(const VR* pixels, std::uint32_t index) {
   return {bytes, bytes == nullptr ? 0 : length};
 }
 
+/// All fragments, in one go: the list that they are in costs one step each from the first to the last, and more in any other order.
+std::vector<Bytes> FragmentsOf(const VR* pixels) {
+  const std::uint32_t count = tessaret_codec_item_count(pixels);
+  std::vector<Bytes> fragments;
+  fragments.reserve(count);
+  for (std::uint32_t at = 0; at < count; ++at) fragments.push_back(FragmentOf(pixels, at));
+  return fragments;
+}
+
 /// The fragments at which the offset table says that frames begin; empty where it is not about these fragments.
-std::vector<std::uint32_t> FirstsByTable(const VR* pixels, std::uint32_t fragments,
+std::vector<std::uint32_t> FirstsByTable(const std::vector<Bytes>& fragments,
                                          const CodecFrame& place) {
   if (place.OffsetTableLength / 4 != place.Frames) return {};
   std::vector<std::uint32_t> firsts;
   std::uint64_t offset = 0;
-  for (std::uint32_t at = 0; at < fragments && firsts.size() < place.Frames; ++at) {
+  for (std::uint32_t at = 0; at < fragments.size() && firsts.size() < place.Frames; ++at) {
     if (LoadLittle32(place.OffsetTable + 4 * firsts.size()) == offset) firsts.push_back(at);
-    offset += kItemHeader + FragmentOf(pixels, at).size();
+    offset += kItemHeader + fragments[at].size();
   }
   return firsts.size() == place.Frames ? firsts : std::vector<std::uint32_t>();
 }
 
 /// The fragments that begin like code streams; empty where these are not as many as frames.
-std::vector<std::uint32_t> FirstsByShape(const VR* pixels, std::uint32_t fragments,
-                                         std::uint32_t frames, StreamKind kind) {
+std::vector<std::uint32_t> FirstsByShape(const std::vector<Bytes>& fragments, std::uint32_t frames,
+                                         StreamKind kind) {
   std::vector<std::uint32_t> firsts;
-  for (std::uint32_t at = 0; at < fragments; ++at) {
-    if (!BeginsLike(kind, FragmentOf(pixels, at))) continue;
+  for (std::uint32_t at = 0; at < fragments.size(); ++at) {
+    if (!BeginsLike(kind, fragments[at])) continue;
     if (firsts.size() == frames) return {};
     firsts.push_back(at);
   }
@@ -45,21 +54,21 @@ std::vector<std::uint32_t> FirstsByShape(const VR* pixels, std::uint32_t fragmen
 }  // namespace
 
 FrameFinder::FrameFinder(const VR* pixels, const CodecFrame& place, StreamKind kind)
-    : pixels_(pixels), frames_(place.Frames), fragments_(tessaret_codec_item_count(pixels)) {
-  if (fragments_ == frames_) return;
+    : pixels_(pixels), frames_(place.Frames), fragments_(FragmentsOf(pixels)) {
+  if (fragments_.size() == frames_) return;
   if (frames_ == 1) {
     firstFragments_ = {0};
-  } else if (fragments_ == 1) {
+  } else if (fragments_.size() == 1) {
     FindInOneFragment(kind);
-  } else if (fragments_ > frames_) {
+  } else if (fragments_.size() > frames_) {
     FindByFragments(place, kind);
   } else {
-    Fail("%u fragments are too few for %u frames", fragments_, frames_);
+    Fail("%zu fragments are too few for %u frames", fragments_.size(), frames_);
   }
 }
 
 void FrameFinder::FindInOneFragment(StreamKind kind) {
-  Bytes rest = Fragment(0);
+  Bytes rest = fragments_[0];
   while (parts_.size() < frames_) {
     const std::size_t length = LengthOfStream(kind, rest);
     if (length == 0) {
@@ -73,28 +82,26 @@ void FrameFinder::FindInOneFragment(StreamKind kind) {
 }
 
 void FrameFinder::FindByFragments(const CodecFrame& place, StreamKind kind) {
-  firstFragments_ = FirstsByTable(pixels_, fragments_, place);
-  const auto begins = [&](std::uint32_t at) { return BeginsLike(kind, Fragment(at)); };
+  firstFragments_ = FirstsByTable(fragments_, place);
+  const auto begins = [&](std::uint32_t at) { return BeginsLike(kind, fragments_[at]); };
   if (!firstFragments_.empty() && std::ranges::all_of(firstFragments_, begins)) return;
-  firstFragments_ = FirstsByShape(pixels_, fragments_, frames_, kind);
+  firstFragments_ = FirstsByShape(fragments_, frames_, kind);
   if (firstFragments_.empty()) {
-    Fail("%u fragments cannot be told apart as %u frames", fragments_, frames_);
+    Fail("%zu fragments cannot be told apart as %u frames", fragments_.size(), frames_);
   }
 }
 
-Bytes FrameFinder::Fragment(std::uint32_t index) const { return FragmentOf(pixels_, index); }
-
 Bytes FrameFinder::Frame(std::uint32_t index, std::vector<std::uint8_t>& joined) const {
   if (!parts_.empty()) return parts_[index];
-  if (firstFragments_.empty()) return Fragment(index);
-  const std::uint32_t end = index + 1 < frames_ ? firstFragments_[index + 1] : fragments_;
-  joined.clear();
+  if (firstFragments_.empty()) return fragments_[index];
+  const std::size_t begin = firstFragments_[index];
+  const std::size_t end = index + 1 < frames_ ? firstFragments_[index + 1] : fragments_.size();
   std::size_t size = 0;
-  for (std::uint32_t at = firstFragments_[index]; at < end; ++at) size += Fragment(at).size();
+  for (std::size_t at = begin; at < end; ++at) size += fragments_[at].size();
+  joined.clear();
   joined.reserve(size);
-  for (std::uint32_t at = firstFragments_[index]; at < end; ++at) {
-    const Bytes fragment = Fragment(at);
-    joined.insert(joined.end(), fragment.begin(), fragment.end());
+  for (std::size_t at = begin; at < end; ++at) {
+    joined.insert(joined.end(), fragments_[at].begin(), fragments_[at].end());
   }
   return joined;
 }

@@ -25,11 +25,10 @@ class FrameFinder {
  private:
   void FindInOneFragment(StreamKind kind);
   void FindByFragments(const CodecFrame& place, StreamKind kind);
-  [[nodiscard]] Bytes Fragment(std::uint32_t index) const;
 
   const VR* pixels_;
   std::uint32_t frames_;
-  std::uint32_t fragments_;
+  std::vector<Bytes> fragments_;
   std::vector<std::uint32_t> firstFragments_;  // of each frame, where frames have several
   std::vector<Bytes> parts_;                   // of the one fragment, where it has all frames
 };

@@ -6,8 +6,8 @@
 #include "jpeg/jpeg_extended_coder.h"
 #include "jpeg/jpeg_lossless_coder.h"
 #include "jpeg/jpeg_process.h"
-#include "jpegls/jpegls_coder.h"
 #include "jpeg/jpeg_progressive_coder.h"
+#include "jpegls/jpegls_coder.h"
 #include "rle/rle_coder.h"
 
 namespace tessaret::codecs {
@@ -27,18 +27,14 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2.1", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.2", StreamKind::kNone, nullptr},
     {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
-    {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
-    {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
-    {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
-    {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
-    {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
-    {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
-    {"1.2.840.10008.1.2.4.50", StreamKind::kJpeg, &kJpegBaseline},
     {"1.2.840.10008.1.2.4.51", StreamKind::kJpeg, &kJpegExtended},
     {"1.2.840.10008.1.2.4.53", StreamKind::kJpeg, &kJpegProgressive},
     {"1.2.840.10008.1.2.4.55", StreamKind::kJpeg, &kJpegProgressive},
     {"1.2.840.10008.1.2.4.57", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
+    {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
+    {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
+    {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
 };
 
 }  // namespace
@@ -55,8 +51,8 @@ const Syntax* FindSyntax(const char* uid) {
 const FrameCoder& DecoderOf(const Syntax& syntax, Bytes stream) {
   if (syntax.kind != StreamKind::kJpeg) return *syntax.coder;
   switch (ProcessOf(stream)) {
-    case JpegProcess::kDct8:
-      return kJpegBaseline;
+    case JpegProcess::kDct:
+      return kJpegExtended;
     case JpegProcess::kLossless:
       return kJpegLossless;
     case JpegProcess::kJpegLs:

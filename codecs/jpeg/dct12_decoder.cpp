@@ -253,7 +253,7 @@ DecodedFrame DecodeDct12(Bytes stream, const FrameFormat& format, MutableBytes f
   const bool guess = image.header.components[0].id != 'R';
   WriteDctRows(rows, isColour && AreYcc(tables.colours, format.photometric, guess), format, frame);
   ExtendSigns(frame, format, kPrecision);
-  return {kPrecision, isColour};
+  return {.precision = kPrecision, .isRgb = isColour, .isLossy = true};
 }
 
 }  // namespace tessaret::codecs

@@ -171,7 +171,7 @@ DecodedFrame DecodeDct8(Bytes stream, const FrameFormat& format, MutableBytes fr
   }
   RunStep(session, Finish);
   ExtendSigns(frame, format, kPrecision);
-  return {kPrecision, format.samples == 3};
+  return {.precision = kPrecision, .isRgb = format.samples == 3, .isLossy = true};
 }
 
 }  // namespace tessaret::codecs

@@ -8,13 +8,12 @@ namespace {
 
 constexpr std::uint8_t kSofLs = 0xF7;  // ITU-T T.87, C.1.1
 
-/// The first byte of a frame header is the precision of its samples.
-JpegProcess ProcessOfFrame(std::uint8_t marker, std::uint8_t precision) {
+JpegProcess ProcessOfFrame(std::uint8_t marker) {
   switch (marker) {
     case 0xC0:
     case 0xC1:
     case 0xC2:
-      return precision == 12 ? JpegProcess::kDct12 : JpegProcess::kDct8;
+      return JpegProcess::kDct;
     case 0xC3:
       return JpegProcess::kLossless;
     case kSofLs:
@@ -39,9 +38,9 @@ JpegProcess ProcessOf(Bytes stream) {
   while (reader.U8() == 0xFF) {
     std::uint8_t marker = 0xFF;
     while (marker == 0xFF) marker = reader.U8().value_or(0);
+    if (!MayComeBefore(marker)) return ProcessOfFrame(marker);
     std::uint8_t length[2];
     if (!reader.Copy(length, 2)) break;
-    if (!MayComeBefore(marker)) return ProcessOfFrame(marker, reader.U8().value_or(0));
     const std::uint16_t size = LoadBig16(length);
     if (size < 2 || !reader.Skip(size - 2U)) break;
   }

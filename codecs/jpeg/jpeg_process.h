@@ -5,7 +5,7 @@
 
 namespace tessaret::codecs {
 
-enum class JpegProcess { kUnknown, kDct8, kDct12, kLossless, kJpegLs };
+enum class JpegProcess { kUnknown, kDct, kLossless, kJpegLs };
 
 /// By the frame header; kUnknown where there is none, and for processes that nothing here decodes. Looks at no more than the segments
 /// before it.
