@@ -3,6 +3,7 @@
 
 #include <filesystem>
 #include <span>
+#include <stdexcept>
 #include <string_view>
 
 namespace tessaret::bench {
@@ -16,6 +17,11 @@ struct JobContext {
   std::filesystem::path scratch;  // folder for files that the job writes and takes away again
 
   [[nodiscard]] std::filesystem::path Input() const;
+};
+
+/// Thrown by a job that this program cannot do here: something that it may do without is not installed.
+struct NotPossible : std::runtime_error {
+  using std::runtime_error::runtime_error;
 };
 
 struct Job {
@@ -33,5 +39,7 @@ std::span<const Job> IoJobs();
 std::span<const Job> DictionaryJobs();
 /// The public interface: making objects, reading elements, several threads.
 std::span<const Job> ObjectJobs();
+/// Codecs, through the engine: decode, encode.
+std::span<const Job> CodecJobs();
 
 }  // namespace tessaret::bench

@@ -14,8 +14,8 @@ namespace {
 
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kNotMine = 77 };
 
-std::array<std::span<const Job>, 3> Families() {
-  return {IoJobs(), DictionaryJobs(), ObjectJobs()};
+std::array<std::span<const Job>, 4> Families() {
+  return {IoJobs(), DictionaryJobs(), ObjectJobs(), CodecJobs()};
 }
 
 int Usage() {
@@ -69,6 +69,9 @@ int Run(int count, char** arguments) {
 int main(int count, char** arguments) {
   try {
     return tessaret::bench::Run(count - 1, arguments + 1);
+  } catch (const tessaret::bench::NotPossible& reason) {
+    std::fprintf(stderr, "tessaret-bench: %s\n", reason.what());
+    return tessaret::bench::kNotMine;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "tessaret-bench: %s\n", error.what());
     return 1;

@@ -4,6 +4,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "codec_series.h"
 #include "ct_series.h"
 #include "many_elements.h"
 
@@ -14,9 +15,11 @@ namespace fs = std::filesystem;
 
 /// A file that is written last: the input is whole. It holds a word for what was made.
 constexpr const char* kMarkName = "MADE";
+/// The same for what codecs made, which may be other ones the next time.
+constexpr const char* kCodecMarkName = "MADE-CODECS";
 
-constexpr const char* kInputNames[] = {"BIG",   "CT400E", "CT400I", "TINY",
-                                       "MANYE", "MANYI",  "MANYD",  kMarkName};
+constexpr const char* kInputNames[] = {"BIG",   "CT400E", "CT400I",  "TINY",        "MANYE",
+                                       "MANYI", "MANYD",  kMarkName, kCodecMarkName};
 
 struct InputPlan {
   const char* mark;
@@ -29,18 +32,18 @@ struct InputPlan {
 constexpr InputPlan kFullPlan = {"full 1", {512, 512, 400}, {64, 64, 2000}, {20, 100}};
 constexpr InputPlan kShortPlan = {"short 1", {32, 24, 8}, {16, 16, 20}, {2, 5}};
 
-std::string ReadMark(const fs::path& folder) {
-  std::ifstream file(folder / kMarkName);
+std::string ReadMark(const fs::path& path) {
+  std::ifstream file(path);
   std::string line;
   std::getline(file, line);
   return line;
 }
 
-void WriteMark(const fs::path& folder, const char* mark) {
-  std::ofstream file(folder / kMarkName);
+void WriteMark(const fs::path& path, const std::string& mark) {
+  std::ofstream file(path);
   file << mark << '\n';
   file.close();
-  if (!file) throw std::runtime_error("cannot write in " + folder.string());
+  if (!file) throw std::runtime_error("cannot write " + path.string());
 }
 
 void WriteAll(const InputPlan& plan, const fs::path& folder) {
@@ -55,15 +58,25 @@ void WriteAll(const InputPlan& plan, const fs::path& folder) {
   WriteManyElements(plan.many, ManyForm::kExplicitDefined, folder / "MANYD");
 }
 
+template <class Make>
+void MakeUnless(const fs::path& folder, const char* markName, const std::string& mark, Make make) {
+  if (ReadMark(folder / markName) == mark) return;
+  fs::remove(folder / markName);
+  fs::create_directories(folder);
+  make();
+  WriteMark(folder / markName, mark);
+}
+
 }  // namespace
 
 void MakeInput(const fs::path& folder, InputSize size) {
   const InputPlan& plan = size == InputSize::kFull ? kFullPlan : kShortPlan;
-  if (ReadMark(folder) == plan.mark) return;
-  for (const char* name : kInputNames) fs::remove_all(folder / name);
-  fs::create_directories(folder);
-  WriteAll(plan, folder);
-  WriteMark(folder, plan.mark);
+  MakeUnless(folder, kMarkName, plan.mark, [&] {
+    for (const char* name : kInputNames) fs::remove_all(folder / name);
+    WriteAll(plan, folder);
+  });
+  MakeUnless(folder, kCodecMarkName, plan.mark + CompressibleMethods(),
+             [&] { WriteCompressedSeries(folder / "CT400E", folder); });
 }
 
 }  // namespace tessaret::bench
