@@ -170,6 +170,10 @@ std::uint64_t SumOfSamples(const DICOMObject& image) {
   return sum;
 }
 
+void DropPixels(DICOMObject& image) {
+  delete image.Remove(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
+}
+
 std::string CompressibleMethods() {
   std::string names;
   for (const CodecMethod& method : kMethods) {

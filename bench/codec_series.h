@@ -55,6 +55,9 @@ std::uint64_t CompressedBytes(const DICOMObject& image);
 /// The sum of every 97th sample of native pixels, of 8 or of 16 bits.
 std::uint64_t SumOfSamples(const DICOMObject& image);
 
+/// Gives the memory of the pixels back; the image has none afterwards.
+void DropPixels(DICOMObject& image);
+
 /// What can be compressed of a native series goes into the folders of the methods below `data`. The text names those whose codecs
 /// are there.
 std::string CompressibleMethods();
