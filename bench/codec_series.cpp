@@ -1,6 +1,5 @@
 #include "codec_series.h"
 
-#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 #include <string>
@@ -8,6 +7,7 @@
 #include "core/codec_registry.h"
 #include "core/data_set_coder.h"
 #include "core/module_dictionaries.h"
+#include "files.h"
 
 namespace tessaret::bench {
 namespace {
@@ -84,15 +84,6 @@ void Save(const DICOMObject& image, const fs::path& path) {
   if (coder.SaveKeeping(path.c_str(), 3, image)) return;
   const char* why = coder.ErrorText();
   throw std::runtime_error("saving " + path.string() + ": " + (why != nullptr ? why : "failed"));
-}
-
-std::vector<fs::path> FilesIn(const fs::path& folder, std::size_t step) {
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
-  std::vector<fs::path> some;
-  for (std::size_t at = 0; at < files.size(); at += step) some.push_back(files[at]);
-  return some;
 }
 
 }  // namespace

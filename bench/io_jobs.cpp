@@ -1,6 +1,5 @@
 // The jobs of the files. What lies inside and outside of the time is the same as in the programs that these figures are held
 // against: the caller of a library that has a path and wants an object, or the other way round.
-#include <algorithm>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -9,6 +8,7 @@
 #include "base/text.h"
 #include "core/data_set_coder.h"
 #include "core/module_dictionaries.h"
+#include "files.h"
 #include "jobs.h"
 #include "measure.h"
 
@@ -82,13 +82,6 @@ std::string InstanceUid(const DICOMObject& object) {
   const VR* vr = object.GetVR(0x0008, 0x0018);
   if (vr == nullptr || vr->Data == nullptr) return {};
   return std::string(Trimmed({reinterpret_cast<const char*>(vr->Data), vr->Length}));
-}
-
-std::vector<fs::path> FilesIn(const fs::path& folder) {
-  std::vector<fs::path> files;
-  for (const auto& entry : fs::directory_iterator(folder)) files.push_back(entry.path());
-  std::sort(files.begin(), files.end());
-  return files;
 }
 
 std::uint64_t SizeOf(const std::vector<fs::path>& files) {

@@ -78,7 +78,7 @@ void Measure(const Measurement& measurement) {
   const double wall = std::max(watch.Seconds(), 1e-9);
 
   std::printf("{");
-  PrintText("peer", "tessaret");
+  PrintText("peer", measurement.peer);
   PrintText("job", measurement.job);
   PrintText("unit", measurement.unit);
   std::printf("\"bytes\":%llu,\"items\":%llu,", static_cast<unsigned long long>(measurement.bytes),

@@ -24,9 +24,10 @@ class Stopwatch {
 /// One measure.
 struct Measurement {
   std::string_view job;
-  std::string_view unit = "s";  // of what `repetition` answers
-  std::uint64_t bytes = 0;      // that one repetition reads or writes, 0 where they say nothing
-  std::uint64_t items = 1;      // files, objects or look-ups in one repetition
+  std::string_view peer = "tessaret";  // who did it
+  std::string_view unit = "s";         // of what `repetition` answers
+  std::uint64_t bytes = 0;  // that one repetition reads or writes, 0 where they say nothing
+  std::uint64_t items = 1;  // files, objects or look-ups in one repetition
   /// Does the work once and answers what it took. Preparation and clean-up that are not to count stay out of the answer.
   std::function<double()> repetition;
   /// A sum over the result, asked for once at the end. Programs that did the same work have the same sum.

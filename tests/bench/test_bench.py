@@ -3,13 +3,17 @@
 import json
 import os
 import pathlib
+import shutil
 import subprocess
 import tempfile
 import unittest
 
 import pydicom
+import pydicom.encaps
 
-PROGRAM = pathlib.Path(os.environ["TESSARET_BINARY_DIR"]) / "bin" / "tessaret-bench"
+BUILD = pathlib.Path(os.environ["TESSARET_BINARY_DIR"])
+PROGRAM = BUILD / "bin" / "tessaret-bench"
+CODEC_LIBRARY = BUILD / "lib" / "DcmCodec.dll"
 
 # The short input: slices of the series, small files, and regions with contours. A contour holds 93 attributes, the sequence
 # of its image with 2 elements, and 5 attributes; a region 2 attributes and the sequence of contours; the data set 12
@@ -23,8 +27,33 @@ IO_JOBS = (
     + [f"io.{what}.{how}" for what in ("ct400e", "ct400i", "tiny") for how in ("load", "header")]
     + [f"io.{what}.{how}" for what in ("manye", "manyi", "manyd") for how in ("load", "free", "save", "roundtrip")]
 )
+# The folder of what each method compresses, and its transfer syntax.
+METHODS = {
+    "rle": ("CTRLE", "1.2.840.10008.1.2.5"),
+    "jpll": ("CTJPLL", "1.2.840.10008.1.2.4.70"),
+    "jpls": ("CTJPLS", "1.2.840.10008.1.2.4.80"),
+    "j2k": ("CTJ2K", "1.2.840.10008.1.2.4.90"),
+    "jpeg": ("CTJPEG", "1.2.840.10008.1.2.4.50"),
+    "jpegext": ("CTJPEGX", "1.2.840.10008.1.2.4.51"),
+}
+BYTE_METHODS = ("jpeg",)
+LOSSLESS_METHODS = ("rle", "jpll", "jpls", "j2k")
+CODEC_JOBS = [f"codec.{method}.{what}" for method in METHODS for what in ("decode", "encode")] + [
+    f"codec.{method}.decode.all" for method in LOSSLESS_METHODS]
 OWN_JOBS = [f"own.dictionary.{what}" for what in ("lookup", "text", "binary")] + [
     f"own.object.{what}" for what in ("create", "get", "getbyname", "threads")]
+
+
+def codecs_at_hand(folder):
+    """The methods of the codec library of this build; what it has no coder for is neither made nor measured."""
+    return [method for method in METHODS if (folder / METHODS[method][0]).exists()]
+
+
+def sum_of_samples(series):
+    """Of every 97th sample of each image."""
+    return sum(sum(image.PixelData[at] if image.BitsAllocated == 8
+                   else int.from_bytes(image.PixelData[2 * at:2 * at + 2], "little")
+                   for at in range(0, image.Rows * image.Columns, 97)) for image in series)
 
 
 def count_elements(dataset):
@@ -60,10 +89,12 @@ class Bench(unittest.TestCase):
 
     def test_lists_each_job_once(self):
         listed = self.program("list").stdout.split()
-        self.assertCountEqual(listed, IO_JOBS + OWN_JOBS)
+        self.assertCountEqual(listed, IO_JOBS + OWN_JOBS + CODEC_JOBS)
 
     def test_every_job_prints_its_measures_and_leaves_nothing_behind(self):
         for job in self.program("list").stdout.split():
+            if job.startswith("codec.") and job.split(".")[1] not in codecs_at_hand(self.input):
+                continue
             with self.subTest(job=job):
                 for row in self.measure(job):
                     self.assertTrue(row["job"].startswith(job))
@@ -128,6 +159,49 @@ class Bench(unittest.TestCase):
         known, _ = self.measure("own.dictionary.lookup")
         self.assertEqual(known["check"], 65536)
         self.assertEqual(self.check_of("own.dictionary.binary"), self.check_of("own.dictionary.text"))
+
+    @unittest.skipUnless(CODEC_LIBRARY.exists(), "no codec library in this build")
+    def test_compresses_every_fourth_file_of_the_series_by_each_codec_at_hand(self):
+        self.assertIn("rle", codecs_at_hand(self.input))
+        for method in codecs_at_hand(self.input):
+            folder, syntax = METHODS[method]
+            with self.subTest(method=method):
+                self.assertEqual([path.name for path in self.files(folder)],
+                                 [path.name for path in self.files("CT400E")[::4]])
+                for path in self.files(folder):
+                    image = pydicom.dcmread(path)
+                    self.assertEqual(image.file_meta.TransferSyntaxUID, syntax)
+                    self.assertEqual(image.BitsAllocated, 8 if method in BYTE_METHODS else 16)
+
+    @unittest.skipUnless(CODEC_LIBRARY.exists(), "no codec library in this build")
+    def test_decodes_the_pixels_of_the_series_again(self):
+        native = sum_of_samples(pydicom.dcmread(path) for path in self.files("CT400E")[::4])
+        for method in set(LOSSLESS_METHODS).intersection(codecs_at_hand(self.input)):
+            for job in (f"codec.{method}.decode", f"codec.{method}.decode.all"):
+                with self.subTest(job=job):
+                    self.assertEqual(self.check_of(job), native)
+
+    @unittest.skipUnless(CODEC_LIBRARY.exists(), "no codec library in this build")
+    def test_tells_the_bytes_of_pixels_natively_and_the_bytes_that_an_encoder_makes(self):
+        for method in codecs_at_hand(self.input):
+            with self.subTest(method=method):
+                made = [pydicom.dcmread(path) for path in self.files(METHODS[method][0])]
+                row, = self.measure(f"codec.{method}.encode")
+                self.assertEqual(row["items"], len(made))
+                self.assertEqual(row["bytes"], sum(image.Rows * image.Columns * image.BitsAllocated // 8
+                                                   for image in made))
+                fragments = [pydicom.encaps.decode_data_sequence(image.PixelData) for image in made]
+                self.assertEqual(row["check"], sum(len(fragment) for each in fragments for fragment in each))
+
+    def test_ends_with_77_where_a_codec_is_missing(self):
+        with tempfile.TemporaryDirectory() as folder:
+            program = pathlib.Path(folder) / "tessaret-bench"
+            shutil.copy(PROGRAM, program)
+            result = subprocess.run([program, "codec.rle.encode", self.input, self.scratch],
+                                    env={**os.environ, "TESSARET_DATA_DIR": str(BUILD / "share" / "tessaret")},
+                                    capture_output=True, text=True, check=False)
+            self.assertEqual(result.returncode, 77, result.stderr)
+            self.assertIn("rle", result.stderr)
 
     def test_leaves_input_alone_that_is_whole(self):
         before = {path: path.stat().st_mtime_ns for path in self.input.rglob("*")}
