@@ -26,8 +26,8 @@ programs=("$folder/tessaret-bench")
 rounds=1
 if [ -n "$peers" ]; then
   cmake -S "$root" --preset release -DTESSARET_BENCH_PEERS=ON >/dev/null
-  cmake --build "$root/build/release" --parallel "$jobs" --target bench_dcmtk bench_libraries
-  programs+=("$folder/bench_dcmtk" "$folder/bench_libraries")
+  cmake --build "$root/build/release" --parallel "$jobs" --target bench_dcmtk bench_gdcm bench_libraries
+  programs+=("$folder/bench_dcmtk" "$folder/bench_gdcm" "$folder/bench_libraries")
   rounds="${short:+1}"
   rounds="${rounds:-3}"
 fi

@@ -2,7 +2,7 @@
 """Prints the JSON lines of the measuring program (standard input) as a table of medians.
 
 With --peers there are lines of several programs and rounds: once they are complete, a row for each job and program, with how
-many times as long it took as Tessaret.
+many times as long it took as Tessaret, and "other pixels" where the sums of what was decoded differ.
 """
 
 import json
@@ -48,7 +48,8 @@ def print_peers(rows):
         own = rows.get((job, "tessaret"))
         times = statistics.median(row["samples"]) / statistics.median(own["samples"]) if own else None
         ratio = "" if times is None else f"{times:.2f}"
-        print(f"{job:24} {peer:10} {ratio:>8} {columns(row)}")
+        differs = own and job.endswith(".decode") and row.get("check") != own.get("check")
+        print(f"{job:24} {peer:10} {ratio:>8} {columns(row)}{'  other pixels' if differs else ''}")
 
 
 def main():

@@ -11,7 +11,7 @@ check_packages=(git clang-format clang-tidy shellcheck)
 packages_for() {
   case "$1" in
     build | bench) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
-    bench_peers) printf '%s\n' libdcmtk-dev ;;
+    bench_peers) printf '%s\n' libdcmtk-dev libgdcm-dev ;;
     demo) printf '%s\n' "${build_packages[@]}" dcmtk ;;
     fuzz) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
     coverage) printf '%s\n' "${build_packages[@]}" "${peer_packages[@]}" "${python_packages[@]}" gcovr ;;

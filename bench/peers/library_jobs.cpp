@@ -1,6 +1,7 @@
 // CharLS and OpenJPEG called directly at the jobs of codecs, from and to plain memory, without a data set around them.
 #include <openjpeg.h>
 
+#include <algorithm>
 #include <cstring>
 #include <memory>
 #include <string>
@@ -97,7 +98,8 @@ std::uint64_t EncodeByOpenJpeg(const PlainImage& image) {
   parameters.tcp_numlayers = 1;
   parameters.cp_disto_alloc = 1;
   // Small images have room for fewer than usual.
-  while (parameters.numresolution > 1 && (image.columns >> (parameters.numresolution - 1)) == 0) {
+  const std::uint32_t side = std::min(image.columns, image.rows);
+  while (parameters.numresolution > 1 && side >> (parameters.numresolution - 1) == 0) {
     --parameters.numresolution;
   }
   const std::unique_ptr<opj_codec_t, FreeCodec> codec(opj_create_compress(OPJ_CODEC_J2K));
