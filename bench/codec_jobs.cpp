@@ -101,6 +101,7 @@ void DecodeAll(const JobContext& context) {
       .repetition =
           [&] {
             std::vector<SeriesImage> copies;
+            copies.reserve(images.size());
             for (const SeriesImage& image : images) copies.push_back(CopyOf(*image));
             sum = 0;
             const Stopwatch watch;

@@ -90,7 +90,7 @@ void Encode(const JobContext& context) {
     Must(change.Change(), "encode");
     const double seconds = watch.Seconds();
     const auto* fragments = change.GetOutput().GetDataElement().GetSequenceOfFragments();
-    Must(fragments != nullptr, "fragments");
+    if (fragments == nullptr) throw std::runtime_error("GDCM: no fragments");
     sum += fragments->ComputeByteLength();
     return seconds;
   });
