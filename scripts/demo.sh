@@ -6,7 +6,7 @@ here="$PWD"
 # shellcheck source=common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
 
-build_preset release tessaret tessaret_tool tessaret_data
+build_preset release tessaret tessaret_tool tessaret_data tessaret_codec_library
 tool="$root/build/release/bin/tessaret"
 place="$root/build/demo"
 rm -rf "$place"
@@ -39,6 +39,8 @@ if [ $# -gt 0 ]; then
   show "$tool" dump "$file" || say "not all of it: the words above say why"
   say "does all of it read?"
   show "$tool" check "$file" || say "not all of it: the words above say why"
+  say "its pixels, made native if they are compressed"
+  show "$tool" transcode --to explicit "$file" "$place/native.dcm" || say "not to be had: the words above say why"
   say "a copy, written anew"
   if show "$tool" convert "$file" "$place/copy.dcm"; then
     say "read back by an independent program"
@@ -65,6 +67,15 @@ say "what an independent program reads in the result"
 show dcmdump +P 0008,0016 +P 0008,0060 +P 0010,0010 +P 0020,0013 +P 0028,0010 +P 0028,0011 "$place/implicit.dcm"
 compare "$first" "$place/implicit.dcm"
 compare "$first" "$place/explicit.dcm"
+
+say "the pixels compressed without loss, and decoded again by an independent program and by us"
+show "$tool" transcode --to jpeg-lossless "$first" "$place/compressed.dcm"
+show "$tool" dump "$place/compressed.dcm" | tail -3
+show dcmdjpeg --quiet "$place/compressed.dcm" "$place/by-dcmtk.dcm"
+show "$tool" transcode --to explicit "$place/compressed.dcm" "$place/by-us.dcm"
+show ls -l "$first" "$place/compressed.dcm" "$place/by-us.dcm" | sed "s#$place/##g"
+compare "$place/by-dcmtk.dcm" "$place/by-us.dcm"
+compare "$first" "$place/by-us.dcm"
 
 say "some of its elements, one of them changed"
 show "$tool" get "$first" PatientName PixelSpacing 0028,0010
