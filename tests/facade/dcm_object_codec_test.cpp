@@ -269,5 +269,62 @@ TEST(DCMObjectCodecs, ABrokenStreamFailsWithTheCodecsWords) {
   EXPECT_EQ(Text(object, 0x0002, 0x0010), kToy);
 }
 
+/// A saved file without what its meta header has behind the transfer syntax.
+Bytes WithoutMetaBehindSyntax(Bytes file) {
+  constexpr std::ptrdiff_t kLength = 128 + 4 + 8;  // where (0002,0000) has its value
+  const std::ptrdiff_t end = kLength + 4 + file[kLength];
+  const Bytes behind = {0x02, 0x00, 0x12, 0x00};
+  const auto cut = std::search(file.begin(), file.end(), behind.begin(), behind.end());
+  file[kLength] = static_cast<std::uint8_t>(cut - file.begin() - kLength - 4);
+  file.erase(cut, file.begin() + end);
+  return file;
+}
+
+TEST(DCMObjectCodecs, ASyntaxThatDoesNotStayInTheObjectHoldsForItsFragmentsAllTheSame) {
+  const TempFolder folder;
+  const std::string path = folder.File("toy.dcm");
+  std::int16_t done = 0;
+  {
+    const auto object = Image(2);
+    ASSERT_EQ(Translate(object, kToy, done), kOk);
+    ASSERT_EQ(object->Save(path), kOk) << LastError().text;
+  }
+  WriteBytes(path, WithoutMetaBehindSyntax(ReadBytes(path)));
+  const auto object = NewObject();
+  ASSERT_EQ(object->Load(path, true), kOk) << LastError().text;
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(2));
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), "1.2.840.10008.1.2.1");
+  // Loaded with its fragments it is translated likewise.
+  ASSERT_EQ(object.As<IDcmFile>()->LoadFile(path, LOAD_PIXELS, {}), kOk);
+  EXPECT_FALSE(Describe(object, 0x0002, 0x0010).found.IsTrue());
+  EXPECT_EQ(CountOf(object, 0x7FE0, 0x0010), 3);
+  ASSERT_EQ(Translate(object, String(), done), kOk) << LastError().text;
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(2));
+}
+
+TEST(DCMObjectCodecs, ARefusalIsNoFailureAndSaysWhy) {
+  const auto object = Image(1);
+  const auto why = [&] {
+    String words;
+    EXPECT_EQ(object.As<IDcmFile>()->get_Refusal(&words), kOk);
+    return words.Narrow();
+  };
+  EXPECT_EQ(why(), "");
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, "1.2.3", done), kOk);
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(why(), "Unknown transfer syntax [1.2.3]");
+  ASSERT_EQ(Put(object, 0x0028, 0x0010, std::int32_t{1}), kOk);
+  ASSERT_EQ(Put(object, 0x0028, 0x0011, std::int32_t{7}), kOk);
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  EXPECT_EQ(done, 0);
+  EXPECT_EQ(why(), "The object cannot be held in transfer syntax [1.2.999.1]");
+  // A failure is told as one, and what was said before is gone.
+  ASSERT_EQ(Put(object, 0x0028, 0x0011, std::int32_t{100}), kOk);
+  EXPECT_EQ(Translate(object, kToy, done), kException);
+  EXPECT_EQ(why(), "");
+  EXPECT_EQ(object.As<IDcmFile>()->get_Refusal(nullptr), kPointer);
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -74,6 +74,14 @@ class FileTest(package.PackageTest):
         self.assertEqual(self.file.Text.count("\n"), 2)
         self.assertIs(self.file.HasPixelsOfDoubtfulOrder, False)
 
+    def test_a_refusal_says_why(self):
+        self.file.LoadBytes(SAMPLE)
+        self.assertEqual(self.file.Refusal, "")
+        self.assertIs(self.object.Translate("1.2.3"), False)
+        self.assertEqual(self.file.Refusal, "Unknown transfer syntax [1.2.3]")
+        self.assertIs(self.object.Translate(EXPLICIT), True)
+        self.assertEqual(self.file.Refusal, "")
+
     def test_data_sets_are_saved_in_every_form(self):
         self.file.LoadBytes(SAMPLE)
         bare = element(0x00100010, "PN", b"Doe^John", True) + element(0x00280011, "US", b"\2\0", True)
