@@ -108,6 +108,17 @@ FrameHeader ReadFrameHeader(Segment segment) {
   return header;
 }
 
+FrameHeader FindFrameHeader(Bytes stream) {
+  MarkerReader reader(stream);
+  for (;;) {
+    const Segment segment = reader.Next();
+    if (IsFrameHeader(segment.marker)) return ReadFrameHeader(segment);
+    if (segment.marker == Marker::kEoi || segment.marker == Marker::kSos) {
+      Fail("the code stream has no frame header");
+    }
+  }
+}
+
 void RequireSameShape(const FrameHeader& header, const FrameFormat& format) {
   if (header.columns != format.columns || header.rows != format.rows) {
     Fail("the code stream has %u x %u pixels, the data set %u x %u", header.columns, header.rows,

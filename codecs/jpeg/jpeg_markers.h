@@ -84,6 +84,9 @@ struct FrameHeader {
 /// factors of 0. Also for streams that tell their height at the end only.
 FrameHeader ReadFrameHeader(Segment segment);
 
+/// The header of a whole code stream's frame. Throws CodecFailure where there is none before the first scan.
+FrameHeader FindFrameHeader(Bytes stream);
+
 /// Throws CodecFailure, with both numbers, where width, height or number of components are not those of the data set, and where
 /// samples do not fit what is allocated for them.
 void RequireSameShape(const FrameHeader& header, const FrameFormat& format);
