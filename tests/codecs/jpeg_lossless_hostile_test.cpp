@@ -209,8 +209,7 @@ TEST(JpegLosslessDamage, TakesNoTimeWhateverThereIsMuchOf) {
         }),
         "component 1 comes twice");
     EXPECT_EQ(RefusalWith([](Parts& parts) { parts.table = Repeated(parts.table, 100000); }), "");
-    EXPECT_EQ(RefusalWith([](Parts& parts) { parts.restart = Stream(10000000, 0xFF); }),
-              "the code stream has no frame header");
+    EXPECT_EQ(RefusalWith([](Parts& parts) { parts.restart = Stream(10000000, 0xFF); }), "");
     EXPECT_EQ(RefusalWith([](Parts& parts) {
                 parts.data = Joined({parts.data, Stream(10000000, 0)});
               }),
@@ -221,8 +220,9 @@ TEST(JpegLosslessDamage, TakesNoTimeWhateverThereIsMuchOf) {
               "there is a restart marker too many");
     Parts parts;
     parts.header = SegmentOf(0xC3, {8, 16, 0, 16, 0, 1, 1, 0x11, 0});
+    // 2 + 38 + 13 + 10 + 20 + 2
     EXPECT_EQ(Refusal(parts.Whole(), test::MakeFormat(4096, 4096, 1, 8, 8)),
-              "104 bytes cannot hold 16777216 samples");
+              "85 bytes cannot hold 16777216 samples");
   });
   EXPECT_LT(seconds, 2);
 }

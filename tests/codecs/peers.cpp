@@ -46,7 +46,7 @@ bool IsInstalled(const std::string& program) {
   return ::access(("/usr/bin/" + program).c_str(), X_OK) == 0;
 }
 
-bool Run(const std::vector<std::string>& command) {
+bool RunProgram(const std::vector<std::string>& command) {
   std::vector<char*> arguments;
   for (const std::string& word : command) arguments.push_back(const_cast<char*>(word.c_str()));
   arguments.push_back(nullptr);

@@ -13,7 +13,7 @@ namespace tessaret::codecs::test {
 bool IsInstalled(const std::string& program);
 
 /// Runs a program, of which nothing is seen, and waits for it. Whether it ended well.
-bool Run(const std::vector<std::string>& command);
+bool RunProgram(const std::vector<std::string>& command);
 
 /// A file with one frame of this format: native where `syntax` is that of explicit little endian, otherwise `pixels` is a code stream.
 tessaret::test::Bytes DicomFile(const FrameFormat& format, std::string_view syntax,
