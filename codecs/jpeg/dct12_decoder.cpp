@@ -4,48 +4,34 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstring>
 #include <optional>
 #include <vector>
 
 #include "failure.h"
 #include "jpeg/bit_reader.h"
 #include "jpeg/coefficient_codes.h"
-#include "jpeg/dct_layout.h"
 #include "jpeg/dct_output.h"
 #include "jpeg/inverse_dct.h"
-#include "jpeg/jpeg_colours.h"
 #include "jpeg/jpeg_markers.h"
 #include "jpeg/progressive_scans.h"
 #include "jpeg/quantisation_tables.h"
 #include "jpeg/upsampling.h"
-#include "samples.h"
 
 namespace tessaret::codecs {
 namespace {
-
-constexpr std::uint32_t kPrecision = 12;
-
-/// A block takes a code of one bit for its first coefficient and another for the rest; in progressive streams the latter come for
-/// many at once.
-constexpr std::uint64_t kBlocksPerByte = 4;
-constexpr std::uint64_t kProgressiveBlocksPerByte = 8;
 
 /// What segments have told so far.
 struct Tables {
   QuantisationTables quantisation;
   HuffmanSpecs huffman;
   std::uint32_t restartInterval = 0;
-  ColourMarks colours;
 };
 
 struct Image {
-  FrameHeader header;
-  DctLayout layout;
-  std::array<std::optional<DctPlane>, kMostComponents> planes;  // empty until all is there
+  const FrameHeader& header;
+  const DctLayout& layout;
+  std::array<std::optional<DctPlane>, kMostComponents> planes{};  // empty until all is there
 };
-
-bool IsProgressive(const Image& image) { return image.header.marker == Marker::kSof2; }
 
 /// One component in a scan.
 struct Part {
@@ -55,40 +41,6 @@ struct Part {
   DctPlane& plane;
   std::int32_t before = 0;  // first coefficient of the last block
 };
-
-void ReadApplication(const Segment& segment, ColourMarks& marks) {
-  BoundedReader content = segment.content;
-  std::array<std::uint8_t, 12> begin{};
-  if (segment.marker == Marker::kApp0) {
-    if (content.Copy(begin.data(), 5) && std::memcmp(begin.data(), "JFIF", 5) == 0) {
-      marks.hasJfif = true;
-    }
-  } else if (segment.marker == Marker::kApp14) {
-    if (content.Copy(begin.data(), 12) && std::memcmp(begin.data(), "Adobe", 5) == 0) {
-      marks.adobeTransform = begin[11];
-    }
-  }
-}
-
-Image BeginImage(const Segment& segment, const FrameFormat& format, std::size_t bytes) {
-  if (segment.marker > Marker::kSof2) {
-    Fail("the code stream is of a kind (SOF%u) that is not decoded",
-         static_cast<unsigned>(segment.marker) - static_cast<unsigned>(Marker::kSof0));
-  }
-  Image image;
-  image.header = ReadFrameHeader(segment);
-  RequireSameShape(image.header, format);
-  if (image.header.precision != kPrecision) {
-    Fail("samples of %u bits are not decoded", image.header.precision);
-  }
-  if (image.header.count != 1 && image.header.count != 3) {
-    Fail("%zu components are not decoded", image.header.count);
-  }
-  image.layout = MakeDctLayout(image.header);
-  RequirePlausible(bytes, image.layout.Blocks(),
-                   IsProgressive(image) ? kProgressiveBlocksPerByte : kBlocksPerByte);
-  return image;
-}
 
 DctPlane& BeginPlane(Image& image, std::size_t index) {
   auto& plane = image.planes[index];
@@ -178,9 +130,6 @@ void ReadTables(const Segment& segment, Tables& tables) {
     case Marker::kDri:
       tables.restartInterval = ReadRestartInterval(segment);
       return;
-    case Marker::kApp0:
-    case Marker::kApp14:
-      return ReadApplication(segment, tables.colours);
     case Marker::kDac:
     case Marker::kDnl:
     case Marker::kJpg:
@@ -190,22 +139,10 @@ void ReadTables(const Segment& segment, Tables& tables) {
   }
 }
 
-/// Segments up to the frame header, which it gives.
-Segment ReadUpToFrame(MarkerReader& reader, Tables& tables) {
-  for (;;) {
-    const Segment segment = reader.Next();
-    if (IsFrameHeader(segment.marker)) return segment;
-    if (segment.marker == Marker::kSos) Fail("a scan comes before the frame header");
-    if (segment.marker == Marker::kEoi) Fail("the code stream has no frame header");
-    ReadTables(segment, tables);
-  }
-}
-
 /// Calls read(rest, scan) for each scan up to the end of the image; it gives the bytes that the scan had.
 template <class ReadOne>
 void ReadScans(MarkerReader& reader, Tables& tables, const FrameHeader& header, ReadOne read) {
   for (Segment segment = reader.Next(); segment.marker != Marker::kEoi; segment = reader.Next()) {
-    if (IsFrameHeader(segment.marker)) Fail("the code stream has two frame headers");
     if (segment.marker == Marker::kSos) {
       reader.Skip(read(reader.Rest(), ReadScanHeader(segment, header)));
     } else {
@@ -234,26 +171,22 @@ void ReadProgressive(MarkerReader& reader, Tables& tables, Image& image) {
 
 }  // namespace
 
-DecodedFrame DecodeDct12(Bytes stream, const FrameFormat& format, MutableBytes frame) {
+void DecodeDct12(Bytes stream, const DctSurvey& survey, const FrameFormat& format,
+                 MutableBytes frame) {
   Tables tables;
+  Image image{survey.header, survey.layout};
   MarkerReader reader(stream);
-  Image image = BeginImage(ReadUpToFrame(reader, tables), format, stream.size());
-  if (IsProgressive(image)) {
+  if (survey.header.marker == Marker::kSof2) {
     ReadProgressive(reader, tables, image);
   } else {
     ReadSequential(reader, tables, image);
   }
   std::vector<RowMaker> rows;
-  rows.reserve(image.header.count);
-  for (std::size_t at = 0; at < image.header.count; ++at) {
-    rows.emplace_back(*image.planes[at], image.layout);
+  rows.reserve(survey.header.count);
+  for (std::size_t at = 0; at < survey.header.count; ++at) {
+    rows.emplace_back(*image.planes[at], survey.layout);
   }
-  const bool isColour = image.header.count == 3;
-  // Components called R, G and B are so.
-  const bool guess = image.header.components[0].id != 'R';
-  WriteDctRows(rows, isColour && AreYcc(tables.colours, format.photometric, guess), format, frame);
-  ExtendSigns(frame, format, kPrecision);
-  return {.precision = kPrecision, .isRgb = isColour, .isLossy = true};
+  WriteDctRows(rows, survey.isYcc, format, frame);
 }
 
 }  // namespace tessaret::codecs

@@ -1,11 +1,13 @@
-// JPEG by discrete cosine transform (ISO/IEC 10918-1) with samples of eight bits: baseline, extended and progressive.
+// Samples of eight bits, by the JPEG library.
 #pragma once
 
-#include "frame_coder.h"
+#include "frame_format.h"
+#include "jpeg/dct_survey.h"
 
 namespace tessaret::codecs {
 
-/// As FrameCoder::Decode. Three components become red, green and blue.
-DecodedFrame DecodeDct8(Bytes stream, const FrameFormat& format, MutableBytes frame);
+/// Fills the frame, three components as red, green and blue. Throws CodecFailure for damage.
+void DecodeDct8(Bytes stream, const DctSurvey& survey, const FrameFormat& format,
+                MutableBytes frame);
 
 }  // namespace tessaret::codecs

@@ -1,29 +1,22 @@
 #include "jpeg/dct_decoder.h"
 
-#include "failure.h"
 #include "jpeg/dct12_decoder.h"
 #include "jpeg/dct8_decoder.h"
-#include "jpeg/jpeg_markers.h"
+#include "jpeg/dct_survey.h"
+#include "samples.h"
 
 namespace tessaret::codecs {
-namespace {
-
-std::uint32_t PrecisionOf(Bytes stream) {
-  MarkerReader reader(stream);
-  for (;;) {
-    const Segment segment = reader.Next();
-    if (IsFrameHeader(segment.marker)) return ReadFrameHeader(segment).precision;
-    if (segment.marker == Marker::kEoi || segment.marker == Marker::kSos) {
-      Fail("the code stream has no frame header");
-    }
-  }
-}
-
-}  // namespace
 
 DecodedFrame DecodeDct(Bytes stream, const FrameFormat& format, MutableBytes frame) {
-  return PrecisionOf(stream) == 8 ? DecodeDct8(stream, format, frame)
-                                  : DecodeDct12(stream, format, frame);
+  const DctSurvey survey = SurveyDct(stream, format);
+  const std::uint32_t precision = survey.header.precision;
+  if (precision == 8) {
+    DecodeDct8(stream, survey, format, frame);
+  } else {
+    DecodeDct12(stream, survey, format, frame);
+  }
+  ExtendSigns(frame, format, precision);
+  return {precision, survey.header.count == 3};
 }
 
 }  // namespace tessaret::codecs

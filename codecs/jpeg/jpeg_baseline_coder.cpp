@@ -1,13 +1,13 @@
 #include "jpeg/jpeg_baseline_coder.h"
 
-#include "jpeg/dct8_decoder.h"
 #include "jpeg/dct8_encoder.h"
+#include "jpeg/dct_decoder.h"
 
 namespace tessaret::codecs {
 
 DecodedFrame JpegBaselineCoder::Decode(Bytes stream, const FrameFormat& format,
                                        MutableBytes frame) const {
-  return DecodeDct8(stream, format, frame);
+  return DecodeDct(stream, format, frame);
 }
 
 void JpegBaselineCoder::RequireEncodable(const FrameFormat& format) const { RequireDct8(format); }

@@ -1,7 +1,7 @@
 #include "jpeg/jpeg_lossless_coder.h"
 
 #include "failure.h"
-#include "jpeg/dct8_decoder.h"
+#include "jpeg/dct_decoder.h"
 #include "jpeg/jpeg_markers.h"
 #include "jpeg/lossless_decoder.h"
 #include "jpeg/lossless_encoder.h"
@@ -18,7 +18,7 @@ bool IsDct8(const FrameHeader& header) {
 
 DecodedFrame JpegLosslessCoder::Decode(Bytes stream, const FrameFormat& format,
                                        MutableBytes frame) const {
-  if (IsDct8(FindFrameHeader(stream))) return DecodeDct8(stream, format, frame);
+  if (IsDct8(FindFrameHeader(stream))) return DecodeDct(stream, format, frame);
   return DecodeLosslessJpeg(stream, format, frame);
 }
 

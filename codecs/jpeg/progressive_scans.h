@@ -18,8 +18,8 @@ class ProgressiveScans {
  public:
   explicit ProgressiveScans(const DctLayout& layout);
 
-  /// Takes the scan at the begin of `rest`, and gives how many bytes it had. Throws CodecFailure where it is damaged, where it does
-  /// not go on from those before, and for more scans than any image needs.
+  /// Takes the scan at the begin of `rest`, and gives how many bytes it had. Throws CodecFailure where it is damaged and where it
+  /// does not go on from those before.
   std::size_t Read(Bytes rest, const FrameHeader& frame, const ScanHeader& scan,
                    const HuffmanSpecs& huffman, const QuantisationTables& quantisation,
                    std::uint32_t restartInterval);
@@ -37,7 +37,6 @@ class ProgressiveScans {
   void RequireNext(const ScanHeader& scan);
 
   const DctLayout& layout_;
-  std::size_t count_ = 0;
   std::vector<Component> components_;
 };
 
