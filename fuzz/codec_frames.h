@@ -7,6 +7,7 @@
 #include <new>
 #include <vector>
 
+#include "base/byte_order.h"
 #include "failure.h"
 #include "frame_coder.h"
 
@@ -18,8 +19,8 @@ inline constexpr std::size_t kFormatBytes = 8;
 /// refused before a coder is asked, or take more memory than a target has.
 inline bool FormatFrom(const std::uint8_t* data, std::size_t size, codecs::FrameFormat& format) {
   if (size < kFormatBytes) return false;
-  format.rows = data[0] | data[1] << 8;
-  format.columns = data[2] | data[3] << 8;
+  format.rows = LoadLittle16(data);
+  format.columns = LoadLittle16(data + 2);
   format.samples = 1 + data[4] % 4;
   static constexpr std::uint32_t kAllocated[] = {8, 16, 32, 1};
   format.bitsAllocated = kAllocated[data[5] % 4];

@@ -10,6 +10,7 @@
 #include "base/byte_order.h"
 #include "failure.h"
 #include "jpegls/jpegls_header.h"
+#include "jpegls/jpegls_scan.h"
 #include "plausible_size.h"
 #include "samples.h"
 
@@ -17,11 +18,9 @@ namespace tessaret::codecs {
 namespace {
 
 struct Destroyer {
-  void operator()(charls_jpegls_decoder* decoder) const { charls_jpegls_decoder_destroy(decoder); }
   void operator()(charls_jpegls_encoder* encoder) const { charls_jpegls_encoder_destroy(encoder); }
 };
 
-using Decoder = std::unique_ptr<charls_jpegls_decoder, Destroyer>;
 using Encoder = std::unique_ptr<charls_jpegls_encoder, Destroyer>;
 
 void Check(charls_jpegls_errc result) {
@@ -45,39 +44,6 @@ void RequireSameImage(const JpegLsHeader& header, const FrameFormat& format) {
   if (header.precision > format.bitsAllocated) {
     Fail("the code stream has samples of %u bits, of which %u are allocated", header.precision,
          format.bitsAllocated);
-  }
-}
-
-void DecodeTo(Bytes stream, MutableBytes samples) {
-  const Decoder decoder(charls_jpegls_decoder_create());
-  if (decoder == nullptr) throw std::bad_alloc();
-  Check(charls_jpegls_decoder_set_source_buffer(decoder.get(), stream.data(), stream.size()));
-  Check(charls_jpegls_decoder_read_header(decoder.get()));
-  std::size_t size = 0;
-  Check(charls_jpegls_decoder_get_destination_size(decoder.get(), 0, &size));
-  if (size != samples.size()) Fail("%zu bytes of samples where %zu are due", size, samples.size());
-  Check(charls_jpegls_decoder_decode_to_buffer(decoder.get(), samples.data(), samples.size(), 0));
-}
-
-/// Samples of a byte, which fill the rear half of `frame`, become samples of two.
-void Widen(MutableBytes frame) {
-  const std::size_t count = frame.size() / 2;
-  const std::uint8_t* narrow = frame.data() + count;
-  for (std::size_t at = 0; at < count; ++at) StoreLittle16(&frame[2 * at], narrow[at]);
-}
-
-/// The library gives samples of up to 8 bits as bytes, whatever is allocated for them.
-bool AreNarrow(std::uint32_t precision, const FrameFormat& format) {
-  return precision <= 8 && format.bitsAllocated == 16;
-}
-
-void DecodeSamples(Bytes stream, std::uint32_t precision, const FrameFormat& format,
-                   MutableBytes samples) {
-  if (AreNarrow(precision, format)) {
-    DecodeTo(stream, samples.subspan(samples.size() / 2));
-    Widen(samples);
-  } else {
-    DecodeTo(stream, samples);
   }
 }
 
@@ -162,14 +128,10 @@ DecodedFrame JpegLsCoder::Decode(Bytes stream, const FrameFormat& format,
                                  MutableBytes frame) const {
   const JpegLsHeader header = ReadJpegLsHeader(stream);
   RequireSameImage(header, format);
-  RequirePlausibleSize(header.size, format);
-  stream = stream.first(header.size);
-  if (header.components > 1 && header.interleave == JpegLsInterleave::kPlanes) {
-    std::vector<std::uint8_t> planes(frame.size());
-    DecodeSamples(stream, header.precision, format, planes);
-    PlanesToPixels(planes, format, frame);
-  } else {
-    DecodeSamples(stream, header.precision, format, frame);
+  RequirePlausibleSize(stream.size(), format);
+  for (std::uint32_t at = 0, first = 0; at < header.scanCount; ++at) {
+    DecodeJpegLsScan(header.scans[at], format, first, frame);
+    first += header.scans[at].components;
   }
   // The bits of a signed sample are there as they were; above Bits Stored they tell nothing, as in native data.
   if (header.precision < format.bitsStored) ExtendSigns(frame, format, header.precision);
@@ -180,7 +142,7 @@ void JpegLsCoder::RequireEncodable(const FrameFormat& format) const {
   if (format.bitsAllocated != 8 && format.bitsAllocated != 16) {
     Fail("JPEG-LS does not hold samples with %u bits allocated", format.bitsAllocated);
   }
-  // The library writes them line by line, and does not read that back.
+  // CharLS writes them and does not read them back; others may not either.
   if (format.samples == 2) Fail("JPEG-LS of 2 samples per pixel is not encoded");
   if (kind_ == JpegLsKind::kNearLossless && format.photometric == "PALETTE COLOR") {
     Fail("numbers of palette entries that are nearly right mean other colours");

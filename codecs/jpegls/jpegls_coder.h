@@ -1,4 +1,4 @@
-// JPEG-LS (ISO/IEC 14495-1), by the library CharLS.
+// JPEG-LS (ISO/IEC 14495-1). CharLS encodes; damaged streams can make it end the process, so decoding is done here.
 #pragma once
 
 #include "frame_coder.h"

@@ -1,7 +1,6 @@
 #include "jpegls/jpegls_header.h"
 
 #include <algorithm>
-#include <array>
 #include <cstring>
 
 #include "base/byte_order.h"
@@ -11,8 +10,6 @@ namespace tessaret::codecs {
 namespace {
 
 enum Marker : std::uint8_t {
-  kFirstRestart = 0xD0,
-  kLastRestart = 0xD7,
   kStartOfImage = 0xD8,
   kEndOfImage = 0xD9,
   kStartOfScan = 0xDA,
@@ -28,14 +25,38 @@ enum Marker : std::uint8_t {
 /// Bytes below this may follow FF within a scan.
 constexpr std::uint8_t kLeastMarker = 0x80;
 
-constexpr std::uint32_t kMostNear = 255;
+constexpr std::int32_t kMostNear = 255;
+constexpr std::int32_t kDefaultReset = 64;
+/// Of what is legal for samples of 16 bits; sums of as many errors are within 31 bits.
+constexpr std::int32_t kMostReset = 32767;
 
-/// The least value of MAXVAL, T1, T2, T3 and RESET that stands for itself; 0 stands for the default.
-struct Presets {
-  std::uint32_t maximum = 0;
-  std::array<std::uint32_t, 3> thresholds{};
-  std::uint32_t reset = 0;
-};
+/// The value, or `least` where that is out of range.
+std::int32_t InRange(std::int32_t value, std::int32_t least, std::int32_t most) {
+  return value > most || value < least ? least : value;
+}
+
+/// ISO/IEC 14495-1, C.2.4.1.1
+std::array<std::int32_t, 3> DefaultThresholds(std::int32_t maximum, std::int32_t nearness) {
+  constexpr std::int32_t kBasic[] = {3, 7, 21};  // of samples of 8 bits without loss
+  constexpr std::int32_t kAllowance[] = {3, 5, 7};
+  std::array<std::int32_t, 3> thresholds{};
+  std::int32_t least = nearness + 1;
+  for (std::int32_t at = 0; at < 3; ++at) {
+    const std::int32_t floor = at + 2;
+    const std::int32_t allowance = kAllowance[at] * nearness;
+    std::int32_t threshold;
+    if (maximum >= 128) {
+      const std::int32_t factor = (std::min(maximum, 4095) + 128) / 256;
+      threshold = factor * (kBasic[at] - floor) + floor + allowance;
+    } else {
+      const std::int32_t factor = 256 / (maximum + 1);
+      threshold = std::max(floor, kBasic[at] / factor + allowance);
+    }
+    least = InRange(threshold, least, maximum);
+    thresholds[static_cast<std::size_t>(at)] = least;
+  }
+  return thresholds;
+}
 
 class Walk {
  public:
@@ -48,19 +69,16 @@ class Walk {
   Bytes NextSegment();
   void ReadFrame(Bytes segment);
   void ReadPresets(Bytes segment);
-  void ReadTransform(Bytes segment);
   void ReadScan(Bytes segment);
-  void RequirePresets(std::uint32_t nearness) const;
-  void SkipScan();
+  [[nodiscard]] JpegLsParameters Parameters(std::int32_t nearness) const;
+  Bytes ScanData();
 
   Bytes stream_;
   std::size_t at_ = 0;
   JpegLsHeader header_;
   std::array<std::uint8_t, JpegLsHeader::kMostComponents> ids_{};
-  Presets presets_;
+  JpegLsParameters presets_;   // 0 stands for the default
   std::uint32_t scanned_ = 0;  // components whose scans have begun
-  bool isTransformed_ = false;
-  bool hasRestarts_ = false;
 };
 
 std::uint8_t Walk::NextMarker() {
@@ -128,36 +146,34 @@ void Walk::ReadPresets(Bytes segment) {
   presets_.reset = LoadBig16(&segment[9]);
 }
 
-/// The transforms of one maker's extension, of which the decoding library knows the first three.
-void Walk::ReadTransform(Bytes segment) {
-  if (segment.size() != 5 || std::memcmp(segment.data(), "mrfx", 4) != 0) return;
-  const std::uint32_t transform = segment[4];
-  if (transform > 3) Fail("colour transform %u of the code stream is not known", transform);
-  isTransformed_ = transform != 0;
-}
-
 /// ISO/IEC 14495-1, table C.1
-void Walk::RequirePresets(std::uint32_t nearness) const {
-  const std::uint32_t highest = (1U << header_.precision) - 1;
-  const std::uint32_t maximum = presets_.maximum != 0 ? presets_.maximum : highest;
-  if (maximum > highest) {
-    Fail("the largest value is %u in samples of %u bits", maximum, header_.precision);
+JpegLsParameters Walk::Parameters(std::int32_t nearness) const {
+  const std::int32_t highest = (1 << header_.precision) - 1;
+  JpegLsParameters parameters = presets_;
+  if (parameters.maximum == 0) parameters.maximum = highest;
+  if (parameters.maximum > highest) {
+    Fail("the largest value is %d in samples of %u bits", parameters.maximum, header_.precision);
   }
-  if (nearness > std::min(kMostNear, maximum / 2)) {
-    Fail("NEAR is %u where the largest value is %u", nearness, maximum);
+  if (nearness > std::min(kMostNear, parameters.maximum / 2)) {
+    Fail("NEAR is %d where the largest value is %d", nearness, parameters.maximum);
   }
-  std::uint32_t least = nearness + 1;
-  for (const std::uint32_t threshold : presets_.thresholds) {
-    if (threshold == 0) continue;
-    if (threshold < least || threshold > maximum) {
-      Fail("a threshold of %u is not from %u to %u", threshold, least, maximum);
+  parameters.nearness = nearness;
+  const std::array<std::int32_t, 3> defaults = DefaultThresholds(parameters.maximum, nearness);
+  std::int32_t least = nearness + 1;
+  for (std::size_t at = 0; at < defaults.size(); ++at) {
+    std::int32_t& threshold = parameters.thresholds[at];
+    if (threshold == 0) threshold = defaults[at];
+    if (threshold < least || threshold > parameters.maximum) {
+      Fail("a threshold of %d is not from %d to %d", threshold, least, parameters.maximum);
     }
     least = threshold;
   }
-  if (presets_.reset != 0 &&
-      (presets_.reset < 3 || presets_.reset > std::max(kMostNear, maximum))) {
-    Fail("counters are halved at %u, which is out of range", presets_.reset);
+  if (parameters.reset == 0) parameters.reset = kDefaultReset;
+  if (parameters.reset < 3 || parameters.reset > std::max(kMostNear, parameters.maximum) ||
+      parameters.reset > kMostReset) {
+    Fail("counters are halved at %d, which is out of range", parameters.reset);
   }
+  return parameters;
 }
 
 void Walk::ReadScan(Bytes segment) {
@@ -183,28 +199,40 @@ void Walk::ReadScan(Bytes segment) {
   if (interleave > 2 || (count == 1) != (interleave == 0)) {
     Fail("a scan of %u components with interleave mode %u", count, interleave);
   }
-  header_.interleave = static_cast<JpegLsInterleave>(interleave);
-  // The decoding library would leave the transform in where components come one by one.
-  if (isTransformed_ && (interleave == 0 || header_.components != 3)) {
-    Fail("a colour transform of components that are not together");
-  }
-  RequirePresets(last[0]);
+  JpegLsScan& scan = header_.scans[header_.scanCount++];
+  scan.components = count;
+  scan.interleave = static_cast<JpegLsInterleave>(interleave);
+  scan.parameters = Parameters(last[0]);
+  scan.data = ScanData();
   scanned_ += count;
 }
 
-/// To the next marker that is not part of the scan.
-void Walk::SkipScan() {
+/// Goes on to the next marker.
+Bytes Walk::ScanData() {
+  const std::size_t begin = at_;
   while (at_ < stream_.size()) {
     const void* found = std::memchr(&stream_[at_], 0xFF, stream_.size() - at_);
     if (found == nullptr) break;
     at_ = static_cast<std::size_t>(static_cast<const std::uint8_t*>(found) - stream_.data());
     if (stream_.size() - at_ < 2) break;
-    const std::uint8_t next = stream_[at_ + 1];
-    const bool isRestart = hasRestarts_ && next >= kFirstRestart && next <= kLastRestart;
-    if (next >= kLeastMarker && !isRestart) return;
+    if (stream_[at_ + 1] >= kLeastMarker) return stream_.subspan(begin, at_ - begin);
     at_ += 2;
   }
   Fail("the code stream has no end marker");
+}
+
+/// One maker's extension, by which components are coded as differences.
+void RequireNoTransform(Bytes segment) {
+  constexpr std::size_t kSize = 5;
+  if (segment.size() == kSize && std::memcmp(segment.data(), "mrfx", 4) == 0 && segment[4] != 0) {
+    Fail("colour transform %u of the code stream is not supported", unsigned{segment[4]});
+  }
+}
+
+void RequireNoRestarts(Bytes segment) {
+  for (const std::uint8_t byte : segment) {
+    if (byte != 0) Fail("restarts in the code stream are not supported");
+  }
 }
 
 JpegLsHeader Walk::Run() {
@@ -219,7 +247,6 @@ JpegLsHeader Walk::Run() {
         if (header_.components == 0 || scanned_ < header_.components) {
           Fail("the code stream ends with %u of %u components", scanned_, header_.components);
         }
-        header_.size = at_;
         return header_;
       case kStartOfFrame:
         ReadFrame(NextSegment());
@@ -229,14 +256,12 @@ JpegLsHeader Walk::Run() {
         break;
       case kStartOfScan:
         ReadScan(NextSegment());
-        SkipScan();
         break;
       case kRestartInterval:
-        NextSegment();
-        hasRestarts_ = true;
+        RequireNoRestarts(NextSegment());
         break;
       case kColorTransform:
-        ReadTransform(NextSegment());
+        RequireNoTransform(NextSegment());
         break;
       default:
         if (marker != kComment && (marker < kFirstApplication || marker > kLastApplication)) {
