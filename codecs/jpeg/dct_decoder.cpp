@@ -16,7 +16,7 @@ DecodedFrame DecodeDct(Bytes stream, const FrameFormat& format, MutableBytes fra
     DecodeDct12(stream, survey, format, frame);
   }
   ExtendSigns(frame, format, precision);
-  return {precision, survey.header.count == 3};
+  return {.precision = precision, .isRgb = survey.header.count == 3, .isLossy = true};
 }
 
 }  // namespace tessaret::codecs

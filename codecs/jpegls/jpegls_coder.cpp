@@ -135,7 +135,7 @@ DecodedFrame JpegLsCoder::Decode(Bytes stream, const FrameFormat& format,
   }
   // The bits of a signed sample are there as they were; above Bits Stored they tell nothing, as in native data.
   if (header.precision < format.bitsStored) ExtendSigns(frame, format, header.precision);
-  return {header.precision, false};
+  return {.precision = header.precision, .isLossy = header.nearness != 0};
 }
 
 void JpegLsCoder::RequireEncodable(const FrameFormat& format) const {
