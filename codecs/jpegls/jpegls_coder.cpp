@@ -129,13 +129,16 @@ DecodedFrame JpegLsCoder::Decode(Bytes stream, const FrameFormat& format,
   const JpegLsHeader header = ReadJpegLsHeader(stream);
   RequireSameImage(header, format);
   RequirePlausibleSize(stream.size(), format);
+  DecodedFrame decoded{.precision = header.precision};
   for (std::uint32_t at = 0, first = 0; at < header.scanCount; ++at) {
-    DecodeJpegLsScan(header.scans[at], format, first, frame);
-    first += header.scans[at].components;
+    const JpegLsScan& scan = header.scans[at];
+    DecodeJpegLsScan(scan, format, first, frame);
+    first += scan.components;
+    decoded.isLossy = decoded.isLossy || scan.parameters.nearness != 0;
   }
   // The bits of a signed sample are there as they were; above Bits Stored they tell nothing, as in native data.
   if (header.precision < format.bitsStored) ExtendSigns(frame, format, header.precision);
-  return {.precision = header.precision, .isLossy = header.nearness != 0};
+  return decoded;
 }
 
 void JpegLsCoder::RequireEncodable(const FrameFormat& format) const {
