@@ -25,8 +25,8 @@ std::uint16_t FirstOf(std::uint64_t entry, std::uint64_t held) {
 
 }  // namespace
 
-DifferenceTable::DifferenceTable(const HuffmanSpec& spec) : codes_(spec) {
-  spec.RequireValues(kMostCategory);
+DifferenceTable::DifferenceTable(const HuffmanSpec& listed) : codes_(listed) {
+  listed.RequireValues(kMostCategory);
   constexpr unsigned kBelow = 64 - kLookup;
   for (std::uint64_t bits = 0; bits < entries_.size(); ++bits) {
     entries_[bits] = SingleEntry(bits << kBelow);

@@ -18,7 +18,7 @@ inline constexpr unsigned kMostCategory = 16;
 class DifferenceTable {
  public:
   /// Throws CodecFailure for categories above kMostCategory.
-  explicit DifferenceTable(const HuffmanSpec& spec);
+  explicit DifferenceTable(const HuffmanSpec& listed);
 
   /// The next `count` differences, modulo 65536. Behind the end they are made up: the caller asks the reader. Throws
   /// CodecFailure for bits that are no code.

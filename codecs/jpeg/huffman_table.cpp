@@ -8,9 +8,9 @@ namespace tessaret::codecs {
 namespace {
 
 /// Throws where there are not as many codes as the counts say.
-void RequireRoom(const HuffmanSpec& spec) {
+void RequireRoom(const HuffmanSpec& listed) {
   std::uint32_t left = 1;
-  for (const std::uint8_t count : spec.counts) {
+  for (const std::uint8_t count : listed.counts) {
     left *= 2;
     if (count > left) Fail("a Huffman table has more codes than there can be");
     left -= count;
@@ -18,13 +18,13 @@ void RequireRoom(const HuffmanSpec& spec) {
 }
 
 HuffmanSpec ReadSpec(BoundedReader& from) {
-  HuffmanSpec spec;
-  if (!from.Copy(spec.counts.data(), spec.counts.size())) Fail("a Huffman table ends early");
-  for (const std::uint8_t count : spec.counts) spec.size += count;
-  if (spec.size > spec.values.size()) Fail("a Huffman table has %zu codes", spec.size);
-  if (!from.Copy(spec.values.data(), spec.size)) Fail("a Huffman table ends early");
-  RequireRoom(spec);
-  return spec;
+  HuffmanSpec listed;
+  if (!from.Copy(listed.counts.data(), listed.counts.size())) Fail("a Huffman table ends early");
+  for (const std::uint8_t count : listed.counts) listed.size += count;
+  if (listed.size > listed.values.size()) Fail("a Huffman table has %zu codes", listed.size);
+  if (!from.Copy(listed.values.data(), listed.size)) Fail("a Huffman table ends early");
+  RequireRoom(listed);
+  return listed;
 }
 
 }  // namespace
@@ -44,18 +44,18 @@ void HuffmanSpecs::Read(BoundedReader segment) {
   }
 }
 
-const HuffmanSpec& RequireTable(const std::array<std::optional<HuffmanSpec>, 4>& specs,
+const HuffmanSpec& RequireTable(const std::array<std::optional<HuffmanSpec>, 4>& known,
                                 std::uint8_t id) {
-  const auto& spec = specs[id];
-  if (!spec) Fail("there is no Huffman table %u", id);
-  return *spec;
+  const auto& listed = known[id];
+  if (!listed) Fail("there is no Huffman table %u", id);
+  return *listed;
 }
 
-HuffmanTable::HuffmanTable(const HuffmanSpec& spec) : values_(spec.values) {
+HuffmanTable::HuffmanTable(const HuffmanSpec& listed) : values_(listed.values) {
   std::uint32_t code = 0;
   std::uint32_t place = 0;
   for (std::size_t length = 1; length <= HuffmanSpec::kLongest; ++length) {
-    const std::uint32_t count = spec.counts[length - 1];
+    const std::uint32_t count = listed.counts[length - 1];
     places_[length - 1] = place - code;
     if (length <= kShort) {
       const std::size_t spread = std::size_t{1} << (kShort - length);

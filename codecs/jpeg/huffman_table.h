@@ -35,7 +35,7 @@ struct HuffmanSpecs {
 };
 
 /// Throws CodecFailure where no segment has set the table of this id.
-const HuffmanSpec& RequireTable(const std::array<std::optional<HuffmanSpec>, 4>& specs,
+const HuffmanSpec& RequireTable(const std::array<std::optional<HuffmanSpec>, 4>& known,
                                 std::uint8_t id);
 
 /// Finds codes.
@@ -46,7 +46,7 @@ class HuffmanTable {
     std::uint8_t value = 0;
   };
 
-  explicit HuffmanTable(const HuffmanSpec& spec);
+  explicit HuffmanTable(const HuffmanSpec& listed);
 
   /// The code with which these 16 bits begin.
   [[nodiscard]] Code Find(std::uint32_t bits) const {

@@ -62,7 +62,7 @@ class Decoder {
     if (segment.marker == Marker::kSof3) {
       TakeHeader(segment);
     } else if (segment.marker == Marker::kDht) {
-      specs_.Read(segment.content);
+      known_.Read(segment.content);
     } else if (segment.marker == Marker::kDri) {
       restartInterval_ = ReadRestartInterval(segment);
     } else if (segment.marker == Marker::kSos) {
@@ -90,7 +90,7 @@ class Decoder {
       const std::size_t index = header.components[at].index;
       if (std::exchange(isDone_[index], true)) Fail("component %zu comes twice", index + 1);
     }
-    LosslessScan scan(header, *header_, specs_);
+    LosslessScan scan(header, *header_, known_);
     const std::uint32_t rows = header_->rows;
     const std::uint32_t step = RowsPerInterval();
     const EntropyData data(markers_.Rest(), (std::uint64_t{rows} + step - 1) / step);
@@ -114,7 +114,7 @@ class Decoder {
   MutableBytes frame_;
   MarkerReader markers_;
   std::optional<FrameHeader> header_;
-  HuffmanSpecs specs_;
+  HuffmanSpecs known_;
   std::uint32_t restartInterval_ = 0;
   std::array<bool, kMostComponents> isDone_{};
 };

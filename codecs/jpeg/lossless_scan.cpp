@@ -39,7 +39,7 @@ void StoreAll(const std::vector<std::uint16_t>& row, unsigned shift, std::uint8_
 }  // namespace
 
 LosslessScan::LosslessScan(const ScanHeader& scan, const FrameHeader& header,
-                           const HuffmanSpecs& specs)
+                           const HuffmanSpecs& known)
     : precision_(header.precision - scan.low),
       predictor_(scan.start),
       shift_(scan.low),
@@ -50,12 +50,12 @@ LosslessScan::LosslessScan(const ScanHeader& scan, const FrameHeader& header,
   }
   tables_.reserve(samples_);
   for (std::size_t at = 0; at < samples_; ++at) {
-    const HuffmanSpec& spec = RequireTable(specs.dc, scan.components[at].dcTable);
+    const HuffmanSpec& listed = RequireTable(known.dc, scan.components[at].dcTable);
     places_[at] = scan.components[at].index;
     // Components with like tables, as they nearly always are, are read as one.
     std::size_t like = 0;
-    while (like < at && !(RequireTable(specs.dc, scan.components[like].dcTable) == spec)) ++like;
-    if (like == at) tables_.emplace_back(spec);
+    while (like < at && !(RequireTable(known.dc, scan.components[like].dcTable) == listed)) ++like;
+    if (like == at) tables_.emplace_back(listed);
     tableFor_[at] = like == at ? tables_.size() - 1 : tableFor_[like];
   }
   row_.resize(header.columns * samples_);

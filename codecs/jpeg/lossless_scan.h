@@ -17,7 +17,7 @@ namespace tessaret::codecs {
 class LosslessScan {
  public:
   /// Throws CodecFailure for a predictor or a point transform that there is not, and where tables are missing.
-  LosslessScan(const ScanHeader& scan, const FrameHeader& header, const HuffmanSpecs& specs);
+  LosslessScan(const ScanHeader& scan, const FrameHeader& header, const HuffmanSpecs& known);
 
   /// Writes rows from `firstRow` on, as many as one restart interval holds, to their places in `frame`. Throws CodecFailure where
   /// the data do not end with them, and for samples that need more bits than the code stream has.

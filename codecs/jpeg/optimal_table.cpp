@@ -91,41 +91,41 @@ HuffmanSpec OptimalTable(std::span<const std::uint64_t> frequencies) {
   counts[0] = 0;
   Limit(counts);
   DropReserved(counts);
-  HuffmanSpec spec;
+  HuffmanSpec listed;
   for (std::size_t length = 1; length <= HuffmanSpec::kLongest; ++length) {
-    spec.counts[length - 1] = static_cast<std::uint8_t>(counts[length]);
+    listed.counts[length - 1] = static_cast<std::uint8_t>(counts[length]);
   }
   for (std::size_t length = 1; length < counts.size(); ++length) {
     for (std::size_t value = 0; value < kValues; ++value) {
-      if (lengths[value] == length) spec.values[spec.size++] = static_cast<std::uint8_t>(value);
+      if (lengths[value] == length) listed.values[listed.size++] = static_cast<std::uint8_t>(value);
     }
   }
-  return spec;
+  return listed;
 }
 
-std::array<HuffmanCode, 256> CodesOf(const HuffmanSpec& spec) {
+std::array<HuffmanCode, 256> CodesOf(const HuffmanSpec& listed) {
   std::array<HuffmanCode, 256> codes{};
   std::uint32_t code = 0;
   std::size_t place = 0;
   for (std::size_t length = 1; length <= HuffmanSpec::kLongest; ++length, code *= 2) {
-    for (unsigned left = spec.counts[length - 1]; left != 0; --left, ++code, ++place) {
-      codes[spec.values[place]] = {static_cast<std::uint16_t>(code),
-                                   static_cast<std::uint8_t>(length)};
+    for (unsigned left = listed.counts[length - 1]; left != 0; --left, ++code, ++place) {
+      codes[listed.values[place]] = {static_cast<std::uint16_t>(code),
+                                     static_cast<std::uint8_t>(length)};
     }
   }
   return codes;
 }
 
-void AppendTable(const HuffmanSpec& spec, unsigned tableClass, unsigned id,
+void AppendTable(const HuffmanSpec& listed, unsigned tableClass, unsigned id,
                  std::vector<std::uint8_t>& stream) {
-  const std::size_t length = 2 + 1 + spec.counts.size() + spec.size;
+  const std::size_t length = 2 + 1 + listed.counts.size() + listed.size;
   for (const std::size_t byte : {std::size_t{0xFF}, std::size_t{0xC4}, length >> 8, length & 0xFF,
                                  std::size_t{tableClass} << 4 | id}) {
     stream.push_back(static_cast<std::uint8_t>(byte));
   }
-  stream.insert(stream.end(), spec.counts.begin(), spec.counts.end());
-  stream.insert(stream.end(), spec.values.begin(),
-                spec.values.begin() + static_cast<std::ptrdiff_t>(spec.size));
+  stream.insert(stream.end(), listed.counts.begin(), listed.counts.end());
+  stream.insert(stream.end(), listed.values.begin(),
+                listed.values.begin() + static_cast<std::ptrdiff_t>(listed.size));
 }
 
 }  // namespace tessaret::codecs

@@ -20,10 +20,10 @@ struct HuffmanCode {
 };
 
 /// The codes of a table, by value.
-std::array<HuffmanCode, 256> CodesOf(const HuffmanSpec& spec);
+std::array<HuffmanCode, 256> CodesOf(const HuffmanSpec& listed);
 
 /// Bytes of the DHT segment of a table, from the marker on.
-void AppendTable(const HuffmanSpec& spec, unsigned tableClass, unsigned id,
+void AppendTable(const HuffmanSpec& listed, unsigned tableClass, unsigned id,
                  std::vector<std::uint8_t>& stream);
 
 }  // namespace tessaret::codecs

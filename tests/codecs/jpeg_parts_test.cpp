@@ -201,17 +201,17 @@ TEST(HuffmanSpecs, TakeAllTablesOfASegment) {
   test::PlainTable steep = test::SteepTable(3);
   const Stream content = Joined(
       {{0x02}, test::FlatTable().Content(), {0x12}, steep.Content(), {0x02}, steep.Content()});
-  HuffmanSpecs specs;
-  specs.Read(BoundedReader(content.data(), content.size()));
-  ASSERT_TRUE(specs.dc[2] && specs.ac[2]);
-  EXPECT_EQ(*specs.dc[2], *specs.ac[2]);  // the later one replaced the first
-  EXPECT_EQ(specs.dc[2]->size, 17u);
-  EXPECT_EQ(specs.dc[2]->counts[15], 4);
-  EXPECT_EQ(specs.dc[2]->values[0], 3);
-  EXPECT_FALSE(specs.dc[0]);
-  EXPECT_EQ(WordsOf([&] { RequireTable(specs.dc, 0); }), "there is no Huffman table 0");
-  EXPECT_EQ(WordsOf([&] { specs.dc[2]->RequireValues(16); }), "");
-  EXPECT_EQ(WordsOf([&] { specs.dc[2]->RequireValues(15); }),
+  HuffmanSpecs known;
+  known.Read(BoundedReader(content.data(), content.size()));
+  ASSERT_TRUE(known.dc[2] && known.ac[2]);
+  EXPECT_EQ(*known.dc[2], *known.ac[2]);  // the later one replaced the first
+  EXPECT_EQ(known.dc[2]->size, 17u);
+  EXPECT_EQ(known.dc[2]->counts[15], 4);
+  EXPECT_EQ(known.dc[2]->values[0], 3);
+  EXPECT_FALSE(known.dc[0]);
+  EXPECT_EQ(WordsOf([&] { RequireTable(known.dc, 0); }), "there is no Huffman table 0");
+  EXPECT_EQ(WordsOf([&] { known.dc[2]->RequireValues(16); }), "");
+  EXPECT_EQ(WordsOf([&] { known.dc[2]->RequireValues(15); }),
             "a Huffman table has the value 16, above 15");
 }
 
@@ -237,9 +237,9 @@ TEST(HuffmanSpecs, RefuseDamagedTables) {
 
 HuffmanSpec SpecOf(const test::PlainTable& table) {
   const Stream content = Joined({{0x00}, table.Content()});
-  HuffmanSpecs specs;
-  specs.Read(BoundedReader(content.data(), content.size()));
-  return *specs.dc[0];
+  HuffmanSpecs known;
+  known.Read(BoundedReader(content.data(), content.size()));
+  return *known.dc[0];
 }
 
 TEST(HuffmanTable, FindsEachCodeWhateverFollowsIt) {
@@ -380,9 +380,9 @@ TEST(BitWriter, PutsBitsInTheirOrderAndFillsUpWithOnes) {
   EXPECT_EQ(stuffed, (Stream{7, 0xBF, 0xFF, 0, 0xFF, 0, 0xFF, 0, 0xE0, 0, 0, 0, 0x7F}));
 }
 
-std::vector<unsigned> LengthsOf(const HuffmanSpec& spec, std::size_t values) {
+std::vector<unsigned> LengthsOf(const HuffmanSpec& listed, std::size_t values) {
   std::vector<unsigned> lengths;
-  const auto codes = CodesOf(spec);
+  const auto codes = CodesOf(listed);
   for (std::size_t value = 0; value < values; ++value) lengths.push_back(codes[value].length);
   return lengths;
 }
@@ -396,9 +396,9 @@ TEST(OptimalTable, GivesTheLengthsThatFrequenciesAskFor) {
 }
 
 /// Checks that no code is the beginning of another one, none is longer than 16 bits, and none has ones alone.
-void CheckCodes(const HuffmanSpec& spec, std::size_t values) {
+void CheckCodes(const HuffmanSpec& listed, std::size_t values) {
   std::uint32_t taken = 0;  // of 65536
-  const auto codes = CodesOf(spec);
+  const auto codes = CodesOf(listed);
   for (std::size_t value = 0; value < values; ++value) {
     const HuffmanCode code = codes[value];
     ASSERT_GE(code.length, 1);
@@ -407,8 +407,8 @@ void CheckCodes(const HuffmanSpec& spec, std::size_t values) {
     taken += 65536u >> code.length;
   }
   EXPECT_LT(taken, 65536u);
-  EXPECT_EQ(spec.size, values);
-  const HuffmanTable table(spec);
+  EXPECT_EQ(listed.size, values);
+  const HuffmanTable table(listed);
   for (std::size_t value = 0; value < values; ++value) {
     const HuffmanCode code = codes[value];
     EXPECT_EQ(table.Find(std::uint32_t{code.bits} << (16 - code.length)).value, value);
@@ -428,16 +428,16 @@ TEST(OptimalTable, HasNoCodeOfMoreThanSixteenBits) {
 TEST(OptimalTable, IsReadBackFromItsSegment) {
   std::vector<std::uint64_t> frequencies(30);
   std::iota(frequencies.begin(), frequencies.end(), 1);
-  const HuffmanSpec spec = OptimalTable(frequencies);
+  const HuffmanSpec listed = OptimalTable(frequencies);
   Stream stream = kSoi;
-  AppendTable(spec, 1, 2, stream);
+  AppendTable(listed, 1, 2, stream);
   MarkerReader reader(stream);
   const Segment segment = reader.Next();
   EXPECT_EQ(segment.marker, Marker::kDht);
-  HuffmanSpecs specs;
-  specs.Read(segment.content);
-  ASSERT_TRUE(specs.ac[2]);
-  EXPECT_EQ(*specs.ac[2], spec);
+  HuffmanSpecs known;
+  known.Read(segment.content);
+  ASSERT_TRUE(known.ac[2]);
+  EXPECT_EQ(*known.ac[2], listed);
 }
 
 }  // namespace
