@@ -1,5 +1,6 @@
 #include "jpeg/bit_reader.h"
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstring>
 
@@ -39,14 +40,13 @@ void BitReader::FillAtEnd() {
 
 void BitReader::RequireUsedUp() const {
   if (IsOverrun()) Fail("the entropy-coded data end early");
-  BitReader rest = *this;
-  rest.Fill();
-  const auto unread = static_cast<std::uint64_t>(rest.end_ - rest.ready_.at);
-  const std::uint64_t left = rest.ready_.count - rest.made_ + 8 * unread;
-  if (left < 8) return;
-  for (std::uint64_t at = 0; at < left; ++at) {
-    if (rest.Take(1) == 0) Fail("there are more entropy-coded data than the image needs");
-    rest.Fill();
+  const auto ready = static_cast<unsigned>(ready_.count - made_);
+  const auto unread = static_cast<std::uint64_t>(end_ - ready_.at);
+  if (ready + 8 * unread < 8) return;
+  const std::uint64_t ones = ready == 0 ? 0 : ~std::uint64_t{0} << (64 - ready);
+  if ((ready_.held & ones) != ones ||
+      !std::all_of(ready_.at, end_, [](std::uint8_t byte) { return byte == 0xFF; })) {
+    Fail("there are more entropy-coded data than the image needs");
   }
 }
 
