@@ -7,6 +7,7 @@
 #include "jpeg/jpeg_lossless_coder.h"
 #include "jpeg/jpeg_process.h"
 #include "jpeg/jpeg_progressive_coder.h"
+#include "jpeg2000/jpeg2000_coder.h"
 #include "jpegls/jpegls_coder.h"
 #include "rle/rle_coder.h"
 
@@ -16,6 +17,9 @@ namespace {
 const JpegBaselineCoder kJpegBaseline;
 const JpegExtendedCoder kJpegExtended;
 const JpegLosslessCoder kJpegLossless;
+const Jpeg2000Coder kJpeg2000(Jpeg2000Kind::kLossless);
+const Jpeg2000Coder kLossyJpeg2000(Jpeg2000Kind::kLossy);
+const Jpeg2000Coder kHighThroughput(Jpeg2000Kind::kHighThroughput);
 const JpegLsCoder kJpegLs(JpegLsKind::kLossless);
 const JpegLsCoder kNearJpegLs(JpegLsKind::kNearLossless);
 const JpegProgressiveCoder kJpegProgressive;
@@ -34,6 +38,11 @@ const Syntax kSyntaxes[] = {
     {"1.2.840.10008.1.2.4.70", StreamKind::kJpeg, &kJpegLossless},
     {"1.2.840.10008.1.2.4.80", StreamKind::kJpeg, &kJpegLs},
     {"1.2.840.10008.1.2.4.81", StreamKind::kJpeg, &kNearJpegLs},
+    {"1.2.840.10008.1.2.4.90", StreamKind::kJpeg2000, &kJpeg2000},
+    {"1.2.840.10008.1.2.4.91", StreamKind::kJpeg2000, &kLossyJpeg2000},
+    {"1.2.840.10008.1.2.4.201", StreamKind::kJpeg2000, &kHighThroughput},
+    {"1.2.840.10008.1.2.4.202", StreamKind::kJpeg2000, &kHighThroughput},
+    {"1.2.840.10008.1.2.4.203", StreamKind::kJpeg2000, &kHighThroughput},
     {"1.2.840.10008.1.2.5", StreamKind::kRle, &kRle},
 };
 
