@@ -67,7 +67,7 @@ inline tessaret::test::Bytes EncodedByPeer(const tessaret::test::Bytes& frame,
   tessaret::test::WriteBytes(folder.File("native.dcm"), DicomFile(format, kExplicitLittle, frame));
   options.insert(options.begin(), "dcmcjpeg");
   options.insert(options.end(), {folder.File("native.dcm"), folder.File("coded.dcm")});
-  if (!Run(options)) throw std::runtime_error("dcmcjpeg failed");
+  if (!RunProgram(options)) throw std::runtime_error("dcmcjpeg failed");
   return CodeStream(tessaret::test::ReadBytes(folder.File("coded.dcm")));
 }
 
@@ -77,7 +77,8 @@ inline tessaret::test::Bytes DecodedByPeer(const tessaret::test::Bytes& stream,
                                            const std::string& option = "+cn") {
   const tessaret::test::TempFolder folder;
   tessaret::test::WriteBytes(folder.File("coded.dcm"), DicomFile(format, syntax, stream));
-  if (!Run({"dcmdjpeg", "+px", option, folder.File("coded.dcm"), folder.File("native.dcm")})) {
+  if (!RunProgram(
+          {"dcmdjpeg", "+px", option, folder.File("coded.dcm"), folder.File("native.dcm")})) {
     throw std::runtime_error("dcmdjpeg failed");
   }
   return NativePixels(tessaret::test::ReadBytes(folder.File("native.dcm")), format);

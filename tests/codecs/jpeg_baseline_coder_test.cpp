@@ -259,14 +259,14 @@ Stream EncodedByJpegTools(const Stream& frame, const FrameFormat& format,
   tessaret::test::WriteBytes(folder.File("in.pnm"), Joined({tessaret::test::BytesOf(head), frame}));
   options.insert(options.begin(), "jpeg");
   options.insert(options.end(), {folder.File("in.pnm"), folder.File("out.jpg")});
-  if (!test::Run(options)) throw std::runtime_error("jpeg failed");
+  if (!test::RunProgram(options)) throw std::runtime_error("jpeg failed");
   return tessaret::test::ReadBytes(folder.File("out.jpg"));
 }
 
 Stream DecodedByJpegTools(const Stream& stream, const FrameFormat& format) {
   const tessaret::test::TempFolder folder;
   tessaret::test::WriteBytes(folder.File("in.jpg"), stream);
-  if (!test::Run({"jpeg", folder.File("in.jpg"), folder.File("out.pnm")})) {
+  if (!test::RunProgram({"jpeg", folder.File("in.jpg"), folder.File("out.pnm")})) {
     throw std::runtime_error("jpeg failed");
   }
   return test::PnmPixels(tessaret::test::ReadBytes(folder.File("out.pnm")), format);

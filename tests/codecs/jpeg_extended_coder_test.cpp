@@ -367,8 +367,8 @@ TEST(JpegExtendedAndJpegTools, StreamsOfTheOtherGiveTheSamePixels) {
       std::vector<std::string> command = options;
       command.insert(command.begin(), "jpeg");
       command.insert(command.end(), {folder.File("in.pnm"), folder.File("out.jpg")});
-      ASSERT_TRUE(test::Run(command));
-      ASSERT_TRUE(test::Run({"jpeg", folder.File("out.jpg"), folder.File("back.pnm")}));
+      ASSERT_TRUE(test::RunProgram(command));
+      ASSERT_TRUE(test::RunProgram({"jpeg", folder.File("out.jpg"), folder.File("back.pnm")}));
       const Stream expected =
           test::PnmPixels(tessaret::test::ReadBytes(folder.File("back.pnm")), format);
       const Stream stream = tessaret::test::ReadBytes(folder.File("out.jpg"));
@@ -393,7 +393,7 @@ TEST(JpegExtendedAndJpegTools, SamplesThatStandForSeveralAreMixedAsTheOtherDoes)
     }
     const tessaret::test::TempFolder folder;
     tessaret::test::WriteBytes(folder.File("in.pnm"), Pnm(samples, format));
-    ASSERT_TRUE(test::Run(
+    ASSERT_TRUE(test::RunProgram(
         {"jpeg", "-q", "95", "-s", sampling, folder.File("in.pnm"), folder.File("out.jpg")}));
     const Stream stream = tessaret::test::ReadBytes(folder.File("out.jpg"));
     Stream source;
