@@ -11,7 +11,7 @@ constexpr std::uint32_t kMostBits = 15;
 
 }  // namespace
 
-DcCodes::DcCodes(const HuffmanSpec& spec) : table_(spec) { spec.RequireValues(kMostBits); }
+DcCodes::DcCodes(const HuffmanSpec& listed) : table_(listed) { listed.RequireValues(kMostBits); }
 
 std::int32_t DcCodes::Read(BitReader& reader) const {
   const HuffmanTable::Code code = table_.Find(reader.Peek(16));
@@ -20,7 +20,7 @@ std::int32_t DcCodes::Read(BitReader& reader) const {
   return code.value == 0 ? 0 : SignedValue(reader.Take(code.value), code.value);
 }
 
-AcCodes::AcCodes(const HuffmanSpec& spec) : table_(spec) {
+AcCodes::AcCodes(const HuffmanSpec& listed) : table_(listed) {
   for (std::uint32_t bits = 0; bits < short_.size(); ++bits) {
     const Code code = FindAny(bits << (32 - kShort));
     if (code.length <= kShort) short_[bits] = code;

@@ -19,7 +19,7 @@ inline std::int32_t SignedValue(std::uint32_t bits, unsigned count) {
 /// Differences of first coefficients.
 class DcCodes {
  public:
-  explicit DcCodes(const HuffmanSpec& spec);
+  explicit DcCodes(const HuffmanSpec& listed);
 
   /// Requires: 31 bits are ready. Throws CodecFailure for bits that are no code.
   std::int32_t Read(BitReader& reader) const;
@@ -39,7 +39,7 @@ class AcCodes {
   };
   static constexpr std::uint8_t kEndRun = 64;
 
-  explicit AcCodes(const HuffmanSpec& spec);
+  explicit AcCodes(const HuffmanSpec& listed);
 
   /// Requires: 31 bits are ready. Throws CodecFailure for bits that are no code.
   Code Read(BitReader& reader) const {
