@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <limits>
 #include <new>
+#include <utility>
+#include <vector>
 
 #include "failure.h"
 #include "jpeg2000/jpeg2000_header.h"
@@ -14,6 +15,14 @@
 
 namespace tessaret::codecs {
 namespace {
+
+/// All work is done by the calling thread, whatever the environment says: the host has threads of its own.
+constexpr int kOwnThreads = 0;
+
+/// Where the rate is below this nothing but headers would be left of a frame.
+constexpr double kLeastBytes = 256;
+
+constexpr int kMostResolutions = 6;
 
 bool NamesTransform(const FrameFormat& format) {
   return format.photometric == "YBR_RCT" || format.photometric == "YBR_ICT";
@@ -51,8 +60,7 @@ OpenJpegImage Decoded(OpenJpegCodec& codec) {
   opj_set_default_decoder_parameters(&parameters);
   codec.Check(opj_setup_decoder(codec.Codec(), &parameters));
   codec.Check(opj_decoder_set_strict_mode(codec.Codec(), OPJ_TRUE));
-  // The host has threads of its own.
-  codec.Check(opj_codec_set_threads(codec.Codec(), 1));
+  codec.Check(opj_codec_set_threads(codec.Codec(), kOwnThreads));
   opj_image_t* bare = nullptr;
   const OPJ_BOOL hasHeader = opj_read_header(codec.Stream(), codec.Codec(), &bare);
   OpenJpegImage image(bare);
@@ -83,6 +91,75 @@ void Gather(const opj_image_t& image, std::uint32_t mask, MutableBytes frame) {
       std::memcpy(to + at * stride, &sample, sizeof sample);
     }
   }
+}
+
+template <class Sample>
+void Spread(Bytes frame, opj_image_t& image) {
+  const std::size_t count = frame.size() / sizeof(Sample) / image.numcomps;
+  for (std::size_t plane = 0; plane < image.numcomps; ++plane) {
+    OPJ_INT32* to = image.comps[plane].data;
+    const std::uint8_t* from = frame.data() + plane * sizeof(Sample);
+    for (std::size_t at = 0; at < count; ++at) {
+      Sample sample;
+      std::memcpy(&sample, from + at * image.numcomps * sizeof(Sample), sizeof sample);
+      to[at] = sample;
+    }
+  }
+}
+
+void Spread(Bytes frame, const FrameFormat& format, opj_image_t& image) {
+  if (format.BytesPerSample() == 1) {
+    format.isSigned ? Spread<std::int8_t>(frame, image) : Spread<std::uint8_t>(frame, image);
+  } else {
+    format.isSigned ? Spread<std::int16_t>(frame, image) : Spread<std::uint16_t>(frame, image);
+  }
+}
+
+OpenJpegImage ImageOf(Bytes frame, const FrameFormat& format, std::uint32_t precision) {
+  opj_image_cmptparm_t component{};
+  component.dx = 1;
+  component.dy = 1;
+  component.w = format.columns;
+  component.h = format.rows;
+  component.prec = precision;
+  component.sgnd = format.isSigned ? 1 : 0;
+  std::vector<opj_image_cmptparm_t> components(format.samples, component);
+  OpenJpegImage image(
+      opj_image_create(format.samples, components.data(),
+                       format.samples == 1 ? OPJ_CLRSPC_GRAY : OPJ_CLRSPC_UNSPECIFIED));
+  if (image == nullptr) throw std::bad_alloc();
+  image->x1 = format.columns;
+  image->y1 = format.rows;
+  Spread(frame, format, *image);
+  return image;
+}
+
+/// Whether red, green and blue are transformed to what is coded in fewer bytes.
+bool IsTransformedFrom(const FrameFormat& format) {
+  return format.samples == 3 && format.photometric == "RGB";
+}
+
+opj_cparameters_t Parameters(const FrameFormat& format, bool isTransformed) {
+  opj_cparameters_t parameters;
+  opj_set_default_encoder_parameters(&parameters);
+  parameters.cp_disto_alloc = 1;
+  parameters.tcp_numlayers = 1;
+  parameters.tcp_rates[0] = 0;  // all there is
+  parameters.tcp_mct = isTransformed ? 1 : 0;
+  // No resolution may be empty.
+  for (parameters.numresolution = 1;
+       parameters.numresolution < kMostResolutions &&
+       std::min(format.columns, format.rows) >> parameters.numresolution != 0;) {
+    ++parameters.numresolution;
+  }
+  return parameters;
+}
+
+/// In the library's terms, which count the bits of a sample that there are, not those that are allocated.
+float Rate(const FrameFormat& format, std::uint32_t precision, std::uint32_t ratio) {
+  const double bytes = std::max(static_cast<double>(format.Size()) / ratio, kLeastBytes);
+  const double rate = static_cast<double>(format.Samples()) * precision / 8 / bytes;
+  return rate > 1 ? static_cast<float>(rate) : 0;
 }
 
 }  // namespace
@@ -120,13 +197,33 @@ void Jpeg2000Coder::RequireEncodable(const FrameFormat& format) const {
   }
 }
 
-EncodedFrame Jpeg2000Coder::Encode(Bytes /*frame*/, const FrameFormat& /*format*/,
-                                   const EncoderSettings& /*settings*/) const {
-  return {};
+EncodedFrame Jpeg2000Coder::Encode(Bytes frame, const FrameFormat& format,
+                                   const EncoderSettings& settings) const {
+  // What is not a plain number may not be off by anything: a carry would change what stands above it.
+  const bool arePlain =
+      format.highBit + 1 == format.bitsStored && !NeedsMoreThanStored(frame, format);
+  const std::uint32_t precision = arePlain ? format.bitsStored : format.bitsAllocated;
+  EncodedFrame encoded;
+  encoded.isLossy = kind_ == Jpeg2000Kind::kLossy && arePlain && settings.jpeg2000Ratio > 1;
+  const OpenJpegImage image = ImageOf(frame, format, precision);
+  opj_cparameters_t parameters = Parameters(format, IsTransformedFrom(format));
+  if (encoded.isLossy) {
+    parameters.irreversible = 1;
+    parameters.tcp_rates[0] = Rate(format, precision, settings.jpeg2000Ratio);
+  }
+  OpenJpegCodec codec;
+  codec.Check(opj_setup_encoder(codec.Codec(), &parameters, image.get()));
+  codec.Check(opj_codec_set_threads(codec.Codec(), kOwnThreads));
+  codec.Check(opj_start_compress(codec.Codec(), image.get(), codec.Stream()));
+  codec.Check(opj_encode(codec.Codec(), codec.Stream()));
+  codec.Check(opj_end_compress(codec.Codec(), codec.Stream()));
+  encoded.stream = std::move(codec.Output());
+  return encoded;
 }
 
 std::string Jpeg2000Coder::EncodedPhotometric(const FrameFormat& format) const {
-  return format.photometric;
+  if (!IsTransformedFrom(format)) return format.photometric;
+  return kind_ == Jpeg2000Kind::kLossy ? "YBR_ICT" : "YBR_RCT";
 }
 
 const char* Jpeg2000Coder::LossyMethod() const {
