@@ -184,7 +184,7 @@ DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
     ExtendSigns(frame, format, header.precision);
   }
   const bool isRgb = format.samples == 3 && (header.isTransformed || NamesTransform(format));
-  return {header.precision, isRgb};
+  return {.precision = header.precision, .isRgb = isRgb, .isLossy = kind_ == Jpeg2000Kind::kLossy};
 }
 
 void Jpeg2000Coder::RequireEncodable(const FrameFormat& format) const {
@@ -213,6 +213,10 @@ EncodedFrame Jpeg2000Coder::Encode(Bytes frame, const FrameFormat& format,
   }
   OpenJpegCodec codec;
   codec.Check(opj_setup_encoder(codec.Codec(), &parameters, image.get()));
+  // Differences of colours have a bit more than colours, for which the library leaves no room: where neighbours differ by all that
+  // they can, it would drop the highest bit.
+  const char* const options[] = {"GUARD_BITS=3", nullptr};
+  codec.Check(opj_encoder_set_extra_options(codec.Codec(), options));
   codec.Check(opj_codec_set_threads(codec.Codec(), kOwnThreads));
   codec.Check(opj_start_compress(codec.Codec(), image.get(), codec.Stream()));
   codec.Check(opj_encode(codec.Codec(), codec.Stream()));

@@ -84,7 +84,8 @@ TEST(CodecLibrary, BringsEveryLosslessImageBackWithAllItsElements) {
          {MakeFormat(17, 9, 1, 8, 8), MakeFormat(40, 30, 1, 16, 12), MakeFormat(40, 30, 1, 16, 16),
           MakeFormat(40, 30, 1, 16, 12, true), MakeFormat(40, 30, 1, 16, 16, true),
           MakeFormat(31, 7, 3, 8, 8)}) {
-      SCOPED_TRACE(syntax);
+      SCOPED_TRACE(std::string(syntax) + ", " + std::to_string(format.bitsStored) + " bits, " +
+                   (format.isSigned ? "signed" : "unsigned"));
       const std::vector<Octets> frames = test::FramesOf(format);
       const auto object = test::NewImage(format, frames);
       EXPECT_EQ(Refusal(*object, syntax), "");

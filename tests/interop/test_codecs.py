@@ -81,6 +81,11 @@ NOT_ENCODED = {
         ("gdcmconv", kind, JPEG_LS): "it refuses a single pixel"
         for kind in ("one-pixel-8", "one-pixel-16", "rgb-one-pixel")
     },
+    **{
+        ("gdcmconv", kind, JPEG_2000): "it crashes over images of one row or column"
+        for kind in ("one-pixel-8", "one-pixel-16", "rgb-one-pixel", "one-row", "one-column")
+    },
+    ("gdcmconv", "rgb-16", JPEG_2000): "it refuses colours of 16 bits",
 }
 
 
