@@ -42,8 +42,26 @@ def dtype_of(an_image_kind):
     return numpy.dtype(f"<{'i' if an_image_kind.signed else 'u'}{an_image_kind.allocated // 8}")
 
 
+# With all kinds a thousand images for each syntax.
+RANDOM_FRAMES = 49
+
+
+def random_frames(what, least, count):
+    """Noise of every strength, extremes beside one another, stretches of one value, and slopes."""
+    shape = (what.rows, what.columns, what.samples)
+    random = numpy.random.default_rng(what.rows * 1000 + what.columns)
+    for number in range(RANDOM_FRAMES):
+        spread = random.integers(1, count, endpoint=True)
+        noise = random.integers(0, spread, size=shape)
+        extremes = random.integers(0, 1, size=shape, endpoint=True) * (count - 1)
+        held = numpy.repeat(noise.reshape(-1)[::5], 5)[: noise.size].reshape(shape)
+        slope = numpy.arange(noise.size).reshape(shape) * random.integers(1, 9) + noise % 3
+        yield least + (noise, extremes, held, slope)[number % 4] % count
+
+
 def frames_of(what):
-    """The samples as an array of frames, rows, columns and samples: zero, both extremes, noise, a gradient that wraps, steps."""
+    """The samples as an array of frames, rows, columns and samples: zero, both extremes, noise, a gradient that wraps, steps, waves,
+    and many at random."""
     count = 1 << what.stored
     least = -count // 2 if what.signed else 0
     most = least + count - 1
@@ -57,6 +75,7 @@ def frames_of(what):
         least + (x * 3 + y * 5 + sample * 7) % count,
         numpy.where((x // 5 + y // 3 + sample) % 2 == 0, least, most),
         least + (count // 2 + 20 * numpy.sin(x / 7) + 15 * numpy.cos(y / 5)).astype(int) % count,
+        *random_frames(what, least, count),
     ]
     return numpy.stack(frames).astype(dtype_of(what))
 
