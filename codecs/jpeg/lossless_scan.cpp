@@ -95,7 +95,7 @@ void LosslessScan::ReadRow(BitReader& reader) {
 }
 
 void LosslessScan::PutRow(const FrameFormat& format, std::uint8_t* to) const {
-  const std::uint32_t width = format.BytesPerSample();
+  const std::size_t width = format.BytesPerSample();
   if (samples_ == format.samples) {
     if (width == 1) return StoreAll<std::uint8_t>(row_, shift_, to);
     if (width == 2) return StoreAll<std::uint16_t>(row_, shift_, to);
