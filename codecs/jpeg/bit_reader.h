@@ -64,7 +64,11 @@ class BitReader {
   /// For loops that want the bits in registers: what is ready, to be put back when the loop ends.
   [[nodiscard]] ReadyBits Ready() const { return ready_; }
   void PutBack(ReadyBits ready) { ready_ = ready; }
-  [[nodiscard]] bool CanFillFast(const ReadyBits& ready) const { return end_ - ready.at >= 8; }
+  [[nodiscard]] bool CanFillFast(const ReadyBits& ready) const { return HasBytes(ready, 8); }
+  /// Whether there are as many behind those that are ready.
+  [[nodiscard]] bool HasBytes(const ReadyBits& ready, std::ptrdiff_t count) const {
+    return end_ - ready.at >= count;
+  }
 
   /// Whether bits were dropped that are not there.
   [[nodiscard]] bool IsOverrun() const { return made_ > ready_.count; }

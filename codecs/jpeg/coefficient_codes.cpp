@@ -7,18 +7,11 @@ namespace {
 
 constexpr std::uint32_t kMostBits = 15;
 
-[[noreturn]] void FailCode() { Fail("there are bits that are no Huffman code"); }
-
 }  // namespace
 
-DcCodes::DcCodes(const HuffmanSpec& listed) : table_(listed) { listed.RequireValues(kMostBits); }
+void FailNoCode() { Fail("there are bits that are no Huffman code"); }
 
-std::int32_t DcCodes::Read(BitReader& reader) const {
-  const HuffmanTable::Code code = table_.Find(reader.Peek(16));
-  if (code.length == 0) FailCode();
-  reader.Drop(code.length);
-  return code.value == 0 ? 0 : SignedValue(reader.Take(code.value), code.value);
-}
+DcCodes::DcCodes(const HuffmanSpec& listed) : table_(listed) { listed.RequireValues(kMostBits); }
 
 AcCodes::AcCodes(const HuffmanSpec& listed) : table_(listed) {
   for (std::uint32_t bits = 0; bits < short_.size(); ++bits) {
@@ -42,12 +35,6 @@ AcCodes::Code AcCodes::FindAny(std::uint32_t bits) const {
     code.value =
         static_cast<std::int16_t>(SignedValue((bits << found.length) >> (32 - size), size));
   }
-  return code;
-}
-
-AcCodes::Code AcCodes::Find(std::uint32_t bits) const {
-  const Code code = FindAny(bits);
-  if (code.length == 0) FailCode();
   return code;
 }
 

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "jpeg/bit_reader.h"
 #include "jpeg/huffman_table.h"
 
 namespace tessaret::codecs {
@@ -16,13 +15,21 @@ inline std::int32_t SignedValue(std::uint32_t bits, unsigned count) {
   return (bits >> (count - 1)) != 0 ? value : value - (std::int32_t{1} << count) + 1;
 }
 
+[[noreturn]] void FailNoCode();
+
 /// Differences of first coefficients.
 class DcCodes {
  public:
   explicit DcCodes(const HuffmanSpec& listed);
 
-  /// Requires: 31 bits are ready. Throws CodecFailure for bits that are no code.
-  std::int32_t Read(BitReader& reader) const;
+  /// `Bits` has Peek, Drop and Take as BitReader does. Requires: 32 bits are ready. Throws CodecFailure for bits that are no code.
+  template <class Bits>
+  std::int32_t Read(Bits& bits) const {
+    const HuffmanTable::Code code = table_.Find(bits.Peek(16));
+    if (code.length == 0) FailNoCode();
+    bits.Drop(code.length);
+    return code.value == 0 ? 0 : SignedValue(bits.Take(code.value), code.value);
+  }
 
  private:
   HuffmanTable table_;
@@ -41,12 +48,15 @@ class AcCodes {
 
   explicit AcCodes(const HuffmanSpec& listed);
 
-  /// Requires: 31 bits are ready. Throws CodecFailure for bits that are no code.
-  Code Read(BitReader& reader) const {
-    Code code = short_[reader.Peek(kShort)];
-    if (code.length == 0) [[unlikely]]
-      code = Find(reader.Peek(32));
-    reader.Drop(code.length);
+  /// As DcCodes::Read.
+  template <class Bits>
+  Code Read(Bits& bits) const {
+    Code code = short_[bits.Peek(kShort)];
+    if (code.length == 0) [[unlikely]] {
+      code = FindAny(bits.Peek(32));
+      if (code.length == 0) FailNoCode();
+    }
+    bits.Drop(code.length);
     return code;
   }
 
@@ -55,7 +65,6 @@ class AcCodes {
 
   /// The code with which 32 bits begin; length 0 for none.
   [[nodiscard]] Code FindAny(std::uint32_t bits) const;
-  [[nodiscard]] Code Find(std::uint32_t bits) const;
 
   HuffmanTable table_;
   std::array<Code, std::size_t{1} << kShort> short_{};

@@ -6,7 +6,6 @@
 #include <cstdint>
 #include <vector>
 
-#include "failure.h"
 #include "jpeg/jpeg_library.h"
 #include "jpeg/memory_source.h"
 
@@ -28,7 +27,7 @@ struct Session {
 
   JpegErrors errors;
   jpeg_decompress_struct library{};
-  MemorySource source;
+  jpeg_source_mgr source{};
   Bytes stream;
   const DctSurvey& survey;
   const FrameFormat& format;
@@ -56,20 +55,6 @@ void Start(Session& session) {
   library.do_fancy_upsampling = TRUE;
   library.do_block_smoothing = FALSE;
   jpeg_start_decompress(&library);
-}
-
-/// The library gives gray for what no scan brought.
-void RequireAllScans(const jpeg_decompress_struct& library) {
-  for (int at = 0; at < library.num_components; ++at) {
-    if (library.comp_info[at].quant_table == nullptr) {
-      Fail("component %d is in no scan", at + 1);
-    }
-    if (library.coef_bits == nullptr) continue;
-    const auto& bits = library.coef_bits[at];
-    if (std::any_of(std::begin(bits), std::end(bits), [](int left) { return left != 0; })) {
-      Fail("scans of component %d are missing", at + 1);
-    }
-  }
 }
 
 void ReadRows(Session& session) {
@@ -114,7 +99,6 @@ void DecodeDct8(Bytes stream, const DctSurvey& survey, const FrameFormat& format
   Session session(stream, survey, format, frame);
   RunStep(session, ReadHeader);
   RunStep(session, Start);
-  RequireAllScans(session.library);
   if (format.BytesPerSample() == 1) {
     RunStep(session, ReadRows);
   } else {

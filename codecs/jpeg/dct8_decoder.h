@@ -6,7 +6,8 @@
 
 namespace tessaret::codecs {
 
-/// Fills the frame, three components as red, green and blue. Throws CodecFailure for damage.
+/// Fills the frame, three components as red, green and blue. Throws CodecFailure for damage that the library sees; it forgives what
+/// CheckEntropy does not.
 void DecodeDct8(Bytes stream, const DctSurvey& survey, const FrameFormat& format,
                 MutableBytes frame);
 

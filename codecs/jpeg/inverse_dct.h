@@ -9,7 +9,7 @@
 
 namespace tessaret::codecs {
 
-/// Dequantised coefficients, row by row.
+/// Dequantised coefficients, row by row: numbers of 16 bits times numbers of 16 bits.
 using DctBlock = std::array<std::int32_t, kBlockSize>;
 
 /// Writes 8 rows of 8 samples of 12 bits, `stride` samples from row to row. In whole numbers, with the rounding that most decoders

@@ -6,13 +6,8 @@
 
 namespace tessaret::codecs {
 
-/// Ends the step (jpeg_library.h) where the stream ends before its image does, and where restart markers are not in their places;
-/// the library's own sources make up an end, or pixels, instead. Must stay where it is while it is in use.
-struct MemorySource {
-  jpeg_source_mgr manager{};
-  Bytes rest;  // what has not been handed to the library
-};
-
-void UseSource(jpeg_decompress_struct& library, MemorySource& source, Bytes stream);
+/// Makes the library read `stream` by `source`, which must stay where it is. It ends the step (jpeg_library.h) where the stream ends before
+/// its image does, and where restart markers are not in their places; the library's own sources make up an end, or pixels, instead.
+void UseSource(jpeg_decompress_struct& library, jpeg_source_mgr& source, Bytes stream);
 
 }  // namespace tessaret::codecs

@@ -1,6 +1,7 @@
 #include "jpeg/progressive_scans.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "failure.h"
 #include "jpeg/bit_reader.h"
@@ -85,7 +86,7 @@ class Band {
   Code ReadCode(BitReader& reader) const {
     reader.Fill();
     const HuffmanTable::Code code = table_.Find(reader.Peek(16));
-    if (code.length == 0) Fail("there are bits that are no Huffman code");
+    if (code.length == 0) FailNoCode();
     reader.Drop(code.length);
     return {code.value / 16u, code.value % 16u};
   }
@@ -167,33 +168,16 @@ class AcMore : public Band {
   std::int16_t bit_;
 };
 
-struct Walk {
-  const DctLayout& layout;
-  const ScanHeader& scan;
-  std::uint32_t restartInterval;
-};
-
 /// Calls blockAt(index of the component, row, column) for where each block is, and gives the bytes that were read.
 template <class Blocks, class BlockAt>
-std::size_t ReadBlocks(Bytes rest, const Walk& walk, Blocks& blocks, BlockAt blockAt) {
-  const std::uint64_t units = UnitsOf(walk.layout, walk.scan);
-  const std::uint64_t interval = walk.restartInterval == 0 ? units : walk.restartInterval;
-  const EntropyData data(rest, (units + interval - 1) / interval);
-  for (std::size_t index = 0; index < data.Intervals(); ++index) {
-    BitReader reader(data.Interval(index));
-    blocks.Restart();
-    const std::uint64_t end = std::min(units, (index + 1) * interval);
-    for (std::uint64_t unit = index * interval; unit < end; ++unit) {
-      VisitBlocks(walk.layout, walk.scan, unit,
-                  [&](std::size_t at, std::uint32_t row, std::uint32_t column) {
-                    blocks.Read(reader, at, blockAt(walk.scan.components[at].index, row, column));
-                  });
-      if (reader.IsOverrun()) Fail("the entropy-coded data end early");
-    }
-    blocks.RequireEnded();
-    reader.RequireUsedUp();
-  }
-  return data.Length();
+std::size_t ReadAll(Bytes rest, const DctLayout& layout, const ScanHeader& scan,
+                    std::uint32_t restartInterval, Blocks blocks, BlockAt blockAt) {
+  return ReadBlocks(
+      rest, layout, scan, restartInterval, [&] { blocks.Restart(); },
+      [&](BitReader& bits, std::size_t at, std::uint32_t row, std::uint32_t column) {
+        blocks.Read(bits, at, blockAt(scan.components[at].index, row, column));
+      },
+      [&] { blocks.RequireEnded(); });
 }
 
 }  // namespace
@@ -228,44 +212,42 @@ void ProgressiveScans::RequireNext(const ScanHeader& scan) {
 }
 
 std::size_t ProgressiveScans::Read(Bytes rest, const FrameHeader& frame, const ScanHeader& scan,
-                                   const HuffmanSpecs& huffman,
-                                   const QuantisationTables& quantisation,
-                                   std::uint32_t restartInterval) {
+                                   const DctTables& tables) {
   RequireNext(scan);
-  const Walk walk{layout_, scan, restartInterval};
-  const auto blockAt = [this](std::size_t index, std::uint32_t row, std::uint32_t column) {
-    const std::size_t across = layout_.components[index].wholeAcross;
-    return components_[index].coefficients.data() + (row * across + column) * kBlockSize;
+  const auto readAll = [&](auto blocks) {
+    return ReadAll(rest, layout_, scan, tables.restartInterval, std::move(blocks),
+                   [this](std::size_t index, std::uint32_t row, std::uint32_t column) {
+                     const std::size_t across = layout_.components[index].wholeAcross;
+                     return components_[index].coefficients.data() +
+                            (row * across + column) * kBlockSize;
+                   });
   };
   if (scan.start == 0 && scan.high == 0) {
     DcFirst blocks(scan.low);
     for (std::size_t at = 0; at < scan.count; ++at) {
       const ScanComponent& component = scan.components[at];
-      blocks.Add(RequireTable(huffman.dc, component.dcTable));
+      blocks.Add(RequireTable(tables.huffman.dc, component.dcTable));
       components_[component.index].quantisation =
-          quantisation.Require(frame.components[component.index].quantisation);
+          tables.quantisation.Require(frame.components[component.index].quantisation);
     }
-    return ReadBlocks(rest, walk, blocks, blockAt);
+    return readAll(std::move(blocks));
   }
-  if (scan.start == 0) {
-    DcMore blocks(scan.low);
-    return ReadBlocks(rest, walk, blocks, blockAt);
+  if (scan.start == 0) return readAll(DcMore(scan.low));
+  const HuffmanSpec& ac = RequireTable(tables.huffman.ac, scan.components[0].acTable);
+  return scan.high == 0 ? readAll(AcFirst(ac, scan)) : readAll(AcMore(ac, scan));
+}
+
+void ProgressiveScans::RequireAll() const {
+  for (std::size_t index = 0; index < components_.size(); ++index) {
+    const auto& missing = components_[index].missing;
+    if (std::any_of(missing.begin(), missing.end(), [](int bits) { return bits != 0; })) {
+      Fail("scans of component %zu are missing", index + 1);
+    }
   }
-  const HuffmanSpec& ac = RequireTable(huffman.ac, scan.components[0].acTable);
-  if (scan.high == 0) {
-    AcFirst blocks(ac, scan);
-    return ReadBlocks(rest, walk, blocks, blockAt);
-  }
-  AcMore blocks(ac, scan);
-  return ReadBlocks(rest, walk, blocks, blockAt);
 }
 
 DctPlane ProgressiveScans::Samples(std::size_t index) const {
   const Component& component = components_[index];
-  if (std::any_of(component.missing.begin(), component.missing.end(),
-                  [](int missing) { return missing != 0; })) {
-    Fail("scans of component %zu are missing", index + 1);
-  }
   DctPlane plane = MakeDctPlane(layout_.components[index]);
   const std::int16_t* from = component.coefficients.data();
   for (std::uint32_t row = 0; row < plane.component.wholeDown; ++row) {

@@ -8,7 +8,7 @@
 
 #include "frame_format.h"
 #include "jpeg/dct_layout.h"
-#include "jpeg/huffman_table.h"
+#include "jpeg/dct_scans.h"
 #include "jpeg/quantisation_tables.h"
 #include "jpeg/upsampling.h"
 
@@ -21,10 +21,12 @@ class ProgressiveScans {
   /// Takes the scan at the begin of `rest`, and gives how many bytes it had. Throws CodecFailure where it is damaged and where it
   /// does not go on from those before.
   std::size_t Read(Bytes rest, const FrameHeader& frame, const ScanHeader& scan,
-                   const HuffmanSpecs& huffman, const QuantisationTables& quantisation,
-                   std::uint32_t restartInterval);
+                   const DctTables& tables);
 
-  /// The samples of a component. Throws CodecFailure where bits of its coefficients did not come.
+  /// Throws CodecFailure where bits of some coefficient did not come.
+  void RequireAll() const;
+
+  /// The samples of a component.
   [[nodiscard]] DctPlane Samples(std::size_t index) const;
 
  private:

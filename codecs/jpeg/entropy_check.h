@@ -1,0 +1,13 @@
+// Whether the entropy-coded data of a stream hold exactly its image.
+#pragma once
+
+#include "frame_format.h"
+#include "jpeg/dct_survey.h"
+
+namespace tessaret::codecs {
+
+/// Throws CodecFailure where codes are none, blocks too long, data too short or too long, or scans missing. The JPEG library
+/// takes half of the streams that differ in a bit for good which this refuses.
+void CheckEntropy(Bytes stream, const DctSurvey& survey);
+
+}  // namespace tessaret::codecs
