@@ -13,6 +13,40 @@
 
 namespace tessaret::codecs {
 
+/// Bits in registers, of which there are enough for any block.
+struct FastBits {
+  /// What the longest code takes with its value.
+  static constexpr unsigned kNeeded = 32;
+
+  ReadyBits ready;
+
+  /// Has kNeeded bits ready. Seldom has to do anything for that, which keeps it out of the way from code to code.
+  void Fill() {
+    if (ready.count < kNeeded) ready.Fill();
+  }
+  [[nodiscard]] std::uint32_t Peek(unsigned count) const {
+    return static_cast<std::uint32_t>(ready.held >> (64 - count));
+  }
+  void Drop(unsigned count) { ready.Drop(count); }
+  std::uint32_t Take(unsigned count) {
+    const std::uint32_t bits = Peek(count);
+    Drop(count);
+    return bits;
+  }
+};
+
+/// Calls read(bits) with FastBits where there are enough, and with the reader itself otherwise.
+template <class ReadBlock>
+auto WithFastBits(BitReader& reader, ReadBlock read) {
+  // Each coefficient fills up the bits that are ready, which takes 7 bytes at most and looks at 8.
+  constexpr std::ptrdiff_t kMostBytes = 7 * kBlockSize + 8;
+  if (!reader.HasBytes(reader.Ready(), kMostBytes)) return read(reader);
+  FastBits bits{reader.Ready()};
+  const auto result = read(bits);
+  reader.PutBack(bits.ready);
+  return result;
+}
+
 /// One component in a scan.
 class BlockReader {
  public:
@@ -27,50 +61,16 @@ class BlockReader {
   /// are missing.
   bool Read(BitReader& reader, DctBlock& block) {
     block.fill(0);
-    return ReadInto(reader, [&](std::size_t at, std::int32_t value) {
-      block[kZigzag[at]] = value * quantisation_[at];
-    });
-  }
-
-  /// As Read, for those who do not want the block.
-  void Pass(BitReader& reader) {
-    ReadInto(reader, [](std::size_t, std::int32_t) {});
+    return WithFastBits(reader, [&](auto& bits) { return ReadWith(bits, block); });
   }
 
  private:
-  /// Bits in registers, of which there are enough for any block.
-  struct FastBits {
-    ReadyBits ready;
-    void Fill() { ready.Fill(); }
-    [[nodiscard]] std::uint32_t Peek(unsigned count) const {
-      return static_cast<std::uint32_t>(ready.held >> (64 - count));
-    }
-    void Drop(unsigned count) { ready.Drop(count); }
-    std::uint32_t Take(unsigned count) {
-      const std::uint32_t bits = Peek(count);
-      Drop(count);
-      return bits;
-    }
-  };
-  /// Each coefficient fills up the bits that are ready, which takes 7 bytes at most and looks at 8.
-  static constexpr std::ptrdiff_t kMostBytes = 7 * kBlockSize + 8;
-
-  template <class Take>
-  bool ReadInto(BitReader& reader, Take take) {
-    const ReadyBits ready = reader.Ready();
-    if (!reader.HasBytes(ready, kMostBytes)) return ReadWith(reader, take);
-    FastBits bits{ready};
-    const bool hasOthers = ReadWith(bits, take);
-    reader.PutBack(bits.ready);
-    return hasOthers;
-  }
-
-  template <class Bits, class Take>
-  bool ReadWith(Bits& bits, Take take) {
+  template <class Bits>
+  bool ReadWith(Bits& bits, DctBlock& block) {
     bits.Fill();
     before_ += dc_.Read(bits);
     if (before_ != static_cast<std::int16_t>(before_)) Fail("a coefficient is out of its range");
-    take(0, before_);
+    block[0] = before_ * quantisation_[0];
     std::size_t at = 1;
     do {
       bits.Fill();
@@ -80,7 +80,7 @@ class BlockReader {
         if (code.run != AcCodes::kEndRun) Fail("a block has too many coefficients");
         break;
       }
-      take(at, code.value);
+      block[kZigzag[at]] = code.value * quantisation_[at];
     } while (++at < kBlockSize);
     return at != 1 + AcCodes::kEndRun;
   }

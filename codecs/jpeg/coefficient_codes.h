@@ -45,13 +45,15 @@ class AcCodes {
     std::uint8_t length = 0;  // with the bits of the value
   };
   static constexpr std::uint8_t kEndRun = 64;
+  /// Codes that take no more are found in one step.
+  static constexpr unsigned kShort = 11;
 
   explicit AcCodes(const HuffmanSpec& listed);
 
   /// As DcCodes::Read.
   template <class Bits>
   Code Read(Bits& bits) const {
-    Code code = short_[bits.Peek(kShort)];
+    Code code = Short(bits.Peek(kShort));
     if (code.length == 0) [[unlikely]] {
       code = FindAny(bits.Peek(32));
       if (code.length == 0) FailNoCode();
@@ -60,9 +62,10 @@ class AcCodes {
     return code;
   }
 
- private:
-  static constexpr unsigned kShort = 11;
+  /// The code with which kShort bits begin; length 0 where it is longer, or none.
+  [[nodiscard]] Code Short(std::uint32_t bits) const { return short_[bits]; }
 
+ private:
   /// The code with which 32 bits begin; length 0 for none.
   [[nodiscard]] Code FindAny(std::uint32_t bits) const;
 
