@@ -11,6 +11,7 @@
 #include "jpeg/difference_table.h"
 #include "jpeg/jpeg_markers.h"
 #include "jpeg/optimal_table.h"
+#include "jpeg/segment_writer.h"
 #include "samples.h"
 
 namespace tessaret::codecs {
@@ -104,15 +105,6 @@ std::uint64_t CountBits(const Frequencies& frequencies, const std::array<Huffman
     bits += frequencies[category] * (codes[category].length + BitsBehind(category));
   }
   return bits;
-}
-
-void AppendNumber(std::uint32_t number, std::vector<std::uint8_t>& stream) {
-  stream.push_back(static_cast<std::uint8_t>(number >> 8));
-  stream.push_back(static_cast<std::uint8_t>(number));
-}
-
-void AppendMarker(Marker marker, std::vector<std::uint8_t>& stream) {
-  AppendNumber(0xFF00u | static_cast<unsigned>(marker), stream);
 }
 
 /// Says that red, green and blue are what they are: readers take three components for something else where nothing is said.
