@@ -12,7 +12,7 @@
 namespace tessaret::codecs {
 namespace {
 
-enum Marker : std::uint16_t {
+enum Marker : std::uint32_t {
   kStartOfCodeStream = 0xFF4F,
   kSize = 0xFF51,
   kCodingStyle = 0xFF52,
@@ -78,11 +78,11 @@ class Walk {
   Jpeg2000Header Run();
 
  private:
-  std::uint16_t NextMarker();
+  std::uint32_t NextMarker();
   Bytes NextSegment();
   void ReadSize(Bytes segment);
   void ReadComponents(Bytes segment);
-  void ReadHeaderSegment(std::uint16_t marker, Bytes segment);
+  void ReadHeaderSegment(std::uint32_t marker, Bytes segment);
   void ReadCodingStyle(Bytes segment);
   void ReadComponentCodingStyle(Bytes segment);
   void AddStyle(Bytes parameters, bool hasPrecincts);
@@ -101,9 +101,9 @@ class Walk {
   std::vector<bool> hasTile_;
 };
 
-std::uint16_t Walk::NextMarker() {
+std::uint32_t Walk::NextMarker() {
   if (stream_.size() - at_ < 2) Fail("the code stream ends early");
-  const std::uint16_t marker = LoadBig16(&stream_[at_]);
+  const std::uint32_t marker = LoadBig16(&stream_[at_]);
   if (marker < 0xFF00) Fail("byte %zu of the code stream begins no marker", at_);
   at_ += 2;
   return marker;
@@ -174,7 +174,7 @@ void Walk::RequirePlausibleTiles() const {
   }
 }
 
-void Walk::ReadHeaderSegment(std::uint16_t marker, Bytes segment) {
+void Walk::ReadHeaderSegment(std::uint32_t marker, Bytes segment) {
   switch (marker) {
     case kCodingStyle:
       ReadCodingStyle(segment);
@@ -288,7 +288,7 @@ void Walk::ReadTilePart() {
   if (segment[6] != 0 && !hasTile_[tile]) Fail("tile %u does not begin", tile);
   hasTile_[tile] = true;
   for (;;) {
-    const std::uint16_t marker = NextMarker();
+    const std::uint32_t marker = NextMarker();
     if (marker == kStartOfData) break;
     ReadHeaderSegment(marker, NextSegment());
   }
@@ -313,7 +313,7 @@ Jpeg2000Header Walk::Run() {
   }
   at_ = 4;
   ReadSize(NextSegment());
-  std::uint16_t marker = NextMarker();
+  std::uint32_t marker = NextMarker();
   for (; marker != kStartOfTilePart; marker = NextMarker()) {
     ReadHeaderSegment(marker, NextSegment());
   }
@@ -322,18 +322,24 @@ Jpeg2000Header Walk::Run() {
   hasTile_.resize(std::size_t{across_.Tiles()} * down_.Tiles());
   while (marker == kStartOfTilePart) {
     ReadTilePart();
-    // Without an end marker a stream is whole where its tile parts are.
-    if (at_ == stream_.size()) break;
-    marker = NextMarker();
+    header_.codeStream = stream_.first(at_);
+    if (stream_.size() - at_ >= 2) {
+      marker = NextMarker();
+      continue;
+    }
+    // Without an end marker a stream is whole where its tile parts are, of which none ends as a marker does.
+    if (stream_[at_ - 1] == 0xFF || LoadBig16(&stream_[at_ - 2]) == kEndOfCodeStream) {
+      Fail("the code stream ends early");
+    }
+    marker = kEndOfCodeStream;
   }
-  if (at_ != stream_.size() && marker != kEndOfCodeStream) {
-    Fail("marker %04X behind a tile part of the code stream", unsigned{marker});
+  if (marker != kEndOfCodeStream) {
+    Fail("marker %04X behind a tile part of the code stream", marker);
   }
   if (std::find(hasTile_.begin(), hasTile_.end(), false) != hasTile_.end()) {
     Fail("the code stream does not have all of its tiles");
   }
   RequirePlausiblePackets();
-  header_.codeStream = stream_.first(at_);
   return header_;
 }
 

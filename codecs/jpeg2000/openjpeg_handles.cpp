@@ -16,7 +16,9 @@ constexpr std::size_t kMostBuffer = std::size_t{1} << 20;
 
 /// What real files give rise to, and what was looked at before.
 constexpr std::string_view kHarmlessWarnings[] = {"Non conformant codestream TPsot==TNsot",
-                                                  "Stream does not end with EOC", "Unknown marker"};
+                                                  "Unknown marker"};
+
+constexpr std::uint8_t kEndMarker[] = {0xFF, 0xD9};
 
 constexpr OPJ_SIZE_T kEnd = static_cast<OPJ_SIZE_T>(-1);
 
@@ -30,12 +32,13 @@ void Keep(const char* words, std::array<char, 256>& to) {
 
 }  // namespace
 
-OpenJpegCodec::OpenJpegCodec(Bytes input) : input_(input) {
-  Begin(true, std::clamp(input.size(), kLeastBuffer, kMostBuffer));
+OpenJpegCodec::OpenJpegCodec(Bytes input)
+    : input_(input), inputSize_(input.size() + sizeof kEndMarker) {
+  Begin(true, std::clamp(inputSize_, kLeastBuffer, kMostBuffer));
   opj_stream_set_read_function(stream_, Read);
   opj_stream_set_skip_function(stream_, SkipInput);
   opj_stream_set_seek_function(stream_, SeekInput);
-  opj_stream_set_user_data_length(stream_, input.size());
+  opj_stream_set_user_data_length(stream_, inputSize_);
 }
 
 OpenJpegCodec::OpenJpegCodec() {
@@ -76,17 +79,20 @@ void OpenJpegCodec::RequireNoWarnings() const {
 
 OPJ_SIZE_T OpenJpegCodec::Read(void* to, OPJ_SIZE_T count, void* self) {
   OpenJpegCodec& codec = Self(self);
-  const std::size_t left = codec.input_.size() - codec.place_;
-  if (left == 0) return kEnd;
-  count = std::min(count, left);
-  std::memcpy(to, &codec.input_[codec.place_], count);
+  if (codec.place_ == codec.inputSize_) return kEnd;
+  const Bytes input = codec.input_;
+  const Bytes left = codec.place_ < input.size()
+                         ? input.subspan(codec.place_)
+                         : Bytes(kEndMarker).subspan(codec.place_ - input.size());
+  count = std::min(count, left.size());
+  std::memcpy(to, left.data(), count);
   codec.place_ += count;
   return count;
 }
 
 OPJ_OFF_T OpenJpegCodec::SkipInput(OPJ_OFF_T count, void* self) {
   OpenJpegCodec& codec = Self(self);
-  const auto left = static_cast<OPJ_OFF_T>(codec.input_.size() - codec.place_);
+  const auto left = static_cast<OPJ_OFF_T>(codec.inputSize_ - codec.place_);
   if (count < 0 || left == 0) return -1;
   count = std::min(count, left);
   codec.place_ += static_cast<std::size_t>(count);
@@ -95,7 +101,7 @@ OPJ_OFF_T OpenJpegCodec::SkipInput(OPJ_OFF_T count, void* self) {
 
 OPJ_BOOL OpenJpegCodec::SeekInput(OPJ_OFF_T place, void* self) {
   OpenJpegCodec& codec = Self(self);
-  if (place < 0 || static_cast<std::size_t>(place) > codec.input_.size()) return OPJ_FALSE;
+  if (place < 0 || static_cast<std::size_t>(place) > codec.inputSize_) return OPJ_FALSE;
   codec.place_ = static_cast<std::size_t>(place);
   return OPJ_TRUE;
 }

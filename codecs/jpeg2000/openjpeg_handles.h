@@ -21,7 +21,7 @@ using OpenJpegImage = std::unique_ptr<opj_image_t, OpenJpegDestroyer>;
 /// An encoder or a decoder, its stream, and what it said. The library's calls come from one thread.
 class OpenJpegCodec {
  public:
-  /// Decodes raw code streams out of `input`, which lives longer.
+  /// Decodes a raw code stream, which lives longer, and to which an end marker is added.
   explicit OpenJpegCodec(Bytes input);
   /// Encodes to a raw code stream.
   OpenJpegCodec();
@@ -56,6 +56,7 @@ class OpenJpegCodec {
   opj_codec_t* codec_ = nullptr;
   opj_stream_t* stream_ = nullptr;
   Bytes input_;
+  std::size_t inputSize_ = 0;  // with the end marker
   std::vector<std::uint8_t> output_;
   std::size_t place_ = 0;  // in the input or the output
   // The first message of either kind; later ones cost nothing.
