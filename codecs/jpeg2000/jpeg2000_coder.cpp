@@ -10,6 +10,7 @@
 #include "failure.h"
 #include "jpeg2000/jpeg2000_header.h"
 #include "jpeg2000/openjpeg_handles.h"
+#include "memory_room.h"
 #include "plausible_size.h"
 #include "samples.h"
 
@@ -162,6 +163,16 @@ float Rate(const FrameFormat& format, std::uint32_t precision, std::uint32_t rat
   return rate > 1 ? static_cast<float>(rate) : 0;
 }
 
+/// What the library takes for a sample was measured: up to seven bytes to decode it, and fourteen to encode it.
+constexpr std::uint64_t kBytesToDecode = 8;
+constexpr std::uint64_t kBytesToEncode = 16;
+
+/// The library writes through null where it finds no memory.
+void RequireRoom(const FrameFormat& format, std::uint64_t bytesASample, std::size_t input) {
+  constexpr std::uint64_t kFixed = std::uint64_t{4} << 20;
+  RequireMemory(format.Samples() * bytesASample + 2 * std::uint64_t{input} + kFixed);
+}
+
 }  // namespace
 
 DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
@@ -169,6 +180,7 @@ DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
   const Jpeg2000Header header = ReadJpeg2000Header(stream);
   RequireSameImage(header, format);
   RequirePlausibleSize(header.codeStream.size(), format);
+  RequireRoom(format, kBytesToDecode, header.codeStream.size());
   OpenJpegCodec codec(header.codeStream);
   const OpenJpegImage image = Decoded(codec);
   RequireSameImage(*image, header);
@@ -205,6 +217,7 @@ EncodedFrame Jpeg2000Coder::Encode(Bytes frame, const FrameFormat& format,
   const std::uint32_t precision = arePlain ? format.bitsStored : format.bitsAllocated;
   EncodedFrame encoded;
   encoded.isLossy = kind_ == Jpeg2000Kind::kLossy && arePlain && settings.jpeg2000Ratio > 1;
+  RequireRoom(format, kBytesToEncode, frame.size());
   const OpenJpegImage image = ImageOf(frame, format, precision);
   opj_cparameters_t parameters = Parameters(format, IsTransformedFrom(format));
   if (encoded.isLossy) {
