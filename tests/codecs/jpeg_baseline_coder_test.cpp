@@ -552,8 +552,8 @@ TEST(JpegBaselineCoder, HostileStreamsAreRefusedSoon) {
   for (const auto& [name, stream] : cases) {
     const bool isLarge = std::string_view(name).ends_with("scans");
     const FrameFormat format = isLarge ? Gray(64, 64) : Gray(8, 8);
-    const tessaret::test::Measured measured =
-        tessaret::test::RunMeasured([&] { return WordsOf(stream, format).empty() ? 1 : 0; });
+    const tessaret::test::Measured measured = tessaret::test::RunMeasured(
+        [&, &bytes = stream] { return WordsOf(bytes, format).empty() ? 1 : 0; });
     EXPECT_EQ(measured.result, 0) << name;
     EXPECT_LT(measured.seconds, 2) << name;
   }

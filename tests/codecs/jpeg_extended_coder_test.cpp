@@ -595,8 +595,8 @@ TEST(JpegExtendedCoder, HostileStreamsAreRefusedSoon) {
       {"10 000 scans", many},
   };
   for (const auto& [name, stream] : cases) {
-    const tessaret::test::Measured measured =
-        tessaret::test::RunMeasured([&] { return WordsOf(stream, Gray(8, 8)).empty() ? 1 : 0; });
+    const tessaret::test::Measured measured = tessaret::test::RunMeasured(
+        [&, &bytes = stream] { return WordsOf(bytes, Gray(8, 8)).empty() ? 1 : 0; });
     EXPECT_EQ(measured.result, 0) << name;
     EXPECT_LT(measured.seconds, 2) << name;
   }
@@ -734,14 +734,15 @@ TEST(JpegExtendedCoder, EachFailedAllocationIsToldAndLeavesNothing) {
        {std::pair{sequential, format}, std::pair{Progressive(8, scans), Gray(8, 8)}}) {
     Stream back(shape.Size());
     bool isGood = false;
-    const std::uint64_t count = tessaret::test::FailEveryAllocation([&] {
-      isGood = false;
-      try {
-        kCoder.Decode(stream, shape, back);
-        isGood = true;
-      } catch (const std::bad_alloc&) {
-      }
-    });
+    const std::uint64_t count =
+        tessaret::test::FailEveryAllocation([&, &bytes = stream, &wanted = shape] {
+          isGood = false;
+          try {
+            kCoder.Decode(bytes, wanted, back);
+            isGood = true;
+          } catch (const std::bad_alloc&) {
+          }
+        });
     EXPECT_TRUE(isGood);
     EXPECT_GE(count, 3u);
   }
