@@ -36,7 +36,6 @@ void UseErrors(jpeg_common_struct& library, JpegErrors& errors);
 /// is owned belongs into the session.
 template <class Session>
 void RunStep(Session& session, void (*step)(Session&)) {
-  // NOLINTNEXTLINE(cert-err52-cpp): the library knows no other way
   if (setjmp(session.errors.jump) != 0) ThrowErrors(session.errors);
   step(session);
 }

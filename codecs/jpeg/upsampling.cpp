@@ -57,12 +57,12 @@ const std::uint16_t* RowMaker::Row(std::uint32_t y) {
 
 /// Two samples for each of `sums`, which are `weight` times too great. What is halved goes up in one and down in the next.
 const std::uint16_t* RowMaker::Wide(const std::uint32_t* sums, std::uint32_t weight) {
-  const std::uint32_t columns = plane_.component.columns;
+  const std::size_t columns = plane_.component.columns;
   const std::uint32_t whole = 4 * weight;
   const std::uint32_t left = weight == 1 ? 1 : 8;
   const std::uint32_t right = weight == 1 ? 2 : 7;
   const bool isMixed = columns >= kLeastMixed;
-  for (std::uint32_t x = 0; x < columns; ++x) {
+  for (std::size_t x = 0; x < columns; ++x) {
     const std::uint32_t before = isMixed && x != 0 ? sums[x - 1] : sums[x];
     const std::uint32_t behind = isMixed && x + 1 != columns ? sums[x + 1] : sums[x];
     row_[2 * x] = static_cast<std::uint16_t>((3 * sums[x] + before + left) / whole);
