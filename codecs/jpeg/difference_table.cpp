@@ -1,5 +1,7 @@
 #include "jpeg/difference_table.h"
 
+#include <algorithm>
+
 #include "failure.h"
 
 namespace tessaret::codecs {
@@ -25,26 +27,33 @@ std::uint16_t FirstOf(std::uint64_t entry, std::uint64_t held) {
 
 }  // namespace
 
-DifferenceTable::DifferenceTable(const HuffmanSpec& listed) : codes_(listed) {
+DifferenceTable::DifferenceTable(const HuffmanSpec& listed, std::uint64_t count) : codes_(listed) {
+  // To make pairs takes as long as to read some ten thousand differences one by one instead.
+  constexpr std::uint64_t kWorthPairs = 1 << 14;
   listed.RequireValues(kMostCategory);
-  constexpr unsigned kBelow = 64 - kLookup;
-  for (std::uint64_t bits = 0; bits < entries_.size(); ++bits) {
-    entries_[bits] = SingleEntry(bits << kBelow);
-  }
-  for (std::uint64_t bits = 0; bits < entries_.size(); ++bits) {
-    entries_[bits] = WithSecond(entries_[bits], bits << kBelow);
+  AddSingles(listed);
+  if (count >= kWorthPairs) AddSeconds();
+}
+
+void DifferenceTable::AddSingles(const HuffmanSpec& listed) {
+  std::size_t first = 0;  // of the entries that begin with the code
+  const std::uint8_t* category = listed.values.data();
+  for (unsigned length = 1; length <= kLookup; ++length) {
+    const std::size_t spread = std::size_t{1} << (kLookup - length);
+    for (unsigned left = listed.counts[length - 1]; left != 0;
+         --left, ++category, first += spread) {
+      const unsigned bits = length + *category;
+      if (*category == kMostCategory || bits > kMostBits) continue;
+      const Entry entry = bits | length << 8 | (63u - *category) << 16 | 1u << 24;
+      std::fill_n(entries_.begin() + static_cast<std::ptrdiff_t>(first), spread, entry);
+    }
   }
 }
 
-DifferenceTable::Entry DifferenceTable::SingleEntry(std::uint64_t held) const {
-  const auto next = static_cast<std::uint32_t>(held >> (64 - HuffmanSpec::kLongest));
-  const HuffmanTable::Code code = codes_.Find(next);
-  const unsigned bits = unsigned{code.length} + code.value;
-  if (code.length == 0 || code.length > kLookup || code.value == kMostCategory ||
-      bits > kMostBits) {
-    return 0;
+void DifferenceTable::AddSeconds() {
+  for (std::uint64_t bits = 0; bits < entries_.size(); ++bits) {
+    entries_[bits] = WithSecond(entries_[bits], bits << (64 - kLookup));
   }
-  return bits | std::uint64_t{code.length} << 8 | std::uint64_t{63u - code.value} << 16 | 1u << 24;
 }
 
 DifferenceTable::Entry DifferenceTable::WithSecond(Entry entry, std::uint64_t held) const {

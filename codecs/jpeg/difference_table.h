@@ -17,8 +17,8 @@ inline constexpr unsigned kMostCategory = 16;
 /// chain from one to the next, which is what decoding waits for.
 class DifferenceTable {
  public:
-  /// Throws CodecFailure for categories above kMostCategory.
-  explicit DifferenceTable(const HuffmanSpec& listed);
+  /// `count` tells about how many differences there are to be read. Throws CodecFailure for categories above kMostCategory.
+  DifferenceTable(const HuffmanSpec& listed, std::uint64_t count);
 
   /// The next `count` differences, modulo 65536. Behind the end they are made up: the caller asks the reader. Throws
   /// CodecFailure for bits that are no code.
@@ -40,7 +40,8 @@ class DifferenceTable {
   [[nodiscard]] Entry EntryFor(std::uint64_t held) const {
     return entries_[held >> (64 - kLookup)];
   }
-  [[nodiscard]] Entry SingleEntry(std::uint64_t held) const;
+  void AddSingles(const HuffmanSpec& listed);
+  void AddSeconds();
   [[nodiscard]] Entry WithSecond(Entry entry, std::uint64_t held) const;
   [[gnu::noinline]] std::uint16_t ReadRare(BitReader& reader) const;
 

@@ -55,7 +55,7 @@ LosslessScan::LosslessScan(const ScanHeader& scan, const FrameHeader& header,
     // Components with like tables, as they nearly always are, are read as one.
     std::size_t like = 0;
     while (like < at && !(RequireTable(known.dc, scan.components[like].dcTable) == listed)) ++like;
-    if (like == at) tables_.emplace_back(listed);
+    if (like == at) tables_.emplace_back(listed, std::uint64_t{header.columns} * header.rows);
     tableFor_[at] = like == at ? tables_.size() - 1 : tableFor_[like];
   }
   row_.resize(header.columns * samples_);

@@ -145,14 +145,23 @@ TEST(JpegLossless, DecodesTwoComponentsInOneScanAndTheThirdInAnother) {
   EXPECT_EQ(Decoded(stream, FormatOf(image)), FrameOf(image));
 }
 
-TEST(JpegLossless, DecodesCodesThatHoldTwoDifferencesOrNone) {
-  // From flat images, whose differences come in pairs, to noise of sixteen bits.
-  for (std::uint32_t range = 1; range <= 65536; range *= 2) {
-    const PlainImage image = NoisyImage(257, 16, 1, 16, range);
+// Large enough that pairs are worth their making.
+TEST(JpegLossless, DecodesPairsOfShortDifferencesAmongLongOnes) {
+  // From flat images to noise of sixteen bits.
+  for (std::uint32_t range = 1; range <= 65536; range *= 4) {
+    const PlainImage image = NoisyImage(257, 80, 1, 16, range);
     const EncodedFrame encoded = JpegLosslessCoder().Encode(FrameOf(image), FormatOf(image), {});
     const PlainImage plain = test::DecodePlainly(encoded.stream);
     EXPECT_EQ(plain.samples, image.samples);
     EXPECT_EQ(Decoded(encoded.stream, FormatOf(image)), FrameOf(plain));
+  }
+  for (std::uint8_t first = 0; first <= 16; ++first) {
+    PlainOptions options;
+    options.predictor = 1 + first % 7;
+    options.tables = {test::SteepTable(first)};
+    options.rowsPerInterval = first % 3;
+    const PlainImage image = NoisyImage(129, 128, 1 + first % 3, 12, 5);
+    EXPECT_EQ(Decoded(EncodePlainly(image, options), FormatOf(image)), FrameOf(image));
   }
 }
 
