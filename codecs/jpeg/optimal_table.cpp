@@ -1,13 +1,12 @@
 #include "jpeg/optimal_table.h"
 
+#include <algorithm>
 #include <cstddef>
 
 namespace tessaret::codecs {
 namespace {
 
 constexpr std::size_t kValues = 256;
-/// A value that never comes. The code of ones alone is its.
-constexpr std::size_t kReserved = kValues;
 constexpr std::size_t kNone = kValues + 1;
 
 using Lengths = std::array<std::size_t, kValues + 1>;  // by value, 0 for those that never come
@@ -15,11 +14,10 @@ using Lengths = std::array<std::size_t, kValues + 1>;  // by value, 0 for those 
 /// Trees of values that grow together until there is one.
 class Trees {
  public:
-  explicit Trees(std::span<const std::uint64_t> frequencies) {
-    for (std::size_t value = 0; value < frequencies.size(); ++value) {
-      weights_[value] = frequencies[value];
-    }
-    weights_[kReserved] = 1;
+  /// Behind those that come there is a value that never does. The code of ones alone is its.
+  explicit Trees(std::span<const std::uint64_t> frequencies) : reserved_(frequencies.size()) {
+    std::copy(frequencies.begin(), frequencies.end(), weights_.begin());
+    weights_[reserved_] = 1;
     next_.fill(kNone);
   }
 
@@ -38,7 +36,7 @@ class Trees {
   /// The lightest tree but for one; of equal ones the last, so that the reserved value gets the longest code.
   [[nodiscard]] std::size_t TakeOut(std::size_t but) const {
     std::size_t least = kNone;
-    for (std::size_t tree = 0; tree <= kReserved; ++tree) {
+    for (std::size_t tree = 0; tree <= reserved_; ++tree) {
       if (weights_[tree] == 0 || tree == but) continue;
       if (least == kNone || weights_[tree] <= weights_[least]) least = tree;
     }
@@ -55,6 +53,7 @@ class Trees {
     for (std::size_t value = other; value != kNone; value = next_[value]) ++lengths_[value];
   }
 
+  std::size_t reserved_;
   std::array<std::uint64_t, kValues + 1> weights_{};  // by first value; 0: there is no such tree
   std::array<std::size_t, kValues + 1> next_{};       // of the same tree
   Lengths lengths_{};
@@ -95,8 +94,9 @@ HuffmanSpec OptimalTable(std::span<const std::uint64_t> frequencies) {
   for (std::size_t length = 1; length <= HuffmanSpec::kLongest; ++length) {
     listed.counts[length - 1] = static_cast<std::uint8_t>(counts[length]);
   }
-  for (std::size_t length = 1; length < counts.size(); ++length) {
-    for (std::size_t value = 0; value < kValues; ++value) {
+  const std::size_t longest = *std::max_element(lengths.begin(), lengths.end());
+  for (std::size_t length = 1; length <= longest; ++length) {
+    for (std::size_t value = 0; value < frequencies.size(); ++value) {
       if (lengths[value] == length) listed.values[listed.size++] = static_cast<std::uint8_t>(value);
     }
   }
