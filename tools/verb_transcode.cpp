@@ -1,4 +1,8 @@
 // tessaret transcode: writes a DICOM file with its pixel data in another transfer syntax.
+#include <cstdlib>
+#include <optional>
+#include <string>
+
 #include "class_object.h"
 #include "interrupt.h"
 #include "json_writer.h"
@@ -18,7 +22,15 @@ struct TranscodeOptions {
   std::string output;
   std::string to;
   bool force = false;
+  std::optional<std::uint32_t> quality;
+  std::optional<std::uint32_t> near;
+  std::optional<std::uint32_t> ratio;
 };
+
+/// The codec library goes by these variables when its first codec is asked for.
+void PassToCodecs(const char* variable, const std::optional<std::uint32_t>& value) {
+  if (value) ::setenv(variable, std::to_string(*value).c_str(), 1);
+}
 
 class Transcoding {
  public:
@@ -27,6 +39,9 @@ class Transcoding {
 
   ExitCode Run() {
     if (to_.empty()) return WrongUsage();
+    PassToCodecs("TESSARET_JPEG_QUALITY", options_.quality);
+    PassToCodecs("TESSARET_JPEGLS_NEAR", options_.near);
+    PassToCodecs("TESSARET_JPEG2000_RATIO", options_.ratio);
     if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
       return OutputFailed(why);
     SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
@@ -124,6 +139,22 @@ VerbSetUp SetUpTranscode() {
                    "The transfer syntax to write: a UID, its name in the dictionary, or one of " +
                    SyntaxWords(),
                .required = true},
+              {.names = {"--quality"},
+               .value = "N",
+               .target = &options->quality,
+               .description = "How well lossy JPEG keeps the image, 1 to 100 (90)",
+               .range = OptionRange{1, 100}},
+              {.names = {"--near"},
+               .value = "N",
+               .target = &options->near,
+               .description = "By how much near-lossless JPEG-LS may change a sample, 0 to 255 (2)",
+               .range = OptionRange{0, 255}},
+              {.names = {"--ratio"},
+               .value = "N",
+               .target = &options->ratio,
+               .description =
+                   "How much smaller lossy JPEG 2000 makes the pixels, 1 to 1000 times (10)",
+               .range = OptionRange{1, 1000}},
               ForceRow(options->force),
           },
       .run = [options](Host& host) { return Transcoding(*options, host).Run(); },

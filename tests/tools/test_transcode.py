@@ -53,6 +53,28 @@ class Transcode(tool.ToolTest):
         self.refuse(self.source(EXPLICIT), "not to be had in JPEGBaseline8Bit: Transfer syntax [1.2.840.10008.1.2.4.50]: "
                     "samples of 16 bits in 16 are not encoded, only those of 8 in 8", "--to", "jpeg")
 
+    def test_how_much_is_lost_can_be_said(self):
+        content = meta(EXPLICIT) + b"".join(element(0x00280000 | low, "US", struct.pack("<H", value)) for low, value in (
+            (0x0002, 1), (0x0010, 64), (0x0011, 64), (0x0100, 8), (0x0101, 8), (0x0102, 7), (0x0103, 0)))
+        content = content.replace(element(0x00280010, "US", struct.pack("<H", 64)),
+                                  element(0x00280004, "CS", "MONOCHROME2") + element(0x00280010, "US", struct.pack("<H", 64)))
+        noise = bytes(number * number * 7 % 251 for number in range(64 * 64))
+        source = self.write("in.dcm", content + element(0x7FE00010, "OB", noise))
+        sizes = {}
+        for name, syntax, values in (("--quality", "jpeg", (10, 90, 100)), ("--near", "jpeg-ls-lossy", (20, 2, 0)),
+                                     ("--ratio", "jpeg2000", (40, 10, 1))):
+            out = self.path("out.dcm")
+            sizes[name] = []
+            for value in values:
+                self.assert_ends(run("transcode", "--force", "--to", syntax, name, value, source, out), DONE, "")
+                sizes[name].append(out.stat().st_size)
+                self.assertEqual(pydicom.dcmread(out).get("LossyImageCompression"), None if value in (0, 1) else "01")
+            self.assertEqual(sizes[name], sorted(set(sizes[name])), name)
+            with self.subTest("the default"):
+                self.assert_ends(run("transcode", "--force", "--to", syntax, source, out), DONE, "")
+                self.assertEqual(out.stat().st_size, sizes[name][1])
+            self.assert_ends(run("transcode", "--force", "--to", syntax, name, 5000, source, out), USAGE)
+
     def test_names_of_the_dictionary_are_known(self):
         # JPEG Lossless, Non-Hierarchical (Process 14), has no short word.
         self.assert_ends(run("transcode", "--to", "JPEGLossless", self.source(EXPLICIT), self.path("lossless.dcm")), DONE, "")
