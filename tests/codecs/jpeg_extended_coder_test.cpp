@@ -11,6 +11,7 @@
 #include "codecs/flat_jpeg.h"
 #include "jpeg/jpeg_baseline_coder.h"
 #include "jpeg/jpeg_progressive_coder.h"
+#include "jpeg/upsampling.h"
 #include "support/allocation_failure.h"
 #include "support/measured_child.h"
 
@@ -257,6 +258,46 @@ TEST(JpegExtendedCoder, ComponentsMayHaveScansOfTheirOwnAndFewerSamples) {
         EXPECT_EQ(samples[at], 2348);
         EXPECT_EQ(samples[at + 1], 1648);
         EXPECT_EQ(samples[at + 2], 2548);
+      }
+    }
+  }
+}
+
+TEST(RowMaker, MixesNeighboursThreeToOne) {
+  const auto most = [](unsigned number, bool isHalf) { return isHalf ? number * 2 : number; };
+  for (const auto& [isHalfAcross, isHalfDown] : {std::pair{false, false}, std::pair{true, false},
+                                                 std::pair{false, true}, std::pair{true, true}}) {
+    DctLayout layout;
+    layout.mostHorizontal = isHalfAcross ? 2 : 1;
+    layout.mostVertical = isHalfDown ? 2 : 1;
+    DctComponent component;
+    component.columns = 4;
+    component.rows = 3;
+    component.wholeAcross = component.wholeDown = 1;
+    DctPlane plane = MakeDctPlane(component);
+    for (unsigned at = 0; at < 64; ++at) {
+      plane.samples[at] = static_cast<std::uint16_t>(at * 2654435761u >> 20);
+    }
+    RowMaker rows(plane, layout);
+    for (unsigned y = 0; y < most(3, isHalfDown); ++y) {
+      const std::uint16_t* row = rows.Row(y);
+      for (unsigned x = 0; x < most(4, isHalfAcross); ++x) {
+        // The sample that a pixel lies in, and the one that it lies next to, if there is one.
+        const auto near = [](unsigned at, bool isHalf) { return isHalf ? at / 2 : at; };
+        const auto far = [](unsigned at, bool isHalf, unsigned count) {
+          if (!isHalf) return at;
+          return at % 2 == 0 ? (at == 0 ? 0 : at / 2 - 1) : std::min(at / 2 + 1, count - 1);
+        };
+        const auto sample = [&](unsigned column, unsigned line) {
+          return static_cast<double>(plane.samples[line * 8 + column]);
+        };
+        const unsigned nx = near(x, isHalfAcross);
+        const unsigned ny = near(y, isHalfDown);
+        const unsigned fx = far(x, isHalfAcross, 4);
+        const unsigned fy = far(y, isHalfDown, 3);
+        const double expected =
+            (9 * sample(nx, ny) + 3 * sample(fx, ny) + 3 * sample(nx, fy) + sample(fx, fy)) / 16;
+        EXPECT_NEAR(row[x], expected, 0.51) << x << ", " << y;
       }
     }
   }
