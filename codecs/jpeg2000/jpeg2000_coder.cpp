@@ -10,7 +10,6 @@
 #include "failure.h"
 #include "jpeg2000/jpeg2000_header.h"
 #include "jpeg2000/openjpeg_handles.h"
-#include "memory_room.h"
 #include "plausible_size.h"
 #include "samples.h"
 
@@ -19,6 +18,11 @@ namespace {
 
 /// All work is done by the calling thread, whatever the environment says: the host has threads of its own.
 constexpr int kOwnThreads = 0;
+
+/// What the library takes, at least: for each sample, and besides.
+constexpr std::size_t kDecodingBytes = 10;
+constexpr std::size_t kEncodingBytes = 16;
+constexpr std::size_t kSpareBytes = std::size_t{4} << 20;
 
 /// Where the rate is below this nothing but headers would be left of a frame.
 constexpr double kLeastBytes = 256;
@@ -163,16 +167,6 @@ float Rate(const FrameFormat& format, std::uint32_t precision, std::uint32_t rat
   return rate > 1 ? static_cast<float>(rate) : 0;
 }
 
-/// What the library takes for a sample was measured: up to seven bytes to decode it, and fourteen to encode it.
-constexpr std::uint64_t kBytesToDecode = 8;
-constexpr std::uint64_t kBytesToEncode = 16;
-
-/// The library writes through null where it finds no memory.
-void RequireRoom(const FrameFormat& format, std::uint64_t bytesASample, std::size_t input) {
-  constexpr std::uint64_t kFixed = std::uint64_t{4} << 20;
-  RequireMemory(format.Samples() * bytesASample + 2 * std::uint64_t{input} + kFixed);
-}
-
 }  // namespace
 
 DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
@@ -180,7 +174,8 @@ DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
   const Jpeg2000Header header = ReadJpeg2000Header(stream);
   RequireSameImage(header, format);
   RequirePlausibleSize(header.codeStream.size(), format);
-  RequireRoom(format, kBytesToDecode, header.codeStream.size());
+  RequireMemory(kSpareBytes + kDecodingBytes * static_cast<std::size_t>(format.Samples()) +
+                2 * header.codeStream.size());
   OpenJpegCodec codec(header.codeStream);
   const OpenJpegImage image = Decoded(codec);
   RequireSameImage(*image, header);
@@ -196,7 +191,9 @@ DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
     ExtendSigns(frame, format, header.precision);
   }
   const bool isRgb = format.samples == 3 && (header.isTransformed || NamesTransform(format));
-  return {.precision = header.precision, .isRgb = isRgb, .isLossy = kind_ == Jpeg2000Kind::kLossy};
+  // Streams of the lossy kind may have lost something by leaving packets out, too.
+  const bool isLossy = !header.isReversible || kind_ == Jpeg2000Kind::kLossy;
+  return {.precision = header.precision, .isRgb = isRgb, .isLossy = isLossy};
 }
 
 void Jpeg2000Coder::RequireEncodable(const FrameFormat& format) const {
@@ -217,7 +214,7 @@ EncodedFrame Jpeg2000Coder::Encode(Bytes frame, const FrameFormat& format,
   const std::uint32_t precision = arePlain ? format.bitsStored : format.bitsAllocated;
   EncodedFrame encoded;
   encoded.isLossy = kind_ == Jpeg2000Kind::kLossy && arePlain && settings.jpeg2000Ratio > 1;
-  RequireRoom(format, kBytesToEncode, frame.size());
+  RequireMemory(kSpareBytes + kEncodingBytes * static_cast<std::size_t>(format.Samples()));
   const OpenJpegImage image = ImageOf(frame, format, precision);
   opj_cparameters_t parameters = Parameters(format, IsTransformedFrom(format));
   if (encoded.isLossy) {

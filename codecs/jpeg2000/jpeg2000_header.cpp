@@ -225,6 +225,7 @@ void Walk::AddStyle(Bytes parameters, bool hasPrecincts) {
     Fail("the code stream has code blocks with exponents %u and %u", width + 2, height + 2);
   }
   if (parameters[4] > 1) Fail("wavelet transform %u of the code stream", unsigned{parameters[4]});
+  header_.isReversible = header_.isReversible && parameters[4] == 1;
   const std::size_t precincts = hasPrecincts ? style.levels + std::size_t{1} : 0;
   if (parameters.size() != kFixed + precincts) Fail("a coding style is of a wrong size");
   style.precincts.fill(0xFF);

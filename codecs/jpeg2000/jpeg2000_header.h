@@ -15,8 +15,8 @@ struct Jpeg2000Header {
   std::uint32_t precision = 0;  // of all components
   bool isSigned = false;        // of all components
   bool isTransformed = false;   // the first three components are a transform of red, green and blue
-  Bytes
-      codeStream;  // from its start marker to the end of its last tile part, without an end marker
+  bool isReversible = true;     // no wavelet transform of the stream loses anything
+  Bytes codeStream;             // from its start to the end of its last tile part
 };
 
 /// Throws CodecFailure where `stream` is neither a code stream nor a file with one, or is not whole: cut, without some tile, with

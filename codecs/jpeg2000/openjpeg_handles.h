@@ -4,6 +4,7 @@
 #include <openjpeg.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -17,6 +18,9 @@ struct OpenJpegDestroyer {
 };
 
 using OpenJpegImage = std::unique_ptr<opj_image_t, OpenJpegDestroyer>;
+
+/// Throws std::bad_alloc where the library would soon find no memory, which it does not everywhere look for.
+void RequireMemory(std::size_t bytes);
 
 /// An encoder or a decoder, its stream, and what it said. The library's calls come from one thread.
 class OpenJpegCodec {

@@ -10,6 +10,7 @@
 #include "codecs/frame_maker.h"
 #include "codecs/peer_files.h"
 #include "jpeg2000/jpeg2000_header.h"
+#include "support/allocation_failure.h"
 #include "support/build_kind.h"
 #include "support/measured_child.h"
 #include "support/temp_folder.h"
@@ -521,6 +522,44 @@ TEST(Jpeg2000Coder, OutlivesEveryChangeOfOneByte) {
       stream[at] = before;
     }
   }
+}
+
+TEST(Jpeg2000Coder, WithoutMemoryItFailsAndLeavesNothingBehind) {
+  using tessaret::test::AllocationWatch;
+  const FrameFormat format = test::MakeFormat(20, 15, 3, 8, 8);
+  const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
+  const Stream stream = kLossless.Encode(frame, format, {}).stream;
+  std::vector<std::uint8_t> back(frame.size());
+  const auto tries = tessaret::test::FailEveryAllocation([&] {
+    const AllocationWatch watch;
+    try {
+      kLossless.Decode(stream, format, back);
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_EQ(watch.Outstanding(), 0);
+  });
+  EXPECT_GT(tries, 1U);
+  const auto encodings = tessaret::test::FailEveryAllocation([&] {
+    const AllocationWatch watch;
+    try {
+      EXPECT_EQ(kLossless.Encode(frame, format, {}).stream, stream);
+    } catch (const std::bad_alloc&) {
+    }
+    EXPECT_EQ(watch.Outstanding(), 0);
+  });
+  EXPECT_GT(encodings, 2U);
+}
+
+TEST(Jpeg2000Coder, SaysWhetherTheStreamMayHaveLostSomething) {
+  const FrameFormat format = test::MakeFormat(20, 15, 1, 8, 8);
+  const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
+  std::vector<std::uint8_t> back(frame.size());
+  const Stream all = kLossless.Encode(frame, format, {}).stream;
+  const Stream less = kLossy.Encode(frame, format, {}).stream;
+  EXPECT_FALSE(kLossless.Decode(all, format, back).isLossy);
+  EXPECT_TRUE(kLossy.Decode(all, format, back).isLossy);
+  EXPECT_TRUE(kLossless.Decode(less, format, back).isLossy);
+  EXPECT_TRUE(kHighThroughput.Decode(less, format, back).isLossy);
 }
 
 /// A header for `side` x `side` pixels and its tile part, with `packets` bytes of empty packets.

@@ -23,7 +23,6 @@ using testing::HasSubstr;
 using Stream = std::vector<std::uint8_t>;
 
 constexpr const char* kLosslessUid = "1.2.840.10008.1.2.4.80";
-constexpr const char* kNearUid = "1.2.840.10008.1.2.4.81";
 
 const JpegLsCoder kLossless(JpegLsKind::kLossless);
 const JpegLsCoder kNear(JpegLsKind::kNearLossless);
