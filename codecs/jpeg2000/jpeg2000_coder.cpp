@@ -107,7 +107,7 @@ void Spread(Bytes frame, opj_image_t& image) {
     for (std::size_t at = 0; at < count; ++at) {
       Sample sample;
       std::memcpy(&sample, from + at * image.numcomps * sizeof(Sample), sizeof sample);
-      to[at] = sample;
+      to[at] = std::int32_t{sample};
     }
   }
 }

@@ -79,7 +79,8 @@ class RowDecoder {
  private:
   [[nodiscard]] std::int32_t Quantised(std::int32_t gradient) const {
     const std::int32_t most = parameters_.thresholds[2];
-    return quantised_[static_cast<std::size_t>(std::clamp(gradient, -most, most) + most)];
+    const std::int32_t place = std::clamp(gradient, -most, most) + most;
+    return quantised_[static_cast<std::size_t>(place)];
   }
   /// 0 where the surroundings are flat, so that a run begins; negative where all signs are to be turned.
   [[nodiscard]] std::int32_t ContextOf(const Neighbours& near, std::int32_t rd) const {
