@@ -6,8 +6,8 @@
 
 namespace tessaret::codecs {
 
-/// Throws CodecFailure where codes are none, blocks too long, data too short or too long, or scans missing. The JPEG library
-/// takes half of the streams that differ in a bit for good which this refuses.
+/// Throws CodecFailure where codes are none, blocks too long, data too short or too long, or scans missing. Of streams
+/// with a wrong bit the JPEG library takes many for good that this refuses.
 void CheckEntropy(Bytes stream, const DctSurvey& survey);
 
 }  // namespace tessaret::codecs
