@@ -37,7 +37,7 @@ check_headers() {
 # made are all alike.
 tidy_files() {
   local name
-  for name in $(project_files '*.cpp' | grep -E '^(src|tools|bench|fuzz)/' | grep -v '^src/facade/tables/'); do
+  for name in $(project_files '*.cpp' | grep -E '^(src|codecs|tools|bench|fuzz)/' | grep -v '^src/facade/tables/'); do
     grep -qF "\"file\": \"$root/$name\"" build/clang/compile_commands.json || continue
     if [ -z "$changed_only" ] || ! project_git diff --quiet HEAD -- "$name" 2>/dev/null ||
       [ -z "$(project_git ls-files -- "$name" 2>/dev/null)" ]; then
