@@ -421,6 +421,22 @@ TEST(JpegLsCoder, RefusesBytesBetweenTheLastSampleAndTheEndMarker) {
   }
 }
 
+TEST(JpegLsCoder, RefusesErrorsOutOfRange) {
+  // With NEAR 127 there are two errors. The first sample ends a run of none by a bit 0, and has a code with k = 1: the zeros
+  // before a bit 1 are the error's higher bits, and one bit more follows.
+  const FrameFormat format = test::MakeFormat(4, 4, 1, 8, 8);
+  const auto words = [&](std::uint8_t code) {
+    Stream stream = Changed(kScanAt + 3, 127);
+    stream.resize(25);
+    stream.insert(stream.end(), {code, 0, 0, 0, 0, 0, 0, 0, 0, 0xFF, 0xD9});
+    return WordsOfDecoding(stream, format);
+  };
+  EXPECT_THAT(words(0b0'00'1'0'000), HasSubstr("out of range")) << "4";
+  EXPECT_THAT(words(0b0'00000'1'0), HasSubstr("out of range")) << "10";
+  EXPECT_THAT(words(0b0'0'1'1'0000), HasSubstr("out of range")) << "3";
+  EXPECT_THAT(words(0b0'0'1'0'0000), testing::Not(HasSubstr("out of range"))) << "2";
+}
+
 TEST(JpegLsCoder, OutlivesEveryChangeOfOneByte) {
   const FrameFormat format = test::MakeFormat(6, 5, 3, 8, 8);
   const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kSteps);
