@@ -22,7 +22,7 @@ constexpr int kOwnThreads = 0;
 /// What the library takes, at least: for each sample, and besides.
 constexpr std::size_t kDecodingBytes = 10;
 constexpr std::size_t kEncodingBytes = 16;
-constexpr std::size_t kSpareBytes = std::size_t{4} << 20;
+constexpr std::size_t kSpareBytes = std::size_t{256} << 10;
 
 /// Where the rate is below this nothing but headers would be left of a frame.
 constexpr double kLeastBytes = 256;
