@@ -39,5 +39,31 @@ TEST(CodecLibraryThreads, EightThreadsGetTheBytesThatOneGets) {
   EXPECT_EQ(wrong, std::vector<int>(8));
 }
 
+TEST(CodecLibraryThreads, LargeJpegIsCheckedOnAnotherCoreWhileItIsDecoded) {
+  // Noise of this size has a code stream of some 60 kB.
+  const FrameFormat format = test::MakeFormat(256, 256, 1, 8, 8);
+  const auto object = test::NewImage(format, {test::MakeFrame(format, test::Pattern::kNoise)});
+  DcmCompEngine engine(test::Registry());
+  ASSERT_TRUE(engine.Compress(object.get(), test::kJpegBaseline, nullptr)) << engine.ErrorText;
+  const Octets stream =
+      ::tessaret::test::ValueOf(*object->GetVR(0x7FE0, 0x0010)->GetItem(1)->GetVR(0xFFFE, 0xE000));
+  ASSERT_GT(stream.size(), 40'000u);
+  ASSERT_TRUE(engine.Decompress(object.get(), nullptr, nullptr)) << engine.ErrorText;
+  // What libjpeg takes for good the check refuses, and its words come out.
+  Octets damaged = stream;
+  int refused = 0;
+  for (std::size_t at = 30'000; at < 30'200; at += 10) {
+    damaged[at] ^= 0x10;
+    const auto broken = test::NewCoded(format, test::kJpegBaseline, 1, {damaged});
+    if (!engine.Decompress(broken.get(), nullptr, nullptr)) {
+      ++refused;
+      EXPECT_EQ(engine.ErrorText.find("Transfer syntax [1.2.840.10008.1.2.4.50], frame 1 of 1: "),
+                0u);
+    }
+    damaged[at] ^= 0x10;
+  }
+  EXPECT_GT(refused, 0);
+}
+
 }  // namespace
 }  // namespace tessaret::codecs
