@@ -147,8 +147,9 @@ void DescribeDecoded(DICOMObject* object, const FrameFormat& format, const Decod
   DescribeBits(object, format, decoded, frame);
 }
 
-void DescribeEncoded(DICOMObject* object, const FrameFormat& format, const FrameCoder& coder) {
-  const std::string name = coder.EncodedPhotometric(format);
+void DescribeEncoded(DICOMObject* object, const FrameFormat& format, const FrameCoder& coder,
+                     bool isLossy) {
+  const std::string name = coder.EncodedPhotometric(format, isLossy);
   if (name != format.photometric) SetText(object, kPhotometric, name);
   SetPlanar(object, format);
 }

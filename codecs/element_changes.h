@@ -14,7 +14,8 @@ void DescribeDecoded(DICOMObject* object, const FrameFormat& format, const Decod
                      Bytes frame, std::uint32_t index);
 
 /// What is the same for all coded frames: Photometric Interpretation and Planar Configuration.
-void DescribeEncoded(DICOMObject* object, const FrameFormat& format, const FrameCoder& coder);
+void DescribeEncoded(DICOMObject* object, const FrameFormat& format, const FrameCoder& coder,
+                     bool isLossy);
 
 /// That something was lost, by how many `nativeBytes` became `codedBytes` and by which method (DICOM PS3.3, C.7.6.1.1.5), behind what
 /// was said of earlier losses; and that the image is derived.

@@ -49,8 +49,9 @@ class FrameCoder {
   [[nodiscard]] virtual EncodedFrame Encode(Bytes frame, const FrameFormat& format,
                                             const EncoderSettings& settings) const = 0;
 
-  /// What Photometric Interpretation is to say of frames of this format once they are encoded.
-  [[nodiscard]] virtual std::string EncodedPhotometric(const FrameFormat& format) const {
+  /// What Photometric Interpretation is to say of frames of this format once they are encoded; `isLossy` as Encode told.
+  [[nodiscard]] virtual std::string EncodedPhotometric(const FrameFormat& format,
+                                                       bool /*isLossy*/) const {
     return format.photometric;
   }
 

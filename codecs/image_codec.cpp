@@ -33,6 +33,9 @@ struct Decoding {
 };
 thread_local std::optional<Decoding> decoding;
 
+/// Whether something was lost of the frames of the data set that this thread encodes.
+thread_local bool hasLoss = false;
+
 CodecFrame PlaceOf(const VR* pixels) {
   CodecFrame place{};
   if (tessaret_codec_frame(pixels, &place) == 0) Fail("the engine does not say which frame it is");
@@ -128,9 +131,10 @@ std::uint32_t ImageCodec::CompressFrame(DICOMObject* object, const char* syntax,
     }
     const EncodedFrame encoded = coder.Encode(native, format, settings_);
     const std::uint32_t size = AddFragment(pixels, encoded.stream);
+    hasLoss = encoded.isLossy || (hasLoss && place.Index > 0);
     if (place.Index + 1 == place.Frames) {
-      DescribeEncoded(object, format, coder);
-      if (encoded.isLossy) {
+      DescribeEncoded(object, format, coder, hasLoss);
+      if (hasLoss) {
         DescribeLoss(object, std::uint64_t{info->FrameSize} * place.Frames, CodedBytes(pixels),
                      coder.LossyMethod());
       }

@@ -17,7 +17,8 @@ EncodedFrame JpegBaselineCoder::Encode(Bytes frame, const FrameFormat& format,
   return {EncodeDct8(frame, format, settings.jpegQuality), true};
 }
 
-std::string JpegBaselineCoder::EncodedPhotometric(const FrameFormat& format) const {
+std::string JpegBaselineCoder::EncodedPhotometric(const FrameFormat& format,
+                                                  bool /*isLossy*/) const {
   return format.samples == 3 ? "YBR_FULL_422" : format.photometric;
 }
 

@@ -11,7 +11,8 @@ class JpegBaselineCoder final : public FrameCoder {
   void RequireEncodable(const FrameFormat& format) const override;
   [[nodiscard]] EncodedFrame Encode(Bytes frame, const FrameFormat& format,
                                     const EncoderSettings& settings) const override;
-  [[nodiscard]] std::string EncodedPhotometric(const FrameFormat& format) const override;
+  [[nodiscard]] std::string EncodedPhotometric(const FrameFormat& format,
+                                               bool isLossy) const override;
   [[nodiscard]] const char* LossyMethod() const override;
 };
 

@@ -21,7 +21,8 @@ EncodedFrame JpegExtendedCoder::Encode(Bytes frame, const FrameFormat& format,
           true};
 }
 
-std::string JpegExtendedCoder::EncodedPhotometric(const FrameFormat& format) const {
+std::string JpegExtendedCoder::EncodedPhotometric(const FrameFormat& format,
+                                                  bool /*isLossy*/) const {
   return format.samples == 3 ? "YBR_FULL_422" : format.photometric;
 }
 

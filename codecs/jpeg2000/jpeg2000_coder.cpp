@@ -235,9 +235,9 @@ EncodedFrame Jpeg2000Coder::Encode(Bytes frame, const FrameFormat& format,
   return encoded;
 }
 
-std::string Jpeg2000Coder::EncodedPhotometric(const FrameFormat& format) const {
+std::string Jpeg2000Coder::EncodedPhotometric(const FrameFormat& format, bool isLossy) const {
   if (!IsTransformedFrom(format)) return format.photometric;
-  return kind_ == Jpeg2000Kind::kLossy ? "YBR_ICT" : "YBR_RCT";
+  return isLossy ? "YBR_ICT" : "YBR_RCT";
 }
 
 const char* Jpeg2000Coder::LossyMethod() const {

@@ -16,7 +16,8 @@ class Jpeg2000Coder final : public FrameCoder {
   void RequireEncodable(const FrameFormat& format) const override;
   [[nodiscard]] EncodedFrame Encode(Bytes frame, const FrameFormat& format,
                                     const EncoderSettings& settings) const override;
-  [[nodiscard]] std::string EncodedPhotometric(const FrameFormat& format) const override;
+  [[nodiscard]] std::string EncodedPhotometric(const FrameFormat& format,
+                                               bool isLossy) const override;
   [[nodiscard]] const char* LossyMethod() const override;
 
  private:

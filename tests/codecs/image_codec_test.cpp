@@ -158,6 +158,23 @@ TEST(CodecLibrary, TellsOfALossByRatioMethodAndImageType) {
   }
 }
 
+TEST(CodecLibrary, ALossOfAnyFrameIsToldOf) {
+  // The second frame has an overlay in bit 15, so that it is encoded without loss.
+  const FrameFormat format = MakeFormat(64, 64, 1, 16, 12);
+  const Octets lossy = test::MakeFrame(format, test::Pattern::kNoise);
+  Octets exact = lossy;
+  exact[1] |= 0x80;
+  for (const std::vector<Octets>& frames : {std::vector{lossy, exact}, std::vector{exact, lossy}}) {
+    const auto object = test::NewImage(format, frames);
+    ASSERT_EQ(Compress(*object, test::kJpeg2000Lossy), "");
+    EXPECT_EQ(TextAt(*object, 0x0028, 0x2110), "01");
+  }
+  const auto object = test::NewImage(format, {exact, exact});
+  ASSERT_EQ(Compress(*object, test::kJpeg2000Lossy), "");
+  EXPECT_EQ(TextAt(*object, 0x0028, 0x2110), "-");
+  EXPECT_EQ(TextAt(*object, 0x0008, 0x0008), "ORIGINAL\\PRIMARY\\AXIAL");
+}
+
 TEST(CodecLibrary, AnImageWithoutATypeBecomesDerivedWhenSomethingIsLost) {
   const FrameFormat format = MakeFormat(16, 16, 1, 8, 8);
   const auto object = test::NewImage(format, {test::MakeFrame(format, test::Pattern::kGradient)});

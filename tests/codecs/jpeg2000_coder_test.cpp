@@ -173,7 +173,7 @@ TEST(Jpeg2000Coder, GdcmDecodesWhatItEncodes) {
     if (format.bitsStored <= 8 && format.bitsAllocated == 16) continue;
     if (format.bitsStored < 8) continue;
     FrameFormat named = format;
-    named.photometric = kLossless.EncodedPhotometric(format);
+    named.photometric = kLossless.EncodedPhotometric(format, false);
     const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
     test::WriteDicomFile(folder.File("in"), named, kLosslessUid,
                          kLossless.Encode(frame, format, {}).stream);
@@ -252,10 +252,10 @@ TEST(Jpeg2000Coder, TransformsRedGreenAndBlueAndSaysWhatCameBack) {
   const FrameFormat rgb = test::MakeFormat(20, 10, 3, 8, 8);
   FrameFormat ybr = rgb;
   ybr.photometric = "YBR_FULL";
-  EXPECT_EQ(kLossless.EncodedPhotometric(rgb), "YBR_RCT");
-  EXPECT_EQ(kLossy.EncodedPhotometric(rgb), "YBR_ICT");
-  EXPECT_EQ(kLossless.EncodedPhotometric(ybr), "YBR_FULL");
-  EXPECT_EQ(kLossy.EncodedPhotometric(test::MakeFormat(9, 9, 1, 8, 8)), "MONOCHROME2");
+  EXPECT_EQ(kLossless.EncodedPhotometric(rgb, false), "YBR_RCT");
+  EXPECT_EQ(kLossy.EncodedPhotometric(rgb, true), "YBR_ICT");
+  EXPECT_EQ(kLossless.EncodedPhotometric(ybr, false), "YBR_FULL");
+  EXPECT_EQ(kLossy.EncodedPhotometric(test::MakeFormat(9, 9, 1, 8, 8), true), "MONOCHROME2");
   const std::vector<std::uint8_t> frame = test::MakeFrame(rgb, test::Pattern::kNoise);
   const Stream transformed = kLossless.Encode(frame, rgb, {}).stream;
   const Stream bare = kLossless.Encode(frame, ybr, {}).stream;

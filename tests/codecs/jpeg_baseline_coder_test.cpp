@@ -253,7 +253,7 @@ TEST_F(JpegBaselineAndDcmtk, TheOtherDecodesWhatThisEncodes) {
       for (const test::Pattern pattern : test::kPatterns) {
         const Stream frame = test::MakeFrame(format, pattern);
         FrameFormat coded = format;
-        coded.photometric = kCoder.EncodedPhotometric(format);
+        coded.photometric = kCoder.EncodedPhotometric(format, true);
         const Stream stream = Encoded(frame, format, 95);
         const Stream back =
             test::DecodedByPeer(stream, coded, kBaseline, samples == 1 ? "+cn" : "+ca");
@@ -354,11 +354,11 @@ TEST(JpegBaselineCoder, ColourIsEncodedWithHalfTheColumnsOfChrominance) {
   EXPECT_EQ(Stream(stream.begin() + static_cast<std::ptrdiff_t>(at) + 9,
                    stream.begin() + static_cast<std::ptrdiff_t>(at) + 19),
             (Stream{3, 1, 0x21, 0, 2, 0x11, 1, 3, 0x11, 1}));
-  EXPECT_EQ(kCoder.EncodedPhotometric(format), "YBR_FULL_422");
-  EXPECT_EQ(kCoder.EncodedPhotometric(Colour(20, 20, "YBR_FULL")), "YBR_FULL_422");
+  EXPECT_EQ(kCoder.EncodedPhotometric(format, true), "YBR_FULL_422");
+  EXPECT_EQ(kCoder.EncodedPhotometric(Colour(20, 20, "YBR_FULL"), true), "YBR_FULL_422");
   FrameFormat inverted = Gray(20, 20);
   inverted.photometric = "MONOCHROME1";
-  EXPECT_EQ(kCoder.EncodedPhotometric(inverted), "MONOCHROME1");
+  EXPECT_EQ(kCoder.EncodedPhotometric(inverted, true), "MONOCHROME1");
 }
 
 TEST(JpegBaselineCoder, SamplesThatAreLuminanceAndChrominanceAreEncodedAsTheyAre) {

@@ -496,8 +496,8 @@ TEST(JpegExtendedCoder, OnlyNineToTwelveBitsOfGrayAndWhatBaselineTakesIsEncoded)
   palette.photometric = "PALETTE COLOR";
   EXPECT_NE(words(palette), "");
   EXPECT_STREQ(kCoder.LossyMethod(), "ISO_10918_1");
-  EXPECT_EQ(kCoder.EncodedPhotometric(Gray(4, 4)), "MONOCHROME2");
-  EXPECT_EQ(kCoder.EncodedPhotometric(test::MakeFormat(4, 4, 3, 8, 8)), "YBR_FULL_422");
+  EXPECT_EQ(kCoder.EncodedPhotometric(Gray(4, 4), true), "MONOCHROME2");
+  EXPECT_EQ(kCoder.EncodedPhotometric(test::MakeFormat(4, 4, 3, 8, 8), true), "YBR_FULL_422");
   EXPECT_TRUE(kCoder.Encode(Stream(32), Gray(4, 4), {}).isLossy);
 }
 

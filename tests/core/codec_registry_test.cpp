@@ -167,9 +167,11 @@ TEST(CodecRegistry, ACodecThatCannotBeHadLeavesNothingBehind) {
 
 TEST(CodecRegistry, ALibraryThatIsGoneSinceTheCensusGivesNoCodec) {
   const test::TempFolder folder;
-  const std::string library = folder.File("DcmCodec.dll");
+  // Under its own name the loader would find the one that this build has made.
+  const std::string name = "gone.codec";
+  const std::string library = folder.File(name);
   std::filesystem::copy(test::CodecFolder() + "toy_codec.so", library);
-  CodecRegistry registry({folder.File("none.ini"), [&](const std::string& name) {
+  CodecRegistry registry({folder.File("none.ini"), [&](const std::string&) {
                             return LoadCodecLibrary({folder.Path().string() + "/"}, name);
                           }});
   CodecEntry* entry = registry.Find(test::kToy);
