@@ -62,4 +62,19 @@ void RequirePlausible(std::uint64_t stream, std::uint64_t samples, std::uint64_t
   }
 }
 
+void RequireSameShape(const StreamShape& shape, const FrameFormat& format) {
+  if (shape.columns != format.columns || shape.rows != format.rows) {
+    Fail("the code stream has %u x %u pixels, the data set %u x %u", shape.columns, shape.rows,
+         format.columns, format.rows);
+  }
+  if (shape.components != format.samples) {
+    Fail("the code stream has %u components, the data set %u samples per pixel", shape.components,
+         format.samples);
+  }
+  if (shape.precision > format.bitsAllocated) {
+    Fail("the code stream has samples of %u bits, the data set allocates %u", shape.precision,
+         format.bitsAllocated);
+  }
+}
+
 }  // namespace tessaret::codecs

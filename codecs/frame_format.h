@@ -42,4 +42,16 @@ FrameFormat ReadFrameFormat(const DICOMObject* object, const ImageInfo& info);
 /// To be asked before memory is taken or pixels are written.
 void RequirePlausible(std::uint64_t stream, std::uint64_t samples, std::uint64_t samplesPerByte);
 
+/// What a code stream says of its own image.
+struct StreamShape {
+  std::uint32_t columns = 0;
+  std::uint32_t rows = 0;
+  std::uint32_t components = 0;
+  std::uint32_t precision = 0;  // bits of a sample
+};
+
+/// Throws CodecFailure, with both numbers, where width, height or number of components are not those of the data set, and where samples
+/// do not fit what is allocated for them.
+void RequireSameShape(const StreamShape& shape, const FrameFormat& format);
+
 }  // namespace tessaret::codecs

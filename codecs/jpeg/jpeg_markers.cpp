@@ -120,18 +120,11 @@ FrameHeader FindFrameHeader(Bytes stream) {
 }
 
 void RequireSameShape(const FrameHeader& header, const FrameFormat& format) {
-  if (header.columns != format.columns || header.rows != format.rows) {
-    Fail("the code stream has %u x %u pixels, the data set %u x %u", header.columns, header.rows,
-         format.columns, format.rows);
-  }
-  if (header.count != format.samples) {
-    Fail("the code stream has %zu components, the data set %u samples per pixel", header.count,
-         format.samples);
-  }
-  if (header.precision > format.bitsAllocated) {
-    Fail("the code stream has samples of %u bits, the data set allocates %u", header.precision,
-         format.bitsAllocated);
-  }
+  RequireSameShape(StreamShape{.columns = header.columns,
+                               .rows = header.rows,
+                               .components = static_cast<std::uint32_t>(header.count),
+                               .precision = header.precision},
+                   format);
 }
 
 ScanHeader ReadScanHeader(Segment segment, const FrameHeader& frame) {

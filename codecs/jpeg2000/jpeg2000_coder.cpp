@@ -35,18 +35,11 @@ bool NamesTransform(const FrameFormat& format) {
 
 void RequireSameImage(const Jpeg2000Header& header, const FrameFormat& format) {
   if (format.bitsAllocated > 16) Fail("JPEG 2000 with %u bits allocated", format.bitsAllocated);
-  if (header.columns != format.columns || header.rows != format.rows) {
-    Fail("the code stream has %u x %u pixels, the data set %u x %u", header.columns, header.rows,
-         format.columns, format.rows);
-  }
-  if (header.components != format.samples) {
-    Fail("the code stream has %u components, the data set %u samples", header.components,
-         format.samples);
-  }
-  if (header.precision > format.bitsAllocated) {
-    Fail("the code stream has samples of %u bits, of which %u are allocated", header.precision,
-         format.bitsAllocated);
-  }
+  RequireSameShape({.columns = header.columns,
+                    .rows = header.rows,
+                    .components = header.components,
+                    .precision = header.precision},
+                   format);
 }
 
 void RequireSameImage(const opj_image_t& image, const Jpeg2000Header& header) {

@@ -293,7 +293,7 @@ TEST(Jpeg2000Coder, GivesSingleBitsAByteEach) {
   const Stream stream = kLossless.Encode(frame, format, {}).stream;
   EXPECT_EQ(Decoded(stream, test::MakeFormat(37, 23, 1, 1, 1)), frame);
   EXPECT_THAT(WordsOfDecoding(kEmpty, test::MakeFormat(4, 4, 1, 1, 1)),
-              HasSubstr("8 bits, of which 1 are allocated"));
+              HasSubstr("8 bits, the data set allocates 1"));
 }
 
 TEST(Jpeg2000Coder, LossyFramesTakeTheBytesAsked) {
@@ -405,7 +405,7 @@ TEST(Jpeg2000Coder, RefusesHeadersOfOtherImagesAndNonsense) {
       {Changed(kComponentsAt, {0, 0}), "0 components"},
       {Changed(kComponentsAt, {0, 3}), "size segment of 39 bytes for 3 components"},
       {Changed(kComponentsAt, {0x40, 0}), "16384 components"},
-      {Changed(kComponentsAt + 2, {8}), "samples of 9 bits, of which 8 are allocated"},
+      {Changed(kComponentsAt + 2, {8}), "samples of 9 bits, the data set allocates 8"},
       {Changed(kComponentsAt + 2, {0x7F}), "samples of 128 bits"},
       {Changed(kComponentsAt + 3, {2}), "fewer samples"},
       {Changed(kComponentsAt + 4, {0}), "fewer samples"},

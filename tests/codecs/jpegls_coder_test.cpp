@@ -352,7 +352,7 @@ TEST(JpegLsCoder, RefusesHeadersOfOtherImagesAndNonsense) {
       {Changed(3, 0xC0), "marker FFC0"},
       {Changed(kFrameAt, 1), "samples of 1 bits"},
       {Changed(kFrameAt, 17), "samples of 17 bits"},
-      {Changed(kFrameAt, 9), "samples of 9 bits, of which 8 are allocated"},
+      {Changed(kFrameAt, 9), "samples of 9 bits, the data set allocates 8"},
       {Changed(kFrameAt + 2, 5), "4 x 5 pixels, the data set 4 x 4"},
       {Changed(kFrameAt + 2, 0), "4 x 0 pixels"},
       {Changed(kFrameAt + 4, 5), "5 x 4 pixels, the data set 4 x 4"},
