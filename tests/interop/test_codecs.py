@@ -100,7 +100,7 @@ class Codecs(unittest.TestCase):
         cls.addClassCleanup(folder.cleanup)
         cls.folder = pathlib.Path(folder.name)
         cls.natives = {}
-        for what in codec_images.KINDS:
+        for what in codec_images.KINDS[::3] if tool_runs.INSTRUMENTED else codec_images.KINDS:
             path = cls.folder / f"{what.name}.dcm"
             frames = codec_images.frames_of(what)
             codec_images.write(path, what, frames)

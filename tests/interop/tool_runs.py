@@ -4,6 +4,8 @@ import os
 import subprocess
 
 TOOL = os.environ["TESSARET_TOOL"]
+# The tool starts ten times as slowly then, and what it is started for is the same every time.
+INSTRUMENTED = bool(os.environ.get("TESSARET_SANITIZE"))
 
 
 def transcode(source, syntax, target):
