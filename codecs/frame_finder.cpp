@@ -57,7 +57,7 @@ FrameFinder::FrameFinder(const VR* pixels, const CodecFrame& place, StreamKind k
     : pixels_(pixels), frames_(place.Frames), fragments_(FragmentsOf(pixels)) {
   if (fragments_.size() == frames_) return;
   if (frames_ == 1) {
-    firstFragments_ = {0};
+    FindInAllFragments(kind);
   } else if (fragments_.size() == 1) {
     FindInOneFragment(kind);
   } else if (fragments_.size() > frames_) {
@@ -65,6 +65,16 @@ FrameFinder::FrameFinder(const VR* pixels, const CodecFrame& place, StreamKind k
   } else {
     Fail("%zu fragments are too few for %u frames", fragments_.size(), frames_);
   }
+}
+
+/// More than one stream would be lost behind the first, which is all that a decoder looks at.
+void FrameFinder::FindInAllFragments(StreamKind kind) {
+  const auto begins = [&](Bytes fragment) { return BeginsLike(kind, fragment); };
+  const auto streams = std::ranges::count_if(fragments_, begins);
+  if (streams > 1) {
+    Fail("%zu code streams are more than one frame", static_cast<std::size_t>(streams));
+  }
+  firstFragments_ = {0};
 }
 
 void FrameFinder::FindInOneFragment(StreamKind kind) {
@@ -79,6 +89,8 @@ void FrameFinder::FindInOneFragment(StreamKind kind) {
     const auto next = std::find_if(rest.begin(), rest.end(), [](std::uint8_t b) { return b != 0; });
     rest = rest.subspan(static_cast<std::size_t>(next - rest.begin()));
   }
+  if (BeginsLike(kind, rest))
+    Fail("one fragment has more code streams than the %u frames", frames_);
 }
 
 void FrameFinder::FindByFragments(const CodecFrame& place, StreamKind kind) {

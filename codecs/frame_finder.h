@@ -23,6 +23,7 @@ class FrameFinder {
   [[nodiscard]] bool IsOf(const VR* pixels) const { return pixels == pixels_; }
 
  private:
+  void FindInAllFragments(StreamKind kind);
   void FindInOneFragment(StreamKind kind);
   void FindByFragments(const CodecFrame& place, StreamKind kind);
 

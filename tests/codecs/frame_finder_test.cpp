@@ -132,6 +132,18 @@ TEST(FrameFinder, OneFragmentMayHaveAllFramesWhereStreamsTellTheirEnd) {
             "one fragment has 0 code streams, not the 2 of the frames");
 }
 
+TEST(FrameFinder, StreamsThatNoFrameIsNamedForAreNotLost) {
+  EXPECT_EQ(Pixels(1, {Jpeg(1), Jpeg(2), Jpeg(3)}).Words(StreamKind::kJpeg),
+            "3 code streams are more than one frame");
+  EXPECT_EQ(Pixels(1, {Rle(1), Rle(2)}).Words(StreamKind::kRle),
+            "2 code streams are more than one frame");
+  EXPECT_EQ(Pixels(2, {Joined({Jpeg(1), Jpeg(2), Jpeg(3)})}).Words(StreamKind::kJpeg),
+            "one fragment has more code streams than the 2 frames");
+  // Filling is no stream.
+  EXPECT_EQ(Pixels(1, {Jpeg(1), {0xFF, 0xD8}}).Words(StreamKind::kJpeg), "");
+  EXPECT_EQ(Pixels(2, {Joined({Jpeg(1), Jpeg(2), {7, 7}})}).Words(StreamKind::kJpeg), "");
+}
+
 TEST(FrameFinder, FramesThatCannotBeToldApartAreRefused) {
   EXPECT_EQ(Pixels(2, {{1}, {2}, {3}}).Words(StreamKind::kJpeg),
             "3 fragments cannot be told apart as 2 frames");
