@@ -98,7 +98,8 @@ void DescribeColour(DICOMObject* object, const FrameFormat& format, const Decode
 }
 
 void SetPlanar(DICOMObject* object, const FrameFormat& format) {
-  const bool isThere = tessaret_codec_element(object, kPlanar.group, kPlanar.element) != nullptr;
+  const bool isThere =
+      tessaret_codec_length(tessaret_codec_element(object, kPlanar.group, kPlanar.element)) == 2;
   if (format.samples > 1 ? format.isPlanar || !isThere : format.isPlanar) {
     SetNumber(object, kPlanar, 0);
   }

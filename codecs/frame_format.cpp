@@ -23,10 +23,6 @@ void RequireBits(const FrameFormat& format) {
   if (format.bitsStored == 0 || format.bitsStored > allocated) {
     Fail("Bits Stored is %u of %u allocated", format.bitsStored, allocated);
   }
-  if (format.highBit >= allocated || format.highBit + 1 < format.bitsStored) {
-    Fail("High Bit is %u where %u bits of %u are stored", format.highBit, format.bitsStored,
-         allocated);
-  }
 }
 
 }  // namespace
@@ -53,6 +49,13 @@ FrameFormat ReadFrameFormat(const DICOMObject* object, const ImageInfo& info) {
          format.rows);
   }
   return format;
+}
+
+void RequireHighBit(const FrameFormat& format) {
+  if (format.highBit >= format.bitsAllocated || format.highBit + 1 < format.bitsStored) {
+    Fail("High Bit is %u where %u bits of %u are stored", format.highBit, format.bitsStored,
+         format.bitsAllocated);
+  }
 }
 
 void RequirePlausible(std::uint64_t stream, std::uint64_t samples, std::uint64_t samplesPerByte) {

@@ -12,14 +12,14 @@ namespace tessaret::codecs {
 using Bytes = std::span<const std::uint8_t>;
 using MutableBytes = std::span<std::uint8_t>;
 
-/// No number is 0. Coders see samples by pixel (Planar Configuration 0), in little endian, one behind the other.
+/// No number is 0, but for the high bit. Coders see samples by pixel (Planar Configuration 0), in little endian, one behind the other.
 struct FrameFormat {
   std::uint32_t rows = 0;           // at most 65535
   std::uint32_t columns = 0;        // at most 65535
   std::uint32_t samples = 1;        // per pixel
   std::uint32_t bitsAllocated = 8;  // 1, 8, 16 or 32
   std::uint32_t bitsStored = 8;     // at most bitsAllocated
-  std::uint32_t highBit = 7;        // below bitsAllocated
+  std::uint32_t highBit = 7;        // as the data set has it; below bitsAllocated for encoders
   bool isSigned = false;            // samples are in two's complement
   bool isPlanar = false;            // as the data set has it; a coder's frame never is
   std::string photometric;          // Photometric Interpretation, without blanks at its ends
@@ -37,6 +37,10 @@ struct FrameFormat {
 
 /// Reads what codecs need. Throws CodecFailure where the numbers do not go together or cannot be held in bytes.
 FrameFormat ReadFrameFormat(const DICOMObject* object, const ImageInfo& info);
+
+/// Throws CodecFailure where the bits stored do not end within those allocated. Streams have samples of their own and are decoded
+/// all the same: files with a wrong High Bit are common.
+void RequireHighBit(const FrameFormat& format);
 
 /// Throws CodecFailure, with the numbers, where `stream` bytes cannot hold that many samples at `samplesPerByte` at best.
 /// To be asked before memory is taken or pixels are written.

@@ -1,6 +1,7 @@
 #include "image_codec.h"
 
 #include <algorithm>
+#include <cinttypes>
 #include <iterator>
 #include <new>
 #include <optional>
@@ -42,6 +43,17 @@ CodecFrame PlaceOf(const VR* pixels) {
   return place;
 }
 
+/// What lies behind the frames that are named would not be encoded. Less than a frame is filling.
+void RequireAllNamed(const DICOMObject* object, const ImageInfo& info) {
+  const std::uint64_t named = std::uint64_t{info.FrameSize} * info.Frames;
+  const std::uint64_t length =
+      tessaret_codec_length(tessaret_codec_element(object, 0x7FE0, 0x0010));
+  if (length > named + 1 && length - named >= info.FrameSize) {
+    Fail("%" PRIu64 " bytes of pixel data are more than %u frames of %u", length, info.Frames,
+         info.FrameSize);
+  }
+}
+
 FrameFormat EncodableFormat(const DICOMObject* object, const ImageInfo& info,
                             const FrameCoder& coder) {
   FrameFormat format = ReadFrameFormat(object, info);
@@ -51,6 +63,8 @@ FrameFormat EncodableFormat(const DICOMObject* object, const ImageInfo& info,
   if (found != std::end(kSubsampled)) {
     Fail("native pixels in %s are not encoded", format.photometric.c_str());
   }
+  RequireHighBit(format);
+  RequireAllNamed(object, info);
   coder.RequireEncodable(format);
   return format;
 }

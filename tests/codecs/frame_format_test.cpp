@@ -36,7 +36,7 @@ FrameFormat FormatOf(const DICOMObject& object) {
 std::string Words(std::uint32_t samples, std::uint32_t allocated, std::uint32_t stored,
                   std::uint32_t high) {
   const auto object = Image(samples, allocated, stored, high);
-  return test::WordsOf([&] { FormatOf(*object); });
+  return test::WordsOf([&] { RequireHighBit(FormatOf(*object)); });
 }
 
 TEST(FrameFormat, TellsWhatTheDataSetSays) {
@@ -84,6 +84,11 @@ TEST(FrameFormat, BitsStoredAndHighBitLieWithinWhatIsAllocated) {
   EXPECT_EQ(Words(1, 16, 12, 10), "High Bit is 10 where 12 bits of 16 are stored");
   EXPECT_EQ(Words(1, 16, 12, 15), "");
   EXPECT_EQ(Words(1, 8, 65535, 7), "Bits Stored is 65535 of 8 allocated");
+}
+
+TEST(FrameFormat, AWrongHighBitIsLeftToThoseWhoNeedIt) {
+  EXPECT_EQ(FormatOf(*Image(1, 16, 12, 16)).highBit, 16u);
+  EXPECT_EQ(FormatOf(*Image(1, 16, 12, 0)).highBit, 0u);
 }
 
 TEST(FrameFormat, FramesWithoutPixelsAndPixelsOfManySamplesAreRefused) {

@@ -254,6 +254,53 @@ TEST(CodecLibrary, WhatASyntaxCannotHoldIsRefusedWithWords) {
   }
 }
 
+TEST(CodecLibrary, FramesBeyondTheirNumberAreNotLeftOut) {
+  const FrameFormat format = MakeFormat(4, 2, 1, 8, 8);
+  const Octets frame = test::MakeFrame(format, test::Pattern::kGradient);
+  const auto named = [&](const std::vector<Octets>& frames, const char* count) {
+    auto object = test::NewImage(format, frames);
+    object->Push(test::NewText(MakeTagKey(0x0028, 0x0008), count, type_code::IS));
+    return object;
+  };
+  for (const char* syntax : kLossless) {
+    const std::string begin = std::string("Transfer syntax [") + syntax + "]: ";
+    EXPECT_EQ(Refusal(*named({frame, frame, frame}, "2"), syntax),
+              begin + "24 bytes of pixel data are more than 2 frames of 8");
+    const auto missing = named({frame, frame}, "");
+    EXPECT_EQ(Refusal(*missing, syntax),
+              begin + "16 bytes of pixel data are more than 1 frames of 8");
+    EXPECT_NE(Compress(*missing, syntax), "");
+    EXPECT_EQ(test::SyntaxOf(*missing), test::kExplicit);
+    EXPECT_EQ(Refusal(*named({frame, {1, 2, 3, 4, 5, 6}}, "1"), syntax), "") << "filling";
+    const FrameFormat pixel = MakeFormat(1, 1, 1, 8, 8);
+    EXPECT_EQ(Refusal(*test::NewImage(pixel, {{7}}), syntax), "") << "made even";
+  }
+}
+
+TEST(CodecLibrary, AWrongHighBitKeepsNobodyFromSeeingAnImage) {
+  const FrameFormat format = MakeFormat(16, 16, 1, 16, 12);
+  const Octets frame = test::MakeFrame(format, test::Pattern::kGradient);
+  for (const char* syntax : kLossless) {
+    for (const std::uint32_t high : {0u, 7u, 16u}) {
+      const auto object = test::NewImage(format, {frame});
+      ASSERT_EQ(Compress(*object, syntax), "");
+      object->Push(test::NewNumber(0x0102, high));
+      ASSERT_EQ(Decompress(*object), "") << syntax;
+      EXPECT_EQ(test::NativeOf(*object, frame.size()), frame);
+      EXPECT_NE(Refusal(*object, syntax), "") << "which bits are stored is not known";
+    }
+  }
+}
+
+TEST(CodecLibrary, AnEmptyPlanarConfigurationIsFilled) {
+  const FrameFormat format = MakeFormat(2, 2, 3, 8, 8);
+  const auto object =
+      test::NewCoded(format, test::kRle, 1, {RleFrame(format, test::Pattern::kNoise)});
+  object->Push(::tessaret::test::NewVR(MakeTagKey(0x0028, 0x0006), {}, type_code::US));
+  ASSERT_EQ(Decompress(*object), "");
+  EXPECT_EQ(object->GetVR(0x0028, 0x0006)->Length, 2u);
+}
+
 TEST(CodecLibrary, HoldsAnythingNatively) {
   DICOMObject empty;
   for (const char* syntax : {test::kImplicit, test::kExplicit, "1.2.840.10008.1.2.2"}) {
