@@ -210,6 +210,39 @@ TEST(CodecLibrary, NamesTheColoursOfEachForm) {
   }
 }
 
+TEST(CodecLibrary, NamesOfTransformsAndSubsamplingGoWithThem) {
+  struct Row {
+    const char* coded;
+    const char* back;
+  };
+  for (const Row& row : {Row{"YBR_FULL_422", "YBR_FULL"}, Row{"YBR_RCT", "RGB"},
+                         Row{"YBR_ICT", "RGB"}, Row{"CMYK", "CMYK"}}) {
+    FrameFormat format = MakeFormat(4, 4, 3, 8, 8);
+    format.photometric = row.coded;
+    const auto object =
+        test::NewCoded(format, test::kRle, 1, {RleFrame(format, test::Pattern::kNoise)});
+    ASSERT_EQ(Decompress(*object), "");
+    EXPECT_EQ(TextAt(*object, 0x0028, 0x0004), row.back);
+  }
+}
+
+TEST(CodecLibrary, TheOffsetTableLeadsToTheItemsOfFramesOfAnyLength) {
+  const FrameFormat format = MakeFormat(7, 5, 1, 8, 8);
+  const std::vector<Octets> frames = test::FramesOf(format);
+  for (const char* syntax : kLossless) {
+    const auto object = test::NewImage(format, frames);
+    ASSERT_EQ(Compress(*object, syntax), "");
+    VR& pixels = *object->GetVR(0x7FE0, 0x0010);
+    const Octets table = ::tessaret::test::ValueOf(*pixels.GetItem(0)->GetVR(0xFFFE, 0xE000));
+    ASSERT_EQ(table.size(), 4 * frames.size());
+    std::uint32_t offset = 0;
+    for (std::uint32_t at = 0; at < frames.size(); ++at) {
+      EXPECT_EQ(table[4 * at] | table[4 * at + 1] << 8, offset) << syntax << " " << at;
+      offset += 8 + pixels.GetItem(at + 1)->GetVR(0xFFFE, 0xE000)->Length;
+    }
+  }
+}
+
 TEST(CodecLibrary, AFailureNamesSyntaxFrameAndCauseAndChangesNothing) {
   const FrameFormat format = MakeFormat(8, 8, 3, 8, 8);
   Octets damaged = RleFrame(format, test::Pattern::kNoise);
@@ -231,6 +264,11 @@ TEST(CodecLibrary, WhatASyntaxCannotHoldIsRefusedWithWords) {
                    syntax);
   };
   FrameFormat subsampled = MakeFormat(8, 8, 3, 8, 8);
+  subsampled.photometric = "YBR_FULL_422";
+  for (const char* name : {"YBR_PARTIAL_422", "YBR_PARTIAL_420"}) {
+    subsampled.photometric = name;
+    EXPECT_NE(refusal(subsampled, test::kRle), "") << name;
+  }
   subsampled.photometric = "YBR_FULL_422";
   FrameFormat palette = MakeFormat(8, 8, 1, 8, 8);
   palette.photometric = "PALETTE COLOR";
@@ -335,6 +373,17 @@ TEST(CodecLibrary, BitsStoredGrowWhereALossyStreamGoesBeyondThem) {
     EXPECT_EQ(object->GetUINT16(0x0028, 0x0101), isBeyond ? 12 : 10);
     EXPECT_EQ(object->GetUINT16(0x0028, 0x0102), isBeyond ? 11 : 9);
   }
+}
+
+TEST(CodecLibrary, BitsStoredBelowAnotherHighBitStayAsTheyAre) {
+  const FrameFormat format = MakeFormat(32, 32, 1, 16, 12);
+  const auto object = test::NewImage(format, {test::MakeFrame(format, test::Pattern::kMaximum)});
+  ASSERT_EQ(Compress(*object, test::kJpegExtended), "");
+  object->Push(test::NewNumber(0x0101, 10));
+  object->Push(test::NewNumber(0x0102, 11));
+  ASSERT_EQ(Decompress(*object), "");
+  EXPECT_EQ(object->GetUINT16(0x0028, 0x0101), 10);
+  EXPECT_EQ(object->GetUINT16(0x0028, 0x0102), 11);
 }
 
 TEST(CodecLibrary, BitsBesideThoseStoredComeBackFromLosslessStreamsAndAreNotCalledStored) {
