@@ -30,7 +30,6 @@ std::uint16_t FirstOf(std::uint64_t entry, std::uint64_t held) {
 DifferenceTable::DifferenceTable(const HuffmanSpec& listed, std::uint64_t count) : codes_(listed) {
   // To make pairs takes as long as to read some ten thousand differences one by one instead.
   constexpr std::uint64_t kWorthPairs = 1 << 14;
-  listed.RequireValues(kMostCategory);
   AddSingles(listed);
   if (count >= kWorthPairs) AddSeconds();
 }
@@ -43,7 +42,7 @@ void DifferenceTable::AddSingles(const HuffmanSpec& listed) {
     for (unsigned left = listed.counts[length - 1]; left != 0;
          --left, ++category, first += spread) {
       const unsigned bits = length + *category;
-      if (*category == kMostCategory || bits > kMostBits) continue;
+      if (*category >= kMostCategory || bits > kMostBits) continue;
       const Entry entry = bits | length << 8 | (63u - *category) << 16 | 1u << 24;
       std::fill_n(entries_.begin() + static_cast<std::ptrdiff_t>(first), spread, entry);
     }
@@ -106,6 +105,8 @@ std::uint16_t DifferenceTable::ReadRare(BitReader& reader) const {
   reader.Fill();
   const HuffmanTable::Code code = codes_.Find(reader.Peek(HuffmanSpec::kLongest));
   if (code.length == 0) Fail("the entropy-coded data hold bits that are no code");
+  // Some encoders list the values of another process too, which then never come.
+  if (code.value > kMostCategory) Fail("a difference has %u bits", code.value);
   reader.Drop(code.length);
   std::uint32_t difference = code.value == kMostCategory ? 0x8000 : 0;
   if (code.value != 0 && code.value != kMostCategory) {

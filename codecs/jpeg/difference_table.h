@@ -17,11 +17,11 @@ inline constexpr unsigned kMostCategory = 16;
 /// chain from one to the next, which is what decoding waits for.
 class DifferenceTable {
  public:
-  /// `count` tells about how many differences there are to be read. Throws CodecFailure for categories above kMostCategory.
+  /// `count` tells about how many differences there are to be read.
   DifferenceTable(const HuffmanSpec& listed, std::uint64_t count);
 
   /// The next `count` differences, modulo 65536. Behind the end they are made up: the caller asks the reader. Throws
-  /// CodecFailure for bits that are no code.
+  /// CodecFailure for bits that are no code, and for categories above kMostCategory.
   void Read(BitReader& reader, std::uint16_t* to, std::size_t count) const;
 
   /// As Read, for one difference. Requires: the reader was filled.

@@ -127,7 +127,7 @@ TEST(JpegLosslessDamage, IsToldOfTables) {
   };
   Stream counts(16);
   counts[0] = 1;
-  EXPECT_EQ(table(Joined({{0x00}, counts, {17}})), "a Huffman table has the value 17, above 16");
+  EXPECT_EQ(table(Joined({{0x00}, counts, {17}})), "a difference has 17 bits");
   EXPECT_EQ(table(Joined({{0x04}, counts, {0}})), "a Huffman table has class 0 and id 4");
   EXPECT_EQ(table(Joined({{0x10}, counts, {0}})), "there is no Huffman table 0");
   counts[0] = 3;

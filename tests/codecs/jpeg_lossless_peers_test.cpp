@@ -79,8 +79,11 @@ TEST(JpegLosslessPeers, JpegEncodesWhatThisCoderDecodes) {
       }
       WriteBytes(folder.File("in.pnm"), file);
       for (const char* restart : {"0", "40", "120"}) {
-        ASSERT_TRUE(RunProgram({"jpeg", "-p", "-c", "-h", "-z", restart, folder.File("in.pnm"),
-                                folder.File("out.jpg")}));
+        std::vector<std::string> options = {"jpeg", "-p", "-c", "-z", restart};
+        // Without tables of its own it lists the values of another process behind those that it needs, up to 8 bits.
+        if (precision > 8 || restart[0] == '4') options.emplace_back("-h");
+        options.insert(options.end(), {folder.File("in.pnm"), folder.File("out.jpg")});
+        ASSERT_TRUE(RunProgram(options));
         EXPECT_EQ(Decoded(ReadBytes(folder.File("out.jpg")), FormatOf(image)), FrameOf(image))
             << precision << " bits, " << components << " components, every " << restart;
       }

@@ -244,6 +244,24 @@ TEST(JpegLossless, LooksPastWhatDoesNoHarm) {
   EXPECT_EQ(Decoded(Joined({{0xFF, 0xD8}, table, header, scan, ones, end}), format), expected);
 }
 
+TEST(JpegLossless, LooksPastValuesOfATableThatNeverCome) {
+  const FrameFormat format = test::MakeFormat(2, 1, 1, 8, 8);
+  Stream listed(17);
+  listed[2] = 4;  // 00, 01, 10, 11 for these
+  listed.insert(listed.end(), {0, 1, 17, 241});
+  const auto stream = [&](const std::string& bits) {
+    return Joined({{0xFF, 0xD8},
+                   SegmentOf(0xC4, listed),
+                   SegmentOf(0xC3, {8, 0, 1, 0, 2, 1, 1, 0x11, 0}),
+                   SegmentOf(0xDA, {1, 1, 0x00, 1, 0, 0}),
+                   Packed(bits),
+                   {0xFF, 0xD9}});
+  };
+  EXPECT_EQ(Decoded(stream("00 01 1"), format), (Stream{128, 129}));
+  EXPECT_EQ(Refusal(stream("00 10 00000000000000001"), format), "a difference has 17 bits");
+  EXPECT_EQ(Refusal(stream("11 000000000000000000"), format), "a difference has 241 bits");
+}
+
 TEST(JpegLossless, DecodesBaselineStreamsThatFilesGiveThisSyntax) {
   const FrameFormat format = test::MakeFormat(16, 16, 1, 8, 8);
   const Stream flat(format.Size(), 77);  // no block of one value loses anything
