@@ -1,7 +1,9 @@
 #include "jpeg/dct_survey.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 #include <cstring>
 #include <optional>
 
@@ -13,6 +15,13 @@ namespace {
 
 /// Each scan walks over the whole image, for next to no bytes. Encoders make a dozen.
 constexpr std::size_t kMostScans = 64;
+
+/// How often they may come to a block on average, and how often in all before that is asked.
+constexpr std::uint64_t kMostPasses = 16;
+constexpr std::uint64_t kFewVisits = 1 << 18;
+
+/// A component's number of scans, by its index.
+using ScanCounts = std::array<std::uint64_t, kMostComponents>;
 
 /// A block takes a code of one bit for its first coefficient and another for the rest; in progressive streams the latter come for
 /// many at once.
@@ -34,6 +43,19 @@ std::size_t EntropyLength(Bytes rest) {
     at += code == kMark ? 1 : 2;
   }
   return rest.size();
+}
+
+/// Throws where scans come to more blocks than there are bytes to show for it.
+void RequireFewVisits(const DctLayout& layout, const ScanCounts& scans, std::uint64_t bytes) {
+  std::uint64_t visits = 0;
+  for (std::size_t at = 0; at < layout.count; ++at) {
+    const DctComponent& component = layout.components[at];
+    visits += scans[at] * component.blocksAcross * component.blocksDown;
+  }
+  const std::uint64_t most = kMostPasses * layout.Blocks() + kProgressiveBlocksPerByte * bytes;
+  if (visits > std::max(most, kFewVisits)) {
+    Fail("the code stream goes over its image more often than any needs");
+  }
 }
 
 void ReadApplication(const Segment& segment, ColourMarks& marks) {
@@ -71,6 +93,7 @@ DctSurvey SurveyDct(Bytes stream, const FrameFormat& format) {
   std::optional<FrameHeader> header;
   ColourMarks marks;
   std::size_t scans = 0;
+  ScanCounts scansOf{};
   MarkerReader reader(stream);
   for (Segment segment = reader.Next(); segment.marker != Marker::kEoi; segment = reader.Next()) {
     if (IsFrameHeader(segment.marker)) {
@@ -80,7 +103,8 @@ DctSurvey SurveyDct(Bytes stream, const FrameFormat& format) {
     } else if (segment.marker == Marker::kSos) {
       if (!header) Fail("a scan comes before the frame header");
       if (++scans > kMostScans) Fail("the code stream has more scans than any image needs");
-      ReadScanHeader(segment, *header);
+      const ScanHeader scan = ReadScanHeader(segment, *header);
+      for (std::size_t at = 0; at < scan.count; ++at) ++scansOf[scan.components[at].index];
       reader.Skip(EntropyLength(reader.Rest()));
     } else {
       ReadApplication(segment, marks);
@@ -90,6 +114,7 @@ DctSurvey SurveyDct(Bytes stream, const FrameFormat& format) {
   DctSurvey survey{*header, MakeDctLayout(*header), false};
   RequirePlausible(stream.size(), survey.layout.Blocks(),
                    header->marker == Marker::kSof2 ? kProgressiveBlocksPerByte : kBlocksPerByte);
+  RequireFewVisits(survey.layout, scansOf, stream.size());
   survey.isYcc = header->count == 3 && AreYcc(marks, format.photometric, !AreCalledRgb(*header));
   return survey;
 }

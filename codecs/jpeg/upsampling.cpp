@@ -7,7 +7,7 @@
 namespace tessaret::codecs {
 namespace {
 
-/// Less is not mixed but repeated, as most decoders have it.
+/// Fewer columns are not mixed but repeated, their rows with them, as most decoders have it.
 constexpr std::uint32_t kLeastMixed = 3;
 
 bool IsHalf(std::uint32_t factor, std::uint32_t most) {
@@ -43,7 +43,9 @@ const std::uint16_t* RowMaker::Row(std::uint32_t y) {
   }
   const std::uint32_t near = y / 2;
   const std::uint32_t last = plane_.component.rows - 1;
-  const std::uint32_t far = y % 2 == 0 ? std::max(near, 1u) - 1 : std::min(near + 1, last);
+  const bool isMixed = !isHalfAcross_ || columns >= kLeastMixed;
+  const std::uint32_t next = y % 2 == 0 ? std::max(near, 1u) - 1 : std::min(near + 1, last);
+  const std::uint32_t far = isMixed ? next : near;
   const std::uint16_t* nearRow = plane_.Row(near);
   const std::uint16_t* farRow = plane_.Row(far);
   for (std::uint32_t x = 0; x < columns; ++x) sums_[x] = 3u * nearRow[x] + farRow[x];

@@ -27,7 +27,7 @@ struct DctPlane {
 DctPlane MakeDctPlane(const DctComponent& component);
 
 /// Gives whole rows of the image. Where there is one sample for two it lies in the middle between them, and both are mixed from it
-/// and its neighbour, 3 to 1.
+/// and its neighbour, 3 to 1. Where half of the columns are fewer than three nothing is mixed.
 class RowMaker {
  public:
   /// Throws CodecFailure where the component has not all or half of the image's rows or columns. Keeps a reference.

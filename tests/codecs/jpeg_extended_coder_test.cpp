@@ -303,6 +303,24 @@ TEST(RowMaker, MixesNeighboursThreeToOne) {
   }
 }
 
+TEST(RowMaker, RepeatsWhereThereIsTooLittleToMix) {
+  DctLayout layout;
+  layout.mostHorizontal = layout.mostVertical = 2;
+  DctComponent component;
+  component.columns = 2;
+  component.rows = 3;
+  component.wholeAcross = component.wholeDown = 1;
+  DctPlane plane = MakeDctPlane(component);
+  for (unsigned at = 0; at < 64; ++at) plane.samples[at] = static_cast<std::uint16_t>(at * 60);
+  RowMaker rows(plane, layout);
+  for (unsigned y = 0; y < 6; ++y) {
+    const std::uint16_t* row = rows.Row(y);
+    for (unsigned x = 0; x < 4; ++x) {
+      EXPECT_EQ(row[x], plane.samples[y / 2 * 8 + x / 2]) << x << ", " << y;
+    }
+  }
+}
+
 TEST(JpegExtendedCoder, OddSamplingIsRefused) {
   FlatJpeg image = Twelve();
   image.values = {0, 0, 0};
@@ -771,6 +789,34 @@ TEST(JpegExtendedCoder, ProgressiveScansThatDoNotGoOnAreRefused) {
             "a block has too many coefficients");
   EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 63, 0x00, "111"}}), format),
             "there are bits that are no Huffman code");
+}
+
+TEST(JpegExtendedCoder, ManyScansOfManyBlocksWithoutBytesForThemAreRefused) {
+  constexpr unsigned kBlocks = 8191;
+  const FrameFormat format = Gray(8 * kBlocks, 8);
+  // One code for all blocks: 0 and then how many there are beyond 4096.
+  const Stream table = {0x10, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0xC0};
+  const auto with = [&](std::uint8_t bands) {
+    Stream stream = Progressive(8 * kBlocks, {{0, 0, 0x00, std::string(4 * kBlocks, '0')}});
+    stream.resize(stream.size() - 2);
+    const Stream tables = test::JpegSegment(0xC4, table);
+    stream.insert(stream.end(), tables.begin(), tables.end());
+    for (std::uint8_t band = 1; band <= bands; ++band) {
+      const std::uint8_t end = band == bands ? 63 : band;
+      const Stream scan = Joined({test::JpegSegment(0xDA, {1, 1, 0, band, end, 0x00}),
+                                  test::EntropyBytes("0" + test::Digits(kBlocks - 4096, 12))});
+      stream.insert(stream.end(), scan.begin(), scan.end());
+    }
+    stream.insert(stream.end(), {0xFF, 0xD9});
+    return stream;
+  };
+  // 32 times 8191 is just below 2^18.
+  EXPECT_EQ(WordsOf(with(31), format), "");
+  EXPECT_EQ(WordsOf(with(32), format),
+            "the code stream goes over its image more often than any needs");
+  // A comment is as good as anything that would take the time to read: 8 blocks a byte, of 17 times 8191.
+  const Stream comment = test::JpegSegment(0xFE, Stream(13000));
+  EXPECT_EQ(WordsOf(Inserted(with(32), 2, comment), format), "");
 }
 
 TEST(JpegExtendedCoder, AHugeImageInFewBytesIsRefusedBeforeMemoryIsTaken) {
