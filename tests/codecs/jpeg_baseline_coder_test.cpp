@@ -150,6 +150,7 @@ TEST(JpegBaselineCoder, TheStreamsOwnWordAboutColoursWinsThenTheDataSets) {
       {"YBR_FULL_422", {}, plain, true},
       {"YBR_FULL", {}, {'R', 'G', 'B'}, true},
       {"YBR_FULL", {test::AdobeSegment(0)}, plain, false},
+      {"YBR_FULL", {test::AdobeSegment(2)}, plain, true},  // of four components
       {"YBR_FULL", {test::JfifSegment()}, plain, true},
       {"", {}, plain, true},
       {"", {}, {'R', 'G', 'B'}, false},
