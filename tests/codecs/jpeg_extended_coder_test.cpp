@@ -785,8 +785,9 @@ TEST(JpegExtendedCoder, ProgressiveScansThatDoNotGoOnAreRefused) {
             "a run of blocks goes beyond the image");
   EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 2, 0x00, "01 1 01 1 01 1"}}), format),
             "there are more entropy-coded data than the image needs");
-  EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 10, 0x00, "110 00"}}), format),
+  EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 15, 0x00, "110"}}), format),
             "a block has too many coefficients");
+  EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 16, 0x00, "110"}, {17, 63, 0x00, "00"}}), format), "");
   EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 63, 0x00, "111"}}), format),
             "there are bits that are no Huffman code");
 }
