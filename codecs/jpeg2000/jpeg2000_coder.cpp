@@ -19,8 +19,9 @@ namespace {
 /// All work is done by the calling thread, whatever the environment says: the host has threads of its own.
 constexpr int kOwnThreads = 0;
 
-/// What the library takes, at least: for each sample, and besides.
+/// What the library takes, at least: for each sample, for each code block, and besides.
 constexpr std::size_t kDecodingBytes = 10;
+constexpr std::size_t kBlockBytes = 448;
 constexpr std::size_t kEncodingBytes = 16;
 constexpr std::size_t kSpareBytes = std::size_t{256} << 10;
 
@@ -168,6 +169,7 @@ DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
   RequireSameImage(header, format);
   RequirePlausibleSize(header.codeStream.size(), format);
   RequireMemory(kSpareBytes + kDecodingBytes * static_cast<std::size_t>(format.Samples()) +
+                kBlockBytes * static_cast<std::size_t>(header.codeBlocks) +
                 2 * header.codeStream.size());
   OpenJpegCodec codec(header.codeStream);
   const OpenJpegImage image = Decoded(codec);

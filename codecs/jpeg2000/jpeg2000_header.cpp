@@ -33,6 +33,12 @@ constexpr std::uint32_t kMostOffset = 65535;
 /// Positions of the grid at which the library may look for packets, besides those that a stream's bytes allow.
 constexpr std::uint64_t kFreePositions = std::uint64_t{1} << 22;
 
+/// Code blocks, and looks at them, that any stream may have: they need not take any bytes, but memory and time.
+constexpr std::uint64_t kFreeBlocks = std::uint64_t{1} << 19;
+constexpr std::uint64_t kFreeLooks = std::uint64_t{1} << 26;
+/// From here on the library takes a code block that was in none of as many layers for one that is there, which takes bytes.
+constexpr std::uint64_t kMostEmptyLayers = 1000;
+
 struct Size {
   std::uint32_t begin = 0;  // of the image on the grid
   std::uint32_t end = 0;
@@ -55,6 +61,8 @@ struct Size {
 /// How a component's samples are divided: with what its packets are counted.
 struct Style {
   std::uint32_t levels = 0;
+  std::uint32_t blockWidth = 0;  // exponents of code blocks
+  std::uint32_t blockHeight = 0;
   std::array<std::uint8_t, kMostLevels + 1>
       precincts{};  // two exponents each, the lower for columns
 };
@@ -69,6 +77,15 @@ std::uint64_t Precincts(const Size& size, std::uint32_t tile, std::uint32_t shif
   const std::uint64_t begin = CeilShift(size.TileStart(tile), shift);
   const std::uint64_t end = CeilShift(size.TileEnd(tile), shift);
   return end > begin ? CeilShift(end, exponent) - (begin >> exponent) : 0;
+}
+
+/// The same of all tiles.
+std::uint64_t AllPrecincts(const Size& size, std::uint32_t shift, std::uint32_t exponent) {
+  std::uint64_t count = 0;
+  for (std::uint32_t tile = 0; tile < size.Tiles(); ++tile) {
+    count += Precincts(size, tile, shift, exponent);
+  }
+  return count;
 }
 
 class Walk {
@@ -87,8 +104,9 @@ class Walk {
   void ReadComponentCodingStyle(Bytes segment);
   void AddStyle(Bytes parameters, bool hasPrecincts);
   void RequirePlausibleTiles() const;
-  void RequirePlausiblePackets() const;
+  void RequirePlausiblePackets();
   void RequirePlausiblePackets(const Style& style) const;
+  void RequirePlausibleBlocks(const Style& style);
   void ReadTilePart();
 
   Bytes stream_;
@@ -218,6 +236,8 @@ void Walk::AddStyle(Bytes parameters, bool hasPrecincts) {
   if (parameters.size() < kFixed) Fail("a coding style is cut");
   Style style;
   style.levels = parameters[0];
+  style.blockWidth = parameters[1] + 2U;
+  style.blockHeight = parameters[2] + 2U;
   const std::uint32_t width = parameters[1];
   const std::uint32_t height = parameters[2];
   if (style.levels > kMostLevels) Fail("the code stream has %u levels", style.levels);
@@ -239,8 +259,11 @@ void Walk::AddStyle(Bytes parameters, bool hasPrecincts) {
 }
 
 /// A packet takes at least a byte, be it empty.
-void Walk::RequirePlausiblePackets() const {
-  for (const Style& style : styles_) RequirePlausiblePackets(style);
+void Walk::RequirePlausiblePackets() {
+  for (const Style& style : styles_) {
+    RequirePlausiblePackets(style);
+    RequirePlausibleBlocks(style);
+  }
 }
 
 void Walk::RequirePlausiblePackets(const Style& style) const {
@@ -254,15 +277,7 @@ void Walk::RequirePlausiblePackets(const Style& style) const {
     leastAcross = std::min(leastAcross, shift + across);
     leastDown = std::min(leastDown, shift + down);
     // Rows and columns of precincts are independent of each other.
-    std::uint64_t columns = 0;
-    std::uint64_t rows = 0;
-    for (std::uint32_t tile = 0; tile < across_.Tiles(); ++tile) {
-      columns += Precincts(across_, tile, shift, across);
-    }
-    for (std::uint32_t tile = 0; tile < down_.Tiles(); ++tile) {
-      rows += Precincts(down_, tile, shift, down);
-    }
-    packets += columns * rows;
+    packets += AllPrecincts(across_, shift, across) * AllPrecincts(down_, shift, down);
   }
   packets *= std::uint64_t{layers_} * header_.components;
   if (packets > stream_.size()) {
@@ -275,6 +290,28 @@ void Walk::RequirePlausiblePackets(const Style& style) const {
   if (positions > kFreePositions && positions / 64 > stream_.size()) {
     Fail("%zu bytes cannot have packets at %" PRIu64 " positions", stream_.size(), positions);
   }
+}
+
+/// The library has something for each code block, empty or not, and looks at all of a packet's for each layer.
+void Walk::RequirePlausibleBlocks(const Style& style) {
+  std::uint64_t blocks = 0;
+  for (std::uint32_t level = 0; level <= style.levels; ++level) {
+    // All resolutions but the least are three bands of half their size.
+    const std::uint32_t half = level == 0 ? 0 : 1;
+    const std::uint32_t shift = style.levels - level + half;
+    const std::uint32_t across = std::min(style.precincts[level] % 16U - half, style.blockWidth);
+    const std::uint32_t down = std::min(style.precincts[level] / 16U - half, style.blockHeight);
+    blocks += (level == 0 ? 1U : 3U) * AllPrecincts(across_, shift, across) *
+              AllPrecincts(down_, shift, down);
+  }
+  blocks *= header_.components;
+  const std::uint64_t looks = blocks * std::min<std::uint64_t>(layers_, kMostEmptyLayers);
+  if ((blocks > kFreeBlocks && blocks / 64 > stream_.size()) ||
+      (looks > kFreeLooks && looks / 64 > stream_.size())) {
+    Fail("%zu bytes cannot hold %" PRIu64 " code blocks in %u layers", stream_.size(), blocks,
+         layers_);
+  }
+  header_.codeBlocks = std::max(header_.codeBlocks, blocks);
 }
 
 /// From behind its marker to its end.

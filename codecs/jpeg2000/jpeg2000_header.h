@@ -16,11 +16,12 @@ struct Jpeg2000Header {
   bool isSigned = false;        // of all components
   bool isTransformed = false;   // the first three components are a transform of red, green and blue
   bool isReversible = true;     // no wavelet transform of the stream loses anything
-  Bytes codeStream;             // from its start to the end of its last tile part
+  std::uint64_t codeBlocks = 0;  // about how many at most, be they empty
+  Bytes codeStream;              // from its start to the end of its last tile part
 };
 
 /// Throws CodecFailure where `stream` is neither a code stream nor a file with one, or is not whole: cut, without some tile, with
-/// numbers outside of their ranges, or with more tiles or packets than its bytes can hold.
+/// numbers outside of their ranges, or with more tiles, packets or code blocks than its bytes can hold.
 Jpeg2000Header ReadJpeg2000Header(Bytes stream);
 
 }  // namespace tessaret::codecs

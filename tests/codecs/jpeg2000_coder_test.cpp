@@ -613,6 +613,17 @@ TEST(Jpeg2000Coder, HostileHeadersTakeNeitherMemoryNorTime) {
   (*stream)[kStyleAt] = 1;
   (*stream)[kStyleAt - 1] = 13;
   stream->insert(stream->begin() + kStyleAt + 10, {0x44});
+  // Code blocks of 4 x 4: a thousand times a thousand of them, in one empty packet.
+  cases.push_back({Hostile(kSide, 1), "cannot hold 1000000 code blocks in 1 layers"});
+  stream = &cases.back().stream;
+  (*stream)[kStyleAt + 6] = 0;
+  (*stream)[kStyleAt + 7] = 0;
+  // A quarter of these in 900 layers, where each packet takes a bit to say that none of them is there: 2 to the 26th looks and more.
+  cases.push_back({Hostile(kSide, 1 << 10), "cannot hold 250000 code blocks in 900 layers"});
+  stream = &cases.back().stream;
+  (*stream)[kStyleAt + 6] = 1;
+  (*stream)[kStyleAt + 7] = 1;
+  StoreBig16(&(*stream)[kStyleAt + 2], 900);
   for (const Refusal& hostile : cases) {
     const auto measured = tessaret::test::RunMeasured([&] {
       std::vector<std::uint8_t> frame(format.Size());
