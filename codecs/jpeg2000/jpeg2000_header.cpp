@@ -26,6 +26,8 @@ enum Marker : std::uint32_t {
 
 constexpr std::uint32_t kMostComponents = 4;
 constexpr std::uint32_t kMostLevels = 32;
+/// Different ones; each is looked at for all tiles.
+constexpr std::size_t kMostStyles = 64;
 constexpr std::size_t kTilePartSize = 12;  // of the marker and its segment
 /// Neither images nor tiles begin far from the origin of their grid.
 constexpr std::uint32_t kMostOffset = 65535;
@@ -65,6 +67,8 @@ struct Style {
   std::uint32_t blockHeight = 0;
   std::array<std::uint8_t, kMostLevels + 1>
       precincts{};  // two exponents each, the lower for columns
+
+  bool operator==(const Style&) const = default;
 };
 
 std::uint64_t CeilShift(std::uint64_t value, std::uint32_t shift) {
@@ -254,6 +258,10 @@ void Walk::AddStyle(Bytes parameters, bool hasPrecincts) {
     if (style.precincts[at] % 16 == 0 || style.precincts[at] < 16) {
       Fail("the code stream has empty precincts");
     }
+  }
+  if (std::find(styles_.begin(), styles_.end(), style) != styles_.end()) return;
+  if (styles_.size() == kMostStyles) {
+    Fail("more than %zu coding styles in the code stream", kMostStyles);
   }
   styles_.push_back(style);
 }

@@ -581,6 +581,23 @@ TEST(Jpeg2000Coder, RefusesLargeFramesOfNextToNoBytes) {
               HasSubstr("cannot hold a frame of 1600000000"));
 }
 
+TEST(Jpeg2000Coder, TakesSixtyFourCodingStylesHoweverOftenTheyCome) {
+  const FrameFormat format = test::MakeFormat(4, 4, 1, 8, 8);
+  Stream stream = kEmpty;
+  // With the one of kEmpty's own, which has precincts of 15 and 15, these are 64; each comes twice.
+  const auto add = [&stream](std::uint8_t precinct) {
+    const std::uint8_t segment[] = {0xFF, 0x53, 0, 10, 0, 1, 0, 4, 4, 0, 1, precinct};
+    stream.insert(stream.begin() + kTilePartAt, std::begin(segment), std::end(segment));
+  };
+  for (std::uint32_t precinct = 63; precinct > 0; --precinct) {
+    add(static_cast<std::uint8_t>(0x44 + precinct));
+    add(static_cast<std::uint8_t>(0x44 + precinct));
+  }
+  EXPECT_EQ(WordsOfDecoding(stream, format).find("coding styles"), std::string::npos);
+  add(0x44);
+  EXPECT_THAT(WordsOfDecoding(stream, format), HasSubstr("more than 64 coding styles"));
+}
+
 TEST(Jpeg2000Coder, HostileHeadersTakeNeitherMemoryNorTime) {
   if (!tessaret::test::kAsShipped) GTEST_SKIP() << "measures what is shipped";
   constexpr std::uint32_t kSide = 4000;
