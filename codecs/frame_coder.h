@@ -38,7 +38,7 @@ class FrameCoder {
 
   /// Fills `frame`, of format.Size() bytes, from one whole code stream, behind which pad bytes may follow. Throws CodecFailure
   /// with nothing written outside of `frame`, be it what the stream holds; with std::bad_alloc it is the same. Bits above
-  /// Bits Stored come as the stream has them; signed samples of fewer bits than allocated come with their signs extended.
+  /// Bits Stored come as the stream has them; signs are extended where the stream has fewer bits than are stored, or signs of its own.
   virtual DecodedFrame Decode(Bytes stream, const FrameFormat& format,
                               MutableBytes frame) const = 0;
 
