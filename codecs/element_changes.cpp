@@ -40,7 +40,6 @@ struct NativeName {
 };
 constexpr NativeName kNativeNames[] = {
     {"YBR_FULL_422", "YBR_FULL"},
-    {"YBR_PARTIAL_422", "YBR_PARTIAL_422"},
     {"YBR_RCT", "RGB"},
     {"YBR_ICT", "RGB"},
 };

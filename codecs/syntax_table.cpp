@@ -1,7 +1,5 @@
 #include "syntax_table.h"
 
-#include <string_view>
-
 #include "jpeg/jpeg_baseline_coder.h"
 #include "jpeg/jpeg_extended_coder.h"
 #include "jpeg/jpeg_lossless_coder.h"
@@ -49,13 +47,6 @@ const Syntax kSyntaxes[] = {
 }  // namespace
 
 std::span<const Syntax> Syntaxes() { return kSyntaxes; }
-
-const Syntax* FindSyntax(const char* uid) {
-  for (const Syntax& syntax : kSyntaxes) {
-    if (std::string_view(syntax.uid) == uid) return &syntax;
-  }
-  return nullptr;
-}
 
 const FrameCoder& DecoderOf(const Syntax& syntax, Bytes stream) {
   if (syntax.kind != StreamKind::kJpeg) return *syntax.coder;

@@ -19,9 +19,6 @@ struct Syntax {
 
 std::span<const Syntax> Syntaxes();
 
-/// Null for a UID that is not in the table.
-const Syntax* FindSyntax(const char* uid);
-
 /// What decodes this code stream: the syntax's own coder but for streams of another JPEG process, which files have under the names of
 /// all of them.
 const FrameCoder& DecoderOf(const Syntax& syntax, Bytes stream);

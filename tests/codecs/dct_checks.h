@@ -3,7 +3,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -99,6 +102,20 @@ inline void CheckDamage(const FrameCoder& coder, const tessaret::test::Bytes& st
       WordsOfDecoding(coder, changed, format);
     }
   }
+}
+
+/// Where a marker's segment begins.
+inline std::size_t Find(const tessaret::test::Bytes& stream, std::uint8_t marker) {
+  for (std::size_t at = 0; at + 1 < stream.size(); ++at) {
+    if (stream[at] == 0xFF && stream[at + 1] == marker) return at;
+  }
+  throw std::runtime_error("no such marker");
+}
+
+inline tessaret::test::Bytes Inserted(tessaret::test::Bytes stream, std::size_t at,
+                                      const tessaret::test::Bytes& bytes) {
+  stream.insert(stream.begin() + static_cast<std::ptrdiff_t>(at), bytes.begin(), bytes.end());
+  return stream;
 }
 
 }  // namespace tessaret::codecs::test

@@ -15,6 +15,9 @@
 namespace tessaret::codecs {
 namespace {
 
+using test::Find;
+using test::Inserted;
+
 using tessaret::test::Joined;
 using test::FlatJpeg;
 using Stream = tessaret::test::Bytes;
@@ -45,19 +48,6 @@ Stream Encoded(const Stream& frame, const FrameFormat& format, std::uint32_t qua
   EncoderSettings settings;
   settings.jpegQuality = quality;
   return kCoder.Encode(frame, format, settings).stream;
-}
-
-/// Where a marker's segment begins.
-std::size_t Find(const Stream& stream, std::uint8_t marker) {
-  for (std::size_t at = 0; at + 1 < stream.size(); ++at) {
-    if (stream[at] == 0xFF && stream[at + 1] == marker) return at;
-  }
-  throw std::runtime_error("no such marker");
-}
-
-Stream Inserted(Stream stream, std::size_t at, const Stream& bytes) {
-  stream.insert(stream.begin() + static_cast<std::ptrdiff_t>(at), bytes.begin(), bytes.end());
-  return stream;
 }
 
 /// A progressive image of 64 x 64 with so many scans of all coefficients but the first.
