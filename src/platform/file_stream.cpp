@@ -154,12 +154,23 @@ std::uint64_t FileStream::Read(void* data, std::uint64_t count) {
 std::uint64_t FileStream::Skip(std::uint64_t count) {
   std::uint64_t done = std::min<std::uint64_t>(count, WindowSize());
   Consume(done);
+  // What is but little leads to bytes that are wanted next, and are read with it.
+  if (count - done > kLargestWindow && GoAhead(count - done - 1)) done = count - 1;
   while (done < count && Refill(1)) {
     const std::uint64_t step = std::min<std::uint64_t>(count - done, WindowSize());
     Consume(step);
     done += step;
   }
   return done;
+}
+
+bool FileStream::GoAhead(std::uint64_t count) {
+  if (!MayReadOn() || LeftAtMost() == std::numeric_limits<std::uint64_t>::max() ||
+      LeftAtMost() <= count || !SeekFile(descriptor_, start_ + offset_ + count).Ok())
+    return false;
+  begin_ = end_ = 0;
+  offset_ += count;
+  return true;
 }
 
 bool FileStream::Seek(std::uint64_t offset) {

@@ -37,7 +37,8 @@ class FileStream {
 
   /// Reads `count` bytes, first from the window, then directly. The number read; less only at the end or on an error.
   std::uint64_t Read(void* data, std::uint64_t count);
-  /// Moves over `count` bytes without handing them out. The number skipped; less only at the end or on an error.
+  /// Moves over `count` bytes without handing them out. The number skipped; less only at the end or on an error. Of many bytes
+  /// in a regular file only the last one is read, which tells whether the file still has them.
   std::uint64_t Skip(std::uint64_t count);
   /// Moves to `offset` from the start. A stream that cannot seek can still go anywhere within the window, and so back to its
   /// start while the first window lasts.
@@ -69,6 +70,9 @@ class FileStream {
     if (error_ == 0) error_ = error;
   }
   void AskSize();
+  /// Moves `count` bytes beyond the window, which is empty, without reading them. False, with nothing changed, where that
+  /// would not lead into a regular file.
+  bool GoAhead(std::uint64_t count);
   /// False, with the error set, behind the first bytes of a device and after any error.
   bool MayReadOn();
   bool TakeWindow();

@@ -230,6 +230,48 @@ TEST_F(FileStreamTest, SkipStepsOverBytesUpToTheEnd) {
   EXPECT_EQ(stream->Skip(1), 0u);
 }
 
+TEST_F(FileStreamTest, SkipGoesAheadInAFileOfAnySizeAndReadsNextToNothingOfIt) {
+  constexpr std::uint64_t kGib = 1 << 30;
+  // A hole of 6 GiB between the start and the end.
+  const Bytes bytes = Pattern(1000);
+  test::MemoryFile file(bytes);
+  file.Resize(1000 + 6 * kGib);
+  ASSERT_EQ(::pwrite(file.Descriptor(), bytes.data(), 1000, static_cast<off_t>(1000 + 6 * kGib)),
+            1000);
+  const auto stream = Open(file.Path());
+  const FileFailure calls;
+  EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 0, 10));
+  EXPECT_EQ(stream->Skip(990 + 3 * kGib), 990 + 3 * kGib);
+  EXPECT_EQ(stream->LeftAtMost(), 3 * kGib + 1000);
+  EXPECT_EQ(stream->Skip(3 * kGib + 100), 3 * kGib + 100);
+  EXPECT_EQ(ReadUpTo(*stream, 1000), Part(bytes, 100, 900));
+  EXPECT_TRUE(stream->AtEnd());
+  EXPECT_LE(calls.Calls(FileCall::kRead), 8);
+}
+
+TEST_F(FileStreamTest, SkipNoticesAFileThatBecameShorterMeanwhile) {
+  constexpr std::uint64_t kMib = 1 << 20;
+  test::MemoryFile file(Pattern(1000));
+  file.Resize(10 * kMib);
+  const auto stream = Open(file.Path());
+  ASSERT_TRUE(stream->Refill(1));
+  EXPECT_EQ(stream->LeftAtMost(), 10 * kMib);
+  file.Resize(5 * kMib);
+  EXPECT_LT(stream->Skip(10 * kMib), 10 * kMib);
+  EXPECT_TRUE(stream->AtEnd());
+  EXPECT_EQ(stream->Error(), 0);
+}
+
+TEST_F(FileStreamTest, SkipReadsOnWhereAFileCannotSeek) {
+  const Bytes bytes = Pattern(300000);
+  const auto stream = Open(FileOf(bytes));
+  ASSERT_TRUE(stream->Refill(1));
+  FileFailure failure;
+  failure.FailCalls(FileCall::kSeek, 1, 100, ESPIPE);
+  EXPECT_EQ(stream->Skip(200001), 200001u);
+  EXPECT_EQ(ReadUpTo(*stream, 10), Part(bytes, 200001, 10));
+}
+
 TEST_F(FileStreamTest, ReadingAHeaderReadsLittleOfALargeFile) {
   const auto stream = Open(FileOf(Pattern(1000000)));
   const FileFailure calls;
