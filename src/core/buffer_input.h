@@ -49,6 +49,17 @@ class BufferInput {
     return true;
   }
 
+  /// Goes `count` bytes on, which are read and dropped: a stream has no other way.
+  bool SkipBytes(std::uint32_t count) {
+    const std::uint32_t room = std::min(count, kDropped);
+    const std::unique_ptr<std::uint8_t[]> dropped(new std::uint8_t[room]);
+    for (std::uint32_t portion = 0; count > 0; count -= portion) {
+      portion = std::min(count, room);
+      if (!ReadBytes(dropped.get(), portion)) return false;
+    }
+    return true;
+  }
+
   /// What is left of the view that this is, and of those around it; the largest number outside any.
   [[nodiscard]] std::uint32_t LeftInView() const {
     return view_ == nullptr ? kUndefinedLength : view_->LeftInViews();
@@ -76,6 +87,7 @@ class BufferInput {
 
  private:
   static constexpr std::uint32_t kPortion = 1u << 20;
+  static constexpr std::uint32_t kDropped = 1u << 16;
 
   bool Dispatch(Buffer& buffer, DICOMObject& object, ElementForm form, std::int32_t depth) {
     return form == ElementForm::kImplicit

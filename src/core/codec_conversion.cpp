@@ -50,6 +50,7 @@ void SwapContents(VR& a, VR& b) noexcept {
   std::swap(a.Items, b.Items);
   std::swap(a.ValueTag, b.ValueTag);
   std::swap(a.TypeCode, b.TypeCode);
+  std::swap(a.IsSteppedOver, b.IsSteppedOver);
   std::swap(a.StreamPosition, b.StreamPosition);
   std::uint8_t small[sizeof(a.Small)];
   std::memcpy(small, a.Small, sizeof(small));

@@ -30,6 +30,7 @@ constexpr std::uint64_t kMostCleared = std::uint64_t{64} << 20;
 
 /// Fits the short form of a string, so that it is there when memory is not.
 constexpr const char* kNoMemory = "No more memory";
+constexpr const char* kSteppedOver = "The pixel data was stepped over when it was read";
 
 VR* TransferSyntaxOf(const DICOMObject& object) {
   return object.GetVR(GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag));
@@ -157,6 +158,17 @@ const VR* FragmentIn(const DICOMObject* item) {
   return item == nullptr ? nullptr : item->GetVR(kStructuralGroup, kItemElement);
 }
 
+/// Whether bytes of native or compressed pixel data were not read.
+bool WereSteppedOver(const VR& pixels) {
+  if (pixels.IsSteppedOver) return true;
+  const ItemArray::Node* node = pixels.Items == nullptr ? nullptr : pixels.Items->First;
+  for (; node != nullptr; node = node->next) {
+    const VR* const fragment = FragmentIn(node->value);
+    if (fragment != nullptr && fragment->IsSteppedOver) return true;
+  }
+  return false;
+}
+
 /// What the items of `pixels` from `first` on take in a stream.
 std::uint64_t SizeOfItems(VR& pixels, std::uint32_t first) {
   constexpr std::uint64_t kItemHeader = 8;
@@ -226,6 +238,7 @@ bool DcmCompEngine::DecompressPixels(DICOMObject& object, CodecTarget target, Co
   ImageInfo info;
   if (!ReadInfo(object, info)) return false;
   if (pixels.Items == nullptr) return true;
+  if (WereSteppedOver(pixels)) return Fail(kSteppedOver);
   if (std::string doubt = DoubtIn(info); !doubt.empty()) return Fail(std::move(doubt));
   if (pixels.ItemCount() < (pixels.LacksTable ? 1 : 2)) {
     return Fail("The pixel data has no fragments");
@@ -296,6 +309,7 @@ bool DcmCompEngine::CompressPixels(DICOMObject& object, CodecTarget target, Code
                                    VR& pixels) {
   ImageInfo info;
   if (!ReadInfo(object, info)) return false;
+  if (WereSteppedOver(pixels)) return Fail(kSteppedOver);
   if (pixels.Data == nullptr) return true;
   if (std::string doubt = DoubtIn(object, info, pixels); !doubt.empty()) {
     return Fail(std::move(doubt));

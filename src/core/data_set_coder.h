@@ -149,6 +149,9 @@ class DataSetCoder {
   bool Stop(const ParseStop& stop);
 
   const RTC* Dictionary = nullptr;  // not owned
+  /// Values of pixel data and fragments with more bytes than this are stepped over by readers that read pixels: see
+  /// VR::IsSteppedOver. The bytes are not looked at where the stream can go ahead without them.
+  std::uint32_t LongestPixelValue = kUndefinedLength;
   bool FileMode = false;  // true from the first load of a file on: group 0002 is a meta header
   /// Whether a save may take the place of a file that is there. Where not, the error is that the file exists, also for one
   /// that comes there during the save.

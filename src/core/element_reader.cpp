@@ -1,6 +1,7 @@
 #include "core/element_reader.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace tessaret {
 
@@ -22,6 +23,17 @@ void SwapValue(VrCode type, std::uint8_t* data, std::uint32_t length) {
     default:
       break;
   }
+}
+
+bool MayBeSteppedOver(const VR& vr) {
+  constexpr TagKey kPixelTags[] = {MakeTagKey(0x7FE0, 0x0008), MakeTagKey(0x7FE0, 0x0009),
+                                   kPixelDataTag};
+  constexpr VrCode kPixelTypes[] = {
+      type_code::OB,          type_code::OW,          type_code::OF, MakeTypeCode('O', 'D'),
+      MakeTypeCode('O', 'L'), MakeTypeCode('O', 'V'), type_code::UN, type_code::kNone};
+  const bool isPixels = vr.Group == kStructuralGroup ||
+                        std::ranges::find(kPixelTags, vr.Key()) != std::end(kPixelTags);
+  return isPixels && std::ranges::find(kPixelTypes, vr.TypeCode) != std::end(kPixelTypes);
 }
 
 std::string TransferSyntaxText(const VR& vr) {

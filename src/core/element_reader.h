@@ -32,6 +32,9 @@ void SwapValue(VrCode type, std::uint8_t* data, std::uint32_t length);
 /// The UID in a (0002,0010) element: at most 63 bytes, up to a NUL, less one trailing blank.
 std::string TransferSyntaxText(const VR& vr);
 
+/// Whether `vr` is pixel data, or a fragment of it, of a type that pixel data has: only such values are stepped over.
+bool MayBeSteppedOver(const VR& vr);
+
 /// What the readers say of a structural tag.
 void TraceStructuralTag(std::uint16_t element, std::uint32_t length, ElementForm form);
 
@@ -43,6 +46,7 @@ class ElementReader {
         dictionary_(coder.Dictionary),
         types_(dictionary_ == nullptr ? nullptr : dictionary_->PlainTypes()),
         in_(in),
+        longestPixelValue_(coder.LongestPixelValue),
         tracing_(IsDumping(kDumpParse)) {}
 
   /// Reads elements until the level ends.
@@ -353,7 +357,12 @@ class ElementReader {
 
   bool ReadTurnedValue(VR& vr, const Head& head, ElementForm form, std::int32_t depth) {
     if (!ReadValue(vr)) return Truncated(head);
-    if (TurnsValues(form, depth) && in_.SwapsValues()) SwapValue(vr.TypeCode, vr.Data, vr.Length);
+    if (!TurnsValues(form, depth) || !in_.SwapsValues()) return true;
+    if (vr.IsSteppedOver) {
+      SwapValue(vr.TypeCode, vr.Start, static_cast<std::uint32_t>(vr.FirstBytes().size()));
+    } else {
+      SwapValue(vr.TypeCode, vr.Data, vr.Length);
+    }
     return true;
   }
 
@@ -455,7 +464,7 @@ class ElementReader {
   /// Reads `vr.Length` bytes into a new Data. Within a view a longer value yields what is left, and has that length.
   bool ReadValue(VR& vr) {
     if (vr.Length == 0) return true;
-    if (in_.ReadInPlace(vr)) return true;
+    if (!StepsOver(vr) && in_.ReadInPlace(vr)) return true;
     if (vr.Length > in_.LeftInView()) {
       coder_.Note({Oddity::kCutByView, vr.StreamPosition, vr.Group, vr.Element});
       vr.Length = in_.LeftInView();
@@ -463,11 +472,25 @@ class ElementReader {
     if (vr.Length == 0) return true;
     const std::uint64_t supply = in_.SuppliesAtMost();
     if (vr.Length > supply) return false;
+    if (StepsOver(vr)) return StepOver(vr);
     if (supply == std::numeric_limits<std::uint64_t>::max() && vr.Length > kTrustedLength)
       return ReadGrowing(vr);
     vr.AllocateValue();
     PreferLargePages(vr.Data, vr.Length);
     return in_.ReadBytes(vr.Data, vr.Length);
+  }
+
+  [[nodiscard]] bool StepsOver(const VR& vr) const {
+    return vr.Length > longestPixelValue_ && MayBeSteppedOver(vr);
+  }
+
+  bool StepOver(VR& vr) {
+    const std::uint32_t size = std::min(vr.Length, VR::kStartSize);
+    std::unique_ptr<std::uint8_t[]> start(new std::uint8_t[VR::kStartSize]());
+    if (!in_.ReadBytes(start.get(), size) || !in_.SkipBytes(vr.Length - size)) return false;
+    vr.Start = start.release();
+    vr.IsSteppedOver = true;
+    return true;
   }
 
   /// For a stream that does not know what it can supply: memory is taken as bytes arrive.
@@ -513,6 +536,7 @@ class ElementReader {
   const RTC* dictionary_;
   const TagIndex* types_;  // of the dictionary, where no descendant answers in its own way
   Input& in_;
+  std::uint32_t longestPixelValue_;
   bool tracing_;
   bool readsFile_ = false;
 };

@@ -92,15 +92,15 @@ std::string TypeLetters(VrCode type) {
 }
 
 ValueForm FormOfValue(const VR& vr, VrCode type) {
-  if (vr.Data == nullptr || vr.Length == 0) return ValueForm::kEmpty;
+  if (vr.FirstBytes().empty()) return ValueForm::kEmpty;
   if (IsTextType(type)) return ValueForm::kText;
   const NumberType* number = FindNumberType(type);
   return number != nullptr && vr.Length >= number->width ? ValueForm::kNumber : ValueForm::kBytes;
 }
 
 std::string_view FirstCharacters(const VR& vr) {
-  return {reinterpret_cast<const char*>(vr.Data),
-          std::min<std::size_t>(vr.Length, kMostCharacters)};
+  const auto bytes = vr.FirstBytes();
+  return {reinterpret_cast<const char*>(bytes.data()), std::min(bytes.size(), kMostCharacters)};
 }
 
 std::string WithoutControls(std::string_view text) {
@@ -111,14 +111,17 @@ std::string WithoutControls(std::string_view text) {
   return shown;
 }
 
-std::string NumberText(const VR& vr, VrCode type) { return FindNumberType(type)->text(vr.Data); }
+std::string NumberText(const VR& vr, VrCode type) {
+  return FindNumberType(type)->text(vr.FirstBytes().data());
+}
 
 std::string BytesText(const VR& vr) {
-  const std::size_t count = std::min<std::size_t>(vr.Length, kMostBytes);
+  const auto bytes = vr.FirstBytes();
+  const std::size_t count = std::min(bytes.size(), kMostBytes);
   std::string text;
-  AppendHexadecimal(text, vr.Data, count);
+  AppendHexadecimal(text, bytes.data(), count);
   text += '|';
-  AppendCharacters(text, vr.Data, count);
+  AppendCharacters(text, bytes.data(), count);
   text += '|';
   return text;
 }

@@ -162,6 +162,8 @@ VrCode ElementWriter::GivenType(const VR& vr, std::int32_t depth) const {
 
 bool ElementWriter::WriteElement(VR& vr, VrCode type, ElementForm form, std::int32_t depth) {
   if (vr.Group == kStructuralGroup) return Refuse(vr, "cannot stand in a data set");
+  // Under any type and with any items: what lacks its bytes is not to pass for what is whole.
+  if (vr.IsSteppedOver) return CheckValue(vr);
   const bool hasValue = vr.Items == nullptr && vr.Length != 0 && type != type_code::SQ;
   if (hasValue && !CheckValue(vr)) return false;
   if (tracing_) TraceElement(vr, form, depth);
@@ -174,6 +176,7 @@ bool ElementWriter::WriteElement(VR& vr, VrCode type, ElementForm form, std::int
 bool ElementWriter::CheckValue(const VR& vr) {
   // The largest length is odd, and with a pad byte beyond 32 bits; of a fragment it would be taken for no length at all.
   if (vr.Data != nullptr && vr.Length != kUndefinedLength) return true;
+  if (vr.IsSteppedOver) return Refuse(vr, "was stepped over when it was read");
   return Refuse(vr, vr.Data == nullptr ? "has a length but no value" : "is too long to be written");
 }
 

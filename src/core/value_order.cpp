@@ -27,14 +27,16 @@ void SwapBytes64(std::uint8_t* data, std::size_t length) {
 }
 
 void SwapBytesOf(VR& vr, std::uint32_t width) {
-  if (vr.Data == nullptr) return;
+  std::uint8_t* const bytes = vr.IsSteppedOver ? vr.Start : vr.Data;
+  if (bytes == nullptr) return;
+  const std::size_t length = vr.FirstBytes().size();
   switch (width) {
     case 2:
-      return SwapBytes16(vr.Data, vr.Length);
+      return SwapBytes16(bytes, length);
     case 4:
-      return SwapBytes32(vr.Data, vr.Length);
+      return SwapBytes32(bytes, length);
     case 8:
-      return SwapBytes64(vr.Data, vr.Length);
+      return SwapBytes64(bytes, length);
     default:
       return;
   }

@@ -47,7 +47,9 @@ bool AnyBelowMightBe(const VR& top, Is is) try {
 /// The elements that hold bytes, by these.
 using Holders = std::map<const std::uint8_t*, VR*>;
 
-bool HoldsBytes(const VR& vr) { return vr.Data != nullptr && vr.OwnsData != 0; }
+std::uint8_t* BytesIn(const VR& vr) { return vr.IsSteppedOver ? vr.Start : vr.Data; }
+
+bool HoldsBytes(const VR& vr) { return BytesIn(vr) != nullptr && vr.OwnsData != 0; }
 
 /// Adds what holds bytes below `dying`, but for what hangs below `leaving`. Bytes of `leaving` itself go where it goes, unless
 /// they lie within it. False without memory.
@@ -56,7 +58,7 @@ bool AddHoldersBelow(const VR& dying, VR& leaving, Holders& holders) {
   const bool failed = AnyBelowMightBe(dying, [&](const DICOMObject& object) {
     object.Elements.ForEach([&](VR& vr) {
       const bool goes = &vr == &leaving && vr.Data != vr.Small;
-      if (HoldsBytes(vr) && !goes) holders.emplace(vr.Data, &vr);
+      if (HoldsBytes(vr) && !goes) holders.emplace(BytesIn(vr), &vr);
     });
     return false;
   });
@@ -80,7 +82,7 @@ void TakeOver(VR& borrower, VR& holder) noexcept {
 bool OutliveFormer(VR& source, VR& former) try {
   std::vector<VR*> borrowers;
   const auto noteBorrower = [&borrowers](VR& vr) {
-    if (vr.Data != nullptr && !HoldsBytes(vr)) borrowers.push_back(&vr);
+    if (BytesIn(vr) != nullptr && !HoldsBytes(vr)) borrowers.push_back(&vr);
   };
   noteBorrower(source);
   // Not by the tag, which may have been changed in place.
@@ -93,10 +95,10 @@ bool OutliveFormer(VR& source, VR& former) try {
   if (AnyBelowMightBe(source, holdsFormer)) return false;
   if (borrowers.empty()) return true;
   Holders holders;
-  if (HoldsBytes(former)) holders.emplace(former.Data, &former);
+  if (HoldsBytes(former)) holders.emplace(BytesIn(former), &former);
   if (!AddHoldersBelow(former, source, holders)) return false;
   for (VR* borrower : borrowers) {
-    const auto holder = holders.find(borrower->Data);
+    const auto holder = holders.find(BytesIn(*borrower));
     if (holder != holders.end()) TakeOver(*borrower, *holder->second);
   }
   return true;
@@ -158,19 +160,27 @@ VR::VR(const VR& source, bool deep, WithoutItems)
       OwnsData(deep ? 1 : 0),
       Moved(1),
       TypeCode(source.TypeCode),
-      LacksTable(source.LacksTable) {
+      LacksTable(source.LacksTable),
+      IsSteppedOver(source.IsSteppedOver) {
+  if (IsSteppedOver) Start = deep ? CopyBytes(source.Start, kStartSize) : source.Start;
   if (!deep) return;
   ValueTag = source.ValueTag;
   Data = source.Data != nullptr && Length != 0 ? CopyBytes(source.Data, Length) : nullptr;
 }
 
 bool VR::Reset() {
+  if (IsSteppedOver) DropStart();
   if (OwnsData != 0 && Data != Small) delete[] Data;
   Data = nullptr;
   Length = 0;
   OwnsData = 0;
   if (Items != nullptr) DestroyOwnItems();
   return true;
+}
+
+void VR::DropStart() noexcept {
+  if (OwnsData != 0) delete[] Start;
+  IsSteppedOver = false;
 }
 
 void VR::DestroyOwnItems() noexcept {
@@ -200,6 +210,8 @@ void VR::TakeValue(VR& source) noexcept {
   Length = source.Length;
   Data = source.Data;
   OwnsData = source.OwnsData;
+  IsSteppedOver = std::exchange(source.IsSteppedOver, false);
+  if (IsSteppedOver) Start = source.Start;
   if (Data == source.Small) {
     std::memcpy(Small, source.Small, sizeof(Small));
     Data = Small;
@@ -212,6 +224,7 @@ void VR::TakeValue(VR& source) noexcept {
 std::uint8_t* VR::TakeData() {
   std::uint8_t* bytes = Data;
   if (Data != nullptr && (OwnsData == 0 || Data == Small)) bytes = CopyBytes(Data, Length);
+  if (IsSteppedOver) DropStart();
   Data = nullptr;
   Length = 0;
   return bytes;

@@ -7,6 +7,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
+#include <span>
 
 #include "base/array.h"
 #include "core/tag.h"
@@ -41,7 +42,8 @@ struct VR {
   VR(std::uint16_t group, std::uint16_t element, std::uint32_t length, const T* data) = delete;
 
   /// A copy in one of two depths: tag, Length, TypeCode and LacksTable are copied; Moved becomes true and StreamPosition 0. Deep:
-  /// bytes and ValueTag are copied and OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. The items
+  /// bytes and ValueTag are copied and OwnsData is true. Shallow: Data is shared, OwnsData false, ValueTag 0. A value that
+  /// was stepped over stays that, with its start for its bytes. The items
   /// are new objects in both cases. Throws std::bad_alloc.
   VR(const VR& source, bool deep);
 
@@ -52,7 +54,7 @@ struct VR {
   VR(const VR&) = delete;
   VR& operator=(const VR&) = delete;
   ~VR() {
-    if (OwnsData != 0 && Data != Small) delete[] Data;
+    if (OwnsData != 0 && Data != Small) delete[](IsSteppedOver ? Start : Data);
     if (Items != nullptr) DestroyOwnItems();
   }
 
@@ -103,7 +105,9 @@ struct VR {
 
   /// Destroys the items and their list.
   void DestroyOwnItems() noexcept;
-  /// Takes Length, Data and OwnsData from `source`, whose Data is null afterwards. Requires: this has no value.
+  /// Lets go of the start of a value that was stepped over, which is then one that is not here. Requires: it was.
+  void DropStart() noexcept;
+  /// Takes Length, Data and OwnsData, or Start, from `source`, whose Data is null afterwards. Requires: this has no value.
   void TakeValue(VR& source) noexcept;
 
   /// Makes Data a place for `Length` bytes that this element owns, uninitialised; short values lie in Small.
@@ -123,6 +127,12 @@ struct VR {
   /// stay. Throws std::bad_alloc, for a length that cannot be raised too, with nothing changed.
   void ReplaceValue(const void* bytes, std::uint32_t length, bool toEven = false);
 
+  /// The first bytes of the value: all that are here, which are all that there are unless they were stepped over.
+  [[nodiscard]] std::span<const std::uint8_t> FirstBytes() const {
+    if (IsSteppedOver) return {Start, Length < kStartSize ? Length : kStartSize};
+    return {Data, Data == nullptr ? 0 : Length};
+  }
+
   [[nodiscard]] TagKey Key() const { return MakeTagKey(Group, Element); }
 
   std::uint16_t Group = 0;    // host order
@@ -137,12 +147,21 @@ struct VR {
   ItemArray* Items = nullptr;  // null for an element that is not a sequence
   std::uint32_t ValueTag = 0;  // travels with the bytes of a deep copy
   VrCode TypeCode = type_code::kNone;
-  // Offset of the first tag byte in the stream read; 0 when made in memory.
-  std::uint32_t StreamPosition = 0;
-  // Where a short value that was parsed lies, so that it costs no allocation.
-  std::uint8_t Small[32];
   // Set on compressed pixel data whose first item, the offset table, was taken out: all its items are fragments.
   bool LacksTable = false;
+  // Set on a value whose bytes were stepped over when it was read: Data is null, Length as read, and Start there.
+  bool IsSteppedOver = false;
+  // Offset of the first tag byte in the stream read; 0 when made in memory.
+  std::uint32_t StreamPosition = 0;
+  union {
+    // Where a short value that was parsed lies, so that it costs no allocation.
+    std::uint8_t Small[32];
+    // An array of kStartSize bytes with the first ones of a value that was stepped over; owned as Data is.
+    std::uint8_t* Start;
+  };
+
+  // Enough for whatever shows the beginning of a value.
+  static constexpr std::uint32_t kStartSize = 256;
 };
 
 }  // namespace tessaret

@@ -17,13 +17,22 @@ bool WindowInput::NeedBeyond(std::size_t count) {
   return there;
 }
 
-bool WindowInput::ReadBytesBeyond(std::uint8_t* to, std::uint32_t count) {
+template <class Move>
+bool WindowInput::MoveBeyond(std::uint32_t count, Move move) {
   if (stream_ == nullptr || count > LeftInView()) return false;
   GiveWindow();
-  const std::uint64_t got = stream_->Read(to, count);
-  windowOffset_ += got;
+  const std::uint64_t moved = move(*stream_);
+  windowOffset_ += moved;
   TakeWindow();
-  return got == count;
+  return moved == count;
+}
+
+bool WindowInput::ReadBytesBeyond(std::uint8_t* to, std::uint32_t count) {
+  return MoveBeyond(count, [&](FileStream& stream) { return stream.Read(to, count); });
+}
+
+bool WindowInput::SkipBytesBeyond(std::uint32_t count) {
+  return MoveBeyond(count, [&](FileStream& stream) { return stream.Skip(count); });
 }
 
 }  // namespace tessaret

@@ -108,6 +108,13 @@ class WindowInput {
     return ReadBytesBeyond(to, count);
   }
 
+  /// Goes `count` bytes on without looking at them.
+  bool SkipBytes(std::uint32_t count) {
+    if (!HoldsInPlace(count)) return SkipBytesBeyond(count);
+    at_ += count;
+    return true;
+  }
+
   [[nodiscard]] std::uint32_t LeftInView() const {
     if (viewEnd_ == kNoEnd) return kUndefinedLength;
     const std::uint64_t offset = Offset();
@@ -180,6 +187,10 @@ class WindowInput {
   [[gnu::cold]] bool AvailableBeyond();
   [[gnu::cold]] bool NeedBeyond(std::size_t count);
   [[gnu::cold]] bool ReadBytesBeyond(std::uint8_t* to, std::uint32_t count);
+  [[gnu::cold]] bool SkipBytesBeyond(std::uint32_t count);
+  /// Has the stream go on by what `move(stream)` says, which is to be `count`.
+  template <class Move>
+  bool MoveBeyond(std::uint32_t count, Move move);
 
   Buffer& buffer_;
   FileStream* stream_ = nullptr;        // null for a block of memory

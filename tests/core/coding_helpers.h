@@ -52,8 +52,10 @@ inline std::optional<std::string> ErrorOf(const DataSetCoder& coder) {
 }
 
 /// Reads a data set through the wrapper for its encoding.
-inline Parsed ParseFrom(Buffer& buffer, Encoding encoding, const RTC* dictionary = nullptr) {
+inline Parsed ParseFrom(Buffer& buffer, Encoding encoding, const RTC* dictionary = nullptr,
+                        std::uint32_t longestPixelValue = kUndefinedLength) {
   DataSetCoder coder(dictionary);
+  coder.LongestPixelValue = longestPixelValue;
   Parsed parsed;
   switch (encoding) {
     case Encoding::kImplicitLittle:
@@ -84,11 +86,13 @@ struct FileParse {
   bool loadPixels = true;
   bool fileMode = true;
   const RTC* dictionary = nullptr;
+  std::uint32_t longestPixelValue = kUndefinedLength;
 };
 
 inline Parsed ParseFileFrom(Buffer& buffer, const FileParse& how) {
   DataSetCoder coder(how.dictionary);
   coder.FileMode = how.fileMode;
+  coder.LongestPixelValue = how.longestPixelValue;
   Parsed parsed;
   parsed.result = coder.File_ParseRawVRIntoDCM(
       buffer, *parsed.object, static_cast<std::int32_t>(how.start), how.loadPixels);

@@ -67,6 +67,30 @@ TEST_F(FailingCodecs, WhatACodecChangedStaysWhereItComesThrough) {
   EXPECT_EQ(object->GetVR(0x0028, 0x2110)->TypeCode, type_code::LO);
 }
 
+TEST_F(FailingCodecs, PixelsThatWereSteppedOverAreRefusedBeforeAnythingChanges) {
+  const auto stepOver = [](VR& vr) {
+    const std::uint32_t length = vr.Length;
+    vr.Reset();
+    vr.Length = length;
+    vr.OwnsData = 1;
+    vr.Start = new std::uint8_t[VR::kStartSize]();
+    vr.IsSteppedOver = true;
+  };
+  const char* const words = "The pixel data was stepped over when it was read";
+  const auto native = test::NewImage(4);
+  stepOver(test::PixelsOf(*native));
+  const auto compressed = test::NewCompressed(2, BadUid(0), 2);
+  stepOver(*test::PixelsOf(*compressed).GetItem(2)->GetVR(0xFFFE, 0xE000));
+  const std::unique_ptr<DICOMObject> nativeBefore(native->Clone(true));
+  const std::unique_ptr<DICOMObject> compressedBefore(compressed->Clone(true));
+  EXPECT_FALSE(engine_.Compress(native.get(), BadUid(0).c_str(), nullptr));
+  EXPECT_EQ(engine_.ErrorText, words);
+  EXPECT_EQ(DifferenceTo(*nativeBefore, *native), "");
+  EXPECT_FALSE(engine_.Decompress(compressed.get(), nullptr, nullptr));
+  EXPECT_EQ(engine_.ErrorText, words);
+  EXPECT_EQ(DifferenceTo(*compressedBefore, *compressed), "");
+}
+
 TEST_F(FailingCodecs, ASizeAboveWhatWasMadeIsRefused) {
   EXPECT_EQ(WordsOfCompress(1),
             "The codec says that frame 1 takes 13 bytes, more than it has made");

@@ -664,6 +664,89 @@ TEST(VR, ReplaceFromLeavesWhatIsBorrowedElsewhere) {
   EXPECT_EQ(target.GetItem(0)->GetFirstVR()->OwnsData, 0u);
 }
 
+/// A value of 1000 bytes that was stepped over and begins with `first`.
+VR* NewSteppedOver(TagKey key, std::uint8_t first) {
+  VR* vr = NewVR(key);
+  vr->Length = 1000;
+  vr->Start = new std::uint8_t[VR::kStartSize]{first};
+  vr->IsSteppedOver = true;
+  return vr;
+}
+
+void ExpectSteppedOver(const VR& vr, std::uint8_t first) {
+  EXPECT_TRUE(vr.IsSteppedOver);
+  EXPECT_EQ(vr.Data, nullptr);
+  EXPECT_EQ(vr.Length, 1000u);
+  ASSERT_EQ(vr.FirstBytes().size(), VR::kStartSize);
+  EXPECT_EQ(vr.FirstBytes()[0], first);
+}
+
+void ExpectNothing(const VR& vr) {
+  EXPECT_FALSE(vr.IsSteppedOver);
+  EXPECT_EQ(vr.Length, 0u);
+  EXPECT_TRUE(vr.FirstBytes().empty());
+}
+
+TEST(VR, FirstBytesAreAllThatAreHere) {
+  const std::unique_ptr<VR> vr(NewVR(kTag, Pattern(1000)));
+  EXPECT_EQ(vr->FirstBytes().data(), vr->Data);
+  EXPECT_EQ(vr->FirstBytes().size(), 1000u);
+  vr->Reset();
+  vr->Length = 4;  // a value that was not loaded
+  EXPECT_TRUE(vr->FirstBytes().empty());
+  const std::unique_ptr<VR> over(NewSteppedOver(kTag, 7));
+  ExpectSteppedOver(*over, 7);
+  over->Length = 10;
+  EXPECT_EQ(over->FirstBytes().size(), 10u);
+}
+
+TEST(VR, CopiesOfWhatWasSteppedOverAreThatToo) {
+  std::unique_ptr<VR> source(NewSteppedOver(kTag, 7));
+  const std::unique_ptr<VR> deep(source->Clone(true));
+  {
+    const std::unique_ptr<VR> shallow(source->Clone(false));
+    ExpectSteppedOver(*shallow, 7);
+    EXPECT_EQ(shallow->Start, source->Start);
+  }
+  ExpectSteppedOver(*source, 7);
+  source.reset();
+  ExpectSteppedOver(*deep, 7);
+}
+
+TEST(VR, WhatWasSteppedOverIsHandedOnAsThat) {
+  const std::unique_ptr<VR> source(NewSteppedOver(kTag, 7));
+  const std::unique_ptr<VR> taker(NewSteppedOver(kTag, 8));
+  ASSERT_TRUE(taker->ReplaceFrom(source.get()));
+  ExpectSteppedOver(*taker, 7);
+  ExpectNothing(*source);
+  DICOMObject target;
+  ASSERT_TRUE(taker->MoveToObject(&target));
+  ExpectNothing(*taker);
+  ExpectSteppedOver(*target.GetVR(GroupOf(kTag), ElementOf(kTag)), 7);
+}
+
+TEST(VR, ReplaceFromItsOwnShallowCopyKeepsTheStartOfWhatWasSteppedOver) {
+  const std::unique_ptr<VR> vr(NewSteppedOver(kTag, 7));
+  const std::unique_ptr<VR> copy(vr->Clone(false));
+  ASSERT_TRUE(vr->ReplaceFrom(copy.get()));
+  ExpectSteppedOver(*vr, 7);
+}
+
+TEST(VR, LosesItsMarkWithItsValue) {
+  const std::unique_ptr<VR> reset(NewSteppedOver(kTag, 7));
+  reset->Reset();
+  ExpectNothing(*reset);
+  const std::unique_ptr<VR> taken(NewSteppedOver(kTag, 7));
+  EXPECT_EQ(taken->TakeData(), nullptr);
+  ExpectNothing(*taken);
+  const std::unique_ptr<VR> replaced(NewSteppedOver(kTag, 7));
+  replaced->ReplaceValue("abc", 3);
+  EXPECT_FALSE(replaced->IsSteppedOver);
+  EXPECT_EQ(TextOf(*replaced), "abc");
+  replaced->ReplaceFrom(std::unique_ptr<VR>(NewVR(kTag, "some longer text than lies in it")).get());
+  EXPECT_FALSE(replaced->IsSteppedOver);
+}
+
 TEST(VR, ReplaceFromAnElementThatItHangsBelowUnderAFormerTagIsRefused) {
   VR* inner = NewVR(kInner, "kept");
   const std::unique_ptr<VR> outer(NewSequence(kTag, {NewObject({inner, NewVR(kTag, "like")})}));

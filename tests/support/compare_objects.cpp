@@ -1,6 +1,8 @@
 #include "support/compare_objects.h"
 
+#include <algorithm>
 #include <cstring>
+#include <memory>
 
 #include "base/text.h"
 
@@ -16,12 +18,25 @@ std::string Numbers(const char* field, std::uint64_t a, std::uint64_t b) {
 
 std::string DifferenceOfBytes(const VR& a, const VR& b) {
   if ((a.Data == nullptr) != (b.Data == nullptr)) return "Data null and not null";
-  if (a.Data == nullptr || a.Length != b.Length) return {};
-  for (std::uint32_t at = 0; at < a.Length; ++at) {
-    if (a.Data[at] != b.Data[at])
-      return "byte " + std::to_string(at) + Numbers("", a.Data[at], b.Data[at]);
+  if (a.IsSteppedOver != b.IsSteppedOver) return "stepped over and not stepped over";
+  if (a.Length != b.Length) return {};
+  const auto one = a.FirstBytes();
+  const auto other = b.FirstBytes();
+  for (std::size_t at = 0; at < one.size(); ++at) {
+    if (one[at] != other[at]) return "byte " + std::to_string(at) + Numbers("", one[at], other[at]);
   }
   return {};
+}
+
+bool IsOfPixels(const VR& vr) {
+  const bool isPixels =
+      vr.Group == 0x7FE0 && (vr.Element == 0x0008 || vr.Element == 0x0009 || vr.Element == 0x0010);
+  const std::string_view types[] = {"OB", "OW", "OF", "OD", "OL", "OV", "UN"};
+  const auto isItsType = [&](std::string_view letters) {
+    return vr.TypeCode == MakeTypeCode(letters[0], letters[1]);
+  };
+  return (isPixels || vr.Group == 0xFFFE) &&
+         (vr.TypeCode == type_code::kNone || std::ranges::any_of(types, isItsType));
 }
 
 std::string DifferenceOfItems(const VR& a, const VR& b, CompareLeniently leniently) {
@@ -77,6 +92,21 @@ std::string Difference(const DICOMObject& a, const DICOMObject& b, CompareLenien
 std::string Difference(const VR& a, const VR& b, CompareLeniently leniently) {
   const std::string inside = DifferenceOfElements(a, b, leniently);
   return inside.empty() ? inside : NameOf(a) + inside;
+}
+
+void StepOverPixels(DICOMObject& object, std::uint32_t longest) {
+  object.Elements.ForEach([longest](VR& vr) {
+    for (std::uint32_t at = 0; at < vr.ItemCount(); ++at) StepOverPixels(*vr.GetItem(at), longest);
+    if (vr.Data == nullptr || vr.Length <= longest || !IsOfPixels(vr)) return;
+    constexpr std::uint32_t kBeginning = 256;
+    std::unique_ptr<std::uint8_t[]> start(new std::uint8_t[kBeginning]());
+    std::copy_n(vr.Data, std::min(vr.Length, kBeginning), start.get());
+    const std::uint32_t length = vr.Length;
+    delete[] vr.TakeData();
+    vr.Length = length;
+    vr.Start = start.release();
+    vr.IsSteppedOver = true;
+  });
 }
 
 std::string ValueText(const VR& vr) {

@@ -22,6 +22,9 @@ std::string Difference(const DICOMObject& a, const DICOMObject& b, CompareLenien
 /// The same for two elements.
 std::string Difference(const VR& a, const VR& b, CompareLeniently leniently = {});
 
+/// Makes of an object that was read whole what a reader makes that steps over pixel data with more than `longest` bytes.
+void StepOverPixels(DICOMObject& object, std::uint32_t longest);
+
 /// The value bytes as text; empty for an element without Data.
 std::string ValueText(const VR& vr);
 
