@@ -8,10 +8,16 @@ namespace tessaret {
 /// What a load may be told. The numbers are added up.
 enum _EnumLoadOption : std::int32_t {
   /// Pixel data comes with its bytes, as they are in the file. Otherwise the element is there without them, and
-  /// nothing behind it.
+  /// nothing behind it unless LOAD_SKIPS_PIXELS says so.
   LOAD_PIXELS = 1,
   /// What has no preamble with the mark "DICM" behind it is refused.
   LOAD_STRICT = 2,
+  /// What stands behind pixel data is read too, and the bytes of pixel data are stepped over instead of being loaded: those of
+  /// (7FE0,0008), (7FE0,0009) and (7FE0,0010), at any depth, and of fragments. Every element and fragment is there with its
+  /// length. Values of at most 4096 bytes, and those of a type other than OB, OW, OF, OD, OL, OV, UN and none, have their
+  /// bytes as with LOAD_PIXELS; of all others IDcmFile.GetBytes gives the first 256, and nothing gives more. To save such an
+  /// object fails, and so does to compress or to decompress it. Not together with LOAD_PIXELS.
+  LOAD_SKIPS_PIXELS = 4,
 };
 
 /// How the elements of a data set are written (DICOM PS3.5, annex A). Compressed transfer syntaxes write them as

@@ -26,8 +26,8 @@ class IDcmFile : public IDispatch {
   /// Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that
   /// encoding, and otherwise, by preamble, meta header and the first element, the bytes tell. Compressed pixel data
   /// stays compressed. Numbers are turned to those of the host. kInvalidArgument, with nothing changed, for options
-  /// and encodings that do not exist, and for LOAD_STRICT together with an encoding; kException with the words of the
-  /// reader or the system where nothing can be read.
+  /// and encodings that do not exist, for LOAD_STRICT together with an encoding, and for LOAD_PIXELS together with
+  /// LOAD_SKIPS_PIXELS; kException with the words of the reader or the system where nothing can be read.
   virtual Status LoadFile(const String& FileName, Optional<std::int32_t> Options,
                           Optional<_EnumDataEncoding> Encoding) = 0;
 
@@ -90,8 +90,8 @@ class IDcmFile : public IDispatch {
 
   /// Saves as a file; the object stays as it is. `Form`, SAVE_COMPLETE where it is left away, says what is written,
   /// `Options` is a sum of _EnumSaveOption. What was at `FileName` stays where the new file cannot be written whole:
-  /// kException, with the words of the encoder or the system, or "Empty object". kInvalidArgument for forms and
-  /// options that do not exist.
+  /// kException, with the words of the encoder or the system, or "Empty object": "VR(7FE0,0010) was stepped over when it was
+  /// read" is what comes of LOAD_SKIPS_PIXELS. kInvalidArgument for forms and options that do not exist.
   virtual Status SaveFile(const String& FileName, Optional<_EnumSaveForm> Form,
                           Optional<std::int32_t> Options) = 0;
 
@@ -121,8 +121,8 @@ class IDcmFile : public IDispatch {
                             Out<Variant> ItemsCounts, Result<std::int32_t> Count) = 0;
 
   /// At most `Count` bytes of the value of an element from its byte `Offset` on, as an array with one dimension from
-  /// 0: fewer where the value ends before. Empty where there are none. kInvalidArgument for a negative `Count`, and
-  /// an `Offset` that is negative or no whole number.
+  /// 0: fewer where the value ends before, or what is here of one that LOAD_SKIPS_PIXELS stepped over. Empty where there are
+  /// none. kInvalidArgument for a negative `Count`, and an `Offset` that is negative or no whole number.
   virtual Status GetBytes(std::int32_t Group, std::int32_t Element, double Offset,
                           std::int32_t Count, Result<Variant> Bytes) = 0;
 

@@ -144,15 +144,15 @@ class CDCMObject final
   Status LoadFrom(const std::string& path, bool loadPixels);
   /// Has the engine make the pixel data native. Throws std::bad_alloc.
   bool MakeNative(DcmCompEngine& engine);
-  /// Loads what `read(coder)` gives, by a coder that says what it met, and notes that. Empty, or why nothing was
-  /// loaded. Throws std::bad_alloc.
+  /// Loads what `read(coder, loadPixels, strict)` gives, by a coder that follows `options`, of _EnumLoadOption, and says what it
+  /// met, and notes that. Empty, or why nothing was loaded. Throws std::bad_alloc.
   template <class Read>
-  std::string LoadNoting(Read read);
+  std::string LoadNoting(std::int32_t options, Read read);
   /// What the members of IDcmFile answer to that: none of them calls bytes broken for which there was no memory. Throws
   /// std::bad_alloc.
   Status AnswerOfLoad(const std::string& why) const;
   /// Loads likewise through `buffer`.
-  std::string LoadThrough(FileBuffer& buffer, const std::string& path, bool loadPixels, bool strict,
+  std::string LoadThrough(FileBuffer& buffer, const std::string& path, std::int32_t options,
                           std::int32_t code);
   /// Adds an element for items. Throws std::bad_alloc.
   VR& AddSequence(TagKey tag);

@@ -21,7 +21,11 @@ using namespace dcm_object;
 
 namespace {
 
-constexpr std::int32_t kLoadOptions = LOAD_PIXELS | LOAD_STRICT;
+constexpr std::int32_t kLoadOptions = LOAD_PIXELS | LOAD_STRICT | LOAD_SKIPS_PIXELS;
+constexpr std::int32_t kPixelOptions = LOAD_PIXELS | LOAD_SKIPS_PIXELS;
+
+/// Pixel data up to this size is no burden even in pieces, and tells more than its beginning does.
+constexpr std::uint32_t kLongestKeptValue = 4096;
 
 constexpr _EnumDataEncoding kEncodings[] = {ENCODING_NONE, ENCODING_IMPLICIT_LITTLE,
                                             ENCODING_EXPLICIT_LITTLE, ENCODING_EXPLICIT_BIG};
@@ -35,7 +39,7 @@ bool AreBytes(const Variant& given) {
 }
 
 bool AreLoadArguments(std::int32_t options, _EnumDataEncoding encoding) {
-  const bool exist = (options & ~kLoadOptions) == 0 &&
+  const bool exist = (options & ~kLoadOptions) == 0 && (options & kPixelOptions) != kPixelOptions &&
                      std::ranges::find(kEncodings, encoding) != std::end(kEncodings);
   // A bare data set has no mark to insist on.
   return exist && (encoding == ENCODING_NONE || (options & LOAD_STRICT) == 0);
@@ -72,10 +76,12 @@ void NoteReading(const HeadNotingCoder& coder, ReadingNotes& notes) {
 }  // namespace
 
 template <class Read>
-std::string CDCMObject::LoadNoting(Read read) {
+std::string CDCMObject::LoadNoting(std::int32_t options, Read read) {
   notes_ = std::make_unique<ReadingNotes>();
   HeadNotingCoder coder(&ModuleDictionary());
-  std::unique_ptr<DICOMObject> loaded = read(coder);
+  if ((options & LOAD_SKIPS_PIXELS) != 0) coder.LongestPixelValue = kLongestKeptValue;
+  std::unique_ptr<DICOMObject> loaded =
+      read(coder, (options & kPixelOptions) != 0, (options & LOAD_STRICT) != 0);
   NoteReading(coder, *notes_);
   if (!loaded) return coder.ErrorText();
   if (IsBigEndian(coder.FirstCode)) SwapNumbers(*loaded);
@@ -83,9 +89,9 @@ std::string CDCMObject::LoadNoting(Read read) {
   return {};
 }
 
-std::string CDCMObject::LoadThrough(FileBuffer& buffer, const std::string& path, bool loadPixels,
-                                    bool strict, std::int32_t code) {
-  return LoadNoting([&](DataSetCoder& coder) {
+std::string CDCMObject::LoadThrough(FileBuffer& buffer, const std::string& path,
+                                    std::int32_t options, std::int32_t code) {
+  return LoadNoting(options, [&](DataSetCoder& coder, bool loadPixels, bool strict) {
     auto loaded = code == ENCODING_NONE
                       ? coder.LoadFile(path.c_str(), loadPixels, strict, &buffer)
                       : coder.LoadBareFile(path.c_str(), code, loadPixels, &buffer);
@@ -115,7 +121,7 @@ Status CDCMObject::LoadFrom(const std::string& path, bool loadPixels) {
   notes_.reset();
   if (!IsPath(path)) return FailWith(SystemErrorText(EINVAL).c_str());
   FileBuffer buffer;
-  const std::string why = LoadThrough(buffer, path, loadPixels, false, ENCODING_NONE);
+  const std::string why = LoadThrough(buffer, path, loadPixels ? LOAD_PIXELS : 0, ENCODING_NONE);
   if (!why.empty()) return FailWith(why.c_str());
   if (!loadPixels) return kOk;
   DcmCompEngine engine;
@@ -145,9 +151,7 @@ Status CDCMObject::LoadFile(const String& FileName, std::int32_t Options,
     const std::string path = FileName.Utf8();
     if (!IsPath(path)) return FailOfFile(SystemErrorText(EINVAL).c_str());
     FileBuffer buffer;
-    const std::string why = LoadThrough(buffer, path, (Options & LOAD_PIXELS) != 0,
-                                        (Options & LOAD_STRICT) != 0, Encoding);
-    return AnswerOfLoad(why);
+    return AnswerOfLoad(LoadThrough(buffer, path, Options, Encoding));
   });
 }
 
@@ -158,9 +162,7 @@ Status CDCMObject::LoadDescriptor(std::int32_t Descriptor, std::int32_t Options,
     LetGo();
     notes_.reset();
     DescriptorBuffer buffer(Descriptor);
-    const std::string why = LoadThrough(buffer, {}, (Options & LOAD_PIXELS) != 0,
-                                        (Options & LOAD_STRICT) != 0, Encoding);
-    return AnswerOfLoad(why);
+    return AnswerOfLoad(LoadThrough(buffer, {}, Options, Encoding));
   });
 }
 
@@ -174,11 +176,9 @@ Status CDCMObject::LoadBytes(const Variant& Bytes, std::int32_t Options,
     const VariantArray* const array = Bytes.AsArray();
     const std::span<const std::uint8_t> bytes =
         array == nullptr ? std::span<const std::uint8_t>() : array->Bytes();
-    const std::string why = LoadNoting([&](DataSetCoder& coder) {
-      return coder.LoadBlock(bytes.data(), bytes.size(), (Options & LOAD_PIXELS) != 0,
-                             (Options & LOAD_STRICT) != 0, Encoding);
-    });
-    return AnswerOfLoad(why);
+    return AnswerOfLoad(LoadNoting(Options, [&](DataSetCoder& coder, bool loadPixels, bool strict) {
+      return coder.LoadBlock(bytes.data(), bytes.size(), loadPixels, strict, Encoding);
+    }));
   });
 }
 

@@ -1,6 +1,7 @@
 // Elements as they are stored, and the data set as text.
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "base/byte_order.h"
 #include "base/checked.h"
@@ -58,14 +59,14 @@ Status CDCMObject::GetBytes(std::int32_t Group, std::int32_t Element, double Off
   if (Count < 0 || !(Offset >= 0) || Offset != std::floor(Offset)) return kInvalidArgument;
   return AnswerOfFile([&] {
     const VR* const vr = ElementIn(Object.Get(), Group, Element);
-    const bool areThere = vr != nullptr && vr->Data != nullptr && Offset < vr->Length && Count > 0;
-    if (!areThere) {
+    const auto here = vr == nullptr ? std::span<const std::uint8_t>() : vr->FirstBytes();
+    if (!(Offset < static_cast<double>(here.size())) || Count == 0) {
       Bytes->Clear();
       return kOk;
     }
-    const auto from = static_cast<std::uint32_t>(Offset);
-    const std::uint32_t count = std::min(vr->Length - from, static_cast<std::uint32_t>(Count));
-    *Bytes = VariantArray::OfBytes({vr->Data + from, count});
+    const auto behind = here.subspan(static_cast<std::size_t>(Offset));
+    *Bytes = VariantArray::OfBytes(
+        behind.first(std::min(behind.size(), static_cast<std::size_t>(Count))));
     return kOk;
   });
 }

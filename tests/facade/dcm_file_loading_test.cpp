@@ -134,6 +134,129 @@ TEST_F(FileLoading, WithoutPixelsStopsAtThemAndSaysSo) {
   }
 }
 
+/// Words that count from 0x0100, and an element behind them.
+DataSetBuilder LongImageIn(Encoding encoding, std::uint32_t size) {
+  DataSetBuilder image(encoding);
+  image.Element(0x0010, 0x0010, "PN", "Doe^John").Head(0x7FE0, 0x0010, "OW", size);
+  for (std::uint32_t at = 0; at < size / 2; ++at)
+    image.U16(static_cast<std::uint16_t>(0x0100 + at));
+  return image.Element(0xFFFC, 0xFFFC, "OB", "end ");
+}
+
+TEST_F(FileLoading, StepsOverLongPixelsAndReadsOnBehindThem) {
+  constexpr std::uint32_t kSize = 4098;
+  for (const Encoding encoding : kAllEncodings) {
+    SCOPED_TRACE(NameOf(encoding));
+    const Bytes bytes = FileOf(encoding, LongImageIn(encoding, kSize));
+    ASSERT_EQ(LoadBytes(bytes), kOk);
+    String whole;
+    ASSERT_EQ(file_->get_Text(&whole), kOk);
+    const MemoryFile memory(bytes);
+    for (int way = 0; way < 3; ++way) {
+      SCOPED_TRACE(way);
+      const std::int32_t how = LOAD_SKIPS_PIXELS | LOAD_STRICT;
+      ASSERT_EQ(way == 0   ? file_->LoadFile(FileWith(bytes), how, ENCODING_NONE)
+                : way == 1 ? file_->LoadDescriptor(memory.Descriptor(), how, ENCODING_NONE)
+                           : LoadBytes(bytes, how),
+                kOk);
+      EXPECT_EQ(EndOf(file_), (Met{READ_TO_THE_END, 0, 0, 0}));
+      EXPECT_EQ(BytesRead(), static_cast<double>(bytes.size()));
+      EXPECT_EQ(Text(object_, 0x0010, 0x0010), "Doe^John");
+      EXPECT_EQ(Raw(object_, 0xFFFC, 0xFFFC), BytesOf("end "));
+      const Stored pixels = StoredIn(file_, 0x7FE0, 0x0010);
+      EXPECT_FALSE(pixels.hasValue.IsTrue());
+      EXPECT_EQ(pixels.length, kSize);
+      EXPECT_EQ(pixels.type, "OW");
+      String text;
+      ASSERT_EQ(file_->get_Text(&text), kOk);
+      EXPECT_EQ(text, whole);
+    }
+  }
+}
+
+TEST_F(FileLoading, GivesTheBeginningOfWhatItSteppedOverAndNoMore) {
+  for (const Encoding encoding : kAllEncodings) {
+    SCOPED_TRACE(NameOf(encoding));
+    ASSERT_EQ(LoadBytes(FileOf(encoding, LongImageIn(encoding, 5000)), LOAD_SKIPS_PIXELS), kOk);
+    const auto range = [&](double offset, std::int32_t count) {
+      Variant bytes("untouched");
+      EXPECT_EQ(file_->GetBytes(0x7FE0, 0x0010, offset, count, &bytes), kOk);
+      return BytesIn(bytes);
+    };
+    // Little endian, as all numbers are here.
+    EXPECT_EQ(range(0, 4), (Bytes{0x00, 0x01, 0x01, 0x01}));
+    EXPECT_EQ(range(0, 5000).size(), 256u);
+    EXPECT_EQ(range(254, 100), (Bytes{0x7F, 0x01}));
+    EXPECT_EQ(range(256, 100), Bytes());
+    EXPECT_EQ(Raw(object_, 0x7FE0, 0x0010), Bytes());
+    Ref<IDCMObject> copy;
+    ASSERT_EQ(object_->copy(copy.Receive()), kOk);
+    EXPECT_EQ(StoredIn(FileFacetOf(copy), 0x7FE0, 0x0010).length, 5000);
+  }
+}
+
+TEST_F(FileLoading, LeavesShortPixelsAsTheyAreWhenItStepsOverLongOnes) {
+  for (const Encoding encoding : kAllEncodings) {
+    ASSERT_EQ(LoadBytes(FileOf(encoding, LongImageIn(encoding, 4096)), LOAD_SKIPS_PIXELS), kOk);
+    EXPECT_TRUE(StoredIn(file_, 0x7FE0, 0x0010).hasValue.IsTrue());
+    EXPECT_EQ(Raw(object_, 0x7FE0, 0x0010).size(), 4096u);
+    EXPECT_EQ(object_->Save(folder_.File("out.dcm")), kOk);
+  }
+}
+
+TEST_F(FileLoading, StepsOverLongFragmentsAlone) {
+  DataSetBuilder image(Encoding::kExplicitLittle);
+  image.Fragments({{}, Pattern(4096), Pattern(5000)}).Element(0xFFFC, 0xFFFC, "OB", "end ");
+  ASSERT_EQ(LoadBytes(image, LOAD_SKIPS_PIXELS), kOk);
+  EXPECT_EQ(StoredIn(file_, 0x7FE0, 0x0010).items, 3);
+  EXPECT_EQ(Raw(object_, 0xFFFC, 0xFFFC), BytesOf("end "));
+  const auto fragment = [&](std::int32_t index) {
+    return StoredIn(FileFacetOf(ItemOf(object_, 0x7FE0, 0x0010, index)), 0xFFFE, 0xE000);
+  };
+  EXPECT_TRUE(fragment(1).hasValue.IsTrue());
+  EXPECT_FALSE(fragment(2).hasValue.IsTrue());
+  EXPECT_EQ(fragment(2).length, 5000);
+  EXPECT_FAILS_WITH(object_->Save(folder_.File("out.dcm")),
+                    "VR(FFFE,E000) was stepped over when it was read");
+}
+
+TEST_F(FileLoading, NeitherSavesNorConvertsWhatItSteppedOver) {
+  for (const Encoding encoding : kAllEncodings) {
+    SCOPED_TRACE(NameOf(encoding));
+    ASSERT_EQ(LoadBytes(FileOf(encoding, LongImageIn(encoding, 5000)), LOAD_SKIPS_PIXELS), kOk);
+    const char* const words = "VR(7FE0,0010) was stepped over when it was read";
+    EXPECT_FAILS_WITH(object_->Save(folder_.File("out.dcm")), words);
+    Variant bytes;
+    for (const _EnumSaveForm form : {SAVE_BARE, SAVE_WITHOUT_META_HEADER, SAVE_COMPLETE}) {
+      EXPECT_FAILS_WITH(file_->SaveFile(folder_.File("out.dcm"), form, 0), words);
+      EXPECT_FAILS_WITH(file_->SaveBytes(form, 0, &bytes), words);
+    }
+    // Called a sequence it would be an empty one.
+    VariantBool found;
+    ASSERT_EQ(file_->SetType(0x7FE0, 0x0010, "SQ", &found), kOk);
+    EXPECT_FAILS_WITH(object_->Save(folder_.File("out.dcm")), words);
+    // A value that is put there is like any other.
+    ASSERT_EQ(object_->PutVRData(0x7FE0, 0x0010, "OW", BytesVariant({1, 2})), kOk);
+    EXPECT_EQ(object_->Save(folder_.File("in.dcm")), kOk);
+  }
+  EXPECT_EQ(folder_.Listing(), "in.dcm");
+}
+
+TEST_F(FileLoading, TellsWhereWhatItStepsOverIsCut) {
+  Bytes bytes = FileOf(Encoding::kExplicitLittle, LongImageIn(Encoding::kExplicitLittle, 200000));
+  bytes.resize(bytes.size() - 16);  // the last element, of 12 and 4 bytes
+  const double pixels = static_cast<double>(bytes.size()) - 200012;
+  bytes.pop_back();
+  for (int way = 0; way < 2; ++way) {
+    ASSERT_EQ(way == 0 ? file_->LoadFile(FileWith(bytes), LOAD_SKIPS_PIXELS, ENCODING_NONE)
+                       : LoadBytes(bytes, LOAD_SKIPS_PIXELS),
+              kOk);
+    EXPECT_EQ(EndOf(file_), (Met{READ_CUT_ELEMENT, pixels, 0x7FE0, 0x0010}));
+    EXPECT_FALSE(StoredIn(file_, 0x7FE0, 0x0010).found.IsTrue());
+    EXPECT_EQ(Text(object_, 0x0010, 0x0010), "Doe^John");
+  }
+}
+
 TEST_F(FileLoading, StrictlyTakesOnlyWhatHasTheMark) {
   const Bytes bare = ImageIn(Encoding::kExplicitLittle);
   const Bytes marked = FileOf(Encoding::kExplicitLittle, bare);
@@ -374,7 +497,7 @@ TEST_F(FileLoading, RefusesWhatItDoesNotKnowWithNothingChanged) {
   ASSERT_EQ(LoadBytes(ImageIn(Encoding::kExplicitLittle)), kOk);
   const Variant bytes = BytesVariant(ImageIn(Encoding::kExplicitLittle));
   const std::string path = FileWith(ImageIn(Encoding::kExplicitLittle));
-  for (const std::int32_t options : {4, -1, 8 + LOAD_PIXELS}) {
+  for (const std::int32_t options : {8, -1, 8 + LOAD_PIXELS, LOAD_SKIPS_PIXELS + LOAD_PIXELS}) {
     EXPECT_EQ(file_->LoadBytes(bytes, options, ENCODING_NONE), kInvalidArgument);
     EXPECT_EQ(file_->LoadFile(path, options, ENCODING_NONE), kInvalidArgument);
     EXPECT_EQ(file_->LoadDescriptor(0, options, ENCODING_NONE), kInvalidArgument);

@@ -198,9 +198,11 @@ class _EnumLoadOption(IntEnum):
     """What a load may be told. The numbers are added up."""
     LOAD_PIXELS = 1
     LOAD_STRICT = 2
+    LOAD_SKIPS_PIXELS = 4
 
 LOAD_PIXELS: Final = _EnumLoadOption.LOAD_PIXELS
 LOAD_STRICT: Final = _EnumLoadOption.LOAD_STRICT
+LOAD_SKIPS_PIXELS: Final = _EnumLoadOption.LOAD_SKIPS_PIXELS
 
 class _EnumMergeType(IntEnum):
     """How an image is merged onto another one."""
@@ -590,8 +592,8 @@ class IDcmFile(Object):
         """Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that
         encoding, and otherwise, by preamble, meta header and the first element, the bytes tell. Compressed pixel data
         stays compressed. Numbers are turned to those of the host. kInvalidArgument, with nothing changed, for options
-        and encodings that do not exist, and for LOAD_STRICT together with an encoding; kException with the words of the
-        reader or the system where nothing can be read.
+        and encodings that do not exist, for LOAD_STRICT together with an encoding, and for LOAD_PIXELS together with
+        LOAD_SKIPS_PIXELS; kException with the words of the reader or the system where nothing can be read.
         """
         ...
 
@@ -679,8 +681,8 @@ class IDcmFile(Object):
     def SaveFile(self, FileName: str | PathLike[str] | None, Form: _EnumSaveForm | int | None = ..., Options: int | None = ...) -> bool:
         """Saves as a file; the object stays as it is. `Form`, SAVE_COMPLETE where it is left away, says what is written,
         `Options` is a sum of _EnumSaveOption. What was at `FileName` stays where the new file cannot be written whole:
-        kException, with the words of the encoder or the system, or "Empty object". kInvalidArgument for forms and
-        options that do not exist.
+        kException, with the words of the encoder or the system, or "Empty object": "VR(7FE0,0010) was stepped over when it was
+        read" is what comes of LOAD_SKIPS_PIXELS. kInvalidArgument for forms and options that do not exist.
         """
         ...
 
@@ -711,8 +713,8 @@ class IDcmFile(Object):
 
     def GetBytes(self, Group: int, Element: int, Offset: float, Count: int) -> Any:
         """At most `Count` bytes of the value of an element from its byte `Offset` on, as an array with one dimension from
-        0: fewer where the value ends before. Empty where there are none. kInvalidArgument for a negative `Count`, and
-        an `Offset` that is negative or no whole number.
+        0: fewer where the value ends before, or what is here of one that LOAD_SKIPS_PIXELS stepped over. Empty where there are
+        none. kInvalidArgument for a negative `Count`, and an `Offset` that is negative or no whole number.
         """
         ...
 

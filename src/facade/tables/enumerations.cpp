@@ -49,8 +49,13 @@ constexpr tessaret_enumerator kMembers4[] = {
 };
 constexpr tessaret_enumerator kMembers5[] = {
 {"LOAD_PIXELS", "Pixel data comes with its bytes, as they are in the file. Otherwise the element is there without them, and\n"
-        "nothing behind it.", LOAD_PIXELS},
+        "nothing behind it unless LOAD_SKIPS_PIXELS says so.", LOAD_PIXELS},
 {"LOAD_STRICT", "What has no preamble with the mark \"DICM\" behind it is refused.", LOAD_STRICT},
+{"LOAD_SKIPS_PIXELS", "What stands behind pixel data is read too, and the bytes of pixel data are stepped over instead of being loaded: those of\n"
+        "(7FE0,0008), (7FE0,0009) and (7FE0,0010), at any depth, and of fragments. Every element and fragment is there with its\n"
+        "length. Values of at most 4096 bytes, and those of a type other than OB, OW, OF, OD, OL, OV, UN and none, have their\n"
+        "bytes as with LOAD_PIXELS; of all others IDcmFile.GetBytes gives the first 256, and nothing gives more. To save such an\n"
+        "object fails, and so does to compress or to decompress it. Not together with LOAD_PIXELS.", LOAD_SKIPS_PIXELS},
 };
 constexpr tessaret_enumerator kMembers6[] = {
 {"MERGE_TRANSPARENCY", "By transparency.", MERGE_TRANSPARENCY},
@@ -127,7 +132,7 @@ constexpr tessaret_enumeration kEnumerations[] = {
 {"_EnumImageType", kMembers2, 4, "How the samples of an image are stored. Colour images have three bytes a pixel in the order in which they were put."},
 {"_EnumInterpolationOrder", kMembers3, 7, "How a value between voxels is found. Hosts share these names; no member takes them yet."},
 {"_EnumIntersectionType", kMembers4, 3, "What the intersection of two planes is."},
-{"_EnumLoadOption", kMembers5, 2, "What a load may be told. The numbers are added up."},
+{"_EnumLoadOption", kMembers5, 3, "What a load may be told. The numbers are added up."},
 {"_EnumMergeType", kMembers6, 2, "How an image is merged onto another one."},
 {"_EnumObliqueViewMode", kMembers7, 10, "Which section of a volume a control shows. The first letter of an orthogonal section is the volume's axis that runs along the rows\n"
         "of its image, the second the one that runs down its columns."},

@@ -37,8 +37,8 @@ constexpr MemberInfo kMembers[] = {
 {"LoadFile", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that\n"
         "encoding, and otherwise, by preamble, meta header and the first element, the bytes tell. Compressed pixel data\n"
         "stays compressed. Numbers are turned to those of the host. kInvalidArgument, with nothing changed, for options\n"
-        "and encodings that do not exist, and for LOAD_STRICT together with an encoding; kException with the words of the\n"
-        "reader or the system where nothing can be read."},
+        "and encodings that do not exist, for LOAD_STRICT together with an encoding, and for LOAD_PIXELS together with\n"
+        "LOAD_SKIPS_PIXELS; kException with the words of the reader or the system where nothing can be read."},
 {"LoadDescriptor", MemberKind::kMethod, kArguments1.data(), kArguments1.size(), "Loads likewise from an open file, pipe or socket of this process, beginning where it stands. `Descriptor` stays\n"
         "the caller's; where it stands afterwards is not said."},
 {"LoadBytes", MemberKind::kMethod, kArguments2.data(), kArguments2.size(), "Loads likewise from an array of bytes with one dimension, of at most 2147483647; an empty value is no bytes.\n"
@@ -66,8 +66,8 @@ constexpr MemberInfo kMembers[] = {
         "or item of that kind. ODDITY_NONE, with nothing written, where there is none of this number."},
 {"SaveFile", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Saves as a file; the object stays as it is. `Form`, SAVE_COMPLETE where it is left away, says what is written,\n"
         "`Options` is a sum of _EnumSaveOption. What was at `FileName` stays where the new file cannot be written whole:\n"
-        "kException, with the words of the encoder or the system, or \"Empty object\". kInvalidArgument for forms and\n"
-        "options that do not exist."},
+        "kException, with the words of the encoder or the system, or \"Empty object\": \"VR(7FE0,0010) was stepped over when it was\n"
+        "read\" is what comes of LOAD_SKIPS_PIXELS. kInvalidArgument for forms and options that do not exist."},
 {"SaveBytes", MemberKind::kMethod, kArguments15.data(), kArguments15.size(), "The bytes of that file, as an array with one dimension from 0. Options that speak of files mean nothing here."},
 {"GetElement", MemberKind::kMethod, kArguments16.data(), kArguments16.size(), "An element as it is stored; unlike the members of IDCMObject this gives no type to one that has none. `TypeCode`\n"
         "gets its two characters as they stood in the file, \"\" for none; `Length` the bytes of its value, -1 for an\n"
@@ -83,8 +83,8 @@ constexpr MemberInfo kMembers[] = {
         "are what GetElement tells. For an item the tag is (FFFE,E000), `Lengths` the number of its elements, and\n"
         "`ItemsCounts` -1, which tells it from a fragment of pixel data. All are empty where there are no elements."},
 {"GetBytes", MemberKind::kMethod, kArguments18.data(), kArguments18.size(), "At most `Count` bytes of the value of an element from its byte `Offset` on, as an array with one dimension from\n"
-        "0: fewer where the value ends before. Empty where there are none. kInvalidArgument for a negative `Count`, and\n"
-        "an `Offset` that is negative or no whole number."},
+        "0: fewer where the value ends before, or what is here of one that LOAD_SKIPS_PIXELS stepped over. Empty where there are\n"
+        "none. kInvalidArgument for a negative `Count`, and an `Offset` that is negative or no whole number."},
 {"SetType", MemberKind::kMethod, kArguments19.data(), kArguments19.size(), "Gives an element another type, with its bytes as they are. `TypeCode` is two characters; kInvalidArgument for\n"
         "any other text. False where there is no such element."},
 {"HasPixelsOfDoubtfulOrder", MemberKind::kGet, kArguments20.data(), kArguments20.size(), "Whether there is native pixel data with more bits a sample than the numbers of its type have. Programs write\n"

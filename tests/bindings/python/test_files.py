@@ -41,6 +41,18 @@ class FileTest(package.PackageTest):
         self.assertEqual(self.object.VR(0x10, 0x10), "Doe^John")
         self.assertIsInstance(self.file.GetMetaLength()[0], bool)
 
+    def test_long_pixels_are_stepped_over(self):
+        pixels = bytes(range(256)) * 20
+        self.file.LoadBytes(SAMPLE + element(0x7FE00010, "OW", pixels) + element(0xFFFCFFFC, "OB", b"end "),
+                            tessaret.LOAD_SKIPS_PIXELS)
+        self.assertEqual(self.file.GetEnd()[0], tessaret.READ_TO_THE_END)
+        self.assertEqual(self.file.GetElement(0x7FE0, 0x10)[1:3] + self.file.GetElement(0x7FE0, 0x10)[4:], ("OW", 5120, False, 0))
+        self.assertEqual(bytes(self.file.GetBytes(0x7FE0, 0x10, 0, 5120)), pixels[:256])
+        self.assertEqual(bytes(self.file.GetBytes(0xFFFC, 0xFFFC, 0, 4)), b"end ")
+        with self.assertRaises(tessaret.Error) as caught:
+            self.object.Save(self.folder / "out.dcm")
+        self.assertIn("VR(7FE0,0010) was stepped over when it was read", str(caught.exception))
+
     def test_files_and_descriptors_are_loaded(self):
         path = self.folder / "a.dcm"
         path.write_bytes(SAMPLE)
