@@ -1,6 +1,7 @@
 #include "consistency.h"
 
 #include <charconv>
+#include <limits>
 #include <optional>
 
 #include "base/checked.h"
@@ -88,7 +89,10 @@ std::string WhyPixelsAreOdd(const SourceFile& source, Host& host) {
 }
 
 /// An element that stands behind one of a higher tag, or empty.
-std::string WhyOrderIsOdd(const Listing& listing) {
+std::string WhyOrderIsOdd(const SourceFile& source) {
+  // Offsets begin anew at 4 GiB, and then say nothing of what stands behind what.
+  if (source.bytes > std::numeric_limits<std::uint32_t>::max()) return {};
+  const Listing& listing = source.listing;
   std::optional<Element> last;
   std::optional<Element> late;
   listing.ForEachOnTop([&](const Element& each) {
@@ -125,7 +129,7 @@ std::string WhyTextIsOdd(const SourceFile& source) {
 
 std::vector<std::string> FindOddElements(const SourceFile& source) {
   std::vector<std::string> oddities;
-  for (std::string words : {WhyOrderIsOdd(source.listing), WhyLettersAreOdd(source.listing)}) {
+  for (std::string words : {WhyOrderIsOdd(source), WhyLettersAreOdd(source.listing)}) {
     if (!words.empty()) oddities.push_back(std::move(words));
   }
   return oddities;

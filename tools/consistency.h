@@ -11,7 +11,7 @@ namespace tessaret::tool {
 /// What is odd in the elements of `source` whatever they mean, a sentence each: their order and their letters.
 std::vector<std::string> FindOddElements(const SourceFile& source);
 
-/// What is odd in `source`, a sentence each, the elements included. Requires: its object is there and loaded with pixels.
+/// What is odd in `source`, a sentence each, the elements included. Requires: its object is there, loaded with pixels or past them.
 std::vector<std::string> FindOddities(const SourceFile& source, Host& host);
 
 }  // namespace tessaret::tool

@@ -58,7 +58,7 @@ class LineDump final : public ObjectVisitor {
   }
 
   void OnSequence(const Element& sequence, DataSet& owner, int level) override {
-    if (sequence.hasValue) OnElement(sequence, owner, level);
+    if (ShownValue(sequence, owner).IsHere()) OnElement(sequence, owner, level);
     Sequence(sequence, owner, level);
   }
 

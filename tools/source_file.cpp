@@ -159,8 +159,11 @@ class Loader {
 
   /// Loads what is there, a bare data set where an encoding is given. In a meantime it may have become unreadable.
   void Read(_EnumDataEncoding encoding) {
-    const std::int32_t how = (options_.loadPixels ? LOAD_PIXELS : 0) |
-                             (options_.strict && encoding == ENCODING_NONE ? LOAD_STRICT : 0);
+    const std::int32_t pixels = !options_.loadPixels  ? 0
+                                : options_.skipPixels ? LOAD_SKIPS_PIXELS
+                                                      : LOAD_PIXELS;
+    const std::int32_t how =
+        pixels | (options_.strict && encoding == ENCODING_NONE ? LOAD_STRICT : 0);
     if (path_ != kStandardInput) {
       Keep(file_->LoadFile(path_, how, encoding));
       return;

@@ -15,6 +15,8 @@ namespace tessaret::tool {
 
 struct SourceOptions {
   bool loadPixels = true;
+  /// Instead of loading long pixel data, steps over it: its length is known, and its beginning.
+  bool skipPixels = false;
   bool strict = false;  // refuse a file without the "DICM" mark
 };
 

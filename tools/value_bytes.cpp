@@ -16,6 +16,11 @@ void ValueBytes::Fetch(std::uint32_t offset, std::uint32_t count, std::uint32_t 
   if (bytes_.size() < least) throw CallError("a value is too long, or gone");
 }
 
+bool ValueBytes::HasFirst() {
+  if (bytes_.empty()) Fetch(0, 1, 0);
+  return !bytes_.empty();
+}
+
 const std::uint8_t* ValueBytes::At(std::uint32_t offset, std::uint32_t count) {
   const bool isHere = offset >= begin_ && offset - begin_ <= bytes_.size() &&
                       count <= bytes_.size() - (offset - begin_);

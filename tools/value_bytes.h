@@ -13,11 +13,14 @@ namespace tessaret::tool {
 
 class ValueBytes {
  public:
-  /// Of an element with `size` bytes that are there. `file` outlives this.
+  /// Of an element with `size` bytes, of which those are there that are asked for. `file` outlives this.
   ValueBytes(IDcmFile& file, TagKey tag, std::uint32_t size)
       : file_(&file), tag_(tag), size_(size) {}
 
   [[nodiscard]] std::uint32_t Size() const { return size_; }
+
+  /// Whether there is at least one. Throws CallError.
+  bool HasFirst();
 
   /// `count` bytes from `offset` on, which are there until the next call. Requires: the value has them, and `count` is at
   /// most kPortion. Throws CallError.

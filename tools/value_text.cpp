@@ -117,8 +117,14 @@ std::string NumberText(VrCode type, ValueBytes& bytes, std::size_t index) {
 }
 
 ValueBytes& ShownValue::Bytes() {
-  if (!bytes_) bytes_.emplace(owner_.File(), element_.tag, element_.hasValue ? element_.length : 0);
+  if (!bytes_) bytes_.emplace(owner_.File(), element_.tag, element_.length);
   return *bytes_;
+}
+
+bool ShownValue::IsHere() {
+  if (element_.hasValue) return true;
+  const bool holdsBytes = element_.length != 0 && element_.type != type_code::SQ;
+  return holdsBytes && Bytes().HasFirst();
 }
 
 std::string_view ShownValue::Text() { return UnpaddedText(Bytes().Text()); }
@@ -136,7 +142,7 @@ std::uint32_t ShownValue::Multiplicity() {
 
 std::string ShownValue::Shown(std::size_t most, const CharacterSets& sets) {
   if (element_.length == 0) return "(no value available)";
-  if (!element_.hasValue) return "(not loaded)";
+  if (!IsHere()) return "(not loaded)";
   if (const VrCode type = ShownType(element_); IsText(type))
     return '[' + Escaped(DecodedText(sets, type, Text(), most), most) + ']';
   return Joined(Parts(), most, PartText());

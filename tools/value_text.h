@@ -41,6 +41,9 @@ class ShownValue {
   /// The text without what pads it, which is here as long as this. Requires: the type is one of text.
   std::string_view Text();
 
+  /// Whether any of its bytes are here: its beginning is where it was stepped over.
+  bool IsHere();
+
   /// Writes it in at most about `most` columns, which it answers: text in brackets, decoded by `sets`, numbers between backslashes,
   /// bytes in hexadecimal. Numbers and bytes go out one by one where there is no limit.
   std::size_t Show(Output& output, std::size_t most, const CharacterSets& sets);

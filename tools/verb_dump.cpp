@@ -53,6 +53,7 @@ class Dump {
   void One(const std::string& path) {
     SourceOptions how;
     how.loadPixels = !options_.noPixels;
+    how.skipPixels = !ShowsWholeValues();
     how.strict = options_.strict;
     const SourceFile source = LoadSource(path, how, host_);
     StopIfInterrupted();
@@ -68,6 +69,11 @@ class Dump {
     host_.output.Flush();
     host_.messages.Error(SubjectOf(path), source.failure);
     failed_ = true;
+  }
+
+  /// Anything else cuts pixel data, or tells its length.
+  [[nodiscard]] bool ShowsWholeValues() const {
+    return options_.format == "json" || options_.lines.wholeValues;
   }
 
   void TellOf(const std::string& path, const SourceFile& source) {
