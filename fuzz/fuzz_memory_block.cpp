@@ -37,6 +37,19 @@ void RequirePlainReadingAgrees(const fuzz::Input& input, const DataSetCoder& cod
   if (object != nullptr) fuzz::RequireSame(plain, *object);
 }
 
+/// Loads it once more, past the pixel data that is longer than the upper bits of the options say.
+void RequireSteppingAgrees(const fuzz::Input& input, const DataSetCoder& coder,
+                           const DICOMObject* whole) {
+  DataSetCoder stepping(coder.Dictionary);
+  stepping.LongestPixelValue = input.options >> 4;
+  const auto stepped =
+      stepping.LoadMemory(input.bytes.data(), input.bytes.size(), input.Option(0), input.Option(1));
+  Require((stepped == nullptr) == (whole == nullptr), "it is loaded past the pixels or not at all");
+  fuzz::RequireSame(stepping.LastStop(), coder.LastStop());
+  fuzz::RequireSame(stepping.Oddities(), coder.Oddities());
+  if (stepped) fuzz::RequireSameBesides(*whole, *stepped, stepping.LongestPixelValue);
+}
+
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -54,5 +67,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   if (object) fuzz::RequireWithin(*object, input.bytes.size());
   RequirePlainReadingAgrees(input, coder, object.get());
+  RequireSteppingAgrees(input, coder, object.get());
   return 0;
 }

@@ -28,12 +28,37 @@ bool SameBytes(const VR& a, const VR& b) {
   return std::memcmp(a.Data, b.Data, a.Length) == 0;
 }
 
-void RequireSameItems(const VR& a, const VR& b) {
-  Require((a.Items == nullptr) == (b.Items == nullptr), "both have items or none has");
-  Require(a.ItemCount() == b.ItemCount(), "equal numbers of items");
-  for (std::uint32_t at = 0; at < a.ItemCount(); ++at) {
-    RequireSame(*const_cast<VR&>(a).GetItem(at), *const_cast<VR&>(b).GetItem(at));
+/// Whether the value that was `whole` was stepped over as it should be, or is the same.
+bool SameBytesBesides(const VR& whole, const VR& stepped, std::uint32_t longest) {
+  if (!stepped.IsSteppedOver) {
+    const bool isFragment = whole.Group == kStructuralGroup && whole.Data != nullptr;
+    return SameBytes(whole, stepped) && (!isFragment || whole.Length <= longest);
   }
+  const bool isPixels = whole.Group == 0x7FE0 || whole.Group == kStructuralGroup;
+  const auto first = stepped.FirstBytes();
+  return isPixels && whole.Length > longest && whole.Data != nullptr && stepped.Data == nullptr &&
+         first.size() == std::min(whole.Length, VR::kStartSize) &&
+         std::ranges::equal(first, whole.FirstBytes().first(first.size()));
+}
+
+/// `sameBytes(vr, vr)` compares values.
+template <class SameBytesOf>
+void RequireSameElements(const DICOMObject& a, const DICOMObject& b, SameBytesOf sameBytes) {
+  VR* one = a.GetFirstVR();
+  VR* other = b.GetFirstVR();
+  for (; one != nullptr && other != nullptr; one = a.GetNextVR(one), other = b.GetNextVR(other)) {
+    Require(one->Key() == other->Key(), "equal tags");
+    Require(one->Length == other->Length, "equal lengths");
+    Require(one->TypeCode == other->TypeCode, "equal types");
+    Require(one->StreamPosition == other->StreamPosition, "equal positions");
+    Require(sameBytes(*one, *other), "equal values");
+    Require((one->Items == nullptr) == (other->Items == nullptr), "both have items or none has");
+    Require(one->ItemCount() == other->ItemCount(), "equal numbers of items");
+    for (std::uint32_t at = 0; at < one->ItemCount(); ++at)
+      RequireSameElements(*one->GetItem(at), *other->GetItem(at), sameBytes);
+  }
+  Require(one == nullptr && other == nullptr, "equal numbers of elements");
+  Require(a.SequenceBytes == b.SequenceBytes, "equal estimates of sequence bytes");
 }
 
 std::size_t BytesIn(const DICOMObject& object) {
@@ -112,18 +137,18 @@ void MemoryFile::Hold(std::span<const std::uint8_t> bytes) {
 }
 
 void RequireSame(const DICOMObject& a, const DICOMObject& b) {
-  VR* one = a.GetFirstVR();
-  VR* other = b.GetFirstVR();
-  for (; one != nullptr && other != nullptr; one = a.GetNextVR(one), other = b.GetNextVR(other)) {
-    Require(one->Key() == other->Key(), "equal tags");
-    Require(one->Length == other->Length, "equal lengths");
-    Require(one->TypeCode == other->TypeCode, "equal types");
-    Require(one->StreamPosition == other->StreamPosition, "equal positions");
-    Require(SameBytes(*one, *other), "equal values");
-    RequireSameItems(*one, *other);
-  }
-  Require(one == nullptr && other == nullptr, "equal numbers of elements");
-  Require(a.SequenceBytes == b.SequenceBytes, "equal estimates of sequence bytes");
+  RequireSameElements(a, b, SameBytes);
+}
+
+void RequireSameBesides(const DICOMObject& whole, const DICOMObject& stepped,
+                        std::uint32_t longest) {
+  RequireSameElements(whole, stepped, [longest](const VR& one, const VR& other) {
+    return SameBytesBesides(one, other, longest);
+  });
+}
+
+void RequireSame(std::span<const ParseOddity> a, std::span<const ParseOddity> b) {
+  Require(std::ranges::equal(a, b), "equal oddities");
 }
 
 void RequireSame(const ParseStop& a, const ParseStop& b) {

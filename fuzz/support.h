@@ -93,6 +93,12 @@ inline std::uint8_t* BlockOf(std::span<const std::uint8_t> bytes) {
 void RequireSame(const DICOMObject& a, const DICOMObject& b);
 void RequireSame(const ParseStop& a, const ParseStop& b);
 
+/// What a reader leaves that steps over pixel data with more than `longest` bytes is what one leaves that reads it: the same in
+/// everything but the bytes of those values, of which the first are the same.
+void RequireSameBesides(const DICOMObject& whole, const DICOMObject& stepped,
+                        std::uint32_t longest);
+void RequireSame(std::span<const ParseOddity> a, std::span<const ParseOddity> b);
+
 /// No element claims what its input cannot have held: all values together are no longer than it.
 void RequireWithin(const DICOMObject& object, std::size_t inputSize);
 
