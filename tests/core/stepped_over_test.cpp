@@ -181,6 +181,22 @@ TEST(SteppedOverPixels, WhatIsCalledByATypeThatNoPixelsHaveIsReadAsEver) {
   }
 }
 
+TEST(SteppedOverPixels, LongValuesAreDroppedInPiecesWhereAStreamHasNoOtherWay) {
+  const Bytes value = Pattern(200'001);
+  Bytes bytes = DataSetBuilder(kExplicit)
+                    .Element(0x7FE0, 0x0010, "OB", value)
+                    .Element(0xFFFC, 0xFFFC, "OB", "x ");
+  PlainMemoryBuffer stream(bytes.data(), static_cast<std::uint32_t>(bytes.size()), false);
+  DrippingBuffer peer(bytes, 999);
+  for (Buffer* buffer : {static_cast<Buffer*>(&stream), static_cast<Buffer*>(&peer)}) {
+    const Parsed parsed = ParseFrom(*buffer, kExplicit, nullptr, 100);
+    ASSERT_TRUE(parsed.result);
+    ExpectSteppedOver(At(*parsed.object, 0x7FE0, 0x0010), value);
+    EXPECT_EQ(ValueText(At(*parsed.object, 0xFFFC, 0xFFFC)), "x ");
+    EXPECT_EQ(parsed.position, bytes.size());
+  }
+}
+
 TEST(SteppedOverPixels, AValueBeyondItsItemIsShortenedFirst) {
   DataSetBuilder item(kExplicit);
   item.Head(0x7FE0, 0x0010, "OB", 5000).Raw(Pattern(500));
