@@ -201,6 +201,17 @@ class Lines(tool.ToolTest):
             writer.stdin.close()
             self.assert_ends(run("dump", pipe), INPUT_FAILED, f"tessaret: {pipe}: not DICOM\n")
 
+    def test_long_pixels_are_cut_unless_the_whole_is_asked_for(self):
+        # Cut they are not even loaded.
+        pixels = bytes(range(256)) * 20
+        hexadecimal = "\\".join(f"{byte:02x}" for byte in pixels)
+        content = element(0x7FE00010, "OW", pixels)
+        self.assertEqual(self.values(content)["7fe0,0010"][1], hexadecimal[:59] + "\\...")
+        self.assertEqual(self.values(content, "--long")["7fe0,0010"][1], hexadecimal)
+        fragments = element(0x7FE00010, "OB", item(b"") + item(pixels) + sequence_end(), length=UNDEFINED)
+        self.assertIn(hexadecimal[:59] + "\\... ", self.dump(fragments, syntax=JPEG)[2])
+        self.assertIn(hexadecimal + " ", self.dump(fragments, "--long", syntax=JPEG)[2])
+
     def test_no_pixels_stops_before_them(self):
         content = tool.image() + element(0xFFFCFFFC, "OB", b"\0\0")
         lines = self.dump(content, "--no-pixels")
