@@ -14,9 +14,11 @@ bool WriteClone(DataSetCoder& coder, const NativeEncoding& encoding, const DICOM
   return written;
 }
 
-/// Whether anything that is to be written was stepped over. Items of pixel data are written as fragments, or not at all.
+/// Whether anything that is to be written was stepped over. The meta header and group lengths are not written, with whatever may
+/// be in them; items of pixel data are written as fragments, or not at all.
 bool LacksBytes(const DICOMObject& object) {
   return !object.Elements.ForEachWhile([](VR& vr) {
+    if (vr.Group == 0x0002 || vr.Element == 0) return true;
     if (vr.IsSteppedOver) return false;
     for (std::uint32_t at = 0; at < vr.ItemCount(); ++at) {
       const DICOMObject& item = *vr.GetItem(at);

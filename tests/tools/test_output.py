@@ -303,16 +303,20 @@ class LittleMemory(tool.ToolTest):
         size = 0x7FFFFFFE
         large = self.write("large.dcm", meta(tool.EXPLICIT) + element(0x00100020, "LO", "12") + element(0x7FE00010, "OB", length=size))
         os.truncate(large, large.stat().st_size + size)
+        # To be checked, pixel data is not held; anything else is.
+        report = self.write("report.dcm", meta(tool.EXPLICIT) + element(0x00420011, "OB", length=size))
+        os.truncate(report, report.stat().st_size + size)
         small = self.write("small.dcm", meta(tool.EXPLICIT) + element(0x00100020, "LO", "1"))
-        for arguments, done, words in (
-                (["check", large, small], b"1 read, 1 failed", "not enough memory"),
-                (["transcode", "--to", tool.IMPLICIT, large, self.path("out.dcm")], b"", "not enough memory"),
+        for file, arguments, done, words in (
+                (report, ["check", report, small], b"1 read, 1 failed", "not enough memory"),
+                (large, ["dump", "--long", large], b"", "not enough memory"),
+                (large, ["transcode", "--to", tool.IMPLICIT, large, self.path("out.dcm")], b"", "not enough memory"),
                 # What stands before the pixel data is there all the same.
-                (["get", large, "PatientID", "Rows"], b"12\n\n", "(0028,0010) is not there before the pixel data")):
+                (large, ["get", large, "PatientID", "Rows"], b"12\n\n", "(0028,0010) is not there before the pixel data")):
             result = subprocess.run(["sh", "-c", 'ulimit -v 1000000; exec "$0" "$@"', TOOL, *map(str, arguments)], check=False,
                                     capture_output=True, timeout=60)
             self.assertEqual(result.returncode, INPUT_FAILED)
-            self.assertEqual(result.stderr.decode(), f"tessaret: {large}: {words}\n")
+            self.assertEqual(result.stderr.decode(), f"tessaret: {file}: {words}\n")
             self.assertIn(done, result.stdout)
 
 
