@@ -31,11 +31,12 @@ class JpegLsBits {
     return bit;
   }
 
-  /// The number of bits 0 up to the next bit 1, which is read too; there are less than 56.
+  /// The number of bits 0 up to the next bit 1, which is read too. No code has more than 56 of them: that many are ahead of what
+  /// does not fit, a number of 7 bits or more, where a code has at most 64.
   std::uint32_t ReadZeros() {
     if (valid_ < kSureBits) Fill();
     const auto zeros = static_cast<std::uint32_t>(std::countl_zero(cache_));
-    if (zeros >= valid_ || zeros >= kSureBits - 1) FailAtZeros();
+    if (zeros >= valid_ || zeros >= kSureBits) FailAtZeros();
     Drop(zeros + 1);
     return zeros;
   }

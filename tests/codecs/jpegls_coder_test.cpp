@@ -126,6 +126,17 @@ TEST(JpegLsCoder, WhatItEncodesItDecodes) {
   }
 }
 
+TEST(JpegLsCoder, FramesThatTakeMoreThanTheirSamplesAreEncoded) {
+  const FrameFormat format = test::MakeFormat(200, 200, 1, 16, 16);
+  std::vector<std::uint8_t> frame(format.Size());
+  for (std::size_t at = 0; at < 200 * 200; ++at) {
+    StoreLittle16(&frame[2 * at], (at / 200 + at % 200) % 2 == 0 ? 0 : 0x8000);
+  }
+  const EncodedFrame encoded = kLossless.Encode(frame, format, {});
+  EXPECT_GT(encoded.stream.size(), frame.size() + frame.size() / 12);
+  EXPECT_EQ(Decoded(encoded.stream, format), frame);
+}
+
 TEST(JpegLsCoder, KeepsBitsAboveBitsStored) {
   const FrameFormat format = test::MakeFormat(40, 30, 1, 16, 12);
   std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
@@ -334,6 +345,18 @@ TEST(JpegLsCoder, PassesOverWhatDoesNoHarm) {
   }
 }
 
+TEST(JpegLsCoder, PassesOverTheHeaderOfSpiffFiles) {
+  const FrameFormat format = test::MakeFormat(20, 10, 1, 8, 8);
+  const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
+  charls::jpegls_encoder encoder;
+  encoder.frame_info({20, 10, 8, 1});
+  Stream stream(encoder.estimated_destination_size());
+  encoder.destination(stream);
+  encoder.write_standard_spiff_header(charls::spiff_color_space::grayscale);
+  stream.resize(encoder.encode(frame));
+  EXPECT_EQ(Decoded(stream, format), frame);
+}
+
 struct Refusal {
   Stream stream;
   const char* words;
@@ -388,6 +411,14 @@ TEST(JpegLsCoder, RefusesHeadersOfOtherImagesAndNonsense) {
   Stream twice = kExample;
   twice.insert(twice.end() - 2, kExample.begin() + 15, kExample.end() - 2);
   EXPECT_THAT(WordsOfDecoding(twice, format), HasSubstr("more scans than components"));
+  Stream same = Changed(kFrameAt - 1, 14);
+  same[kFrameAt + 5] = 2;
+  same.insert(same.begin() + kFrameAt + 9, {1, 0x11, 0});
+  EXPECT_THAT(WordsOfDecoding(same, format), HasSubstr("component 1 twice"));
+  Stream seldom = WithSegment({0xFF, 0xF8, 0, 13, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0});
+  seldom[kFrameAt] = 16;
+  EXPECT_THAT(WordsOfDecoding(seldom, test::MakeFormat(4, 4, 1, 16, 16)),
+              HasSubstr("halved at 32768"));
   EXPECT_THAT(WordsOfDecoding(kExample, test::MakeFormat(4, 4, 3, 8, 8)),
               HasSubstr("1 components, the data set 3 samples"));
   EXPECT_THAT(WordsOfDecoding(kExample, test::MakeFormat(4, 4, 1, 32, 32)),
@@ -419,6 +450,35 @@ TEST(JpegLsCoder, RefusesBytesBetweenTheLastSampleAndTheEndMarker) {
     stream.insert(stream.end() - 2, count, 0x55);
     EXPECT_THAT(WordsOfDecoding(stream, format), HasSubstr("more than the frame"));
   }
+  Stream zeros = kExample;
+  zeros.insert(zeros.end() - 2, 2, 0);
+  EXPECT_THAT(WordsOfDecoding(zeros, format), HasSubstr("more than the frame"));
+}
+
+/// Headers of samples of 8 bits in one column, with these coded data.
+Stream ColumnOf(std::uint8_t rows, std::initializer_list<std::uint8_t> data) {
+  Stream stream(kExample.begin(), kExample.begin() + 25);
+  stream[kFrameAt + 2] = rows;
+  stream[kFrameAt + 4] = 1;
+  stream.insert(stream.end(), data);
+  stream.insert(stream.end(), {0xFF, 0xD9});
+  return stream;
+}
+
+TEST(JpegLsCoder, RefusesRunsThatEndBehindTheirRow) {
+  // Four rows are runs of a sample each, a bit 1. From then on a run that ends early says in one bit how long it was.
+  const FrameFormat format = test::MakeFormat(1, 5, 1, 8, 8);
+  EXPECT_EQ(Decoded(ColumnOf(5, {0b1111'1'000}), format), Stream(5));
+  EXPECT_THAT(WordsOfDecoding(ColumnOf(5, {0b1111'01'00}), format), HasSubstr("beyond its row"));
+}
+
+TEST(JpegLsCoder, RefusesCodesWithMoreZerosThanTheirLimit) {
+  // A run of none, a bit 0, and an error that does not fit: 32 - 0 - 1 bits at most, so 31 - 8 - 1 zeros, a bit 1 and 8 bits with
+  // 7 - 1: twice the error of 4, less 1 where left and above are alike.
+  const FrameFormat format = test::MakeFormat(1, 1, 1, 8, 8);
+  EXPECT_EQ(Decoded(ColumnOf(1, {0, 0, 0b0000000'1, 6}), format), Stream{4});
+  EXPECT_THAT(WordsOfDecoding(ColumnOf(1, {0, 0, 0, 0b1'0000011, 0}), format),
+              HasSubstr("out of range"));
 }
 
 TEST(JpegLsCoder, RefusesErrorsOutOfRange) {
@@ -513,6 +573,7 @@ TEST(JpegLsCoder, LosesNothingWhereAContainerHoldsMoreThanNumbers) {
   EXPECT_TRUE(kNear.Encode(frame, format, {}).isLossy);
   frame[1] |= 0x10;
   EXPECT_FALSE(kNear.Encode(frame, format, {}).isLossy);
+  frame[1] &= 0x0F;
   format.highBit = 15;
   EXPECT_FALSE(kNear.Encode(frame, format, {}).isLossy);
 }
