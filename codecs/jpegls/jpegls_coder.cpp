@@ -47,8 +47,9 @@ std::uint32_t PrecisionFor(Bytes frame, const FrameFormat& format) {
   return std::max(least, BitsToKeep(frame, format));
 }
 
-std::uint32_t LargestNear(std::uint32_t precision) {
-  return std::min(255U, ((1U << precision) - 1) / 2);
+/// Half of the range of values, or all of them could become one.
+std::uint32_t LargestNear(const FrameFormat& format) {
+  return std::min(255U, ((1U << format.bitsStored) - 1) / 2);
 }
 
 /// How far the signed samples of a frame are from the ends of their container: a sample that came to be further off would
@@ -69,11 +70,10 @@ std::uint32_t RoomAtEnds(Bytes frame, const FrameFormat& format) {
 
 /// By how much samples may be off without harm to anything but their last places: not at all where a container holds more than
 /// a plain number, for a carry would change that.
-std::uint32_t HarmlessNear(Bytes frame, const FrameFormat& format, std::uint32_t precision,
-                           std::uint32_t wanted) {
+std::uint32_t HarmlessNear(Bytes frame, const FrameFormat& format, std::uint32_t wanted) {
   if (wanted == 0) return 0;
   if (format.highBit + 1 != format.bitsStored || NeedsMoreThanStored(frame, format)) return 0;
-  std::uint32_t nearness = std::min(wanted, LargestNear(precision));
+  std::uint32_t nearness = std::min(wanted, LargestNear(format));
   if (format.isSigned) nearness = std::min(nearness, RoomAtEnds(frame, format));
   return nearness;
 }
@@ -149,7 +149,7 @@ EncodedFrame JpegLsCoder::Encode(Bytes frame, const FrameFormat& format,
                                  const EncoderSettings& settings) const {
   const std::uint32_t precision = PrecisionFor(frame, format);
   const std::uint32_t wanted = kind_ == JpegLsKind::kNearLossless ? settings.jpegLsNear : 0;
-  const std::uint32_t nearness = HarmlessNear(frame, format, precision, wanted);
+  const std::uint32_t nearness = HarmlessNear(frame, format, wanted);
   const charls_frame_info info{format.columns, format.rows, static_cast<std::int32_t>(precision),
                                static_cast<std::int32_t>(format.samples)};
   EncodedFrame encoded;

@@ -553,6 +553,21 @@ TEST(JpegLsCoder, NearLosslessSamplesTakeFewerBytesAndSayThatTheyAreLossy) {
   EXPECT_FALSE(kLossless.Encode(frame, format, {.jpegLsNear = 10}).isLossy);
 }
 
+TEST(JpegLsCoder, NoMoreThanHalfOfTheValuesIsLost) {
+  const auto nearness = [](std::uint32_t stored, bool isSigned) {
+    const FrameFormat format = test::MakeFormat(37, 23, 1, 8, stored, isSigned);
+    const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
+    const EncodedFrame encoded = kNear.Encode(frame, format, {.jpegLsNear = 255});
+    return ReadJpegLsHeader(encoded.stream).scans[0].parameters.nearness;
+  };
+  // What is or is not part of something stays so.
+  EXPECT_EQ(nearness(1, false), 0);
+  EXPECT_EQ(nearness(2, false), 1);
+  EXPECT_EQ(nearness(7, false), 63);
+  EXPECT_EQ(nearness(7, true), 63);
+  EXPECT_EQ(nearness(8, false), 127);
+}
+
 TEST(JpegLsCoder, SignedSamplesNeverComeOutAtTheOtherEnd) {
   const FrameFormat format = test::MakeFormat(64, 64, 1, 16, 16, true);
   const EncoderSettings settings{.jpegLsNear = 4};
