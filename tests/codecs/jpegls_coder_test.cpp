@@ -23,6 +23,7 @@ using testing::HasSubstr;
 using Stream = std::vector<std::uint8_t>;
 
 constexpr const char* kLosslessUid = "1.2.840.10008.1.2.4.80";
+constexpr const char* kNearUid = "1.2.840.10008.1.2.4.81";
 
 const JpegLsCoder kLossless(JpegLsKind::kLossless);
 const JpegLsCoder kNear(JpegLsKind::kNearLossless);
@@ -159,36 +160,34 @@ TEST(JpegLsCoder, ItsPrecisionIsBitsStoredButFillsTheBytes) {
   EXPECT_EQ(precision(8, 1), 8U);
 }
 
-TEST(JpegLsCoder, DcmtkDecodesWhatItEncodes) {
-  if (!test::HasProgram("dcmdjpls")) GTEST_SKIP() << "no dcmdjpls";
+/// Runs a program's command over files with what is encoded of noise, without loss and with it, and looks whether it finds the same pixels.
+void ExpectAlikeDecodedBy(const std::string& command) {
   const TempFolder folder;
   for (const FrameFormat& format : kFormats) {
-    if (format.samples == 4) continue;  // it reads none
-    const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
-    test::WriteDicomFile(folder.File("in"), format, kLosslessUid,
-                         kLossless.Encode(frame, format, {}).stream);
-    EXPECT_TRUE(test::Run("dcmdjpls " + folder.File("in") + " " + folder.File("out")));
-    std::vector<std::uint8_t> native = test::ReadPixelData(folder.File("out"));
-    native.resize(frame.size());
-    EXPECT_EQ(native, frame) << format.bitsStored << " of " << format.bitsAllocated << " bits, "
-                             << format.columns << " x " << format.rows;
+    if (format.samples == 4) continue;  // others read none
+    for (const std::uint32_t nearness : {0U, 5U}) {
+      const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
+      const EncodedFrame encoded = kNear.Encode(frame, format, {.jpegLsNear = nearness});
+      test::WriteDicomFile(folder.File("in"), format, encoded.isLossy ? kNearUid : kLosslessUid,
+                           encoded.stream);
+      EXPECT_TRUE(test::Run(command + " " + folder.File("in") + " " + folder.File("out")));
+      std::vector<std::uint8_t> native = test::ReadPixelData(folder.File("out"));
+      native.resize(frame.size());
+      EXPECT_EQ(native, encoded.isLossy ? Decoded(encoded.stream, format) : frame)
+          << format.bitsStored << " of " << format.bitsAllocated << " bits, " << format.columns
+          << " x " << format.rows;
+    }
   }
+}
+
+TEST(JpegLsCoder, DcmtkDecodesWhatItEncodes) {
+  if (!test::HasProgram("dcmdjpls")) GTEST_SKIP() << "no dcmdjpls";
+  ExpectAlikeDecodedBy("dcmdjpls");
 }
 
 TEST(JpegLsCoder, GdcmDecodesWhatItEncodes) {
   if (!test::HasProgram("gdcmconv")) GTEST_SKIP() << "no gdcmconv";
-  const TempFolder folder;
-  for (const FrameFormat& format : kFormats) {
-    if (format.samples == 4) continue;
-    const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise);
-    test::WriteDicomFile(folder.File("in"), format, kLosslessUid,
-                         kLossless.Encode(frame, format, {}).stream);
-    EXPECT_TRUE(test::Run("gdcmconv --raw " + folder.File("in") + " " + folder.File("out")));
-    std::vector<std::uint8_t> native = test::ReadPixelData(folder.File("out"));
-    native.resize(frame.size());
-    EXPECT_EQ(native, frame) << format.bitsStored << " of " << format.bitsAllocated << " bits, "
-                             << format.columns << " x " << format.rows;
-  }
+  ExpectAlikeDecodedBy("gdcmconv --raw");
 }
 
 TEST(JpegLsCoder, DecodesWhatDcmtkEncodesInEveryInterleaveMode) {
