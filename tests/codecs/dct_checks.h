@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -13,8 +14,9 @@
 #include <gtest/gtest.h>
 
 #include "codecs/frame_maker.h"
-#include "codecs/peers.h"
+#include "codecs/peer_files.h"
 #include "support/guarded_block.h"
+#include "support/measured_child.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::codecs::test {
@@ -71,7 +73,7 @@ inline tessaret::test::Bytes EncodedByPeer(const tessaret::test::Bytes& frame,
   options.insert(options.begin(), "dcmcjpeg");
   options.insert(options.end(), {folder.File("native.dcm"), folder.File("coded.dcm")});
   if (!RunProgram(options)) throw std::runtime_error("dcmcjpeg failed");
-  return CodeStream(tessaret::test::ReadBytes(folder.File("coded.dcm")));
+  return PixelData(tessaret::test::ReadBytes(folder.File("coded.dcm")));
 }
 
 /// The frame that dcmdjpeg makes of a stream.
@@ -110,6 +112,19 @@ inline std::size_t Find(const tessaret::test::Bytes& stream, std::uint8_t marker
     if (stream[at] == 0xFF && stream[at + 1] == marker) return at;
   }
   throw std::runtime_error("no such marker");
+}
+
+/// A stream whose frame header (`marker`) says 65288 rows and columns, as `format` does, is refused without memory for that.
+inline void CheckHugeImage(const FrameCoder& coder, tessaret::test::Bytes stream,
+                           std::uint8_t marker, const FrameFormat& format) {
+  const std::size_t at = Find(stream, marker);
+  stream[at + 5] = stream[at + 7] = 0xFF;
+  const tessaret::test::Measured measured = tessaret::test::RunMeasured([&] {
+    std::array<std::uint8_t, 1> none{};
+    return WordsOf([&] { coder.Decode(stream, format, none); }).empty() ? 1 : 0;
+  });
+  EXPECT_EQ(measured.result, 0);
+  EXPECT_LT(measured.peakGrowth, 4u << 20);
 }
 
 inline tessaret::test::Bytes Inserted(tessaret::test::Bytes stream, std::size_t at,

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "codecs/dct_checks.h"
 #include "codecs/flat_jpeg.h"
+#include "codecs/thread_checks.h"
 #include "support/allocation_failure.h"
 #include "support/measured_child.h"
 
@@ -193,7 +193,7 @@ TEST(JpegBaselineCoder, ComponentsMayHaveScansOfTheirOwnAndFewerSamples) {
 class WithDcmtk : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!test::IsInstalled("dcmcjpeg")) GTEST_SKIP() << "dcmcjpeg is not installed";
+    if (!test::HasProgram("dcmcjpeg")) GTEST_SKIP() << "dcmcjpeg is not installed";
   }
 };
 
@@ -294,7 +294,7 @@ Stream SmoothFrame(const FrameFormat& format) {
 }
 
 TEST(JpegBaselineAndJpegTools, SequentialAndProgressiveStreamsWithRestartsGiveTheSamePixels) {
-  if (!test::IsInstalled("jpeg")) GTEST_SKIP() << "jpeg is not installed";
+  if (!test::HasProgram("jpeg")) GTEST_SKIP() << "jpeg is not installed";
   const std::vector<std::vector<std::string>> kinds = {{"-q", "80"},
                                                        {"-q", "80", "-h"},
                                                        {"-q", "80", "-bl", "-z", "3"},
@@ -314,7 +314,7 @@ TEST(JpegBaselineAndJpegTools, SequentialAndProgressiveStreamsWithRestartsGiveTh
 }
 
 TEST(JpegBaselineAndJpegTools, TheOtherDecodesWhatThisEncodes) {
-  if (!test::IsInstalled("jpeg")) GTEST_SKIP() << "jpeg is not installed";
+  if (!test::HasProgram("jpeg")) GTEST_SKIP() << "jpeg is not installed";
   for (const test::Pattern pattern : test::kPatterns) {
     const FrameFormat format = Gray(61, 43);
     const Stream stream = Encoded(test::MakeFrame(format, pattern), format, 75);
@@ -551,17 +551,7 @@ TEST(JpegBaselineCoder, HostileStreamsAreRefusedSoon) {
 }
 
 TEST(JpegBaselineCoder, AHugeImageInFewBytesIsRefusedBeforeMemoryIsTaken) {
-  FlatJpeg image;
-  Stream stream = test::MakeFlatJpeg(image);
-  const std::size_t at = Find(stream, 0xC0);
-  stream[at + 5] = stream[at + 7] = 0xFF;
-  const FrameFormat format = Gray(0xFF08, 0xFF08);
-  const tessaret::test::Measured measured = tessaret::test::RunMeasured([&] {
-    std::array<std::uint8_t, 1> none{};
-    return test::WordsOf([&] { kCoder.Decode(stream, format, none); }).empty() ? 1 : 0;
-  });
-  EXPECT_EQ(measured.result, 0);
-  EXPECT_LT(measured.peakGrowth, 4u << 20);
+  test::CheckHugeImage(kCoder, test::MakeFlatJpeg(FlatJpeg{}), 0xC0, Gray(0xFF08, 0xFF08));
 }
 
 TEST(JpegBaselineCoder, NoTruncationAndNoChangedByteDoesHarm) {
@@ -613,25 +603,8 @@ TEST(JpegBaselineCoder, EachFailedAllocationIsToldAndLeavesNothing) {
 
 TEST(JpegBaselineCoder, OneCoderServesManyThreads) {
   const FrameFormat format = Colour(64, 64);
-  const Stream frame = test::MakeFrame(format, test::Pattern::kGradient);
-  const Stream stream = Encoded(frame, format, 90);
-  const FrameFormat coded = Colour(64, 64, "YBR_FULL_422");
-  Stream expected(format.Size());
-  kCoder.Decode(stream, coded, expected);
-  std::vector<std::thread> threads;
-  std::array<bool, 4> isSame{};
-  for (bool& same : isSame) {
-    threads.emplace_back([&, result = &same] {
-      Stream back(format.Size());
-      for (int round = 0; round < 20; ++round) {
-        kCoder.Decode(stream, coded, back);
-        *result = back == expected && Encoded(frame, format, 90) == stream;
-        if (!*result) return;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(isSame, (std::array<bool, 4>{true, true, true, true}));
+  test::CheckThreads(kCoder, test::MakeFrame(format, test::Pattern::kGradient), format,
+                     Colour(64, 64, "YBR_FULL_422"));
 }
 
 }  // namespace

@@ -3,12 +3,12 @@
 #include <array>
 #include <cmath>
 #include <numbers>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "codecs/dct_checks.h"
 #include "codecs/flat_jpeg.h"
+#include "codecs/thread_checks.h"
 #include "jpeg/jpeg_baseline_coder.h"
 #include "jpeg/jpeg_progressive_coder.h"
 #include "jpeg/upsampling.h"
@@ -325,7 +325,7 @@ TEST(JpegExtendedCoder, OddSamplingIsRefused) {
 class JpegExtendedAndDcmtk : public ::testing::Test {
  protected:
   void SetUp() override {
-    if (!test::IsInstalled("dcmcjpeg")) GTEST_SKIP() << "dcmcjpeg is not installed";
+    if (!test::HasProgram("dcmcjpeg")) GTEST_SKIP() << "dcmcjpeg is not installed";
   }
 };
 
@@ -415,7 +415,7 @@ Stream Pnm(const std::vector<int>& samples, const FrameFormat& format) {
 }
 
 TEST(JpegExtendedAndJpegTools, StreamsOfTheOtherGiveTheSamePixels) {
-  if (!test::IsInstalled("jpeg")) GTEST_SKIP() << "jpeg is not installed";
+  if (!test::HasProgram("jpeg")) GTEST_SKIP() << "jpeg is not installed";
   const std::vector<std::vector<std::string>> kinds = {{"-q", "90"},
                                                        {"-q", "90", "-h"},
                                                        {"-q", "90", "-z", "3"},
@@ -455,7 +455,7 @@ TEST(JpegExtendedAndJpegTools, StreamsOfTheOtherGiveTheSamePixels) {
 }
 
 TEST(JpegExtendedAndJpegTools, SamplesThatStandForSeveralAreMixedAsTheOtherDoes) {
-  if (!test::IsInstalled("jpeg")) GTEST_SKIP() << "jpeg is not installed";
+  if (!test::HasProgram("jpeg")) GTEST_SKIP() << "jpeg is not installed";
   for (const char* sampling : {"1x1,2x1,2x1", "1x1,2x2,2x2", "1x1,1x2,1x2"}) {
     const FrameFormat format = Colour(50, 30, "YBR_FULL");
     std::vector<int> samples;
@@ -815,16 +815,7 @@ TEST(JpegExtendedCoder, AHugeImageInFewBytesIsRefusedBeforeMemoryIsTaken) {
   for (const std::uint8_t marker : Stream{0xC1, 0xC2}) {
     FlatJpeg image = Twelve();
     image.frameMarker = marker;
-    Stream stream = test::MakeFlatJpeg(image);
-    const std::size_t at = Find(stream, marker);
-    stream[at + 5] = stream[at + 7] = 0xFF;
-    const FrameFormat format = Gray(0xFF08, 0xFF08);
-    const tessaret::test::Measured measured = tessaret::test::RunMeasured([&] {
-      std::array<std::uint8_t, 1> none{};
-      return test::WordsOf([&] { kCoder.Decode(stream, format, none); }).empty() ? 1 : 0;
-    });
-    EXPECT_EQ(measured.result, 0);
-    EXPECT_LT(measured.peakGrowth, 4u << 20);
+    test::CheckHugeImage(kCoder, test::MakeFlatJpeg(image), marker, Gray(0xFF08, 0xFF08));
   }
 }
 
@@ -887,24 +878,7 @@ TEST(JpegExtendedCoder, EachFailedAllocationIsToldAndLeavesNothing) {
 
 TEST(JpegExtendedCoder, OneCoderServesManyThreads) {
   const FrameFormat format = Gray(64, 64);
-  const Stream frame = test::MakeFrame(format, test::Pattern::kGradient);
-  const Stream stream = Encoded(frame, format, 90);
-  Stream expected(format.Size());
-  kCoder.Decode(stream, format, expected);
-  std::vector<std::thread> threads;
-  std::array<bool, 4> isSame{};
-  for (bool& same : isSame) {
-    threads.emplace_back([&, result = &same] {
-      Stream back(format.Size());
-      for (int round = 0; round < 20; ++round) {
-        kCoder.Decode(stream, format, back);
-        *result = back == expected && Encoded(frame, format, 90) == stream;
-        if (!*result) return;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(isSame, (std::array<bool, 4>{true, true, true, true}));
+  test::CheckThreads(kCoder, test::MakeFrame(format, test::Pattern::kGradient), format, format);
 }
 
 }  // namespace

@@ -13,19 +13,6 @@
 namespace tessaret::codecs {
 namespace {
 
-using tessaret::test::Joined;
-using test::Decoded;
-using test::EncodePlainly;
-using test::FormatOf;
-using test::FrameOf;
-using test::NoisyImage;
-using test::Packed;
-using test::PlainImage;
-using test::PlainOptions;
-using test::Refusal;
-using test::SegmentOf;
-using Stream = tessaret::test::Bytes;
-
 /// A stream of 8 x 4 samples of 8 bits, all 128, in parts that a test changes.
 struct Parts {
   Stream table = SegmentOf(0xC4, Joined({{0x00}, test::FlatTable().Content()}));

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "codecs/lossless_images.h"
-#include "codecs/peers.h"
+#include "codecs/peer_files.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::codecs {
@@ -11,21 +11,13 @@ namespace {
 using tessaret::test::ReadBytes;
 using tessaret::test::TempFolder;
 using tessaret::test::WriteBytes;
-using test::Decoded;
-using test::EncodePlainly;
-using test::FormatOf;
-using test::FrameOf;
-using test::NoisyImage;
-using test::PlainImage;
-using test::PlainOptions;
 using test::RunProgram;
-using Stream = tessaret::test::Bytes;
 
 constexpr std::string_view kAnyPredictor = "1.2.840.10008.1.2.4.57";
 constexpr std::string_view kFirstPredictor = "1.2.840.10008.1.2.4.70";
 
 #define SKIP_WITHOUT(program) \
-  if (!test::IsInstalled(program)) GTEST_SKIP() << program << " is not installed"
+  if (!test::HasProgram(program)) GTEST_SKIP() << program << " is not installed"
 
 /// What `jpeg` makes of a stream; empty where it refuses it.
 Stream DecodedByJpeg(const TempFolder& folder, const Stream& stream, const FrameFormat& format) {
@@ -104,7 +96,7 @@ TEST(JpegLosslessPeers, DcmcjpegEncodesWhatThisCoderDecodes) {
       WriteBytes(folder.File("in.dcm"), test::DicomFile(format, test::kExplicitLittle, frame));
       ASSERT_TRUE(RunProgram({"dcmcjpeg", "+el", "+sv", std::to_string(predictor),
                               folder.File("in.dcm"), folder.File("out.dcm")}));
-      EXPECT_EQ(Decoded(test::CodeStream(ReadBytes(folder.File("out.dcm"))), format), frame)
+      EXPECT_EQ(Decoded(test::PixelData(ReadBytes(folder.File("out.dcm"))), format), frame)
           << "predictor " << predictor;
     }
   }
@@ -122,7 +114,7 @@ TEST(JpegLosslessPeers, GdcmconvEncodesWhatThisCoderDecodes) {
       WriteBytes(folder.File("in.dcm"), test::DicomFile(format, test::kExplicitLittle, frame));
       ASSERT_TRUE(
           RunProgram({"gdcmconv", "--jpeg", folder.File("in.dcm"), folder.File("out.dcm")}));
-      EXPECT_EQ(Decoded(test::CodeStream(ReadBytes(folder.File("out.dcm"))), format), frame);
+      EXPECT_EQ(Decoded(test::PixelData(ReadBytes(folder.File("out.dcm"))), format), frame);
     }
   }
 }

@@ -1,28 +1,15 @@
 #include <algorithm>
 #include <iterator>
-#include <thread>
 
 #include <gtest/gtest.h>
 
 #include "codecs/lossless_images.h"
+#include "codecs/thread_checks.h"
 #include "jpeg/jpeg_baseline_coder.h"
 #include "jpeg/jpeg_markers.h"
 
 namespace tessaret::codecs {
 namespace {
-
-using tessaret::test::Joined;
-using test::Decoded;
-using test::EncodePlainly;
-using test::FormatOf;
-using test::FrameOf;
-using test::NoisyImage;
-using test::Packed;
-using test::PlainImage;
-using test::PlainOptions;
-using test::Refusal;
-using test::SegmentOf;
-using Stream = tessaret::test::Bytes;
 
 /// A gray stream of 5-bit codes, the code of each category being its number.
 Stream GrayStream(std::uint8_t precision, std::uint8_t columns, std::uint8_t rows,
@@ -329,24 +316,8 @@ TEST(JpegLossless, SaysWhatItCannotEncode) {
 }
 
 TEST(JpegLossless, ServesManyThreadsWithOneObject) {
-  const JpegLosslessCoder coder;
   const PlainImage image = NoisyImage(64, 64, 1, 12, 300);
-  const FrameFormat format = FormatOf(image);
-  const Stream frame = FrameOf(image);
-  const Stream stream = coder.Encode(frame, format, {}).stream;
-  std::vector<int> alike(4);
-  std::vector<std::thread> threads;
-  for (int& count : alike) {
-    threads.emplace_back([&] {
-      Stream back(format.Size());
-      for (int turn = 0; turn < 50; ++turn) {
-        coder.Decode(stream, format, back);
-        if (back == frame && coder.Encode(back, format, {}).stream == stream) ++count;
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(alike, (std::vector<int>(4, 50)));
+  test::CheckThreads(JpegLosslessCoder(), FrameOf(image), FormatOf(image), FormatOf(image));
 }
 
 }  // namespace

@@ -9,6 +9,7 @@
 #include "base/byte_order.h"
 #include "codecs/frame_maker.h"
 #include "codecs/peer_files.h"
+#include "codecs/thread_checks.h"
 #include "jpegls/jpegls_header.h"
 #include "support/allocation_failure.h"
 #include "support/temp_folder.h"
@@ -605,6 +606,11 @@ TEST(JpegLsCoder, SaysWhatItDoesNotEncode) {
   EXPECT_THAT(words(test::MakeFormat(4, 4, 1, 1, 1)), HasSubstr("1 bits allocated"));
   EXPECT_THAT(words(test::MakeFormat(4, 4, 2, 8, 8)), HasSubstr("2 samples"));
   EXPECT_EQ(words(test::MakeFormat(4, 4, 4, 16, 12)), "");
+}
+
+TEST(JpegLsCoder, OneCoderServesManyThreads) {
+  const FrameFormat format = test::MakeFormat(64, 64, 3, 8, 8);
+  test::CheckThreads(kNear, test::MakeFrame(format, test::Pattern::kNoise), format, format);
 }
 
 TEST(JpegLsCoder, WithoutMemoryItFailsAndLeavesNothingBehind) {

@@ -49,3 +49,21 @@ inline std::string Refusal(const tessaret::test::Bytes& stream, const FrameForma
 }
 
 }  // namespace tessaret::codecs::test
+
+// What all tests of lossless JPEG call.
+namespace tessaret::codecs {
+
+using tessaret::test::Joined;
+using test::Decoded;
+using test::EncodePlainly;
+using test::FormatOf;
+using test::FrameOf;
+using test::NoisyImage;
+using test::Packed;
+using test::PlainImage;
+using test::PlainOptions;
+using test::Refusal;
+using test::SegmentOf;
+using Stream = tessaret::test::Bytes;
+
+}  // namespace tessaret::codecs

@@ -1,30 +1,44 @@
-// Minimal DICOM files around frames and code streams, for independent programs to read, and what is in those they write.
+// Independent programs of the distribution and the files that they read and write. Tests skip what is not installed.
 #pragma once
 
-#include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "frame_format.h"
+#include "support/bytes.h"
 
 namespace tessaret::codecs::test {
 
-inline constexpr const char* kExplicitLittle = "1.2.840.10008.1.2.1";
+using tessaret::test::ReadBytes;
+using tessaret::test::WriteBytes;
 
-/// Native pixels where the syntax is kExplicitLittle, otherwise one frame as one fragment.
-void WriteDicomFile(const std::string& path, const FrameFormat& format, const char* syntax,
-                    Bytes pixels);
-
-/// The value of Pixel Data of a file of one frame: native bytes, or all fragments in a row. Empty where there is none.
-std::vector<std::uint8_t> ReadPixelData(const std::string& path);
-
-std::vector<std::uint8_t> ReadBytes(const std::string& path);
-void WriteBytes(const std::string& path, Bytes bytes);
+inline constexpr std::string_view kExplicitLittle = "1.2.840.10008.1.2.1";
 
 /// Whether the distribution's program can be started.
 bool HasProgram(const std::string& program);
 
-/// Runs a command of the shell in silence. Whether it said that all is well.
+/// Runs a program, of which nothing is seen, and waits for it. Whether it ended well.
+bool RunProgram(const std::vector<std::string>& command);
+
+/// The same for a command of the shell.
 bool Run(const std::string& command);
+
+/// A file with one frame of this format: native where the syntax is kExplicitLittle, otherwise `pixels` is a code stream, which becomes
+/// one fragment.
+tessaret::test::Bytes DicomFile(const FrameFormat& format, std::string_view syntax,
+                                const tessaret::test::Bytes& pixels);
+void WriteDicomFile(const std::string& path, const FrameFormat& format, std::string_view syntax,
+                    const tessaret::test::Bytes& pixels);
+
+/// The value of Pixel Data of a file of one frame in explicit little endian: native bytes, or all fragments in a row.
+tessaret::test::Bytes PixelData(const tessaret::test::Bytes& file);
+tessaret::test::Bytes ReadPixelData(const std::string& path);
+
+/// The same of a native file, as many bytes as the format means.
+tessaret::test::Bytes NativePixels(const tessaret::test::Bytes& file, const FrameFormat& format);
+
+/// The samples of a PGM or PPM file in the format's layout.
+tessaret::test::Bytes PnmPixels(const tessaret::test::Bytes& file, const FrameFormat& format);
 
 }  // namespace tessaret::codecs::test
