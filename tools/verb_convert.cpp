@@ -10,6 +10,7 @@
 #include "reencode.h"
 #include "shared_options.h"
 #include "source_file.h"
+#include "unmade_file.h"
 #include "verbs.h"
 
 namespace tessaret::tool {
@@ -31,12 +32,13 @@ struct ConvertOptions {
 
 class Conversion {
  public:
-  Conversion(const ConvertOptions& options, Host& host) : options_(options), host_(host) {}
+  Conversion(const ConvertOptions& options, Host& host)
+      : options_(options), host_(host), unmade_(host, options.input, options.output) {}
 
   ExitCode Run() {
     // What cannot be written need not be read.
     if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
-      return OutputFailed(why);
+      return unmade_.ByOutput(why);
     SourceFile source = LoadSource(options_.input, SourceOptions(), host_);
     StopIfInterrupted();
     const std::string subject = SubjectOf(options_.input);
@@ -48,11 +50,7 @@ class Conversion {
         host_.messages.Warn(subject, oddity);
       why = WhyNotToEncode(source, options_.WantedTarget(), host_);
     }
-    if (!why.empty()) {
-      host_.messages.Error(subject, why);
-      host_.messages.Note(options_.output, "not written");
-      return ExitCode::kInputFailed;
-    }
+    if (!why.empty()) return unmade_.ByInput(why);
     return Write(source);
   }
 
@@ -64,15 +62,10 @@ class Conversion {
     const _EnumSaveForm form = options_.noPreamble ? SAVE_BARE : SAVE_COMPLETE;
     const std::string why = SaveObject(options_.output, form, options_.force, *source.object);
     StopIfInterrupted();
-    if (!why.empty()) return OutputFailed(why);
+    if (!why.empty()) return unmade_.ByOutput(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to));
     if (host_.options.json) Report(from, to);
     return ExitCode::kDone;
-  }
-
-  ExitCode OutputFailed(const std::string& why) {
-    host_.messages.Error(options_.output, why);
-    return ExitCode::kOutputFailed;
   }
 
   std::string NameOf(const std::string& uid) {
@@ -94,6 +87,7 @@ class Conversion {
 
   const ConvertOptions& options_;
   Host& host_;
+  const UnmadeFile unmade_;
 };
 
 }  // namespace

@@ -15,6 +15,7 @@
 #include "shared_options.h"
 #include "tag_text.h"
 #include "transfer_syntaxes.h"
+#include "unmade_file.h"
 #include "verbs.h"
 #include "vr_traits.h"
 
@@ -86,27 +87,28 @@ class Setting {
   Setting(const SetOptions& options, Host& host)
       : options_(options),
         host_(host),
+        unmade_(host, options.input, options.output),
         mayReplace_(options.force || (options.input != kStandardInput &&
                                       IsSameFile(options.input, options.output))) {}
 
   ExitCode Run() {
     if (!Understand()) return ExitCode::kUsage;
     if (const std::string why = WhyNotToWrite(options_.output, mayReplace_); !why.empty())
-      return OutputFailed(why);
+      return unmade_.ByOutput(why);
     SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
-    if (!source.IsWhole()) return NotWritten();
+    if (!source.IsWhole()) return unmade_.NotWritten();
     const std::string syntax = TargetSyntax(source, Target::kKeep);
     writesTypes_ = syntax != kImplicitLittle;
     hasNativePixels_ = IsNativeSyntax(syntax);
     std::string why = WhyNotToEncode(source, Target::kKeep, host_);
-    if (!why.empty()) return InputFailed(why);
+    if (!why.empty()) return unmade_.ByInput(why);
     PrepareElements(source, syntax);
     const Ref<IDCMObject>& object = source.object;
     why = Change(object, syntax);
-    if (!why.empty()) return InputFailed(why);
+    if (!why.empty()) return unmade_.ByInput(why);
     why = SaveObject(options_.output, SAVE_COMPLETE, mayReplace_, *object);
     StopIfInterrupted();
-    if (!why.empty()) return OutputFailed(why);
+    if (!why.empty()) return unmade_.ByOutput(why);
     host_.messages.Note(options_.output, "written");
     if (host_.options.json) Report();
     return ExitCode::kDone;
@@ -228,19 +230,6 @@ class Setting {
     return {};
   }
 
-  ExitCode InputFailed(const std::string& why) {
-    host_.messages.Error(SubjectOf(options_.input), why);
-    return NotWritten();
-  }
-  ExitCode NotWritten() {
-    host_.messages.Note(options_.output, "not written");
-    return ExitCode::kInputFailed;
-  }
-  ExitCode OutputFailed(const std::string& why) {
-    host_.messages.Error(options_.output, why);
-    return ExitCode::kOutputFailed;
-  }
-
   void Report() {
     JsonWriter json(host_.output);
     json.BeginObject().Member("input", options_.input).Member("output", options_.output);
@@ -250,6 +239,7 @@ class Setting {
 
   const SetOptions& options_;
   Host& host_;
+  const UnmadeFile unmade_;
   const bool mayReplace_;
   bool writesTypes_ = false;  // the file has the explicit form
   bool hasNativePixels_ = false;

@@ -12,6 +12,7 @@
 #include "shared_options.h"
 #include "tag.h"
 #include "transfer_syntaxes.h"
+#include "unmade_file.h"
 #include "verbs.h"
 
 namespace tessaret::tool {
@@ -35,7 +36,10 @@ void PassToCodecs(const char* variable, const std::optional<std::uint32_t>& valu
 class Transcoding {
  public:
   Transcoding(const TranscodeOptions& options, Host& host)
-      : options_(options), host_(host), to_(UidOf(options.to, host)) {}
+      : options_(options),
+        host_(host),
+        unmade_(host, options.input, options.output),
+        to_(UidOf(options.to, host)) {}
 
   ExitCode Run() {
     if (to_.empty()) return WrongUsage();
@@ -43,20 +47,20 @@ class Transcoding {
     PassToCodecs("TESSARET_JPEGLS_NEAR", options_.near);
     PassToCodecs("TESSARET_JPEG2000_RATIO", options_.ratio);
     if (const std::string why = WhyNotToWrite(options_.output, options_.force); !why.empty())
-      return OutputFailed(why);
+      return unmade_.ByOutput(why);
     SourceFile source = ReadSource(options_.input, SourceOptions(), host_);
-    if (!source.IsWhole()) return NotWritten();
-    if (const std::string why = WhyNot(source); !why.empty()) return InputFailed(why);
+    if (!source.IsWhole()) return unmade_.NotWritten();
+    if (const std::string why = WhyNot(source); !why.empty()) return unmade_.ByInput(why);
     const std::string from = source.syntax;
     // What the elements were read with tells how they are now; what they become follows from the name of the syntax.
     PrepareElements(source, to_);
     const Ref<IDCMObject>& object = source.object;
     VariantBool done;
-    if (Failed(object->Translate(to_, &done))) return InputFailed(LastError().text);
-    if (!done.IsTrue()) return InputFailed(WhyNotMade(object));
+    if (Failed(object->Translate(to_, &done))) return unmade_.ByInput(LastError().text);
+    if (!done.IsTrue()) return unmade_.ByInput(WhyNotMade(object));
     const std::string why = SaveObject(options_.output, SAVE_COMPLETE, options_.force, *object);
     StopIfInterrupted();
-    if (!why.empty()) return OutputFailed(why);
+    if (!why.empty()) return unmade_.ByOutput(why);
     host_.messages.Note(options_.output, "written in " + NameOf(to_));
     if (host_.options.json) Report(from);
     return ExitCode::kDone;
@@ -98,19 +102,6 @@ class Transcoding {
     return name.empty() ? uid : name;
   }
 
-  ExitCode InputFailed(const std::string& why) {
-    host_.messages.Error(SubjectOf(options_.input), why);
-    return NotWritten();
-  }
-  ExitCode NotWritten() {
-    host_.messages.Note(options_.output, "not written");
-    return ExitCode::kInputFailed;
-  }
-  ExitCode OutputFailed(const std::string& why) {
-    host_.messages.Error(options_.output, why);
-    return ExitCode::kOutputFailed;
-  }
-
   void Report(const std::string& from) {
     JsonWriter json(host_.output);
     json.BeginObject().Member("input", options_.input).Member("output", options_.output);
@@ -120,6 +111,7 @@ class Transcoding {
 
   const TranscodeOptions& options_;
   Host& host_;
+  const UnmadeFile unmade_;
   const std::string to_;
 };
 
