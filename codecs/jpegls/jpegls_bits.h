@@ -44,8 +44,8 @@ class JpegLsBits {
   /// Throws CodecFailure where there is more than what fills up the last byte.
   void RequireEnd() {
     Fill();
-    // An FF at the end is followed by a byte of its own.
-    if (at_ != end_ || valid_ >= 15 || cache_ != 0) {
+    // An FF at the end is followed by a byte of its own, which has 7 bits.
+    if (at_ != end_ || valid_ >= 8 || cache_ != 0) {
       Fail("the code stream has more than the frame");
     }
   }

@@ -450,9 +450,16 @@ TEST(JpegLsCoder, RefusesBytesBetweenTheLastSampleAndTheEndMarker) {
     stream.insert(stream.end() - 2, count, 0x55);
     EXPECT_THAT(WordsOfDecoding(stream, format), HasSubstr("more than the frame"));
   }
-  Stream zeros = kExample;
-  zeros.insert(zeros.end() - 2, 2, 0);
-  EXPECT_THAT(WordsOfDecoding(zeros, format), HasSubstr("more than the frame"));
+  Stream filled = kExample;
+  filled[filled.size() - 3] |= 1;
+  EXPECT_THAT(WordsOfDecoding(filled, format), HasSubstr("more than the frame"));
+  // Wherever in the last byte the last code ends.
+  for (std::uint32_t seed = 0; seed < 100; ++seed) {
+    Stream more =
+        kLossless.Encode(test::MakeFrame(format, test::Pattern::kNoise, seed), format, {}).stream;
+    more.insert(more.end() - 2, 0);
+    EXPECT_THAT(WordsOfDecoding(more, format), HasSubstr("more than the frame"));
+  }
 }
 
 /// Headers of samples of 8 bits in one column, with these coded data.
@@ -463,6 +470,22 @@ Stream ColumnOf(std::uint8_t rows, std::initializer_list<std::uint8_t> data) {
   stream.insert(stream.end(), data);
   stream.insert(stream.end(), {0xFF, 0xD9});
   return stream;
+}
+
+TEST(JpegLsCoder, TakesTheByteThatFollowsOnesAtTheEnd) {
+  const FrameFormat format = test::MakeFormat(3, 4, 1, 8, 8);
+  int found = 0;
+  for (std::uint32_t seed = 0; seed < 20000 && found < 5; ++seed) {
+    const std::vector<std::uint8_t> frame = test::MakeFrame(format, test::Pattern::kNoise, seed);
+    Stream stream = kLossless.Encode(frame, format, {}).stream;
+    // Where the last sample's bits fill up an FF there is a bit 0 behind it, and the rest of its byte.
+    if (stream.end()[-4] != 0xFF || stream.end()[-3] != 0) continue;
+    ++found;
+    EXPECT_EQ(Decoded(stream, format), frame);
+    stream.insert(stream.end() - 2, 0);
+    EXPECT_THAT(WordsOfDecoding(stream, format), HasSubstr("more than the frame"));
+  }
+  EXPECT_GT(found, 0);
 }
 
 TEST(JpegLsCoder, RefusesRunsThatEndBehindTheirRow) {

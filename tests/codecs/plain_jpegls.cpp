@@ -107,8 +107,9 @@ class ScanCoder {
 
  private:
   int& At(int y, int x, int component) {
-    return image_.samples[static_cast<std::size_t>((y * image_.columns + x) * image_.components +
-                                                   component)];
+    const int pixel = y * image_.columns + x;
+    const int place = pixel * image_.components + component;
+    return image_.samples[static_cast<std::size_t>(place)];
   }
   /// A.2.1: what lies beyond the edges.
   int Around(int y, int x, int component) {
@@ -233,7 +234,8 @@ class ScanCoder {
       q3 = -q3;
       sign = -1;
     }
-    const auto q = static_cast<std::size_t>((q1 * 9 + q2 + 4) * 9 + q3 + 4);
+    const int context = (q1 * 9 + q2 + 4) * 9 + q3 + 4;
+    const auto q = static_cast<std::size_t>(context);
     int px;
     if (p.rc >= std::max(p.ra, p.rb)) {
       px = std::min(p.ra, p.rb);
