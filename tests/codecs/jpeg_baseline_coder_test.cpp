@@ -261,10 +261,7 @@ TEST_F(JpegBaselineAndDcmtk, TheOtherDecodesWhatThisEncodes) {
 Stream EncodedByJpegTools(const Stream& frame, const FrameFormat& format,
                           std::vector<std::string> options) {
   const tessaret::test::TempFolder folder;
-  const std::string head = (format.samples == 1 ? "P5\n" : "P6\n") +
-                           std::to_string(format.columns) + " " + std::to_string(format.rows) +
-                           "\n255\n";
-  tessaret::test::WriteBytes(folder.File("in.pnm"), Joined({tessaret::test::BytesOf(head), frame}));
+  tessaret::test::WriteBytes(folder.File("in.pnm"), test::PnmFile(frame, format));
   options.insert(options.begin(), "jpeg");
   options.insert(options.end(), {folder.File("in.pnm"), folder.File("out.jpg")});
   if (!test::RunProgram(options)) throw std::runtime_error("jpeg failed");

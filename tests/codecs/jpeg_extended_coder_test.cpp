@@ -401,17 +401,20 @@ TEST(JpegProgressiveCoder, NothingIsEncoded) {
   EXPECT_STREQ(coder.LossyMethod(), "ISO_10918_1");
 }
 
-/// A file of samples of up to 16 bits.
-Stream Pnm(const std::vector<int>& samples, const FrameFormat& format) {
-  const std::string head = (format.samples == 1 ? "P5\n" : "P6\n") +
-                           std::to_string(format.columns) + " " + std::to_string(format.rows) +
-                           "\n4095\n";
-  Stream file = tessaret::test::BytesOf(head);
-  for (const int sample : samples) {
-    file.insert(file.end(),
-                {static_cast<std::uint8_t>(sample >> 8), static_cast<std::uint8_t>(sample)});
+/// Ten gray levels more from column to column, fifteen from row to row. Without edges, at which chrominance may go beyond its range,
+/// where decoders differ.
+Stream SmoothFrame(const FrameFormat& format) {
+  Stream frame;
+  for (std::uint32_t y = 0; y < format.rows; ++y) {
+    for (std::uint32_t x = 0; x < format.columns; ++x) {
+      for (std::uint32_t sample = 0; sample < format.samples; ++sample) {
+        const std::uint32_t value = 1000 + 10 * x + 15 * y + 100 * sample;
+        frame.push_back(static_cast<std::uint8_t>(value));
+        frame.push_back(static_cast<std::uint8_t>(value >> 8));
+      }
+    }
   }
-  return file;
+  return frame;
 }
 
 TEST(JpegExtendedAndJpegTools, StreamsOfTheOtherGiveTheSamePixels) {
@@ -425,20 +428,11 @@ TEST(JpegExtendedAndJpegTools, StreamsOfTheOtherGiveTheSamePixels) {
                                                        {"-q", "90", "-c"}};
   for (std::vector<std::string> options : kinds) {
     for (const FrameFormat& format : {Gray(61, 43), Colour(50, 30, "")}) {
-      // Without edges, at which chrominance may go beyond its range, where decoders differ.
-      std::vector<int> samples;
-      for (std::uint32_t y = 0; y < format.rows; ++y) {
-        for (std::uint32_t x = 0; x < format.columns; ++x) {
-          for (std::uint32_t sample = 0; sample < format.samples; ++sample) {
-            samples.push_back(static_cast<int>(1000 + 10 * x + 15 * y + 100 * sample));
-          }
-        }
-      }
       const bool isPlain = options.back() == "-c";
       FrameFormat coded = format;
       if (format.samples == 3) coded.photometric = isPlain ? "RGB" : "YBR_FULL";
       const tessaret::test::TempFolder folder;
-      tessaret::test::WriteBytes(folder.File("in.pnm"), Pnm(samples, format));
+      tessaret::test::WriteBytes(folder.File("in.pnm"), test::PnmFile(SmoothFrame(format), format));
       std::vector<std::string> command = options;
       command.insert(command.begin(), "jpeg");
       command.insert(command.end(), {folder.File("in.pnm"), folder.File("out.jpg")});
@@ -458,27 +452,14 @@ TEST(JpegExtendedAndJpegTools, SamplesThatStandForSeveralAreMixedAsTheOtherDoes)
   if (!test::HasProgram("jpeg")) GTEST_SKIP() << "jpeg is not installed";
   for (const char* sampling : {"1x1,2x1,2x1", "1x1,2x2,2x2", "1x1,1x2,1x2"}) {
     const FrameFormat format = Colour(50, 30, "YBR_FULL");
-    std::vector<int> samples;
-    for (std::uint32_t y = 0; y < format.rows; ++y) {
-      for (std::uint32_t x = 0; x < format.columns; ++x) {
-        for (std::uint32_t sample = 0; sample < format.samples; ++sample) {
-          samples.push_back(static_cast<int>(1000 + 10 * x + 15 * y + 100 * sample));
-        }
-      }
-    }
+    const Stream frame = SmoothFrame(format);
     const tessaret::test::TempFolder folder;
-    tessaret::test::WriteBytes(folder.File("in.pnm"), Pnm(samples, format));
+    tessaret::test::WriteBytes(folder.File("in.pnm"), test::PnmFile(frame, format));
     ASSERT_TRUE(test::RunProgram(
         {"jpeg", "-q", "95", "-s", sampling, folder.File("in.pnm"), folder.File("out.jpg")}));
     const Stream stream = tessaret::test::ReadBytes(folder.File("out.jpg"));
-    Stream source;
-    for (const int sample : samples) {
-      source.insert(source.end(),
-                    {static_cast<std::uint8_t>(sample), static_cast<std::uint8_t>(sample >> 8)});
-    }
-    // Ten gray levels from column to column, fifteen from row to row.
-    EXPECT_LE(test::Difference(Decoded(stream, format), source, format), 20) << sampling;
-    EXPECT_LT(test::MeanSquare(Decoded(stream, format), source, format), 10) << sampling;
+    EXPECT_LE(test::Difference(Decoded(stream, format), frame, format), 20) << sampling;
+    EXPECT_LT(test::MeanSquare(Decoded(stream, format), frame, format), 10) << sampling;
   }
 }
 

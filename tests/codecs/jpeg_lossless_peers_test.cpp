@@ -62,14 +62,7 @@ TEST(JpegLosslessPeers, JpegEncodesWhatThisCoderDecodes) {
   for (const std::uint32_t precision : {2u, 5u, 8u, 11u, 16u}) {
     for (const std::uint32_t components : {1u, 3u}) {
       const PlainImage image = NoisyImage(40, 30, components, precision, 1u << precision);
-      std::string text = (components == 1 ? "P5" : "P6") + std::string(" 40 30 ") +
-                         std::to_string((1u << precision) - 1) + "\n";
-      Stream file = tessaret::test::BytesOf(text);
-      for (const std::uint32_t sample : image.samples) {
-        if (precision > 8) file.push_back(static_cast<std::uint8_t>(sample >> 8));
-        file.push_back(static_cast<std::uint8_t>(sample));
-      }
-      WriteBytes(folder.File("in.pnm"), file);
+      WriteBytes(folder.File("in.pnm"), test::PnmFile(FrameOf(image), FormatOf(image)));
       for (const char* restart : {"0", "40", "120"}) {
         std::vector<std::string> options = {"jpeg", "-p", "-c", "-z", restart};
         // Without tables of its own it lists the values of another process behind those that it needs, up to 8 bits.

@@ -210,6 +210,31 @@ TEST(JpegLsCoder, DecodesWhatDcmtkEncodesInEveryInterleaveMode) {
   }
 }
 
+/// Its coder is not CharLS, which all other programs have.
+TEST(JpegLsCoder, DecodesWhatJpegToolsEncodeAsTheyDo) {
+  if (!test::HasProgram("jpeg")) GTEST_SKIP() << "no jpeg";
+  const TempFolder folder;
+  const std::string in = folder.File("in.pnm");
+  const std::string out = folder.File("out.jls");
+  for (const std::uint32_t stored : {2U, 5U, 8U, 9U, 12U, 16U}) {
+    for (const std::string option : {"0", "0 -m 1", "1", "1 -m 1", "2", "2 -m 1"}) {
+      const bool isGray = option[0] == '0' && stored % 2 == 0;
+      const FrameFormat format =
+          test::MakeFormat(41, 23, isGray ? 1 : 3, stored > 8 ? 16 : 8, stored);
+      for (const auto pattern : {test::Pattern::kNoise, test::Pattern::kSteps}) {
+        const std::vector<std::uint8_t> frame = test::MakeFrame(format, pattern);
+        test::WriteBytes(in, test::PnmFile(frame, format));
+        // -c leaves colours as they are.
+        ASSERT_TRUE(test::Run("jpeg -c -ls " + option + " " + in + " " + out));
+        ASSERT_TRUE(test::Run("jpeg " + out + " " + folder.File("back.pnm")));
+        const auto back = test::PnmPixels(test::ReadBytes(folder.File("back.pnm")), format);
+        EXPECT_EQ(Decoded(test::ReadBytes(out), format), back) << stored << " bits, " << option;
+        EXPECT_LE(LargestDifference(back, frame, format), option.size() == 1 ? 0 : 1);
+      }
+    }
+  }
+}
+
 TEST(JpegLsCoder, DecodesNearLosslessStreamsAsDcmtkDoes) {
   if (!test::HasProgram("dcmcjpls") || !test::HasProgram("dcmdjpls")) GTEST_SKIP() << "no DCMTK";
   const TempFolder folder;

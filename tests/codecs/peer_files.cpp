@@ -120,6 +120,21 @@ Octets NativePixels(const Octets& file, const FrameFormat& format) {
   return Part(PixelData(file), 0, format.Size());
 }
 
+Octets PnmFile(const Octets& frame, const FrameFormat& format) {
+  const unsigned most = (1U << format.bitsStored) - 1;
+  const std::string head = (format.samples == 1 ? "P5\n" : "P6\n") +
+                           std::to_string(format.columns) + " " + std::to_string(format.rows) +
+                           "\n" + std::to_string(most) + "\n";
+  Octets file = tessaret::test::BytesOf(head);
+  const std::size_t width = format.BytesPerSample();
+  for (std::size_t at = 0; at < frame.size(); at += width) {
+    // Big endian, and a byte each where that is enough.
+    if (most > 255) file.push_back(frame.at(at + 1));
+    file.push_back(frame[at]);
+  }
+  return file;
+}
+
 Octets PnmPixels(const Octets& file, const FrameFormat& format) {
   // Four words, with one blank behind the last; then big endian where the third number is above 255.
   std::size_t at = 0;

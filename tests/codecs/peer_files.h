@@ -38,7 +38,10 @@ tessaret::test::Bytes ReadPixelData(const std::string& path);
 /// The same of a native file, as many bytes as the format means.
 tessaret::test::Bytes NativePixels(const tessaret::test::Bytes& file, const FrameFormat& format);
 
-/// The samples of a PGM or PPM file in the format's layout.
+/// A PGM or PPM file of a frame whose samples are unsigned.
+tessaret::test::Bytes PnmFile(const tessaret::test::Bytes& frame, const FrameFormat& format);
+
+/// The samples of such a file in the format's layout.
 tessaret::test::Bytes PnmPixels(const tessaret::test::Bytes& file, const FrameFormat& format);
 
 }  // namespace tessaret::codecs::test
