@@ -216,7 +216,7 @@ TEST(JpegLsCoder, DecodesWhatJpegToolsEncodeAsTheyDo) {
   const TempFolder folder;
   const std::string in = folder.File("in.pnm");
   const std::string out = folder.File("out.jls");
-  for (const std::uint32_t stored : {2U, 5U, 8U, 9U, 12U, 16U}) {
+  for (const std::uint32_t stored : {2U, 8U, 9U, 16U}) {
     for (const std::string option : {"0", "0 -m 1", "1", "1 -m 1", "2", "2 -m 1"}) {
       const bool isGray = option[0] == '0' && stored % 2 == 0;
       const FrameFormat format =
