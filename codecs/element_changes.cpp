@@ -1,10 +1,13 @@
 #include "element_changes.h"
 
+#include <algorithm>
 #include <array>
 #include <charconv>
+#include <cstddef>
 #include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/text.h"
 #include "failure.h"
@@ -70,9 +73,18 @@ void SetNumber(DICOMObject* object, const Attribute& attribute, std::uint32_t nu
   SetBytes(object, attribute, bytes);
 }
 
-void Append(DICOMObject* object, const Attribute& attribute, std::string_view value) {
-  std::string values = TextOf(object, attribute);
-  if (!values.empty()) values += '\\';
+std::size_t SeparatorsIn(const std::string& values) {
+  return static_cast<std::size_t>(std::count(values.begin(), values.end(), '\\'));
+}
+
+std::size_t CountOf(const std::string& values) {
+  return values.empty() ? 0 : SeparatorsIn(values) + 1;
+}
+
+/// Puts the value at this place, from 0, behind those that are there. Empty ones fill up what lies between.
+void PutBehind(DICOMObject* object, const Attribute& attribute, std::string values,
+               std::size_t place, std::string_view value) {
+  values.append(place - SeparatorsIn(values), '\\');
   SetText(object, attribute, values.append(value));
 }
 
@@ -122,12 +134,15 @@ void DescribeBits(DICOMObject* object, const FrameFormat& format, const DecodedF
 }
 
 std::string RatioText(std::uint64_t nativeBytes, std::uint64_t codedBytes) {
-  // Never through the locale. Two digits behind the point: 9999999999.99 has 13 characters of the 16 that a DS may have.
+  // Never through the locale. Two digits behind the point: 9999999999.99 has 13 characters of the 16 that a DS may have. Of an image
+  // that is smaller than what it becomes they could be zeros.
   std::array<char, 32> digits{};
+  char* const begin = digits.data();
   const double ratio = static_cast<double>(nativeBytes) / static_cast<double>(codedBytes);
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), ratio,
-                                 std::chars_format::fixed, 2);
-  return {digits.data(), end.ptr};
+  const auto end =
+      ratio < 1 ? std::to_chars(begin, begin + digits.size(), ratio, std::chars_format::general, 3)
+                : std::to_chars(begin, begin + digits.size(), ratio, std::chars_format::fixed, 2);
+  return {begin, end.ptr};
 }
 
 void NameDerived(DICOMObject* object) {
@@ -157,8 +172,12 @@ void DescribeEncoded(DICOMObject* object, const FrameFormat& format, const Frame
 void DescribeLoss(DICOMObject* object, std::uint64_t nativeBytes, std::uint64_t codedBytes,
                   const char* method) {
   SetText(object, kLossy, "01");
-  Append(object, kLossyRatio, RatioText(nativeBytes, codedBytes));
-  Append(object, kLossyMethod, method);
+  // Both have as many values, though many files tell only one of the two.
+  std::string ratios = TextOf(object, kLossyRatio);
+  std::string methods = TextOf(object, kLossyMethod);
+  const std::size_t earlier = std::max(CountOf(ratios), CountOf(methods));
+  PutBehind(object, kLossyRatio, std::move(ratios), earlier, RatioText(nativeBytes, codedBytes));
+  PutBehind(object, kLossyMethod, std::move(methods), earlier, method);
   NameDerived(object);
 }
 

@@ -18,7 +18,7 @@ void DescribeEncoded(DICOMObject* object, const FrameFormat& format, const Frame
                      bool isLossy);
 
 /// That something was lost, by how many `nativeBytes` became `codedBytes` and by which method (DICOM PS3.3, C.7.6.1.1.5), behind what
-/// was said of earlier losses; and that the image is derived.
+/// was said of earlier losses, each ratio at the place of its method; and that the image is derived.
 void DescribeLoss(DICOMObject* object, std::uint64_t nativeBytes, std::uint64_t codedBytes,
                   const char* method);
 

@@ -1,6 +1,7 @@
 #include "frame_finder.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "base/byte_order.h"
 #include "failure.h"
@@ -96,11 +97,18 @@ void FrameFinder::FindInOneFragment(StreamKind kind) {
 void FrameFinder::FindByFragments(const CodecFrame& place, StreamKind kind) {
   firstFragments_ = FirstsByTable(fragments_, place);
   const auto begins = [&](std::uint32_t at) { return BeginsLike(kind, fragments_[at]); };
-  if (!firstFragments_.empty() && std::ranges::all_of(firstFragments_, begins)) return;
+  if (BeginAtFirst() && std::ranges::all_of(firstFragments_, begins)) return;
   firstFragments_ = FirstsByShape(fragments_, frames_, kind);
-  if (firstFragments_.empty()) {
+  if (!BeginAtFirst()) {
     Fail("%zu fragments cannot be told apart as %u frames", fragments_.size(), frames_);
   }
+}
+
+/// What lies in front of the first frame would be left out.
+bool FrameFinder::BeginAtFirst() const {
+  if (firstFragments_.empty()) return false;
+  const auto end = fragments_.begin() + static_cast<std::ptrdiff_t>(firstFragments_[0]);
+  return std::all_of(fragments_.begin(), end, [](Bytes fragment) { return fragment.empty(); });
 }
 
 Bytes FrameFinder::Frame(std::uint32_t index, std::vector<std::uint8_t>& joined) const {

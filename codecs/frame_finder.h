@@ -26,6 +26,7 @@ class FrameFinder {
   void FindInAllFragments(StreamKind kind);
   void FindInOneFragment(StreamKind kind);
   void FindByFragments(const CodecFrame& place, StreamKind kind);
+  [[nodiscard]] bool BeginAtFirst() const;
 
   const VR* pixels_;
   std::uint32_t frames_;

@@ -144,6 +144,20 @@ TEST(FrameFinder, StreamsThatNoFrameIsNamedForAreNotLost) {
   EXPECT_EQ(Pixels(2, {Joined({Jpeg(1), Jpeg(2), {7, 7}})}).Words(StreamKind::kJpeg), "");
 }
 
+TEST(FrameFinder, NothingInFrontOfTheFirstFrameIsLeftOut) {
+  constexpr const char* kWords = "3 fragments cannot be told apart as 2 frames";
+  // Items of 18 bytes: the table passes the first stream over.
+  EXPECT_EQ(Pixels(2, {Jpeg(1), Jpeg(2), Jpeg(3)}, Table({18, 36})).Words(StreamKind::kJpeg),
+            kWords);
+  EXPECT_EQ(Pixels(2, {{1, 2}, Jpeg(2), Jpeg(3)}, Table({10, 28})).Words(StreamKind::kJpeg),
+            kWords);
+  EXPECT_EQ(Pixels(2, {{1, 2}, Jpeg(2), Jpeg(3)}).Words(StreamKind::kJpeg), kWords);
+  // An empty fragment has nothing to lose.
+  const std::vector<Bytes> frames = {Jpeg(2), Jpeg(3)};
+  EXPECT_EQ(Pixels(2, {{}, Jpeg(2), Jpeg(3)}).Frames(StreamKind::kJpeg), frames);
+  EXPECT_EQ(Pixels(2, {{}, Jpeg(2), Jpeg(3)}, Table({8, 26})).Frames(StreamKind::kJpeg), frames);
+}
+
 TEST(FrameFinder, FramesThatCannotBeToldApartAreRefused) {
   EXPECT_EQ(Pixels(2, {{1}, {2}, {3}}).Words(StreamKind::kJpeg),
             "3 fragments cannot be told apart as 2 frames");

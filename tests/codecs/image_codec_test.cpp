@@ -158,6 +158,43 @@ TEST(CodecLibrary, TellsOfALossByRatioMethodAndImageType) {
   }
 }
 
+TEST(CodecLibrary, EachRatioStandsAtThePlaceOfItsMethod) {
+  struct Row {
+    const char* ratios;
+    const char* methods;
+    const char* ratiosBefore;
+    const char* methodsAfter;
+  };
+  const FrameFormat format = MakeFormat(64, 48, 1, 8, 8);
+  for (const Row& row :
+       {Row{"16", "", "16\\", "\\ISO_10918_1"}, Row{"10\\4", "", "10\\4\\", "\\\\ISO_10918_1"},
+        Row{"10\\4", "ISO_14495_1", "10\\4\\", "ISO_14495_1\\\\ISO_10918_1"},
+        Row{"", "ISO_15444_1", "\\", "ISO_15444_1\\ISO_10918_1"},
+        Row{"10", "ISO_14495_1\\", "10\\\\", "ISO_14495_1\\\\ISO_10918_1"},
+        Row{"", "", "", "ISO_10918_1"}}) {
+    SCOPED_TRACE(std::string(row.ratios) + ", " + row.methods);
+    const auto object = test::NewImage(format, {test::MakeFrame(format, test::Pattern::kGradient)});
+    object->Push(test::NewText(MakeTagKey(0x0028, 0x2112), row.ratios, type_code::DS));
+    object->Push(test::NewText(MakeTagKey(0x0028, 0x2114), row.methods, type_code::CS));
+    ASSERT_EQ(Compress(*object, test::kJpegBaseline), "");
+    const std::string ratios = TextAt(*object, 0x0028, 0x2112);
+    EXPECT_EQ(ratios.substr(0, ratios.rfind('\\') + 1), row.ratiosBefore);
+    EXPECT_GT(std::stod(ratios.substr(ratios.rfind('\\') + 1)), 1);
+    EXPECT_EQ(TextAt(*object, 0x0028, 0x2114), row.methodsAfter);
+  }
+}
+
+TEST(CodecLibrary, TheRatioOfAnImageThatGrowsHasDigits) {
+  const FrameFormat format = MakeFormat(1, 1, 1, 8, 8);
+  const auto object = test::NewImage(format, {{7}});
+  ASSERT_EQ(Compress(*object, test::kJpegBaseline), "");
+  const std::uint32_t coded =
+      object->GetVR(0x7FE0, 0x0010)->GetItem(1)->GetVR(0xFFFE, 0xE000)->Length;
+  const std::string ratio = TextAt(*object, 0x0028, 0x2112);
+  EXPECT_NEAR(std::stod(ratio) * coded, 1, 0.005) << ratio << " of " << coded;
+  EXPECT_LE(ratio.size(), 16u);
+}
+
 TEST(CodecLibrary, ALossOfAnyFrameIsToldOf) {
   // The second frame has an overlay in bit 15, so that it is encoded without loss.
   const FrameFormat format = MakeFormat(64, 64, 1, 16, 12);
