@@ -44,6 +44,8 @@ class CodecConversion {
   /// Gives the element a copy of the bytes, remembering what it was. False for elements that codecs may not change. Throws
   /// std::bad_alloc with nothing changed.
   bool Set(TagKey key, VrCode type, const std::uint8_t* bytes, std::uint32_t length);
+  /// Whether the codec has set the element.
+  [[nodiscard]] bool IsChanged(TagKey key) const;
   void KeepChanges() { changes_.clear(); }
 
   /// The words of the present call's failure. Without memory they are lost.
@@ -55,7 +57,6 @@ class CodecConversion {
     TagKey key;
     std::unique_ptr<VR> before;  // null where the element is new
   };
-  [[nodiscard]] bool IsChanged(TagKey key) const;
   void Undo(const Change& change) noexcept;
 
   Kind kind_;

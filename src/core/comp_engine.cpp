@@ -21,6 +21,11 @@ constexpr std::string_view kImplicitUid = "1.2.840.10008.1.2";
 constexpr std::string_view kExplicitUid = "1.2.840.10008.1.2.1";
 constexpr std::string_view kBigEndianUid = "1.2.840.10008.1.2.2";
 
+/// What tells where compressed frames lie and how long they are, beside the offset table (DICOM PS3.3, C.7.6.3.1): of no others than
+/// those that it came with.
+constexpr TagKey kFrameTableTags[] = {MakeTagKey(0x7FE0, 0x0001), MakeTagKey(0x7FE0, 0x0002),
+                                      MakeTagKey(0x7FE0, 0x0003)};
+
 /// What is looked at of (0002,0010).
 constexpr std::size_t kLongestUid = 64;
 
@@ -80,6 +85,13 @@ void PushInto(DICOMObject& object, std::unique_ptr<VR> element) {
   static_cast<void>(element.release());
 }
 
+/// What the codec did not make for the new pixel data.
+void DropFrameTables(DICOMObject& object, const CodecConversion& conversion) noexcept {
+  for (const TagKey key : kFrameTableTags) {
+    if (!conversion.IsChanged(key)) delete object.Remove(GroupOf(key), ElementOf(key));
+  }
+}
+
 /// Drops element 0000 of every group; what is pushed next goes into the last element.
 void DropGroupLengths(DICOMObject& object) noexcept {
   VR* last = nullptr;
@@ -95,15 +107,19 @@ void DropGroupLengths(DICOMObject& object) noexcept {
   object.LastPushedVR = last;
 }
 
-/// Takes the new elements in; without a syntax the object names none afterwards. Throws std::bad_alloc with nothing changed.
-void Rebuild(DICOMObject& object, std::unique_ptr<VR> syntax, std::unique_ptr<VR> pixels) {
+/// Takes the new elements in, and what the codec changed; without a syntax the object names none afterwards. Throws std::bad_alloc with
+/// nothing changed.
+void Rebuild(CodecConversion& conversion, std::unique_ptr<VR> syntax, std::unique_ptr<VR> pixels) {
+  DICOMObject& object = conversion.Object();
   if (syntax == nullptr) {
     delete object.Remove(GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag));
   } else {
     PushInto(object, std::move(syntax));
   }
   PushInto(object, std::move(pixels));  // takes the place of what is there, which needs no memory
+  DropFrameTables(object, conversion);
   DropGroupLengths(object);
+  conversion.KeepChanges();
 }
 
 /// No pixels change for a native syntax: only what the object says of itself.
@@ -253,8 +269,7 @@ bool DcmCompEngine::DecompressPixels(DICOMObject& object, CodecTarget target, Co
   CodecConversion conversion(CodecConversion::Kind::kDecompressing, object, &pixels, info.Frames);
   conversion.SetOffsetTable(FragmentIn(offsets.get()));
   if (!DecompressFrames(target, conversion, info, *native)) return false;
-  Rebuild(object, std::move(syntax), std::move(native));
-  conversion.KeepChanges();
+  Rebuild(conversion, std::move(syntax), std::move(native));
   return true;
 }
 
@@ -324,8 +339,7 @@ bool DcmCompEngine::CompressPixels(DICOMObject& object, CodecTarget target, Code
   CodecConversion conversion(CodecConversion::Kind::kCompressing, object, compressed.get(),
                              info.Frames);
   if (!CompressFrames(target, conversion, info, pixels)) return false;
-  Rebuild(object, std::move(syntax), std::move(compressed));
-  conversion.KeepChanges();
+  Rebuild(conversion, std::move(syntax), std::move(compressed));
   return true;
 }
 

@@ -26,7 +26,8 @@ class DcmCompEngine {
   virtual ~DcmCompEngine();
 
   /// Makes the pixel data native and names explicit little endian in (0002,0010). `syntax` is the UID of what it is in; null
-  /// stands for what the object names. True also where there is nothing to do: the object names no syntax or a native one,
+  /// stands for what the object names. Extended offset tables go with the frames that they are about, unless the codec has set them; so they
+  /// do when compressing. True also where there is nothing to do: the object names no syntax or a native one,
   /// or its pixel data has no fragments. False for an unknown syntax, a missing codec or one that fails, missing pixel data, and
   /// sizes that do not go together or that memory cannot hold. `progress` goes to the codec as it is.
   bool Decompress(DICOMObject* object, const char* syntax, void* progress);

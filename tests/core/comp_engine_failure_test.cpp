@@ -91,6 +91,57 @@ TEST_F(FailingCodecs, PixelsThatWereSteppedOverAreRefusedBeforeAnythingChanges) 
   EXPECT_EQ(DifferenceTo(*compressedBefore, *compressed), "");
 }
 
+constexpr std::uint16_t kFrameTables[] = {0x0001, 0x0002, 0x0003};
+
+/// What tells where compressed frames lie, of frames that the object had before.
+void PushFrameTables(DICOMObject& object) {
+  for (const std::uint16_t element : kFrameTables) {
+    object.Push(test::NewVR(MakeTagKey(0x7FE0, element), Bytes(8, 9), type_code::UN));
+  }
+}
+
+std::size_t CountFrameTables(const DICOMObject& object) {
+  std::size_t count = 0;
+  for (const std::uint16_t element : kFrameTables) {
+    if (object.GetVR(0x7FE0, element) != nullptr) ++count;
+  }
+  return count;
+}
+
+TEST_F(FailingCodecs, TablesOfFramesGoWithTheFramesThatTheyAreAbout) {
+  const auto coded = test::NewCompressed(2, BadUid(0), 2);
+  PushFrameTables(*coded);
+  ASSERT_TRUE(engine_.Decompress(coded.get(), nullptr, nullptr)) << engine_.ErrorText;
+  EXPECT_EQ(CountFrameTables(*coded), 0u);
+  const auto native = test::NewImage(1);
+  PushFrameTables(*native);
+  ASSERT_TRUE(engine_.Compress(native.get(), BadUid(0).c_str(), nullptr)) << engine_.ErrorText;
+  EXPECT_EQ(CountFrameTables(*native), 0u);
+  EXPECT_NE(native->GetVR(0x7FE0, 0x0010), nullptr);
+  EXPECT_EQ(native->LastPushedVR, native->GetVR(0x7FE0, 0x0010));
+}
+
+TEST_F(FailingCodecs, TablesOfFramesStayWhereNothingWasConverted) {
+  const auto coded = test::NewCompressed(4, BadUid(0), 4);
+  PushFrameTables(*coded);
+  EXPECT_FALSE(engine_.Decompress(coded.get(), nullptr, nullptr));
+  EXPECT_EQ(CountFrameTables(*coded), 3u);
+  const auto native = test::NewImage(4);
+  PushFrameTables(*native);
+  EXPECT_FALSE(engine_.Compress(native.get(), BadUid(0).c_str(), nullptr));
+  EXPECT_EQ(CountFrameTables(*native), 3u);
+  EXPECT_TRUE(engine_.Decompress(native.get(), nullptr, nullptr)) << "native already";
+  EXPECT_EQ(CountFrameTables(*native), 3u);
+}
+
+TEST_F(FailingCodecs, ATableOfFramesThatTheCodecMadeStays) {
+  const auto object = test::NewImage(1);
+  PushFrameTables(*object);
+  ASSERT_TRUE(engine_.Compress(object.get(), BadUid(18).c_str(), nullptr)) << engine_.ErrorText;
+  EXPECT_EQ(test::ValueOf(*object->GetVR(0x7FE0, 0x0001)), Bytes({1, 2, 3, 4}));
+  EXPECT_EQ(CountFrameTables(*object), 1u);
+}
+
 TEST_F(FailingCodecs, ASizeAboveWhatWasMadeIsRefused) {
   EXPECT_EQ(WordsOfCompress(1),
             "The codec says that frame 1 takes 13 bytes, more than it has made");

@@ -157,6 +157,16 @@ class Meddles : public PlainCodec {
   }
 };
 
+/// Makes a table of frames of its own, which is good: other codecs leave none.
+class MakesATable : public PlainCodec {
+  std::uint32_t CompressFrame(DICOMObject* object, const char* syntax, VR* pixels,
+                              const ImageInfo* info, const std::uint8_t* frame,
+                              void* progress) override {
+    if (tessaret_codec_set(object, 0x7FE0, 0x0001, 0x4F56, kBytes, 4) == 0) return 0;
+    return PlainCodec::CompressFrame(object, syntax, pixels, info, frame, progress);
+  }
+};
+
 /// Counts how many threads are in it at once; the highest number goes out by the progress.
 /// ErrorText starts with a text, of which the first character has to stay.
 class CountsThreads : public PlainCodec {
@@ -206,6 +216,7 @@ constexpr Row kRows[] = {
     {"1.2.999.3.9", 0},  {"1.2.999.3.10", 0}, {"1.2.999.3.11", 0},
     {"1.2.999.3.12", 1}, {"1.2.999.3.13", 0}, {"1.2.999.3.14", 2},
     {"1.2.999.3.15", 0}, {"1.2.999.3.16", 2}, {"", 0},
+    {"1.2.999.3.18", 0},
 };
 
 }  // namespace
@@ -261,6 +272,8 @@ DcmCodec* tessaret::DcmGetCodec(std::uint32_t index) {
       return new CountsThreads("nobody's but the codec's");
     case 15:
       return new Meddles;
+    case 18:
+      return new MakesATable;
     default:
       return nullptr;
   }
