@@ -144,7 +144,7 @@ TEST(FrameFinder, StreamsThatNoFrameIsNamedForAreNotLost) {
   EXPECT_EQ(Pixels(2, {Joined({Jpeg(1), Jpeg(2), {7, 7}})}).Words(StreamKind::kJpeg), "");
 }
 
-TEST(FrameFinder, NothingInFrontOfTheFirstFrameIsLeftOut) {
+TEST(FrameFinder, NothingInFrontOfTheFirstFrameOrBehindTheLastIsLeftOut) {
   constexpr const char* kWords = "3 fragments cannot be told apart as 2 frames";
   // Items of 18 bytes: the table passes the first stream over.
   EXPECT_EQ(Pixels(2, {Jpeg(1), Jpeg(2), Jpeg(3)}, Table({18, 36})).Words(StreamKind::kJpeg),
@@ -152,6 +152,9 @@ TEST(FrameFinder, NothingInFrontOfTheFirstFrameIsLeftOut) {
   EXPECT_EQ(Pixels(2, {{1, 2}, Jpeg(2), Jpeg(3)}, Table({10, 28})).Words(StreamKind::kJpeg),
             kWords);
   EXPECT_EQ(Pixels(2, {{1, 2}, Jpeg(2), Jpeg(3)}).Words(StreamKind::kJpeg), kWords);
+  // Nor behind the last one: a table of three frames is not about two.
+  EXPECT_EQ(Pixels(2, {Jpeg(1), Jpeg(2), Jpeg(3)}, Table({0, 18, 36})).Words(StreamKind::kJpeg),
+            kWords);
   // An empty fragment has nothing to lose.
   const std::vector<Bytes> frames = {Jpeg(2), Jpeg(3)};
   EXPECT_EQ(Pixels(2, {{}, Jpeg(2), Jpeg(3)}).Frames(StreamKind::kJpeg), frames);

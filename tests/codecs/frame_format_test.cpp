@@ -5,6 +5,7 @@
 #include "codecs/frame_maker.h"
 #include "core/image_info.h"
 #include "core/object_maker.h"
+#include "plausible_size.h"
 
 namespace tessaret::codecs {
 namespace {
@@ -103,6 +104,17 @@ TEST(FrameFormat, PlausibleIsWhatTheBestRatioAllows) {
   EXPECT_EQ(test::WordsOf([] { RequirePlausible(0, 1, 1); }), "0 bytes cannot hold 1 samples");
   EXPECT_EQ(test::WordsOf([] { RequirePlausible(1, UINT64_MAX, 8); }),
             "1 bytes cannot hold 18446744073709551615 samples");
+}
+
+TEST(FrameFormat, FramesOfMoreThan64MiBNeedAByteFor4096) {
+  const auto words = [](std::uint64_t stream, std::uint32_t rows) {
+    return test::WordsOf(
+        [&] { RequirePlausibleSize(stream, test::MakeFormat(8192, rows, 1, 8, 8)); });
+  };
+  EXPECT_EQ(words(1, 8192), "");
+  // Two for each row more.
+  EXPECT_EQ(words(2 * 8193, 8193), "");
+  EXPECT_EQ(words(2 * 8193 - 1, 8193), "16385 bytes cannot hold a frame of 67117056");
 }
 
 }  // namespace

@@ -376,6 +376,21 @@ TEST(CodecLibrary, AnEmptyPlanarConfigurationIsFilled) {
   EXPECT_EQ(object->GetVR(0x0028, 0x0006)->Length, 2u);
 }
 
+TEST(CodecLibrary, APlanarConfigurationOfGrayIsNoLongerOneOfPlanes) {
+  FrameFormat format = MakeFormat(4, 2, 1, 8, 8);
+  const Octets frame = test::MakeFrame(format, test::Pattern::kGradient);
+  for (const char* syntax : kLossless) {
+    const auto object = test::NewImage(format, {frame});
+    object->Push(test::NewNumber(0x0006, 1));
+    ASSERT_EQ(Compress(*object, syntax), "");
+    EXPECT_EQ(object->GetUINT16(0x0028, 0x0006), 0);
+    object->Push(test::NewNumber(0x0006, 1));
+    ASSERT_EQ(Decompress(*object), "");
+    EXPECT_EQ(object->GetUINT16(0x0028, 0x0006), 0);
+    EXPECT_EQ(test::NativeOf(*object, frame.size()), frame);
+  }
+}
+
 TEST(CodecLibrary, HoldsAnythingNatively) {
   DICOMObject empty;
   for (const char* syntax : {test::kImplicit, test::kExplicit, "1.2.840.10008.1.2.2"}) {
@@ -446,6 +461,22 @@ TEST(CodecLibrary, StreamsOfAnotherProcessAreDecodedByWhatTheyAre) {
       object->Push(test::NewText(kTransferSyntaxTag, named, type_code::UI));
       ASSERT_EQ(Decompress(*object), "") << coded << " " << named;
       EXPECT_EQ(test::NativeOf(*object, frame.size()), frame);
+    }
+  }
+}
+
+TEST(CodecLibrary, StreamsByCosineTransformAreDecodedUnderAllNamesOfJpeg) {
+  for (const char* coded : {test::kJpegBaseline, test::kJpegExtended}) {
+    const bool isWide = coded == test::kJpegExtended;
+    const FrameFormat format = MakeFormat(16, 16, 1, isWide ? 16 : 8, isWide ? 12 : 8);
+    const Octets frame = test::MakeFrame(format, test::Pattern::kMaximum);  // flat: nothing is lost
+    for (const char* named : {test::kJpegLossless, test::kJpegFirstOrder, test::kJpegLs,
+                              test::kJpegLsNear, "1.2.840.10008.1.2.4.55"}) {
+      const auto object = test::NewImage(format, {frame});
+      ASSERT_EQ(Compress(*object, coded), "");
+      object->Push(test::NewText(kTransferSyntaxTag, named, type_code::UI));
+      ASSERT_EQ(Decompress(*object), "") << coded << " " << named;
+      EXPECT_EQ(test::NativeOf(*object, frame.size()), frame) << coded << " " << named;
     }
   }
 }

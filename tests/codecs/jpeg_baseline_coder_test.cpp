@@ -122,6 +122,9 @@ std::array<double, 3> RgbOf(const std::array<double, 3>& ycc) {
   return {ycc[0] + 1.402 * cr, ycc[0] - 0.344136 * cb - 0.714136 * cr, ycc[0] + 1.772 * cb};
 }
 
+/// As Adobe's, with transform 1, but of another name.
+Stream OtherMark() { return {'O', 't', 'h', 'e', 'r', 0, 100, 0, 0, 0, 0, 1}; }
+
 struct ColourCase {
   const char* photometric;
   std::vector<Stream> segments;
@@ -142,6 +145,9 @@ TEST(JpegBaselineCoder, TheStreamsOwnWordAboutColoursWinsThenTheDataSets) {
       {"YBR_FULL", {test::AdobeSegment(0)}, plain, false},
       {"YBR_FULL", {test::AdobeSegment(2)}, plain, true},  // of four components
       {"YBR_FULL", {test::JfifSegment()}, plain, true},
+      {"RGB", {test::JpegSegment(0xEE, OtherMark())}, plain, false},
+      {"RGB", {test::JpegSegment(0xEE, {'A', 'd', 'o', 'b', 'e', 1, 1, 1})}, plain, false},
+      {"RGB", {test::JpegSegment(0xE0, {'J', 'F', 'X', 'X', 0, 0x10})}, plain, false},
       {"", {}, plain, true},
       {"", {}, {'R', 'G', 'B'}, false},
   };
@@ -386,6 +392,7 @@ TEST(JpegBaselineCoder, OnlyWhatEightBitsOfGrayOrColourHoldIsEncoded) {
   EXPECT_EQ(words(palette), "1 samples of \"PALETTE COLOR\" are not encoded with losses");
   EXPECT_NE(words(test::MakeFormat(4, 4, 4, 8, 8)), "");
   EXPECT_NE(words(Gray(65535, 1)), "");
+  EXPECT_NE(words(Gray(1, 65535)), "");
   EXPECT_STREQ(kCoder.LossyMethod(), "ISO_10918_1");
   EXPECT_TRUE(kCoder.Encode(Stream(16), Gray(4, 4), {}).isLossy);
 }
@@ -488,6 +495,72 @@ TEST(JpegBaselineCoder, WhatTheLibraryForgivesIsAnError) {
   EXPECT_EQ(WordsOf(with(many.c_str()), Gray(8, 8)), "a block has too many coefficients");
 }
 
+TEST(JpegBaselineCoder, FirstCoefficientsThatAddUpToTooMuchAreAnError) {
+  // 3 times 16383 is beyond 16 bits, unless each begins anew.
+  FlatJpeg image;
+  image.columns = 24;
+  image.values = {16383};
+  image.interval = 1;
+  EXPECT_EQ(WordsOf(test::MakeFlatJpeg(image), Gray(24, 8)), "");
+  image.interval = 0;
+  Stream stream = test::MakeFlatJpeg(image);
+  stream.resize(Find(stream, 0xDA) + 10);
+  const std::string block = "1110 11111111111111 0";
+  EXPECT_EQ(WordsOf(Joined({stream, test::EntropyBytes(block + block + block), {0xFF, 0xD9}}),
+                    Gray(24, 8)),
+            "a coefficient is out of its range");
+}
+
+TEST(JpegBaselineCoder, DamageOfStreamsOfAnySizeIsTold) {
+  // Large ones are checked on another core meanwhile.
+  for (const std::size_t filling : {10u, 40000u}) {
+    FlatJpeg image;
+    image.values = {0, 0, 0};
+    image.isInterleaved = false;
+    image.segments = {test::JpegSegment(0xFE, Stream(filling))};
+    const FrameFormat format = Colour(8, 8);
+    const Stream good = test::MakeFlatJpeg(image);
+    ASSERT_EQ(WordsOf(good, format), "");
+    // The library takes the later scan.
+    EXPECT_EQ(WordsOf(Inserted(good, good.size() - 2, test::FlatScan(image, 2, 1)), format),
+              "component 3 comes in two scans");
+    // This one it refuses too, in other words.
+    Stream wrong = good;
+    wrong[wrong.size() - 3] = 0xF0;
+    EXPECT_EQ(WordsOf(wrong, format), "there are bits that are no Huffman code");
+    FlatJpeg cut;
+    cut.columns = cut.rows = 80;
+    cut.interval = 10;
+    cut.segments = image.segments;
+    Stream lost = test::MakeFlatJpeg(cut);
+    lost[Find(lost, 0xD3) + 1] = 0xD4;
+    EXPECT_EQ(WordsOf(lost, Gray(80, 80)), "restart marker 4 is lost");
+  }
+}
+
+TEST(JpegBaselineCoder, FourComponentsAreRefused) {
+  FlatJpeg image;
+  image.values = {0, 0, 0, 0};
+  image.sampling = {0x11, 0x11, 0x11, 0x11};
+  image.ids = {1, 2, 3, 4};
+  EXPECT_EQ(WordsOf(test::MakeFlatJpeg(image), test::MakeFormat(8, 8, 4, 8, 8)),
+            "4 components are not decoded");
+}
+
+TEST(JpegBaselineCoder, ABlockNeedsTwoBits) {
+  // More than four blocks a byte are possible in progressive streams alone, whatever the bytes are.
+  const auto words = [](unsigned blocks, std::size_t bytes) {
+    Stream stream = test::MakeFlatJpeg({});
+    const std::size_t header = Find(stream, 0xC0);
+    stream[header + 5] = static_cast<std::uint8_t>(blocks * 8 >> 8);
+    stream[header + 6] = static_cast<std::uint8_t>(blocks * 8);
+    stream = Inserted(stream, 2, test::JpegSegment(0xFE, Stream(bytes - stream.size() - 4)));
+    return WordsOf(stream, Gray(8, 8 * blocks));
+  };
+  EXPECT_EQ(words(4 * 1000, 1000), "the entropy-coded data end early");
+  EXPECT_EQ(words(4 * 1000 + 4, 1000), "1000 bytes cannot hold 4004 samples");
+}
+
 TEST(JpegBaselineCoder, ProgressiveScansThatAreMissingAreAnError) {
   EXPECT_EQ(WordsOf(ManyScans(1), Gray(64, 64)), "");
   EXPECT_EQ(WordsOf(ManyScans(0), Gray(64, 64)), "scans of component 1 are missing");
@@ -523,7 +596,9 @@ TEST(JpegBaselineCoder, HostileStreamsAreRefusedSoon) {
        Inserted(ManyScans(1), ManyScans(1).size() - 2, {0xFF, 0xE1, 0, 0})},
       {"a marker without a meaning", Inserted(plain, 2, {0xFF, 0x01})},
       {"quantisation table 4", with(0xDB, 4, 4)},
+      {"a quantisation table of 16 bits and more", with(0xDB, 4, 0x20)},
       {"Huffman table 15", with(0xC4, 4, 15)},
+      {"a first coefficient of more than 15 bits", with(0xC4, 21, 16)},
       {"a scan with table 4", with(0xDA, 6, 0x40)},
       {"sampling 0", with(0xC0, 11, 0x01)},
       {"sampling 5", with(0xC0, 11, 0x15)},

@@ -653,6 +653,8 @@ TEST(JpegExtendedCoder, HostileStreamsAreRefusedSoon) {
       {"a marker without a meaning", Inserted(plain, 2, {0xFF, 0x01})},
       {"quantisation table 4", with(0xDB, 4, 4)},
       {"a factor of 0", with(0xDB, 10, 0)},
+      {"a quantisation table of 16 bits and more", with(0xDB, 4, 0x20)},
+      {"a first coefficient of more than 15 bits", with(0xC4, 21, 16)},
       {"Huffman table 15", with(0xC4, 4, 15)},
       {"a scan with table 4", with(0xDA, 6, 0x40)},
       {"a scan with table 1", with(0xDA, 6, 0x11)},
@@ -762,6 +764,40 @@ TEST(JpegExtendedCoder, ProgressiveScansThatDoNotGoOnAreRefused) {
   EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 16, 0x00, "110"}, {17, 63, 0x00, "00"}}), format), "");
   EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 63, 0x00, "111"}}), format),
             "there are bits that are no Huffman code");
+}
+
+TEST(JpegExtendedCoder, ProgressiveScansStayWithinTheirBandsAndBits) {
+  const Scan dc = {0, 0, 0x00, "0000"};
+  const FrameFormat format = Gray(8, 8);
+  // Sixteen zeros where a band of fifteen has no sixteenth to go on to.
+  EXPECT_EQ(WordsOf(Progressive(8, {dc, {1, 15, 0x01, "00"}, {1, 15, 0x10, "110"}}), format),
+            "a block has too many coefficients");
+  // 16383 is within 16 bits, four times as much is not.
+  EXPECT_EQ(WordsOf(Progressive(8, {{0, 0, 0x02, "1110 11111111111111"}}), format),
+            "a coefficient is out of its range");
+  // 0: a value behind one zero; 10: one of two bits; 110 ends the block.
+  const Stream ac = {0x10, 1, 1, 1, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x11, 0x02, 0x00};
+  const auto with = [&](const std::vector<Scan>& scans) {
+    const Stream stream = Progressive(8, scans);
+    return Inserted(stream, Find(stream, 0xDA), test::JpegSegment(0xC4, ac));
+  };
+  EXPECT_EQ(WordsOf(with({dc, {1, 2, 0x00, "0 1"}, {3, 63, 0x00, "110"}}), format), "");
+  EXPECT_EQ(WordsOf(with({dc, {1, 1, 0x00, "0 1"}, {2, 63, 0x00, "110"}}), format),
+            "a block has too many coefficients");
+  EXPECT_EQ(WordsOf(with({dc, {1, 63, 0x01, "110"}, {1, 63, 0x10, "10 1 110"}}), format),
+            "a coefficient grows by more than a bit");
+}
+
+TEST(JpegExtendedCoder, BandsAreOfOneComponentAlone) {
+  FlatJpeg image = Twelve();
+  image.frameMarker = 0xC2;
+  image.values = {0, 0, 0};
+  image.scanEnd = 0;
+  const Stream stream = test::MakeFlatJpeg(image);
+  const Stream scan =
+      Joined({test::JpegSegment(0xDA, {2, 1, 0, 2, 0, 1, 63, 0}), test::EntropyBytes("0 0")});
+  EXPECT_EQ(WordsOf(Inserted(stream, stream.size() - 2, scan), Colour(8, 8)),
+            "a scan has coefficients 1 to 63 of 2 components");
 }
 
 TEST(JpegExtendedCoder, ManyScansOfManyBlocksWithoutBytesForThemAreRefused) {

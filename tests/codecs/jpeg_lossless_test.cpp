@@ -295,6 +295,18 @@ TEST(JpegLossless, EncodesTheBitsThatAreStoredWhereSamplesHaveNoOthers) {
   EXPECT_EQ(PrecisionOf(encoded(test::MakeFormat(1, 1, 1, 8, 1), {1})), 2u);
 }
 
+TEST(JpegLossless, MarksRedGreenAndBlueAsSuch) {
+  // Adobe's segment with transform 0, behind SOI. All else has none.
+  const Stream mark = {0xFF, 0xEE, 0, 14, 'A', 'd', 'o', 'b', 'e', 0, 100, 0, 0, 0, 0, 0};
+  for (const char* photometric : {"RGB", "YBR_FULL"}) {
+    FrameFormat format = test::MakeFormat(2, 2, 3, 8, 8);
+    format.photometric = photometric;
+    const Stream stream = JpegLosslessCoder().Encode(Stream(12, 5), format, {}).stream;
+    const Stream begin(stream.begin() + 2, stream.begin() + 18);
+    EXPECT_EQ(begin == mark, format.photometric == "RGB");
+  }
+}
+
 TEST(JpegLossless, EncodesToNoMoreThanItsBestTableNeeds) {
   // All differences but the first are 0, for which the table has a code of one bit.
   const FrameFormat format = test::MakeFormat(80, 10, 1, 8, 8);

@@ -10,6 +10,7 @@
 #include "jpeg/bit_writer.h"
 #include "jpeg/huffman_table.h"
 #include "jpeg/jpeg_markers.h"
+#include "jpeg/jpeg_process.h"
 #include "jpeg/optimal_table.h"
 
 namespace tessaret::codecs {
@@ -149,6 +150,23 @@ TEST(Marker, IsAFrameHeaderButForThreeThatLieAmongThem) {
 FrameHeader ThreeComponents() {
   static const Stream content = {8, 0, 1, 0, 1, 3, 1, 0x11, 0, 2, 0x11, 0, 3, 0x11, 0};
   return ReadFrameHeader(SegmentWith(Marker::kSof3, content));
+}
+
+TEST(JpegProcess, IsToldByTheFrameHeaderBehindOtherSegments) {
+  const std::pair<std::uint8_t, JpegProcess> kinds[] = {
+      {0xC0, JpegProcess::kDct},      {0xC1, JpegProcess::kDct},    {0xC2, JpegProcess::kDct},
+      {0xC3, JpegProcess::kLossless}, {0xF7, JpegProcess::kJpegLs}, {0xC9, JpegProcess::kUnknown},
+      {0xDA, JpegProcess::kUnknown}};
+  for (const auto& [marker, process] : kinds) {
+    EXPECT_EQ(ProcessOf(Joined({kSoi, {0xFF, marker}})), process);
+    for (const std::uint8_t before : Stream{0xE0, 0xEF, 0xFE, 0xC4, 0xDB, 0xDD, 0xF8}) {
+      EXPECT_EQ(ProcessOf(Joined({kSoi, SegmentOf(before, {0xFF, 0xC0}), {0xFF, marker}})), process)
+          << unsigned{before};
+    }
+    EXPECT_EQ(ProcessOf(Joined({kSoi, {0xFF, 0xFF, 0xFF, marker}})), process) << "fill bytes";
+  }
+  EXPECT_EQ(ProcessOf(Stream{0xFF}), JpegProcess::kUnknown);
+  EXPECT_EQ(ProcessOf(Joined({kSoi, {0xFF, 0xE0, 0, 1}, {0xFF, 0xC0}})), JpegProcess::kUnknown);
 }
 
 TEST(ScanHeader, IsReadFieldByField) {

@@ -103,6 +103,13 @@ TEST(RleCoder, HeadersThatDoNotFitAreRefused) {
   EXPECT_EQ(with(8, {255, 255, 255, 255}), "RLE segment 2 begins at 4294967295 of 70 bytes");
 }
 
+TEST(RleCoder, AHeaderHasRoomForFifteenSegments) {
+  Octets stream(128);
+  stream[0] = 16;
+  EXPECT_EQ(Words(stream, MakeFormat(1, 1, 4, 32, 32)),
+            "the RLE header names 16 segments, the data set means 16");
+}
+
 TEST(RleCoder, SegmentsThatEndEarlyAreRefused) {
   const FrameFormat format = MakeFormat(4, 1, 1, 8, 8);
   const std::string words = "an RLE segment ends before the frame does";

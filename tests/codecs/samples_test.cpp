@@ -46,6 +46,7 @@ TEST(Samples, EncodersKeepAllBitsThatSomethingStandsIn) {
   EXPECT_EQ(BitsToKeep(Octets{0xFF, 0x0F}, format), 12u);
   EXPECT_EQ(BitsToKeep(Octets{0xFF, 0x1F}, format), 16u);
   EXPECT_EQ(BitsToKeep(Octets{0xFF, 0x0F}, MakeFormat(1, 1, 1, 16, 12, true)), 16u);
+  EXPECT_EQ(BitsToKeep(Octets{0xFF, 0xFF}, MakeFormat(1, 1, 1, 16, 12, true)), 16u) << "-1";
   format.highBit = 15;
   EXPECT_EQ(BitsToKeep(Octets{0xF0, 0x0F}, format), 16u);
 }

@@ -31,6 +31,12 @@ TEST(StreamShape, FillBytesAndJpegLsDataAreNoMarkers) {
   EXPECT_EQ(LengthOfJpeg(stream), stream.size());
 }
 
+TEST(StreamShape, MarkersWithoutALengthHaveNothingBehindThem) {
+  // What a length would be read from is the next marker, which would lead beyond the end.
+  const Bytes stream = Joined({kStart, {0xFF, 0x01}, {0xFF, 0xD0}, kComment, kScan, {0x12}, kEnd});
+  EXPECT_EQ(LengthOfJpeg(stream), stream.size());
+}
+
 TEST(StreamShape, ATruncatedJpegHasNoEnd) {
   const Bytes stream = Joined({kStart, kComment, kScan, {0x12, 0xFF, 0x00}, kEnd});
   for (std::size_t size = 0; size < stream.size(); ++size) {
