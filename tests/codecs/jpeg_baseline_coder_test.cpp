@@ -598,7 +598,7 @@ TEST(JpegBaselineCoder, HostileStreamsAreRefusedSoon) {
       {"quantisation table 4", with(0xDB, 4, 4)},
       {"a quantisation table of 16 bits and more", with(0xDB, 4, 0x20)},
       {"Huffman table 15", with(0xC4, 4, 15)},
-      {"a first coefficient of more than 15 bits", with(0xC4, 21, 16)},
+      {"a first coefficient of more than 15 bits", with(0xC4, 21 + 14, 16)},
       {"a scan with table 4", with(0xDA, 6, 0x40)},
       {"sampling 0", with(0xC0, 11, 0x01)},
       {"sampling 5", with(0xC0, 11, 0x15)},

@@ -654,7 +654,7 @@ TEST(JpegExtendedCoder, HostileStreamsAreRefusedSoon) {
       {"quantisation table 4", with(0xDB, 4, 4)},
       {"a factor of 0", with(0xDB, 10, 0)},
       {"a quantisation table of 16 bits and more", with(0xDB, 4, 0x20)},
-      {"a first coefficient of more than 15 bits", with(0xC4, 21, 16)},
+      {"a first coefficient of more than 15 bits", with(0xC4, 21 + 14, 16)},
       {"Huffman table 15", with(0xC4, 4, 15)},
       {"a scan with table 4", with(0xDA, 6, 0x40)},
       {"a scan with table 1", with(0xDA, 6, 0x11)},

@@ -302,6 +302,27 @@ TEST(DCMObjectCodecs, ASyntaxThatDoesNotStayInTheObjectHoldsForItsFragmentsAllTh
   EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(2));
 }
 
+TEST(DCMObjectCodecs, TheNameInTheObjectGoesBeforeThatOfItsFile) {
+  const TempFolder folder;
+  const std::string path = folder.File("toy.dcm");
+  std::int16_t done = 0;
+  {
+    const auto object = Image(2);
+    ASSERT_EQ(Translate(object, kToy, done), kOk);
+    ASSERT_EQ(object->Save(path), kOk) << LastError().text;
+  }
+  const auto object = NewObject();
+  ASSERT_EQ(object.As<IDcmFile>()->LoadFile(path, LOAD_PIXELS, {}), kOk);
+  const auto name = [&](const char* syntax) {
+    ASSERT_EQ(Put(object, 0x0002, 0x0010, syntax), kOk) << LastError().text;
+  };
+  name("1.2.999.77");
+  EXPECT_FAILS_WITH(Translate(object, String(), done), "Unknown transfer syntax [1.2.999.77]");
+  name(kToy);
+  ASSERT_EQ(Translate(object, String(), done), kOk) << LastError().text;
+  EXPECT_EQ(Raw(object, 0x7FE0, 0x0010), NativePixels(2));
+}
+
 TEST(DCMObjectCodecs, ARefusalIsNoFailureAndSaysWhy) {
   const auto object = Image(1);
   const auto why = [&] {
