@@ -178,6 +178,8 @@ CodecBool tessaret_codec_add_fragment(VR* pixels, const uint8_t* bytes, uint32_t
 /// the element goes. For the data set of the present CompressFrame or DecompressFrame, and in the thread of that call; when the
 /// conversion fails in the end, the engine takes the change back. False, and nothing changes, otherwise, for what is the
 /// engine's (group 0002, (7FE0,0010), element number 0000, group FFFE), and without memory.
+/// Extended offset tables, their lengths and the total length, (7FE0,0001) to (7FE0,0003), go with the pixel data that they are
+/// about: those stay after a conversion that the codec has set in it.
 CodecBool tessaret_codec_set(DICOMObject* object, uint16_t group, uint16_t element, uint16_t type,
                              const uint8_t* bytes, uint32_t length);
 
