@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <new>
 #include <utility>
 #include <vector>
@@ -10,6 +11,7 @@
 #include "failure.h"
 #include "jpeg2000/jpeg2000_header.h"
 #include "jpeg2000/openjpeg_handles.h"
+#include "jpeg2000/tile_decoder.h"
 #include "plausible_size.h"
 #include "samples.h"
 
@@ -163,11 +165,9 @@ float Rate(const FrameFormat& format, std::uint32_t precision, std::uint32_t rat
 
 }  // namespace
 
-DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
-                                   MutableBytes frame) const {
-  const Jpeg2000Header header = ReadJpeg2000Header(stream);
-  RequireSameImage(header, format);
-  RequirePlausibleSize(header.codeStream.size(), format);
+namespace {
+
+void DecodeByLibrary(const Jpeg2000Header& header, const FrameFormat& format, MutableBytes frame) {
   RequireMemory(kSpareBytes + kDecodingBytes * static_cast<std::size_t>(format.Samples()) +
                 kBlockBytes * static_cast<std::size_t>(header.codeBlocks) +
                 2 * header.codeStream.size());
@@ -180,6 +180,31 @@ DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
     Gather<std::uint8_t>(*image, mask, frame);
   } else {
     Gather<std::uint16_t>(*image, mask, frame);
+  }
+}
+
+void DecodeTiles(const Jpeg2000Header& header, const FrameFormat& format, MutableBytes frame) {
+  const auto decoder = std::make_unique<TileDecoder>(header, frame, format.BytesPerSample());
+  std::span<const TilePart> parts = header.tileParts;
+  while (!parts.empty()) {
+    std::size_t count = 1;
+    while (count < parts.size() && parts[count].tile == parts[0].tile) ++count;
+    decoder->Decode(parts.first(count));
+    parts = parts.subspan(count);
+  }
+}
+
+}  // namespace
+
+DecodedFrame Jpeg2000Coder::Decode(Bytes stream, const FrameFormat& format,
+                                   MutableBytes frame) const {
+  const Jpeg2000Header header = ReadJpeg2000Header(stream);
+  RequireSameImage(header, format);
+  RequirePlausibleSize(header.codeStream.size(), format);
+  if (header.isExtended) {
+    DecodeByLibrary(header, format, frame);
+  } else {
+    DecodeTiles(header, format, frame);
   }
   // Above Bits Stored the bits of a signed sample tell nothing, as in native data, unless the stream has signs of its own.
   if (header.isSigned || header.precision < format.bitsStored) {
