@@ -1,6 +1,7 @@
 #include "jpeg2000/block_decoder.h"
 
 #include <algorithm>
+#include <bit>
 
 #include "failure.h"
 #include "jpeg2000/raw_bits.h"
@@ -158,7 +159,7 @@ void BlockDecoder::DecodeSignificance(Source& source, std::uint32_t plane) {
                   if constexpr (Source::kIsRaw) {
                     decision = local.bits.Decode();
                   } else {
-                    decision = local.mq.Decode(contexts[significance[flags >> row & 0x1FF]]);
+                    decision = local.mq.DecodeEven(contexts[significance[flags >> row & 0x1FF]]);
                   }
                   if (decision == 0) continue;
                   const std::uint32_t sign = DecodeSign(local, contexts, at, flags, row);
@@ -251,10 +252,10 @@ void BlockDecoder::CheckSegmentSymbol(MqDecoder& mq) {
 }
 
 void BlockDecoder::ResetContexts() {
-  contexts_.fill(kMqTable[MqStateOf(0)]);
-  contexts_[kFirstSignificance] = kMqTable[MqStateOf(4)];
-  contexts_[kRunLength] = kMqTable[MqStateOf(3)];
-  contexts_[kUniform] = kMqTable[MqStateOf(46)];
+  contexts_.fill(MqStateOf(0));
+  contexts_[kFirstSignificance] = MqStateOf(4);
+  contexts_[kRunLength] = MqStateOf(3);
+  contexts_[kUniform] = MqStateOf(46);
 }
 
 template <bool kIsCausal>

@@ -28,25 +28,25 @@ constexpr Row kRows[] = {{0x5601, 1, 1, true},    {0x3401, 2, 6, false},   {0x18
                          {0x0015, 43, 40, false}, {0x0009, 44, 41, false}, {0x0005, 45, 42, false},
                          {0x0001, 45, 43, false}, {0x5601, 46, 46, false}};
 
-constexpr std::array<MqContext, kMqStates> MakeTable() {
+constexpr std::array<MqState, kMqStates> MakeTable() {
   static_assert(2 * std::size(kRows) == kMqStates);
-  std::array<MqContext, kMqStates> table;
+  std::array<MqState, kMqStates> table;
   for (std::size_t at = 0; at < kMqStates; ++at) {
     const Row& row = kRows[at / 2];
     const std::size_t likely = at % 2;
     const std::size_t other = row.isSwitched ? 1 - likely : likely;
-    table[at] = {.range = std::uint64_t{row.range} << kMqInterval,
-                 .likely = static_cast<std::uint8_t>(likely),
-                 .self = static_cast<std::uint8_t>(at),
-                 .afterMore = static_cast<std::uint8_t>(MqStateOf(row.afterMore) + likely),
-                 .afterLess = static_cast<std::uint8_t>(MqStateOf(row.afterLess) + other)};
+    const std::size_t afterMore = MqStateOf(row.afterMore) + likely;
+    const std::size_t afterLess = MqStateOf(row.afterLess) + other;
+    table[at].range = std::uint64_t{row.range} << kMqInterval;
+    table[at].next =
+        static_cast<std::uint32_t>(at | afterMore << 8 | afterLess << 16 | afterLess << 24);
   }
   return table;
 }
 
 }  // namespace
 
-constinit const std::array<MqContext, kMqStates> kMqTable = MakeTable();
+constinit const std::array<MqState, kMqStates> kMqTable = MakeTable();
 
 MqDecoder::Input MqDecoder::FillByBytes(Input input) {
   while (input.ready <= 32) {

@@ -2,31 +2,31 @@
 #pragma once
 
 #include <array>
-#include <bit>
 #include <cstdint>
 #include <cstring>
 
 namespace tessaret::codecs {
 
-/// A state of a context together with the symbol that is likelier in it. What a decision needs lies side by side.
-struct MqContext {
+/// The state of a context, which has the more likely symbol in it: the lowest bit of its number.
+struct MqState {
   std::uint64_t range = 0;  // of the less likely symbol: Qe, at the interval's place
-  std::uint8_t likely = 0;  // the more likely symbol
-  std::uint8_t self = 0;    // this state's place in the table
-  std::uint8_t afterMore =
-      0;  // the state after the more likely symbol, where the interval became small
-  std::uint8_t afterLess = 0;  // and after the less likely one
+  /// From the lowest byte on the states that follow where the interval stays large, where it becomes small, and, twice, where the less
+  /// likely symbol came.
+  std::uint32_t next = 0;
 };
+
+/// A context is the number of its state.
+using MqContext = std::uint8_t;
 
 /// Where the interval's 16 bits begin.
 inline constexpr std::uint32_t kMqInterval = 48;
 
 /// Two for each row of table C.2: with 0 as the likelier symbol, and with 1.
 inline constexpr std::size_t kMqStates = 94;
-extern const std::array<MqContext, kMqStates> kMqTable;
+extern const std::array<MqState, kMqStates> kMqTable;
 
 /// The place of a row of table C.2 with 0 as the likelier symbol.
-constexpr std::size_t MqStateOf(std::size_t row) { return 2 * row; }
+constexpr MqContext MqStateOf(std::size_t row) { return static_cast<MqContext>(2 * row); }
 
 /// Bytes that the decoder may look at before the first of a segment and behind its last: the former are not FF, the latter all are.
 inline constexpr std::size_t kMqBefore = 1;
@@ -40,33 +40,32 @@ class MqDecoder {
 
   /// The next symbol in this context, which it changes.
   [[gnu::always_inline]] std::uint32_t Decode(MqContext& context) {
-    const std::uint64_t range = context.range;
+    const MqState& state = kMqTable[context];
+    const std::uint64_t range = state.range;
     interval_ -= range;
     if (distance_ <= interval_) [[likely]] {
-      if (static_cast<std::int64_t>(interval_) < 0) [[likely]]
-        return context.likely;
-      return Exchange(context, interval_ < range);
+      if (static_cast<std::int64_t>(interval_) < 0) [[likely]] return context & 1;
+      return Exchange(context, state, interval_ < range);
     }
     distance_ -= interval_;
     const bool isLess = interval_ >= range;
     interval_ = range;
-    return Exchange(context, isLess);
+    return Exchange(context, state, isLess);
   }
 
   /// The same without a branch but for more bytes: better where neither symbol is likely.
   [[gnu::always_inline]] std::uint32_t DecodeEven(MqContext& context) {
-    const std::uint64_t range = context.range;
+    const MqState& state = kMqTable[context];
+    const std::uint64_t range = state.range;
     const std::uint64_t rest = interval_ - range;
-    const bool isLower = distance_ > rest;
-    const std::uint64_t mask = std::uint64_t{0} - std::uint64_t{isLower};
-    const bool isLess = isLower != (rest < range);
+    const auto isLower = static_cast<std::uint32_t>(distance_ > rest);
+    const std::uint64_t mask = std::uint64_t{0} - isLower;
+    const std::uint32_t isLess = isLower ^ static_cast<std::uint32_t>(rest < range);
+    const auto isSmall = static_cast<std::uint32_t>(~rest >> 63);
+    const std::uint32_t symbol = (context & 1) ^ isLess;
+    context = static_cast<MqContext>(state.next >> (isLess * 16 + isSmall * 8));
     interval_ = rest ^ ((rest ^ range) & mask);
     distance_ -= rest & mask;
-    const std::uint32_t symbol = context.likely ^ std::uint32_t{isLess};
-    const bool isSmall = static_cast<std::int64_t>(interval_) >= 0;
-    std::uint32_t next = isSmall ? context.afterMore : context.self;
-    next = isLess ? context.afterLess : next;
-    context = kMqTable[next];
     Widen();
     return symbol;
   }
@@ -78,15 +77,16 @@ class MqDecoder {
     std::int32_t ready;
   };
 
-  [[gnu::always_inline]] std::uint32_t Exchange(MqContext& context, bool isLess) {
-    const std::uint32_t symbol = context.likely ^ std::uint32_t{isLess};
-    context = kMqTable[isLess ? context.afterLess : context.afterMore];
+  [[gnu::always_inline]] std::uint32_t Exchange(MqContext& context, const MqState& state,
+                                                bool isLess) {
+    const std::uint32_t symbol = (context & 1U) ^ std::uint32_t{isLess};
+    context = static_cast<MqContext>(state.next >> (isLess ? 16 : 8));
     Widen();
     return symbol;
   }
 
   [[gnu::always_inline]] void Widen() {
-    const int shift = std::countl_zero(interval_);
+    const int shift = __builtin_clzll(interval_);  // never 0
     interval_ <<= shift;
     distance_ <<= shift;
     ready_ -= shift;
