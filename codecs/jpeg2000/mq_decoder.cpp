@@ -28,17 +28,17 @@ constexpr Row kRows[] = {{0x5601, 1, 1, true},    {0x3401, 2, 6, false},   {0x18
                          {0x0015, 43, 40, false}, {0x0009, 44, 41, false}, {0x0005, 45, 42, false},
                          {0x0001, 45, 43, false}, {0x5601, 46, 46, false}};
 
-constexpr std::array<MqState, kMqStates> MakeTable() {
+constexpr MqTable MakeTable() {
   static_assert(2 * std::size(kRows) == kMqStates);
-  std::array<MqState, kMqStates> table;
+  MqTable table{};
   for (std::size_t at = 0; at < kMqStates; ++at) {
     const Row& row = kRows[at / 2];
     const std::size_t likely = at % 2;
     const std::size_t other = row.isSwitched ? 1 - likely : likely;
     const std::size_t afterMore = MqStateOf(row.afterMore) + likely;
     const std::size_t afterLess = MqStateOf(row.afterLess) + other;
-    table[at].range = std::uint64_t{row.range} << kMqInterval;
-    table[at].next =
+    table.ranges[at] = std::uint64_t{row.range} << kMqInterval;
+    table.next[at] =
         static_cast<std::uint32_t>(at | afterMore << 8 | afterLess << 16 | afterLess << 24);
   }
   return table;
@@ -46,7 +46,7 @@ constexpr std::array<MqState, kMqStates> MakeTable() {
 
 }  // namespace
 
-constinit const std::array<MqState, kMqStates> kMqTable = MakeTable();
+constinit const MqTable kMqTable = MakeTable();
 
 MqDecoder::Input MqDecoder::FillByBytes(Input input) {
   while (input.ready <= 32) {

@@ -7,12 +7,13 @@
 
 namespace tessaret::codecs {
 
-/// The state of a context, which has the more likely symbol in it: the lowest bit of its number.
-struct MqState {
-  std::uint64_t range = 0;  // of the less likely symbol: Qe, at the interval's place
+/// By the number of a state, of which the lowest bit is the more likely symbol.
+inline constexpr std::size_t kMqStates = 94;
+struct MqTable {
+  std::array<std::uint64_t, kMqStates> ranges;  // of the less likely symbol: Qe, at the interval's place
   /// From the lowest byte on the states that follow where the interval stays large, where it becomes small, and, twice, where the less
   /// likely symbol came.
-  std::uint32_t next = 0;
+  std::array<std::uint32_t, kMqStates> next;
 };
 
 /// A context is the number of its state.
@@ -22,8 +23,7 @@ using MqContext = std::uint8_t;
 inline constexpr std::uint32_t kMqInterval = 48;
 
 /// Two for each row of table C.2: with 0 as the likelier symbol, and with 1.
-inline constexpr std::size_t kMqStates = 94;
-extern const std::array<MqState, kMqStates> kMqTable;
+extern const MqTable kMqTable;
 
 /// The place of a row of table C.2 with 0 as the likelier symbol.
 constexpr MqContext MqStateOf(std::size_t row) { return static_cast<MqContext>(2 * row); }
@@ -40,30 +40,37 @@ class MqDecoder {
 
   /// The next symbol in this context, which it changes.
   [[gnu::always_inline]] std::uint32_t Decode(MqContext& context) {
-    const MqState& state = kMqTable[context];
-    const std::uint64_t range = state.range;
+    const std::uint64_t range = kMqTable.ranges[context];
     interval_ -= range;
     if (distance_ <= interval_) [[likely]] {
       if (static_cast<std::int64_t>(interval_) < 0) [[likely]] return context & 1;
-      return Exchange(context, state, interval_ < range);
+      return Exchange(context, interval_ < range);
     }
     distance_ -= interval_;
     const bool isLess = interval_ >= range;
     interval_ = range;
-    return Exchange(context, state, isLess);
+    return Exchange(context, isLess);
   }
 
   /// The same without a branch but for more bytes: better where neither symbol is likely.
   [[gnu::always_inline]] std::uint32_t DecodeEven(MqContext& context) {
-    const MqState& state = kMqTable[context];
-    const std::uint64_t range = state.range;
+    std::uint32_t state = context;
+    const std::uint32_t symbol = DecodeState(state);
+    context = static_cast<MqContext>(state);
+    return symbol;
+  }
+
+  /// The same for who keeps the context's state elsewhere. Above the lowest byte there is something else then.
+  [[gnu::always_inline]] std::uint32_t DecodeState(std::uint32_t& state) {
+    const std::uint64_t range = kMqTable.ranges[state];
+    const std::uint32_t next = kMqTable.next[state];
     const std::uint64_t rest = interval_ - range;
     const auto isLower = static_cast<std::uint32_t>(distance_ > rest);
     const std::uint64_t mask = std::uint64_t{0} - isLower;
     const std::uint32_t isLess = isLower ^ static_cast<std::uint32_t>(rest < range);
     const auto isSmall = static_cast<std::uint32_t>(~rest >> 63);
-    const std::uint32_t symbol = (context & 1) ^ isLess;
-    context = static_cast<MqContext>(state.next >> (isLess * 16 + isSmall * 8));
+    const std::uint32_t symbol = (state & 1) ^ isLess;
+    state = next >> (isLess * 16 + isSmall * 8);
     interval_ = rest ^ ((rest ^ range) & mask);
     distance_ -= rest & mask;
     Widen();
@@ -77,10 +84,9 @@ class MqDecoder {
     std::int32_t ready;
   };
 
-  [[gnu::always_inline]] std::uint32_t Exchange(MqContext& context, const MqState& state,
-                                                bool isLess) {
+  [[gnu::always_inline]] std::uint32_t Exchange(MqContext& context, bool isLess) {
     const std::uint32_t symbol = (context & 1U) ^ std::uint32_t{isLess};
-    context = static_cast<MqContext>(state.next >> (isLess ? 16 : 8));
+    context = static_cast<MqContext>(kMqTable.next[context] >> (isLess ? 16 : 8));
     Widen();
     return symbol;
   }
