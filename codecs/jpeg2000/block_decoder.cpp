@@ -224,8 +224,8 @@ void BlockDecoder::DecodeCleanup(MqDecoder& mq, std::uint32_t plane) {
                     rows & ~static_cast<std::uint32_t>(flags >> kOwn | flags >> kVisited);
                 if ((flags & (kAround | kAllVisited)) == 0 && rows == kEachRow) {
                   if (local.mq.Decode(contexts[kRunLength]) == 0) continue;
-                  std::uint32_t run = local.mq.Decode(contexts[kUniform]) << 1;
-                  run |= local.mq.Decode(contexts[kUniform]);
+                  std::uint32_t run = local.mq.DecodeEven(contexts[kUniform]) << 1;
+                  run |= local.mq.DecodeEven(contexts[kUniform]);
                   const std::uint32_t row = 3 * run;
                   const std::uint32_t sign = DecodeSign(local, contexts, at, flags, row);
                   coefficients[run] = FirstValue(plane, sign);
@@ -234,7 +234,8 @@ void BlockDecoder::DecodeCleanup(MqDecoder& mq, std::uint32_t plane) {
                 }
                 for (; left != 0; left &= left - 1) {
                   const std::uint32_t row = LowestBit(left);
-                  if (local.mq.Decode(contexts[significance[flags >> row & 0x1FF]]) == 0) continue;
+                  if (local.mq.DecodeEven(contexts[significance[flags >> row & 0x1FF]]) == 0)
+                    continue;
                   const std::uint32_t sign = DecodeSign(local, contexts, at, flags, row);
                   coefficients[RowAt(row)] = FirstValue(plane, sign);
                   Spread<kIsCausal>(at, flags, stride, row, sign);

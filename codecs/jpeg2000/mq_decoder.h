@@ -10,7 +10,8 @@ namespace tessaret::codecs {
 /// By the number of a state, of which the lowest bit is the more likely symbol.
 inline constexpr std::size_t kMqStates = 94;
 struct MqTable {
-  std::array<std::uint64_t, kMqStates> ranges;  // of the less likely symbol: Qe, at the interval's place
+  std::array<std::uint64_t, kMqStates>
+      ranges;  // of the less likely symbol: Qe, at the interval's place
   /// From the lowest byte on the states that follow where the interval stays large, where it becomes small, and, twice, where the less
   /// likely symbol came.
   std::array<std::uint32_t, kMqStates> next;
@@ -43,7 +44,8 @@ class MqDecoder {
     const std::uint64_t range = kMqTable.ranges[context];
     interval_ -= range;
     if (distance_ <= interval_) [[likely]] {
-      if (static_cast<std::int64_t>(interval_) < 0) [[likely]] return context & 1;
+      if (static_cast<std::int64_t>(interval_) < 0) [[likely]]
+        return context & 1;
       return Exchange(context, interval_ < range);
     }
     distance_ -= interval_;
