@@ -246,10 +246,12 @@ void BlockDecoder::DecodeCleanup(MqDecoder& mq, std::uint32_t plane) {
   mq = local.mq;
 }
 
-void BlockDecoder::CheckSegmentSymbol(MqDecoder& mq) {
+void BlockDecoder::CheckSegmentSymbol(MqDecoder& mq, std::uint32_t pass) {
   std::uint32_t symbol = 0;
   for (int bit = 0; bit < 4; ++bit) symbol = symbol << 1 | mq.Decode(contexts_[kUniform]);
-  if (symbol != 0xA) Fail("a segment symbol of the code stream is %X", symbol);
+  // What was cut to some rate may end a little early in its last pass.
+  const bool isCut = pass + 1 == passes_ && pass + 3 < 3 * shape_.planes;
+  if (symbol != 0xA && !isCut) Fail("a segment symbol of the code stream is %X", symbol);
 }
 
 void BlockDecoder::ResetContexts() {
@@ -273,7 +275,7 @@ void BlockDecoder::DecodeMqPasses(std::uint32_t pass, std::uint32_t end) {
         break;
       case kCleanup:
         DecodeCleanup<kIsCausal>(source.mq, plane);
-        if ((shape_.style & kSegmentSymbols) != 0) CheckSegmentSymbol(source.mq);
+        if ((shape_.style & kSegmentSymbols) != 0) CheckSegmentSymbol(source.mq, pass);
         break;
     }
     if ((shape_.style & kResetContexts) != 0) ResetContexts();
@@ -306,8 +308,11 @@ void BlockDecoder::Begin(const BlockShape& shape) {
 
 void BlockDecoder::Decode(const BlockShape& shape, std::span<const BlockPart> parts) {
   Begin(shape);
+  passes_ = 0;
+  for (const BlockPart& part : parts) passes_ += part.passes;
+  const std::uint32_t all = shape.planes == 0 ? 0 : 3 * shape.planes - 2;
   std::uint32_t pass = 0;
-  while (!parts.empty()) {
+  while (!parts.empty() && pass < all) {
     const std::uint32_t most = EndOfPasses(pass, shape.style);
     std::uint32_t end = pass;
     segment_.assign(kMqBefore, 0);
@@ -317,11 +322,12 @@ void BlockDecoder::Decode(const BlockShape& shape, std::span<const BlockPart> pa
       parts = parts.subspan(1);
     }
     segment_.resize(segment_.size() + kMqBehind, 0xFF);
+    const std::uint32_t wanted = std::min(end, all);
     const bool isCausal = (shape.style & kVerticallyCausal) != 0;
     if (IsRaw(pass, shape.style)) {
-      isCausal ? DecodeRawPasses<true>(pass, end) : DecodeRawPasses<false>(pass, end);
+      isCausal ? DecodeRawPasses<true>(pass, wanted) : DecodeRawPasses<false>(pass, wanted);
     } else {
-      isCausal ? DecodeMqPasses<true>(pass, end) : DecodeMqPasses<false>(pass, end);
+      isCausal ? DecodeMqPasses<true>(pass, wanted) : DecodeMqPasses<false>(pass, wanted);
     }
     pass = end;
   }

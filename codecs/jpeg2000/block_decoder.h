@@ -46,8 +46,8 @@ struct BlockPart {
 /// Large, and of use for any number of blocks one after the other.
 class BlockDecoder {
  public:
-  /// What Coefficients() are once the block's passes were decoded. Throws CodecFailure where a segment symbol is wrong. There are no
-  /// more passes than the planes have.
+  /// What Coefficients() are once the block's passes were decoded. Passes of planes that there are none of tell nothing. Throws CodecFailure
+  /// where a segment symbol is wrong.
   void Decode(const BlockShape& shape, std::span<const BlockPart> parts);
 
   /// Four rows at a time lie column by column: [row / 4][column][row % 4]. The highest bit is the sign, the others are twice the size,
@@ -67,14 +67,15 @@ class BlockDecoder {
   void DecodeRefinement(Bits& bits, std::uint32_t plane);
   template <bool kIsCausal>
   void DecodeCleanup(MqDecoder& mq, std::uint32_t plane);
-  void CheckSegmentSymbol(MqDecoder& mq);
+  void CheckSegmentSymbol(MqDecoder& mq, std::uint32_t pass);
 
   static constexpr std::size_t kMostCoefficients = 4096;
   /// A column of four rows each, with one more on each side.
   static constexpr std::size_t kMostColumns = (1024 + 2) * 3;
 
   BlockShape shape_;
-  std::size_t stride_ = 0;  // of strips of four rows
+  std::uint32_t passes_ = 0;  // that there are
+  std::size_t stride_ = 0;    // of strips of four rows
   const SignificanceContexts* significance_ = nullptr;
   std::array<MqContext, kBlockContexts> contexts_;
   std::array<std::uint64_t, kMostColumns> flags_;

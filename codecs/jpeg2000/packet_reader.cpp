@@ -16,6 +16,9 @@ constexpr std::uint32_t kPacketHeaderEnd = 0xFF92;
 constexpr std::uint32_t kFirstLengthBits = 3;
 constexpr std::uint32_t kMostLengthBits = 32;
 
+/// Some encoders have passes of planes that there are none of, but not as many.
+constexpr std::uint32_t kMostPasses = 500;
+
 /// More planes may lack than any block has.
 constexpr std::uint32_t kMostMissingPlanes = 1000;
 
@@ -62,9 +65,8 @@ bool PacketReader::IsIncluded(const Precinct& precinct, const PrecinctBand& part
 void PacketReader::ReadBlock(const Precinct& precinct, CodeBlock& block, PacketBits& bits) {
   const std::uint32_t style = parameters_.components[precinct.component].blockStyle;
   std::uint32_t passes = ReadPasses(bits);
-  if (block.passes + passes + 2 > 3U * block.planes) {
-    Fail("a code block of %u bit planes has %u passes", unsigned{block.planes},
-         block.passes + passes);
+  if (block.passes + passes > kMostPasses) {
+    Fail("a code block has %u passes", block.passes + passes);
   }
   while (bits.Read()) {
     if (++block.lengthBits > kMostLengthBits) Fail("a length of more than 32 bits in a packet");

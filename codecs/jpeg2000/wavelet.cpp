@@ -91,7 +91,7 @@ void Lift(Lines<float> lines) {
 }
 
 /// A signal of one sample: a low one is itself, a high one twice that.
-std::int32_t Alone(std::int32_t value) { return value >> 1; }
+std::int32_t Alone(std::int32_t value) { return value / 2; }
 float Alone(float value) { return value / 2; }
 
 template <std::size_t kWidth, class Sample>
