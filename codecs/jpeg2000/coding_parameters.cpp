@@ -59,8 +59,9 @@ Quantisation ReadSteps(Bytes segment) {
   quantisation.isDerived = kind == kDerived;
   segment = segment.subspan(1);
   const std::size_t width = kind == kNone ? 1 : 2;
-  if (segment.size() < width || segment.size() % width != 0)
-    Fail("a quantisation is of a wrong size");
+  const bool isWhole =
+      kind == kDerived ? segment.size() == width : !segment.empty() && segment.size() % width == 0;
+  if (!isWhole) Fail("a quantisation is of a wrong size");
   // More than there may be bands tell nothing.
   const std::size_t count = kind == kDerived ? 1 : std::min(segment.size() / width, kMostBands);
   for (std::size_t at = 0; at < count; ++at) {
@@ -108,6 +109,7 @@ ComponentParameters& CodingParameters::Component(std::uint32_t index, const char
 void CodingParameters::ReadStyle(Bytes segment) {
   constexpr std::size_t kFixed = 5;
   if (segment.size() < kFixed) Fail("a coding style of %zu bytes", segment.size());
+  if (segment[0] > 7) Fail("the code stream has coding style %u", unsigned{segment[0]});
   order = OrderOf(segment[1]);
   layers = LoadBig16(&segment[2]);
   if (layers == 0) Fail("the code stream has no layers");

@@ -18,11 +18,17 @@ enum Marker : std::uint32_t {
   kStartOfCodeStream = 0xFF4F,
   kCapabilities = 0xFF50,  // of high throughput
   kSize = 0xFF51,
+  kTileLengths = 0xFF55,
+  kPacketLengths = 0xFF57,
+  kTilePacketLengths = 0xFF58,
   kPackedHeaders = 0xFF60,
   kPackedTileHeaders = 0xFF61,
+  kRegistration = 0xFF63,
   kFirstExtension = 0xFF72,  // of ISO/IEC 15444-2
   kLastExtension = 0xFF7F,
   kStartOfTilePart = 0xFF90,
+  kStartOfPacket = 0xFF91,
+  kEndOfPacketHeader = 0xFF92,
   kStartOfData = 0xFF93,
   kEndOfCodeStream = 0xFFD9,
 };
@@ -59,6 +65,34 @@ std::uint64_t AllPrecincts(const GridDirection& size, std::uint32_t shift, std::
   return count;
 }
 
+/// What a marker has to do in the main header, or in a tile part's: a wrong place tells that bytes are not what they were.
+bool IsMisplaced(std::uint32_t marker, bool isMain) {
+  switch (marker) {
+    case kTileLengths:
+    case kPacketLengths:
+    case kRegistration:
+    case kCapabilities:
+      return !isMain;
+    case kTilePacketLengths:
+    case kStartOfData:
+      return isMain;
+    case kStartOfCodeStream:
+    case kStartOfTilePart:
+    case kStartOfPacket:
+    case kEndOfPacketHeader:
+    case kEndOfCodeStream:
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// What there was of a tile's parts, and the number that they told, where they did.
+struct PartCount {
+  std::uint16_t found = 0;
+  std::uint8_t announced = 0;
+};
+
 class Walk {
  public:
   explicit Walk(Bytes stream) : stream_(stream) {}
@@ -70,7 +104,9 @@ class Walk {
   Bytes NextSegment();
   void ReadSize(Bytes segment);
   void ReadComponents(Bytes segment);
-  void ReadHeaderSegment(std::uint32_t marker, Bytes segment, CodingParameters& parameters);
+  void ReadHeaderSegment(std::uint32_t marker, bool isMain, CodingParameters& parameters);
+  void CountPart(std::uint32_t tile, std::uint32_t part, std::uint32_t announced);
+  void RequireAllParts() const;
   void AddStyles(const CodingParameters& parameters);
   void RequirePlausibleTiles() const;
   void RequirePlausiblePackets();
@@ -83,7 +119,7 @@ class Walk {
   Jpeg2000Header header_;
   std::uint32_t layers_ = 0;  // the most of any tile
   std::vector<Partition> styles_;
-  std::vector<std::uint16_t> partsOfTiles_;  // how many there were
+  std::vector<PartCount> partsOfTiles_;
 };
 
 std::uint32_t Walk::NextMarker() {
@@ -159,7 +195,9 @@ void Walk::RequirePlausibleTiles() const {
   }
 }
 
-void Walk::ReadHeaderSegment(std::uint32_t marker, Bytes segment, CodingParameters& parameters) {
+void Walk::ReadHeaderSegment(std::uint32_t marker, bool isMain, CodingParameters& parameters) {
+  if (IsMisplaced(marker, isMain)) Fail("marker %04X in a header of the code stream", marker);
+  const Bytes segment = NextSegment();
   switch (marker) {
     case kPackedHeaders:
     case kPackedTileHeaders:
@@ -253,6 +291,30 @@ void Walk::RequirePlausibleBlocks(const Partition& style) {
   header_.codeBlocks = std::max(header_.codeBlocks, blocks);
 }
 
+void Walk::CountPart(std::uint32_t tile, std::uint32_t part, std::uint32_t announced) {
+  PartCount& count = partsOfTiles_[tile];
+  if (part == 0 && count.found != 0) Fail("tile %u begins twice", tile);
+  if (part != 0 && count.found == 0) Fail("tile %u does not begin", tile);
+  // Some encoders announce one less than there are.
+  if (part != count.found || (announced != 0 && part > announced)) {
+    Fail("part %u of tile %u comes where part %u of %u should", part, tile, unsigned{count.found},
+         announced);
+  }
+  ++count.found;
+  count.announced = std::max(count.announced, static_cast<std::uint8_t>(announced));
+}
+
+void Walk::RequireAllParts() const {
+  for (std::size_t tile = 0; tile < partsOfTiles_.size(); ++tile) {
+    const PartCount& count = partsOfTiles_[tile];
+    if (count.found == 0) Fail("the code stream does not have all of its tiles");
+    if (count.found < count.announced) {
+      Fail("tile %zu has %u of its %u parts", tile, unsigned{count.found},
+           unsigned{count.announced});
+    }
+  }
+}
+
 /// From behind its marker to its end.
 void Walk::ReadTilePart() {
   const std::size_t begin = at_ - 2;
@@ -261,14 +323,7 @@ void Walk::ReadTilePart() {
   const std::uint32_t tile = LoadBig16(segment.data());
   const std::size_t size = LoadBig32(&segment[2]);
   if (tile >= partsOfTiles_.size()) Fail("tile %u of %zu", tile, partsOfTiles_.size());
-  std::uint16_t& count = partsOfTiles_[tile];
-  if (segment[6] == 0 && count != 0) Fail("tile %u begins twice", tile);
-  if (segment[6] != 0 && count == 0) Fail("tile %u does not begin", tile);
-  if (segment[6] != count) {
-    Fail("part %u of tile %u comes where part %u should", unsigned{segment[6]}, tile,
-         unsigned{count});
-  }
-  ++count;
+  CountPart(tile, segment[6], segment[7]);
   const std::size_t headers = at_;
   const bool hasHeaders = stream_.size() - at_ < 2 || LoadBig16(&stream_[at_]) != kStartOfData;
   CodingParameters parameters;
@@ -277,7 +332,7 @@ void Walk::ReadTilePart() {
   for (;;) {
     const std::uint32_t marker = NextMarker();
     if (marker == kStartOfData) break;
-    ReadHeaderSegment(marker, NextSegment(), parameters);
+    ReadHeaderSegment(marker, false, parameters);
   }
   const Bytes segments = stream_.subspan(headers, at_ - 2 - headers);
   std::size_t end = begin + size;
@@ -306,7 +361,7 @@ Jpeg2000Header Walk::Run() {
   std::uint32_t marker = NextMarker();
   header_.parameters.componentCount = header_.components;
   for (; marker != kStartOfTilePart; marker = NextMarker()) {
-    ReadHeaderSegment(marker, NextSegment(), header_.parameters);
+    ReadHeaderSegment(marker, true, header_.parameters);
   }
   if (header_.parameters.layers == 0) Fail("the code stream has no coding style");
   RequirePlausiblePackets();
@@ -327,9 +382,7 @@ Jpeg2000Header Walk::Run() {
   if (marker != kEndOfCodeStream) {
     Fail("marker %04X behind a tile part of the code stream", marker);
   }
-  if (std::find(partsOfTiles_.begin(), partsOfTiles_.end(), 0) != partsOfTiles_.end()) {
-    Fail("the code stream does not have all of its tiles");
-  }
+  RequireAllParts();
   RequirePlausiblePackets();
   std::stable_sort(
       header_.tileParts.begin(), header_.tileParts.end(),

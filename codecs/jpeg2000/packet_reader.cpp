@@ -16,8 +16,8 @@ constexpr std::uint32_t kPacketHeaderEnd = 0xFF92;
 constexpr std::uint32_t kFirstLengthBits = 3;
 constexpr std::uint32_t kMostLengthBits = 32;
 
-/// Some encoders have passes of planes that there are none of, but not as many.
-constexpr std::uint32_t kMostPasses = 500;
+/// Of the most planes that a quantisation can mean. Some encoders have more passes than their own planes.
+constexpr std::uint32_t kMostPasses = 109;
 
 /// More planes may lack than any block has.
 constexpr std::uint32_t kMostMissingPlanes = 1000;
@@ -130,6 +130,8 @@ void PacketReader::Read(Bytes data, std::vector<PacketPart>& parts) {
   data_ = data;
   parts_ = &parts;
   ForPackets(parameters_, tile_, [this](Precinct& precinct) {
+    const bool hasMarkers = parameters_.hasPacketStarts || parameters_.hasPacketHeaderEnds;
+    if (data_.empty() && hasMarkers) Fail("packets of the code stream are not there");
     if (data_.empty()) return false;
     ReadPacket(precinct);
     return true;

@@ -17,7 +17,8 @@ struct SamplePlane {
   std::vector<float> reals;
 };
 
-/// Turns the first three planes back into red, green and blue. Throws CodecFailure where they are of different kinds.
+/// Turns the first three planes, where there are as many, back into red, green and blue. Throws CodecFailure where they are of
+/// different kinds.
 void TransformColoursBack(std::span<SamplePlane> planes);
 
 struct SampleFormat {
