@@ -25,7 +25,7 @@ constexpr float kBeta = -0.052980118F;
 constexpr float kGamma = 0.882911075F;
 constexpr float kDelta = 0.443506852F;
 constexpr float kScale = 1.230174105F;
-/// With what the bands' gain of two has in it this is the usual constant, so that results are the same to the bit.
+/// A thirty-thousandth below 1 / K, as other decoders have it, so that pixels are the same as theirs to the bit.
 constexpr float kHighScale = 1.625732422F / 2;
 
 /// Lines of samples with low and high frequencies, of which one is made to be between those of the other kind. `low` and `high` have a
