@@ -21,17 +21,20 @@ using test::Octets;
 struct Row {
   const char* syntax;
   FrameFormat format;
+  bool isOnlyDecoded = false;
 };
 
-/// But for JPEG 2000: the library beneath writes through null where it has no memory.
+/// JPEG 2000 is encoded by a library that writes through null where it has no memory.
 std::vector<Row> Rows() {
   const FrameFormat gray8 = test::MakeFormat(40, 24, 1, 8, 8);
   const FrameFormat rgb = test::MakeFormat(40, 24, 3, 8, 8);
   const FrameFormat gray12 = test::MakeFormat(40, 24, 1, 16, 12);
-  return {
-      {test::kRle, gray12},          {test::kJpegBaseline, gray8}, {test::kJpegBaseline, rgb},
-      {test::kJpegExtended, gray12}, {test::kJpegLossless, rgb},   {test::kJpegFirstOrder, gray12},
-      {test::kJpegLs, gray12},       {test::kJpegLs, rgb},         {test::kJpegLsNear, gray8}};
+  return {{test::kRle, gray12},         {test::kJpegBaseline, gray8},
+          {test::kJpegBaseline, rgb},   {test::kJpegExtended, gray12},
+          {test::kJpegLossless, rgb},   {test::kJpegFirstOrder, gray12},
+          {test::kJpegLs, gray12},      {test::kJpegLs, rgb},
+          {test::kJpegLsNear, gray8},   {test::kJpeg2000, gray12, true},
+          {test::kJpeg2000, rgb, true}, {test::kJpeg2000Lossy, gray8, true}};
 }
 
 /// Runs `act`, which may fail with words, on a copy of `object` for every allocation that may fail in it. How many these are.
@@ -71,11 +74,13 @@ TEST(CodecMemory, WithoutMemoryAtAnyMomentTheObjectStaysAsItWas) {
     DcmCompEngine keeper(test::Registry());
     const auto object = test::NewImage(row.format, frames);
     ASSERT_TRUE(keeper.CanCompress(object.get(), row.syntax, nullptr)) << keeper.ErrorText;
-    const std::uint64_t encoding =
-        FailEveryStep(*object, [&](DcmCompEngine& engine, DICOMObject& copy) {
-          return engine.Compress(&copy, row.syntax, nullptr);
-        });
-    EXPECT_GT(encoding, 10u);
+    std::uint64_t encoding = 0;
+    if (!row.isOnlyDecoded) {
+      encoding = FailEveryStep(*object, [&](DcmCompEngine& engine, DICOMObject& copy) {
+        return engine.Compress(&copy, row.syntax, nullptr);
+      });
+      EXPECT_GT(encoding, 10u);
+    }
     ASSERT_TRUE(keeper.Compress(object.get(), row.syntax, nullptr)) << keeper.ErrorText;
     const std::uint64_t decoding =
         FailEveryStep(*object, [&](DcmCompEngine& engine, DICOMObject& copy) {

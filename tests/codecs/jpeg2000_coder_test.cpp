@@ -8,6 +8,7 @@
 
 #include "base/byte_order.h"
 #include "codecs/frame_maker.h"
+#include "codecs/openjpeg_files.h"
 #include "codecs/peer_files.h"
 #include "jpeg2000/jpeg2000_header.h"
 #include "support/allocation_failure.h"
@@ -19,6 +20,8 @@ namespace tessaret::codecs {
 namespace {
 
 using tessaret::test::TempFolder;
+using test::ByPlane;
+using test::RawOption;
 using testing::HasSubstr;
 using Stream = std::vector<std::uint8_t>;
 
@@ -46,25 +49,6 @@ std::vector<std::uint8_t> Decoded(Bytes stream, const FrameFormat& format) {
 
 std::string WordsOfDecoding(Bytes stream, const FrameFormat& format) {
   return test::WordsOf([&] { Decoded(stream, format); });
-}
-
-/// As the programs of OpenJPEG have raw files: by plane.
-std::vector<std::uint8_t> ByPlane(Bytes frame, const FrameFormat& format) {
-  std::vector<std::uint8_t> planes(frame.size());
-  const std::size_t width = format.BytesPerSample();
-  const auto pixels = static_cast<std::size_t>(format.Pixels());
-  for (std::size_t at = 0; at < format.Samples(); ++at) {
-    const std::size_t place = at % format.samples * pixels + at / format.samples;
-    std::copy_n(&frame[at * width], width, &planes[place * width]);
-  }
-  return planes;
-}
-
-/// The option by which opj_compress learns what is in a raw file.
-std::string RawOption(const FrameFormat& format) {
-  return " -F " + std::to_string(format.columns) + "," + std::to_string(format.rows) + "," +
-         std::to_string(format.samples) + "," + std::to_string(format.bitsStored) + "," +
-         (format.isSigned ? "s" : "u");
 }
 
 /// How many resolutions the least side has room for.
@@ -438,6 +422,95 @@ TEST(Jpeg2000Coder, RefusesHeadersOfOtherImagesAndNonsense) {
               HasSubstr("1 components, the data set 3 samples"));
   EXPECT_THAT(WordsOfDecoding(kEmpty, test::MakeFormat(4, 4, 1, 32, 32)),
               HasSubstr("32 bits allocated"));
+}
+
+/// The empty stream with other bytes for its packet.
+Stream WithPacket(const Stream& from, std::initializer_list<std::uint8_t> packet) {
+  Stream stream = from;
+  stream.resize(stream.size() - 3);
+  stream.insert(stream.end(), packet);
+  stream.insert(stream.end(), {0xFF, 0xD9});
+  StoreBig32(&stream[kTilePartAt + 6], static_cast<std::uint32_t>(14 + packet.size()));
+  return stream;
+}
+
+TEST(Jpeg2000Coder, RefusesPacketsThatSayWhatCannotBe) {
+  const FrameFormat format = test::MakeFormat(4, 4, 1, 8, 8);
+  constexpr std::size_t kGuardBitsAt = kStyleAt + 14;
+  Stream deep = kEmpty;  // 31 and 7 - 1 bit planes
+  deep[kGuardBitsAt] = 0xE0;
+  deep[kGuardBitsAt + 1] = 0xF8;
+  const Refusal refusals[] = {
+      {WithPacket(kEmpty, {0xC0}), "ends within a packet"},
+      {WithPacket(kEmpty, {0xFF}), "ends within a packet"},
+      // There is something, the block is in it, and nine planes are missing of nine: none, with a pass and no bytes.
+      {WithPacket(kEmpty, {0b11000000, 0b00010000, 0}), ""},
+      {WithPacket(kEmpty, {0b11000000, 0b00001000, 0}), "fewer than no bit planes"},
+      {WithPacket(deep, {0b11100000}), "37 bit planes"},
+      // 164 passes.
+      {WithPacket(kEmpty, {0b11111111, 0b01111111, 0b11110000}), "164 passes"},
+      // One pass whose length has 3 bits and one for each of 30 more.
+      {WithPacket(kEmpty, {0b11101111, 0b11111111, 0b01111111, 0b11111111, 0b01111111, 0xFF, 0}),
+       "a length of more than 32 bits"},
+      // One pass of seven bytes, of which there are two.
+      {WithPacket(kEmpty, {0b11100111, 1, 2}), "ends within a packet"},
+      // The packet is whole, and there is no other: more bytes tell nothing.
+      {WithPacket(kEmpty, {0, 1, 2, 3}), ""},
+      {Changed(kStyleAt, {2}), "marker FF91 of a packet is not there"},
+      {Changed(kStyleAt, {4}), "marker FF92 of a packet is not there"},
+      {Changed(kStyleAt, {8}), "coding style 8"},
+  };
+  for (const Refusal& refusal : refusals) {
+    const std::string words = WordsOfDecoding(refusal.stream, format);
+    EXPECT_THAT(words, HasSubstr(refusal.words));
+    EXPECT_EQ(words.empty(), *refusal.words == '\0') << words;
+  }
+  // Without a byte a packet is left out, but not where markers are announced for it.
+  Stream none = WithPacket(kEmpty, {});
+  EXPECT_EQ(WordsOfDecoding(none, format), "");
+  none[kStyleAt] = 4;
+  EXPECT_THAT(WordsOfDecoding(none, format), HasSubstr("packets of the code stream are not there"));
+}
+
+TEST(Jpeg2000Coder, RefusesPartsOfTilesThatAreAnnouncedAndNotThere) {
+  const FrameFormat format = test::MakeFormat(4, 4, 1, 8, 8);
+  constexpr std::size_t kPartsAt = kTilePartAt + 11;
+  EXPECT_THAT(WordsOfDecoding(Changed(kPartsAt, {2}), format),
+              HasSubstr("tile 0 has 1 of its 2 parts"));
+  EXPECT_EQ(WordsOfDecoding(Changed(kPartsAt, {0}), format), "");
+  const auto withSecond = [](std::uint8_t part, std::uint8_t announced) {
+    Stream stream = kEmpty;
+    const Stream second = {0xFF, 0x90, 0, 10, 0, 0, 0, 0, 0, 14, part, announced, 0xFF, 0x93};
+    stream.insert(stream.end() - 2, second.begin(), second.end());
+    return stream;
+  };
+  EXPECT_EQ(WordsOfDecoding(withSecond(1, 2), format), "");
+  EXPECT_EQ(WordsOfDecoding(withSecond(1, 1), format), "") << "one less than there are";
+  EXPECT_THAT(WordsOfDecoding(withSecond(1, 3), format), HasSubstr("tile 0 has 2 of its 3 parts"));
+  EXPECT_THAT(WordsOfDecoding(withSecond(2, 3), format),
+              HasSubstr("part 2 of tile 0 comes where part 1"));
+  EXPECT_THAT(WordsOfDecoding(withSecond(0, 2), format), HasSubstr("tile 0 begins twice"));
+}
+
+TEST(Jpeg2000Coder, RefusesMarkersInPlacesOfOthers) {
+  const FrameFormat format = test::MakeFormat(4, 4, 1, 8, 8);
+  EXPECT_THAT(WordsOfDecoding(WithSegment({0xFF, 0x58, 0, 3, 0}), format),
+              HasSubstr("marker FF58 in a header"));
+  EXPECT_THAT(WordsOfDecoding(WithSegment({0xFF, 0x91, 0, 4, 0, 0}), format),
+              HasSubstr("marker FF91 in a header"));
+  EXPECT_THAT(WordsOfDecoding(WithSegment({0xFF, 0x93, 0, 4, 0, 0}), format),
+              HasSubstr("marker FF93 in a header"));
+  Stream inTile = kEmpty;
+  inTile.insert(inTile.end() - 5, {0xFF, 0x55, 0, 4, 0, 0});
+  StoreBig32(&inTile[kTilePartAt + 6], 15 + 6);
+  EXPECT_THAT(WordsOfDecoding(inTile, format), HasSubstr("marker FF55 in a header"));
+  inTile[inTile.size() - 10] = 0x64;
+  EXPECT_EQ(WordsOfDecoding(inTile, format), "");
+}
+
+TEST(Jpeg2000Coder, AComponentTransformOfOneComponentIsNone) {
+  EXPECT_EQ(Decoded(Changed(kStyleAt + 4, {1}), test::MakeFormat(4, 4, 1, 8, 8)),
+            std::vector<std::uint8_t>(16, 128));
 }
 
 TEST(Jpeg2000Coder, RefusesBoxesWithoutACodeStreamAndPalettes) {
