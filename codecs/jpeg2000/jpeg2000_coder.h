@@ -1,4 +1,5 @@
-// JPEG 2000 (ISO/IEC 15444-1) and, to be read, its high-throughput form (15444-15), by the library OpenJPEG.
+// JPEG 2000 (ISO/IEC 15444-1). OpenJPEG encodes, and decodes the high-throughput form (15444-15); damaged streams and failed allocations
+// can make it end the process, so all others are decoded here.
 #pragma once
 
 #include "frame_coder.h"

@@ -39,13 +39,13 @@ constexpr std::size_t kTilePartSize = 12;  // of the marker and its segment
 /// Neither images nor tiles begin far from the origin of their grid.
 constexpr std::uint32_t kMostOffset = 65535;
 
-/// Positions of the grid at which the library may look for packets, besides those that a stream's bytes allow.
+/// Positions of the grid at which packets may be looked for, besides those that a stream's bytes allow.
 constexpr std::uint64_t kFreePositions = std::uint64_t{1} << 22;
 
 /// Code blocks, and looks at them, that any stream may have: they need not take any bytes, but memory and time.
 constexpr std::uint64_t kFreeBlocks = std::uint64_t{1} << 19;
 constexpr std::uint64_t kFreeLooks = std::uint64_t{1} << 26;
-/// From here on the library takes a code block that was in none of as many layers for one that is there, which takes bytes.
+/// From here on OpenJPEG takes a code block that was in none of as many layers for one that is there, which takes bytes.
 constexpr std::uint64_t kMostEmptyLayers = 1000;
 
 /// How many precincts one tile has along one direction, at a resolution that is `shift` times halved.
@@ -269,7 +269,7 @@ void Walk::RequirePlausiblePackets(const Partition& style) const {
   }
 }
 
-/// The library has something for each code block, empty or not, and looks at all of a packet's for each layer.
+/// There is something in memory for each code block, empty or not, and all of a packet's are looked at for each layer.
 void Walk::RequirePlausibleBlocks(const Partition& style) {
   std::uint64_t blocks = 0;
   for (std::uint32_t level = 0; level <= style.levels; ++level) {

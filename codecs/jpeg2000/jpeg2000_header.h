@@ -1,4 +1,4 @@
-// The headers of a JPEG 2000 code stream (ISO/IEC 15444-1, A), read before the library that decodes sees any of them.
+// The headers of a JPEG 2000 code stream (ISO/IEC 15444-1, A), read whole before anything is decoded.
 #pragma once
 
 #include <cstddef>
