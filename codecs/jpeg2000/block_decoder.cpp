@@ -95,19 +95,21 @@ template <bool kIsCausal>
   flags |= At(kOwn + row) | negative << (kNegative + row);
   at[-1] |= At(kOwn + 1 + row);
   at[1] |= At(kOwn - 1 + row);
-  if (row == 0 && !kIsCausal) {
-    Flags* above = at - stride;
-    above[-1] |= At(17);
-    above[0] |= At(16) | negative << (kNegativeBelow + kLastRow);
-    above[1] |= At(15);
-  }
-  if (row == kLastRow) {
-    Flags* below = at + stride;
-    below[-1] |= At(2);
-    below[0] |= At(1) | negative << kNegativeAbove;
-    below[1] |= At(0);
-  }
+  const Flags isFirst = row == 0 && !kIsCausal ? 1 : 0;
+  Flags* above = at - stride;
+  above[-1] |= isFirst << 17;
+  above[0] |= isFirst << 16 | (negative & isFirst) << (kNegativeBelow + kLastRow);
+  above[1] |= isFirst << 15;
+  const Flags isLast = row == kLastRow ? 1 : 0;
+  Flags* below = at + stride;
+  below[-1] |= isLast << 2;
+  below[0] |= isLast << 1 | (negative & isLast) << kNegativeAbove;
+  below[1] |= isLast;
 }
+
+/// Contexts of refinements, by whether the coefficient was refined before and by whether anything beside it is significant.
+constexpr std::uint8_t kRefinements[] = {kFirstRefinement, kFirstRefinement + 1, kRefinedBefore,
+                                         kRefinedBefore};
 
 /// The value of a coefficient whose first bit is in this plane.
 constexpr std::uint32_t FirstValue(std::uint32_t plane, std::uint32_t sign) {
@@ -193,10 +195,9 @@ void BlockDecoder::DecodeRefinement(Source& source, std::uint32_t plane) {
               bit = local.bits.Decode();
             } else {
               constexpr std::uint32_t kBeside = 0x1EF;
-              const std::uint32_t context =
-                  (flags >> (kRefined + row) & 1) != 0
-                      ? std::uint32_t{kRefinedBefore}
-                      : std::uint32_t{kFirstRefinement} + ((flags >> row & kBeside) != 0 ? 1U : 0U);
+              const std::uint32_t isBeside = (flags >> row & kBeside) != 0 ? 1 : 0;
+              const auto wasRefined = static_cast<std::uint32_t>(flags >> (kRefined + row) & 1);
+              const std::uint32_t context = kRefinements[wasRefined << 1 | isBeside];
               bit = local.mq.DecodeEven(contexts[context]);
             }
             flags |= At(kRefined + row);
