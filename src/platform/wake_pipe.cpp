@@ -15,15 +15,14 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-/// What poll takes: rounded up, so that it does not wake before the time; -1 for ever.
+}  // namespace
+
 int MillisecondsTo(const Deadline& deadline) {
   if (!deadline) return -1;
   const auto left = std::chrono::ceil<std::chrono::milliseconds>(*deadline - Clock::now()).count();
   constexpr auto kMost = decltype(left){std::numeric_limits<int>::max()};
   return static_cast<int>(std::clamp(left, decltype(left){0}, kMost));
 }
-
-}  // namespace
 
 Deadline DeadlineIn(int milliseconds) {
   if (milliseconds < 0) return std::nullopt;

@@ -15,6 +15,9 @@ using Deadline = std::optional<std::chrono::steady_clock::time_point>;
 /// That many milliseconds from now; below 0 never.
 Deadline DeadlineIn(int milliseconds);
 
+/// What is left until then, rounded up, as poll takes it: never below 0, and -1 for ever.
+int MillisecondsTo(const Deadline& deadline);
+
 class WakePipe {
  public:
   WakePipe() noexcept;

@@ -1,0 +1,117 @@
+#include "platform/host_lookup.h"
+
+#include <arpa/inet.h>
+#include <dlfcn.h>
+#include <netdb.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <atomic>
+#include <cerrno>
+#include <chrono>
+#include <condition_variable>
+#include <memory>
+#include <mutex>
+#include <system_error>
+#include <thread>
+#include <vector>
+
+namespace tessaret {
+namespace {
+
+constexpr std::chrono::milliseconds kBetweenQuestions{20};
+constexpr std::size_t kMostServiceBytes = std::size_t{1} << 16;
+
+std::atomic<HostLookup> hostLookup = nullptr;
+
+std::optional<in_addr> AskSystem(const std::string& name) {
+  addrinfo wanted{};
+  wanted.ai_family = AF_INET;
+  wanted.ai_socktype = SOCK_STREAM;
+  addrinfo* found = nullptr;
+  if (::getaddrinfo(name.c_str(), nullptr, &wanted, &found) != 0) return std::nullopt;
+  std::optional<in_addr> address;
+  if (found != nullptr) address = reinterpret_cast<sockaddr_in*>(found->ai_addr)->sin_addr;
+  ::freeaddrinfo(found);
+  return address;
+}
+
+std::optional<in_addr> Ask(const std::string& name) {
+  const HostLookup replaced = hostLookup.load();
+  return replaced == nullptr ? AskSystem(name) : replaced(name);
+}
+
+/// One look-up, shared by who waits for it and the thread that makes it.
+struct Lookup {
+  std::string name;
+  std::mutex lock;
+  std::condition_variable changed;
+  bool isDone = false;
+  std::optional<in_addr> address;
+};
+
+void Make(const std::shared_ptr<Lookup>& lookup) noexcept {
+  std::optional<in_addr> address;
+  try {
+    address = Ask(lookup->name);
+  } catch (...) {  // without memory nothing is found
+  }
+  const std::lock_guard held(lookup->lock);
+  lookup->isDone = true;
+  lookup->address = address;
+  lookup->changed.notify_all();
+}
+
+/// Keeps the library that this code lies in loaded for ever, since a thread that is left behind will return to it.
+void StayLoaded() noexcept {
+  Dl_info info{};
+  if (::dladdr(reinterpret_cast<const void*>(&StayLoaded), &info) == 0) return;
+  ::dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
+}
+
+}  // namespace
+
+std::optional<in_addr> FindHost(const std::string& name, const Deadline& deadline,
+                                const std::function<bool()>& isGivenUp) {
+  const auto lookup = std::make_shared<Lookup>();
+  lookup->name = name;
+  std::thread maker;
+  try {
+    maker = std::thread(&Make, lookup);
+  } catch (const std::system_error&) {
+    // Without a thread it is made here, for as long as the system takes.
+    return Ask(name);
+  }
+  std::unique_lock held(lookup->lock);
+  while (!lookup->isDone) {
+    const bool isLate = deadline && std::chrono::steady_clock::now() >= *deadline;
+    if (isLate || isGivenUp()) {
+      StayLoaded();
+      maker.detach();
+      return std::nullopt;
+    }
+    lookup->changed.wait_for(held, kBetweenQuestions);
+  }
+  held.unlock();
+  maker.join();
+  return lookup->address;
+}
+
+in_addr DottedAddress(const std::string& text) { return in_addr{::inet_addr(text.c_str())}; }
+
+std::optional<std::uint16_t> FindServicePort(const std::string& name) {
+  servent entry{};
+  servent* found = nullptr;
+  std::vector<char> room(1024);
+  int answer = ERANGE;
+  for (; room.size() <= kMostServiceBytes; room.resize(room.size() * 2)) {
+    answer = ::getservbyname_r(name.c_str(), nullptr, &entry, room.data(), room.size(), &found);
+    if (answer != ERANGE) break;
+  }
+  if (answer != 0 || found == nullptr) return std::nullopt;
+  return ntohs(static_cast<std::uint16_t>(found->s_port));
+}
+
+void SetHostLookup(HostLookup lookup) { hostLookup = lookup; }
+
+}  // namespace tessaret
