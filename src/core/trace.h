@@ -15,8 +15,7 @@ inline constexpr std::uint32_t kDumpSocket = 1;  // bytes sent and received
 inline constexpr std::uint32_t kDumpData = 2;    // headers and payload of P-DATA
 inline constexpr std::uint32_t kDumpParse =
     4;  // every element parsed or written, every sequence boundary
-inline constexpr std::uint32_t kDumpSpare =
-    16;  // switched on by the query client, tested by nothing
+inline constexpr std::uint32_t kDumpPdu = 16;  // fields of what associations are negotiated by
 
 /// The mask. Changed by SetDumpFlag only.
 extern std::atomic<std::uint32_t> DumpFlags;

@@ -75,13 +75,13 @@ TEST_F(CoderTrace, EachWritingStartsWithItsWordsAndTracesItsElements) {
 
 TEST_F(CoderTrace, NothingIsTracedWithoutTheParseBit) {
   SetDumpFlag(kDumpParse, false);
-  SetDumpFlag(kDumpSocket | kDumpData | kDumpSpare, true);
+  SetDumpFlag(kDumpSocket | kDumpData | kDumpPdu, true);
   Parse(kExplicit, DataSetBuilder(kExplicit).Sequence(0x0008, 0x1140, Lengths::kUndefined,
                                                       Lengths::kDefined, {{}}));
   DICOMObject object;
   object.Push(NewElement(0x0010, 0x0010, type_code::PN, "A "));
   Encode(kImplicit, object);
-  SetDumpFlag(kDumpSocket | kDumpData | kDumpSpare, false);
+  SetDumpFlag(kDumpSocket | kDumpData | kDumpPdu, false);
   EXPECT_FALSE(std::filesystem::exists(Path()));
 }
 

@@ -70,7 +70,7 @@ TEST_F(Trace, BitsHaveTheirNumbers) {
   EXPECT_EQ(kDumpSocket, 1u);
   EXPECT_EQ(kDumpData, 2u);
   EXPECT_EQ(kDumpParse, 4u);
-  EXPECT_EQ(kDumpSpare, 16u);
+  EXPECT_EQ(kDumpPdu, 16u);
 }
 
 TEST_F(Trace, NothingIsSwitchedOnAtFirst) { EXPECT_EQ(kFlagsAtStart, 0u); }
@@ -84,7 +84,7 @@ TEST_F(Trace, WithoutAnyVariableAndFlagNoFileIsMade) {
 }
 
 TEST_F(Trace, FlagsAreSetAndClearedOneByOne) {
-  SetDumpFlag(kDumpSocket | kDumpSpare, true);
+  SetDumpFlag(kDumpSocket | kDumpPdu, true);
   EXPECT_EQ(DumpFlags.load(), 17u);
   SetDumpFlag(kDumpParse, true);
   EXPECT_EQ(DumpFlags.load(), 21u);
@@ -99,7 +99,7 @@ TEST_F(Trace, IsDumpingIsTrueIfAnyOfTheBitsIsOn) {
   SetDumpFlag(kDumpData, true);
   EXPECT_TRUE(IsDumping(kDumpData));
   EXPECT_TRUE(IsDumping(kDumpData | kDumpParse));
-  EXPECT_FALSE(IsDumping(kDumpSocket | kDumpParse | kDumpSpare));
+  EXPECT_FALSE(IsDumping(kDumpSocket | kDumpParse | kDumpPdu));
   EXPECT_FALSE(IsDumping(0));
 }
 

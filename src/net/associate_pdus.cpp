@@ -1,0 +1,209 @@
+#include "net/associate_pdus.h"
+
+#include <algorithm>
+
+#include "net/identifiers.h"
+#include "net/pdu_trace.h"
+
+namespace tessaret {
+namespace {
+
+// What stands between the length and the first item.
+constexpr std::uint32_t kFixedBytes = 68;
+// Type, reserved byte and length.
+constexpr std::uint32_t kHeadBytes = 6;
+
+bool HasIdentifier(const std::vector<PresentationContext>& contexts, std::uint8_t identifier) {
+  return std::any_of(contexts.begin(), contexts.end(), [&](const PresentationContext& context) {
+    return context.PresentationContextID == identifier;
+  });
+}
+
+/// What is left of a PDU: by its own count, which ends the reading, and by the bytes that were really read, beyond which nothing
+/// is its own. They part where an item counts for something else than it takes.
+class Left {
+ public:
+  Left(const Buffer& buffer, std::uint32_t count)
+      : buffer_(buffer), end_(buffer.Position + count), counted_(count) {}
+  [[nodiscard]] bool GoesOn() const { return counted_ > 0 && Bytes() != 0; }
+  [[nodiscard]] bool EndsAtZero() const { return counted_ == 0; }
+  /// Position comes round at 2^32, which the difference does not mind.
+  [[nodiscard]] std::uint32_t Bytes() const { return end_ - buffer_.Position; }
+  void Count(std::uint32_t bytes) { counted_ -= bytes; }
+
+ private:
+  const Buffer& buffer_;
+  std::uint32_t end_;
+  std::int64_t counted_;
+};
+
+template <class Item>
+bool ReadItem(Buffer& buffer, Item& item, Left& left) {
+  if (!item.ReadRest(buffer, left.Bytes())) return false;
+  left.Count(item.Size());
+  return true;
+}
+
+template <class Context>
+bool ReadContext(Buffer& buffer, std::vector<Context>& contexts, Left& left) {
+  if (contexts.size() == kMostPresentationContexts) return false;
+  contexts.emplace_back();
+  if (ReadItem(buffer, contexts.back(), left)) return true;
+  // What could not be read to its end is no proposal.
+  contexts.pop_back();
+  return false;
+}
+
+/// Skips an item as if its length had four bytes, where the standard has two, and counts two bytes too few for it: known peers
+/// send such items to this library so. Where the length goes, the PDU's own stands no longer.
+bool SkipItem(Buffer& buffer, std::uint8_t type, AssociatePdu& pdu, Left& left) {
+  DumpTrace(kDumpPdu, "\t\t\tUNKNOWN Item %2.2X\n", type);
+  if (left.Bytes() < 5 || !buffer.Read8(&pdu.Reserved1) || !buffer.Read32(&pdu.Length)) {
+    return false;
+  }
+  if (pdu.Length > left.Bytes()) return false;
+  left.Count(pdu.Length + 4);
+  return SkipBytes(buffer, pdu.Length);
+}
+
+bool ReadItem(Buffer& buffer, std::uint8_t type, AAssociateRQ& request, Left& left) {
+  switch (type) {
+    case item_type::kApplicationContext:
+      return ReadItem(buffer, request.ApplicationContext, left);
+    case item_type::kPresentationContext:
+      return ReadContext(buffer, request.PresentationContexts, left);
+    case item_type::kUserInformation:
+      if (!request.UserInformation.ReadRest(buffer, left.Bytes())) return false;
+      left.Count(request.UserInformation.Length + 4U);
+      return true;
+    default:
+      return SkipItem(buffer, type, request, left);
+  }
+}
+
+}  // namespace
+
+ApTitle MakeApTitle(std::string_view text) {
+  ApTitle title{};
+  std::fill_n(title.begin(), kApTitleBytes, ' ');
+  std::copy_n(text.begin(), std::min(text.size(), kApTitleBytes), title.begin());
+  return title;
+}
+
+bool AssociatePdu::ReadHead(Buffer& buffer) {
+  if (!buffer.Read8(&Reserved1) || !buffer.Read32(&Length)) return false;
+  if (Length < kFixedBytes || Length > kMostAssociateBytes) return false;
+  if (!buffer.Read16(&ProtocolVersion) || !buffer.Read16(&Reserved2) ||
+      buffer.Read(CalledApTitle.data(), kApTitleBytes) <= 0 ||
+      buffer.Read(CallingApTitle.data(), kApTitleBytes) <= 0 ||
+      buffer.Read(Reserved3.data(), static_cast<std::uint32_t>(Reserved3.size())) <= 0) {
+    return false;
+  }
+  CalledApTitle.back() = '\0';
+  CallingApTitle.back() = '\0';
+  pdu_trace::Start(true, 0, ItemType == 1 ? "AAssociateRQ (0x01)" : "AAssociateAC (0x02)",
+                   ItemType);
+  pdu_trace::Field(1, "Length", 4, Length);
+  pdu_trace::Field(1, "Protocol Version", 2, ProtocolVersion);
+  pdu_trace::Field(1, "Called AP Title", CalledApTitle.data());
+  pdu_trace::Field(1, "Calling AP Title", CallingApTitle.data());
+  return true;
+}
+
+bool AssociatePdu::WriteHead(Buffer& buffer) const {
+  pdu_trace::Start(false, 0, ItemType == 1 ? "AAssociateRQ (0x01)" : "AAssociateAC (0x02)",
+                   ItemType);
+  pdu_trace::Field(1, "Length", 4, Length);
+  pdu_trace::Field(1, "Protocol Version", 2, ProtocolVersion);
+  pdu_trace::Field(1, "Called AP Title", CalledApTitle.data());
+  pdu_trace::Field(1, "Calling AP Title", CallingApTitle.data());
+  return buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write32(Length) &&
+         buffer.Write16(ProtocolVersion) && buffer.Write16(Reserved2) &&
+         buffer.Write(CalledApTitle.data(), kApTitleBytes) &&
+         buffer.Write(CallingApTitle.data(), kApTitleBytes) &&
+         buffer.Write(Reserved3.data(), static_cast<std::uint32_t>(Reserved3.size()));
+}
+
+std::uint32_t AssociatePdu::SizeWithoutContexts() {
+  return kFixedBytes + ApplicationContext.Size() + UserInformation.Size();
+}
+
+int AAssociateRQ::AddPresentationContext(PresentationContext context) {
+  if (PresentationContexts.size() >= kMostPresentationContexts) return 0;
+  // Other threads take from the same counter, and its low byte comes round again.
+  while (HasIdentifier(PresentationContexts, context.PresentationContextID)) {
+    context.PresentationContextID = static_cast<std::uint8_t>(TakeOddIdentifier());
+  }
+  PresentationContexts.push_back(std::move(context));
+  return 1;
+}
+
+std::uint32_t AAssociateRQ::Size() {
+  Length = SizeWithoutContexts();
+  for (PresentationContext& context : PresentationContexts) Length += context.Size();
+  return kHeadBytes + Length;
+}
+
+bool AAssociateRQ::Write(Buffer& buffer) {
+  Size();
+  bool isWritten = WriteHead(buffer) && ApplicationContext.Write(buffer);
+  for (PresentationContext& context : PresentationContexts) {
+    isWritten = isWritten && context.Write(buffer);
+  }
+  return isWritten && UserInformation.Write(buffer) && buffer.Flush();
+}
+
+bool AAssociateRQ::Read(Buffer& buffer) {
+  if (!ReadHead(buffer)) return false;
+  Left left(buffer, Length - kFixedBytes);
+  while (left.GoesOn()) {
+    std::uint8_t type = 0;
+    if (!buffer.Read8(&type) || !ReadItem(buffer, type, *this, left)) return false;
+  }
+  return left.EndsAtZero();
+}
+
+std::uint32_t AAssociateAC::Size() {
+  Length = SizeWithoutContexts();
+  for (PresentationContextAccept& context : PresentationContexts) Length += context.Size();
+  return kHeadBytes + Length;
+}
+
+bool AAssociateAC::Write(Buffer& buffer) {
+  Size();
+  bool isWritten = WriteHead(buffer) && ApplicationContext.Write(buffer);
+  for (PresentationContextAccept& context : PresentationContexts) {
+    isWritten = isWritten && context.Write(buffer);
+  }
+  return isWritten && UserInformation.Write(buffer) && buffer.Flush();
+}
+
+bool AAssociateAC::Read(Buffer& buffer) {
+  if (!ReadHead(buffer)) return false;
+  Left left(buffer, Length - kFixedBytes);
+  while (left.GoesOn()) {
+    std::uint8_t type = 0;
+    if (!buffer.Read8(&type)) return false;
+    bool isRead = false;
+    switch (type) {
+      case item_type::kApplicationContext:
+        isRead = ReadItem(buffer, ApplicationContext, left);
+        break;
+      case item_type::kPresentationContextAccept:
+        isRead = ReadContext(buffer, PresentationContexts, left);
+        break;
+      case item_type::kUserInformation:
+        // Counts for what was kept of it, which is not what it took where something optional was left out.
+        isRead = ReadItem(buffer, UserInformation, left);
+        break;
+      default:
+        SkipBytes(buffer, left.Bytes());
+    }
+    if (!isRead) return false;
+  }
+  const bool isExact = left.EndsAtZero();
+  // What follows the PDU is found all the same.
+  return SkipBytes(buffer, left.Bytes()) && isExact;
+}
+
+}  // namespace tessaret
