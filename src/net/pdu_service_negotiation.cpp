@@ -1,0 +1,250 @@
+// How associations begin and end.
+#include "base/text.h"
+#include "core/trace.h"
+#include "net/pdu_service.h"
+#include "net/reject_texts.h"
+
+namespace tessaret {
+namespace {
+
+constexpr std::uint8_t kAccepted = 0;
+// The one result of every refusal, also of one that is about transfer syntaxes alone.
+constexpr std::uint8_t kRefused = 3;
+
+constexpr std::uint8_t kServiceUser = 1;
+constexpr std::uint8_t kServiceProvider = 2;
+constexpr std::uint8_t kNoReason = 1;
+constexpr std::uint8_t kUnknownContextName = 2;
+constexpr std::uint8_t kUnknownCallingTitle = 3;
+constexpr std::uint8_t kUnknownCalledTitle = 7;
+
+/// The text of a number from the wire, and the number itself, 0 where the table ends before it.
+template <std::size_t count>
+const char* TextOf(const std::array<const char*, count>& texts, std::uint8_t& number) {
+  if (number >= count) number = 0;
+  return texts[number];
+}
+
+bool IsTaken(const std::vector<PresentationContextAccept>& contexts, std::uint8_t identifier) {
+  for (const PresentationContextAccept& context : contexts) {
+    if (context.PresentationContextID == identifier) return true;
+  }
+  return false;
+}
+
+}  // namespace
+
+int PDU_Service::Connect(const std::string& host, const std::string& port) {
+  ForgetStream();
+  if (!BuildContexts()) return 0;
+  FillImplementationClass(AAssociateRQ.UserInformation.ImplementationClass);
+  FillImplementationVersion(AAssociateRQ.UserInformation.ImplementationVersion);
+  AAssociateRQ.UserInformation.SetMax(kProposedMaximumLength);
+  if (Link.Open(host, port) == 0) {
+    AAssociateRJ.Result = 1;
+    AAssociateRJ.Source = kServiceProvider;
+    AAssociateRJ.Reason = kNoReason;
+    return Fail(Link.GetLastError());
+  }
+  AAssociateRQ.Write(*this);
+  std::uint8_t type = 0;
+  if (!Read8(&type)) type = 0;
+  if (type == AAssociateAC.ItemType) {
+    AAssociateAC.PresentationContexts.clear();
+    AAssociateAC.UserInformation.Clear();
+    // Answers that do not add up are taken all the same, unless the link has ended within.
+    AAssociateAC.Read(*this);
+    if (hasEnded_) {
+      Link.Close();
+      return Fail("Corrupt transmission reading AAssociateRQ");
+    }
+    if (CheckAccept() != 0) return 1;
+    Close();
+    return 0;
+  }
+  if (type == AAssociateRJ.ItemType) return RefuseConnect();
+  Link.Close();
+  return Fail("Corrupt transmission reading AAssociateRQ");
+}
+
+bool PDU_Service::BuildContexts() {
+  if (AAssociateRQ.PresentationContexts.empty()) {
+    for (const AbstractSyntax& syntax : ProposedAbstractSyntaxes) {
+      PresentationContext context;
+      FillTransferSyntaxes(context);
+      context.AbstractSyntax = syntax;
+      if (AAssociateRQ.AddPresentationContext(std::move(context)) != 0) continue;
+      AAssociateRQ.PresentationContexts.clear();
+      SetError("Too many SOP Classes proposed");
+      return false;
+    }
+  }
+  if (!AAssociateRQ.PresentationContexts.empty()) return true;
+  AAssociateRJ.Result = 1;
+  AAssociateRJ.Source = kServiceUser;
+  AAssociateRJ.Reason = kNoReason;
+  SetError("No SOP Class proposed");
+  return false;
+}
+
+int PDU_Service::RefuseConnect() {
+  const bool isRead = AAssociateRJ.Read(*this);
+  Link.Close();
+  if (!isRead) return Fail("Association rejected: link error");
+  const char* result = TextOf(reject_text::kResults, AAssociateRJ.Result);
+  const char* source = TextOf(reject_text::kSources, AAssociateRJ.Source);
+  const char* reason = TextOf(reject_text::kReasons, AAssociateRJ.Reason);
+  return Fail(Format("Connection rejected %s: %s, %s", result, source, reason));
+}
+
+int PDU_Service::CheckAccept() {
+  AcceptedContexts.clear();
+  for (const PresentationContextAccept& answer : AAssociateAC.PresentationContexts) {
+    if (answer.Result != kAccepted) continue;
+    for (const PresentationContext& proposed : AAssociateRQ.PresentationContexts) {
+      if (proposed.PresentationContextID != answer.PresentationContextID) continue;
+      AcceptedContexts.push_back(answer);
+      AcceptedContexts.back().AbstractSyntax = proposed.AbstractSyntax;
+      break;
+    }
+  }
+  return AcceptedContexts.empty() ? Fail("No Accepted presentation Context found") : 1;
+}
+
+int PDU_Service::Close() {
+  PDataTF.Length = 0;
+  if (Link.Connected != 0) {
+    AReleaseRQ.Write(*this);
+    // Whatever comes is read as the answer.
+    if (Read8(&AReleaseRP.ItemType)) AReleaseRP.Read(*this);
+    AReleaseRP.ItemType = 6;
+  }
+  ForgetStream();
+  return Link.Close();
+}
+
+int PDU_Service::Listen(const std::string& port) {
+  if (Link.Connected != 0) Link.Close();
+  if (Link.Listen(port) == 0 || Link.Accept() == 0) return Fail(Link.GetLastError());
+  return AnswerRequest();
+}
+
+int PDU_Service::Listen(int connectedHandle) {
+  if (Link.Connected != 0) Link.Close();
+  Link.Adopt(connectedHandle);
+  return AnswerRequest();
+}
+
+int PDU_Service::AcceptNext(const std::string& port) {
+  if (Link.Connected != 0) Link.Close();
+  if (Link.Listen(port) == 0) return Fail(Link.GetLastError());
+  return AcceptNext(Link.ListenSocket.exchange(0));
+}
+
+int PDU_Service::AcceptNext(int listenHandle) {
+  for (;;) {
+    Link.AdoptListener(listenHandle);
+    if (Link.Accept() == 0) return Fail(Link.GetLastError());
+    if (AnswerOnLink()) break;
+    Link.ClosePeer();
+  }
+  DumpTrace(kDumpPdu, "%s", "Accepted association\n");
+  return Link.GiveListener();
+}
+
+int PDU_Service::AnswerRequest() {
+  if (AnswerOnLink()) return 1;
+  Link.Close();
+  return 0;
+}
+
+bool PDU_Service::AnswerOnLink() {
+  ForgetStream();
+  AAssociateRQ.PresentationContexts.clear();
+  AAssociateRQ.UserInformation.Clear();
+  std::uint8_t type = 0;
+  if (!Read8(&type)) {
+    EndOfLink();
+    return false;
+  }
+  if (type != AAssociateRQ.ItemType) {
+    Fail(Format("DUL: Received unknown item type %X, sending A-Abort-RQ", type));
+    AAbortRQ.Write(*this);
+    return false;
+  }
+  // What could be read of a request that does not add up is answered.
+  AAssociateRQ.Read(*this);
+  return Negotiate() != 0;
+}
+
+int PDU_Service::Reject(std::uint8_t source, std::uint8_t reason) {
+  AAssociateRJ.Result = 1;
+  AAssociateRJ.Source = source;
+  AAssociateRJ.Reason = reason;
+  AAssociateRJ.Write(*this);
+  return 0;
+}
+
+int PDU_Service::Negotiate() {
+  const std::string_view called(AAssociateRQ.CalledApTitle.data(), kApTitleBytes);
+  const std::string_view calling(AAssociateRQ.CallingApTitle.data(), kApTitleBytes);
+  if (!AcceptCalledTitle(called)) return Reject(kServiceUser, kUnknownCalledTitle);
+  if (!AcceptCallingTitle(calling)) return Reject(kServiceUser, kUnknownCallingTitle);
+  if (!AcceptApplicationContext(AAssociateRQ.ApplicationContext)) {
+    return Reject(kServiceUser, kUnknownContextName);
+  }
+  AAssociateAC.CalledApTitle = AAssociateRQ.CalledApTitle;
+  AAssociateAC.CallingApTitle = AAssociateRQ.CallingApTitle;
+  AAssociateAC.ApplicationContext = AAssociateRQ.ApplicationContext;
+  AAssociateAC.PresentationContexts.clear();
+  AAssociateAC.UserInformation.Clear();
+  AcceptedContexts.clear();
+  for (const PresentationContext& proposed : AAssociateRQ.PresentationContexts) {
+    PresentationContextAccept answer;
+    answer.PresentationContextID = proposed.PresentationContextID;
+    // Data of two contexts with one identifier could not be told apart.
+    const bool isAccepted = !IsTaken(AcceptedContexts, answer.PresentationContextID) &&
+                            AcceptPresentationContext(proposed, answer);
+    answer.Result = isAccepted ? kAccepted : kRefused;
+    if (isAccepted) AcceptedContexts.push_back(answer);
+    AAssociateAC.PresentationContexts.push_back(answer);
+  }
+  if (AcceptedContexts.empty()) {
+    Fail("No accepted presentation contexts");
+    return Reject(kServiceUser, kUnknownContextName);
+  }
+  UserInformation& reply = AAssociateAC.UserInformation;
+  FillImplementationClass(reply.ImplementationClass);
+  FillImplementationVersion(reply.ImplementationVersion);
+  reply.SetMax(AAssociateRQ.UserInformation.MaximumSubLength.MaximumLength);
+  for (const SCPSCURoleSelect& role : AAssociateRQ.UserInformation.RoleSelects) {
+    reply.AddRoleSelect(SCPSCURoleSelect(role.UID, SCPRoleReply(role.UID, role.SCPRole),
+                                         SCURoleReply(role.UID, role.SCURole)));
+  }
+  return AAssociateAC.Write(*this) ? 1 : 0;
+}
+
+bool PDU_Service::AcceptTransferSyntax(const UID& transferSyntax) {
+  return transferSyntax.View() == "1.2.840.10008.1.2";
+}
+
+bool PDU_Service::AcceptCallingTitle(std::string_view) { return true; }
+bool PDU_Service::AcceptCalledTitle(std::string_view) { return true; }
+bool PDU_Service::AcceptApplicationContext(const UID&) { return true; }
+bool PDU_Service::AcceptAbstractSyntax(const UID&) { return true; }
+std::uint8_t PDU_Service::SCURoleReply(const UID&, std::uint8_t) { return 0; }
+std::uint8_t PDU_Service::SCPRoleReply(const UID&, std::uint8_t) { return 1; }
+
+bool PDU_Service::AcceptPresentationContext(const PresentationContext& proposed,
+                                            PresentationContextAccept& accept) {
+  if (!AcceptAbstractSyntax(proposed.AbstractSyntax)) return false;
+  for (const TransferSyntax& syntax : proposed.TransferSyntaxes) {
+    if (!AcceptTransferSyntax(syntax)) continue;
+    accept.TransferSyntax = syntax;
+    accept.AbstractSyntax = proposed.AbstractSyntax;
+    return true;
+  }
+  return false;
+}
+
+}  // namespace tessaret
