@@ -1,0 +1,48 @@
+#include "net/c_echo.h"
+
+#include "net/command_elements.h"
+
+namespace tessaret {
+
+bool CEchoRQ::Write(PDU_Service* pdu) {
+  UID uid;
+  if (pdu == nullptr || !GetUID(uid)) return false;
+  DICOMCommandObject command;
+  FillRequest(command, uid, command_field::kEchoRQ, data_set_type::kNone);
+  return pdu->Write(command, uid);
+}
+
+bool CEchoRQ::Read(const DICOMCommandObject& command, PDU_Service* pdu,
+                   DICOMDataObject* dataObject) {
+  return ReadMessage(command, command_field::kEchoRQ, pdu, dataObject);
+}
+
+bool CEchoRQ::Test(const DICOMCommandObject& command) {
+  return HasCommandField(command, command_field::kEchoRQ);
+}
+
+bool CEchoRSP::Write(PDU_Service* pdu, DICOMCommandObject* request) {
+  UID uid;
+  if (pdu == nullptr || request == nullptr || !GetUID(uid)) return false;
+  const auto asked = UidOf(*request, 0x0000, command_element::kSopClass);
+  if (!asked || !(*asked == uid)) return false;
+  DICOMCommandObject response;
+  MoveElement(*request, command_element::kSopClass, response, command_element::kSopClass);
+  MoveElement(*request, command_element::kDataSetType, response, command_element::kDataSetType);
+  MoveElement(*request, command_element::kMessageID, response,
+              command_element::kRespondedMessageID);
+  PutNumber16(response, 0x0000, command_element::kCommandField, command_field::kEchoRSP);
+  PutNumber16(response, 0x0000, command_element::kStatus, 0);
+  return pdu->Respond(response, nullptr, uid);
+}
+
+bool CEchoRSP::Read(const DICOMCommandObject& command, PDU_Service* pdu,
+                    DICOMDataObject* dataObject) {
+  return ReadMessage(command, command_field::kEchoRSP, pdu, dataObject);
+}
+
+bool CEchoRSP::Test(const DICOMCommandObject& command) {
+  return HasCommandField(command, command_field::kEchoRSP);
+}
+
+}  // namespace tessaret

@@ -1,0 +1,64 @@
+#include "net/c_store.h"
+
+#include "net/command_elements.h"
+
+namespace tessaret {
+namespace {
+
+constexpr std::uint16_t kMediumPriority = 0;
+
+}  // namespace
+
+bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
+  UID uid;
+  if (pdu == nullptr || dataObject == nullptr || !GetUID(uid)) return false;
+  DICOMCommandObject command;
+  FillRequest(command, uid, command_field::kStoreRQ, data_set_type::kFollows);
+  PutNumber16(command, 0x0000, command_element::kPriority, kMediumPriority);
+  if (const VR* instance = dataObject->GetVR(0x0008, 0x0018)) {
+    auto copy = std::make_unique<VR>(*instance, true);
+    copy->Group = 0x0000;
+    copy->Element = command_element::kSopInstance;
+    command.Push(copy.get());
+    copy.release();
+  }
+  return pdu->Write(command, dataObject, uid);
+}
+
+bool CStoreRQ::Read(const DICOMCommandObject& command, PDU_Service* pdu,
+                    DICOMDataObject* dataObject) {
+  return ReadMessage(command, command_field::kStoreRQ, pdu, dataObject);
+}
+
+bool CStoreRQ::Test(const DICOMCommandObject& command) {
+  return HasCommandField(command, command_field::kStoreRQ);
+}
+
+bool CStoreRSP::Write(PDU_Service* pdu, DICOMCommandObject* request, std::uint16_t status) {
+  if (pdu == nullptr || request == nullptr) return false;
+  const auto sopClass = UidOf(*request, 0x0000, command_element::kSopClass);
+  if (!sopClass) return false;
+  DICOMCommandObject response;
+  MoveElement(*request, command_element::kSopClass, response, command_element::kSopClass);
+  MoveElement(*request, command_element::kSopInstance, response, command_element::kSopInstance);
+  PutNumber16(response, 0x0000, command_element::kCommandField, command_field::kStoreRSP);
+  PutNumber16(response, 0x0000, command_element::kRespondedMessageID,
+              CommandNumber(*request, command_element::kMessageID).value_or(0));
+  PutNumber16(response, 0x0000, command_element::kDataSetType, data_set_type::kNone);
+  PutNumber16(response, 0x0000, command_element::kStatus, status);
+  return pdu->Respond(response, nullptr, *sopClass);
+}
+
+bool CStoreRSP::Read(DICOMCommandObject& command) {
+  ErrorComment.reset();
+  if (!Test(command)) return false;
+  Status = CommandNumber(command, command_element::kStatus).value_or(0);
+  if (Status != 0) ErrorComment.reset(command.Remove(0x0000, command_element::kErrorComment));
+  return true;
+}
+
+bool CStoreRSP::Test(const DICOMCommandObject& command) {
+  return HasCommandField(command, command_field::kStoreRSP);
+}
+
+}  // namespace tessaret

@@ -1,0 +1,55 @@
+#include "net/dimse_message.h"
+
+#include <memory>
+
+#include "net/command_elements.h"
+#include "net/identifiers.h"
+
+namespace tessaret {
+
+std::optional<std::uint16_t> CommandNumber(const DICOMObject& command, std::uint16_t element) {
+  return Number16(command, 0x0000, element);
+}
+
+bool HasCommandField(const DICOMObject& command, std::uint16_t field) {
+  return CommandNumber(command, command_element::kCommandField) == field;
+}
+
+bool HasDataSet(const DICOMObject& command) {
+  return CommandNumber(command, command_element::kDataSetType) != data_set_type::kNone;
+}
+
+bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Service* pdu,
+                 DICOMDataObject* dataObject) {
+  if (!HasCommandField(command, field)) return false;
+  if (pdu == nullptr || dataObject == nullptr || !HasDataSet(command)) return true;
+  return pdu->Read(*dataObject) != 0;
+}
+
+void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
+                 std::uint16_t dataSetType) {
+  PutUid(command, 0x0000, command_element::kSopClass, sopClass.View());
+  PutNumber16(command, 0x0000, command_element::kCommandField, field);
+  PutNumber16(command, 0x0000, command_element::kMessageID,
+              static_cast<std::uint16_t>(TakeOddIdentifier()));
+  PutNumber16(command, 0x0000, command_element::kDataSetType, dataSetType);
+}
+
+void MoveElement(DICOMObject& request, std::uint16_t from, DICOMObject& response,
+                 std::uint16_t to) {
+  std::unique_ptr<VR> element(request.Remove(0x0000, from));
+  if (element == nullptr) return;
+  element->Element = to;
+  response.Push(element.get());
+  element.release();
+}
+
+void CopyElement(const DICOMObject& request, DICOMObject& response, std::uint16_t element) {
+  const VR* found = request.GetVR(0x0000, element);
+  if (found == nullptr) return;
+  auto copy = std::make_unique<VR>(*found, true);
+  response.Push(copy.get());
+  copy.release();
+}
+
+}  // namespace tessaret
