@@ -1,0 +1,35 @@
+// The query service (DICOM PS3.4, annex C.4.1), in both roles.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "net/query_messages.h"
+#include "net/sop_classes.h"
+
+namespace tessaret {
+
+class StandardQuery : public CFindRQ, public CFindRSP, public CFindCancelRQ {
+ public:
+  /// The SOP class of the query.
+  virtual bool GetQueryUID(UID& uid) = 0;
+  /// Provider: what matches `query`. False answers with a failure.
+  virtual bool SearchDatabase(DICOMDataObject& query,
+                              std::vector<std::unique_ptr<DICOMDataObject>>& response) = 0;
+  /// Requester: called first with the query and without a command, then with each match, and with the end. False cancels.
+  virtual bool OnResponse(DICOMCommandObject* command, DICOMDataObject* data) = 0;
+
+  /// Asks, and hands the responses on up to the last. True when that was success or a cancel.
+  bool Write(PDU_Service* pdu, DICOMDataObject* query);
+  /// Answers a request that has been read, with a response for each match and one for the end; looks for a cancel between them. False
+  /// for another kind or SOP class, and when a response could not be sent.
+  bool Read(PDU_Service* pdu, DICOMCommandObject* command);
+};
+
+class StudyRootQuery : public StandardQuery {
+ public:
+  bool GetUID(UID& uid) override;
+  bool GetQueryUID(UID& uid) override { return GetUID(uid); }
+};
+
+}  // namespace tessaret

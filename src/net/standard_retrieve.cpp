@@ -1,0 +1,137 @@
+#include "net/standard_retrieve.h"
+
+#include <memory>
+
+#include "core/comp_engine.h"
+#include "net/command_elements.h"
+#include "net/dimse_status.h"
+#include "net/storage.h"
+
+namespace tessaret {
+namespace {
+
+/// Sends objects of whatever SOP class they are of.
+class ObjectStorage : public UnknownStorage {
+ public:
+  explicit ObjectStorage(const UID& uid) : uid_(uid) {}
+  bool GetUID(UID& uid) override {
+    uid = uid_;
+    return true;
+  }
+
+ private:
+  UID uid_;
+};
+
+std::string_view TextOf(const VR& vr) {
+  std::string_view text(reinterpret_cast<const char*>(vr.Data), vr.Length);
+  return text.substr(0, kApTitleBytes);
+}
+
+/// Sends one file. False when it was not stored.
+bool SendFile(PDU_Service& link, const std::string& path) {
+  const std::unique_ptr<DICOMDataObject> object = link.LoadFile(path.c_str(), true, false);
+  if (object == nullptr) return false;
+  const auto sopClass = UidOf(*object, 0x0008, 0x0016);
+  if (!sopClass) return false;
+  // The destination was offered native data alone.
+  DcmCompEngine engine;
+  if (!engine.Decompress(object.get(), nullptr, nullptr)) return false;
+  ObjectStorage storage(*sopClass);
+  return storage.Write(&link, object.get()) && storage.Status == dimse_status::kSuccess;
+}
+
+}  // namespace
+
+/// One request in progress.
+struct StandardRetrieve::Move {
+  PDU_Service* pdu;
+  const DICOMCommandObject* request;
+  std::vector<std::string> instances;
+  RetrieveCounters counters;
+};
+
+bool StandardRetrieve::Write(PDU_Service* pdu, DICOMDataObject* query,
+                             std::string_view destinationAE) {
+  if (pdu == nullptr || query == nullptr) return false;
+  DICOMDataObject sent;
+  if (!sent.CopyFrom(*query) || !CMoveRQ::Write(pdu, &sent, destinationAE)) return false;
+  OnMoveResponse(nullptr, query);
+  for (;;) {
+    DICOMCommandObject command;
+    DICOMDataObject data;
+    if (pdu->Read(command) == 0 || !CMoveRSP::Read(command, pdu, &data)) return false;
+    switch (CommandNumber(command, command_element::kStatus).value_or(dimse_status::kSuccess)) {
+      case dimse_status::kSuccess:
+      case dimse_status::kCancelled:
+      case dimse_status::kSubOperationsFailed:
+        OnMoveResponse(&command, &data);
+        return true;
+      case dimse_status::kPending:
+        if (OnMoveResponse(&command, &data)) continue;
+        CMoveCancelRQ::Write(pdu, CMoveRQ::MessageID);
+        return false;
+      default:
+        return false;
+    }
+  }
+}
+
+bool StandardRetrieve::Answer(const Move& move, std::uint16_t status, std::string_view comment) {
+  return CMoveRSP::Write(move.pdu, move.request, status, move.counters, nullptr, comment);
+}
+
+bool StandardRetrieve::Read(PDU_Service* pdu, DICOMCommandObject* command) {
+  UID own;
+  if (pdu == nullptr || command == nullptr || !GetMoveUID(own)) return false;
+  const auto asked = UidOf(*command, 0x0000, command_element::kSopClass);
+  DICOMDataObject identifier;
+  if (!asked || !(*asked == own) || !CMoveRQ::Read(*command, pdu, &identifier)) return false;
+
+  Move move{.pdu = pdu, .request = command, .instances = {}, .counters = {}};
+  const VR* destination = command->GetVR(0x0000, command_element::kDestination);
+  if (destination == nullptr || destination->Data == nullptr) {
+    return Answer(move, dimse_status::kUnableToProcess);
+  }
+  const std::string destinationAE(TextOf(*destination));
+  std::uint16_t count = 0;
+  if (!PrepareMove(destinationAE, identifier, move.instances, count)) {
+    return Answer(move, dimse_status::kNothingPrepared, "Unspecified destination AE");
+  }
+  PeerAddress address;
+  if (!FindDestination(destinationAE, address)) {
+    return Answer(move, dimse_status::kUnknownDestination, "Cannot find destination AE");
+  }
+  PDU_Service link;
+  link.AttachDictionary(pdu->Dictionary, false);
+  link.Link.TimeoutSecs = pdu->Link.TimeoutSecs;
+  link.SetCallingTitle(std::string_view(pdu->AAssociateRQ.CalledApTitle.data(), kApTitleBytes));
+  link.SetCalledTitle(destinationAE);
+  for (const std::string& path : move.instances) {
+    const std::unique_ptr<DICOMDataObject> head = link.LoadFile(path.c_str(), false, false);
+    const auto sopClass = head == nullptr ? std::nullopt : UidOf(*head, 0x0008, 0x0016);
+    if (!sopClass) return Answer(move, dimse_status::kCannotLoad, "Cannot load SOP");
+    link.AddAbstractSyntax(*sopClass);
+  }
+  if (link.Connect(address.host, address.port) == 0) {
+    return Answer(move, dimse_status::kCannotConnect, "Cannot connect to destination AE");
+  }
+  const bool isAnswered = SendInstances(move, link);
+  link.Close();
+  return isAnswered;
+}
+
+bool StandardRetrieve::SendInstances(Move& move, PDU_Service& link) {
+  move.counters.remaining = static_cast<std::uint16_t>(move.instances.size());
+  for (const std::string& path : move.instances) {
+    DICOMCommandObject maybeCancel;
+    if (CMoveCancelRQ::Read(move.pdu, maybeCancel)) return Answer(move, dimse_status::kCancelled);
+    --move.counters.remaining;
+    ++(SendFile(link, path) ? move.counters.completed : move.counters.failed);
+    if (!Answer(move, dimse_status::kPending)) return false;
+  }
+  move.counters.remaining = 0;
+  return Answer(move, dimse_status::kSuccess);
+}
+
+}  // namespace tessaret

@@ -1,0 +1,54 @@
+// The retrieval services (DICOM PS3.4, annexes C.4.2 and C.4.3): C-MOVE in both roles.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "net/query_messages.h"
+#include "net/sop_classes.h"
+
+namespace tessaret {
+
+/// Where an application entity listens.
+struct PeerAddress {
+  std::string host;
+  std::string port;
+};
+
+class StandardRetrieve : public CMoveRQ, public CMoveRSP, public CMoveCancelRQ {
+ public:
+  /// The SOP class of the retrieval.
+  virtual bool GetMoveUID(UID& uid) = 0;
+  /// Provider: where the destination listens. False where nobody knows.
+  virtual bool FindDestination(std::string_view destinationAE, PeerAddress& address) = 0;
+  /// Provider: the files of what is asked for, and how many they are. False where that cannot be said.
+  virtual bool PrepareMove(std::string_view destinationAE, DICOMDataObject& identifier,
+                           std::vector<std::string>& instanceList, std::uint16_t& count) = 0;
+  /// Requester: called with each response. False cancels.
+  virtual bool OnMoveResponse(DICOMCommandObject* command, DICOMDataObject* data) = 0;
+
+  /// Asks for the move, and hands the responses on up to the last. True when that was success, if only of some sub-operations, or a
+  /// cancel.
+  bool Write(PDU_Service* pdu, DICOMDataObject* query, std::string_view destinationAE);
+  /// Answers a request that has been read, by an association of its own to the destination; looks for a cancel between instances. False
+  /// for another kind or SOP class, and when a response could not be sent.
+  bool Read(PDU_Service* pdu, DICOMCommandObject* command);
+
+ private:
+  struct Move;
+
+  bool Answer(const Move& move, std::uint16_t status, std::string_view comment = {});
+  bool SendInstances(Move& move, PDU_Service& link);
+};
+
+/// C-GET, whose exchange its descendants conduct: objects come over the same association.
+class StandardGet : public CGetRQ, public CGetRSP, public CGetCancelRQ {
+ public:
+  bool GetUID(UID& uid) override {
+    uid = UID(sop_class::kStudyRootGet);
+    return true;
+  }
+};
+
+}  // namespace tessaret

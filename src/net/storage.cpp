@@ -1,0 +1,37 @@
+#include "net/storage.h"
+
+#include "net/command_elements.h"
+
+namespace tessaret {
+
+bool UnknownStorage::GetUID(UID&) { return false; }
+
+std::uint32_t UnknownStorage::StoreObject(DICOMDataObject*) { return 0; }
+
+bool UnknownStorage::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
+  if (!CStoreRQ::Write(pdu, dataObject)) return false;
+  DICOMCommandObject response;
+  return pdu->Read(response) != 0 && CStoreRSP::Read(response);
+}
+
+bool UnknownStorage::Read(PDU_Service* pdu, DICOMCommandObject* command,
+                          DICOMDataObject* dataObject) {
+  if (pdu == nullptr || command == nullptr || dataObject == nullptr) return false;
+  if (!CStoreRQ::Test(*command)) return CStoreRSP::Read(*command);
+  if (!CStoreRQ::Read(*command, pdu, dataObject)) return false;
+  return CStoreRSP::Write(pdu, command, static_cast<std::uint16_t>(StoreObject(dataObject)));
+}
+
+bool TypedStorage::GetUID(UID& uid) {
+  uid = uid_;
+  return true;
+}
+
+bool TypedStorage::Read(PDU_Service* pdu, DICOMCommandObject* command,
+                        DICOMDataObject* dataObject) {
+  if (command == nullptr) return false;
+  const auto asked = UidOf(*command, 0x0000, command_element::kSopClass);
+  return asked && *asked == uid_ && UnknownStorage::Read(pdu, command, dataObject);
+}
+
+}  // namespace tessaret
