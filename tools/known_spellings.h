@@ -15,6 +15,11 @@ inline constexpr KnownSpelling kKnownSpellings[] = {
     {"dump", "+sd", "--recurse"},
     {"check", "+r", "--recurse"},
     {"check", "+sd", "--recurse"},
+    {"echo", "-aet", "--aet"},
+    {"echo", "-aec", "--aec"},
+    {"send", "-aet", "--aet"},
+    {"send", "-aec", "--aec"},
+    {"send", "+r", "--recurse"},
     {"convert", "+ti", "--syntax=implicit"},
     {"convert", "+te", "--syntax=explicit"},
 };

@@ -11,6 +11,8 @@ constexpr Verb kVerbs[] = {
     {"convert", "Write a DICOM file anew in another encoding", &SetUpConvert},
     {"transcode", "Write a DICOM file with its pixel data in another transfer syntax",
      &SetUpTranscode},
+    {"echo", "Ask a DICOM node whether it is there", &SetUpEcho},
+    {"send", "Send DICOM files to a node", &SetUpSend},
     {"dictionary", "Tell what the dictionaries know of a tag, a UID or a word", &SetUpDictionary},
     {"phantom", "Make a series of test images", &SetUpPhantom},
     {"__man", "Write man pages and completions", &SetUpManual, false},

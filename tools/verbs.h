@@ -33,9 +33,11 @@ VerbSetUp SetUpCheck();
 VerbSetUp SetUpConvert();
 VerbSetUp SetUpDictionary();
 VerbSetUp SetUpDump();
+VerbSetUp SetUpEcho();
 VerbSetUp SetUpGet();
 VerbSetUp SetUpManual();
 VerbSetUp SetUpPhantom();
+VerbSetUp SetUpSend();
 VerbSetUp SetUpSet();
 VerbSetUp SetUpTranscode();
 

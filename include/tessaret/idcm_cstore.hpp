@@ -18,9 +18,11 @@ class IDcmCStore : public IDispatch {
   /// A file is sent in its own transfer syntax where the node takes that for its class, and otherwise in the one that the node
   /// took. One file that fails does not stop the others: it ends in SopError, and the call succeeds whatever the files did. An
   /// answer of the node with a warning or a failure in it counts as sent.
+  /// Fails with kInvalidArgument for a time below 0, and with "Files are being sent already" where it is called from one of its events.
   /// Fails where no association comes about: "Connection to  %s: %s permanently refused" or "Connection to  %s: %s temporarily
   /// refused" with host and title, then in a second line "Non active link", "Unupported Application Context", "Unknown local
-  /// AETitle" or "Unknown remote AETitle"; "No SOP Class proposed" where no file names a class.
+  /// AETitle" or "Unknown remote AETitle", also where no file names a class, so that nothing could be proposed; IDcmStoreResponse tells
+  /// more.
   virtual Status SendFiles(const String& host, const String& port, const String& LocalAE,
                            const String& RemoteAE, std::int32_t TimeoutSecs) = 0;
 

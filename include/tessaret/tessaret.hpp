@@ -16,6 +16,8 @@
 #include "tessaret/idcm_oblique.hpp"
 #include "tessaret/idcm_options.hpp"
 #include "tessaret/idcm_query_retrieve.hpp"
+#include "tessaret/idcm_store_response.hpp"
+#include "tessaret/idcm_verification.hpp"
 #include "tessaret/idcm_volume.hpp"
 #include "tessaret/iimage_module.hpp"
 #include "tessaret/ilut.hpp"

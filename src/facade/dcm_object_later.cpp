@@ -12,11 +12,6 @@ Status NotAvailable() {
 
 }  // namespace
 
-Status CDCMObject::Send(const String&, const String&, const String&, const String&, VariantBool,
-                        VariantBool*) {
-  return NotAvailable();
-}
-
 Status CDCMObject::IntersectPlane(IDCMObject*, VariantBool, VariantBool*, Variant*, Variant*,
                                   VariantBool*) {
   return NotAvailable();

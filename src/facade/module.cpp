@@ -10,6 +10,7 @@
 #include "core/module_dictionaries.h"
 #include "core/vr_pool.h"
 #include "facade/class_ids.h"
+#include "facade/dcm_cstore.h"
 #include "facade/dcm_dictionary.h"
 #include "facade/dcm_object.h"
 #include "facade/dcm_options.h"
@@ -54,7 +55,7 @@ constexpr ClassRow kClasses[] = {
     {"Tessaret.XDIConsumer", ids::kXDIConsumer, "IXDIConsumer", "_IXDIConsumerEvents",
      &NotYet<ids::kXDIConsumer>},
     {"Tessaret.DcmCStore", ids::kDcmCStore, "IDcmCStore", "_IDcmCStoreEvents",
-     &NotYet<ids::kDcmCStore>},
+     &CreateObjectOf<CDcmCStore>},
 };
 
 /// The words of a failed start with what the data dictionary keeps beside them, and the file that the words of the UID dictionary may

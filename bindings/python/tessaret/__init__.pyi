@@ -79,6 +79,10 @@ class Object:
     @overload
     def query(self, interface: Literal["IDcmQueryRetrieve"]) -> IDcmQueryRetrieve: ...
     @overload
+    def query(self, interface: Literal["IDcmStoreResponse"]) -> IDcmStoreResponse: ...
+    @overload
+    def query(self, interface: Literal["IDcmVerification"]) -> IDcmVerification: ...
+    @overload
     def query(self, interface: Literal["IImageModule"]) -> IImageModule: ...
     @overload
     def query(self, interface: Literal["IVRRecord"]) -> IVRRecord: ...
@@ -362,9 +366,11 @@ class IDcmCStore(Object):
         A file is sent in its own transfer syntax where the node takes that for its class, and otherwise in the one that the node
         took. One file that fails does not stop the others: it ends in SopError, and the call succeeds whatever the files did. An
         answer of the node with a warning or a failure in it counts as sent.
+        Fails with kInvalidArgument for a time below 0, and with "Files are being sent already" where it is called from one of its events.
         Fails where no association comes about: "Connection to  %s: %s permanently refused" or "Connection to  %s: %s temporarily
         refused" with host and title, then in a second line "Non active link", "Unupported Application Context", "Unknown local
-        AETitle" or "Unknown remote AETitle"; "No SOP Class proposed" where no file names a class.
+        AETitle" or "Unknown remote AETitle", also where no file names a class, so that nothing could be proposed; IDcmStoreResponse tells
+        more.
         """
         ...
 
@@ -1520,6 +1526,44 @@ class IDcmQueryRetrieve(Object):
 
     def AddTransferSyntax(self, TrSyntaxUID: str | PathLike[str] | None) -> bool:
         """Adds a transfer syntax to those that are proposed, from the next Connect on. Implicit VR Little Endian always is."""
+        ...
+
+
+@type_check_only
+class IDcmStoreResponse(Object):
+    """For hosts that want to know whether a node really took what it was sent: IDcmCStore counts every answer as sent, also a refusal. To
+    be asked within the events of IDcmCStore, about the file that the event is about, or after SendFiles. Every member answers kPointer
+    for a null place of the answer.
+    """
+    @property
+    def ResponseStatus(self) -> int:
+        """The status of the answer (DICOM PS3.4, B.2.3): 0 for success, 0xB000 to 0xBFFF for a warning, by which the object was stored, and
+        anything else for a failure. -1 where there was no answer.
+        """
+        ...
+
+    @property
+    def ResponseComment(self) -> str:
+        """The comment that came with a status that is not 0, (0000,0902); empty without one."""
+        ...
+
+    @property
+    def AssociationError(self) -> str:
+        """Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the
+        numbers of the refusal as texts, "No SOP Class proposed", "No Accepted presentation Context found", "Corrupt transmission
+        reading AAssociateRQ". Empty when there was one.
+        """
+        ...
+
+
+@type_check_only
+class IDcmVerification(Object):
+    """For hosts that want to know before they send, and for those who set up nodes."""
+    def Verify(self, host: str | PathLike[str] | None, port: str | PathLike[str] | None, LocalAE: str | PathLike[str] | None, RemoteAE: str | PathLike[str] | None, TimeoutSecs: int) -> bool:
+        """Makes an association, sends a C-ECHO (DICOM PS3.4, annex A), and releases it. The arguments are those of IDcmCStore::SendFiles,
+        and so are the failures where no association comes about; IDcmStoreResponse tells more of these. True when the node answered,
+        whatever the status; false when it did not, and the association has ended.
+        """
         ...
 
 

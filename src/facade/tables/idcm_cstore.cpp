@@ -22,9 +22,11 @@ constexpr MemberInfo kMembers[] = {
         "A file is sent in its own transfer syntax where the node takes that for its class, and otherwise in the one that the node\n"
         "took. One file that fails does not stop the others: it ends in SopError, and the call succeeds whatever the files did. An\n"
         "answer of the node with a warning or a failure in it counts as sent.\n"
+        "Fails with kInvalidArgument for a time below 0, and with \"Files are being sent already\" where it is called from one of its events.\n"
         "Fails where no association comes about: \"Connection to  %s: %s permanently refused\" or \"Connection to  %s: %s temporarily\n"
         "refused\" with host and title, then in a second line \"Non active link\", \"Unupported Application Context\", \"Unknown local\n"
-        "AETitle\" or \"Unknown remote AETitle\"; \"No SOP Class proposed\" where no file names a class."},
+        "AETitle\" or \"Unknown remote AETitle\", also where no file names a class, so that nothing could be proposed; IDcmStoreResponse tells\n"
+        "more."},
 {"AddFile", MemberKind::kMethod, kArguments1.data(), kArguments1.size(), "Puts a file at the end of the queue. `SOPClassUID` is the class of its object, which SendFiles proposes to the node. The file is\n"
         "not looked at before it is sent."},
 {"Cancel", MemberKind::kMethod, kArguments2.data(), kArguments2.size(), "Ends a SendFiles that is under way before its next file; files that are left get no event. It may be called from an event or\n"

@@ -12,6 +12,8 @@
 #include "tessaret/idcm_oblique.hpp"
 #include "tessaret/idcm_options.hpp"
 #include "tessaret/idcm_query_retrieve.hpp"
+#include "tessaret/idcm_store_response.hpp"
+#include "tessaret/idcm_verification.hpp"
 #include "tessaret/idcm_volume.hpp"
 #include "tessaret/iimage_module.hpp"
 #include "tessaret/iview_parameters.hpp"
@@ -35,6 +37,8 @@ RowOf<IDcmObjectManager>(),
 RowOf<IDCMOblique>(),
 RowOf<IDCMOptions>(),
 RowOf<IDcmQueryRetrieve>(),
+RowOf<IDcmStoreResponse>(),
+RowOf<IDcmVerification>(),
 RowOf<IDCMVolume>(),
 RowOf<IImageModule>(),
 RowOf<IViewParameters>(),

@@ -1,0 +1,77 @@
+// Sending an object that is in memory.
+#include <memory>
+#include <string>
+
+#include "core/module_dictionaries.h"
+#include "core/transfer_syntax.h"
+#include "facade/dcm_object.h"
+#include "facade/dcm_object_edge.h"
+#include "net/command_elements.h"
+#include "services/connect_failure.h"
+#include "services/outgoing_object.h"
+
+namespace tessaret {
+
+using namespace dcm_object;
+
+namespace {
+
+constexpr std::int32_t kErrorDuringTransfer = 542;
+
+bool IsForBigEndian(const UID& syntax) {
+  const auto code = FindTransferSyntax(syntax.View());
+  return code && IsBigEndian(*code);
+}
+
+/// Moves the elements of a clone of `object` into one that can be sent.
+void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
+  const std::unique_ptr<DICOMObject> clone(object.Clone(deep));
+  if (clone == nullptr) throw std::bad_alloc();
+  while (VR* element = clone->Pop()) {
+    std::unique_ptr<VR> held(element);
+    to.Push(element);
+    held.release();
+  }
+}
+
+}  // namespace
+
+Status CDCMObject::Send(const String& host, const String& port, const String& LocalAETitle,
+                        const String& RemoteAETitle, VariantBool, VariantBool* Sent) {
+  if (Sent == nullptr) return kPointer;
+  *Sent = false;
+  return Answer([&] {
+    const DICOMObject* const object = Object.Get();
+    if (object == nullptr) return FailWith(kNothingToGetFrom);
+    const auto sopClass = UidOf(*object, 0x0008, 0x0016);
+    if (!sopClass) return FailWith("Missing SOP Class for C-STORE");
+    PDU_Service pdu;
+    pdu.SetApplicationContext(UID("1.2.840.10008.3.1.1.1"));
+    pdu.AddAbstractSyntax(*sopClass);
+    const UID syntax = SyntaxOf(*object);
+    if (!syntax.IsEmpty()) pdu.AddTransferSyntax(syntax);
+    pdu.SetCallingTitle(LocalAETitle.Narrow());
+    pdu.SetCalledTitle(RemoteAETitle.Narrow());
+    pdu.AttachDictionary(&ModuleDictionary(), false);
+    if (pdu.Connect(host.Utf8(), port.Utf8()) == 0) {
+      return FailWith(
+          ConnectFailureWords(pdu.AAssociateRJ, host.Utf8(), RemoteAETitle.Utf8()).c_str());
+    }
+    bool isSent = false;
+    {
+      DICOMDataObject shared;
+      // Bytes that are to be turned round are not those of the object itself.
+      CloneInto(*object, IsForBigEndian(syntax), shared);
+      const bool canGo =
+          CanGoAsItIs(pdu, shared, *sopClass) || TranscodeForPeer(pdu, shared, *sopClass).empty();
+      DicomStorage storage(shared);
+      isSent = canGo && StoreOver(pdu, storage, shared);
+    }
+    pdu.Close();
+    if (!isSent) return FailWith(kErrorDuringTransfer);
+    *Sent = true;
+    return kOk;
+  });
+}
+
+}  // namespace tessaret

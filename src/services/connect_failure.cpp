@@ -1,0 +1,49 @@
+#include "services/connect_failure.h"
+
+#include <cstdint>
+
+#include "base/text.h"
+#include "component/string_table.h"
+
+namespace tessaret {
+namespace {
+
+constexpr std::int32_t kPermanentlyRefused = 531;
+constexpr std::int32_t kTemporarilyRefused = 532;
+constexpr std::int32_t kNonActiveLink = 533;
+
+/// Entries of the string table by the number of the reason; 0: none.
+constexpr std::int32_t kReasons[] = {
+    0, kNonActiveLink, 534, 535, kNonActiveLink, kNonActiveLink, kNonActiveLink, 536};
+
+/// The text of an entry with its two "%s" filled in.
+std::string Filled(std::string text, const std::string& first, const std::string& second) {
+  for (const std::string* each : {&first, &second}) {
+    const std::size_t at = text.find("%s");
+    if (at == std::string::npos) break;
+    text.replace(at, 2, *each);
+    if (each->find("%s") != std::string::npos) break;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string ConnectFailureWords(const AAssociateRJ& refusal, const std::string& host,
+                                const std::string& remoteTitle) {
+  // A peer can send numbers that mean nothing; the link is of no use then either.
+  const std::int32_t result = refusal.Result == 2 ? kTemporarilyRefused : kPermanentlyRefused;
+  const std::int32_t reason = refusal.Reason < std::size(kReasons) ? kReasons[refusal.Reason] : 0;
+  std::string words = Filled(std::string(StringOf(result)), host, remoteTitle);
+  words += '\n';
+  words += StringOf(reason);
+  return words;
+}
+
+std::string LastWordsOf(const PDU_Service& pdu) {
+  if (pdu.GetLastError() != nullptr) return pdu.GetLastError();
+  const std::string link = pdu.Link.GetLastError();
+  return link.empty() ? "The association has ended" : link;
+}
+
+}  // namespace tessaret

@@ -1,0 +1,81 @@
+#include "services/outgoing_object.h"
+
+#include "base/text.h"
+#include "core/codec_registry.h"
+#include "core/comp_engine.h"
+#include "core/file_head.h"
+#include "core/transfer_syntax.h"
+#include "core/value_order.h"
+#include "net/command_elements.h"
+
+namespace tessaret {
+namespace {
+
+bool HasFragments(const DICOMObject& object) {
+  const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
+  return pixels != nullptr && pixels->Items != nullptr;
+}
+
+bool IsBigEndianSyntax(const UID& syntax) {
+  const auto code = FindTransferSyntax(syntax.View());
+  return code && IsBigEndian(*code);
+}
+
+}  // namespace
+
+std::unique_ptr<DICOMDataObject> LoadForSending(PDU_Service& pdu, const std::string& path) {
+  HeadNotingCoder coder(pdu.Dictionary);
+  std::unique_ptr<DICOMDataObject> object = coder.LoadFile(path.c_str(), true, false);
+  if (object == nullptr) {
+    pdu.SetError(coder.ErrorText());
+    return nullptr;
+  }
+  if (IsBigEndian(coder.FirstCode)) SwapNumbers(*object);
+  if (SyntaxOf(*object).IsEmpty() && HasFragments(*object) && !coder.Head.syntax.empty()) {
+    PutUid(*object, GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag), coder.Head.syntax);
+  }
+  return object;
+}
+
+UID SyntaxOf(const DICOMObject& object) {
+  return UidOf(object, GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag)).value_or(UID());
+}
+
+std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, const UID& sopClass) {
+  const UID syntax = SyntaxOf(object);
+  const auto about = [&](const char* words) {
+    return Format("]: %s [%s]", words, syntax.Text.data());
+  };
+  if (ModuleCodecRegistry().Find(syntax.View()) == nullptr) {
+    return about("Unsupported compressed Transfer Syntax");
+  }
+  DcmCompEngine engine;
+  if (!engine.Decompress(&object, nullptr, nullptr)) {
+    return about("Error decoding compressed Transfer Syntax");
+  }
+  const std::uint8_t contextID = pdu.ContextIDFor(sopClass);
+  if (contextID == 0) {
+    return Format("]: Cannot find Presentation Context for SOP Class[%s]", sopClass.Text.data());
+  }
+  UID accepted;
+  if (!pdu.TransferSyntaxOf(contextID, accepted)) {
+    return about("No presentation context for Transfer Syntax");
+  }
+  if (!engine.Compress(&object, accepted.Text.data(), nullptr)) {
+    return Format("]: Error encoding to Transfer Syntax [%s]", accepted.Text.data());
+  }
+  return {};
+}
+
+bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass) {
+  return !HasFragments(object) || pdu.ContextIDFor(sopClass, SyntaxOf(object)) != 0;
+}
+
+bool StoreOver(PDU_Service& pdu, DicomStorage& storage, DICOMDataObject& object) {
+  UID accepted;
+  const bool isKnown = pdu.TransferSyntaxOf(pdu.ContextIDFor(storage.UID), accepted);
+  if (isKnown && IsBigEndianSyntax(accepted)) TurnForBigEndian(object, pdu.Dictionary);
+  return storage.Write(&pdu, &object);
+}
+
+}  // namespace tessaret

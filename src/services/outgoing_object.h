@@ -1,0 +1,31 @@
+// Objects on their way to a peer: loaded, brought into a transfer syntax that the peer took, and sent.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "core/dicom_object.h"
+#include "net/pdu_service.h"
+#include "services/dicom_storage.h"
+
+namespace tessaret {
+
+/// Loads a file with its pixels. Numbers are little endian, whatever the file's order, and (0002,0010) says what fragments are in, also
+/// where the file's own does not stay. Null, with words in the association's LastError, for what is no DICOM file.
+std::unique_ptr<DICOMDataObject> LoadForSending(PDU_Service& pdu, const std::string& path);
+
+/// What (0002,0010) names; empty without it.
+UID SyntaxOf(const DICOMObject& object);
+
+/// Brings pixel data from the transfer syntax that the object names to the one that the peer took for its SOP class. Empty, or why that
+/// cannot be, which begins with "]: ".
+std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, const UID& sopClass);
+
+/// Whether the object means the same in the transfer syntax that the peer took for its SOP class: fragments do so in their own only.
+bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass);
+
+/// Sends the object, which is popped empty, over an association and takes the response into `storage`, which was made for it. False when
+/// there was none.
+bool StoreOver(PDU_Service& pdu, DicomStorage& storage, DICOMDataObject& object);
+
+}  // namespace tessaret

@@ -1,0 +1,28 @@
+#include "services/peer_verification.h"
+
+#include "net/verification.h"
+#include "services/connect_failure.h"
+
+namespace tessaret {
+
+VerificationOutcome VerifyPeer(const StoreTarget& target) {
+  PDU_Service pdu;
+  VerificationOutcome outcome;
+  Verification verification;
+  UID uid;
+  verification.GetUID(uid);
+  pdu.AddAbstractSyntax(uid);
+  if (target.timeoutSecs != 0) pdu.Link.TimeoutSecs = target.timeoutSecs;
+  pdu.SetCallingTitle(target.localTitle);
+  pdu.SetCalledTitle(target.remoteTitle);
+  if (pdu.Connect(target.host, target.port) == 0) {
+    outcome.failure = ConnectFailureWords(pdu.AAssociateRJ, target.host, target.remoteTitle);
+    outcome.linkWords = LastWordsOf(pdu);
+    return outcome;
+  }
+  outcome.isAnswered = verification.Write(&pdu);
+  pdu.Close();
+  return outcome;
+}
+
+}  // namespace tessaret

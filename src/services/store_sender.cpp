@@ -1,0 +1,81 @@
+#include "services/store_sender.h"
+
+#include <memory>
+#include <new>
+
+#include "base/text.h"
+#include "core/module_dictionaries.h"
+#include "net/command_elements.h"
+#include "services/connect_failure.h"
+#include "services/outgoing_object.h"
+
+namespace tessaret {
+namespace {
+
+StoreResponse ResponseIn(const DicomStorage& storage) {
+  StoreResponse response{.status = storage.Status, .comment = {}};
+  const VR* comment = storage.ErrorComment.get();
+  if (comment == nullptr || comment->Data == nullptr) return response;
+  response.comment = Trimmed({reinterpret_cast<const char*>(comment->Data), comment->Length});
+  return response;
+}
+
+}  // namespace
+
+bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& sopClasses,
+                       const std::atomic<bool>& isCancelled) {
+  PDU_Service pdu;
+  if (target.timeoutSecs != 0) pdu.Link.TimeoutSecs = target.timeoutSecs;
+  pdu.SetApplicationContext(UID("1.2.840.10008.3.1.1.1"));
+  for (const std::string& sopClass : sopClasses) pdu.AddAbstractSyntax(UID(sopClass));
+  pdu.AddTransferSyntax(UID("1.2.840.10008.1.2.1"));
+  pdu.SetCallingTitle(target.localTitle);
+  pdu.SetCalledTitle(target.remoteTitle);
+  pdu.AttachDictionary(&ModuleDictionary(), false);
+  if (pdu.Connect(target.host, target.port) == 0) {
+    Failure = ConnectFailureWords(pdu.AAssociateRJ, target.host, target.remoteTitle);
+    LinkWords = LastWordsOf(pdu);
+    return false;
+  }
+  for (std::size_t index = 0; index < files_.size() && !isCancelled; ++index) {
+    // The queue may move while it grows.
+    const std::string path = files_[index];
+    Response = {};
+    pdu.SetError(nullptr);
+    std::string words;
+    try {
+      SendFile(pdu, path);
+    } catch (const std::string& thrown) {
+      words = thrown;
+    } catch (const std::bad_alloc&) {
+      words = "Error sending [" + path + "]: Not enough memory";
+    }
+    if (words.empty()) {
+      ++Sent;
+      listener_.OnSent(path, index);
+    } else {
+      ++Errors;
+      listener_.OnError(path, index, words);
+    }
+  }
+  listener_.OnFinished(Sent, Errors);
+  pdu.Close();
+  return true;
+}
+
+void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
+  const std::string start = "Error sending [" + path;
+  const std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu, path);
+  if (object == nullptr) throw start + "]: " + LastWordsOf(pdu);
+  const UID sopClass = UidOf(*object, 0x0008, 0x0016).value_or(UID());
+  const UID syntax = SyntaxOf(*object);
+  if (!syntax.IsEmpty() && pdu.ContextIDFor(sopClass, syntax) == 0) {
+    const std::string tail = TranscodeForPeer(pdu, *object, sopClass);
+    if (!tail.empty()) throw start + tail;
+  }
+  DicomStorage storage(*object);
+  if (!StoreOver(pdu, storage, *object)) throw start + "]: " + LastWordsOf(pdu);
+  Response = ResponseIn(storage);
+}
+
+}  // namespace tessaret

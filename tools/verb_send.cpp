@@ -1,0 +1,229 @@
+// tessaret send: sends DICOM files to another node.
+#include <memory>
+#include <utility>
+
+#include "base/text.h"
+#include "class_object.h"
+#include "file_walk.h"
+#include "interrupt.h"
+#include "json_writer.h"
+#include "network_words.h"
+#include "peer_options.h"
+#include "shared_options.h"
+#include "source_file.h"
+#include "tag.h"
+#include "verbs.h"
+
+namespace tessaret::tool {
+namespace {
+
+struct SendOptions {
+  PeerOptions peer;
+  std::vector<std::string> words;
+  bool recurse = false;
+};
+
+constexpr std::int32_t kFirstWarning = 0xB000;
+constexpr std::int32_t kLastWarning = 0xBFFF;
+
+struct Totals {
+  std::uint64_t sent = 0;
+  std::uint64_t warned = 0;
+  std::uint64_t refused = 0;
+  std::uint64_t failed = 0;
+};
+
+/// Hears of every file while they are sent.
+class Sending final : public _IDcmCStoreEvents {
+ public:
+  Sending(IDcmCStore& store, Host& host, std::uint64_t count, Totals& totals)
+      : store_(store), host_(host), count_(count), totals_(totals) {}
+
+  // It lives on the stack, longer than its connection.
+  Status QueryInterface(const InterfaceId& id, void** object) override {
+    if (object == nullptr) return kPointer;
+    const bool isOurs = id == IObject::kId || id == _IDcmCStoreEvents::kId;
+    *object = isOurs ? static_cast<_IDcmCStoreEvents*>(this) : nullptr;
+    return isOurs ? kOk : kNoInterface;
+  }
+  std::uint32_t AddRef() override { return 1; }
+  std::uint32_t Release() override { return 1; }
+
+  Status SopSent(const String& FileName, std::int16_t) override {
+    const Ref<IDcmStoreResponse> response = Ref<IDcmCStore>(&store_).As<IDcmStoreResponse>();
+    const std::int32_t status = AnswerOf(*response, &IDcmStoreResponse::get_ResponseStatus);
+    const std::string comment = AnswerOf(*response, &IDcmStoreResponse::get_ResponseComment).Utf8();
+    const bool isWarning = status >= kFirstWarning && status <= kLastWarning;
+    const std::string words = Format("status %04X", static_cast<unsigned>(status)) +
+                              (comment.empty() ? std::string() : ": " + comment);
+    if (status == 0) {
+      ++totals_.sent;
+      host_.messages.Note(FileName.Utf8(), "sent");
+    } else if (isWarning) {
+      ++totals_.warned;
+      host_.messages.Warn(FileName.Utf8(), "stored with " + words);
+    } else {
+      ++totals_.refused;
+      host_.messages.Error(FileName.Utf8(), "refused with " + words);
+    }
+    Tell(FileName.Utf8(), status, status == 0 || isWarning ? "" : "refused", comment);
+    return kOk;
+  }
+  Status SopError(const String& FileName, std::int16_t, const String& Message) override {
+    ++totals_.failed;
+    host_.messages.Error(FileName.Utf8(), Message.Utf8());
+    Tell(FileName.Utf8(), -1, Message.Utf8(), "");
+    return kOk;
+  }
+  Status Finished(std::int16_t, std::int16_t) override { return kOk; }
+
+ private:
+  void Tell(const std::string& path, std::int32_t status, const std::string& error,
+            const std::string& comment) {
+    ++done_;
+    host_.messages.ShowProgress(done_, count_, "files");
+    if (IsInterrupted()) store_.Cancel();
+    if (!host_.options.json) return;
+    JsonWriter json(host_.output);
+    json.BeginObject().Member("file", path).Member("ok", error.empty());
+    if (status >= 0) json.Member("status", static_cast<std::uint64_t>(status));
+    if (!comment.empty()) json.Member("comment", comment);
+    if (!error.empty()) json.Member("error", error);
+    json.EndObject().EndLine();
+  }
+
+  IDcmCStore& store_;
+  Host& host_;
+  std::uint64_t count_;
+  Totals& totals_;
+  std::uint64_t done_ = 0;
+};
+
+class Send {
+ public:
+  Send(const SendOptions& options, Host& host) : options_(options), host_(host) {}
+
+  ExitCode Run() {
+    std::vector<std::string> paths = options_.words;
+    const Peer peer = TakePeer(paths, options_.peer);
+    host_.Dictionary();
+    Require(Create("Tessaret.DcmCStore", store_));
+    const std::uint64_t count = AddFiles(paths);
+    if (count == 0) {
+      if (isComplete_ && totals_.failed == 0) host_.messages.Error("send", "no files to send");
+      return ExitCode::kInputFailed;
+    }
+    Sending sink(*store_, host_, count, totals_);
+    std::uint32_t cookie = 0;
+    const Ref<IEventSource> events = store_.As<IEventSource>();
+    Require(events->Advise(&sink, &cookie));
+    const Status status =
+        store_->SendFiles(String(peer.host), String(peer.port), String(options_.peer.calling),
+                          String(peer.title), options_.peer.timeout);
+    events->Unadvise(cookie);
+    host_.messages.HideProgress();
+    if (status == kOutOfMemory) throw std::bad_alloc();
+    if (Failed(status)) {
+      host_.messages.Error(peer.title + "@" + peer.host + ":" + peer.port,
+                           WhyNoAssociation(*store_.As<IDcmStoreResponse>()));
+      return ExitCode::kNoAssociation;
+    }
+    Report();
+    StopIfInterrupted();
+    if (totals_.refused != 0) return ExitCode::kPeerFailed;
+    return totals_.failed == 0 && isComplete_ ? ExitCode::kDone : ExitCode::kInputFailed;
+  }
+
+ private:
+  /// Puts every file into the queue whose SOP class can be read, and tells of the others. How many they are.
+  std::uint64_t AddFiles(const std::vector<std::string>& paths) {
+    std::uint64_t count = 0;
+    for (const std::string& path : paths) {
+      const FileList list = FindFiles({path}, host_.messages);
+      isComplete_ = isComplete_ && list.complete;
+      for (const std::string& file : list.files) {
+        StopIfInterrupted();
+        if (list.fromDirectory && !options_.recurse && !IsDirectlyIn(file, path)) continue;
+        if (AddFile(file)) ++count;
+      }
+    }
+    return count;
+  }
+
+  static bool IsDirectlyIn(const std::string& file, const std::string& directory) {
+    const std::size_t from = directory.size() + (directory.ends_with('/') ? 0 : 1);
+    return file.find('/', from) == std::string::npos;
+  }
+
+  bool AddFile(const std::string& file) {
+    SourceOptions how;
+    how.loadPixels = false;
+    const SourceFile source = LoadSource(file, how, host_);
+    const std::string sopClass =
+        source.object ? SopClassOf(*FileOf(*source.object)) : std::string();
+    if (sopClass.empty()) {
+      ++totals_.failed;
+      host_.messages.Error(file, source.object ? "says no SOP class" : source.failure);
+      return false;
+    }
+    Require(store_->AddFile(String(file), String(sopClass)));
+    return true;
+  }
+
+  static std::string SopClassOf(IDcmFile& file) {
+    std::string text = TextOf(file, MakeTagKey(0x0008, 0x0016));
+    while (!text.empty() && (text.back() == '\0' || text.back() == ' ')) text.pop_back();
+    return text;
+  }
+
+  void Report() {
+    if (host_.options.json) {
+      JsonWriter json(host_.output);
+      json.BeginObject().Member("sent", totals_.sent).Member("warnings", totals_.warned);
+      json.Member("refused", totals_.refused).Member("failed", totals_.failed);
+      json.EndObject().EndLine();
+    } else if (!host_.options.loudness.quiet) {
+      host_.output.Line(Format("%llu files sent, %llu with warnings, %llu refused, %llu failed",
+                               static_cast<unsigned long long>(totals_.sent + totals_.warned),
+                               static_cast<unsigned long long>(totals_.warned),
+                               static_cast<unsigned long long>(totals_.refused),
+                               static_cast<unsigned long long>(totals_.failed)));
+    }
+  }
+
+  const SendOptions& options_;
+  Host& host_;
+  Ref<IDcmCStore> store_;
+  Totals totals_;
+  bool isComplete_ = true;
+};
+
+}  // namespace
+
+VerbSetUp SetUpSend() {
+  auto options = std::make_shared<SendOptions>();
+  OptionRows rows = {
+      {.positional = "HOST",
+       .value = "HOST PORT FILE|DIR...",
+       .target = &options->words,
+       .description = "The node, a host and a port or TITLE@HOST:PORT, and the DICOM files; of "
+                      "directories the files in them",
+       .required = true},
+      {.names = {"--recurse"},
+       .target = &options->recurse,
+       .description = "Go through the directories in directories, too"},
+  };
+  for (OptionRow& row : PeerRows(options->peer)) rows.push_back(std::move(row));
+  return {
+      .options = std::move(rows),
+      .run = [options](Host& host) { return Send(*options, host).Run(); },
+      .check =
+          [options] {
+            std::vector<std::string> words = options->words;
+            TakePeer(words, options->peer);
+            if (words.empty()) throw UsageError("FILE", "nothing is named to be sent");
+          },
+  };
+}
+
+}  // namespace tessaret::tool
