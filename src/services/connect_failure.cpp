@@ -41,9 +41,11 @@ std::string ConnectFailureWords(const AAssociateRJ& refusal, const std::string& 
 }
 
 std::string LastWordsOf(const PDU_Service& pdu) {
-  if (pdu.GetLastError() != nullptr) return pdu.GetLastError();
   const std::string link = pdu.Link.GetLastError();
-  return link.empty() ? "The association has ended" : link;
+  if (pdu.GetLastError() == nullptr) return link.empty() ? "The association has ended" : link;
+  const std::string words = pdu.GetLastError();
+  // The link often knows more than that nothing came over it.
+  return link.empty() || link == words ? words : words + ": " + link;
 }
 
 }  // namespace tessaret
