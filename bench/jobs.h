@@ -15,6 +15,7 @@ struct JobContext {
   const Job& job;
   std::filesystem::path data;     // folder of all input, only read
   std::filesystem::path scratch;  // folder for files that the job writes and takes away again
+  std::string_view port = {};     // of the peer, for jobs that need one
 
   [[nodiscard]] std::filesystem::path Input() const;
 };
@@ -41,5 +42,7 @@ std::span<const Job> DictionaryJobs();
 std::span<const Job> ObjectJobs();
 /// Codecs, through the engine: decode, encode.
 std::span<const Job> CodecJobs();
+/// The network, to a peer that listens.
+std::span<const Job> NetJobs();
 
 }  // namespace tessaret::bench

@@ -8,18 +8,22 @@
 #include "core/module_dictionaries.h"
 #include "jobs.h"
 #include "make_input.h"
+#include "store_server.h"
 
 namespace tessaret::bench {
 namespace {
 
 enum ExitCode : int { kDone = 0, kFailed = 1, kUsage = 2, kNotMine = 77 };
 
-std::array<std::span<const Job>, 4> Families() {
-  return {IoJobs(), DictionaryJobs(), ObjectJobs(), CodecJobs()};
+std::array<std::span<const Job>, 5> Families() {
+  return {IoJobs(), DictionaryJobs(), ObjectJobs(), CodecJobs(), NetJobs()};
 }
 
 int Usage() {
-  std::fputs("usage: tessaret-bench list | make DIR [--short] | JOB DIR TMPDIR\n", stderr);
+  std::fputs(
+      "usage: tessaret-bench list | make DIR [--short] | JOB DIR TMPDIR [PORT] |\n"
+      "       tessaret-bench scp PORT null|disk DIR\n",
+      stderr);
   return kUsage;
 }
 
@@ -42,17 +46,25 @@ int Make(int count, char** arguments) {
 }
 
 int RunJob(int count, char** arguments) {
-  // A port may follow, for jobs that need a peer; none of these does.
   if (count != 3 && count != 4) return Usage();
   for (const auto family : Families()) {
     for (const Job& job : family) {
       if (job.name != arguments[0]) continue;
       if (!StartDictionaries()) return kFailed;
-      job.run({job, arguments[1], arguments[2]});
+      job.run({job, arguments[1], arguments[2], count == 4 ? arguments[3] : ""});
       return kDone;
     }
   }
   return kNotMine;
+}
+
+int Serve(int count, char** arguments) {
+  if (count != 4) return Usage();
+  const bool keeps = std::strcmp(arguments[2], "disk") == 0;
+  if (!keeps && std::strcmp(arguments[2], "null") != 0) return Usage();
+  if (!StartDictionaries()) return kFailed;
+  RunStoreServer(arguments[1], keeps ? arguments[3] : "");
+  return kFailed;
 }
 
 int Run(int count, char** arguments) {
@@ -60,6 +72,7 @@ int Run(int count, char** arguments) {
   const std::string_view verb = arguments[0];
   if (verb == "list") return List();
   if (verb == "make") return Make(count, arguments);
+  if (verb == "scp") return Serve(count, arguments);
   return RunJob(count, arguments);
 }
 
