@@ -106,11 +106,8 @@ void StoreObjects(const JobContext& context) {
             PDU_Service pdu;
             Connect(pdu, sop_class::kCT, port);
             for (const auto& object : objects) {
-              DICOMDataObject shared;
-              const std::unique_ptr<DICOMObject> clone(object->Clone(false));
-              while (VR* element = clone->Pop()) shared.Push(element);
-              DicomStorage storage(shared);
-              if (!StoreOver(pdu, storage, shared) || storage.Status != 0) {
+              DicomStorage storage(*object);
+              if (!StoreOver(pdu, storage, *object) || storage.Status != 0) {
                 throw std::runtime_error("not stored");
               }
             }

@@ -175,7 +175,23 @@ bool Buffer::WriteSwapped32(const void* data, std::uint32_t count) {
   return Write(from, count);
 }
 
-bool Buffer::WriteLong(const void* data, std::uint32_t count) {
+void Buffer::QueueShared(const void* data, std::uint32_t count) {
+  if (static_cast<std::uint64_t>(std::max(OutSize, 0)) + count + kFollowingChunk > kMostWaiting)
+    throw std::bad_alloc();
+  BufferSpace& chunk = OpenChunk(0);
+  chunk.External = 1;
+  // Outgoing bytes are only read.
+  chunk.Data = static_cast<std::uint8_t*>(const_cast<void*>(data));
+  chunk.Size = count;
+  chunk.Index = count;
+  OutSize += static_cast<std::int32_t>(count);
+}
+
+bool Buffer::WriteLong(const void* data, std::uint32_t count, bool shared) {
+  if (shared && count >= shareSize_) {
+    QueueShared(data, count);
+    return true;
+  }
   if (count < directWriteSize_) return Write(data, count);
   return Flush() && SendBinary(data, count) != 0;
 }

@@ -82,9 +82,10 @@ class Buffer {
   bool WriteSwapped16(const void* data, std::uint32_t count);
   bool WriteSwapped32(const void* data, std::uint32_t count);
 
-  /// Writes a long value. A stream to a file sends what waits and then the bytes from where they lie; every other
-  /// stream queues them as Write does. False when a chunk could not be sent.
-  bool WriteLong(const void* data, std::uint32_t count);
+  /// Writes a long value. A stream to a file sends what waits and then the bytes from where they lie; a message queues bytes that
+  /// are `shared`, and so stay where they are until it is sent, without a copy; every other stream queues them as Write does. False
+  /// when a chunk could not be sent.
+  bool WriteLong(const void* data, std::uint32_t count, bool shared = false);
 
   /// Sends what waits when this stream goes to a file and much is waiting; otherwise nothing. False when that failed.
   bool FlushIfMuchWaits() {
@@ -121,6 +122,8 @@ class Buffer {
 
   /// Values at least this long go straight to SendBinary. Set by streams for which that is no visible difference.
   std::uint32_t directWriteSize_ = kNeverDirect;
+  /// Shared values at least this long are queued where they lie. Set by streams that are flushed while those are there.
+  std::uint32_t shareSize_ = kNeverDirect;
 
   /// Appends `count` bytes as a chunk of their own to Incoming.
   void AppendIncoming(const void* data, std::uint32_t count);
@@ -133,6 +136,7 @@ class Buffer {
 
   bool WriteAcrossChunks(const void* data, std::uint32_t count);
   BufferSpace& OpenChunk(std::uint32_t size);
+  void QueueShared(const void* data, std::uint32_t count);
   /// Reads one chunk of at most `most` bytes through ReadBinary. False at the end.
   bool PullChunk(std::uint32_t most);
 };

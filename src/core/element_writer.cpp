@@ -227,7 +227,7 @@ void ElementWriter::WriteHead(const VR& vr, VrCode type, ElementForm form) {
 }
 
 bool ElementWriter::WriteValue(const VR& vr) {
-  if (!buffer_.WriteLong(vr.Data, vr.Length)) return false;
+  if (!buffer_.WriteLong(vr.Data, vr.Length, vr.OwnsData == 0)) return false;
   return vr.Length % 2 == 0 || buffer_.Write8(0);
 }
 

@@ -3,7 +3,6 @@
 #include <string>
 
 #include "core/module_dictionaries.h"
-#include "core/transfer_syntax.h"
 #include "facade/dcm_object.h"
 #include "facade/dcm_object_edge.h"
 #include "net/command_elements.h"
@@ -18,14 +17,9 @@ namespace {
 
 constexpr std::int32_t kErrorDuringTransfer = 542;
 
-bool IsForBigEndian(const UID& syntax) {
-  const auto code = FindTransferSyntax(syntax.View());
-  return code && IsBigEndian(*code);
-}
-
-/// Moves the elements of a clone of `object` into one that can be sent.
-void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
-  const std::unique_ptr<DICOMObject> clone(object.Clone(deep));
+/// Moves the elements of a shallow clone of `object` into one that may become another in the same bytes.
+void CloneInto(const DICOMObject& object, DICOMDataObject& to) {
+  const std::unique_ptr<DICOMObject> clone(object.Clone(false));
   if (clone == nullptr) throw std::bad_alloc();
   while (VR* element = clone->Pop()) {
     std::unique_ptr<VR> held(element);
@@ -60,8 +54,7 @@ Status CDCMObject::Send(const String& host, const String& port, const String& Lo
     bool isSent = false;
     {
       DICOMDataObject shared;
-      // Bytes that are to be turned round are not those of the object itself.
-      CloneInto(*object, IsForBigEndian(syntax), shared);
+      CloneInto(*object, shared);
       const bool canGo =
           CanGoAsItIs(pdu, shared, *sopClass) || TranscodeForPeer(pdu, shared, *sopClass).empty();
       DicomStorage storage(shared);

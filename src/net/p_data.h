@@ -21,6 +21,16 @@ inline constexpr std::uint32_t kMostMessageBytes = 0x7FFFFFFF;
 inline constexpr std::uint8_t kCommandFragment = 1;
 inline constexpr std::uint8_t kLastFragment = 2;
 
+/// A message that waits to be sent while the object that it was made of, and what that shares, is still there.
+class MessageBuffer final : public LinkedBuffer {
+ public:
+  MessageBuffer() { shareSize_ = kLeastShared; }
+
+ private:
+  // Shorter values cost less to copy than to look after.
+  static constexpr std::uint32_t kLeastShared = 1 << 14;
+};
+
 class PDataTF {
  public:
   PDataTF() = default;

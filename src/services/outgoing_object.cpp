@@ -1,5 +1,7 @@
 #include "services/outgoing_object.h"
 
+#include <new>
+
 #include "base/text.h"
 #include "core/codec_registry.h"
 #include "core/comp_engine.h"
@@ -71,11 +73,21 @@ bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& s
   return !HasFragments(object) || pdu.ContextIDFor(sopClass, SyntaxOf(object)) != 0;
 }
 
-bool StoreOver(PDU_Service& pdu, DicomStorage& storage, DICOMDataObject& object) {
+bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object) {
   UID accepted;
-  const bool isKnown = pdu.TransferSyntaxOf(pdu.ContextIDFor(storage.UID), accepted);
-  if (isKnown && IsBigEndianSyntax(accepted)) TurnForBigEndian(object, pdu.Dictionary);
-  return storage.Write(&pdu, &object);
+  const bool isTurned =
+      pdu.TransferSyntaxOf(pdu.ContextIDFor(storage.UID), accepted) && IsBigEndianSyntax(accepted);
+  // A shallow clone shares long values, which go from where they lie. Bytes that are turned round are not the object's own.
+  const std::unique_ptr<DICOMObject> clone(object.Clone(isTurned));
+  if (clone == nullptr) throw std::bad_alloc();
+  DICOMDataObject sent;
+  while (VR* element = clone->Pop()) {
+    std::unique_ptr<VR> held(element);
+    sent.Push(element);
+    held.release();
+  }
+  if (isTurned) TurnForBigEndian(sent, pdu.Dictionary);
+  return storage.Write(&pdu, &sent);
 }
 
 }  // namespace tessaret

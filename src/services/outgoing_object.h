@@ -24,8 +24,8 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
 /// Whether the object means the same in the transfer syntax that the peer took for its SOP class: fragments do so in their own only.
 bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass);
 
-/// Sends the object, which is popped empty, over an association and takes the response into `storage`, which was made for it. False when
+/// Sends the object, which stays as it is, over an association and takes the response into `storage`, which was made for it. False when
 /// there was none.
-bool StoreOver(PDU_Service& pdu, DicomStorage& storage, DICOMDataObject& object);
+bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object);
 
 }  // namespace tessaret

@@ -12,6 +12,13 @@
 namespace tessaret {
 namespace {
 
+constexpr std::uint32_t kMostKept = std::uint32_t{16} << 20;
+
+bool IsSmall(const DICOMObject& object) {
+  const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
+  return pixels == nullptr || (pixels->Items == nullptr && pixels->Length < kMostKept);
+}
+
 StoreResponse ResponseIn(const DicomStorage& storage) {
   StoreResponse response{.status = storage.Status, .comment = {}};
   const VR* comment = storage.ErrorComment.get();
@@ -65,7 +72,7 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
 
 void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
   const std::string start = "Error sending [" + path;
-  const std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu, path);
+  std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu, path);
   if (object == nullptr) throw start + "]: " + LastWordsOf(pdu);
   const UID sopClass = UidOf(*object, 0x0008, 0x0016).value_or(UID());
   const UID syntax = SyntaxOf(*object);
@@ -76,6 +83,8 @@ void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
   DicomStorage storage(*object);
   if (!StoreOver(pdu, storage, *object)) throw start + "]: " + LastWordsOf(pdu);
   Response = ResponseIn(storage);
+  // With one object always there the process does not give its memory back to the system, only to ask for it anew.
+  last_ = IsSmall(*object) ? std::move(object) : nullptr;
 }
 
 }  // namespace tessaret

@@ -4,6 +4,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -59,6 +60,7 @@ class StoreSender {
 
   const std::vector<std::string>& files_;
   StoreListener& listener_;
+  std::unique_ptr<DICOMDataObject> last_;  // kept until the next one is loaded
 };
 
 }  // namespace tessaret
