@@ -16,6 +16,8 @@
 #include <thread>
 #include <vector>
 
+#include "platform/hold_cancellation.h"
+
 namespace tessaret {
 namespace {
 
@@ -69,15 +71,37 @@ void StayLoaded() noexcept {
   ::dlopen(info.dli_fname, RTLD_LAZY | RTLD_NOLOAD | RTLD_NODELETE);
 }
 
+/// The thread of a look-up, which is left behind where its caller does not stay until the end, be it that it is cancelled itself.
+class Maker {
+ public:
+  explicit Maker(const std::shared_ptr<Lookup>& lookup) : thread_(&Make, lookup) {}
+  Maker(const Maker&) = delete;
+  Maker& operator=(const Maker&) = delete;
+  ~Maker() {
+    if (!thread_.joinable()) return;
+    const HoldCancellation hold;
+    StayLoaded();
+    thread_.detach();
+  }
+  /// Once it has answered.
+  void Join() {
+    const HoldCancellation hold;
+    thread_.join();
+  }
+
+ private:
+  std::thread thread_;
+};
+
 }  // namespace
 
 std::optional<in_addr> FindHost(const std::string& name, const Deadline& deadline,
                                 const std::function<bool()>& isGivenUp) {
   const auto lookup = std::make_shared<Lookup>();
   lookup->name = name;
-  std::thread maker;
+  std::optional<Maker> maker;
   try {
-    maker = std::thread(&Make, lookup);
+    maker.emplace(lookup);
   } catch (const std::system_error&) {
     // Without a thread it is made here, for as long as the system takes.
     return Ask(name);
@@ -85,15 +109,11 @@ std::optional<in_addr> FindHost(const std::string& name, const Deadline& deadlin
   std::unique_lock held(lookup->lock);
   while (!lookup->isDone) {
     const bool isLate = deadline && std::chrono::steady_clock::now() >= *deadline;
-    if (isLate || isGivenUp()) {
-      StayLoaded();
-      maker.detach();
-      return std::nullopt;
-    }
+    if (isLate || isGivenUp()) return std::nullopt;
     lookup->changed.wait_for(held, kBetweenQuestions);
   }
   held.unlock();
-  maker.join();
+  maker->Join();
   return lookup->address;
 }
 
