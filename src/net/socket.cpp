@@ -35,12 +35,16 @@ std::string BracketedWords(int error) {
   return Format("wsaerr=%d msg=[%s]\n", error, SystemErrorText(error).c_str());
 }
 
-/// Errors of a peer that has gone again, or of a lack that passes.
+/// Errors of a peer that has gone again or of the way to it, or of a lack that passes.
 bool IsPassing(int error) {
   switch (error) {
     case EAGAIN:
     case ECONNABORTED:
+    case EHOSTDOWN:
+    case EHOSTUNREACH:
     case EMFILE:
+    case ENETDOWN:
+    case ENETUNREACH:
     case ENFILE:
     case ENOBUFS:
     case ENOMEM:
@@ -61,7 +65,7 @@ class Socket::Held {
     descriptor_ = field;
     ++socket_.users_;
   }
-  /// Makes a new descriptor the DataSocket, unless Close was called since Open began: then it is only held.
+  /// Makes a new descriptor the DataSocket, unless Close was called since Open or Listen began: then it is only held.
   Held(Socket& socket, int opened) : socket_(socket), descriptor_(opened) {
     const std::lock_guard held(socket_.lock_);
     ++socket_.users_;
@@ -86,6 +90,38 @@ class Socket::Held {
  private:
   Socket& socket_;
   int descriptor_;
+};
+
+/// The pipe by which Close wakes Open, there while this lives.
+class Socket::CancelPipe {
+ public:
+  explicit CancelPipe(Socket& socket) : socket_(socket) {
+    std::array<int, 2> ends{};
+    opened_ = OpenSocketPair(ends);
+    if (!opened_.Ok()) return;
+    const std::lock_guard held(socket_.lock_);
+    socket_.CancelRead = ends[0];
+    socket_.CancelWrite = ends[1];
+  }
+  CancelPipe(const CancelPipe&) = delete;
+  CancelPipe& operator=(const CancelPipe&) = delete;
+  ~CancelPipe() {
+    if (!opened_.Ok()) return;
+    const HoldCancellation hold;
+    const std::lock_guard held(socket_.lock_);
+    CloseFile(socket_.CancelRead.exchange(0));
+    CloseFile(socket_.CancelWrite.exchange(0));
+  }
+  [[nodiscard]] int Error() const { return opened_.error; }
+  [[nodiscard]] bool HasWord() const {
+    std::int32_t word = 0;
+    const SocketResult received = ReceiveSome(socket_.CancelRead, &word, sizeof word);
+    return received.Ok() && received.value > 0;
+  }
+
+ private:
+  Socket& socket_;
+  SocketResult opened_;
 };
 
 Socket::Socket() {
@@ -181,10 +217,13 @@ int Socket::Open(const std::string& host, const std::string& port) {
   if (WasClosed()) return Fail("Operation Canceled");
   SetBlocking(data.Descriptor(), false);
   int error = ConnectSocket(data.Descriptor(), Address).error;
-  if (error == EINPROGRESS) error = AwaitConnect(data.Descriptor(), deadline);
-  if (error == ECANCELED || error == ETIMEDOUT) {
-    Retire(DataSocket);
-    return Fail(error == ECANCELED ? "Operation Canceled" : "Operation timed out");
+  if (error == EINPROGRESS) {
+    error = AwaitConnect(data.Descriptor(), deadline);
+    if (error == ECANCELED || error == ETIMEDOUT) {
+      Retire(DataSocket);
+      Error = error == ECANCELED ? 0 : -1;
+      return Fail(error == ECANCELED ? "Operation Canceled" : "Operation timed out");
+    }
   }
   Error = error == 0 ? 0 : 1;
   if (error == 0) {
@@ -194,64 +233,49 @@ int Socket::Open(const std::string& host, const std::string& port) {
   }
   if (error != 0) return Fail(call + "Error on connect " + SystemWords(error));
   SetNoDelay(data.Descriptor());
+  return BecomeConnected() ? 1 : Fail("Operation Canceled");
+}
+
+bool Socket::BecomeConnected() {
+  const std::lock_guard held(lock_);
+  if (WasClosed()) return false;
   Connected = 1;
-  return 1;
+  return true;
 }
 
 int Socket::AwaitConnect(int descriptor, const Deadline& deadline) {
-  const SocketResult piped = OpenCancelPipe();
-  if (!piped.Ok()) return piped.error;
+  const CancelPipe pipe(*this);
+  if (pipe.Error() != 0) return pipe.Error();
   Waiting connect{.descriptor = descriptor, .forWriting = true};
   Waiting cancel{.descriptor = CancelRead, .forWriting = false};
   SocketResult ready{-1, EINVAL};
   // A Close that came before the pipe was there has sent nothing.
   if (WasClosed()) {
-    ready = {0, ECANCELED};
+    ready = {1, ECANCELED};
   } else if (TimeoutSecs >= 0) {
     ready = WaitForSockets(connect, &cancel, deadline);
   }
   std::fprintf(stderr, "Socket::Open() Select returned %d\n", static_cast<int>(ready.value));
-  if (ready.value > 0) {
-    std::int32_t word = 0;
-    const SocketResult received = ReceiveSome(CancelRead, &word, sizeof word);
-    if (received.Ok() && received.value > 0) ready = {0, ECANCELED};
-  }
+  if (ready.value > 0 && pipe.HasWord()) ready.error = ECANCELED;
   if (ready.error == ECANCELED) std::fprintf(stderr, "Operation cancelled\n");
-  CloseCancelPipe();
   if (ready.Ok()) return ready.value == 0 ? ETIMEDOUT : 0;
   return ready.error;
 }
 
-SocketResult Socket::OpenCancelPipe() {
-  std::array<int, 2> ends{};
-  const SocketResult opened = OpenSocketPair(ends);
-  if (!opened.Ok()) return opened;
-  const std::lock_guard held(lock_);
-  CancelRead = ends[0];
-  CancelWrite = ends[1];
-  return opened;
-}
-
-void Socket::CloseCancelPipe() {
-  const std::lock_guard held(lock_);
-  CloseFile(CancelRead.exchange(0));
-  CloseFile(CancelWrite.exchange(0));
-}
-
 int Socket::Close() {
+  const HoldCancellation hold;
+  const std::lock_guard held(lock_);
   ++closings_;
-  {
-    const std::lock_guard held(lock_);
-    if (CancelRead != 0) SendSome(CancelWrite, &kCancelWord, sizeof kCancelWord);
-  }
-  Retire(ListenSocket);
-  Retire(DataSocket);
+  if (CancelRead != 0) SendSome(CancelWrite, &kCancelWord, sizeof kCancelWord);
+  RetireLocked(ListenSocket);
+  RetireLocked(DataSocket);
   Connected = 0;
   Listening = 0;
   return 1;
 }
 
 int Socket::Listen(const std::string& port) {
+  closingsBefore_ = closings_;
   Connected = 0;
   Listening = 0;
   Retire(DataSocket);
@@ -261,26 +285,32 @@ int Socket::Listen(const std::string& port) {
   if (!opened.Ok()) {
     return Fail("socket(PF_INET, SOCK_STREM, IPPROT_TCP): " + BracketedWords(opened.error));
   }
-  DataSocket = static_cast<int>(opened.value);
+  const Held data(*this, static_cast<int>(opened.value));
   Address = sockaddr_in{};
   Address.sin_family = AF_INET;
   Address.sin_port = portNumber;
   Address.sin_addr.s_addr = htonl(INADDR_ANY);
-  SetNoLinger(DataSocket, kStoredLingerSeconds);
-  SetReusable(DataSocket);
-  const SocketResult bound = BindSocket(DataSocket, Address);
-  const SocketResult listens = bound.Ok() ? ListenOnSocket(DataSocket, kBacklog) : SocketResult{};
+  SetNoLinger(data.Descriptor(), kStoredLingerSeconds);
+  SetReusable(data.Descriptor());
+  const SocketResult bound = BindSocket(data.Descriptor(), Address);
+  const SocketResult listens =
+      bound.Ok() ? ListenOnSocket(data.Descriptor(), kBacklog) : SocketResult{};
   if (!bound.Ok() || !listens.Ok()) {
     Retire(DataSocket);
     return Fail(bound.Ok() ? "listen(): " + BracketedWords(listens.error)
                            : "bind(): " + BracketedWords(bound.error));
   }
+  return BecomeListening() ? 1 : Fail("Operation Canceled");
+}
+
+bool Socket::BecomeListening() {
+  const std::lock_guard held(lock_);
+  if (WasClosed()) return false;
   // One that listened before makes room for it.
-  Retire(ListenSocket);
+  RetireLocked(ListenSocket);
   ListenSocket = DataSocket.exchange(0);
   Listening = 1;
-  Connected = 0;
-  return 1;
+  return true;
 }
 
 int Socket::Accept() {
@@ -296,6 +326,7 @@ int Socket::Accept() {
     // The peer waits on; without a pause this would spin until others give descriptors back.
     if (accepted.error != EAGAIN) std::this_thread::sleep_for(kPauseWithoutDescriptors);
   }
+  if (accepted.Ok() && !KeepPeer(static_cast<int>(accepted.value))) accepted = {-1, ECANCELED};
   if (!accepted.Ok()) {
     Retire(ListenSocket);
     Retire(DataSocket);
@@ -303,13 +334,32 @@ int Socket::Accept() {
     Listening = 0;
     return Fail("Accept(): " + BracketedWords(accepted.error));
   }
-  KeepConnected(static_cast<int>(accepted.value));
   return 1;
 }
 
-void Socket::Adopt(int connected) { KeepConnected(connected); }
+bool Socket::KeepPeer(int descriptor) {
+  SetNoDelay(descriptor);
+  const HoldCancellation hold;
+  const std::lock_guard held(lock_);
+  if (ListenSocket == 0) {
+    CloseFile(descriptor);
+    return false;
+  }
+  RetireLocked(DataSocket);
+  DataSocket = descriptor;
+  Connected = 1;
+  return true;
+}
+
+void Socket::Adopt(int connected) {
+  Retire(DataSocket);
+  SetNoDelay(connected);
+  DataSocket = connected;
+  Connected = 1;
+}
 
 void Socket::AdoptListener(int listening) {
+  if (ListenSocket != listening) Retire(ListenSocket);
   ListenSocket = listening;
   Listening = listening != 0 ? 1 : 0;
 }
@@ -322,13 +372,6 @@ int Socket::GiveListener() {
 void Socket::ClosePeer() {
   Retire(DataSocket);
   Connected = 0;
-}
-
-void Socket::KeepConnected(int descriptor) {
-  Retire(DataSocket);
-  SetNoDelay(descriptor);
-  DataSocket = descriptor;
-  Connected = 1;
 }
 
 bool Socket::HasInput() {
@@ -387,6 +430,10 @@ std::uint16_t Socket::FindPort(const std::string& port) {
 void Socket::Retire(std::atomic<int>& field) noexcept {
   const HoldCancellation hold;
   const std::lock_guard held(lock_);
+  RetireLocked(field);
+}
+
+void Socket::RetireLocked(std::atomic<int>& field) noexcept {
   const int descriptor = field.exchange(0);
   if (descriptor == 0) return;
   // Closing alone would not wake a thread that waits on it.

@@ -31,7 +31,8 @@ class Socket {
   /// seconds.
   virtual int Send(const void* buffer, std::uint32_t length);
   /// Receives what has come, at most `length` bytes, and waits for the first of them. The number received; 0 when not connected; -1
-  /// after a timeout or an error, with Error and words set, and where the peer has closed, with both as they were.
+  /// after a timeout or a wait that failed, with Error and words set, where the link is lost, with the words as they were, and where
+  /// the peer has closed, with both as they were.
   virtual std::int64_t Read(void* buffer, std::uint32_t length);
   virtual ~Socket();
   /// Connects. `host` is a name, or an address if it begins with a digit other than 0; `port` is a number, or the name of a service. 1;
@@ -59,7 +60,7 @@ class Socket {
   [[nodiscard]] const char* GetLastError() const { return ErrorText.data(); }
 
   std::int32_t Error = 0;  // not 0 after a failed connect, and a failed or timed-out read
-  std::uint32_t ResolvedAddress = 0;     // of an address written with points, in network order
+  std::uint32_t ResolvedAddress = 0;     // of the host, in network order
   char** ResolvedAddressList = nullptr;  // leads to it alone
   std::atomic<int> DataSocket = 0;       // connected, or being so; 0: none
   std::atomic<int> ListenSocket = 0;     // 0: none
@@ -78,12 +79,13 @@ class Socket {
   static std::uint16_t InstanceCount();
 
  private:
+  class CancelPipe;
   class Held;
 
   void SetError(const std::string& words);
   /// Leaves the words and answers 0.
   int Fail(const std::string& words);
-  /// Whether Close was called since Open began.
+  /// Whether Close was called since Open or Listen began.
   [[nodiscard]] bool WasClosed() const { return closings_ != closingsBefore_; }
   [[nodiscard]] Deadline TimeLimit() const;
 
@@ -92,11 +94,13 @@ class Socket {
   std::uint16_t FindPort(const std::string& port);
   /// Waits for the connect in progress. 0 when it is over, ECANCELED, ETIMEDOUT, or the error of a failed wait.
   int AwaitConnect(int descriptor, const Deadline& deadline);
-  SocketResult OpenCancelPipe();
-  void CloseCancelPipe();
-  void KeepConnected(int descriptor);
+  // What a call leads to. False, with what was open closed, where another thread has called Close meanwhile: nothing changes then.
+  bool BecomeConnected();
+  bool BecomeListening();
+  bool KeepPeer(int descriptor);
   /// Closes what the field holds, now or when the last call that uses it returns, and clears the field.
   void Retire(std::atomic<int>& field) noexcept;
+  void RetireLocked(std::atomic<int>& field) noexcept;
 
   std::mutex lock_;           // of descriptors, against Close by another thread
   int users_ = 0;             // calls that use a descriptor now
