@@ -13,6 +13,16 @@ constexpr std::uint32_t kFixedBytes = 68;
 // Type, reserved byte and length.
 constexpr std::uint32_t kHeadBytes = 6;
 
+void Trace(const AssociatePdu& pdu, bool isReading) {
+  pdu_trace::Start(isReading, pdu.ItemType == 1 ? "AAssociateRQ (0x01)" : "AAssociateAC (0x02)",
+                   pdu.ItemType);
+  pdu_trace::PduHead(pdu.Reserved1, pdu.Length);
+  pdu_trace::Field(1, "Protocol Version", 2, pdu.ProtocolVersion);
+  pdu_trace::Field(1, "Reserved", 2, pdu.Reserved2);
+  pdu_trace::Field(1, "Called AP Title", pdu.CalledApTitle.data());
+  pdu_trace::Field(1, "Calling AP Title", pdu.CallingApTitle.data());
+}
+
 bool HasIdentifier(const std::vector<PresentationContext>& contexts, std::uint8_t identifier) {
   return std::any_of(contexts.begin(), contexts.end(), [&](const PresentationContext& context) {
     return context.PresentationContextID == identifier;
@@ -39,8 +49,9 @@ class Left {
 
 template <class Item>
 bool ReadItem(Buffer& buffer, Item& item, Left& left) {
+  const std::uint32_t before = left.Bytes() + 1;  // the type byte was read
   if (!item.ReadRest(buffer, left.Bytes())) return false;
-  left.Count(item.Size());
+  left.Count(before - left.Bytes());
   return true;
 }
 
@@ -54,8 +65,8 @@ bool ReadContext(Buffer& buffer, std::vector<Context>& contexts, Left& left) {
   return false;
 }
 
-/// Skips an item as if its length had four bytes, where the standard has two, and counts two bytes too few for it: known peers
-/// send such items to this library so. Where the length goes, the PDU's own stands no longer.
+/// Skips an item as if its length had four bytes, where the standard has two, and counts two bytes too few for it: a request with
+/// one never ends at zero. Where the length goes, the PDU's own stands no longer.
 bool SkipItem(Buffer& buffer, std::uint8_t type, AssociatePdu& pdu, Left& left) {
   DumpTrace(kDumpPdu, "\t\t\tUNKNOWN Item %2.2X\n", type);
   if (left.Bytes() < 5 || !buffer.Read8(&pdu.Reserved1) || !buffer.Read32(&pdu.Length)) {
@@ -73,12 +84,52 @@ bool ReadItem(Buffer& buffer, std::uint8_t type, AAssociateRQ& request, Left& le
     case item_type::kPresentationContext:
       return ReadContext(buffer, request.PresentationContexts, left);
     case item_type::kUserInformation:
-      if (!request.UserInformation.ReadRest(buffer, left.Bytes())) return false;
-      left.Count(request.UserInformation.Length + 4U);
-      return true;
+      return ReadItem(buffer, request.UserInformation, left);
     default:
       return SkipItem(buffer, type, request, left);
   }
+}
+
+bool ReadItem(Buffer& buffer, std::uint8_t type, AAssociateAC& answer, Left& left) {
+  switch (type) {
+    case item_type::kApplicationContext:
+      return ReadItem(buffer, answer.ApplicationContext, left);
+    case item_type::kPresentationContextAccept:
+      return ReadContext(buffer, answer.PresentationContexts, left);
+    case item_type::kUserInformation:
+      if (!answer.UserInformation.ReadRest(buffer, left.Bytes())) return false;
+      // Counts for what was kept of it, which is not what it took where something optional was left out.
+      left.Count(answer.UserInformation.Size());
+      return true;
+    default:
+      return false;
+  }
+}
+
+/// Reads the items of a PDU. True where they fill it exactly.
+template <class Pdu>
+bool ReadItems(Buffer& buffer, Pdu& pdu) {
+  Left left(buffer, pdu.Length - kFixedBytes);
+  bool isSound = true;
+  while (isSound && left.GoesOn()) {
+    std::uint8_t type = 0;
+    isSound = buffer.Read8(&type) && ReadItem(buffer, type, pdu, left);
+  }
+  // Nobody waits again for a peer that has ended, or sent nothing for too long.
+  if (!isSound && buffer.IsEnd()) return false;
+  const bool isExact = isSound && left.EndsAtZero();
+  // What follows the PDU is found, whatever stood in it.
+  return SkipBytes(buffer, left.Bytes()) && isExact;
+}
+
+/// Whether the lengths of all items can be written.
+template <class Pdu>
+bool IsWritable(Pdu& pdu) {
+  bool isWritable = pdu.UserInformation.Size() <= kMostItemBytes;
+  for (auto& context : pdu.PresentationContexts) {
+    isWritable = isWritable && context.Size() <= kMostItemBytes;
+  }
+  return isWritable;
 }
 
 }  // namespace
@@ -101,22 +152,12 @@ bool AssociatePdu::ReadHead(Buffer& buffer) {
   }
   CalledApTitle.back() = '\0';
   CallingApTitle.back() = '\0';
-  pdu_trace::Start(true, 0, ItemType == 1 ? "AAssociateRQ (0x01)" : "AAssociateAC (0x02)",
-                   ItemType);
-  pdu_trace::Field(1, "Length", 4, Length);
-  pdu_trace::Field(1, "Protocol Version", 2, ProtocolVersion);
-  pdu_trace::Field(1, "Called AP Title", CalledApTitle.data());
-  pdu_trace::Field(1, "Calling AP Title", CallingApTitle.data());
+  Trace(*this, true);
   return true;
 }
 
 bool AssociatePdu::WriteHead(Buffer& buffer) const {
-  pdu_trace::Start(false, 0, ItemType == 1 ? "AAssociateRQ (0x01)" : "AAssociateAC (0x02)",
-                   ItemType);
-  pdu_trace::Field(1, "Length", 4, Length);
-  pdu_trace::Field(1, "Protocol Version", 2, ProtocolVersion);
-  pdu_trace::Field(1, "Called AP Title", CalledApTitle.data());
-  pdu_trace::Field(1, "Calling AP Title", CallingApTitle.data());
+  Trace(*this, false);
   return buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write32(Length) &&
          buffer.Write16(ProtocolVersion) && buffer.Write16(Reserved2) &&
          buffer.Write(CalledApTitle.data(), kApTitleBytes) &&
@@ -145,6 +186,7 @@ std::uint32_t AAssociateRQ::Size() {
 }
 
 bool AAssociateRQ::Write(Buffer& buffer) {
+  if (!IsWritable(*this)) return false;
   Size();
   bool isWritten = WriteHead(buffer) && ApplicationContext.Write(buffer);
   for (PresentationContext& context : PresentationContexts) {
@@ -153,15 +195,7 @@ bool AAssociateRQ::Write(Buffer& buffer) {
   return isWritten && UserInformation.Write(buffer) && buffer.Flush();
 }
 
-bool AAssociateRQ::Read(Buffer& buffer) {
-  if (!ReadHead(buffer)) return false;
-  Left left(buffer, Length - kFixedBytes);
-  while (left.GoesOn()) {
-    std::uint8_t type = 0;
-    if (!buffer.Read8(&type) || !ReadItem(buffer, type, *this, left)) return false;
-  }
-  return left.EndsAtZero();
-}
+bool AAssociateRQ::Read(Buffer& buffer) { return ReadHead(buffer) && ReadItems(buffer, *this); }
 
 std::uint32_t AAssociateAC::Size() {
   Length = SizeWithoutContexts();
@@ -170,6 +204,7 @@ std::uint32_t AAssociateAC::Size() {
 }
 
 bool AAssociateAC::Write(Buffer& buffer) {
+  if (!IsWritable(*this)) return false;
   Size();
   bool isWritten = WriteHead(buffer) && ApplicationContext.Write(buffer);
   for (PresentationContextAccept& context : PresentationContexts) {
@@ -178,32 +213,6 @@ bool AAssociateAC::Write(Buffer& buffer) {
   return isWritten && UserInformation.Write(buffer) && buffer.Flush();
 }
 
-bool AAssociateAC::Read(Buffer& buffer) {
-  if (!ReadHead(buffer)) return false;
-  Left left(buffer, Length - kFixedBytes);
-  while (left.GoesOn()) {
-    std::uint8_t type = 0;
-    if (!buffer.Read8(&type)) return false;
-    bool isRead = false;
-    switch (type) {
-      case item_type::kApplicationContext:
-        isRead = ReadItem(buffer, ApplicationContext, left);
-        break;
-      case item_type::kPresentationContextAccept:
-        isRead = ReadContext(buffer, PresentationContexts, left);
-        break;
-      case item_type::kUserInformation:
-        // Counts for what was kept of it, which is not what it took where something optional was left out.
-        isRead = ReadItem(buffer, UserInformation, left);
-        break;
-      default:
-        SkipBytes(buffer, left.Bytes());
-    }
-    if (!isRead) return false;
-  }
-  const bool isExact = left.EndsAtZero();
-  // What follows the PDU is found all the same.
-  return SkipBytes(buffer, left.Bytes()) && isExact;
-}
+bool AAssociateAC::Read(Buffer& buffer) { return ReadHead(buffer) && ReadItems(buffer, *this); }
 
 }  // namespace tessaret

@@ -56,10 +56,11 @@ class AAssociateRQ : public AssociatePdu {
 
   /// Computes all lengths and answers with the whole PDU's size.
   std::uint32_t Size();
-  /// Gathers the PDU in the stream and flushes it.
+  /// Gathers the PDU in the stream and flushes it. False with nothing gathered where an item is longer than its length can say.
   bool Write(Buffer& buffer);
   /// False where the items do not fill the PDU exactly, and where anything in it cannot be. Lists grow: empty them before. An item of
-  /// unknown type is skipped as if its length had four bytes, which overwrites Reserved1 and Length.
+  /// unknown type is skipped as if its length had four bytes, which overwrites Reserved1 and Length. The PDU is read to its end all the
+  /// same, unless its length cannot be.
   bool Read(Buffer& buffer);
 
   std::vector<PresentationContext> PresentationContexts;
@@ -72,7 +73,8 @@ class AAssociateAC : public AssociatePdu {
 
   std::uint32_t Size();
   bool Write(Buffer& buffer);
-  /// As that of the request, but an item of unknown type ends it: the rest of the PDU is swallowed, and the answer is false.
+  /// As that of the request, but an item of unknown type ends it: the rest of the PDU is swallowed, and the answer is false. User
+  /// information counts for what is kept of it, so that the answer is false also where something in that is missing or was dropped.
   bool Read(Buffer& buffer);
 
   std::vector<PresentationContextAccept> PresentationContexts;

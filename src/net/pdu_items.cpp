@@ -36,10 +36,33 @@ void TraceText(const TextItem& item, bool isReading) {
   if (!IsDumping(kDumpPdu)) return;
   for (const TextItemName& name : kTextItemNames) {
     if (name.type != item.ItemType) continue;
-    pdu_trace::Start(isReading, 3, isReading ? name.reading : name.writing, item.ItemType);
-    pdu_trace::Field(4, "Length", 2, item.Length);
+    pdu_trace::Start(isReading, isReading ? name.reading : name.writing, item.ItemType);
+    pdu_trace::Head(4, item.Reserved1, item.Length);
     pdu_trace::Field(4, name.text, item.View());
   }
+}
+
+void TraceMaximum(const MaximumSubLength& item) {
+  DumpTrace(kDumpPdu, "\t\t\tMaximum Sub Length (0x51):%2.2X\n", item.ItemType);
+  pdu_trace::Head(4, item.Reserved1, item.Length);
+  pdu_trace::Field(4, "Maximum Length", 4, item.MaximumLength);
+}
+
+void TraceRole(const SCPSCURoleSelect& item, bool isReading) {
+  pdu_trace::Start(isReading, "SCP/SCU Role Select (0x54)", item.ItemType);
+  pdu_trace::Head(4, item.Reserved1, item.Length);
+  pdu_trace::Field(4, "UID Length", 2, item.UID.Size);
+  pdu_trace::Field(4, "UID", item.UID.View());
+  pdu_trace::Field(4, "SCU Role", 1, item.SCURole);
+  pdu_trace::Field(4, "SCP Role", 1, item.SCPRole);
+}
+
+void TraceExtended(const ExtendedNegotiation& item, std::uint16_t length, bool isReading) {
+  pdu_trace::Start(isReading, "Extended Negotiation (0x56)", item.ItemType);
+  pdu_trace::Head(4, item.Reserved1, length);
+  pdu_trace::Field(4, "UID Length", 2, item.UID.Size);
+  pdu_trace::Field(4, "UID", item.UID.View());
+  pdu_trace::Field(4, "Application Info Length", 2, item.ApplicationInfoLength);
 }
 
 /// Reads a text of `size` bytes, of which there may be none. False also where it is too long.
@@ -82,7 +105,7 @@ bool TextItem::ReadRest(Buffer& buffer, std::uint32_t room) {
   if (room < kHeadBytesBehindType) return false;
   if (!buffer.Read8(&Reserved1) || !buffer.Read16(&Length)) return false;
   if (Length > room - kHeadBytesBehindType) return false;
-  if (Length == 0 && ItemType != item_type::kTransferSyntax) return false;
+  if (Length == 0 && !mayBeEmpty_) return false;
   if (!ReadUid(buffer, Length, *this)) return false;
   TraceText(*this, true);
   return true;
@@ -95,8 +118,7 @@ std::uint32_t MaximumSubLength::Size() {
 
 bool MaximumSubLength::Write(Buffer& buffer) {
   Size();
-  DumpTrace(kDumpPdu, "\t\t\tMaximum Sub Length (0x51):%2.2X\n", ItemType);
-  pdu_trace::Field(4, "Maximum Length", 4, MaximumLength);
+  TraceMaximum(*this);
   return buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write16(Length) &&
          buffer.Write32(MaximumLength);
 }
@@ -109,8 +131,7 @@ bool MaximumSubLength::ReadRest(Buffer& buffer, std::uint32_t room) {
   if (!buffer.Read8(&Reserved1) || !buffer.Read16(&Length) || !buffer.Read32(&MaximumLength)) {
     return false;
   }
-  DumpTrace(kDumpPdu, "\t\t\tMaximum Sub Length (0x51):%2.2X\n", ItemType);
-  pdu_trace::Field(4, "Maximum Length", 4, MaximumLength);
+  TraceMaximum(*this);
   return true;
 }
 
@@ -121,10 +142,7 @@ std::uint32_t SCPSCURoleSelect::Size() {
 
 bool SCPSCURoleSelect::Write(Buffer& buffer) {
   Size();
-  pdu_trace::Start(false, 3, "SCP/SCU Role Select (0x54)", ItemType);
-  pdu_trace::Field(4, "UID", UID.View());
-  pdu_trace::Field(4, "SCU Role", 1, SCURole);
-  pdu_trace::Field(4, "SCP Role", 1, SCPRole);
+  TraceRole(*this, false);
   return buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write16(Length) &&
          buffer.Write16(static_cast<std::uint16_t>(UID.Size)) && WriteUid(buffer, UID) &&
          buffer.Write8(SCURole) && buffer.Write8(SCPRole);
@@ -141,23 +159,20 @@ bool SCPSCURoleSelect::ReadRest(Buffer& buffer, std::uint32_t room) {
   if (!ReadUid(buffer, size, UID) || !buffer.Read8(&SCURole) || !buffer.Read8(&SCPRole)) {
     return false;
   }
-  pdu_trace::Start(true, 3, "SCP/SCU Role Select (0x54)", ItemType);
-  pdu_trace::Field(4, "UID", UID.View());
-  pdu_trace::Field(4, "SCU Role", 1, SCURole);
-  pdu_trace::Field(4, "SCP Role", 1, SCPRole);
+  TraceRole(*this, true);
   return true;
 }
 
 std::uint32_t ExtendedNegotiation::Size() {
   ApplicationInfoLength = static_cast<std::uint16_t>(ApplicationInfo.size());
-  return kHeadBytes + 2 + UID.Size + ApplicationInfoLength;
+  return kHeadBytes + 2 + UID.Size + static_cast<std::uint32_t>(ApplicationInfo.size());
 }
 
 bool ExtendedNegotiation::Write(Buffer& buffer) {
-  const auto length = static_cast<std::uint16_t>(Size() - kHeadBytes);
-  pdu_trace::Start(false, 3, "Extended Negotiation (0x56)", ItemType);
-  pdu_trace::Field(4, "UID", UID.View());
-  pdu_trace::Field(4, "Application Info Length", 2, ApplicationInfoLength);
+  const std::uint32_t size = Size();
+  if (size > kMostItemBytes) return false;
+  const auto length = static_cast<std::uint16_t>(size - kHeadBytes);
+  TraceExtended(*this, length, false);
   return buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write16(length) &&
          buffer.Write16(static_cast<std::uint16_t>(UID.Size)) && WriteUid(buffer, UID) &&
          buffer.Write(ApplicationInfo.data(), ApplicationInfoLength);
@@ -175,15 +190,12 @@ bool ExtendedNegotiation::ReadRest(Buffer& buffer, std::uint32_t room) {
   if (length > room - kHeadBytesBehindType || std::uint32_t{size} + 2 > length) return false;
   if (!ReadUid(buffer, size, UID)) return false;
   ApplicationInfoLength = static_cast<std::uint16_t>(length - 2 - size);
-  // Memory is taken for what has come, and a peer can state no more than 64 KiB.
   ApplicationInfo.assign(ApplicationInfoLength, 0);
   if (ApplicationInfoLength != 0 &&
       buffer.Read(ApplicationInfo.data(), ApplicationInfoLength) <= 0) {
     return false;
   }
-  pdu_trace::Start(true, 3, "Extended Negotiation (0x56)", ItemType);
-  pdu_trace::Field(4, "UID", UID.View());
-  pdu_trace::Field(4, "Application Info Length", 2, ApplicationInfoLength);
+  TraceExtended(*this, length, true);
   return true;
 }
 

@@ -17,6 +17,8 @@
 namespace tessaret {
 
 inline constexpr std::uint32_t kAnyRoom = std::numeric_limits<std::uint32_t>::max();
+/// The longest item, head included: its length has 16 bits. Writers answer false to a longer one, with nothing written.
+inline constexpr std::uint32_t kMostItemBytes = 4 + std::numeric_limits<std::uint16_t>::max();
 
 namespace item_type {
 inline constexpr std::uint8_t kApplicationContext = 0x10;
@@ -49,7 +51,11 @@ class TextItem : public UID {
   std::uint16_t Length = 0;
 
  protected:
-  TextItem(std::uint8_t type, std::string_view text) : UID(text), ItemType(type) {}
+  TextItem(std::uint8_t type, std::string_view text)
+      : UID(text), ItemType(type), mayBeEmpty_(type == item_type::kTransferSyntax) {}
+
+ private:
+  bool mayBeEmpty_;  // when read
 };
 
 class ApplicationContext : public TextItem {

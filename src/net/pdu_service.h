@@ -39,6 +39,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
 
   std::int64_t ReadBinary(void* data, std::uint32_t count) override;
   int SendBinary(const void* data, std::uint32_t count) override;
+  /// True when the last that was to be received did not come.
+  bool IsEnd() override { return hasEnded_; }
   /// From what was received ahead, and from the socket.
   std::int64_t Read(void* data, std::uint32_t count) override;
   using Buffer::Write;

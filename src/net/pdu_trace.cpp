@@ -11,6 +11,10 @@ const char* Tabs(int count) { return kTabs + (sizeof kTabs - 1) - static_cast<un
 
 }  // namespace
 
+void Start(bool isReading, const char* name, std::uint8_t type) {
+  DumpTrace(kDumpPdu, "%s %s Type=%2.2X\n", isReading ? "Reading" : "Writing", name, type);
+}
+
 void Field(int tabs, const char* name, int bytes, std::uint32_t value) {
   DumpTrace(kDumpPdu, "%s%s [%d]=%X\n", Tabs(tabs), name, bytes, value);
 }
@@ -20,9 +24,14 @@ void Field(int tabs, const char* name, std::string_view value) {
             value.data());
 }
 
-void Start(bool isReading, int tabs, const char* name, std::uint8_t type) {
-  DumpTrace(kDumpPdu, "%s%s %s Type=%2.2X\n", Tabs(tabs), isReading ? "Reading" : "Writing", name,
-            type);
+void Head(int tabs, std::uint8_t reserved, std::uint16_t length) {
+  Field(tabs, "Reserved", 1, reserved);
+  Field(tabs, "Length", 2, length);
+}
+
+void PduHead(std::uint8_t reserved, std::uint32_t length) {
+  Field(1, "Reserved", 1, reserved);
+  Field(1, "Length", 4, length);
 }
 
 }  // namespace tessaret::pdu_trace

@@ -8,11 +8,17 @@
 
 namespace tessaret::pdu_trace {
 
-/// "NAME (BYTES)=[VALUE]", behind that many tabs.
+/// "Reading NAME Type=XX" or "Writing NAME Type=XX".
+void Start(bool isReading, const char* name, std::uint8_t type);
+
+/// Behind that many tabs: "NAME [BYTES]=VALUE", the value in hexadecimal.
 void Field(int tabs, const char* name, int bytes, std::uint32_t value);
+/// "NAME=[VALUE]".
 void Field(int tabs, const char* name, std::string_view value);
 
-/// "Reading NAME Type=XX" or "Writing NAME Type=XX".
-void Start(bool isReading, int tabs, const char* name, std::uint8_t type);
+/// The fields behind the type of every item.
+void Head(int tabs, std::uint8_t reserved, std::uint16_t length);
+/// And of every PDU.
+void PduHead(std::uint8_t reserved, std::uint32_t length);
 
 }  // namespace tessaret::pdu_trace

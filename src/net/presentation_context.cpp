@@ -11,6 +11,24 @@ constexpr std::uint32_t kHeadBytesBehindType = 3;
 // The identifier and three bytes beside it.
 constexpr std::uint32_t kOwnBytes = 4;
 
+void Trace(const PresentationContext& item, bool isReading) {
+  pdu_trace::Start(isReading, "Presentation Context (0x20)", item.ItemType);
+  pdu_trace::Head(3, item.Reserved1, item.Length);
+  pdu_trace::Field(3, "Presentation Context ID", 1, item.PresentationContextID);
+  pdu_trace::Field(3, "Reserved", 1, item.Reserved2);
+  pdu_trace::Field(3, "Reserved", 1, item.Reserved3);
+  pdu_trace::Field(3, "Reserved", 1, item.Reserved4);
+}
+
+void Trace(const PresentationContextAccept& item, bool isReading) {
+  pdu_trace::Start(isReading, "Presentation Context Accept (0x21)", item.ItemType);
+  pdu_trace::Head(3, item.Reserved1, item.Length);
+  pdu_trace::Field(3, "Presentation Context ID", 1, item.PresentationContextID);
+  pdu_trace::Field(3, "Reserved", 1, item.Reserved2);
+  pdu_trace::Field(3, "Result", 1, item.Result);
+  pdu_trace::Field(3, "Reserved", 1, item.Reserved4);
+}
+
 }  // namespace
 
 PresentationContext::PresentationContext()
@@ -24,10 +42,8 @@ std::uint32_t PresentationContext::Size() {
 }
 
 bool PresentationContext::Write(Buffer& buffer) {
-  Size();
-  pdu_trace::Start(false, 2, "Presentation Context (0x20)", ItemType);
-  pdu_trace::Field(3, "Length", 2, Length);
-  pdu_trace::Field(3, "Presentation Context ID", 1, PresentationContextID);
+  if (Size() > kMostItemBytes) return false;
+  Trace(*this, false);
   bool isWritten = buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write16(Length) &&
                    buffer.Write8(PresentationContextID) && buffer.Write8(Reserved2) &&
                    buffer.Write8(Reserved3) && buffer.Write8(Reserved4) &&
@@ -48,9 +64,7 @@ bool PresentationContext::ReadRest(Buffer& buffer, std::uint32_t room) {
       !buffer.Read8(&Reserved3) || !buffer.Read8(&Reserved4)) {
     return false;
   }
-  pdu_trace::Start(true, 2, "Presentation Context (0x20)", ItemType);
-  pdu_trace::Field(3, "Length", 2, Length);
-  pdu_trace::Field(3, "Presentation Context ID", 1, PresentationContextID);
+  Trace(*this, true);
   std::uint32_t left = Length - kOwnBytes;
   for (bool isFirst = true; left != 0; isFirst = false) {
     std::uint8_t unseenType = 0;
@@ -80,10 +94,7 @@ std::uint32_t PresentationContextAccept::Size() {
 
 bool PresentationContextAccept::Write(Buffer& buffer) {
   Size();
-  pdu_trace::Start(false, 2, "Presentation Context Accept (0x21)", ItemType);
-  pdu_trace::Field(3, "Length", 2, Length);
-  pdu_trace::Field(3, "Presentation Context ID", 1, PresentationContextID);
-  pdu_trace::Field(3, "Result", 1, Result);
+  Trace(*this, false);
   return buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write16(Length) &&
          buffer.Write8(PresentationContextID) && buffer.Write8(Reserved2) &&
          buffer.Write8(Result) && buffer.Write8(Reserved4) && TransferSyntax.Write(buffer);
@@ -101,10 +112,7 @@ bool PresentationContextAccept::ReadRest(Buffer& buffer, std::uint32_t room) {
       !buffer.Read8(&Result) || !buffer.Read8(&Reserved4)) {
     return false;
   }
-  pdu_trace::Start(true, 2, "Presentation Context Accept (0x21)", ItemType);
-  pdu_trace::Field(3, "Length", 2, Length);
-  pdu_trace::Field(3, "Presentation Context ID", 1, PresentationContextID);
-  pdu_trace::Field(3, "Result", 1, Result);
+  Trace(*this, true);
   const std::uint32_t left = Length - kOwnBytes;
   // A refusal may leave the transfer syntax out, which says nothing then.
   if (left == 0) return Result != 0;

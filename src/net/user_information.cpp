@@ -1,5 +1,7 @@
 #include "net/user_information.h"
 
+#include <utility>
+
 #include "net/pdu_trace.h"
 
 namespace tessaret {
@@ -7,6 +9,8 @@ namespace {
 
 constexpr std::uint32_t kHeadBytes = 4;
 constexpr std::uint32_t kHeadBytesBehindType = 3;
+// What a maximum length is, whatever length it states for itself.
+constexpr std::uint32_t kMaximumSubLengthBytes = 8;
 
 template <class Items>
 auto* FindByUid(Items& items, const UID& uid) {
@@ -14,6 +18,15 @@ auto* FindByUid(Items& items, const UID& uid) {
     if (item.UID == uid) return &item;
   }
   return static_cast<typename Items::value_type*>(nullptr);
+}
+
+/// Keeps an item that was read unless there is one for its UID. False where there would be more than a request has use for.
+template <class Items>
+bool Keep(Items& items, typename Items::value_type&& item) {
+  if (FindByUid(items, item.UID) != nullptr) return true;
+  if (items.size() == kMostItemsByUid) return false;
+  items.push_back(std::move(item));
+  return true;
 }
 
 }  // namespace
@@ -55,9 +68,9 @@ std::uint32_t UserInformation::Size() {
 }
 
 bool UserInformation::Write(Buffer& buffer) {
-  Size();
-  pdu_trace::Start(false, 2, "User Information (0x50)", ItemType);
-  pdu_trace::Field(3, "Length", 2, Length);
+  if (Size() > kMostItemBytes) return false;
+  pdu_trace::Start(false, "User Information (0x50)", ItemType);
+  pdu_trace::Head(3, Reserved1, Length);
   bool isWritten = buffer.Write8(ItemType) && buffer.Write8(Reserved1) && buffer.Write16(Length) &&
                    MaximumSubLength.Write(buffer) && ImplementationClass.Write(buffer) &&
                    ImplementationVersion.Write(buffer);
@@ -73,8 +86,8 @@ bool UserInformation::Read(Buffer& buffer) { return buffer.Read8(&ItemType) && R
 bool UserInformation::ReadRest(Buffer& buffer, std::uint32_t room) {
   if (room < kHeadBytesBehindType) return false;
   if (!buffer.Read8(&Reserved1) || !buffer.Read16(&Length)) return false;
-  pdu_trace::Start(true, 2, "User Information (0x50)", ItemType);
-  pdu_trace::Field(3, "Length", 2, Length);
+  pdu_trace::Start(true, "User Information (0x50)", ItemType);
+  pdu_trace::Head(3, Reserved1, Length);
   if (Length > room - kHeadBytesBehindType) return false;
   for (std::uint32_t left = Length; left != 0;) {
     std::uint8_t type = 0;
@@ -88,7 +101,7 @@ bool UserInformation::ReadItem(Buffer& buffer, std::uint8_t type, std::uint32_t&
   switch (type) {
     case item_type::kMaximumSubLength:
       if (!MaximumSubLength.ReadRest(buffer, room)) return false;
-      left -= MaximumSubLength.Size();
+      left -= kMaximumSubLengthBytes;
       return true;
     case item_type::kImplementationClass:
       if (!ImplementationClass.ReadRest(buffer, room)) return false;
@@ -102,15 +115,13 @@ bool UserInformation::ReadItem(Buffer& buffer, std::uint8_t type, std::uint32_t&
       SCPSCURoleSelect role;
       if (!role.ReadRest(buffer, room)) return false;
       left -= role.Size();
-      AddRoleSelect(role);
-      return true;
+      return Keep(RoleSelects, std::move(role));
     }
     case item_type::kExtendedNegotiation: {
       ExtendedNegotiation negotiation;
       if (!negotiation.ReadRest(buffer, room)) return false;
       left -= negotiation.Size();
-      AddExtendedNegotiation(negotiation);
-      return true;
+      return Keep(ExtendedNegotiations, std::move(negotiation));
     }
     default:
       return SkipItem(buffer, left);
@@ -118,13 +129,11 @@ bool UserInformation::ReadItem(Buffer& buffer, std::uint8_t type, std::uint32_t&
 }
 
 bool UserInformation::SkipItem(Buffer& buffer, std::uint32_t& left) {
-  std::uint8_t reserved = 0;
-  std::uint16_t length = 0;
-  if (left < kHeadBytes || !buffer.Read8(&reserved) || !buffer.Read16(&length)) return false;
-  if (length > left - kHeadBytes) return false;
-  UnknownItemBytes = length + kHeadBytes;
+  if (left < kHeadBytes || !buffer.Read8(&Reserved1) || !buffer.Read16(&Length)) return false;
+  if (Length > left - kHeadBytes) return false;
+  UnknownItemBytes = Length + kHeadBytes;
   left -= UnknownItemBytes;
-  return SkipBytes(buffer, length);
+  return SkipBytes(buffer, Length);
 }
 
 }  // namespace tessaret

@@ -10,6 +10,10 @@
 
 namespace tessaret {
 
+/// Of role selections, and of extended negotiations, that are read from one request: each is for a SOP class, and no request has more
+/// than 128 contexts for them.
+inline constexpr std::size_t kMostItemsByUid = 128;
+
 class UserInformation {
  public:
   void SetMax(std::uint32_t bytes) { MaximumSubLength.MaximumLength = bytes; }
@@ -28,8 +32,9 @@ class UserInformation {
   std::uint32_t Size();
   bool Write(Buffer& buffer);
   bool Read(Buffer& buffer);
-  /// Without the type byte. True only where the items within fill this one exactly; those of unknown types are skipped. Of several
-  /// role selections, or extended negotiations, for one UID the first is kept.
+  /// Without the type byte. True only where the items within fill this one exactly; those of unknown types are skipped, which leaves
+  /// the reserved byte and length of the last of them in Reserved1 and Length. Of several role selections, or extended negotiations,
+  /// for one UID the first is kept; more than kMostItemsByUid are refused.
   bool ReadRest(Buffer& buffer, std::uint32_t room = kAnyRoom);
   /// Lists and skipped bytes are forgotten.
   void Clear();
