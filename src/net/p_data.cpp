@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <new>
+#include <vector>
 
 #include "core/dump.h"
 #include "core/trace.h"
@@ -30,6 +31,7 @@ constexpr std::uint32_t kPortion = 1 << 20;
 bool PDataTF::Write(PDU_Service& pdu) { return Queue(pdu) && pdu.Flush(); }
 
 bool PDataTF::Queue(PDU_Service& pdu) {
+  SetDataDumpFromEnvironment();
   Link = &pdu;
   VRBuffer.Link = &pdu;
   const std::uint32_t readLength = Length;
@@ -53,17 +55,12 @@ bool PDataTF::QueueFragment(PDU_Service& pdu, std::uint32_t size) {
   StoreBig32(&head[6], PDVLength);
   head[10] = MessagePresentationContextID;
   head[11] = MessageControl;
-  const bool traces = IsDumping(kDumpData);
-  if (traces) {
-    AppendToDump("WRITING PDATA Header\n");
-    DumpHex(head.data(), head.size());
-  }
+  if (IsDumping(kDumpData)) TraceFragment(head, size);
   if (!pdu.Write(head.data(), static_cast<std::uint32_t>(head.size()))) return false;
   while (size != 0) {
     BufferSpace& chunk = *VRBuffer.Outgoing.First->value;
     const std::uint32_t piece = std::min(size, chunk.Index - sentOfChunk_);
     const std::uint8_t* from = chunk.Data + sentOfChunk_;
-    if (traces) DumpHex(from, piece);
     if (!pdu.Write(from, piece)) return false;
     sentOfChunk_ += piece;
     size -= piece;
@@ -76,10 +73,25 @@ bool PDataTF::QueueFragment(PDU_Service& pdu, std::uint32_t size) {
   return true;
 }
 
+void PDataTF::TraceFragment(std::span<const std::uint8_t> head, std::uint32_t size) const {
+  AppendToDump("WRITING PDATA Header\n");
+  DumpHex(head.data(), head.size());
+  std::vector<std::uint8_t> bytes;
+  std::uint32_t skipped = sentOfChunk_;
+  for (const auto* node = VRBuffer.Outgoing.First; bytes.size() < size; node = node->next) {
+    const BufferSpace& chunk = *node->value;
+    const std::size_t piece = std::min<std::size_t>(size - bytes.size(), chunk.Index - skipped);
+    bytes.insert(bytes.end(), chunk.Data + skipped, chunk.Data + skipped + piece);
+    skipped = 0;
+  }
+  DumpHex(bytes.data(), bytes.size());
+}
+
 bool PDataTF::ReadDynamic(PDU_Service& pdu) {
   Link = &pdu;
   VRBuffer.Link = &pdu;
   MsgStatus = 0;
+  if (isWhole_) DropMessage();
   if (Length == 0) {
     if (!pdu.Read8(&Reserved1) || !pdu.Read32(&Length)) return false;
     if (Length < kPdvHeadBytes || Length > kMostMessageBytes) return FailToRead(Length);
@@ -140,6 +152,7 @@ std::uint8_t* PDataTF::Grow(std::uint32_t count) {
 }
 
 void PDataTF::EnterMessage() {
+  isWhole_ = true;
   if (receivedSize_ == 0) return;
   auto chunk = std::make_unique<BufferSpace>();
   chunk->Size = receivedSize_;
@@ -151,6 +164,7 @@ void PDataTF::EnterMessage() {
 
 void PDataTF::DropMessage() {
   VRBuffer.TakeIncoming(nullptr, VRBuffer.Available());
+  isWhole_ = false;
   receivedSize_ = 0;
   if (receivedRoom_ <= kKeptRoom) return;
   received_.reset();

@@ -51,7 +51,7 @@ class PDataTF {
   /// kMostMessageBytes, and the message comes to more.
   bool ReadDynamic(PDU_Service& pdu);
 
-  /// The bytes that ReadDynamic has gathered, until DropMessage.
+  /// The bytes that ReadDynamic has gathered, until DropMessage, or until it begins with the next message.
   [[nodiscard]] std::span<std::uint8_t> Message() { return {received_.get(), receivedSize_}; }
   /// Forgets a message that is read, or that will not be.
   void DropMessage();
@@ -81,6 +81,8 @@ class PDataTF {
   };
 
   bool QueueFragment(PDU_Service& pdu, std::uint32_t size);
+  /// Writes head and bytes of a fragment to the trace.
+  void TraceFragment(std::span<const std::uint8_t> head, std::uint32_t size) const;
   bool ReadFragment(PDU_Service& pdu, std::uint32_t size);
   /// False, with a line in the trace.
   static bool FailToRead(std::uint32_t count);
@@ -91,6 +93,7 @@ class PDataTF {
   std::unique_ptr<std::uint8_t, Freer> received_;
   std::uint32_t receivedSize_ = 0;
   std::uint32_t receivedRoom_ = 0;
+  bool isWhole_ = false;           // what was received is a whole message; the next one begins anew
   std::uint32_t sentOfChunk_ = 0;  // of the first outgoing chunk
 };
 
