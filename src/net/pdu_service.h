@@ -168,15 +168,25 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// Leaves the words and answers 0.
   int Fail(const std::string& words);
   bool BuildContexts();
+  /// Leaves the words, and the numbers of a refusal for having nothing to propose. False.
+  bool RefuseToPropose(const char* words);
   int RefuseConnect();
-  /// Receives a request on the link and answers it. False where no association comes of it.
+  /// Takes peers from the listener of the link until one association stands, and gives it to the caller.
+  int AcceptOnListener();
+  /// Receives a request on the link and answers it. False where no association comes of it; then the caller closes the link, but not
+  /// a listener that is to go on.
   bool AnswerOnLink();
   /// The same; then the link is closed, too.
   int AnswerRequest();
   int Reject(std::uint8_t source, std::uint8_t reason);
   void Abort();
+  void WriteAbort();
   /// After a type byte that could not be read.
   std::uint8_t EndOfLink();
+  /// Leaves the words for it; of a failure the peer is told.
+  void NoteEndOfLink();
+  /// Leaves the words of the socket. False.
+  bool FailToSend();
   /// Acts on a PDU that is not of data. Always 0.
   std::uint8_t ActOn(std::uint8_t type);
   std::uint8_t ReadMessage(DICOMObject& object);

@@ -3,6 +3,7 @@
 
 #include "base/text.h"
 #include "core/memory_buffer.h"
+#include "core/trace.h"
 #include "core/transfer_syntax.h"
 #include "net/command_elements.h"
 #include "net/pdu_service.h"
@@ -55,11 +56,12 @@ bool PDU_Service::EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffe
 bool PDU_Service::ParseOutgoing(DICOMObject& object, Buffer& buffer, std::uint8_t contextID) {
   const PresentationContextAccept* found = nullptr;
   for (const PresentationContextAccept& context : AAssociateAC.PresentationContexts) {
-    if (context.PresentationContextID != contextID) continue;
+    // A refusal names none, and an identifier may have been proposed twice.
+    if (context.PresentationContextID != contextID || context.TransferSyntax.IsEmpty()) continue;
     found = &context;
     break;
   }
-  if (found == nullptr || found->TransferSyntax.IsEmpty()) {
+  if (found == nullptr) {
     return Fail(Format("Bad Presentation Context ID[0x%X]", contextID)) != 0;
   }
   const auto code = FindTransferSyntax(found->TransferSyntax.View());
@@ -158,7 +160,7 @@ bool PDU_Service::Write(DICOMCommandObject& commandObject, std::uint8_t contextI
 
 bool PDU_Service::Write(std::uint8_t contextID) {
   PDataTF.MessagePresentationContextID = contextID;
-  return PDataTF.Write(*this);
+  return PDataTF.Write(*this) || FailToSend();
 }
 
 bool PDU_Service::Write(DICOMCommandObject& commandObject, DICOMDataObject* dataObject,
@@ -189,11 +191,18 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
   command.MessagePresentationContextID = contextID;
   data.MessagePresentationContextID = contextID;
   PDataTF.MessagePresentationContextID = contextID;
-  return command.Queue(*this) && data.Queue(*this) && Flush();
+  return (command.Queue(*this) && data.Queue(*this) && Flush()) || FailToSend();
+}
+
+bool PDU_Service::FailToSend() {
+  // Of a link that was closed before, the words that say why stand already.
+  if (Link.Connected != 0) Fail(Link.GetLastError());
+  return false;
 }
 
 std::uint8_t PDU_Service::Read(DICOMObject& object) {
   if (Link.Connected == 0) return 0;
+  SetDataDumpFromEnvironment();
   PDataTF.MsgStatus = 0;
   try {
     return ReadMessage(object);
@@ -229,14 +238,18 @@ std::uint8_t PDU_Service::ReadMessage(DICOMObject& object) {
 }
 
 std::uint8_t PDU_Service::EndOfLink() {
-  if (Link.Error != 0) {
-    Fail(Link.GetLastError());
-    Abort();
-    return 0;
-  }
+  NoteEndOfLink();
   Link.Close();
-  Fail("The peer has closed the link");
   return 0;
+}
+
+void PDU_Service::NoteEndOfLink() {
+  if (Link.Error == 0) {
+    Fail("The peer has closed the link");
+    return;
+  }
+  Fail(Link.GetLastError());
+  WriteAbort();
 }
 
 std::uint8_t PDU_Service::ActOn(std::uint8_t type) {
@@ -274,16 +287,27 @@ std::uint8_t PDU_Service::Decode(DICOMObject& object, const char* wordsOnFailure
                        : ParseIncoming(PDataTF.MessagePresentationContextID, bytes, object);
   }
   PDataTF.DropMessage();
-  if (isRead) return PDataTF.MessagePresentationContextID;
+  // No context has the identifier 0, which means none to callers.
+  if (isRead && PDataTF.MessagePresentationContextID != 0) {
+    return PDataTF.MessagePresentationContextID;
+  }
   Fail(wordsOnFailure);
   Abort();
   return 0;
 }
 
 void PDU_Service::Abort() {
-  AAbortRQ = tessaret::AAbortRQ();
-  AAbortRQ.Write(*this);
+  WriteAbort();
   Link.Close();
+}
+
+void PDU_Service::WriteAbort() {
+  // The numbers of one that was received are not ours.
+  AAbortRQ = tessaret::AAbortRQ();
+  try {
+    AAbortRQ.Write(*this);
+  } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
+  }
 }
 
 }  // namespace tessaret

@@ -50,8 +50,7 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
   std::uint8_t type = 0;
   if (!Read8(&type)) type = 0;
   if (type == AAssociateAC.ItemType) {
-    AAssociateAC.PresentationContexts.clear();
-    AAssociateAC.UserInformation.Clear();
+    AAssociateAC = tessaret::AAssociateAC();
     // Answers that do not add up are taken all the same, unless the link has ended within.
     AAssociateAC.Read(*this);
     if (hasEnded_) {
@@ -75,16 +74,17 @@ bool PDU_Service::BuildContexts() {
       context.AbstractSyntax = syntax;
       if (AAssociateRQ.AddPresentationContext(std::move(context)) != 0) continue;
       AAssociateRQ.PresentationContexts.clear();
-      SetError("Too many SOP Classes proposed");
-      return false;
+      return RefuseToPropose("Too many SOP Classes proposed");
     }
   }
-  if (!AAssociateRQ.PresentationContexts.empty()) return true;
+  return !AAssociateRQ.PresentationContexts.empty() || RefuseToPropose("No SOP Class proposed");
+}
+
+bool PDU_Service::RefuseToPropose(const char* words) {
   AAssociateRJ.Result = 1;
   AAssociateRJ.Source = kServiceUser;
   AAssociateRJ.Reason = kNoReason;
-  SetError("No SOP Class proposed");
-  return false;
+  return Fail(words) != 0;
 }
 
 int PDU_Service::RefuseConnect() {
@@ -138,12 +138,18 @@ int PDU_Service::Listen(int connectedHandle) {
 int PDU_Service::AcceptNext(const std::string& port) {
   if (Link.Connected != 0) Link.Close();
   if (Link.Listen(port) == 0) return Fail(Link.GetLastError());
-  return AcceptNext(Link.ListenSocket.exchange(0));
+  return AcceptOnListener();
 }
 
 int PDU_Service::AcceptNext(int listenHandle) {
+  if (Link.Connected != 0) Link.Close();
+  Link.AdoptListener(listenHandle);
+  return AcceptOnListener();
+}
+
+int PDU_Service::AcceptOnListener() {
   for (;;) {
-    Link.AdoptListener(listenHandle);
+    // The listener is closed by nobody but another thread that wants this to end.
     if (Link.Accept() == 0) return Fail(Link.GetLastError());
     if (AnswerOnLink()) break;
     Link.ClosePeer();
@@ -160,21 +166,20 @@ int PDU_Service::AnswerRequest() {
 
 bool PDU_Service::AnswerOnLink() {
   ForgetStream();
-  AAssociateRQ.PresentationContexts.clear();
-  AAssociateRQ.UserInformation.Clear();
+  Link.Error = 0;
+  // Nothing that the peer before has said is held against this one.
+  AAssociateRQ = tessaret::AAssociateRQ();
   std::uint8_t type = 0;
-  if (!Read8(&type)) {
-    EndOfLink();
-    return false;
-  }
-  if (type != AAssociateRQ.ItemType) {
+  if (Read8(&type) && type != AAssociateRQ.ItemType) {
     Fail(Format("DUL: Received unknown item type %X, sending A-Abort-RQ", type));
-    AAbortRQ.Write(*this);
+    WriteAbort();
     return false;
   }
   // What could be read of a request that does not add up is answered.
-  AAssociateRQ.Read(*this);
-  return Negotiate() != 0;
+  if (!hasEnded_) AAssociateRQ.Read(*this);
+  if (!hasEnded_) return Negotiate() != 0;
+  NoteEndOfLink();
+  return false;
 }
 
 int PDU_Service::Reject(std::uint8_t source, std::uint8_t reason) {
