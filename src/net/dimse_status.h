@@ -12,6 +12,9 @@ inline constexpr std::uint16_t kPending = 0xFF00;
 inline constexpr std::uint16_t kPendingWithoutKeys =
     0xFF01;  // some optional keys were not looked at
 
+/// Of a store that was done nevertheless.
+constexpr bool IsWarning(std::uint16_t status) { return (status & 0xF000) == 0xB000; }
+
 // Failures of this side's providers.
 inline constexpr std::uint16_t kUnableToProcess = 0xC001;
 inline constexpr std::uint16_t kNothingPrepared = 0xC002;

@@ -1,6 +1,7 @@
 #include "net/standard_query.h"
 
 #include "net/command_elements.h"
+#include "net/contained.h"
 #include "net/dimse_status.h"
 
 namespace tessaret {
@@ -38,7 +39,7 @@ bool StandardQuery::Read(PDU_Service* pdu, DICOMCommandObject* command) {
   DICOMDataObject query;
   if (!asked || !(*asked == own) || !CFindRQ::Read(*command, pdu, &query)) return false;
   std::vector<std::unique_ptr<DICOMDataObject>> responses;
-  if (!SearchDatabase(query, responses)) {
+  if (!Contained(false, [&] { return SearchDatabase(query, responses); })) {
     return CFindRSP::Write(pdu, command, dimse_status::kUnableToProcess);
   }
   for (const auto& response : responses) {
@@ -51,11 +52,6 @@ bool StandardQuery::Read(PDU_Service* pdu, DICOMCommandObject* command) {
     if (!CFindRSP::Write(pdu, command, dimse_status::kPending, response.get())) return false;
   }
   return CFindRSP::Write(pdu, command, dimse_status::kSuccess);
-}
-
-bool StudyRootQuery::GetUID(UID& uid) {
-  uid = UID(sop_class::kStudyRootQuery);
-  return true;
 }
 
 }  // namespace tessaret

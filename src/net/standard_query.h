@@ -13,7 +13,7 @@ class StandardQuery : public CFindRQ, public CFindRSP, public CFindCancelRQ {
  public:
   /// The SOP class of the query.
   virtual bool GetQueryUID(UID& uid) = 0;
-  /// Provider: what matches `query`. False answers with a failure.
+  /// Provider: what matches `query`. False, or an exception, answers with a failure.
   virtual bool SearchDatabase(DICOMDataObject& query,
                               std::vector<std::unique_ptr<DICOMDataObject>>& response) = 0;
   /// Requester: called first with the query and without a command, then with each match, and with the end. False cancels.
@@ -26,10 +26,19 @@ class StandardQuery : public CFindRQ, public CFindRSP, public CFindCancelRQ {
   bool Read(PDU_Service* pdu, DICOMCommandObject* command);
 };
 
-class StudyRootQuery : public StandardQuery {
+/// A class for each SOP class of queries.
+template <const char* sopClass>
+class QueryOf : public StandardQuery {
  public:
-  bool GetUID(UID& uid) override;
+  bool GetUID(UID& uid) override {
+    uid = UID(sopClass);
+    return true;
+  }
   bool GetQueryUID(UID& uid) override { return GetUID(uid); }
 };
+
+using PatientRootQuery = QueryOf<sop_class::kPatientRootQuery>;
+using StudyRootQuery = QueryOf<sop_class::kStudyRootQuery>;
+using PatientStudyOnlyQuery = QueryOf<sop_class::kPatientStudyOnlyQuery>;
 
 }  // namespace tessaret

@@ -1,9 +1,12 @@
 #include "net/standard_retrieve.h"
 
+#include <algorithm>
+#include <limits>
 #include <memory>
 
 #include "core/comp_engine.h"
 #include "net/command_elements.h"
+#include "net/contained.h"
 #include "net/dimse_status.h"
 #include "net/storage.h"
 
@@ -28,17 +31,26 @@ std::string_view TextOf(const VR& vr) {
   return text.substr(0, kApTitleBytes);
 }
 
-/// Sends one file. False when it was not stored.
-bool SendFile(PDU_Service& link, const std::string& path) {
+/// Sends one file. The counter of what became of it.
+std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& path) {
   const std::unique_ptr<DICOMDataObject> object = link.LoadFile(path.c_str(), true, false);
-  if (object == nullptr) return false;
+  if (object == nullptr) return &RetrieveCounters::failed;
   const auto sopClass = UidOf(*object, 0x0008, 0x0016);
-  if (!sopClass) return false;
+  if (!sopClass) return &RetrieveCounters::failed;
   // The destination was offered native data alone.
   DcmCompEngine engine;
-  if (!engine.Decompress(object.get(), nullptr, nullptr)) return false;
+  if (!engine.Decompress(object.get(), nullptr, nullptr)) return &RetrieveCounters::failed;
   ObjectStorage storage(*sopClass);
-  return storage.Write(&link, object.get()) && storage.Status == dimse_status::kSuccess;
+  if (!storage.Write(&link, object.get())) return &RetrieveCounters::failed;
+  if (storage.Status == dimse_status::kSuccess) return &RetrieveCounters::completed;
+  return dimse_status::IsWarning(storage.Status) ? &RetrieveCounters::warning
+                                                 : &RetrieveCounters::failed;
+}
+
+/// The largest number where there are more than two bytes can say.
+std::uint16_t Counted(std::size_t count) {
+  return static_cast<std::uint16_t>(
+      std::min<std::size_t>(count, std::numeric_limits<std::uint16_t>::max()));
 }
 
 }  // namespace
@@ -95,11 +107,12 @@ bool StandardRetrieve::Read(PDU_Service* pdu, DICOMCommandObject* command) {
   }
   const std::string destinationAE(TextOf(*destination));
   std::uint16_t count = 0;
-  if (!PrepareMove(destinationAE, identifier, move.instances, count)) {
+  if (!Contained(false,
+                 [&] { return PrepareMove(destinationAE, identifier, move.instances, count); })) {
     return Answer(move, dimse_status::kNothingPrepared, "Unspecified destination AE");
   }
   PeerAddress address;
-  if (!FindDestination(destinationAE, address)) {
+  if (!Contained(false, [&] { return FindDestination(destinationAE, address); })) {
     return Answer(move, dimse_status::kUnknownDestination, "Cannot find destination AE");
   }
   PDU_Service link;
@@ -122,15 +135,16 @@ bool StandardRetrieve::Read(PDU_Service* pdu, DICOMCommandObject* command) {
 }
 
 bool StandardRetrieve::SendInstances(Move& move, PDU_Service& link) {
-  move.counters.remaining = static_cast<std::uint16_t>(move.instances.size());
+  std::size_t left = move.instances.size();
+  move.counters.remaining = Counted(left);
   for (const std::string& path : move.instances) {
     DICOMCommandObject maybeCancel;
     if (CMoveCancelRQ::Read(move.pdu, maybeCancel)) return Answer(move, dimse_status::kCancelled);
-    --move.counters.remaining;
-    ++(SendFile(link, path) ? move.counters.completed : move.counters.failed);
+    std::uint16_t& counter = move.counters.*SendFile(link, path);
+    counter = Counted(std::size_t{counter} + 1);
+    move.counters.remaining = Counted(--left);
     if (!Answer(move, dimse_status::kPending)) return false;
   }
-  move.counters.remaining = 0;
   return Answer(move, dimse_status::kSuccess);
 }
 

@@ -20,9 +20,12 @@ class StandardRetrieve : public CMoveRQ, public CMoveRSP, public CMoveCancelRQ {
  public:
   /// The SOP class of the retrieval.
   virtual bool GetMoveUID(UID& uid) = 0;
-  /// Provider: where the destination listens. False where nobody knows.
+  // Hooks of the provider; an exception counts as false. Titles come with the blanks that the peer has put behind them, cut to 16
+  // bytes.
+
+  /// Where the destination listens. False where nobody knows.
   virtual bool FindDestination(std::string_view destinationAE, PeerAddress& address) = 0;
-  /// Provider: the files of what is asked for, and how many they are. False where that cannot be said.
+  /// The files of what is asked for, and how many they are. False where that cannot be said.
   virtual bool PrepareMove(std::string_view destinationAE, DICOMDataObject& identifier,
                            std::vector<std::string>& instanceList, std::uint16_t& count) = 0;
   /// Requester: called with each response. False cancels.
@@ -41,6 +44,21 @@ class StandardRetrieve : public CMoveRQ, public CMoveRSP, public CMoveCancelRQ {
   bool Answer(const Move& move, std::uint16_t status, std::string_view comment = {});
   bool SendInstances(Move& move, PDU_Service& link);
 };
+
+/// A class for each SOP class of retrievals.
+template <const char* sopClass>
+class RetrieveOf : public StandardRetrieve {
+ public:
+  bool GetUID(UID& uid) override {
+    uid = UID(sopClass);
+    return true;
+  }
+  bool GetMoveUID(UID& uid) override { return GetUID(uid); }
+};
+
+using PatientRootRetrieve = RetrieveOf<sop_class::kPatientRootMove>;
+using StudyRootRetrieve = RetrieveOf<sop_class::kStudyRootMove>;
+using PatientStudyOnlyRetrieve = RetrieveOf<sop_class::kPatientStudyOnlyMove>;
 
 /// C-GET, whose exchange its descendants conduct: objects come over the same association.
 class StandardGet : public CGetRQ, public CGetRSP, public CGetCancelRQ {

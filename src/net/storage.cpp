@@ -1,6 +1,8 @@
 #include "net/storage.h"
 
 #include "net/command_elements.h"
+#include "net/contained.h"
+#include "net/dimse_status.h"
 
 namespace tessaret {
 
@@ -19,7 +21,9 @@ bool UnknownStorage::Read(PDU_Service* pdu, DICOMCommandObject* command,
   if (pdu == nullptr || command == nullptr || dataObject == nullptr) return false;
   if (!CStoreRQ::Test(*command)) return CStoreRSP::Read(*command);
   if (!CStoreRQ::Read(*command, pdu, dataObject)) return false;
-  return CStoreRSP::Write(pdu, command, static_cast<std::uint16_t>(StoreObject(dataObject)));
+  const std::uint32_t status = Contained(std::uint32_t{dimse_status::kUnableToProcess},
+                                         [&] { return StoreObject(dataObject); });
+  return CStoreRSP::Write(pdu, command, static_cast<std::uint16_t>(status));
 }
 
 bool TypedStorage::GetUID(UID& uid) {

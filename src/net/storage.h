@@ -11,7 +11,8 @@ class UnknownStorage : public CStoreRQ, public CStoreRSP {
  public:
   /// None: false.
   bool GetUID(UID& uid) override;
-  /// What is to become of an object that was received; the status to answer with, of which 16 bits count. 0.
+  /// What is to become of an object that was received; the status to answer with, of which 16 bits count. 0. One that throws
+  /// answers with 0xC001.
   virtual std::uint32_t StoreObject(DICOMDataObject* dataObject);
 
   /// Sends an object, which is popped empty, and takes the response. True when there was one, whatever its status, which Status tells.
