@@ -1,0 +1,418 @@
+// The side that is asked for an association.
+#include <fcntl.h>
+
+#include <gtest/gtest.h>
+
+#include "net/scripted_peer.h"
+
+namespace tessaret::test {
+namespace {
+
+/// What an acceptor makes of the bytes of a peer that then ends sending.
+struct Answered {
+  explicit Answered(const Bytes& request, PDU_Service* acceptor = nullptr)
+      : pdu(acceptor == nullptr ? own : *acceptor) {
+    Connection connection;
+    connection.peer.SendAll(request);
+    result = pdu.Listen(connection.ours);
+    sent = connection.peer.Received();
+    connected = pdu.Link.Connected;
+    pdu.Link.Close();
+  }
+  PDU_Service own;
+  PDU_Service& pdu;
+  int result;
+  int connected;
+  Bytes sent;
+};
+
+Bytes AnswerOf(const Bytes& contexts, const Bytes& user) {
+  return Associate(2, "US", "PEER", Joined({ApplicationItem(), contexts, user}));
+}
+
+/// Writes down what it is asked, and refuses what it is told to.
+class Picky : public PDU_Service {
+ public:
+  bool AcceptCallingTitle(std::string_view title) override {
+    log += "calling[" + std::string(title) + "]";
+    return refused != "calling";
+  }
+  bool AcceptCalledTitle(std::string_view title) override {
+    log += "called[" + std::string(title) + "]";
+    return refused != "called";
+  }
+  bool AcceptApplicationContext(const UID& context) override {
+    log += "context[" + std::string(context.View()) + "]";
+    return refused != "context";
+  }
+  bool AcceptAbstractSyntax(const UID& syntax) override {
+    log += "abstract[" + std::string(syntax.View()) + "]";
+    return refused != "abstract";
+  }
+  std::string refused;
+  std::string log;
+};
+
+class TakesBothNative : public PDU_Service {
+ public:
+  bool AcceptTransferSyntax(const UID& syntax) override {
+    return syntax.View() == kImplicit || syntax.View() == kExplicit;
+  }
+};
+
+TEST(AssociateAnswer, AnswersEachContextInTheOrderOfTheRequest) {
+  const Answered answered(RequestFor({{1, kEcho, {kImplicit}},
+                                      {3, kCt, {kExplicit}},
+                                      {5, kCt, {kExplicit, kImplicit}},
+                                      {7, kFind, {}}}));
+  EXPECT_EQ(answered.result, 1);
+  EXPECT_EQ(answered.connected, 1);
+  // The maximum length is the requester's own, every refusal is a 3.
+  EXPECT_EQ(answered.sent, AnswerOf(Joined({AcceptItem(1, 0, kImplicit), AcceptItem(3, 3, ""),
+                                            AcceptItem(5, 0, kImplicit), AcceptItem(7, 3, "")}),
+                                    OurUserItem(32768)));
+  ASSERT_EQ(answered.pdu.AcceptedContexts.size(), 2u);
+  EXPECT_EQ(answered.pdu.ContextIDFor(UID(kEcho)), 1);
+  EXPECT_EQ(answered.pdu.ContextIDFor(UID(kCt), UID(kImplicit)), 5);
+}
+
+TEST(AssociateAnswer, GoesByTheRequestersOrderOfTransferSyntaxes) {
+  TakesBothNative pdu;
+  const Answered answered(RequestFor({{1, kCt, {kBigEndianSyntax, kExplicit, kImplicit}},
+                                      {3, kCt, {kImplicit, kExplicit}}}),
+                          &pdu);
+  EXPECT_EQ(answered.sent,
+            AnswerOf(Joined({AcceptItem(1, 0, kExplicit), AcceptItem(3, 0, kImplicit)}),
+                     OurUserItem(32768)));
+}
+
+TEST(AssociateAnswer, AnswersRolesAndNothingElseOfTheUserInformation) {
+  const Bytes asynchronous = Item(0x53, {0, 5, 0, 5});
+  const Bytes extended = Item(0x56, Joined({Big16(kFind.size()), BytesOf(kFind), {1, 1, 1}}));
+  const Bytes identity = Item(0x58, {1, 0, 0, 1, 'x', 0, 0});
+  const Answered answered(
+      RequestFor({{1, kCt, {kImplicit}}},
+                 PeersUserItem(Joined({RoleItem(kCt, 1, 1), asynchronous, RoleItem(kEcho, 1, 0),
+                                       RoleItem(kCt, 0, 0), extended, identity}))));
+  // 4 unknown items' bytes are not in the way: only what was read is answered.
+  EXPECT_EQ(answered.sent,
+            AnswerOf(AcceptItem(1, 0, kImplicit),
+                     OurUserItem(32768, Joined({RoleItem(kCt, 0, 1), RoleItem(kEcho, 0, 1)}))));
+}
+
+TEST(AssociateAnswer, AsksADescendantForRoles) {
+  class Both : public PDU_Service {
+    std::uint8_t SCURoleReply(const UID&, std::uint8_t proposed) override { return proposed; }
+    std::uint8_t SCPRoleReply(const UID& uid, std::uint8_t proposed) override {
+      return uid.View() == kCt ? proposed : std::uint8_t{9};
+    }
+  };
+  Both pdu;
+  const Answered answered(
+      RequestFor({{1, kCt, {kImplicit}}},
+                 PeersUserItem(Joined({RoleItem(kCt, 1, 0), RoleItem(kEcho, 0, 1)}))),
+      &pdu);
+  EXPECT_EQ(answered.sent,
+            AnswerOf(AcceptItem(1, 0, kImplicit),
+                     OurUserItem(32768, Joined({RoleItem(kCt, 1, 0), RoleItem(kEcho, 0, 9)}))));
+}
+
+TEST(AssociateAnswer, RefusesByTheCalledTitleFirstThenTheCallingOneThenTheContext) {
+  const struct {
+    const char* refused;
+    Bytes answer;
+    const char* log;
+  } rows[] = {
+      {"called", Reject(1, 1, 7), "called[US              ]"},
+      {"calling", Reject(1, 1, 3), "called[US              ]calling[PEER            ]"},
+      {"context", Reject(1, 1, 2),
+       "called[US              ]calling[PEER            ]context[1.2.840.10008.3.1.1.1]"},
+      {"abstract", Reject(1, 1, 2),
+       "called[US              ]calling[PEER            ]context[1.2.840.10008.3.1.1.1]"
+       "abstract[1.2.840.10008.1.1]"},
+  };
+  for (const auto& row : rows) {
+    Picky pdu;
+    pdu.refused = row.refused;
+    const Answered answered(RequestFor({{1, kEcho, {kImplicit}}}), &pdu);
+    EXPECT_EQ(answered.result, 0) << row.refused;
+    EXPECT_EQ(answered.connected, 0) << row.refused;
+    EXPECT_EQ(answered.sent, row.answer) << row.refused;
+    EXPECT_EQ(pdu.log, row.log);
+  }
+}
+
+TEST(AssociateAnswer, RefusesWhereNoContextIsAccepted) {
+  const Bytes requests[] = {
+      RequestFor({{1, kCt, {kExplicit}}}),
+      RequestFor({{1, kCt, {}}}),
+      RequestFor({}),
+  };
+  for (const Bytes& request : requests) {
+    const Answered answered(request);
+    EXPECT_EQ(answered.result, 0);
+    EXPECT_EQ(answered.sent, Reject(1, 1, 2));
+    EXPECT_EQ(Words(answered.pdu), "No accepted presentation contexts");
+  }
+}
+
+TEST(AssociateAnswer, TakesAnIdentifierOnce) {
+  const Answered answered(
+      RequestFor({{1, kEcho, {kImplicit}}, {1, kCt, {kImplicit}}, {2, kFind, {kImplicit}}}));
+  EXPECT_EQ(answered.sent, AnswerOf(Joined({AcceptItem(1, 0, kImplicit), AcceptItem(1, 3, ""),
+                                            AcceptItem(2, 0, kImplicit)}),
+                                    OurUserItem(32768)));
+}
+
+TEST(AssociateAnswer, WritesInTheContextThatWasAcceptedOfTwoWithOneIdentifier) {
+  Connection connection;
+  PDU_Service pdu;
+  connection.peer.Send(RequestFor({{1, kEcho, {kExplicit}}, {1, kCt, {kImplicit}}}));
+  ASSERT_EQ(pdu.Listen(connection.ours), 1);
+  DICOMDataObject object;
+  object.Push(new VR(0x0010, 0x0010, 2, true));
+  object.GetVR(0x0010, 0x0010)->Data[0] = 'A';
+  object.GetVR(0x0010, 0x0010)->Data[1] = 'B';
+  static_cast<void>(connection.peer.Received());
+  EXPECT_TRUE(pdu.Write(object, UID(kCt))) << Words(pdu);
+  EXPECT_EQ(connection.peer.Received(), Data(1, kLastPart, Elements().Text(0x0010, 0x0010, "AB")));
+  pdu.Link.Close();
+}
+
+TEST(AssociateAnswer, EchoesTheVeryMaximumLength) {
+  for (const std::size_t maximum :
+       {std::size_t{0}, std::size_t{1}, std::size_t{8}, std::size_t{0xFFFFFFFF}}) {
+    const Answered answered(RequestFor({{1, kEcho, {kImplicit}}}, UserItem(maximum, "1.2", "V")));
+    EXPECT_EQ(answered.sent, AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(maximum)));
+  }
+}
+
+TEST(AssociateAnswer, AbortsWhereSomethingElseIsSpoken) {
+  const struct {
+    Bytes bytes;
+    const char* type;
+  } rows[] = {
+      {BytesOf("GET / HTTP/1.1\r\n\r\n"), "47"},
+      {{0x16, 3, 1, 2, 0, 1, 0}, "16"},  // TLS
+      {BytesOf("SSH-2.0-OpenSSH_9\r\n"), "53"},
+      {{0}, "0"},
+      {ReleaseRequest(), "5"},
+      {Data(1, 3, Bytes(8)), "4"},
+      {AbortPdu(0, 0), "7"},
+  };
+  for (const auto& row : rows) {
+    PDU_Service pdu;
+    // The numbers of an abort that was received before are not sent on.
+    pdu.AAbortRQ.Source = 0;
+    pdu.AAbortRQ.Reason = 6;
+    const Answered answered(row.bytes, &pdu);
+    EXPECT_EQ(answered.result, 0);
+    EXPECT_EQ(answered.connected, 0);
+    EXPECT_EQ(answered.sent, OurAbort());
+    EXPECT_EQ(Words(pdu),
+              "DUL: Received unknown item type " + std::string(row.type) + ", sending A-Abort-RQ");
+  }
+}
+
+TEST(AssociateAnswer, AnswersNothingWhereThePeerClosesAtAnyByteOfTheRequest) {
+  const Bytes whole = RequestFor({{1, kEcho, {kImplicit}}});
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    const Answered answered(Bytes(whole.begin(), whole.begin() + static_cast<int>(size)));
+    ASSERT_EQ(answered.result, 0) << size;
+    ASSERT_TRUE(answered.sent.empty()) << size;
+    ASSERT_EQ(Words(answered.pdu), "The peer has closed the link");
+  }
+}
+
+TEST(AssociateAnswer, DropsAPeerThatSaysNothing) {
+  Connection connection;
+  PDU_Service pdu;
+  pdu.Link.TimeoutSecs = 1;
+  connection.peer.Send({1, 0, 0, 0});
+  EXPECT_EQ(pdu.Listen(connection.ours), 0);
+  EXPECT_EQ(Words(pdu), "Timeout error reading from socket");
+  EXPECT_EQ(connection.peer.ReceiveToEnd(), OurAbort());
+}
+
+TEST(AssociateAnswer, SurvivesRequestsThatLieAboutLengths) {
+  const Bytes good = RequestFor({{1, kEcho, {kImplicit}}});
+  const auto withLength = [&](std::size_t length) {
+    Bytes request = good;
+    const Bytes field = Big32(length);
+    std::copy(field.begin(), field.end(), request.begin() + 2);
+    return request;
+  };
+  for (const std::size_t length :
+       {std::size_t{0}, std::size_t{67}, std::size_t{0xFFFFFFFF}, (std::size_t{4} << 20) + 1}) {
+    const Answered answered(withLength(length));
+    EXPECT_EQ(answered.result, 0) << length;
+    EXPECT_EQ(answered.sent, Reject(1, 1, 2)) << length;
+  }
+  // One more than comes: the rest is waited for, and the end is the end.
+  const Answered waiting(withLength(good.size() - 6 + 1));
+  EXPECT_EQ(waiting.result, 0);
+  EXPECT_TRUE(waiting.sent.empty());
+
+  // Items that are longer than their PDU, and a context that is longer than its own.
+  for (const Bytes& items :
+       {Joined({{0x10, 0, 0xFF, 0xFF}, Bytes(9)}), Joined({{0x20, 0, 0, 40}, Bytes(9)}),
+        Joined({{0x50, 0, 0, 3}, Bytes(2)}), Item(0x20, Bytes(3)),
+        Joined({{0x99, 0, 0xFF, 0xFF, 0xFF, 0xFF}, Bytes(5)})}) {
+    const Answered answered(Associate(1, "US", "PEER", items));
+    EXPECT_EQ(answered.result, 0);
+    EXPECT_EQ(answered.sent, Reject(1, 1, 2));
+  }
+}
+
+TEST(AssociateAnswer, AnswersWhatCouldBeReadOfARequestThatDoesNotAddUp) {
+  const Bytes items = Joined({ApplicationItem(), ContextItem({1, kEcho, {kImplicit}}),
+                              Joined({{0x20, 0, 0xFF, 0xFF}, Bytes(20)})});
+  const Answered answered(Associate(1, "US", "PEER", items));
+  EXPECT_EQ(answered.result, 1);
+  EXPECT_EQ(answered.sent, AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(0)));
+}
+
+TEST(AssociateAnswer, TakesNoMoreContextsThanThereCanBe) {
+  std::vector<Proposal> many;
+  for (int i = 0; i < 200; ++i) many.push_back({static_cast<std::uint8_t>(i), kEcho, {kImplicit}});
+  const Answered answered(RequestFor(many));
+  EXPECT_EQ(answered.result, 1);
+  EXPECT_EQ(answered.pdu.AcceptedContexts.size(), 128u);
+}
+
+TEST(AssociateAnswer, FailsWhereTheAnswerCannotBeSent) {
+  Connection connection;
+  connection.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  connection.peer.Close();
+  PDU_Service pdu;
+  EXPECT_EQ(pdu.Listen(connection.ours), 0);
+  EXPECT_EQ(pdu.Link.Connected, 0);
+}
+
+// --- listening ---
+
+TEST(AcceptNext, TakesPeersUntilOneAssociationStandsAndGivesTheListenerBack) {
+  Listener listener;
+  const std::string port = listener.Port();
+  const int handle = listener.Give();
+  Peer silent = ConnectTo(port);
+  silent.Close();
+  Peer half = ConnectTo(port);
+  half.SendAll({1, 0, 0, 0});
+  Peer browser = ConnectTo(port);
+  browser.Send(BytesOf("GET /"));
+  Peer refused = ConnectTo(port);
+  refused.Send(RequestFor({{1, kCt, {kExplicit}}}));
+  Peer good = ConnectTo(port);
+  good.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+
+  PDU_Service pdu;
+  ASSERT_EQ(pdu.AcceptNext(handle), handle) << Words(pdu);
+  EXPECT_EQ(pdu.Link.Connected, 1);
+  EXPECT_EQ(pdu.Link.ListenSocket, 0);
+  EXPECT_EQ(pdu.Link.Listening, 0);
+  EXPECT_EQ(half.ReceiveToEnd(), Bytes{});
+  EXPECT_EQ(browser.ReceiveToEnd(), OurAbort());
+  EXPECT_EQ(refused.ReceiveToEnd(), Reject(1, 1, 2));
+  EXPECT_EQ(TypesOf(good.ReceivePdu()), "2");
+
+  // The listener goes to the next object, while the first association stands.
+  Peer second = ConnectTo(port);
+  second.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  PDU_Service next;
+  EXPECT_EQ(next.AcceptNext(handle), handle);
+  next.Link.Close();
+  pdu.Link.Close();
+  ASSERT_NE(::fcntl(handle, F_GETFD), -1);
+  ::close(handle);
+}
+
+TEST(AcceptNext, HoldsNothingAgainstAPeerThatTheOneBeforeHasSaid) {
+  Listener listener;
+  Peer refused = ConnectTo(listener.Port());
+  refused.Send(RequestFor({{1, kCt, {kExplicit}}}, PeersUserItem(RoleItem(kCt, 1, 1))));
+  Peer good = ConnectTo(listener.Port());
+  good.Send(Associate(1, "B", "A", ContextItem({1, kEcho, {kImplicit}})));
+  PDU_Service pdu;
+  ASSERT_EQ(pdu.AcceptNext(listener.Descriptor()), listener.Descriptor());
+  EXPECT_EQ(good.ReceivePdu(),
+            Associate(2, "B", "A",
+                      Joined({ApplicationItem(), AcceptItem(1, 0, kImplicit), OurUserItem(0)})));
+  pdu.Link.Close();
+}
+
+TEST(AcceptNext, ListensOnAPortOfItsOwn) {
+  std::string port;
+  {
+    const Listener free;
+    port = free.Port();
+  }
+  std::thread client([&] {
+    for (int turn = 0; turn < 1000; ++turn) {
+      try {
+        Peer peer = ConnectTo(port);
+        peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+        static_cast<void>(peer.ReceivePdu());
+        return;
+      } catch (const std::exception&) {  // it does not listen yet
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      }
+    }
+  });
+  PDU_Service pdu;
+  const int handle = pdu.AcceptNext(port);
+  EXPECT_GT(handle, 0) << Words(pdu);
+  client.join();
+  pdu.Link.Close();
+  ::close(handle);
+}
+
+TEST(AcceptNext, EndsWithWordsWhereNoPeerCanBeTaken) {
+  PDU_Service pdu;
+  EXPECT_EQ(pdu.AcceptNext(0), 0);
+  EXPECT_EQ(Words(pdu), "Accept(): Not listening");
+  EXPECT_EQ(pdu.AcceptNext("no such service"), 0);
+  EXPECT_EQ(Words(pdu), "Error getservbyname(no such service, NULL)");
+}
+
+TEST(Listen, TakesOnePeerOnAPort) {
+  std::string port;
+  {
+    const Listener free;
+    port = free.Port();
+  }
+  Bytes answer;
+  std::thread client([&] {
+    for (int turn = 0; turn < 1000 && answer.empty(); ++turn) {
+      try {
+        Peer peer = ConnectTo(port);
+        peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+        answer = peer.ReceivePdu();
+      } catch (const std::exception&) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(5));
+      }
+    }
+  });
+  PDU_Service pdu;
+  EXPECT_EQ(pdu.Listen(port), 1) << Words(pdu);
+  client.join();
+  EXPECT_EQ(TypesOf(answer), "2");
+  pdu.Link.Close();
+  EXPECT_EQ(pdu.Listen("no such service"), 0);
+  EXPECT_EQ(Words(pdu), "Error getservbyname(no such service, NULL)");
+}
+
+TEST(Listen, ClosesALinkThatIsOpen) {
+  Connection first;
+  Connection second;
+  first.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  second.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  PDU_Service pdu;
+  ASSERT_EQ(pdu.Listen(first.ours), 1);
+  ASSERT_EQ(pdu.Listen(second.ours), 1);
+  EXPECT_EQ(TypesOf(first.peer.ReceiveToEnd()), "2");
+  pdu.Link.Close();
+}
+
+}  // namespace
+}  // namespace tessaret::test

@@ -1,0 +1,425 @@
+// The side that asks for an association.
+#include <gtest/gtest.h>
+
+#include "net/identifiers.h"
+#include "net/scripted_peer.h"
+
+namespace tessaret::test {
+namespace {
+
+std::vector<std::string> SyntaxesOf(const PDU_Service& pdu) {
+  std::vector<std::string> syntaxes;
+  for (const TransferSyntax& syntax : pdu.ProposedTransferSyntaxes) {
+    syntaxes.emplace_back(syntax.View());
+  }
+  return syntaxes;
+}
+
+/// A peer that reads the request, sends `answer`, and then receives all that comes. `received` is that.
+auto AnswerWith(const Bytes& answer, Bytes* received = nullptr, Bytes* request = nullptr) {
+  return [=](Peer& peer) {
+    const Bytes asked = peer.ReceivePdu();
+    if (request != nullptr) *request = asked;
+    peer.SendAll(answer);
+    const Bytes rest = peer.ReceiveToEnd();
+    if (received != nullptr) *received = rest;
+  };
+}
+
+Bytes AnswerOf(const Bytes& contexts) {
+  return Associate(2, "US", "PEER", Joined({ApplicationItem(), contexts, PeersUserItem()}));
+}
+
+struct Refusal {
+  int result;
+  int source;
+  int reason;
+  const char* words;
+};
+
+bool operator==(const AAssociateRJ& pdu, const Refusal& numbers) {
+  return pdu.Result == numbers.result && pdu.Source == numbers.source &&
+         pdu.Reason == numbers.reason;
+}
+
+TEST(AssociateRequest, ProposesAContextForEachAbstractSyntaxWithAllTransferSyntaxes) {
+  Bytes request;
+  Bytes received;
+  ScriptedServer server(
+      AnswerWith(Joined({AnswerOf(Joined({AcceptItem(5, 0, kImplicit), AcceptItem(7, 3, "")})),
+                         ReleaseAnswer()}),
+                 &received, &request));
+  PDU_Service pdu;
+  pdu.SetCallingTitle("US");
+  pdu.SetCalledTitle("PEER");
+  pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.AddAbstractSyntax(UID(kCt));
+  pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.AddTransferSyntax(UID(kExplicit));
+  SetIdentifierCounter(4);
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 1);
+  // An even counter is raised first, and stands one above what was taken.
+  EXPECT_EQ(IdentifierCounter(), 10u);  // 5, 7, and two contexts of the answer: 8, 9
+  EXPECT_EQ(pdu.Link.Connected, 1);
+  ASSERT_EQ(pdu.AcceptedContexts.size(), 1u);
+  EXPECT_EQ(pdu.AcceptedContexts[0].PresentationContextID, 5);
+  EXPECT_EQ(pdu.AcceptedContexts[0].AbstractSyntax.View(), kEcho);
+  EXPECT_EQ(pdu.AcceptedContexts[0].TransferSyntax.View(), kImplicit);
+  EXPECT_EQ(pdu.Close(), 1);
+  EXPECT_EQ(pdu.Link.Connected, 0);
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(request,
+            Associate(1, "PEER", "US",
+                      Joined({ApplicationItem(), ContextItem({5, kEcho, {kExplicit, kImplicit}}),
+                              ContextItem({7, kCt, {kExplicit, kImplicit}}), OurUserItem()})));
+  EXPECT_EQ(received, ReleaseRequest());
+}
+
+TEST(AssociateRequest, PutsImplicitLittleEndianFirstWhereNothingWasAddedBefore) {
+  PDU_Service pdu;
+  PresentationContext context;
+  pdu.FillTransferSyntaxes(context);
+  pdu.AddTransferSyntax(UID(kExplicit));
+  pdu.AddTransferSyntax(UID(kExplicit));
+  PresentationContext further;
+  pdu.FillTransferSyntaxes(further);
+  EXPECT_EQ(context.TransferSyntaxes.size(), 1u);
+  EXPECT_EQ(SyntaxesOf(pdu),
+            (std::vector<std::string>{std::string(kImplicit), std::string(kExplicit)}));
+  EXPECT_EQ(further.TransferSyntaxes.size(), 2u);
+}
+
+TEST(AssociateRequest, SendsTitlesOfSixteenBytesAndCutsLongerOnes) {
+  PDU_Service pdu;
+  pdu.SetCallingTitle("A");
+  pdu.SetCalledTitle("ABCDEFGHIJKLMNOPQ");
+  EXPECT_STREQ(pdu.AAssociateRQ.CallingApTitle.data(), "A               ");
+  EXPECT_STREQ(pdu.AAssociateRQ.CalledApTitle.data(), "ABCDEFGHIJKLMNOP");
+  pdu.SetCalledTitle("B");
+  EXPECT_STREQ(pdu.AAssociateRQ.CalledApTitle.data(), "B               ");
+}
+
+TEST(AssociateRequest, SendsTheApplicationContextThatIsSet) {
+  Bytes request;
+  ScriptedServer server(AnswerWith(Reject(1, 1, 2), nullptr, &request));
+  PDU_Service pdu;
+  pdu.SetApplicationContext(UID("1.2.3"));
+  pdu.AddAbstractSyntax(UID(kEcho));
+  SetIdentifierCounter(1);
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(request, Associate(1, "", "",
+                               Joined({ApplicationItem("1.2.3"),
+                                       ContextItem({1, kEcho, {kImplicit}}), OurUserItem()})));
+}
+
+TEST(AssociateRequest, WithNothingProposedOpensNoSocket) {
+  const Listener listener;
+  PDU_Service pdu;
+  EXPECT_EQ(pdu.Connect("127.0.0.1", listener.Port()), 0);
+  EXPECT_EQ(Words(pdu), "No SOP Class proposed");
+  EXPECT_EQ(pdu.AAssociateRJ, (Refusal{1, 1, 1, ""}));
+  pollfd ready{.fd = listener.Descriptor(), .events = POLLIN, .revents = 0};
+  EXPECT_EQ(::poll(&ready, 1, 0), 0);
+}
+
+TEST(AssociateRequest, TellsByNumbersThatTheSocketCouldNotBeOpened) {
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.AAssociateRJ.Reason = 7;
+  EXPECT_EQ(pdu.Connect("127.0.0.1", "no such service"), 0);
+  EXPECT_EQ(Words(pdu), "Open(127.0.0.1,no such service): could not resolve port[no such service]");
+  EXPECT_EQ(pdu.AAssociateRJ, (Refusal{1, 2, 1, ""}));
+}
+
+TEST(AssociateRequest, HasWordsForEveryResultSourceAndReason) {
+  const Refusal refusals[] = {
+      {0, 0, 0, "Connection rejected : , "},
+      {1, 1, 1, "Connection rejected permanent: service-user, no reason given"},
+      {2, 2, 2,
+       "Connection rejected transient: service-provider (ACSE related function), application "
+       "context "
+       "name not supported"},
+      {1, 3, 3,
+       "Connection rejected permanent: service-provider (Presentation related function), calling "
+       "AE "
+       "title not recognized"},
+      {1, 1, 4, "Connection rejected permanent: service-user, reserved"},
+      {1, 1, 5, "Connection rejected permanent: service-user, reserved"},
+      {1, 1, 6, "Connection rejected permanent: service-user, reserved"},
+      {1, 1, 7, "Connection rejected permanent: service-user, called AE title not recognized"},
+      {1, 1, 8, "Connection rejected permanent: service-user, reserved"},
+      {1, 1, 9, "Connection rejected permanent: service-user, reserved"},
+      {1, 1, 10, "Connection rejected permanent: service-user, reserved"},
+      {1, 1, 12, "Connection rejected permanent: service-user, "},
+      {3, 4, 11, "Connection rejected : , "},
+      {255, 255, 255, "Connection rejected : , "},
+  };
+  for (const Refusal& refusal : refusals) {
+    ScriptedServer server(AnswerWith(Reject(static_cast<std::uint8_t>(refusal.result),
+                                            static_cast<std::uint8_t>(refusal.source),
+                                            static_cast<std::uint8_t>(refusal.reason))));
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(Words(pdu), refusal.words);
+    EXPECT_EQ(pdu.Link.Connected, 0);
+    const Refusal kept{refusal.result > 2 ? 0 : refusal.result,
+                       refusal.source > 3 ? 0 : refusal.source,
+                       refusal.reason > 10 ? 0 : refusal.reason, ""};
+    EXPECT_EQ(pdu.AAssociateRJ, kept) << refusal.words;
+  }
+}
+
+TEST(AssociateRequest, SaysThatTheLinkFailedWithinARefusal) {
+  const Bytes whole = Reject(1, 1, 1);
+  for (std::size_t size = 1; size < whole.size(); ++size) {
+    ScriptedServer server(AnswerWith(Bytes(whole.begin(), whole.begin() + static_cast<int>(size))));
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(Words(pdu), "Association rejected: link error") << size;
+    EXPECT_EQ(pdu.Link.Connected, 0);
+  }
+}
+
+TEST(AssociateRequest, TakesNoOtherAnswer) {
+  const Bytes answers[] = {
+      {}, {0}, {1}, {4, 0, 0, 0}, ReleaseRequest(), OurAbort(), BytesOf("HTTP/1.1 400")};
+  for (const Bytes& answer : answers) {
+    ScriptedServer server(AnswerWith(answer));
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(Words(pdu), "Corrupt transmission reading AAssociateRQ");
+    EXPECT_EQ(pdu.Link.Connected, 0);
+  }
+}
+
+TEST(AssociateRequest, FailsWhereThePeerClosesAtAnyByteOfItsAnswer) {
+  const Bytes whole = AnswerOf(AcceptItem(1, 0, kImplicit));
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    ScriptedServer server(AnswerWith(Bytes(whole.begin(), whole.begin() + static_cast<int>(size))));
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    SetIdentifierCounter(1);
+    ASSERT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0) << size;
+    ASSERT_EQ(Words(pdu), "Corrupt transmission reading AAssociateRQ") << size;
+    ASSERT_EQ(pdu.Link.Connected, 0);
+  }
+}
+
+TEST(AssociateRequest, ReleasesAnAssociationOfWhichNothingWasAccepted) {
+  Bytes received;
+  ScriptedServer server(
+      AnswerWith(Joined({AnswerOf(Joined({AcceptItem(1, 3, ""), AcceptItem(3, 4, kImplicit)})),
+                         ReleaseAnswer()}),
+                 &received));
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.AddAbstractSyntax(UID(kCt));
+  SetIdentifierCounter(1);
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+  EXPECT_EQ(Words(pdu), "No Accepted presentation Context found");
+  EXPECT_EQ(pdu.Link.Connected, 0);
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(received, ReleaseRequest());
+}
+
+TEST(AssociateRequest, DigestsAnswersAsTheyStand) {
+  PDU_Service pdu;
+  for (const std::uint8_t id : Bytes{1, 3, 5}) {
+    PresentationContext context;
+    context.PresentationContextID = id;
+    context.AbstractSyntax.Set(id == 1 ? kEcho : kCt);
+    pdu.AAssociateRQ.AddPresentationContext(context);
+  }
+  const auto answer = [&](std::uint8_t id, std::uint8_t result, std::string_view syntax) {
+    PresentationContextAccept context;
+    context.PresentationContextID = id;
+    context.Result = result;
+    context.TransferSyntax.Set(syntax);
+    pdu.AAssociateAC.PresentationContexts.push_back(context);
+  };
+  answer(5, 0, "1.2.3.4");  // never proposed
+  answer(7, 0, kImplicit);  // of no proposal
+  answer(3, 1, kImplicit);
+  answer(1, 0, kExplicit);
+  pdu.AcceptedContexts.emplace_back();  // of an association before
+  ASSERT_EQ(pdu.CheckAccept(), 1);
+  ASSERT_EQ(pdu.AcceptedContexts.size(), 2u);
+  EXPECT_EQ(pdu.AcceptedContexts[0].AbstractSyntax.View(), kCt);
+  EXPECT_EQ(pdu.AcceptedContexts[0].TransferSyntax.View(), "1.2.3.4");
+  EXPECT_EQ(pdu.AcceptedContexts[1].AbstractSyntax.View(), kEcho);
+  EXPECT_EQ(pdu.ContextIDFor(UID(kCt)), 5);
+}
+
+TEST(AssociateRequest, ProposesAgainWhatWasProposedBefore) {
+  Bytes requests[2];
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  SetIdentifierCounter(41);
+  for (Bytes& request : requests) {
+    ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(server.Wait(), "");
+    // What comes to the list later is not proposed while contexts are there.
+    pdu.AddAbstractSyntax(UID(kCt));
+  }
+  EXPECT_EQ(requests[0], requests[1]);
+  EXPECT_EQ(
+      requests[0],
+      Associate(1, "", "",
+                Joined({ApplicationItem(), ContextItem({41, kEcho, {kImplicit}}), OurUserItem()})));
+}
+
+TEST(AssociateRequest, ProposesAtMostAsManyContextsAsThereAreIdentifiers) {
+  Bytes request;
+  ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
+  PDU_Service pdu;
+  for (int i = 0; i < 128; ++i) pdu.AddAbstractSyntax(UID("1.2." + std::to_string(i)));
+  // The low byte comes round within these.
+  SetIdentifierCounter(0x1FE);
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+  EXPECT_EQ(Words(pdu), "Connection rejected permanent: service-user, no reason given");
+  ASSERT_EQ(pdu.AAssociateRQ.PresentationContexts.size(), 128u);
+  std::vector<bool> isTaken(256);
+  for (const PresentationContext& context : pdu.AAssociateRQ.PresentationContexts) {
+    EXPECT_EQ(context.PresentationContextID % 2, 1);
+    EXPECT_FALSE(isTaken[context.PresentationContextID]);
+    isTaken[context.PresentationContextID] = true;
+  }
+
+  PDU_Service more;
+  for (int i = 0; i < 129; ++i) more.AddAbstractSyntax(UID("1.2." + std::to_string(i)));
+  EXPECT_EQ(more.Connect("127.0.0.1", server.Port()), 0);
+  EXPECT_EQ(Words(more), "Too many SOP Classes proposed");
+  EXPECT_EQ(more.AAssociateRJ, (Refusal{1, 1, 1, ""}));
+}
+
+TEST(AssociateRequest, GivesUpOnAPeerThatNeverAnswers) {
+  const Listener silent;
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.Link.TimeoutSecs = 1;
+  EXPECT_EQ(pdu.Connect("127.0.0.1", silent.Port()), 0);
+  EXPECT_EQ(Words(pdu), "Corrupt transmission reading AAssociateRQ");
+  EXPECT_EQ(pdu.Link.Connected, 0);
+}
+
+TEST(AssociateRequest, ConnectsAgainWithoutWhatWasLeftOfTheLinkBefore) {
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  const Bytes answer = AnswerOf(AcceptItem(1, 0, kImplicit));
+  SetIdentifierCounter(1);
+  for (int turn = 0; turn < 2; ++turn) {
+    // Half a message, and then the end.
+    const Bytes half = Data(1, kCommandPart, Bytes(20));
+    ScriptedServer server(AnswerWith(Joined({answer, half, {4, 0, 0}})));
+    ASSERT_EQ(pdu.Connect("127.0.0.1", server.Port()), 1) << Words(pdu);
+    DICOMCommandObject command;
+    EXPECT_EQ(pdu.Read(command), 0);
+    EXPECT_TRUE(command.IsEmpty());
+    pdu.Link.Close();
+  }
+}
+
+// --- release ---
+
+TEST(Release, EndsThoughThePeerJustCloses) {
+  Association association({{1, kEcho, kImplicit}});
+  association.peer.EndSending();
+  EXPECT_EQ(association.pdu.Close(), 1);
+  EXPECT_EQ(association.pdu.Link.Connected, 0);
+  EXPECT_EQ(association.peer.Received(), ReleaseRequest());
+}
+
+TEST(Release, TakesWhateverComesForTheAnswer) {
+  Association association({{1, kEcho, kImplicit}});
+  association.peer.Send(Joined({{9}, Bytes(9)}));
+  association.pdu.PDataTF.Length = 77;
+  EXPECT_EQ(association.pdu.Close(), 1);
+  EXPECT_EQ(association.pdu.PDataTF.Length, 0u);
+  EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
+  // What is answered later is an answer all the same.
+  EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 6);
+}
+
+TEST(Release, OfAnAssociationThatIsNotOpenSendsNothing) {
+  PDU_Service pdu;
+  EXPECT_EQ(pdu.Close(), 1);
+  EXPECT_EQ(pdu.Close(), 1);
+  EXPECT_TRUE(Words(pdu).empty());
+}
+
+TEST(Release, IsDoneByTheDestructor) {
+  Connection connection;
+  connection.peer.Send(ReleaseAnswer());
+  {
+    PDU_Service pdu;
+    pdu.Link.Adopt(connection.ours);
+  }
+  EXPECT_EQ(connection.peer.ReceiveToEnd(), ReleaseRequest());
+}
+
+// --- lists ---
+
+TEST(AcceptedContexts, AreFoundByEachOfTheirNames) {
+  const Association association({{3, kCt, kImplicit}, {5, kCt, kExplicit}, {7, kEcho, kExplicit}});
+  const PDU_Service& pdu = association.pdu;
+  EXPECT_EQ(pdu.ContextIDFor(UID(kCt)), 3);
+  EXPECT_EQ(pdu.ContextIDFor(UID(kEcho)), 7);
+  EXPECT_EQ(pdu.ContextIDFor(UID("1.2")), 0);
+  EXPECT_EQ(pdu.ContextIDFor(UID(kCt), UID(kExplicit)), 5);
+  EXPECT_EQ(pdu.ContextIDFor(UID(kEcho), UID(kImplicit)), 0);
+  EXPECT_EQ(pdu.ContextIDForTransfer(UID(kExplicit)), 5);
+  EXPECT_EQ(pdu.ContextIDForTransfer(UID(kBigEndianSyntax)), 0);
+  EXPECT_TRUE(pdu.IsAccepted(UID(kEcho)));
+  EXPECT_FALSE(pdu.IsAccepted(UID("1.2")));
+  UID syntax;
+  EXPECT_TRUE(pdu.TransferSyntaxOf(7, syntax));
+  EXPECT_EQ(syntax.View(), kExplicit);
+  EXPECT_FALSE(pdu.TransferSyntaxOf(9, syntax));
+}
+
+TEST(AcceptedContexts, TakeAFurtherSyntaxUnderTheSameIdentifier) {
+  Association association({{3, kCt, kImplicit}});
+  PDU_Service& pdu = association.pdu;
+  EXPECT_EQ(pdu.AddAcceptedContext(UID(kCt), UID(kExplicit)), 1);
+  EXPECT_EQ(pdu.AddAcceptedContext(UID(kEcho), UID(kExplicit)), 0);
+  ASSERT_EQ(pdu.AcceptedContexts.size(), 2u);
+  EXPECT_EQ(pdu.AcceptedContexts[1].PresentationContextID, 3);
+  EXPECT_EQ(pdu.AcceptedContexts[1].Result, 0);
+  EXPECT_EQ(pdu.ContextIDFor(UID(kCt), UID(kExplicit)), 3);
+}
+
+TEST(PduService, BeginsWithItsDefaults) {
+  const PDU_Service pdu;
+  EXPECT_EQ(pdu.ByteOrderFlag, 1);
+  EXPECT_EQ(pdu.InEndian, kBigEndian);
+  EXPECT_EQ(pdu.OutEndian, kBigEndian);
+  EXPECT_EQ(pdu.GetLastError(), nullptr);
+  EXPECT_EQ(pdu.Dictionary, nullptr);
+  EXPECT_EQ(pdu.Link.TimeoutSecs, 300);
+  EXPECT_EQ(pdu.AAssociateRJ, (Refusal{1, 3, 1, ""}));
+  EXPECT_EQ(pdu.AAbortRQ.Source, 3);
+  EXPECT_EQ(pdu.AAbortRQ.Reason, 1);
+}
+
+TEST(PduService, DeletesADictionaryThatItOwnsWhenAnotherTakesItsPlace) {
+  const RTC other;
+  {
+    PDU_Service pdu;
+    pdu.AttachDictionary(new RTC, true);
+    EXPECT_EQ(pdu.OwnsDictionary, 1);
+    pdu.AttachDictionary(new RTC, true);  // a leak would show under the sanitizer
+    pdu.AttachDictionary(&other, false);
+    EXPECT_EQ(pdu.Dictionary, &other);
+    EXPECT_EQ(pdu.OwnsDictionary, 0);
+  }
+  PDU_Service last;
+  last.AttachDictionary(new RTC, true);
+}
+
+}  // namespace
+}  // namespace tessaret::test

@@ -1,0 +1,478 @@
+// Objects over an association: which context and encoding they go in, and what is made of what comes.
+#include <gtest/gtest.h>
+
+#include "core/transfer_syntax.h"
+#include "net/command_elements.h"
+#include "net/scripted_peer.h"
+#include "support/data_set_builder.h"
+
+namespace tessaret::test {
+namespace {
+
+const std::vector<Agreed> kContexts = {
+    {1, kEcho, kImplicit}, {3, kCt, kExplicit}, {5, kFind, kBigEndianSyntax}};
+
+/// (0010,0020) LO "ID", and (0028,0010) US 257, which reads the same in both orders: values go as they stand in memory.
+Bytes SmallSet(Encoding encoding) {
+  return DataSetBuilder(encoding).Element(0x0010, 0x0020, "LO", "ID").Number(0x0028, 0x0010, 257);
+}
+
+void FillSmallSet(DICOMObject& object) {
+  PutBytes(object, 0x0010, 0x0020, type_code::LO, "ID");
+  PutNumber16(object, 0x0028, 0x0010, 257);
+}
+
+std::string ValueOf(const DICOMObject& object, std::uint16_t group, std::uint16_t element) {
+  const VR* vr = object.GetVR(group, element);
+  return vr == nullptr ? "absent"
+                       : std::string(reinterpret_cast<const char*>(vr->Data), vr->Length);
+}
+
+// --- writing ---
+
+TEST(WriteMessage, EncodesDataInTheSyntaxOfItsContext) {
+  const struct {
+    std::string_view sopClass;
+    std::uint8_t id;
+    Encoding encoding;
+  } rows[] = {{kEcho, 1, Encoding::kImplicitLittle},
+              {kCt, 3, Encoding::kExplicitLittle},
+              {kFind, 5, Encoding::kExplicitBig}};
+  for (const auto& row : rows) {
+    Association association(kContexts);
+    DICOMDataObject object;
+    FillSmallSet(object);
+    EXPECT_TRUE(association.pdu.Write(object, UID(row.sopClass)));
+    EXPECT_TRUE(object.IsEmpty());
+    EXPECT_EQ(association.peer.Received(), Data(row.id, kLastPart, SmallSet(row.encoding)));
+  }
+}
+
+TEST(WriteMessage, TurnsBackToLittleEndianBehindBig) {
+  Association association(kContexts);
+  for (const auto& [sopClass, encoding] :
+       {std::pair{kFind, Encoding::kExplicitBig}, std::pair{kEcho, Encoding::kImplicitLittle},
+        std::pair{kFind, Encoding::kExplicitBig}, std::pair{kCt, Encoding::kExplicitLittle}}) {
+    DICOMDataObject object;
+    FillSmallSet(object);
+    EXPECT_TRUE(association.pdu.Write(object, UID(sopClass)));
+    const std::uint8_t id = association.pdu.ContextIDFor(UID(sopClass));
+    EXPECT_EQ(association.peer.Received(), Data(id, kLastPart, SmallSet(encoding)));
+  }
+}
+
+TEST(WriteMessage, EncodesCommandsImplicitInAnyContextWithTheirLengthInFront) {
+  for (const bool byIdentifier : {false, true}) {
+    Association association(kContexts);
+    DICOMCommandObject command;
+    PutNumber32(command, 0x0000, 0x0000, 4711);
+    PutUid(command, 0x0000, 0x0002, kCt);  // 25 bytes, which count for 26
+    PutNumber16(command, 0x0000, 0x0100, 0x8001);
+    EXPECT_TRUE(byIdentifier ? association.pdu.Write(command, std::uint8_t{5})
+                             : association.pdu.Write(command, UID(kFind)));
+    const Bytes elements =
+        Joined({Elements().Uid(0, 2, kCt), Elements().Number(0, 0x0100, 0x8001)});
+    EXPECT_EQ(elements.size(), 8u + 26 + 8 + 2);
+    EXPECT_EQ(association.peer.Received(),
+              Data(5, kWholeCommand, Joined({Elements().Value(0, 0, {44, 0, 0, 0}), elements})));
+  }
+}
+
+TEST(WriteMessage, CountsTheGroupLengthUpToTheFirstOtherGroup) {
+  DICOMCommandObject command;
+  PutNumber32(command, 0x0000, 0x0000, 0);
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  auto* odd =
+      new VR(std::uint16_t{0}, std::uint16_t{0x0902}, 3u, new std::uint8_t[3]{'o', 'd', 'd'});
+  command.Push(odd);
+  PutNumber16(command, 0x0008, 0x0001, 1);
+  EXPECT_EQ(CommandGroupLength(command), 10u + 12u);
+  EXPECT_EQ(CommandGroupLength(DICOMCommandObject()), 0u);
+}
+
+TEST(WriteMessage, SendsACommandAndItsDataOneBehindTheOther) {
+  Association association(kContexts);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  DICOMDataObject object;
+  FillSmallSet(object);
+  EXPECT_TRUE(association.pdu.Write(command, &object, UID(kCt)));
+  const Bytes commandBytes = Command().Number(0x0100, 1);
+  EXPECT_EQ(association.peer.Received(),
+            Joined({Data(3, kWholeCommand, commandBytes),
+                    Data(3, kLastPart, SmallSet(Encoding::kExplicitLittle))}));
+  EXPECT_EQ(association.pdu.PDataTF.MessagePresentationContextID, 3);
+
+  DICOMCommandObject alone;
+  PutNumber16(alone, 0x0000, 0x0100, 1);
+  EXPECT_TRUE(association.pdu.Write(alone, nullptr, UID(kCt)));
+  EXPECT_EQ(association.peer.Received(), Data(3, kWholeCommand, commandBytes));
+}
+
+TEST(WriteMessage, SendsLongDataInFragmentsBehindTheCommand) {
+  Association association(kContexts);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  const Bytes pixels = Pattern(10000);
+  DICOMDataObject object;
+  PutBytes(object, 0x7FE0, 0x0010, type_code::OW,
+           {reinterpret_cast<const char*>(pixels.data()), pixels.size()});
+  EXPECT_TRUE(association.pdu.Write(command, &object, UID(kEcho)));
+  EXPECT_EQ(association.peer.Received(),
+            Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)),
+                    Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, pixels))}));
+}
+
+TEST(WriteMessage, SendsNothingAtAllForAnObjectWithoutElements) {
+  Association association(kContexts);
+  DICOMDataObject object;
+  EXPECT_TRUE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(WriteMessage, HasWordsForAClassThatWasNotAccepted) {
+  Association association(kContexts);
+  DICOMDataObject object;
+  FillSmallSet(object);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  EXPECT_FALSE(association.pdu.Write(object, UID("1.2.3")));
+  EXPECT_EQ(Words(association.pdu), "SOP Class not supported [1.2.3]");
+  association.pdu.SetError(nullptr);
+  EXPECT_FALSE(association.pdu.Write(command, UID("1.2.3")));
+  EXPECT_EQ(Words(association.pdu), "SOP Class not supported [1.2.3]");
+  association.pdu.SetError(nullptr);
+  EXPECT_FALSE(association.pdu.Write(command, &object, UID("1.2.3")));
+  EXPECT_EQ(Words(association.pdu), "SOP Class not supported [1.2.3]");
+  EXPECT_FALSE(object.IsEmpty());
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(WriteMessage, HasWordsForContextsAndSyntaxesThatAreNotThere) {
+  Association association({{1, kEcho, "1.2.3"}, {3, kCt, ""}});
+  DICOMDataObject object;
+  FillSmallSet(object);
+  PDataTF data;
+  EXPECT_FALSE(association.pdu.ParseOutgoing(object, data.VRBuffer, 0xAB));
+  EXPECT_EQ(Words(association.pdu), "Bad Presentation Context ID[0xAB]");
+  EXPECT_FALSE(association.pdu.ParseOutgoing(object, data.VRBuffer, 3));
+  EXPECT_EQ(Words(association.pdu), "Bad Presentation Context ID[0x3]");
+  EXPECT_FALSE(association.pdu.ParseOutgoing(object, data.VRBuffer, 1));
+  EXPECT_EQ(Words(association.pdu), "Bad Transfer Syntax[1.2.3], codec not found");
+  // A command is not sent alone where its data cannot be encoded.
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  EXPECT_FALSE(association.pdu.Write(command, &object, UID(kEcho)));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(WriteMessage, KnowsSyntaxesThatWereAddedAtRunTime) {
+  TransferSyntaxCodec ours{"1.2.3.4", 0, kExplicitLittle, 0};
+  TransferSyntaxCodec strange{"1.2.3.5", 0, 103, 0};
+  AddedTransferSyntaxes().Add(ours);
+  AddedTransferSyntaxes().Add(strange);
+  Association association({{1, kEcho, "1.2.3.4"}, {3, kCt, "1.2.3.5"}});
+  DICOMDataObject object;
+  FillSmallSet(object);
+  EXPECT_TRUE(association.pdu.Write(object, UID(kEcho)));
+  EXPECT_EQ(association.peer.Received(), Data(1, kLastPart, SmallSet(Encoding::kExplicitLittle)));
+  FillSmallSet(object);
+  association.pdu.SetError(nullptr);
+  EXPECT_FALSE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_EQ(Words(association.pdu), "");
+  AddedTransferSyntaxes().Clear();
+}
+
+TEST(WriteMessage, PrefersTheObjectsOwnSyntaxWhereThePeerTookIt) {
+  // The table begins with implicit little endian, explicit little endian and explicit big endian.
+  Association association({{1, kCt, kBigEndianSyntax},
+                           {3, kCt, kExplicit},
+                           {5, kCt, kImplicit},
+                           {7, kEcho, kBigEndianSyntax}});
+  const auto contextFor = [&](std::string_view own, std::string_view sopClass) {
+    DICOMDataObject object;
+    FillSmallSet(object);
+    if (!own.empty()) PutUid(object, 0x0002, 0x0010, own);
+    PDataTF data;
+    return association.pdu.ParseOutgoingForClass(object, data.VRBuffer, UID(sopClass));
+  };
+  EXPECT_EQ(contextFor(kExplicit, kCt), 3);
+  EXPECT_EQ(contextFor(kBigEndianSyntax, kCt), 1);
+  EXPECT_EQ(contextFor("1.2.840.10008.1.2.4.50", kCt), 5);
+  EXPECT_EQ(contextFor("1.2.3", kCt), 5);
+  EXPECT_EQ(contextFor("", kCt), 5);
+  EXPECT_EQ(contextFor(kImplicit, kEcho), 7);
+  EXPECT_EQ(contextFor("", "1.2.3"), 0);
+  EXPECT_EQ(Words(association.pdu), "Cannot find Presentation Context for [1.2.3]");
+}
+
+TEST(WriteMessage, TakesTheFirstSyntaxOfTheTableWhereNoClassIsInHand) {
+  const auto contextAmong = [](const std::vector<Agreed>& contexts) {
+    Association association(contexts);
+    DICOMDataObject object;
+    FillSmallSet(object);
+    PDataTF data;
+    return association.pdu.ParseOutgoingAny(object, data.VRBuffer);
+  };
+  EXPECT_EQ(contextAmong({{1, kCt, kBigEndianSyntax}, {3, kEcho, kImplicit}}), 3);
+  EXPECT_EQ(contextAmong({{1, kCt, kBigEndianSyntax}, {3, kEcho, "1.2.3"}}), 1);
+  EXPECT_EQ(contextAmong({{3, kEcho, "1.2.3"}}), 0);
+  EXPECT_EQ(contextAmong({}), 0);
+}
+
+TEST(WriteMessage, AnswersInTheContextOfTheRequest) {
+  Association association({{1, kCt, kImplicit}, {3, kCt, kExplicit}, {5, kEcho, kImplicit}});
+  const auto respond = [&] {
+    DICOMCommandObject command;
+    PutNumber16(command, 0x0000, 0x0100, 0x8001);
+    EXPECT_TRUE(association.pdu.Respond(command, nullptr, UID(kCt)));
+    return association.peer.Received();
+  };
+  const Bytes command = Command().Number(0x0100, 0x8001);
+  association.pdu.PDataTF.MessagePresentationContextID = 3;
+  EXPECT_EQ(respond(), Data(3, kWholeCommand, command));
+  // A request that came where its class was not agreed is answered where it was.
+  association.pdu.PDataTF.MessagePresentationContextID = 5;
+  EXPECT_EQ(respond(), Data(1, kWholeCommand, command));
+}
+
+TEST(WriteMessage, LeavesTheSocketsWordsWhereTheLinkIsLost) {
+  Association association(kContexts);
+  association.peer.Close();
+  DICOMDataObject object;
+  FillSmallSet(object);
+  EXPECT_FALSE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_EQ(Words(association.pdu), association.pdu.Link.GetLastError());
+  EXPECT_NE(Words(association.pdu).find("Error binary send"), std::string::npos);
+}
+
+// --- reading ---
+
+TEST(ReadMessage, DecodesDataByItsContextAndNotesTheSyntax) {
+  const struct {
+    std::uint8_t id;
+    std::string_view syntax;
+    Encoding encoding;
+  } rows[] = {{1, kImplicit, Encoding::kImplicitLittle},
+              {3, kExplicit, Encoding::kExplicitLittle},
+              {5, kBigEndianSyntax, Encoding::kExplicitBig}};
+  for (const auto& row : rows) {
+    Association association(kContexts);
+    // Data that name another syntax themselves.
+    const Bytes lying = DataSetBuilder(row.encoding).Element(0x0002, 0x0010, "UI", "1.2.3.");
+    association.peer.Send(Data(row.id, kLastPart, Joined({lying, SmallSet(row.encoding)})));
+    DICOMDataObject object;
+    EXPECT_EQ(association.pdu.Read(object), row.id);
+    EXPECT_EQ(UidOf(object, 0x0002, 0x0010)->View(), row.syntax);
+    EXPECT_EQ(ValueOf(object, 0x0010, 0x0020), "ID");
+    EXPECT_EQ(object.GetVR(0x0010, 0x0020)->TypeCode,
+              row.id == 1 ? type_code::kNone : type_code::LO);
+    EXPECT_EQ(association.pdu.Link.Connected, 1);
+  }
+}
+
+TEST(ReadMessage, DecodesCommandsImplicitInAnyContext) {
+  Association association(kContexts);
+  association.peer.Send(Data(5, kWholeCommand, Command().Number(0x0100, 0x0030)));
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 5);
+  EXPECT_EQ(Number16(command, 0, 0x0100), 0x0030);
+  EXPECT_EQ(command.GetVR(0x0002, 0x0010), nullptr);
+}
+
+TEST(ReadMessage, GoesByTheMarkOfTheFragmentAndNotByTheKindOfObject) {
+  Association association(kContexts);
+  association.peer.Send(Joined({Data(3, kLastPart, SmallSet(Encoding::kExplicitLittle)),
+                                Data(3, kWholeCommand, Command().Number(0x0100, 0x0030))}));
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  EXPECT_EQ(ValueOf(command, 0x0010, 0x0020), "ID");
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 3);
+  EXPECT_EQ(Number16(object, 0, 0x0100), 0x0030);
+}
+
+TEST(ReadMessage, DeliversTwoMessagesOfOnePduByTwoCalls) {
+  Association association(kContexts);
+  association.peer.Send(
+      Joined({Pdu(4, Joined({Pdv(3, kWholeCommand, Command().Number(0x0100, 1)),
+                             Pdv(3, kLastPart, SmallSet(Encoding::kExplicitLittle))})),
+              ReleaseRequest()}));
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  EXPECT_EQ(Number16(command, 0, 0x0100), 1);
+  EXPECT_TRUE(association.pdu.HasInput());
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 3);
+  EXPECT_EQ(ValueOf(object, 0x0010, 0x0020), "ID");
+  DICOMCommandObject none;
+  EXPECT_EQ(association.pdu.Read(none), 0);
+  EXPECT_EQ(association.peer.Received(), ReleaseAnswer());
+}
+
+TEST(ReadMessage, GoesOnInAPduWhoseRestBeginsAMessage) {
+  Association association(kContexts);
+  const Bytes whole = SmallSet(Encoding::kExplicitLittle);
+  const Bytes head(whole.begin(), whole.begin() + 5);
+  const Bytes rest(whole.begin() + 5, whole.end());
+  association.peer.Send(
+      Joined({Pdu(4, Joined({Pdv(3, kWholeCommand, Command().Number(0x0100, 1)), Pdv(3, 0, head)})),
+              Data(3, 0, {}), Data(3, kLastPart, rest)}));
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 3);
+  EXPECT_EQ(ValueOf(object, 0x0010, 0x0020), "ID");
+}
+
+TEST(ReadMessage, BringsWhatComesByteByByte) {
+  Association association(kContexts);
+  const Bytes stream = Joined({Data(3, kWholeCommand, Command().Number(0x0100, 1)),
+                               Fragmented(3, 0, SmallSet(Encoding::kExplicitLittle))});
+  std::thread slow([&] {
+    for (const std::uint8_t byte : stream) association.peer.Send({byte});
+  });
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 3);
+  EXPECT_EQ(ValueOf(object, 0x0010, 0x0020), "ID");
+  slow.join();
+}
+
+TEST(ReadMessage, BringsLongMessagesWhole) {
+  Association association(kContexts);
+  const Bytes pixels = Pattern(3 << 20);
+  const Bytes message = Elements().Value(0x7FE0, 0x0010, pixels);
+  std::thread sender([&] {
+    // One PDU with one PDV, as no fragment of ours is.
+    association.peer.Send(Data(1, kLastPart, message));
+  });
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 1);
+  sender.join();
+  ASSERT_NE(object.GetVR(0x7FE0, 0x0010), nullptr);
+  EXPECT_EQ(ValueOf(object, 0x7FE0, 0x0010), TextOf(pixels));
+}
+
+struct Ending {
+  const char* name;
+  Bytes sent;
+  const char* words;
+  bool staysOpen;
+  Bytes answer;
+};
+
+TEST(ReadMessage, ActsOnEveryTypeOfPdu) {
+  const Ending endings[] = {
+      {"a request", RequestFor({{1, kEcho, {kImplicit}}}),
+       "Got unexpected A-ASSCIATE-RQ, sending A-Abort-RQ", false, OurAbort()},
+      {"an acceptance", Associate(2, "A", "B", ApplicationItem()),
+       "Got unexpected A-ASSCIATE-AC, sending A-Abort-RQ", false, OurAbort()},
+      {"a refusal", Reject(1, 1, 1), "Got unexpected A-ASSCIATE-RJ, sending A-Abort-RQ", false,
+       OurAbort()},
+      {"bad data",
+       Pdu(4, Joined({Big32(1), {1, 3}})),
+       "Error reading P-DATA-TF from network",
+       true,
+       {}},
+      {"a release", ReleaseRequest(), "", true, ReleaseAnswer()},
+      {"an answer to a release", ReleaseAnswer(), "", false, {}},
+      {"an abort", AbortPdu(2, 6), "", false, {}},
+      {"type 0", {0}, "DUL: Received unknown item type 0, sending A-Abort-RQ", false, OurAbort()},
+      {"type 8", {8}, "DUL: Received unknown item type 8, sending A-Abort-RQ", false, OurAbort()},
+      {"type 255",
+       {255},
+       "DUL: Received unknown item type FF, sending A-Abort-RQ",
+       false,
+       OurAbort()},
+      {"the end", {}, "The peer has closed the link", false, {}},
+      {"a broken command", Data(1, kWholeCommand, {0, 0, 0, 1, 40, 0, 0, 0, 1}),
+       "Error parsing P-DATA-TF Payload, sending A-Abort-RQ", false, OurAbort()},
+      {"broken data", Data(3, kLastPart, {8, 0, 0, 1, 'U', 'S', 40, 0, 1}),
+       "Error parsing P-DATA-TF Payload, sending A-Abort-RQ", false, OurAbort()},
+      {"data of no context", Data(9, kLastPart, Elements().Number(8, 1, 1)),
+       "Error parsing P-DATA-TF Payload, sending A-Abort-RQ", false, OurAbort()},
+      {"a command of the context that means none",
+       Data(0, kWholeCommand, Command().Number(0x0100, 1)),
+       "Error parsing P-DATA-TF Payload, sending A-Abort-RQ", false, OurAbort()},
+  };
+  for (const Ending& ending : endings) {
+    Association association(kContexts);
+    association.peer.SendAll(ending.sent);
+    DICOMDataObject object;
+    EXPECT_EQ(association.pdu.Read(object), 0) << ending.name;
+    EXPECT_EQ(Words(association.pdu), ending.words) << ending.name;
+    EXPECT_EQ(association.pdu.Link.Connected != 0, ending.staysOpen) << ending.name;
+    EXPECT_EQ(association.peer.Received(), ending.answer) << ending.name;
+    if (!ending.staysOpen) {
+      EXPECT_EQ(association.pdu.Read(object), 0) << ending.name;
+    }
+  }
+}
+
+TEST(ReadMessage, HasOtherWordsForFailuresInTheRestOfAPdu) {
+  const struct {
+    Bytes rest;
+    const char* words;
+    bool staysOpen;
+    Bytes answer;
+  } rows[] = {
+      {Joined({Big32(1), {3, 2}}), "Error reading data from network", true, {}},
+      {Pdv(3, kLastPart, {8, 0, 0, 1, 'U', 'S', 40, 0, 1}),
+       "Error parsing DICOM Data, sending AAbortRQ", false, OurAbort()},
+  };
+  for (const auto& row : rows) {
+    Association association(kContexts);
+    association.peer.SendAll(
+        Pdu(4, Joined({Pdv(3, kWholeCommand, Command().Number(0x0100, 1)), row.rest})));
+    DICOMCommandObject command;
+    EXPECT_EQ(association.pdu.Read(command), 3);
+    DICOMDataObject object;
+    EXPECT_EQ(association.pdu.Read(object), 0);
+    EXPECT_EQ(Words(association.pdu), row.words);
+    EXPECT_EQ(association.pdu.Link.Connected != 0, row.staysOpen);
+    EXPECT_EQ(association.peer.Received(), row.answer);
+  }
+}
+
+TEST(ReadMessage, TriesToAbortALinkOnWhichNothingComes) {
+  Association association(kContexts);
+  association.pdu.Link.TimeoutSecs = 1;
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 0);
+  EXPECT_EQ(Words(association.pdu), "Timeout error reading from socket");
+  EXPECT_EQ(association.pdu.Link.Connected, 0);
+  EXPECT_EQ(association.peer.ReceiveToEnd(), OurAbort());
+}
+
+TEST(ReadMessage, AnswersNothingWhereThereIsNoLink) {
+  PDU_Service pdu;
+  pdu.PDataTF.MsgStatus = 1;
+  DICOMDataObject object;
+  EXPECT_EQ(pdu.Read(object), 0);
+  EXPECT_EQ(Words(pdu), "");
+}
+
+TEST(ReadMessage, SendsItsOwnNumbersInAnAbortWhateverWasReceived) {
+  Association association(kContexts);
+  association.pdu.AAbortRQ.Source = 2;
+  association.pdu.AAbortRQ.Reason = 4;
+  association.peer.Send({9});
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 0);
+  EXPECT_EQ(association.peer.ReceiveToEnd(), OurAbort());
+}
+
+TEST(ReadMessage, TakesNothingOfTheLinkForAValueThatClaimsMore) {
+  Association association(kContexts);
+  // The value claims 100 bytes of which 4 came; another message follows.
+  association.peer.Send(Joined({Data(1, kLastPart, {0x10, 0, 0x10, 0, 100, 0, 0, 0, 1, 2, 3, 4}),
+                                Data(1, kWholeCommand, Command().Number(0x0100, 1))}));
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 0);
+  EXPECT_EQ(association.pdu.Link.Connected, 0);
+}
+
+}  // namespace
+}  // namespace tessaret::test

@@ -1,0 +1,262 @@
+#include <cstdlib>
+
+#include <gtest/gtest.h>
+
+#include "core/trace.h"
+#include "net/scripted_peer.h"
+#include "support/temp_folder.h"
+
+namespace tessaret::test {
+namespace {
+
+const std::vector<Agreed> kContexts = {
+    {1, kEcho, kImplicit}, {3, kCt, kExplicit}, {5, kFind, kBigEndianSyntax}};
+
+/// Sends `count` bytes as a message of context 3, and hands out what went.
+Bytes SentFor(std::size_t count, std::uint8_t control) {
+  Association association(kContexts);
+  PDataTF data;
+  const Bytes message = Pattern(count);
+  data.VRBuffer.Write(message.data(), static_cast<std::uint32_t>(message.size()));
+  data.MessagePresentationContextID = 3;
+  data.MessageControl = control;
+  data.Length = 99;  // of a PDU that is partly read
+  EXPECT_TRUE(data.Write(association.pdu));
+  EXPECT_EQ(data.Length, 99u);
+  EXPECT_EQ(data.VRBuffer.OutSize, 0);
+  EXPECT_EQ(association.pdu.OutSize, 0);
+  return association.peer.Received();
+}
+
+TEST(PDataWrite, CutsMessagesIntoFragmentsOf4096Bytes) {
+  for (const int size : {1, 4095, 4096, 4097, 8192, 8193, 32600, 100000}) {
+    const auto count = static_cast<std::size_t>(size);
+    EXPECT_EQ(SentFor(count, 0), Fragmented(3, 0, Pattern(count))) << count;
+    EXPECT_EQ(SentFor(count, kCommandPart), Fragmented(3, kCommandPart, Pattern(count))) << count;
+  }
+  const auto pdusOf = [](std::size_t count) { return SplitPdus(SentFor(count, 0)).size(); };
+  EXPECT_EQ(pdusOf(4096), 1u);
+  EXPECT_EQ(pdusOf(4097), 2u);
+}
+
+TEST(PDataWrite, LeavesOnlyTheTwoBitsOfTheControlByte) {
+  EXPECT_EQ(SentFor(4097, 0xFF), Fragmented(3, kCommandPart, Pattern(4097)));
+}
+
+TEST(PDataWrite, SendsNothingWhereThereIsNothing) { EXPECT_TRUE(SentFor(0, 0).empty()); }
+
+TEST(PDataWrite, FailsWhereTheLinkIsLost) {
+  Association association(kContexts);
+  association.peer.Close();
+  PDataTF data;
+  const Bytes message = Pattern(10000);
+  data.VRBuffer.Write(message.data(), static_cast<std::uint32_t>(message.size()));
+  EXPECT_FALSE(data.Write(association.pdu));
+}
+
+// --- reading ---
+
+/// One call of ReadDynamic on what a peer sends behind the type byte, which a reader of messages has taken.
+struct Step {
+  bool isRead;
+  int status;
+  std::uint32_t length;
+  Bytes message;
+};
+
+bool operator==(const Step& a, const Step& b) {
+  return a.isRead == b.isRead && a.status == b.status && a.length == b.length &&
+         a.message == b.message;
+}
+
+Step ReadOnce(Association& association, PDataTF& data) {
+  if (data.Length == 0) {
+    std::uint8_t type = 0;
+    EXPECT_TRUE(association.pdu.Read8(&type));
+    EXPECT_EQ(type, 4);
+  }
+  const bool isRead = data.ReadDynamic(association.pdu);
+  const auto message = data.Message();
+  return {isRead, data.MsgStatus, data.Length, Bytes(message.begin(), message.end())};
+}
+
+TEST(PDataRead, GathersTheFragmentsOfAMessage) {
+  Association association(kContexts);
+  const Bytes a = Pattern(10, 1);
+  const Bytes b = Pattern(5000, 2);
+  const Bytes c = Pattern(3, 3);
+  association.peer.Send(
+      Joined({Pdu(4, Joined({Pdv(3, 0, a), Pdv(3, 0, b)})), Data(3, kLastPart, c)}));
+  PDataTF data;
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 0, 0, Joined({a, b})}));
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, Joined({a, b, c})}));
+  EXPECT_EQ(data.MessagePresentationContextID, 3);
+  EXPECT_EQ(data.PresentationContextID, 3);
+  EXPECT_EQ(data.MsgHeader, kLastPart);
+  EXPECT_EQ(data.PDVLength, 5u);
+  // The message can be read from its buffer, too.
+  EXPECT_EQ(data.VRBuffer.Available(), 5013u);
+  std::uint8_t first = 0;
+  EXPECT_TRUE(data.VRBuffer.Read8(&first));
+  EXPECT_EQ(first, a[0]);
+}
+
+TEST(PDataRead, EndsAtALastFragmentWithinItsPdu) {
+  Association association(kContexts);
+  association.peer.Send(
+      Joined({Pdu(4, Joined({Pdv(1, kWholeCommand, {1, 2}), Pdv(3, kLastPart, {3, 4, 5})})),
+              Data(5, kLastPart, {6})}));
+  PDataTF data;
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 9, {1, 2}}));
+  EXPECT_EQ(data.MessagePresentationContextID, 1);
+  // The next call goes on in the same PDU without a head, and with the next message alone.
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, {3, 4, 5}}));
+  EXPECT_EQ(data.MessagePresentationContextID, 3);
+  std::uint8_t half = 0;
+  EXPECT_TRUE(data.VRBuffer.Read8(&half));
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, {6}}));
+  EXPECT_EQ(data.VRBuffer.Available(), 1u);
+}
+
+TEST(PDataRead, MixesWhateverIdentifiersAndKindsComeTogether) {
+  Association association(kContexts);
+  association.peer.Send(
+      Pdu(4, Joined({Pdv(1, kCommandPart, {1}), Pdv(3, 0xFC, {2}), Pdv(5, kLastPart, {3})})));
+  PDataTF data;
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, {1, 2, 3}}));
+  EXPECT_EQ(data.MessagePresentationContextID, 5);
+  EXPECT_EQ(data.MsgHeader, kLastPart);
+}
+
+TEST(PDataRead, TakesAMessageWithoutABit) {
+  Association association(kContexts);
+  association.peer.Send(Data(3, kLastPart, {}));
+  PDataTF data;
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, {}}));
+}
+
+TEST(PDataRead, RefusesLengthsThatLie) {
+  const Bytes bodies[] = {
+      Joined({Big32(0), {3, 2}, Bytes(4)}),  // shorter than what it has to count
+      Joined({Big32(1), {3, 2}, Bytes(4)}),
+      Joined({Big32(7), {3, 2}, Bytes(4)}),           // one beyond the PDU
+      Joined({Big32(0xFFFFFFFF), {3, 2}, Bytes(4)}),  // would come round
+      Joined({Big32(0xFFFFFFFC), {3, 2}, Bytes(4)}),
+      Joined({Big32(0x80000001), {3, 2}, Bytes(4)}),
+      Joined({Pdv(3, 0, {1, 2}), Bytes(5)}),  // no room for a head
+  };
+  for (const Bytes& body : bodies) {
+    Association association(kContexts);
+    association.peer.Send(Pdu(4, body));
+    PDataTF data;
+    EXPECT_FALSE(ReadOnce(association, data).isRead);
+  }
+  for (const std::size_t length :
+       {std::size_t{0}, std::size_t{5}, std::size_t{0x80000000}, std::size_t{0xFFFFFFFF}}) {
+    Association association(kContexts);
+    association.peer.Send(Joined({{4, 0}, Big32(length), Pdv(3, 2, {1, 2})}));
+    PDataTF data;
+    EXPECT_FALSE(ReadOnce(association, data).isRead) << length;
+  }
+}
+
+TEST(PDataRead, FailsWhereThePeerClosesAtAnyByte) {
+  const Bytes whole =
+      Joined({Data(1, kCommandPart, Pattern(9)), Data(1, kWholeCommand, Pattern(9))});
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    Association association(kContexts);
+    association.peer.SendAll(Bytes(whole.begin(), whole.begin() + static_cast<int>(size)));
+    DICOMDataObject object;
+    ASSERT_EQ(association.pdu.Read(object), 0) << size;
+    ASSERT_TRUE(object.IsEmpty());
+  }
+}
+
+/// The most memory that this process has ever had, in KiB.
+long PeakMemory() {
+  long peak = 0;
+  std::ifstream status("/proc/self/status");
+  for (std::string line; std::getline(status, line);) {
+    if (line.starts_with("VmHWM:")) peak = std::atol(line.c_str() + 6);
+  }
+  return peak;
+}
+
+TEST(PDataRead, TakesMemoryOnlyForWhatHasCome) {
+  Association association(kContexts);
+  association.peer.SendAll(
+      Joined({{4, 0}, Big32(0x7FFFFFFF), Big32(0x7FFFFFFB), {3, 2}, Bytes(100)}));
+  const long before = PeakMemory();
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 0);
+  EXPECT_EQ(Words(association.pdu), "Error reading P-DATA-TF from network");
+  EXPECT_LT(PeakMemory() - before, 8 * 1024);
+}
+
+// --- the trace ---
+
+TEST(PDataTrace, ShowsHeadAndBytesOfEachFragmentSent) {
+  const TempFolder folder;
+  const std::string path = folder.File("trace");
+  SetDumpFile(path.c_str());
+  {
+    Association association(kContexts);
+    PDataTF data;
+    // 33 bytes, the last of them in another chunk.
+    data.VRBuffer.SetBreakSize(32);
+    const Bytes message = BytesOf("ABCDEFGHIJKLMNOPQRSTUVWXYZABCDEFG");
+    data.VRBuffer.Write(message.data(), 33);
+    data.MessagePresentationContextID = 3;
+    SetDumpFlag(kDumpData, true);
+    EXPECT_TRUE(data.Write(association.pdu));
+    SetDumpFlag(kDumpData, false);
+  }
+  SetDumpFile(nullptr);
+  // Length 33 + 6, then 33 + 2; dumps of 12 and of 33 bytes.
+  EXPECT_EQ(ReadText(path),
+            "WRITING PDATA Header\n"
+            "000000-000011 04 00 00 00 00 27 00 00 00 23 03 02 " +
+                std::string(20 * 3, ' ') +
+                "| .....'...#..|\n"
+                "000000-000031 41 42 43 44 45 46 47 48 49 4A 4B 4C 4D 4E 4F 50 51 52 53 54 55 56 "
+                "57 58 59 5A 41 42 "
+                "43 44 45 46 | ABCDEFGHIJKLMNOPQRSTUVWXYZABCDEF|\n"
+                "000032-000032 47 " +
+                std::string(31 * 3, ' ') + "| G|\n");
+}
+
+TEST(PDataTrace, SaysWhatCouldNotBeRead) {
+  const TempFolder folder;
+  const std::string path = folder.File("trace");
+  Association association(kContexts);
+  association.peer.SendAll(Joined({{4, 0}, Big32(20), Big32(16), {3, 2}, Bytes(5)}));
+  PDataTF data;
+  SetDumpFile(path.c_str());
+  SetDumpFlag(kDumpData, true);
+  EXPECT_FALSE(ReadOnce(association, data).isRead);
+  SetDumpFlag(kDumpData, false);
+  SetDumpFile(nullptr);
+  EXPECT_EQ(ReadText(path), "ERROR Reading 14 BYTES in PDataTF::ReadDynamic\n");
+}
+
+TEST(PDataTrace, IsSwitchedOnByTheEnvironmentBeforeEachTransfer) {
+  const TempFolder folder;
+  const std::string path = folder.File("trace");
+  SetDumpFile(path.c_str());
+  Association association(kContexts);
+  EXPECT_FALSE(IsDumping(kDumpData));
+  ::setenv("DCM_DUMP_PDATA", "", 1);
+  PDataTF data;
+  data.VRBuffer.Write8(1);
+  EXPECT_TRUE(data.Write(association.pdu));
+  EXPECT_TRUE(IsDumping(kDumpData));
+  SetDumpFlag(kDumpData, false);
+  const PDU_Service another;
+  EXPECT_TRUE(IsDumping(kDumpData));
+  ::unsetenv("DCM_DUMP_PDATA");
+  SetDumpFlag(kDumpData, false);
+  SetDumpFile(nullptr);
+}
+
+}  // namespace
+}  // namespace tessaret::test
