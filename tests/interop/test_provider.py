@@ -1,0 +1,242 @@
+"""The programs of DCMTK as requesters of our provider, which tests/net/provider.cpp drives."""
+
+import os
+import struct
+import subprocess
+import tempfile
+import unittest
+from pathlib import Path
+
+import pydicom
+from pydicom.dataset import Dataset, FileDataset, FileMetaDataset
+from pydicom.encaps import encapsulate
+from pydicom.sequence import Sequence
+from pydicom.uid import UID
+
+import peers
+import self_made
+
+CT = UID("1.2.840.10008.5.1.4.1.1.2")
+INSTANCE = UID("1.2.826.0.1.3680043.2.1143.7.8")
+
+PROVIDER = Path(os.environ["TESSARET_BINARY_DIR"]) / "tests" / "net" / "net_provider"
+SECONDS = 60  # for one program; none takes one
+
+
+class Provider:
+    """Our provider on a free port of this machine, ended with the block."""
+
+    def __init__(self, *words):
+        self.words = [str(word) for word in words]
+
+    def __enter__(self):
+        self.process = subprocess.Popen([PROVIDER, "0", *self.words], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.port = self.process.stdout.readline().decode().strip()
+        return self
+
+    def __exit__(self, *failure):
+        self.process.terminate()
+        try:
+            code = self.process.wait(SECONDS)
+        except subprocess.TimeoutExpired:
+            self.process.kill()
+            self.process.wait()
+            raise
+        finally:
+            self.process.stdout.close()
+        if code != 0 and failure[0] is None:
+            raise AssertionError(f"the provider ended with {code}")
+
+    def ask(self, program, *words, options=()):
+        """(exit code, what it said)"""
+        command = [program, "-v", *options, "127.0.0.1", self.port, *words]
+        done = subprocess.run(
+            [str(word) for word in command],
+            capture_output=True,
+            timeout=SECONDS,
+            check=False,
+            # Without this each of its small writes waits for our system's acknowledgement of the one before.
+            env={**os.environ, "TCP_NODELAY": "1"},
+        )
+        return done.returncode, (done.stdout + done.stderr).decode(errors="replace")
+
+
+def make_image(path, syntax):
+    """A small CT image, of several fragments on the wire."""
+    dataset = Dataset()
+    dataset.SOPClassUID = CT
+    dataset.SOPInstanceUID = INSTANCE
+    dataset.StudyDate = "20240229"
+    dataset.Manufacturer = "odd"
+    dataset.PatientName = "Nobody^Nowhere"
+    dataset.PatientID = "ID1"
+    dataset.StudyInstanceUID = "1.2.3"
+    dataset.SeriesInstanceUID = "1.2.3.4"
+    code = Dataset()
+    code.CodeValue = "C-1"
+    code.CodeMeaning = "a code"
+    dataset.ProcedureCodeSequence = Sequence([code, Dataset(), code])
+    self_made.add_pixels(dataset, 16, 90, 100)
+    if syntax == self_made.JPEG_BASELINE:
+        dataset.PixelData = encapsulate([self_made.noise(9000)])
+        dataset["PixelData"].VR = "OB"
+        dataset["PixelData"].is_undefined_length = True
+    meta = FileMetaDataset()
+    meta.MediaStorageSOPClassUID = CT
+    meta.MediaStorageSOPInstanceUID = INSTANCE
+    meta.TransferSyntaxUID = UID(syntax)
+    file = FileDataset(str(path), dataset, file_meta=meta, preamble=bytes(128))
+    file.is_implicit_VR = syntax == peers.IMPLICIT_LITTLE
+    file.is_little_endian = syntax != peers.EXPLICIT_BIG
+    file.save_as(path, write_like_original=False)
+    return path
+
+
+def data_set(path):
+    """The elements, with their values as a reader takes them from the file; of pixels their samples."""
+    dataset = pydicom.dcmread(path)
+    pixels = struct.unpack(("<" if dataset.is_little_endian else ">") + "9000H", dataset.PixelData)
+    del dataset.PixelData
+    return dataset.to_json(), pixels
+
+
+class OurProvider(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        cls.temporary = tempfile.TemporaryDirectory()
+        cls.addClassCleanup(cls.temporary.cleanup)
+        cls.folder = Path(cls.temporary.name)
+        syntaxes = (peers.IMPLICIT_LITTLE, peers.EXPLICIT_LITTLE, peers.EXPLICIT_BIG)
+        cls.native = [make_image(cls.folder / syntax, syntax) for syntax in syntaxes]
+        cls.compressed = make_image(cls.folder / "compressed", self_made.JPEG_BASELINE)
+
+    def new_folder(self):
+        return Path(tempfile.mkdtemp(dir=self.folder))
+
+    def succeeds(self, result):
+        code, words = result
+        self.assertEqual(code, 0, words)
+        return words
+
+    def fails(self, result, expected):
+        code, words = result
+        self.assertNotEqual(code, 0, words)
+        self.assertIn(expected, words)
+
+    def test_echo(self):
+        with Provider() as provider:
+            words = self.succeeds(provider.ask("echoscu", options=["--repeat", "50"]))
+            self.assertEqual(words.count("Received Echo Response (Success)"), 50)
+            self.succeeds(provider.ask("echoscu", options=["--propose-pc", "128"]))
+            # The smallest and the largest PDU that it can offer to take.
+            for size in ("4096", "131072"):
+                self.succeeds(provider.ask("echoscu", options=["--max-pdu", size]))
+
+    def test_what_is_stored_is_what_was_sent(self):
+        for path in self.native:
+            with self.subTest(path.name):
+                folder = self.new_folder()
+                with Provider(folder) as provider:
+                    self.succeeds(provider.ask("storescu", path, options=["-R", "-xs"]))
+                (stored,) = folder.iterdir()
+                self.assertEqual(stored.name, INSTANCE)
+                self.assertEqual(data_set(stored), data_set(path))
+
+    def test_each_native_syntax_that_is_proposed(self):
+        wanted = {"-xe": "1.2.840.10008.1.2.1", "-xb": "1.2.840.10008.1.2.2", "-xi": "1.2.840.10008.1.2"}
+        for option, syntax in wanted.items():
+            with self.subTest(syntax):
+                folder = self.new_folder()
+                with Provider(folder) as provider:
+                    self.succeeds(provider.ask("storescu", self.native[0], options=["-R", option]))
+                (stored,) = folder.iterdir()
+                self.assertEqual(pydicom.dcmread(stored).file_meta.TransferSyntaxUID, syntax)
+                self.assertEqual(data_set(stored), data_set(self.native[0]))
+
+    def test_fragments_that_are_longer_and_shorter_than_ours(self):
+        for size in ("4096", "131072"):
+            folder = self.new_folder()
+            with Provider(folder) as provider:
+                self.succeeds(provider.ask("storescu", self.native[0], options=["-R", "--max-send-pdu", size]))
+            (stored,) = folder.iterdir()
+            self.assertEqual(data_set(stored), data_set(self.native[0]))
+
+    def test_a_compressed_object_whose_syntax_is_taken(self):
+        folder = self.new_folder()
+        with Provider(folder) as provider:
+            self.succeeds(provider.ask("storescu", self.compressed, options=["-R", "-xy"]))
+        (stored,) = folder.iterdir()
+        self.assertEqual(pydicom.dcmread(stored).file_meta.TransferSyntaxUID, self_made.JPEG_BASELINE)
+        self.assertEqual(pydicom.dcmread(stored).PixelData, pydicom.dcmread(self.compressed).PixelData)
+
+    def test_a_thousand_objects_over_one_association(self):
+        with Provider() as provider:
+            words = self.succeeds(
+                provider.ask("storescu", self.native[0], options=["-R", "--repeat", "1000", "+II"])
+            )
+        self.assertEqual(words.count("Received Store Response (Success)"), 1000)
+
+    def test_a_status_that_is_no_success(self):
+        with Provider("--status", "0xA700") as provider:
+            _, words = provider.ask("storescu", self.native[0], options=["-R"])
+        self.assertIn("Received Store Response (Refused: OutOfResources)", words)
+
+    def test_a_title_that_is_refused(self):
+        with Provider("--title", "SOMEBODY") as provider:
+            self.fails(provider.ask("echoscu"), "Called AE Title Not Recognized")
+            self.succeeds(provider.ask("echoscu", options=["-aec", "SOMEBODY"]))
+
+    def test_a_provider_of_one_syntax_alone(self):
+        folder = self.new_folder()
+        with Provider(folder, "--implicit") as provider:
+            self.succeeds(provider.ask("storescu", self.native[2], options=["-R", "-xe"]))
+        (stored,) = folder.iterdir()
+        self.assertEqual(pydicom.dcmread(stored).file_meta.TransferSyntaxUID, peers.IMPLICIT_LITTLE)
+        self.assertEqual(data_set(stored), data_set(self.native[2]))
+
+    def test_aborts(self):
+        with Provider() as provider:
+            for _ in range(20):
+                self.succeeds(provider.ask("echoscu", options=["--abort"]))
+            self.succeeds(provider.ask("storescu", self.native[0], options=["-R", "--abort"]))
+            self.succeeds(provider.ask("echoscu"))
+
+    def test_queries(self):
+        folder = self.new_folder()
+        with Provider(folder) as provider:
+            self.succeeds(provider.ask("storescu", self.native[0], options=["-R"]))
+            keys = ["-k", "0008,0052=IMAGE", "-k", "0008,0018", "-k", "0008,0070"]
+            for model in ("-S", "-P"):
+                words = self.succeeds(provider.ask("findscu", options=[model, *keys]))
+                self.assertIn(INSTANCE, words)
+                self.assertIn("[odd", words)
+                words = self.succeeds(provider.ask("findscu", options=[model, *keys, "-k", "0008,0020=19000101"]))
+                self.assertNotIn(INSTANCE, words)
+
+    def test_queries_with_many_matches_and_with_a_cancel(self):
+        asked = ["-S", "-k", "0008,0052=STUDY", "-k", "0010,0020"]
+        with Provider("--matches", "3000") as provider:
+            words = self.succeeds(provider.ask("findscu", options=asked))
+            self.assertEqual(words.count("(Pending)"), 3000)
+            self.assertIn("[ID2999", words)
+            words = self.succeeds(provider.ask("findscu", options=[*asked, "--cancel", "3"]))
+            self.assertIn("Received Final Find Response (Cancel: MatchingTerminatedDueToCancelRequest)", words)
+            self.assertLess(words.count("(Pending)"), 3000)
+
+    def test_moves(self):
+        source = self.new_folder()
+        target = self.new_folder()
+        with Provider(target) as destination:
+            with Provider(source, f"TARGET={destination.port}") as provider:
+                self.succeeds(provider.ask("storescu", self.native[0], options=["-R"]))
+                keys = ["-k", "0008,0052=IMAGE", "-k", f"0008,0018={INSTANCE}"]
+                words = self.succeeds(provider.ask("movescu", options=["-S", "-aem", "TARGET", *keys]))
+                self.assertIn("Received Final Move Response (Success)", words)
+                (moved,) = target.iterdir()
+                self.assertEqual(data_set(moved), data_set(self.native[0]))
+                _, words = provider.ask("movescu", options=["-S", "-aem", "NOBODY", *keys])
+                self.assertIn("Received Final Move Response (Failed: UnableToProcess)", words)
+
+
+if __name__ == "__main__":
+    unittest.main()
