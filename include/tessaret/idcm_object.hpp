@@ -107,7 +107,12 @@ class IDCMObject : public IDispatch {
   virtual Status RemoveSequence(std::int32_t Group, std::int32_t Element, std::int32_t Idx,
                                 Result<VariantBool> Removed) = 0;
 
-  /// Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words.
+  /// Sends the data set to a remote node with C-STORE, over an association of its own, which is made and released within the call;
+  /// an answer may take 300 seconds. `host` is a name or an address, `port` a number or a service as text, the titles have up to 16
+  /// characters. The object stays as it is, and `GetOwnership` has no effect. Pixel data in fragments is sent as it is where the node
+  /// takes its transfer syntax, and native otherwise. True when the node answered, whatever the status of the answer.
+  /// Fails with "Missing SOP Class for C-STORE" without a usable (0008,0016), where no association comes about with the words of
+  /// IDcmCStore::SendFiles, and with "Error during transfer".
   virtual Status Send(const String& host, const String& port, const String& LocalAETitle,
                       const String& RemoteAETitle, Optional<VariantBool> GetOwnership,
                       Result<VariantBool> Sent) = 0;

@@ -22,7 +22,8 @@ class IDcmStoreResponse : public IDispatch {
 
   /// Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the
   /// numbers of the refusal as texts, "No SOP Class proposed", "No Accepted presentation Context found", "Corrupt transmission
-  /// reading AAssociateRQ". Empty when there was one.
+  /// reading AAssociateRQ". In SopError: why the association did not take the file, such as "SOP Class not supported [%s]" or "The
+  /// peer has closed the link"; empty where the file itself is to blame.
   virtual Status get_AssociationError(Result<String> pVal) = 0;
 };
 

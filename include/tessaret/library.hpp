@@ -51,7 +51,7 @@ template <class Interface>
 /// the file, the line and the reason.
 inline Status StartLibrary() { return tessaret_start(); }
 
-/// Has the library give up what it does with files, or not any more; see tessaret_cancel_files.
+/// Has the library give up what it does with files and the network, or not any more; see tessaret_cancel_files.
 inline void CancelFiles(bool cancel) noexcept { tessaret_cancel_files(cancel ? 1 : 0); }
 
 /// Whether the host may unload the library: no object of it exists, and nobody holds a lock.

@@ -212,8 +212,8 @@ const char* tessaret_last_error_source(void);
 /// the process, but where memory ran out or tessaret_cancel_files stopped it: then the next one who asks tries again.
 int32_t tessaret_start(void);
 
-/// Not 0 has every call of the library to the file system fail that opens, reads, writes or brings a file to its place, in all threads, as
-/// cancelled by the user; what is half done is tidied up. 0 lets them work again. May be called in a signal handler: a call that waits goes on
+/// Not 0 has every call of the library to the file system fail that opens, reads, writes or brings a file to its place, and every one to
+/// the network that connects, waits, sends or receives, in all threads, as cancelled by the user; what is half done is tidied up. 0 lets them work again. May be called in a signal handler: a call that waits goes on
 /// waiting until a signal breaks it.
 void tessaret_cancel_files(int32_t cancel);
 

@@ -1,5 +1,7 @@
 #include "facade/dcm_cstore.h"
 
+#include <utility>
+
 #include "base/checked.h"
 #include "facade/class_ids.h"
 #include "facade/guard.h"
@@ -19,15 +21,12 @@ Status FailWith(const std::string& words) {
 
 std::int16_t ShortOf(std::size_t count) { return SaturatingCast<std::int16_t>(count); }
 
-/// Titles and UIDs are of one byte a character.
-std::string TextOf(const String& text) { return text.Narrow(); }
-
 StoreTarget TargetOf(const String& host, const String& port, const String& localTitle,
                      const String& remoteTitle, std::int32_t timeoutSecs) {
   return {.host = host.Utf8(),
           .port = port.Utf8(),
-          .localTitle = TextOf(localTitle),
-          .remoteTitle = TextOf(remoteTitle),
+          .localTitle = localTitle.Utf8(),
+          .remoteTitle = remoteTitle.Utf8(),
           .timeoutSecs = timeoutSecs};
 }
 
@@ -55,6 +54,7 @@ class CDcmCStore::Listener final : public StoreListener {
   void TakeState() {
     store_.sent_ = store_.sender_->Sent;
     store_.response_ = store_.sender_->Response;
+    store_.associationError_ = store_.sender_->LinkWords;
   }
 
   CDcmCStore& store_;
@@ -87,11 +87,17 @@ Status CDcmCStore::SendFiles(const String& host, const String& port, const Strin
 
 Status CDcmCStore::AddFile(const String& FilePath, const String& SOPClassUID) {
   return Answer([&] {
-    const std::string sopClass = TextOf(SOPClassUID);
-    files_.reserve(files_.size() + 1);
+    const std::string sopClass = SOPClassUID.Narrow();
+    std::string path = FilePath.Utf8();
     // A class without a name cannot be proposed.
-    if (!sopClass.empty()) sopClasses_.insert(sopClass);
-    files_.push_back(FilePath.Utf8());
+    const auto added = sopClass.empty() ? std::pair(sopClasses_.end(), false)
+                                        : sopClasses_.insert(sopClass);
+    try {
+      files_.push_back(std::move(path));
+    } catch (...) {
+      if (added.second) sopClasses_.erase(added.first);
+      throw;
+    }
     return kOk;
   });
 }

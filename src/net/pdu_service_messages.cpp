@@ -197,6 +197,9 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
 bool PDU_Service::FailToSend() {
   // Of a link that was closed before, the words that say why stand already.
   if (Link.Connected != 0) Fail(Link.GetLastError());
+  // A message that went in part is the end of the link, and nothing of it may go on a later one.
+  Link.Close();
+  ForgetStream();
   return false;
 }
 

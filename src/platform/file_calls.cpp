@@ -48,7 +48,7 @@ bool CanBeCancelled(FileCall call) {
 
 /// The error with which a call is to fail that was not made yet, or 0.
 int Refused(FileCall call, std::size_t& count) {
-  if (isCancelled.load(std::memory_order_relaxed) && CanBeCancelled(call)) return ECANCELED;
+  if (AreFileCallsCancelled() && CanBeCancelled(call)) return ECANCELED;
   return fileCallHook == nullptr ? 0 : fileCallHook(call, count);
 }
 
@@ -114,6 +114,8 @@ class WriteSignals {
 }  // namespace
 
 void CancelFileCalls(bool cancel) noexcept { isCancelled.store(cancel, std::memory_order_relaxed); }
+
+bool AreFileCallsCancelled() noexcept { return isCancelled.load(std::memory_order_relaxed); }
 
 void SetFileCallHook(FileCallHook hook) { fileCallHook = hook; }
 

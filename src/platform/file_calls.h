@@ -36,7 +36,9 @@ void SetFileCallHook(FileCallHook hook);
 
 /// From here on, or no longer, calls that may take long or bring something to its place fail with ECANCELED: opening, reading, writing,
 /// syncing, renaming, linking. Closing and tidying up go on. For signal handlers and any thread; a call that waits is not broken by it.
+/// Calls of sockets that may wait fail likewise.
 void CancelFileCalls(bool cancel) noexcept;
+bool AreFileCallsCancelled() noexcept;
 
 /// What a call answered: `value` when `error` is 0, otherwise the system's error number.
 struct FileResult {

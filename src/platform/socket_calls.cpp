@@ -13,8 +13,27 @@ namespace {
 
 SocketCallHook socketCallHook = nullptr;
 
+bool CanBeCancelled(SocketCall call) {
+  switch (call) {
+    case SocketCall::kConnect:
+    case SocketCall::kAccept:
+    case SocketCall::kSend:
+    case SocketCall::kReceive:
+    case SocketCall::kWait:
+      return true;
+    case SocketCall::kSocket:
+    case SocketCall::kBind:
+    case SocketCall::kListen:
+    case SocketCall::kOption:
+    case SocketCall::kPair:
+      break;
+  }
+  return false;
+}
+
 /// The error with which a call is to fail that was not made yet, or 0.
 int Refused(SocketCall call, std::size_t& count) {
+  if (AreFileCallsCancelled() && CanBeCancelled(call)) return ECANCELED;
   return socketCallHook == nullptr ? 0 : socketCallHook(call, count);
 }
 

@@ -16,13 +16,14 @@ constexpr std::int32_t kNonActiveLink = 533;
 constexpr std::int32_t kReasons[] = {
     0, kNonActiveLink, 534, 535, kNonActiveLink, kNonActiveLink, kNonActiveLink, 536};
 
-/// The text of an entry with its two "%s" filled in.
+/// The text of an entry with its two "%s" filled in, and nothing in what fills them.
 std::string Filled(std::string text, const std::string& first, const std::string& second) {
+  std::size_t from = 0;
   for (const std::string* each : {&first, &second}) {
-    const std::size_t at = text.find("%s");
+    const std::size_t at = text.find("%s", from);
     if (at == std::string::npos) break;
     text.replace(at, 2, *each);
-    if (each->find("%s") != std::string::npos) break;
+    from = at + each->size();
   }
   return text;
 }
@@ -44,8 +45,9 @@ std::string LastWordsOf(const PDU_Service& pdu) {
   const std::string link = pdu.Link.GetLastError();
   if (pdu.GetLastError() == nullptr) return link.empty() ? "The association has ended" : link;
   const std::string words = pdu.GetLastError();
-  // The link often knows more than that nothing came over it.
-  return link.empty() || link == words ? words : words + ": " + link;
+  // What has nothing to do with a link that still stands is no reason of its.
+  const bool isOfLink = pdu.Link.Connected == 0 && !link.empty() && link != words;
+  return isOfLink ? words + ": " + link : words;
 }
 
 }  // namespace tessaret

@@ -11,7 +11,7 @@ namespace tessaret {
 std::string ConnectFailureWords(const AAssociateRJ& refusal, const std::string& host,
                                 const std::string& remoteTitle);
 
-/// What the association said last, and what its link did.
+/// What the association said last, and where its link is lost what that said.
 std::string LastWordsOf(const PDU_Service& pdu);
 
 }  // namespace tessaret

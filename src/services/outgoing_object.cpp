@@ -60,7 +60,8 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
     return Format("]: Cannot find Presentation Context for SOP Class[%s]", sopClass.Text.data());
   }
   UID accepted;
-  if (!pdu.TransferSyntaxOf(contextID, accepted)) {
+  // A peer may accept without saying what.
+  if (!pdu.TransferSyntaxOf(contextID, accepted) || accepted.IsEmpty()) {
     return about("No presentation context for Transfer Syntax");
   }
   if (!engine.Compress(&object, accepted.Text.data(), nullptr)) {
@@ -74,6 +75,8 @@ bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& s
 }
 
 bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object) {
+  // Nothing is encoded for a link that is lost.
+  if (pdu.Link.Connected == 0) return false;
   UID accepted;
   const bool isTurned =
       pdu.TransferSyntaxOf(pdu.ContextIDFor(storage.UID), accepted) && IsBigEndianSyntax(accepted);

@@ -2,6 +2,7 @@
 
 #include "net/verification.h"
 #include "services/connect_failure.h"
+#include "tessaret/string.hpp"
 
 namespace tessaret {
 
@@ -13,8 +14,8 @@ VerificationOutcome VerifyPeer(const StoreTarget& target) {
   verification.GetUID(uid);
   pdu.AddAbstractSyntax(uid);
   if (target.timeoutSecs != 0) pdu.Link.TimeoutSecs = target.timeoutSecs;
-  pdu.SetCallingTitle(target.localTitle);
-  pdu.SetCalledTitle(target.remoteTitle);
+  pdu.SetCallingTitle(String(target.localTitle).Narrow());
+  pdu.SetCalledTitle(String(target.remoteTitle).Narrow());
   if (pdu.Connect(target.host, target.port) == 0) {
     outcome.failure = ConnectFailureWords(pdu.AAssociateRJ, target.host, target.remoteTitle);
     outcome.linkWords = LastWordsOf(pdu);

@@ -2,17 +2,20 @@
 
 #include <memory>
 #include <new>
+#include <string_view>
 
 #include "base/text.h"
 #include "core/module_dictionaries.h"
 #include "net/command_elements.h"
 #include "services/connect_failure.h"
 #include "services/outgoing_object.h"
+#include "tessaret/string.hpp"
 
 namespace tessaret {
 namespace {
 
 constexpr std::uint32_t kMostKept = std::uint32_t{16} << 20;
+constexpr std::string_view kTailStart = "]: ";
 
 bool IsSmall(const DICOMObject& object) {
   const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
@@ -35,9 +38,11 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
   if (target.timeoutSecs != 0) pdu.Link.TimeoutSecs = target.timeoutSecs;
   pdu.SetApplicationContext(UID("1.2.840.10008.3.1.1.1"));
   for (const std::string& sopClass : sopClasses) pdu.AddAbstractSyntax(UID(sopClass));
+  // In this order: a peer that takes the first one that it knows takes the implicit form.
+  pdu.AddTransferSyntax(UID("1.2.840.10008.1.2"));
   pdu.AddTransferSyntax(UID("1.2.840.10008.1.2.1"));
-  pdu.SetCallingTitle(target.localTitle);
-  pdu.SetCalledTitle(target.remoteTitle);
+  pdu.SetCallingTitle(String(target.localTitle).Narrow());
+  pdu.SetCalledTitle(String(target.remoteTitle).Narrow());
   pdu.AttachDictionary(&ModuleDictionary(), false);
   if (pdu.Connect(target.host, target.port) == 0) {
     Failure = ConnectFailureWords(pdu.AAssociateRJ, target.host, target.remoteTitle);
@@ -48,6 +53,7 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
     // The queue may move while it grows.
     const std::string path = files_[index];
     Response = {};
+    LinkWords.clear();
     pdu.SetError(nullptr);
     std::string words;
     try {
@@ -73,15 +79,25 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
 void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
   const std::string start = "Error sending [" + path;
   std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu, path);
-  if (object == nullptr) throw start + "]: " + LastWordsOf(pdu);
+  if (object == nullptr) {
+    const char* why = pdu.GetLastError();
+    throw start + "]: " + (why == nullptr ? "It is no DICOM file" : why);
+  }
   const UID sopClass = UidOf(*object, 0x0008, 0x0016).value_or(UID());
   const UID syntax = SyntaxOf(*object);
   if (!syntax.IsEmpty() && pdu.ContextIDFor(sopClass, syntax) == 0) {
     const std::string tail = TranscodeForPeer(pdu, *object, sopClass);
-    if (!tail.empty()) throw start + tail;
+    if (!tail.empty()) {
+      // Where the class was not accepted, the file is not at fault.
+      if (pdu.ContextIDFor(sopClass) == 0) LinkWords = tail.substr(kTailStart.size());
+      throw start + tail;
+    }
   }
   DicomStorage storage(*object);
-  if (!StoreOver(pdu, storage, *object)) throw start + "]: " + LastWordsOf(pdu);
+  if (!StoreOver(pdu, storage, *object)) {
+    LinkWords = LastWordsOf(pdu);
+    throw start + "]: " + LinkWords;
+  }
   Response = ResponseIn(storage);
   // With one object always there the process does not give its memory back to the system, only to ask for it anew.
   last_ = IsSmall(*object) ? std::move(object) : nullptr;

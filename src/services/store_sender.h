@@ -13,7 +13,7 @@
 
 namespace tessaret {
 
-/// Whom to send to, and as whom.
+/// Whom to send to, and as whom, in UTF-8.
 struct StoreTarget {
   std::string host;
   std::string port;
@@ -52,7 +52,8 @@ class StoreSender {
   std::size_t Errors = 0;
   StoreResponse Response;
   std::string Failure;
-  std::string LinkWords;  // what the association said when it did not come about
+  // What the association said when it did not come about, or when it did not take the file at hand.
+  std::string LinkWords;
 
  private:
   /// Throws std::string with the words of what went wrong, from the path on.

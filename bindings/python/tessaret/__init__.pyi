@@ -888,7 +888,13 @@ class IDCMObject(Object):
         ...
 
     def Send(self, host: str | PathLike[str] | None, port: str | PathLike[str] | None, LocalAETitle: str | PathLike[str] | None, RemoteAETitle: str | PathLike[str] | None, GetOwnership: bool | None = ...) -> bool:
-        """Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words."""
+        """Sends the data set to a remote node with C-STORE, over an association of its own, which is made and released within the call;
+        an answer may take 300 seconds. `host` is a name or an address, `port` a number or a service as text, the titles have up to 16
+        characters. The object stays as it is, and `GetOwnership` has no effect. Pixel data in fragments is sent as it is where the node
+        takes its transfer syntax, and native otherwise. True when the node answered, whatever the status of the answer.
+        Fails with "Missing SOP Class for C-STORE" without a usable (0008,0016), where no association comes about with the words of
+        IDcmCStore::SendFiles, and with "Error during transfer".
+        """
         ...
 
     def PutVRRawString(self, Group: int, Elem: int, TypeCode: str | PathLike[str] | None, val: str | PathLike[str] | None) -> bool:
@@ -1551,7 +1557,8 @@ class IDcmStoreResponse(Object):
     def AssociationError(self) -> str:
         """Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the
         numbers of the refusal as texts, "No SOP Class proposed", "No Accepted presentation Context found", "Corrupt transmission
-        reading AAssociateRQ". Empty when there was one.
+        reading AAssociateRQ". In SopError: why the association did not take the file, such as "SOP Class not supported [%s]" or "The
+        peer has closed the link"; empty where the file itself is to blame.
         """
         ...
 

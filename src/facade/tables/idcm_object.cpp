@@ -71,7 +71,12 @@ constexpr MemberInfo kMembers[] = {
         "rest untouched."},
 {"RemoveVR", MemberKind::kMethod, kArguments12.data(), kArguments12.size(), "Removes an element. `Removed` is never written."},
 {"RemoveSequence", MemberKind::kMethod, kArguments13.data(), kArguments13.size(), "Does nothing. `Removed` is never written."},
-{"Send", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Sends the data set to a remote node with C-STORE. `port` is a number or a service as text. Not available in this version: kNotImplemented, with words."},
+{"Send", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Sends the data set to a remote node with C-STORE, over an association of its own, which is made and released within the call;\n"
+        "an answer may take 300 seconds. `host` is a name or an address, `port` a number or a service as text, the titles have up to 16\n"
+        "characters. The object stays as it is, and `GetOwnership` has no effect. Pixel data in fragments is sent as it is where the node\n"
+        "takes its transfer syntax, and native otherwise. True when the node answered, whatever the status of the answer.\n"
+        "Fails with \"Missing SOP Class for C-STORE\" without a usable (0008,0016), where no association comes about with the words of\n"
+        "IDcmCStore::SendFiles, and with \"Error during transfer\"."},
 {"PutVRRawString", MemberKind::kMethod, kArguments15.data(), kArguments15.size(), "Replaces the whole value of an element by `val`, a byte a character, as it is: nothing is padded or cut. The element is added where\n"
         "there is none. TypeCode counts for an element without a type. kException \"No data object\", \"The element holds items: remove it\n"
         "first\"."},

@@ -18,7 +18,8 @@ constexpr MemberInfo kMembers[] = {
 {"ResponseComment", MemberKind::kGet, kArguments1.data(), kArguments1.size(), "The comment that came with a status that is not 0, (0000,0902); empty without one."},
 {"AssociationError", MemberKind::kGet, kArguments2.data(), kArguments2.size(), "Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the\n"
         "numbers of the refusal as texts, \"No SOP Class proposed\", \"No Accepted presentation Context found\", \"Corrupt transmission\n"
-        "reading AAssociateRQ\". Empty when there was one."},
+        "reading AAssociateRQ\". In SopError: why the association did not take the file, such as \"SOP Class not supported [%s]\" or \"The\n"
+        "peer has closed the link\"; empty where the file itself is to blame."},
 };
 constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_ResponseStatus>,

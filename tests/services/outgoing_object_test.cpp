@@ -1,0 +1,221 @@
+// Objects on their way to a peer: what is loaded, and when pixel data changes its transfer syntax.
+#include "services/outgoing_object.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+
+#include "core/codec_helpers.h"
+#include "core/module_dictionaries.h"
+#include "core/transfer_syntax.h"
+#include "net/command_elements.h"
+#include "services/store_files.h"
+
+namespace tessaret::test {
+namespace {
+
+/// Has the library find the toy codec, and readers know its syntax.
+class CodecPlace : public testing::Environment {
+ public:
+  void SetUp() override {
+    for (const char* name : {"dicom-dict.txt", "uid-dict.txt"})
+      std::filesystem::create_symlink(std::filesystem::path(kDataDir) / name, folder_.File(name));
+    std::filesystem::create_symlink(CodecFolder() + "toy_codec.so", folder_.File("DcmCodec.dll"));
+    ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
+    TransferSyntaxCodec toy{};
+    std::strncpy(toy.UID, kToy, sizeof toy.UID - 1);
+    toy.Code = kExplicitLittle;
+    AddedTransferSyntaxes().Add(toy);
+  }
+
+ private:
+  TempFolder folder_;
+};
+
+const testing::Environment* const kPlace = testing::AddGlobalTestEnvironment(new CodecPlace);
+
+// A run of eight bytes of 7 in the toy's form: how many, and the byte turned round by 0x5A.
+const Bytes kToyFragment = {8, 0x07 ^ 0x5A};
+const Bytes kEightSevens(8, 7);
+
+class OutgoingObject : public testing::Test {
+ protected:
+  OutgoingObject() { pdu_.AttachDictionary(&ModuleDictionary(), false); }
+
+  void Accept(std::string_view sopClass, std::string_view syntax, std::uint8_t identifier = 1) {
+    PresentationContextAccept context;
+    context.PresentationContextID = identifier;
+    context.Result = 0;
+    context.AbstractSyntax = AbstractSyntax(sopClass);
+    context.TransferSyntax = TransferSyntax(syntax);
+    pdu_.AcceptedContexts.push_back(context);
+  }
+
+  std::unique_ptr<DICOMDataObject> Load(const Bytes& file) {
+    WriteBytes(folder_.File("in.dcm"), file);
+    auto object = LoadForSending(pdu_, folder_.File("in.dcm"));
+    EXPECT_NE(object, nullptr) << pdu_.GetLastError();
+    return object;
+  }
+
+  std::string Transcode(DICOMDataObject& object, std::string_view sopClass = kCTStorage) {
+    return TranscodeForPeer(pdu_, object, UID(sopClass));
+  }
+
+  static std::string NamedIn(const DICOMObject& object) {
+    return std::string(tessaret::SyntaxOf(object).View());
+  }
+
+  const TempFolder folder_;
+  PDU_Service pdu_;
+};
+
+TEST_F(OutgoingObject, IsLoadedWithItsPixels) {
+  const auto object = Load(ImageFile());
+  EXPECT_EQ(NamedIn(*object), kExplicit);
+  EXPECT_EQ(ValueOf(PixelsOf(*object)), LittleWords());
+  const auto compressed = Load(CompressedFile(kToy, kToyFragment));
+  EXPECT_EQ(ItemsOf(*compressed), (std::vector<Bytes>{{}, kToyFragment}));
+}
+
+TEST_F(OutgoingObject, NumbersOfABigEndianFileAreTurnedRound) {
+  const auto object = Load(ImageFile("1.2.3.4", kCTStorage, Encoding::kExplicitBig));
+  EXPECT_EQ(NamedIn(*object), kBig);
+  EXPECT_EQ(ValueOf(PixelsOf(*object)), LittleWords());
+  EXPECT_EQ(ValueOf(*object->GetVR(0x0028, 0x0100)), (Bytes{16, 0}));
+}
+
+TEST_F(OutgoingObject, FragmentsKeepTheNameOfTheirSyntaxWhereTheFilesDoesNotStay) {
+  // Without its length group 2 ends at its first element, and the name is not kept.
+  DataSetBuilder meta(Encoding::kExplicitLittle);
+  meta.Element(0x0002, 0x0010, "UI", Evened(kToy));
+  const Bytes whole = CompressedFile(kToy, kToyFragment);
+  const std::size_t dataSet = Joined({Preamble(), MetaGroup(kToy)}).size();
+  const Bytes file = Joined({Preamble(), meta.Done(),
+                             Bytes(whole.begin() + static_cast<std::ptrdiff_t>(dataSet),
+                                   whole.end())});
+  const auto object = Load(file);
+  EXPECT_EQ(NamedIn(*object), kToy);
+  // Native pixels mean the same under any name.
+  const Bytes native = ImageFile();
+  const std::size_t nativeSet = Joined({Preamble(), MetaGroup(kExplicit)}).size();
+  DataSetBuilder nativeMeta(Encoding::kExplicitLittle);
+  nativeMeta.Element(0x0002, 0x0010, "UI", Evened(kExplicit));
+  const auto plain = Load(Joined({Preamble(), nativeMeta.Done(),
+                                  Bytes(native.begin() + static_cast<std::ptrdiff_t>(nativeSet),
+                                        native.end())}));
+  EXPECT_EQ(NamedIn(*plain), "");
+}
+
+TEST_F(OutgoingObject, WhatIsNoFileHasWords) {
+  EXPECT_EQ(LoadForSending(pdu_, folder_.File("missing.dcm")), nullptr);
+  ASSERT_NE(pdu_.GetLastError(), nullptr);
+  EXPECT_NE(std::string(pdu_.GetLastError()), "");
+}
+
+TEST_F(OutgoingObject, ASyntaxWithoutACodecIsUnsupported) {
+  Accept(kCTStorage, kImplicit);
+  const auto object = Load(CompressedFile(kToy, kToyFragment));
+  PutUid(*object, 0x0002, 0x0010, "1.2.999.77");
+  EXPECT_EQ(Transcode(*object), "]: Unsupported compressed Transfer Syntax [1.2.999.77]");
+}
+
+TEST_F(OutgoingObject, PixelsThatCannotBeDecodedAreNotSent) {
+  Accept(kCTStorage, kImplicit);
+  const auto object = Load(CompressedFile(kToy, {9, 9}));
+  EXPECT_EQ(Transcode(*object), "]: Error decoding compressed Transfer Syntax [1.2.999.1]");
+}
+
+TEST_F(OutgoingObject, AClassThatWasNotAcceptedHasNoContext) {
+  Accept(kMRStorage, kImplicit);
+  const auto object = Load(CompressedFile(kToy, kToyFragment));
+  EXPECT_EQ(Transcode(*object),
+            "]: Cannot find Presentation Context for SOP Class[1.2.840.10008.5.1.4.1.1.2]");
+  const auto native = Load(ImageFile());
+  EXPECT_EQ(Transcode(*native),
+            "]: Cannot find Presentation Context for SOP Class[1.2.840.10008.5.1.4.1.1.2]");
+}
+
+TEST_F(OutgoingObject, AnAcceptedContextWithoutASyntaxIsNone) {
+  Accept(kCTStorage, "");
+  const auto object = Load(CompressedFile(kToy, kToyFragment));
+  EXPECT_EQ(Transcode(*object), "]: No presentation context for Transfer Syntax [1.2.999.1]");
+}
+
+TEST_F(OutgoingObject, ASyntaxThatCannotBeMadeIsNamed) {
+  Accept(kCTStorage, "1.2.999.88");
+  const auto object = Load(CompressedFile(kToy, kToyFragment));
+  EXPECT_EQ(Transcode(*object), "]: Error encoding to Transfer Syntax [1.2.999.88]");
+}
+
+TEST_F(OutgoingObject, TheCodecIsAskedForBeforeThePeer) {
+  const auto unknown = Load(CompressedFile(kToy, kToyFragment));
+  PutUid(*unknown, 0x0002, 0x0010, "1.2.999.77");
+  EXPECT_EQ(Transcode(*unknown), "]: Unsupported compressed Transfer Syntax [1.2.999.77]");
+  const auto broken = Load(CompressedFile(kToy, {9, 9}));
+  EXPECT_EQ(Transcode(*broken), "]: Error decoding compressed Transfer Syntax [1.2.999.1]");
+}
+
+TEST_F(OutgoingObject, FragmentsBecomeNativeForANativeSyntax) {
+  for (const char* syntax : {kImplicit, kExplicit}) {
+    pdu_.AcceptedContexts.clear();
+    Accept(kCTStorage, syntax);
+    const auto object = Load(CompressedFile(kToy, kToyFragment));
+    EXPECT_EQ(Transcode(*object), "");
+    EXPECT_EQ(ValueOf(PixelsOf(*object)), kEightSevens);
+    EXPECT_EQ(NamedIn(*object), syntax == kImplicit ? "" : kExplicit);
+  }
+}
+
+TEST_F(OutgoingObject, NativePixelsBecomeFragmentsWhereThatIsWhatThePeerTook) {
+  Accept(kCTStorage, kToy);
+  const Bytes file = FileOf(Encoding::kExplicitLittle,
+                            ImageHead(Encoding::kExplicitLittle, kCTStorage, "1.2.3", 4, 8)
+                                .Element(0x7FE0, 0x0010, "OB", kEightSevens));
+  const auto object = Load(file);
+  EXPECT_EQ(Transcode(*object), "");
+  EXPECT_EQ(ItemsOf(*object), (std::vector<Bytes>{{}, kToyFragment}));
+  EXPECT_EQ(NamedIn(*object), kToy);
+}
+
+TEST_F(OutgoingObject, NativeSyntaxesChangeTheNameAlone) {
+  Accept(kCTStorage, kExplicit);
+  for (const Encoding encoding : kAllEncodings) {
+    const auto object = Load(ImageFile("1.2.3.4", kCTStorage, encoding));
+    EXPECT_EQ(Transcode(*object), "");
+    EXPECT_EQ(ValueOf(PixelsOf(*object)), LittleWords());
+    EXPECT_EQ(NamedIn(*object), kExplicit);
+  }
+}
+
+TEST_F(OutgoingObject, TheFirstContextOfTheClassCounts) {
+  Accept(kCTStorage, kExplicit, 3);
+  Accept(kCTStorage, "1.2.999.88", 5);
+  const auto object = Load(CompressedFile(kToy, kToyFragment));
+  EXPECT_EQ(Transcode(*object), "");
+  EXPECT_EQ(NamedIn(*object), kExplicit);
+}
+
+TEST_F(OutgoingObject, FragmentsGoAsTheyAreInTheirOwnSyntaxOnly) {
+  const auto native = Load(ImageFile());
+  const auto compressed = Load(CompressedFile(kToy, kToyFragment));
+  const UID sopClass(kCTStorage);
+  Accept(kCTStorage, kImplicit);
+  EXPECT_TRUE(CanGoAsItIs(pdu_, *native, sopClass));
+  EXPECT_FALSE(CanGoAsItIs(pdu_, *compressed, sopClass));
+  Accept(kCTStorage, kToy, 3);
+  EXPECT_TRUE(CanGoAsItIs(pdu_, *compressed, sopClass));
+}
+
+TEST_F(OutgoingObject, NothingIsWrittenToALinkThatIsLost) {
+  Accept(kCTStorage, kImplicit);
+  const auto object = Load(ImageFile());
+  DicomStorage storage(*object);
+  EXPECT_FALSE(StoreOver(pdu_, storage, *object));
+  EXPECT_EQ(pdu_.GetLastError(), nullptr);
+}
+
+}  // namespace
+}  // namespace tessaret::test

@@ -1,0 +1,354 @@
+// A queue of files on its way to a node in this process.
+#include "services/store_sender.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <functional>
+
+#include "core/object_maker.h"
+#include "core/type_code.h"
+#include "services/store_files.h"
+#include "services/store_provider.h"
+#include "support/temp_folder.h"
+
+namespace tessaret::test {
+namespace {
+
+using testing::ElementsAre;
+using testing::EndsWith;
+using testing::StartsWith;
+
+/// Writes down what it hears, files by their names alone.
+class Heard : public StoreListener {
+ public:
+  void OnSent(const std::string& path, std::size_t index) override {
+    Say("sent " + NameOf(path) + " " + std::to_string(index));
+    if (afterEach) afterEach();
+  }
+  void OnError(const std::string& path, std::size_t index, const std::string& words) override {
+    errors.push_back(words);
+    Say("error " + NameOf(path) + " " + std::to_string(index));
+    if (afterEach) afterEach();
+  }
+  void OnFinished(std::size_t sent, std::size_t failed) override {
+    Say("finished " + std::to_string(sent) + " " + std::to_string(failed));
+    if (atEnd) atEnd();
+  }
+
+  std::vector<std::string> lines;
+  std::vector<std::string> errors;
+  std::function<void()> afterEach;
+  std::function<void()> atEnd;
+
+ private:
+  static std::string NameOf(const std::string& path) {
+    return std::filesystem::path(path).filename().string();
+  }
+  void Say(const std::string& line) { lines.push_back(line); }
+};
+
+class StoreSending : public testing::Test {
+ protected:
+  std::string Add(const std::string& name, const Bytes& content) {
+    WriteBytes(folder_.File(name), content);
+    files_.push_back(folder_.File(name));
+    return files_.back();
+  }
+
+  bool Send(const std::string& port, std::int32_t timeoutSecs = 20) {
+    const StoreTarget target{.host = "127.0.0.1",
+                             .port = port,
+                             .localTitle = "HERE",
+                             .remoteTitle = "THERE",
+                             .timeoutSecs = timeoutSecs};
+    return sender_.Send(target, classes_, isCancelled_);
+  }
+
+  const TempFolder folder_;
+  std::vector<std::string> files_;
+  std::set<std::string> classes_ = {kCTStorage};
+  std::atomic<bool> isCancelled_ = false;
+  Heard heard_;
+  StoreSender sender_{files_, heard_};
+};
+
+TEST_F(StoreSending, FilesGoInTheirOrderOverOneAssociation) {
+  for (int each = 0; each < 5; ++each) {
+    Add(std::to_string(each), ImageFile("1.2.3." + std::to_string(each)));
+  }
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("sent 0 0", "sent 1 1", "sent 2 2", "sent 3 3", "sent 4 4",
+                                        "finished 5 0"));
+  EXPECT_EQ(sender_.Sent, 5u);
+  EXPECT_EQ(sender_.Errors, 0u);
+  EXPECT_EQ(sender_.Response.status, 0);
+  provider.End();
+  EXPECT_EQ(provider.associations, 1u);
+  EXPECT_EQ(provider.releases, 1u);
+  ASSERT_EQ(provider.stored.size(), 5u);
+  for (std::size_t at = 0; at < 5; ++at) {
+    EXPECT_EQ(provider.stored[at].instance, "1.2.3." + std::to_string(at));
+    EXPECT_EQ(provider.stored[at].sopClass, kCTStorage);
+  }
+}
+
+TEST_F(StoreSending, EachClassIsProposedInImplicitAndThenInExplicitForm) {
+  classes_ = {kMRStorage, "1.2.3", kCTStorage};
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  // The classes in the order of their text.
+  const std::string both = ": 1.2.840.10008.1.2 1.2.840.10008.1.2.1";
+  EXPECT_THAT(provider.proposals,
+              ElementsAre("1.2.3" + both, kCTStorage + both, kMRStorage + both));
+  EXPECT_EQ(provider.titles, "HERE             > THERE           ");
+}
+
+TEST_F(StoreSending, AnEmptyQueueConnectsAndReleases) {
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("finished 0 0"));
+  provider.End();
+  EXPECT_EQ(provider.associations, 1u);
+  EXPECT_EQ(provider.releases, 1u);
+}
+
+TEST_F(StoreSending, TheEndIsToldWhileTheAssociationStands) {
+  Add("a", ImageFile());
+  StoreProvider provider;
+  heard_.atEnd = [&] { EXPECT_EQ(provider.releases, 0u); };
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_EQ(provider.releases, 1u);
+}
+
+TEST_F(StoreSending, WithoutAClassNothingIsProposed) {
+  classes_.clear();
+  Add("a", ImageFile());
+  StoreProvider provider;
+  EXPECT_FALSE(Send(provider.Port()));
+  EXPECT_EQ(sender_.Failure,
+            "Connection to  127.0.0.1: THERE permanently refused\nNon active link");
+  EXPECT_EQ(sender_.LinkWords, "No SOP Class proposed");
+  EXPECT_THAT(heard_.lines, ElementsAre());
+  provider.End();
+  EXPECT_EQ(provider.associations, 0u);
+}
+
+TEST_F(StoreSending, ARefusalIsToldByItsNumbers) {
+  Add("a", ImageFile());
+  AnsweringPeer refusing(Refusal(2, 3, 2));
+  EXPECT_FALSE(Send(refusing.Port()));
+  EXPECT_EQ(sender_.Failure,
+            "Connection to  127.0.0.1: THERE temporarily refused\nUnupported Application Context");
+  EXPECT_EQ(sender_.LinkWords,
+            "Connection rejected transient: service-provider (Presentation related function), "
+            "application context name not supported");
+  EXPECT_THAT(heard_.lines, ElementsAre());
+}
+
+TEST_F(StoreSending, APeerThatTakesNoClassIsNoAssociation) {
+  Add("a", ImageFile());
+  // An A-ASSOCIATE-AC with nothing in it but titles: type 2, a length of 68, version 1, and 66 further bytes.
+  Bytes nothing = {2, 0, 0, 0, 0, 68, 0, 1};
+  nothing.resize(6 + 68, 0);
+  AnsweringPeer peer(nothing);
+  EXPECT_FALSE(Send(peer.Port()));
+  EXPECT_THAT(sender_.LinkWords, StartsWith("No Accepted presentation Context found"));
+  EXPECT_THAT(heard_.lines, ElementsAre());
+}
+
+TEST_F(StoreSending, ABrokenFileDoesNotStopTheOthers) {
+  Add("1", ImageFile("1.2.3.1"));
+  const std::string missing = folder_.File("2");
+  files_.push_back(missing);
+  const std::string empty = Add("3", {});
+  Add("4", ImageFile("1.2.3.4"));
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines,
+              ElementsAre("sent 1 0", "error 2 1", "error 3 2", "sent 4 3", "finished 2 2"));
+  EXPECT_THAT(heard_.errors[0], StartsWith("Error sending [" + missing + "]: "));
+  EXPECT_GT(heard_.errors[0].size(), ("Error sending [" + missing + "]: ").size());
+  EXPECT_THAT(heard_.errors[1], StartsWith("Error sending [" + empty + "]: "));
+  EXPECT_EQ(sender_.LinkWords, "") << "the files are to blame";
+}
+
+TEST_F(StoreSending, AFileInASyntaxThatThePeerTookStaysAsItIs) {
+  Add("a", ImageFile());
+  StoreProvider provider({.syntaxes = {kExplicit}});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].syntax, kExplicit);
+  const DICOMObject& object = *provider.stored[0].object;
+  EXPECT_EQ(ValueOf(*object.GetVR(0x7FE0, 0x0010)), LittleWords());
+  EXPECT_EQ(object.GetVR(0x7FE0, 0x0010)->TypeCode, type_code::OW);
+  EXPECT_EQ(TextOf(*object.GetVR(0x0010, 0x0010)), "Doe^Jane");
+  // The head of the file is no part of what is sent: what stands there came with the context.
+  EXPECT_EQ(object.GetVR(0x0002, 0x0001), nullptr);
+  EXPECT_EQ(object.GetVR(0x0002, 0x0012), nullptr);
+}
+
+TEST_F(StoreSending, FilesOfAnyNativeFormArriveTheSameInEitherForm) {
+  for (const Encoding encoding : kAllEncodings) {
+    Add(NameOf(encoding), ImageFile("1.2.3", kCTStorage, encoding));
+  }
+  for (const char* syntax : {kImplicit, kExplicit}) {
+    StoreProvider provider({.syntaxes = {syntax}});
+    heard_.errors.clear();
+    EXPECT_TRUE(Send(provider.Port()));
+    provider.End();
+    EXPECT_THAT(heard_.errors, ElementsAre());
+    ASSERT_EQ(provider.stored.size(), 3u);
+    for (const Stored& came : provider.stored) {
+      EXPECT_EQ(came.syntax, syntax);
+      EXPECT_EQ(ValueOf(*came.object->GetVR(0x7FE0, 0x0010)), LittleWords());
+      EXPECT_EQ(ValueOf(*came.object->GetVR(0x0028, 0x0100)), (Bytes{16, 0}));
+      EXPECT_EQ(TextOf(*came.object->GetVR(0x0028, 0x0004)), "MONOCHROME2 ");
+    }
+  }
+}
+
+TEST_F(StoreSending, AClassThatWasNotAddedHasNoContext) {
+  const std::string path = Add("a", ImageFile("1.2.3", kMRStorage));
+  Add("b", ImageFile("1.2.3"));
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("error a 0", "sent b 1", "finished 1 1"));
+  EXPECT_THAT(heard_.errors,
+              ElementsAre("Error sending [" + path + "]: Cannot find Presentation Context for SOP " +
+                          "Class[1.2.840.10008.5.1.4.1.1.4]"));
+}
+
+TEST_F(StoreSending, AFileWithoutASyntaxIsNotTranscoded) {
+  // A bare data set names none.
+  const std::string path =
+      Add("a", ImageHead(Encoding::kImplicitLittle, kMRStorage, "1.2.3", 2, 16).Done());
+  Add("b", ImageHead(Encoding::kImplicitLittle, kCTStorage, "1.2.4", 2, 16).Done());
+  StoreProvider provider;
+  heard_.afterEach = [&] {
+    if (!heard_.errors.empty() && heard_.lines.size() == 1) {
+      EXPECT_EQ(sender_.LinkWords, "SOP Class not supported [1.2.840.10008.5.1.4.1.1.4]");
+    }
+  };
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("error a 0", "sent b 1", "finished 1 1"));
+  EXPECT_THAT(heard_.errors, ElementsAre("Error sending [" + path +
+                                         "]: SOP Class not supported [1.2.840.10008.5.1.4.1.1.4]"));
+}
+
+TEST_F(StoreSending, ARefusedObjectCountsAsSent) {
+  for (const char* name : {"1", "2", "3"}) Add(name, ImageFile());
+  StoreProvider provider({.answer = [](std::size_t at) {
+    constexpr std::uint16_t kStatuses[] = {0xA700, 0xB000, 0};
+    return StoreAnswer{.status = kStatuses[at], .comment = at == 0 ? "no room " : ""};
+  }});
+  std::vector<std::string> responses;
+  heard_.afterEach = [&] {
+    responses.push_back(std::to_string(sender_.Response.status) + sender_.Response.comment);
+  };
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("sent 1 0", "sent 2 1", "sent 3 2", "finished 3 0"));
+  // 0xA700 and 0xB000.
+  EXPECT_THAT(responses, ElementsAre("42752no room", "45056", "0"));
+}
+
+TEST_F(StoreSending, AFailureHasNoResponse) {
+  Add("1", ImageFile());
+  files_.push_back(folder_.File("missing"));
+  StoreProvider provider({.answer = [](std::size_t) { return StoreAnswer{.status = 0xC000}; }});
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_EQ(sender_.Response.status, -1);
+}
+
+TEST_F(StoreSending, CancelledBetweenTwoFilesItStopsBeforeTheNext) {
+  for (const char* name : {"1", "2", "3"}) Add(name, ImageFile());
+  StoreProvider provider;
+  heard_.afterEach = [&] { isCancelled_ = heard_.lines.size() == 2; };
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("sent 1 0", "sent 2 1", "finished 2 0"));
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 2u);
+  EXPECT_EQ(provider.releases, 1u);
+}
+
+TEST_F(StoreSending, AFileThatIsAddedMeanwhileIsSentToo) {
+  Add("1", ImageFile("1.2.3.1"));
+  StoreProvider provider;
+  heard_.afterEach = [&] {
+    if (files_.size() < 40) Add("more" + std::to_string(files_.size()), ImageFile("1.2.3.2"));
+  };
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_EQ(sender_.Sent, 40u);
+  EXPECT_EQ(heard_.lines.back(), "finished 40 0");
+}
+
+TEST_F(StoreSending, AfterALostLinkEachFileEndsInAnErrorOfItsOwn) {
+  for (const char* name : {"1", "2", "3", "4"}) Add(name, ImageFile());
+  StoreProvider provider({.answer = [](std::size_t at) { return StoreAnswer{.endsLink = at == 1}; }});
+  std::vector<std::string> links;
+  heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines,
+              ElementsAre("sent 1 0", "error 2 1", "error 3 2", "error 4 3", "finished 1 3"));
+  EXPECT_THAT(heard_.errors,
+              ElementsAre(EndsWith("2]: The peer has closed the link"),
+                          EndsWith("3]: The association has ended"),
+                          EndsWith("4]: The association has ended")));
+  EXPECT_THAT(links, ElementsAre("", "The peer has closed the link", "The association has ended",
+                                 "The association has ended"));
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 2u);
+  EXPECT_EQ(provider.associations, 1u);
+}
+
+TEST_F(StoreSending, AnAnswerThatDoesNotComeIsWaitedForOnce) {
+  for (const char* name : {"1", "2"}) Add(name, ImageFile());
+  std::atomic<bool> mayGoOn = false;
+  StoreProvider provider({.answer = [&](std::size_t) {
+    while (!mayGoOn) std::this_thread::yield();
+    return StoreAnswer{};
+  }});
+  heard_.atEnd = [&] { mayGoOn = true; };
+  EXPECT_TRUE(Send(provider.Port(), 1));
+  EXPECT_THAT(heard_.errors, ElementsAre(EndsWith("1]: Timeout error reading from socket"),
+                                         EndsWith("2]: Timeout error reading from socket")));
+  EXPECT_EQ(heard_.lines.back(), "finished 0 2");
+}
+
+TEST_F(StoreSending, AnObjectIsWholeWhateverItsLength) {
+  // Around the length of one fragment, and of many.
+  const Bytes head = ImageHead(Encoding::kImplicitLittle, kCTStorage, "1.2.3", 2, 16).Done();
+  const std::size_t rest = 4096 - head.size() - 8;
+  std::vector<std::size_t> sizes = {rest - 2, rest, rest + 2, rest + 4096, 1000000};
+  for (const std::size_t size : sizes) {
+    DataSetBuilder data = ImageHead(Encoding::kImplicitLittle, kCTStorage, "1.2.3", 2, 16);
+    data.Element(0x7FE0, 0x0010, "OW", Pattern(size));
+    Add(std::to_string(size), FileOf(Encoding::kImplicitLittle, data));
+  }
+  StoreProvider provider({.syntaxes = {kImplicit}});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), sizes.size());
+  for (std::size_t at = 0; at < sizes.size(); ++at) {
+    EXPECT_EQ(ValueOf(*provider.stored[at].object->GetVR(0x7FE0, 0x0010)), Pattern(sizes[at]));
+  }
+}
+
+TEST_F(StoreSending, AThousandFilesGoOverOneAssociation) {
+  Add("only", ImageFile());
+  files_.assign(1000, files_[0]);
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_EQ(sender_.Sent, 1000u);
+  provider.End();
+  EXPECT_EQ(provider.associations, 1u);
+  EXPECT_EQ(provider.stored.size(), 1000u);
+}
+
+}  // namespace
+}  // namespace tessaret::test
