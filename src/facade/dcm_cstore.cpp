@@ -90,8 +90,8 @@ Status CDcmCStore::AddFile(const String& FilePath, const String& SOPClassUID) {
     const std::string sopClass = SOPClassUID.Narrow();
     std::string path = FilePath.Utf8();
     // A class without a name cannot be proposed.
-    const auto added = sopClass.empty() ? std::pair(sopClasses_.end(), false)
-                                        : sopClasses_.insert(sopClass);
+    const auto added =
+        sopClass.empty() ? std::pair(sopClasses_.end(), false) : sopClasses_.insert(sopClass);
     try {
       files_.push_back(std::move(path));
     } catch (...) {

@@ -222,17 +222,23 @@ static int WalkFiles(tessaret_object* object, const char* folder) {
   return 0;
 }
 
-static int WalkLaterMembers(tessaret_object* object) {
+static int WalkSending(tessaret_object* object) {
   ClearAll();
   arguments[0] = Text("localhost");
   arguments[1] = Long(104);
   arguments[2] = Text("A");
   arguments[3] = Text("B");
-  CHECK(Call(object, "Send", 4) == NOT_AVAILABLE);
-  CHECK(strcmp(tessaret_last_error_text(), "This is not available in this version") == 0);
+  CHECK(Call(object, "Send", 4) == WITH_WORDS);
+  CHECK(strcmp(tessaret_last_error_text(), "Empty object") == 0);
+  ClearAll();
+  return 0;
+}
+
+static int WalkLaterMembers(tessaret_object* object) {
   ClearAll();
   arguments[1] = Bool(-1);
   CHECK(Call(object, "IntersectPlane", 2) == NOT_AVAILABLE);
+  CHECK(strcmp(tessaret_last_error_text(), "This is not available in this version") == 0);
   ClearAll();
   CHECK(Call(object, "CreateSecondaryCapture", 2) == NOT_AVAILABLE);
   ClearAll();
@@ -251,6 +257,7 @@ int WalkObject(const char* folder) {
   if (line == 0) line = WalkBytes(object);
   if (line == 0) line = WalkSequences(object);
   if (line == 0) line = WalkFiles(object, folder);
+  if (line == 0) line = WalkSending(object);
   if (line == 0) line = WalkLaterMembers(object);
   ClearAll();
   tessaret_release(object);

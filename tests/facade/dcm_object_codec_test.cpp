@@ -8,6 +8,7 @@
 #include "core/codec_helpers.h"
 #include "core/transfer_syntax.h"
 #include "facade/dcm_object_helpers.h"
+#include "services/store_provider.h"
 
 namespace tessaret::test {
 namespace {
@@ -345,6 +346,47 @@ TEST(DCMObjectCodecs, ARefusalIsNoFailureAndSaysWhy) {
   EXPECT_EQ(Translate(object, kToy, done), kException);
   EXPECT_EQ(why(), "");
   EXPECT_EQ(object.As<IDcmFile>()->get_Refusal(nullptr), kPointer);
+}
+
+TEST(DCMObjectCodecs, FragmentsAreSentAsTheyAreWhereThePeerTakesThem) {
+  StoreProvider provider({.syntaxes = {kToy}});
+  const auto object = Image(2);
+  ASSERT_EQ(Put(object, 0x0008, 0x0016, "1.2.840.10008.5.1.4.1.1.7"), kOk);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  VariantBool sent;
+  ASSERT_EQ(object->Send("127.0.0.1", provider.Port(), "A", "B", {}, &sent), kOk)
+      << LastError().text;
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].syntax, kToy);
+  EXPECT_EQ(ItemsOf(*provider.stored[0].object), ItemsOf(*CoreOf(object)));
+}
+
+TEST(DCMObjectCodecs, FragmentsAreSentNativeWhereThePeerDoesNot) {
+  StoreProvider provider;
+  const auto object = Image(2);
+  ASSERT_EQ(Put(object, 0x0008, 0x0016, "1.2.840.10008.5.1.4.1.1.7"), kOk);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  const std::vector<Bytes> before = ItemsOf(*CoreOf(object));
+  VariantBool sent;
+  ASSERT_EQ(object->Send("127.0.0.1", provider.Port(), "A", "B", {}, &sent), kOk)
+      << LastError().text;
+  // The object itself stays compressed, its offset table included.
+  EXPECT_EQ(ItemsOf(*CoreOf(object)), before);
+  EXPECT_EQ(Text(object, 0x0002, 0x0010), kToy);
+  // What cannot be decoded cannot be sent, and stays too.
+  const Variant junk = VariantArray::OfBytes(Bytes{9, 9});
+  ASSERT_EQ(ItemOf(object, 0x7FE0, 0x0010, 2)->PutVRData(0xFFFE, 0xE000, "OB", junk), kOk);
+  EXPECT_FAILS_WITH(object->Send("127.0.0.1", provider.Port(), "A", "B", {}, &sent),
+                    "Error during transfer");
+  EXPECT_FALSE(sent.IsTrue());
+  EXPECT_EQ(CountOf(object, 0x7FE0, 0x0010), 3);
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].syntax, "1.2.840.10008.1.2");
+  EXPECT_EQ(ValueOf(PixelsOf(*provider.stored[0].object)), NativePixels(2));
 }
 
 }  // namespace

@@ -582,7 +582,6 @@ TEST(DCMObjectValues, MembersThatAreStillToComeSaySo) {
     EXPECT_EQ(LastError().source, "Tessaret.DCMObject");
     ASSERT_TRUE(Create<IDCMOptions>("Tessaret.DCMOptions"));
   };
-  expect(object->Send("localhost", "104", "A", "B", true, &truth));
   expect(object->IntersectPlane(nullptr, true, &truth, &value, &value, &truth));
   expect(object->CreateSecondaryCapture(nullptr, {}));
   expect(object->AddOverlay(&number, 0, 0, 1, 1, "G", "text"));

@@ -1,9 +1,9 @@
 // The words of associations that did not come about.
 #include "services/connect_failure.h"
 
-#include <gtest/gtest.h>
-
 #include <string>
+
+#include <gtest/gtest.h>
 
 #include "support/bytes.h"
 
@@ -23,11 +23,10 @@ TEST(ConnectFailureWords, SayForHowLongAndWhy) {
     std::uint8_t reason;
     const char* words;
   };
-  constexpr Row kRows[] = {
-      {1, "Non active link"},       {2, "Unupported Application Context"},
-      {3, "Unknown local AETitle"}, {4, "Non active link"},
-      {5, "Non active link"},       {6, "Non active link"},
-      {7, "Unknown remote AETitle"}};
+  constexpr Row kRows[] = {{1, "Non active link"},       {2, "Unupported Application Context"},
+                           {3, "Unknown local AETitle"}, {4, "Non active link"},
+                           {5, "Non active link"},       {6, "Non active link"},
+                           {7, "Unknown remote AETitle"}};
   for (const Row& row : kRows) {
     EXPECT_EQ(Words(1, row.reason),
               std::string("Connection to  there: ARCHIVE permanently refused\n") + row.words);

@@ -1,11 +1,11 @@
 // Objects on their way to a peer: what is loaded, and when pixel data changes its transfer syntax.
 #include "services/outgoing_object.h"
 
-#include <gtest/gtest.h>
-
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
+
+#include <gtest/gtest.h>
 
 #include "core/codec_helpers.h"
 #include "core/module_dictionaries.h"
@@ -93,9 +93,9 @@ TEST_F(OutgoingObject, FragmentsKeepTheNameOfTheirSyntaxWhereTheFilesDoesNotStay
   meta.Element(0x0002, 0x0010, "UI", Evened(kToy));
   const Bytes whole = CompressedFile(kToy, kToyFragment);
   const std::size_t dataSet = Joined({Preamble(), MetaGroup(kToy)}).size();
-  const Bytes file = Joined({Preamble(), meta.Done(),
-                             Bytes(whole.begin() + static_cast<std::ptrdiff_t>(dataSet),
-                                   whole.end())});
+  const Bytes file =
+      Joined({Preamble(), meta.Done(),
+              Bytes(whole.begin() + static_cast<std::ptrdiff_t>(dataSet), whole.end())});
   const auto object = Load(file);
   EXPECT_EQ(NamedIn(*object), kToy);
   // Native pixels mean the same under any name.
@@ -103,9 +103,9 @@ TEST_F(OutgoingObject, FragmentsKeepTheNameOfTheirSyntaxWhereTheFilesDoesNotStay
   const std::size_t nativeSet = Joined({Preamble(), MetaGroup(kExplicit)}).size();
   DataSetBuilder nativeMeta(Encoding::kExplicitLittle);
   nativeMeta.Element(0x0002, 0x0010, "UI", Evened(kExplicit));
-  const auto plain = Load(Joined({Preamble(), nativeMeta.Done(),
-                                  Bytes(native.begin() + static_cast<std::ptrdiff_t>(nativeSet),
-                                        native.end())}));
+  const auto plain =
+      Load(Joined({Preamble(), nativeMeta.Done(),
+                   Bytes(native.begin() + static_cast<std::ptrdiff_t>(nativeSet), native.end())}));
   EXPECT_EQ(NamedIn(*plain), "");
 }
 

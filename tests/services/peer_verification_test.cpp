@@ -27,8 +27,7 @@ TEST(PeerVerification, ANodeThatAnswersIsThere) {
   EXPECT_EQ(provider.releases, 1u);
   EXPECT_EQ(provider.titles, "HERE             > THERE           ");
   // Implicit little endian alone is enough for a command.
-  EXPECT_EQ(provider.proposals,
-            (std::vector<std::string>{"1.2.840.10008.1.1: 1.2.840.10008.1.2"}));
+  EXPECT_EQ(provider.proposals, (std::vector<std::string>{"1.2.840.10008.1.1: 1.2.840.10008.1.2"}));
 }
 
 TEST(PeerVerification, OneThatEndsTheLinkInsteadIsNot) {

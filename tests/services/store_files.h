@@ -43,8 +43,9 @@ inline Bytes ImageFile(std::string_view instance = "1.2.3.4",
                        Encoding encoding = Encoding::kExplicitLittle) {
   DataSetBuilder words(encoding);
   for (const std::uint16_t word : kWords) words.U16(word);
-  return FileOf(encoding, ImageHead(encoding, sopClass, instance, 2, 16)
-                              .Element(0x7FE0, 0x0010, "OW", words.Done()));
+  return FileOf(
+      encoding,
+      ImageHead(encoding, sopClass, instance, 2, 16).Element(0x7FE0, 0x0010, "OW", words.Done()));
 }
 
 /// An image of two rows of four bytes in one fragment of `syntax`.

@@ -61,7 +61,7 @@ struct ProviderPlan {
 };
 
 /// One object as it came.
-struct Stored {
+struct StoredObject {
   std::string sopClass;
   std::string instance;
   std::string syntax;  // of the context that it came on
@@ -91,7 +91,7 @@ class StoreProvider {
   }
 
   // After End.
-  std::vector<Stored> stored;
+  std::vector<StoredObject> stored;
   std::vector<std::string> proposals;  // "class: syntax syntax", of the last association, in order
   std::string titles;                  // "calling > called", with their blanks
   std::size_t associations = 0;
@@ -161,7 +161,7 @@ class StoreProvider {
       Verification verification;
       return verification.Read(&acceptor, &command);
     }
-    Stored came;
+    StoredObject came;
     came.object = std::make_unique<DICOMDataObject>();
     if (!CStoreRQ::Read(command, &acceptor, came.object.get())) return false;
     const auto text = [](const DICOMObject& in, std::uint16_t group, std::uint16_t element) {

@@ -1,11 +1,11 @@
 // A queue of files on its way to a node in this process.
 #include "services/store_sender.h"
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
 #include <fstream>
 #include <functional>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "core/object_maker.h"
 #include "core/type_code.h"
@@ -204,7 +204,7 @@ TEST_F(StoreSending, FilesOfAnyNativeFormArriveTheSameInEitherForm) {
     provider.End();
     EXPECT_THAT(heard_.errors, ElementsAre());
     ASSERT_EQ(provider.stored.size(), 3u);
-    for (const Stored& came : provider.stored) {
+    for (const StoredObject& came : provider.stored) {
       EXPECT_EQ(came.syntax, syntax);
       EXPECT_EQ(ValueOf(*came.object->GetVR(0x7FE0, 0x0010)), LittleWords());
       EXPECT_EQ(ValueOf(*came.object->GetVR(0x0028, 0x0100)), (Bytes{16, 0}));
@@ -219,9 +219,9 @@ TEST_F(StoreSending, AClassThatWasNotAddedHasNoContext) {
   StoreProvider provider;
   EXPECT_TRUE(Send(provider.Port()));
   EXPECT_THAT(heard_.lines, ElementsAre("error a 0", "sent b 1", "finished 1 1"));
-  EXPECT_THAT(heard_.errors,
-              ElementsAre("Error sending [" + path + "]: Cannot find Presentation Context for SOP " +
-                          "Class[1.2.840.10008.5.1.4.1.1.4]"));
+  EXPECT_THAT(heard_.errors, ElementsAre("Error sending [" + path +
+                                         "]: Cannot find Presentation Context for SOP " +
+                                         "Class[1.2.840.10008.5.1.4.1.1.4]"));
 }
 
 TEST_F(StoreSending, AFileWithoutASyntaxIsNotTranscoded) {
@@ -289,16 +289,16 @@ TEST_F(StoreSending, AFileThatIsAddedMeanwhileIsSentToo) {
 
 TEST_F(StoreSending, AfterALostLinkEachFileEndsInAnErrorOfItsOwn) {
   for (const char* name : {"1", "2", "3", "4"}) Add(name, ImageFile());
-  StoreProvider provider({.answer = [](std::size_t at) { return StoreAnswer{.endsLink = at == 1}; }});
+  StoreProvider provider(
+      {.answer = [](std::size_t at) { return StoreAnswer{.endsLink = at == 1}; }});
   std::vector<std::string> links;
   heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
   EXPECT_TRUE(Send(provider.Port()));
   EXPECT_THAT(heard_.lines,
               ElementsAre("sent 1 0", "error 2 1", "error 3 2", "error 4 3", "finished 1 3"));
-  EXPECT_THAT(heard_.errors,
-              ElementsAre(EndsWith("2]: The peer has closed the link"),
-                          EndsWith("3]: The association has ended"),
-                          EndsWith("4]: The association has ended")));
+  EXPECT_THAT(heard_.errors, ElementsAre(EndsWith("2]: The peer has closed the link"),
+                                         EndsWith("3]: The association has ended"),
+                                         EndsWith("4]: The association has ended")));
   EXPECT_THAT(links, ElementsAre("", "The peer has closed the link", "The association has ended",
                                  "The association has ended"));
   provider.End();

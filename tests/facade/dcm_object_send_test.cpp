@@ -1,0 +1,137 @@
+// One object that is in memory, sent to a node in this process.
+#include <string>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "core/object_maker.h"
+#include "facade/dcm_object_helpers.h"
+#include "services/store_files.h"
+#include "services/store_provider.h"
+#include "support/temp_folder.h"
+
+namespace tessaret::test {
+namespace {
+
+using testing::ElementsAre;
+
+class ObjectSending : public testing::Test {
+ protected:
+  Ref<IDCMObject> Loaded(const Bytes& file) {
+    WriteBytes(folder_.File("in.dcm"), file);
+    auto object = NewObject();
+    EXPECT_EQ(object->Load(folder_.File("in.dcm"), true), kOk) << LastError().text;
+    return object;
+  }
+  Status Send(const Ref<IDCMObject>& object, const std::string& port) {
+    sent_ = VariantBool::Of(77);
+    return object->Send("127.0.0.1", port, "HERE", "THERE", {}, &sent_);
+  }
+
+  const TempFolder folder_;
+  VariantBool sent_;
+};
+
+TEST_F(ObjectSending, GoesOverAnAssociationOfItsOwn) {
+  StoreProvider provider;
+  const auto object = Loaded(ImageFile());
+  ASSERT_EQ(Send(object, provider.Port()), kOk) << LastError().text;
+  EXPECT_EQ(sent_.value, -1);
+  provider.End();
+  EXPECT_EQ(provider.associations, 1u);
+  EXPECT_EQ(provider.releases, 1u);
+  EXPECT_EQ(provider.titles, "HERE             > THERE           ");
+  EXPECT_THAT(provider.proposals,
+              ElementsAre("1.2.840.10008.5.1.4.1.1.2: 1.2.840.10008.1.2.1 1.2.840.10008.1.2"));
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].instance, "1.2.3.4");
+  EXPECT_EQ(ValueOf(*provider.stored[0].object->GetVR(0x7FE0, 0x0010)), LittleWords());
+  EXPECT_EQ(TextOf(*provider.stored[0].object->GetVR(0x0010, 0x0010)), "Doe^Jane");
+}
+
+TEST_F(ObjectSending, LeavesTheObjectAsItIs) {
+  for (const Encoding encoding : kAllEncodings) {
+    for (const char* syntax : {kImplicit, kExplicit, kBig}) {
+      StoreProvider provider({.syntaxes = {syntax}});
+      const auto object = Loaded(ImageFile("1.2.3.4", kCTStorage, encoding));
+      ASSERT_EQ(object->Save(folder_.File("before.dcm")), kOk);
+      const bool isProposed = syntax != kBig || encoding == Encoding::kExplicitBig;
+      const bool isExplicit = syntax == kExplicit && encoding != Encoding::kExplicitLittle;
+      const Status status = Send(object, provider.Port());
+      EXPECT_EQ(status, isProposed && !isExplicit ? kOk : kException) << syntax;
+      ASSERT_EQ(object->Save(folder_.File("after.dcm")), kOk);
+      EXPECT_EQ(ReadBytes(folder_.File("after.dcm")), ReadBytes(folder_.File("before.dcm")));
+      provider.End();
+      if (Failed(status)) continue;
+      ASSERT_EQ(provider.stored.size(), 1u);
+      EXPECT_EQ(provider.stored[0].syntax, syntax);
+      // The provider leaves numbers in the order in which they came.
+      const Bytes bigWords = {0x01, 0x02, 0x03, 0x04, 0x80, 0x01, 0x00, 0xFF};
+      EXPECT_EQ(ValueOf(*provider.stored[0].object->GetVR(0x7FE0, 0x0010)),
+                syntax == kBig ? bigWords : LittleWords());
+    }
+  }
+}
+
+TEST_F(ObjectSending, WithoutASyntaxImplicitIsProposedAlone) {
+  StoreProvider provider;
+  const auto object = NewObject();
+  ASSERT_EQ(Put(object, 0x0008, 0x0016, kCTStorage), kOk);
+  ASSERT_EQ(Put(object, 0x0008, 0x0018, "1.2.3"), kOk);
+  ASSERT_EQ(Send(object, provider.Port()), kOk) << LastError().text;
+  provider.End();
+  EXPECT_THAT(provider.proposals, ElementsAre("1.2.840.10008.5.1.4.1.1.2: 1.2.840.10008.1.2"));
+  EXPECT_EQ(provider.stored.at(0).instance, "1.2.3");
+}
+
+TEST_F(ObjectSending, NeedsASopClass) {
+  StoreProvider provider;
+  const auto object = ObjectOfPatient("1");
+  EXPECT_FAILS_WITH(Send(object, provider.Port()), "Missing SOP Class for C-STORE");
+  EXPECT_EQ(sent_.value, 0);
+  // One that no association can name is none.
+  for (const std::string& text : {std::string(), "1." + std::string(64, '2')}) {
+    ASSERT_EQ(object->PutVRRawString(0x0008, 0x0016, "UI", text), kOk);
+    EXPECT_FAILS_WITH(Send(object, provider.Port()), "Missing SOP Class for C-STORE");
+  }
+  provider.End();
+  EXPECT_EQ(provider.associations, 0u);
+}
+
+TEST_F(ObjectSending, TellsWhyThereIsNoAssociation) {
+  const auto object = Loaded(ImageFile());
+  AnsweringPeer refusing(Refusal(2, 1, 7));
+  EXPECT_FAILS_WITH(Send(object, refusing.Port()),
+                    "Connection to  127.0.0.1: THERE temporarily refused\nUnknown remote AETitle");
+  EXPECT_EQ(sent_.value, 0);
+  StoreProvider other({.callingTitle = "OTHER"});
+  EXPECT_FAILS_WITH(Send(object, other.Port()),
+                    "Connection to  127.0.0.1: THERE permanently refused\nUnknown local AETitle");
+}
+
+TEST_F(ObjectSending, ALinkThatEndsIsAnErrorDuringTransfer) {
+  StoreProvider provider({.answer = [](std::size_t) { return StoreAnswer{.endsLink = true}; }});
+  EXPECT_FAILS_WITH(Send(Loaded(ImageFile()), provider.Port()), "Error during transfer");
+  EXPECT_EQ(sent_.value, 0);
+}
+
+TEST_F(ObjectSending, AnyAnswerIsOne) {
+  StoreProvider provider({.answer = [](std::size_t) { return StoreAnswer{.status = 0xA700}; }});
+  EXPECT_EQ(Send(Loaded(ImageFile()), provider.Port()), kOk);
+  EXPECT_EQ(sent_.value, -1);
+}
+
+TEST_F(ObjectSending, OwnershipHasNoEffect) {
+  StoreProvider provider;
+  const auto object = Loaded(ImageFile());
+  for (const bool owned : {true, false}) {
+    VariantBool sent;
+    ASSERT_EQ(object->Send("127.0.0.1", provider.Port(), "HERE", "THERE", owned, &sent), kOk);
+    EXPECT_TRUE(sent.IsTrue());
+    EXPECT_EQ(Text(object, 0x0010, 0x0010), "Doe^Jane");
+  }
+  EXPECT_EQ(object->Send("127.0.0.1", provider.Port(), "HERE", "THERE", {}, nullptr), kPointer);
+}
+
+}  // namespace
+}  // namespace tessaret::test
