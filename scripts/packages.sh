@@ -13,7 +13,7 @@ packages_for() {
   case "$1" in
     build | bench) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
     bench_peers) printf '%s\n' libdcmtk-dev libgdcm-dev ;;
-    demo) printf '%s\n' "${build_packages[@]}" dcmtk ;;
+    demo) printf '%s\n' "${build_packages[@]}" dcmtk orthanc ;;
     fuzz) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" ;;
     coverage) printf '%s\n' "${build_packages[@]}" "${peer_packages[@]}" "${python_packages[@]}" gcovr ;;
     check) printf '%s\n' "${build_packages[@]}" "${clang_packages[@]}" "${check_packages[@]}" ;;
