@@ -1,7 +1,9 @@
 // Sockets that are connected: sending, receiving, closing, and what they are before that.
 #include "net/socket.h"
 
+#include <chrono>
 #include <cstdlib>
+#include <cstring>
 #include <string>
 
 #include <gtest/gtest.h>

