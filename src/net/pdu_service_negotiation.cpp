@@ -226,7 +226,7 @@ int PDU_Service::Negotiate() {
     reply.AddRoleSelect(SCPSCURoleSelect(role.UID, SCPRoleReply(role.UID, role.SCPRole),
                                          SCURoleReply(role.UID, role.SCURole)));
   }
-  return AAssociateAC.Write(*this) ? 1 : 0;
+  return AAssociateAC.Write(*this) ? 1 : Fail(Link.GetLastError());
 }
 
 bool PDU_Service::AcceptTransferSyntax(const UID& transferSyntax) {

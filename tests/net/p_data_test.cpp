@@ -172,27 +172,6 @@ TEST(PDataRead, FailsWhereThePeerClosesAtAnyByte) {
   }
 }
 
-/// The most memory that this process has ever had, in KiB.
-long PeakMemory() {
-  long peak = 0;
-  std::ifstream status("/proc/self/status");
-  for (std::string line; std::getline(status, line);) {
-    if (line.starts_with("VmHWM:")) peak = std::atol(line.c_str() + 6);
-  }
-  return peak;
-}
-
-TEST(PDataRead, TakesMemoryOnlyForWhatHasCome) {
-  Association association(kContexts);
-  association.peer.SendAll(
-      Joined({{4, 0}, Big32(0x7FFFFFFF), Big32(0x7FFFFFFB), {3, 2}, Bytes(100)}));
-  const long before = PeakMemory();
-  DICOMDataObject object;
-  EXPECT_EQ(association.pdu.Read(object), 0);
-  EXPECT_EQ(Words(association.pdu), "Error reading P-DATA-TF from network");
-  EXPECT_LT(PeakMemory() - before, 8 * 1024);
-}
-
 // --- the trace ---
 
 TEST(PDataTrace, ShowsHeadAndBytesOfEachFragmentSent) {

@@ -1,0 +1,237 @@
+// Associations with peers and systems that fail: short and broken calls, no memory, hundreds of bad peers.
+#include <sys/resource.h>
+
+#include <cerrno>
+#include <filesystem>
+#include <random>
+
+#include <gtest/gtest.h>
+
+#include "net/command_elements.h"
+#include "net/scripted_peer.h"
+#include "net/storage.h"
+#include "net/verification.h"
+#include "platform/socket_calls.h"
+#include "support/allocation_failure.h"
+#include "support/build_kind.h"
+#include "support/child_process.h"
+
+namespace tessaret::test {
+namespace {
+
+const std::vector<Agreed> kContexts = {{1, kEcho, kImplicit}, {3, kCt, kImplicit}};
+
+Bytes EchoRequest() {
+  return Data(
+      1, kWholeCommand,
+      Command().Uid(0x0002, kEcho).Number(0x0100, 0x0030).Number(0x0110, 1).Number(0x0800, 0x0101));
+}
+
+Bytes StoreRequest() {
+  return Joined({Data(3, kWholeCommand,
+                      Command()
+                          .Uid(0x0002, kCt)
+                          .Number(0x0100, 0x0001)
+                          .Number(0x0110, 3)
+                          .Number(0x0800, 0x0102)
+                          .Uid(0x1000, "1.2.3")),
+                 Fragmented(3, 0, Elements().Value(0x7FE0, 0x0010, Pattern(6000)))});
+}
+
+/// Request, echo, store and release, as a peer sends them.
+Bytes Session() {
+  return Joined({RequestFor({{1, kEcho, {kImplicit}}, {3, kCt, {kImplicit}}}), EchoRequest(),
+                 StoreRequest(), ReleaseRequest()});
+}
+
+/// Serves one connection to its end. Whether an association stood.
+bool Serve(PDU_Service& pdu, int connected) {
+  if (pdu.Listen(connected) == 0) return false;
+  for (;;) {
+    DICOMCommandObject command;
+    DICOMDataObject object;
+    if (pdu.Read(command) == 0) break;
+    if (!Verification().Read(&pdu, &command) && !UnknownStorage().Read(&pdu, &command, &object))
+      break;
+  }
+  pdu.Link.Close();
+  return true;
+}
+
+Bytes AnswersTo(const Bytes& session) {
+  Connection connection;
+  connection.peer.SendAll(session);
+  PDU_Service pdu;
+  Serve(pdu, connection.ours);
+  return connection.peer.Received();
+}
+
+std::mt19937 chance(1);
+
+/// Lets one byte through a call, and breaks calls by chance in one of the ways that are none of its fault.
+int OneByteAtATime(SocketCall call, std::size_t& count) {
+  count = std::min<std::size_t>(count, 1);
+  if (call != SocketCall::kSend && call != SocketCall::kReceive && call != SocketCall::kWait)
+    return 0;
+  const auto what = chance() % 3;
+  if (what == 0) return EINTR;
+  return what == 1 && call != SocketCall::kWait ? EAGAIN : 0;
+}
+
+TEST(BrokenCalls, ChangeNothingOfWhatIsSent) {
+  const Bytes expected = AnswersTo(Session());
+  EXPECT_EQ(TypesOf(expected), "2446");
+  SetSocketCallHook(OneByteAtATime);
+  const Bytes answers = AnswersTo(Session());
+  SetSocketCallHook(nullptr);
+  EXPECT_EQ(answers, expected);
+}
+
+int sendsLeft = 0;
+
+int LoseTheLink(SocketCall call, std::size_t&) {
+  return call == SocketCall::kSend && sendsLeft-- <= 0 ? ECONNRESET : 0;
+}
+
+TEST(BrokenCalls, EndTheAssociationWhereTheLinkIsLostWithinAnAnswer) {
+  for (int sends = 0; sends < 4; ++sends) {
+    Connection connection;
+    connection.peer.SendAll(Session());
+    PDU_Service pdu;
+    sendsLeft = sends;
+    SetSocketCallHook(LoseTheLink);
+    EXPECT_EQ(Serve(pdu, connection.ours), sends > 0);
+    SetSocketCallHook(nullptr);
+    EXPECT_EQ(pdu.Link.Connected, 0);
+  }
+}
+
+TEST(BrokenPeers, ThatResetTheLinkEndTheAssociation) {
+  const Bytes session = Session();
+  for (std::size_t size = 0; size < session.size(); size += 97) {
+    const Listener listener;
+    Peer peer = ConnectTo(listener.Port());
+    peer.Send(Bytes(session.begin(), session.begin() + static_cast<int>(size)));
+    const linger atOnce{.l_onoff = 1, .l_linger = 0};
+    ::setsockopt(peer.Descriptor(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    Peer accepted = listener.Accept();
+    peer.Close();  // with a reset
+    PDU_Service pdu;
+    Serve(pdu, ::dup(accepted.Descriptor()));
+    EXPECT_EQ(pdu.Link.Connected, 0);
+    EXPECT_FALSE(Words(pdu).empty());
+  }
+}
+
+std::size_t OpenDescriptors() {
+  const auto entries = std::filesystem::directory_iterator("/proc/self/fd");
+  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
+}
+
+TEST(BrokenPeers, ByTheHundredsLeaveNoDescriptor) {
+  const std::size_t before = OpenDescriptors();
+  std::mt19937 random(20);
+  const Bytes session = Session();
+  for (int turn = 0; turn < 600; ++turn) {
+    Bytes sent = session;
+    switch (turn % 4) {
+      case 0:
+        sent.resize(random() % sent.size());
+        break;
+      case 1:
+        for (int i = 0; i < 20; ++i)
+          sent[random() % sent.size()] = static_cast<std::uint8_t>(random());
+        break;
+      case 2:
+        sent = Joined({RequestFor({{1, kEcho, {kImplicit}}}), AbortPdu(0, 0)});
+        break;
+      default:
+        break;
+    }
+    AnswersTo(sent);
+  }
+  EXPECT_EQ(OpenDescriptors(), before);
+}
+
+TEST(BrokenPeers, MayChangeAnyByteOfASession) {
+  const Bytes session = Session();
+  // Every byte up to the store's object, whose bytes are no business of the association.
+  for (std::size_t at = 0; at < session.size() - 6100; ++at) {
+    for (const std::uint8_t value : Bytes{0, 1, 0x7F, 0xFF}) {
+      Bytes sent = session;
+      sent[at] = value;
+      AnswersTo(sent);
+    }
+  }
+}
+
+TEST(Memory, EndsTheAssociationWithWordsWhereThereIsNone) {
+  const Bytes requests = Joined({EchoRequest(), StoreRequest()});
+  const std::uint64_t allocations = FailEveryAllocation([&] {
+    try {
+      Association association(kContexts);
+      association.peer.Send(requests);
+      for (int i = 0; i < 2; ++i) {
+        DICOMCommandObject command;
+        DICOMDataObject object;
+        if (association.pdu.Read(command) == 0) {
+          EXPECT_EQ(association.pdu.Link.Connected, 0);
+          break;
+        }
+        if (!Verification().Read(&association.pdu, &command)) {
+          UnknownStorage().Read(&association.pdu, &command, &object);
+        }
+      }
+    } catch (const std::bad_alloc&) {  // out of what is written
+    }
+  });
+  EXPECT_GT(allocations, 10u);
+}
+
+TEST(Memory, IsTakenOnlyForWhatHasCome) {
+  if (kInstrumented) GTEST_SKIP() << "their shadow needs address space";
+  EXPECT_EQ(RunInChild([] {
+              Association association(kContexts);
+              // 2 GiB are announced, by the PDU and by the PDV, and 100 bytes come.
+              association.peer.SendAll(
+                  Joined({{4, 0}, Big32(0x7FFFFFFF), Big32(0x7FFFFFFB), {3, 2}, Bytes(100)}));
+              long pages = 0;
+              std::ifstream("/proc/self/statm") >> pages;
+              const auto most =
+                  static_cast<rlim_t>(pages * ::sysconf(_SC_PAGESIZE)) + (rlim_t{16} << 20);
+              const rlimit limit{.rlim_cur = most, .rlim_max = most};
+              ::setrlimit(RLIMIT_AS, &limit);
+              DICOMDataObject object;
+              if (association.pdu.Read(object) != 0) return 1;
+              return Words(association.pdu) == "Error reading P-DATA-TF from network" ? 0 : 2;
+            }),
+            0);
+}
+
+/// What this process holds in memory, in KiB.
+long HeldMemory() {
+  long pages = 0;
+  long resident = 0;
+  std::ifstream("/proc/self/statm") >> pages >> resident;
+  return resident * ::sysconf(_SC_PAGESIZE) / 1024;
+}
+
+TEST(Memory, OfAnIdleAssociationIsSmall) {
+  if (kInstrumented) GTEST_SKIP() << "the bound is for what is shipped";
+  std::vector<std::unique_ptr<PDU_Service>> idle;
+  std::vector<Peer> peers;
+  const long before = HeldMemory();
+  constexpr int kIdle = 64;
+  for (int i = 0; i < kIdle; ++i) {
+    Connection connection;
+    connection.peer.Send(RequestFor({{1, kEcho, {kImplicit}}, {3, kCt, {kImplicit}}}));
+    idle.push_back(std::make_unique<PDU_Service>());
+    ASSERT_EQ(idle.back()->Listen(connection.ours), 1);
+    peers.push_back(std::move(connection.peer));
+  }
+  EXPECT_LT((HeldMemory() - before) / kIdle, 256);
+  for (const auto& pdu : idle) pdu->Link.Close();
+}
+
+}  // namespace
+}  // namespace tessaret::test

@@ -1,0 +1,199 @@
+// What another thread may do to an association, and many of them at once.
+#include <atomic>
+#include <chrono>
+#include <set>
+
+#include <gtest/gtest.h>
+
+#include "net/command_elements.h"
+#include "net/identifiers.h"
+#include "net/scripted_peer.h"
+#include "net/storage.h"
+#include "net/verification.h"
+#include "support/all_threads.h"
+
+namespace tessaret::test {
+namespace {
+
+/// Runs `work`, which waits on `link` for a peer that does nothing, and closes the link meanwhile. Seconds from there to its end.
+template <class Work>
+double SecondsToEnd(Socket& link, Work work) {
+  std::atomic<bool> hasEnded = false;
+  std::thread worker([&] {
+    work();
+    hasEnded = true;
+  });
+  // Wherever it is by then, it has to end.
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_FALSE(hasEnded);
+  link.Close();
+  worker.join();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Closing takes milliseconds; the bound is for machines under load, and far below any timeout.
+constexpr double kSoon = 5;
+
+TEST(CloseByAnotherThread, EndsARead) {
+  Association association({{1, kEcho, kImplicit}});
+  EXPECT_LT(SecondsToEnd(association.pdu.Link,
+                         [&] {
+                           DICOMCommandObject command;
+                           EXPECT_EQ(association.pdu.Read(command), 0);
+                         }),
+            kSoon);
+}
+
+TEST(CloseByAnotherThread, EndsARequestThatIsNotAnswered) {
+  const Listener silent;
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.Connect("127.0.0.1", silent.Port()), 0); }),
+            kSoon);
+}
+
+TEST(CloseByAnotherThread, EndsAReleaseThatIsNotAnswered) {
+  Association association({{1, kEcho, kImplicit}});
+  EXPECT_LT(SecondsToEnd(association.pdu.Link, [&] { EXPECT_EQ(association.pdu.Close(), 1); }),
+            kSoon);
+}
+
+TEST(CloseByAnotherThread, EndsAWriteThatThePeerDoesNotTake) {
+  Association association({{1, kEcho, kImplicit}});
+  EXPECT_LT(SecondsToEnd(association.pdu.Link,
+                         [&] {
+                           const std::string much(1 << 24, 'x');
+                           DICOMDataObject object;
+                           PutBytes(object, 0x7FE0, 0x0010, type_code::OW, much);
+                           EXPECT_FALSE(association.pdu.Write(object, UID(kEcho)));
+                         }),
+            kSoon);
+}
+
+TEST(CloseByAnotherThread, EndsWaitingForAPeer) {
+  Listener listener;
+  PDU_Service pdu;
+  const int handle = listener.Give();
+  EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); }), kSoon);
+}
+
+TEST(CloseByAnotherThread, EndsWaitingForTheRequestOfAPeer) {
+  Listener listener;
+  const Peer idle = ConnectTo(listener.Port());
+  PDU_Service pdu;
+  const int handle = listener.Give();
+  EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); }), kSoon);
+}
+
+/// A provider of echoes and stores that serves each association on a thread of its own.
+class Provider {
+ public:
+  Provider() : port_(listener_.Port()), acceptor_([this] { Accept(); }) {}
+  ~Provider() {
+    ::shutdown(listener_.Descriptor(), SHUT_RDWR);
+    acceptor_.join();
+    for (std::thread& server : servers_) server.join();
+    static_cast<void>(listener_.Give());  // closed with the last acceptor
+  }
+  [[nodiscard]] const std::string& Port() const { return port_; }
+  [[nodiscard]] int Stored() const { return stored_; }
+
+ private:
+  class Store : public UnknownStorage {
+   public:
+    explicit Store(std::atomic<int>& stored) : stored_(stored) {}
+    std::uint32_t StoreObject(DICOMDataObject*) override {
+      ++stored_;
+      return 0;
+    }
+
+   private:
+    std::atomic<int>& stored_;
+  };
+
+  void Accept() {
+    for (int handle = listener_.Descriptor(); handle != 0;) {
+      auto pdu = std::make_unique<PDU_Service>();
+      handle = pdu->AcceptNext(handle);
+      if (handle != 0) servers_.emplace_back([this, pdu = std::move(pdu)] { Serve(*pdu); });
+    }
+  }
+
+  void Serve(PDU_Service& pdu) {
+    for (;;) {
+      DICOMCommandObject command;
+      DICOMDataObject object;
+      if (pdu.Read(command) == 0) break;
+      if (Verification().Read(&pdu, &command)) continue;
+      if (!Store(stored_).Read(&pdu, &command, &object)) break;
+    }
+    pdu.Link.Close();
+  }
+
+  Listener listener_{256};
+  std::string port_;
+  std::atomic<int> stored_ = 0;
+  std::vector<std::thread> servers_;
+  std::thread acceptor_;
+};
+
+TEST(ManyAssociations, AtOnceHaveIdentifiersOfTheirOwn) {
+  const Provider provider;
+  OnAllThreads([&](int) {
+    for (int turn = 0; turn < 20; ++turn) {
+      PDU_Service pdu;
+      pdu.AddAbstractSyntax(UID(kEcho));
+      for (int i = 0; i < 20; ++i) pdu.AddAbstractSyntax(UID("1.2." + std::to_string(i)));
+      ASSERT_EQ(pdu.Connect("127.0.0.1", provider.Port()), 1) << Words(pdu);
+      std::set<int> identifiers;
+      for (const PresentationContext& context : pdu.AAssociateRQ.PresentationContexts) {
+        EXPECT_EQ(context.PresentationContextID % 2, 1);
+        EXPECT_TRUE(identifiers.insert(context.PresentationContextID).second);
+      }
+      EXPECT_EQ(pdu.AcceptedContexts.size(), 21u);
+      EXPECT_TRUE(Verification().Write(&pdu)) << Words(pdu);
+      EXPECT_EQ(pdu.Close(), 1);
+    }
+  });
+}
+
+TEST(ManyAssociations, StoreAtOnce) {
+  const Provider provider;
+  OnAllThreads([&](int number) {
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kCt));
+    ASSERT_EQ(pdu.Connect("127.0.0.1", provider.Port()), 1) << Words(pdu);
+    for (int i = 0; i < 25; ++i) {
+      DICOMDataObject object;
+      PutUid(object, 0x0008, 0x0018, "1.2." + std::to_string(number) + "." + std::to_string(i));
+      PutBytes(object, 0x7FE0, 0x0010, type_code::OW, std::string(9000, 'x'));
+      CTStorage storage;
+      EXPECT_TRUE(storage.Write(&pdu, &object)) << Words(pdu);
+      EXPECT_EQ(storage.Status, 0);
+    }
+    pdu.Close();
+  });
+  EXPECT_EQ(provider.Stored(), 25 * kThreads);
+}
+
+TEST(Identifiers, AreHandedOutOnceEach) {
+  SetIdentifierCounter(0xFFFFFF00);  // comes round at its end
+  std::array<std::vector<std::uint32_t>, kThreads> taken;
+  OnAllThreads([&](int number) {
+    for (int i = 0; i < 1000; ++i) {
+      taken[static_cast<std::size_t>(number)].push_back(TakeOddIdentifier());
+      TakeIdentifier();
+    }
+  });
+  std::set<std::uint32_t> all;
+  for (const auto& some : taken) {
+    for (const std::uint32_t identifier : some) {
+      EXPECT_EQ(identifier % 2, 1u);
+      EXPECT_TRUE(all.insert(identifier).second);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace tessaret::test
