@@ -3,7 +3,9 @@
 
 #include <gtest/gtest.h>
 
+#include "core/trace.h"
 #include "net/scripted_peer.h"
+#include "support/temp_folder.h"
 
 namespace tessaret::test {
 namespace {
@@ -338,6 +340,22 @@ TEST(AcceptNext, HoldsNothingAgainstAPeerThatTheOneBeforeHasSaid) {
   EXPECT_EQ(good.ReceivePdu(),
             Associate(2, "B", "A",
                       Joined({ApplicationItem(), AcceptItem(1, 0, kImplicit), OurUserItem(0)})));
+  pdu.Link.Close();
+}
+
+TEST(AcceptNext, MarksAnAssociationInTheTrace) {
+  const TempFolder folder;
+  const std::string path = folder.File("trace");
+  const Listener listener;
+  Peer peer = ConnectTo(listener.Port());
+  peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  PDU_Service pdu;
+  SetDumpFile(path.c_str());
+  SetDumpFlag(kDumpPdu, true);
+  EXPECT_EQ(pdu.AcceptNext(listener.Descriptor()), listener.Descriptor());
+  SetDumpFlag(kDumpPdu, false);
+  SetDumpFile(nullptr);
+  EXPECT_TRUE(ReadText(path).ends_with("Accepted association\n"));
   pdu.Link.Close();
 }
 

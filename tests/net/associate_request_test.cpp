@@ -89,6 +89,24 @@ TEST(AssociateRequest, PutsImplicitLittleEndianFirstWhereNothingWasAddedBefore) 
   EXPECT_EQ(further.TransferSyntaxes.size(), 2u);
 }
 
+TEST(AssociateRequest, ProposesContextsThatTheCallerHasMade) {
+  Bytes request;
+  ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
+  PDU_Service pdu;
+  PresentationContext context;
+  context.PresentationContextID = 11;
+  context.AbstractSyntax.Set(kCt);
+  context.TransferSyntaxes.emplace_back(kBigEndianSyntax);
+  EXPECT_EQ(pdu.AAssociateRQ.AddPresentationContext(context), 1);
+  pdu.AAssociateRQ.UserInformation.AddRoleSelect(SCPSCURoleSelect(UID(kCt), 1, 0));
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(request,
+            Associate(1, "", "",
+                      Joined({ApplicationItem(), ContextItem({11, kCt, {kBigEndianSyntax}}),
+                              OurUserItem(16384, RoleItem(kCt, 0, 1))})));
+}
+
 TEST(AssociateRequest, SendsTitlesOfSixteenBytesAndCutsLongerOnes) {
   PDU_Service pdu;
   pdu.SetCallingTitle("A");

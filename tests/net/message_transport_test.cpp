@@ -123,6 +123,14 @@ TEST(WriteMessage, SendsLongDataInFragmentsBehindTheCommand) {
                     Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, pixels))}));
 }
 
+TEST(WriteMessage, SendsWhatStandsInTheBuffer) {
+  Association association(kContexts);
+  association.pdu.PDataTF.VRBuffer.Write8(7);
+  association.pdu.PDataTF.MessageControl = kCommandPart;
+  EXPECT_TRUE(association.pdu.Write(std::uint8_t{5}));
+  EXPECT_EQ(association.peer.Received(), Data(5, kWholeCommand, {7}));
+}
+
 TEST(WriteMessage, SendsNothingAtAllForAnObjectWithoutElements) {
   Association association(kContexts);
   DICOMDataObject object;

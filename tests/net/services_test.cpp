@@ -194,6 +194,28 @@ TEST(Storage, AnswersWithTheStatusOfTheHookCutToTwoBytes) {
   }
 }
 
+TEST(Storage, EndsWhereTheHookClosesTheLink) {
+  class Closing : public UnknownStorage {
+   public:
+    explicit Closing(PDU_Service& pdu) : pdu_(pdu) {}
+    std::uint32_t StoreObject(DICOMDataObject*) override {
+      pdu_.Link.Close();
+      return 0;
+    }
+
+   private:
+    PDU_Service& pdu_;
+  };
+  Association association(kContexts);
+  association.peer.Send(Joined({StoreRequest(kCt), Data(3, kLastPart, NameBytes("A"))}));
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  DICOMDataObject object;
+  EXPECT_FALSE(Closing(association.pdu).Read(&association.pdu, &command, &object));
+  EXPECT_EQ(association.pdu.Read(command), 0);
+  EXPECT_TRUE(association.peer.ReceiveToEnd().empty());
+}
+
 TEST(Storage, StoresAnEmptyObjectWhereTheRequestSaysThatNoneFollows) {
   Association association(kContexts);
   association.peer.Send(StoreRequest(kCt, 0x0101));
@@ -420,6 +442,22 @@ TEST(Query, CancelsByItsMessageIdWhenTheCallerHasEnough) {
   const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
   ASSERT_EQ(sent.size(), 3u);
   EXPECT_EQ(sent[2], CancelRequest(21));
+}
+
+TEST(Query, ThrowsWhatTheRequestersHookThrows) {
+  class Throwing : public Finding<StudyRootQuery> {
+   public:
+    bool OnResponse(DICOMCommandObject* command, DICOMDataObject*) override {
+      if (command != nullptr) throw std::runtime_error("enough");
+      return true;
+    }
+  };
+  Association association(kContexts);
+  association.peer.Send(FindResponse(0xFF00, "AA"));
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  EXPECT_THROW(Throwing().Write(&association.pdu, &what), std::runtime_error);
+  EXPECT_EQ(NameIn(what), "Q*");
 }
 
 TEST(Query, WithoutAnAssociationOrAQueryIsRefused) {
