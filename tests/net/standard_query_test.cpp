@@ -1,0 +1,254 @@
+#include "net/standard_query.h"
+
+#include <stdexcept>
+
+#include <gtest/gtest.h>
+
+#include "net/command_elements.h"
+#include "net/identifiers.h"
+#include "net/service_helpers.h"
+
+namespace tessaret::test {
+namespace {
+
+/// A query that finds what it is given, and writes down what it is told.
+template <class Query>
+class Finding : public Query {
+ public:
+  bool SearchDatabase(DICOMDataObject& query,
+                      std::vector<std::unique_ptr<DICOMDataObject>>& response) override {
+    asked += NameIn(query) + ";";
+    if (throws) throw std::runtime_error("no");
+    response = std::move(matches);
+    return !fails;
+  }
+  bool OnResponse(DICOMCommandObject* command, DICOMDataObject* data) override {
+    told += (command == nullptr ? "query" : std::to_string(*CommandNumber(*command, 0x0900))) +
+            "=" + NameIn(*data) + ";";
+    return ++calls != cancelAt;
+  }
+  void Match(std::string_view name) {
+    matches.push_back(std::make_unique<DICOMDataObject>());
+    if (!name.empty()) PutBytes(*matches.back(), 0x0010, 0x0010, type_code::PN, name);
+  }
+  std::vector<std::unique_ptr<DICOMDataObject>> matches;
+  std::string asked;
+  std::string told;
+  bool throws = false;
+  bool fails = false;
+  int calls = 0;
+  int cancelAt = 0;
+};
+
+/// A response to a query: without a status, and with one.
+Bytes FindResponse(int status, std::string_view name, std::uint16_t field = 0x8020) {
+  Command command;
+  command.Uid(0x0002, kFind)
+      .Number(0x0100, field)
+      .Number(0x0120, 1)
+      .Number(0x0800, name.empty() ? 0x0101 : 0x0102);
+  if (status >= 0) command.Number(0x0900, static_cast<std::uint16_t>(status));
+  const Bytes whole = Data(5, kWholeCommand, command);
+  return name.empty() ? whole : Joined({whole, Data(5, kLastPart, NameBytes(name))});
+}
+
+TEST(Query, HandsResponsesOnUpToTheLast) {
+  const struct {
+    Bytes responses;
+    bool result;
+    const char* told;
+  } rows[] = {
+      {FindResponse(0, ""), true, "query=Q*;0=;"},
+      {Joined({FindResponse(0xFF00, "AA"), FindResponse(0xFF01, "BB"), FindResponse(0, "")}), true,
+       "query=Q*;65280=AA;65281=BB;0=;"},
+      {Joined({FindResponse(0xFF00, ""), FindResponse(0xFF00, "BB"), FindResponse(0xFE00, "")}),
+       true, "query=Q*;65280=BB;65024=;"},
+      {Joined({FindResponse(0xFF00, "AA"), FindResponse(0, "CC")}), true,
+       "query=Q*;65280=AA;0=CC;"},
+      {FindResponse(0xA700, ""), false, "query=Q*;"},
+      {FindResponse(0xC001, "AA"), false, "query=Q*;"},
+      {FindResponse(0xB000, ""), false, "query=Q*;"},
+      {FindResponse(0xFF00, "AA", 0x8021), false, "query=Q*;"},
+      {Joined({FindResponse(0xFF00, "AA"), ReleaseRequest()}), false, "query=Q*;65280=AA;"},
+      {FindResponse(0xFF00, "AA"), false, "query=Q*;65280=AA;"},
+      {{}, false, "query=Q*;"},
+  };
+  for (const auto& row : rows) {
+    Association association(kContexts);
+    association.peer.SendAll(row.responses);
+    Finding<StudyRootQuery> query;
+    DICOMDataObject what;
+    PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+    EXPECT_EQ(query.Write(&association.pdu, &what), row.result) << row.told;
+    EXPECT_EQ(query.told, row.told);
+    EXPECT_EQ(NameIn(what), "Q*") << "the query stays the caller's";
+  }
+}
+
+TEST(Query, CancelsByItsMessageIdWhenTheCallerHasEnough) {
+  Association association(kContexts);
+  association.peer.Send(
+      Joined({FindResponse(0xFF00, "AA"), FindResponse(0xFF00, "BB"), FindResponse(0, "")}));
+  Finding<StudyRootQuery> query;
+  query.cancelAt = 3;  // the query itself, AA, BB
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  SetIdentifierCounter(21);
+  EXPECT_FALSE(query.Write(&association.pdu, &what));
+  EXPECT_EQ(query.told, "query=Q*;65280=AA;65280=BB;");
+  const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
+  ASSERT_EQ(sent.size(), 3u);
+  EXPECT_EQ(sent[2], CancelRequest(21));
+}
+
+TEST(Query, ThrowsWhatTheRequestersHookThrows) {
+  class Throwing : public Finding<StudyRootQuery> {
+   public:
+    bool OnResponse(DICOMCommandObject* command, DICOMDataObject*) override {
+      if (command != nullptr) throw std::runtime_error("enough");
+      return true;
+    }
+  };
+  Association association(kContexts);
+  association.peer.Send(FindResponse(0xFF00, "AA"));
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  EXPECT_THROW(Throwing().Write(&association.pdu, &what), std::runtime_error);
+  EXPECT_EQ(NameIn(what), "Q*");
+}
+
+TEST(Query, WithoutAnAssociationOrAQueryIsRefused) {
+  Association association(kContexts);
+  Finding<StudyRootQuery> query;
+  DICOMDataObject what;
+  EXPECT_FALSE(query.Write(nullptr, &what));
+  EXPECT_FALSE(query.Write(&association.pdu, nullptr));
+  DICOMCommandObject command;
+  EXPECT_FALSE(query.Read(nullptr, &command));
+  EXPECT_FALSE(query.Read(&association.pdu, nullptr));
+  EXPECT_EQ(query.told, "");
+}
+
+/// What our provider answers.
+Bytes FindAnswer(std::uint16_t status, std::string_view name) {
+  const Bytes command = Data(5, kWholeCommand,
+                             Command()
+                                 .Uid(0x0002, kFind)
+                                 .Number(0x0100, 0x8020)
+                                 .Number(0x0110, 9)
+                                 .Number(0x0120, 9)
+                                 .Number(0x0700, 2)
+                                 .Number(0x0800, name.empty() ? 0x0101 : 0x0102)
+                                 .Number(0x0900, status));
+  return name.empty() ? command : Joined({command, Data(5, kLastPart, NameBytes(name))});
+}
+
+TEST(Query, AnswersEachMatchAndTheEnd) {
+  Association association(kContexts);
+  association.peer.Send(FindRequest());
+  Finding<StudyRootQuery> query;
+  query.Match("AA");
+  query.Match("");  // says nothing
+  query.matches.push_back(nullptr);
+  query.Match("BB");
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(query.Read(&association.pdu, &command));
+  EXPECT_EQ(query.asked, "Q*;");
+  EXPECT_EQ(association.peer.Received(),
+            Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xFF00, "BB"), FindAnswer(0, "")}));
+}
+
+TEST(Query, AnswersAFailureOfTheSearch) {
+  for (const bool throws : {true, false}) {
+    Association association(kContexts);
+    association.peer.Send(FindRequest());
+    Finding<StudyRootQuery> query;
+    query.throws = throws;
+    query.fails = !throws;
+    query.Match("AA");
+    DICOMCommandObject command;
+    ReadCommand(association, command);
+    EXPECT_TRUE(query.Read(&association.pdu, &command));
+    EXPECT_EQ(association.peer.Received(), FindAnswer(0xC001, ""));
+  }
+}
+
+TEST(Query, EndsWithACancelThatHasCome) {
+  Association association(kContexts);
+  association.peer.Send(Joined({FindRequest(), CancelRequest(9)}));
+  Finding<StudyRootQuery> query;
+  for (int i = 0; i < 100; ++i) query.Match("AA");
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(query.Read(&association.pdu, &command));
+  EXPECT_EQ(association.peer.Received(), FindAnswer(0xFE00, ""));
+}
+
+TEST(Query, GoesOnThoughSomethingElseThanACancelComes) {
+  Association association(kContexts);
+  association.peer.Send(Joined({FindRequest(), EchoResponse(0)}));
+  Finding<StudyRootQuery> query;
+  query.Match("AA");
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(query.Read(&association.pdu, &command));
+  EXPECT_EQ(association.peer.Received(), Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0, "")}));
+}
+
+TEST(Query, StopsWhereThePeerHasGone) {
+  Association association(kContexts);
+  association.peer.SendAll(FindRequest());
+  Finding<StudyRootQuery> query;
+  for (int i = 0; i < 100; ++i) query.Match("AA");
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_FALSE(query.Read(&association.pdu, &command));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(Query, TakesRequestsOfItsClassAndKindAlone) {
+  for (const Bytes& request :
+       {FindRequest("1.2.840.10008.5.1.4.1.2.1.1"), FindRequest(kFind, 0x0021)}) {
+    Association association(kContexts);
+    association.peer.Send(request);
+    Finding<StudyRootQuery> query;
+    DICOMCommandObject command;
+    ReadCommand(association, command);
+    EXPECT_FALSE(query.Read(&association.pdu, &command));
+    EXPECT_EQ(query.asked, "");
+    EXPECT_TRUE(association.peer.Received().empty());
+  }
+}
+
+TEST(Query, AnswersManyMatchesInTheirOrder) {
+  Association association(kContexts);
+  Finding<StudyRootQuery> query;
+  constexpr int kMatches = 5000;
+  for (int i = 0; i < kMatches; ++i) query.Match("AA");
+  association.peer.Send(FindRequest());
+  Bytes received;
+  std::thread reader([&] {
+    const std::size_t expected =
+        FindAnswer(0xFF00, "AA").size() * kMatches + FindAnswer(0, "").size();
+    received = association.peer.Receive(expected);
+  });
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(query.Read(&association.pdu, &command));
+  reader.join();
+  EXPECT_EQ(SplitPdus(received).size(), 2u * kMatches + 1);
+}
+
+TEST(Query, HasAClassForEachSopClass) {
+  EXPECT_EQ(UidOfService<Finding<PatientRootQuery>>(), "1.2.840.10008.5.1.4.1.2.1.1");
+  EXPECT_EQ(UidOfService<Finding<StudyRootQuery>>(), "1.2.840.10008.5.1.4.1.2.2.1");
+  EXPECT_EQ(UidOfService<Finding<PatientStudyOnlyQuery>>(), "1.2.840.10008.5.1.4.1.2.3.1");
+  UID uid;
+  Finding<StudyRootQuery> query;
+  EXPECT_TRUE(query.GetQueryUID(uid));
+  EXPECT_EQ(uid.View(), kFind);
+}
+
+}  // namespace
+}  // namespace tessaret::test
