@@ -142,7 +142,8 @@ int PDU_Service::AcceptNext(const std::string& port) {
 }
 
 int PDU_Service::AcceptNext(int listenHandle) {
-  if (Link.Connected != 0) Link.Close();
+  // The link alone: its listener may be the very one.
+  if (Link.Connected != 0) Link.ClosePeer();
   Link.AdoptListener(listenHandle);
   return AcceptOnListener();
 }

@@ -343,6 +343,21 @@ TEST(AcceptNext, HoldsNothingAgainstAPeerThatTheOneBeforeHasSaid) {
   pdu.Link.Close();
 }
 
+TEST(AcceptNext, GoesOnWithTheListenerOfTheObjectItself) {
+  Listener listener;
+  PDU_Service pdu;
+  const int handle = listener.Give();
+  pdu.Link.AdoptListener(handle);
+  for (int turn = 0; turn < 2; ++turn) {
+    Peer peer = ConnectTo(listener.Port());
+    peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+    ASSERT_EQ(pdu.AcceptNext(handle), handle);
+    pdu.Link.AdoptListener(handle);
+    EXPECT_EQ(TypesOf(peer.ReceivePdu()), "2");
+  }
+  pdu.Link.Close();
+}
+
 TEST(AcceptNext, MarksAnAssociationInTheTrace) {
   const TempFolder folder;
   const std::string path = folder.File("trace");
