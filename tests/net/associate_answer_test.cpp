@@ -375,11 +375,7 @@ TEST(AcceptNext, MarksAnAssociationInTheTrace) {
 }
 
 TEST(AcceptNext, ListensOnAPortOfItsOwn) {
-  std::string port;
-  {
-    const Listener free;
-    port = free.Port();
-  }
+  const std::string port = FreePort();
   std::thread client([&] {
     for (int turn = 0; turn < 1000; ++turn) {
       try {
@@ -409,11 +405,7 @@ TEST(AcceptNext, EndsWithWordsWhereNoPeerCanBeTaken) {
 }
 
 TEST(Listen, TakesOnePeerOnAPort) {
-  std::string port;
-  {
-    const Listener free;
-    port = free.Port();
-  }
+  const std::string port = FreePort();
   Bytes answer;
   std::thread client([&] {
     for (int turn = 0; turn < 1000 && answer.empty(); ++turn) {

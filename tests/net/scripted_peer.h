@@ -146,6 +146,20 @@ class Listener {
   std::string port_;
 };
 
+/// A port on which nobody listens, of those that the system hands out to nobody.
+inline std::string FreePort() {
+  static int next = 20000 + ::getpid() % 1000 * 10;
+  for (;; ++next) {
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(static_cast<std::uint16_t>(next));
+    const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const int result = ::bind(descriptor, reinterpret_cast<sockaddr*>(&address), sizeof address);
+    ::close(descriptor);
+    if (result == 0) return std::to_string(next++);
+  }
+}
+
 /// Connects to a port of this machine.
 inline Peer ConnectTo(const std::string& port) {
   const int descriptor = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);

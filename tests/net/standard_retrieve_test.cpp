@@ -164,11 +164,7 @@ TEST(Retrieve, HasAnAnswerForEveryFailureBeforeTheFirstInstance) {
   WriteBytes(folder.File("no class"),
              FileOf(Encoding::kExplicitLittle,
                     DataSetBuilder(Encoding::kExplicitLittle).Number(0x0028, 0x0010, 1)));
-  std::string gone;
-  {
-    const Listener listener;
-    gone = listener.Port();
-  }
+  const std::string gone = FreePort();
   const struct {
     const char* name;
     bool isUnknown;
