@@ -1,5 +1,7 @@
 #include "peer_options.h"
 
+#include <string>
+
 namespace tessaret::tool {
 namespace {
 
@@ -14,6 +16,15 @@ std::string WhyNoTitle(const std::string& text) {
     if (c < ' ' || c > '~' || c == '\\') return "a title has no such characters";
   }
   return {};
+}
+
+/// Why a text is no port, or nothing. What begins with no digit is the name of a service.
+std::string WhyNoPort(const std::string& text) {
+  if (text.empty()) return "is missing";
+  if (text[0] < '0' || text[0] > '9') return {};
+  const bool isNumber = text.find_first_not_of("0123456789") == std::string::npos;
+  const bool isPort = isNumber && text.size() <= 5 && text[0] != '0' && std::stoi(text) <= 65535;
+  return isPort ? std::string() : "is no port: one is a number from 1 to 65535, or a service";
 }
 
 }  // namespace
@@ -60,7 +71,10 @@ Peer TakePeer(std::vector<std::string>& words, const PeerOptions& options) {
     peer.port = words[1];
     taken = 2;
   }
-  if (peer.host.empty() || peer.port.empty()) throw UsageError("PORT", "is missing");
+  if (peer.host.empty()) throw UsageError("HOST", "is missing");
+  if (const std::string why = WhyNoPort(peer.port); !why.empty()) {
+    throw UsageError(peer.port.empty() ? "PORT" : peer.port, why);
+  }
   words.erase(words.begin(), words.begin() + static_cast<std::ptrdiff_t>(taken));
   return peer;
 }

@@ -1,4 +1,5 @@
 // tessaret send: sends DICOM files to another node.
+#include <algorithm>
 #include <memory>
 #include <utility>
 
@@ -25,12 +26,31 @@ struct SendOptions {
 
 constexpr std::int32_t kFirstWarning = 0xB000;
 constexpr std::int32_t kLastWarning = 0xBFFF;
+constexpr std::size_t kMostUidBytes = 64;
 
 struct Totals {
   std::uint64_t sent = 0;
   std::uint64_t warned = 0;
   std::uint64_t refused = 0;
   std::uint64_t failed = 0;
+  bool peerFailed = false;  // some of these, for which the file is not to blame
+};
+
+/// A file's line on standard output.
+struct FileLine {
+  const std::string& path;
+  std::int32_t status = -1;
+  const std::string& error;
+  const std::string& comment;
+
+  void Write(Output& output) const {
+    JsonWriter json(output);
+    json.BeginObject().Member("file", path).Member("ok", error.empty());
+    if (status >= 0) json.Member("status", static_cast<std::uint64_t>(status));
+    if (!comment.empty()) json.Member("comment", comment);
+    if (!error.empty()) json.Member("error", error);
+    json.EndObject().EndLine();
+  }
 };
 
 /// Hears of every file while they are sent.
@@ -70,9 +90,18 @@ class Sending final : public _IDcmCStoreEvents {
     return kOk;
   }
   Status SopError(const String& FileName, std::int16_t, const String& Message) override {
+    const std::string path = FileName.Utf8();
+    // Messages name the file themselves.
+    const std::string start = "Error sending [" + path + "]: ";
+    std::string why = Message.Utf8();
+    if (why.starts_with(start)) why.erase(0, start.size());
+    const Ref<IDcmStoreResponse> response = Ref<IDcmCStore>(&store_).As<IDcmStoreResponse>();
+    const bool isOfPeer =
+        !AnswerOf(*response, &IDcmStoreResponse::get_AssociationError).Utf8().empty();
     ++totals_.failed;
-    host_.messages.Error(FileName.Utf8(), Message.Utf8());
-    Tell(FileName.Utf8(), -1, Message.Utf8(), "");
+    totals_.peerFailed = totals_.peerFailed || isOfPeer;
+    host_.messages.Error(path, why);
+    Tell(path, -1, why, "");
     return kOk;
   }
   Status Finished(std::int16_t, std::int16_t) override { return kOk; }
@@ -83,13 +112,7 @@ class Sending final : public _IDcmCStoreEvents {
     ++done_;
     host_.messages.ShowProgress(done_, count_, "files");
     if (IsInterrupted()) store_.Cancel();
-    if (!host_.options.json) return;
-    JsonWriter json(host_.output);
-    json.BeginObject().Member("file", path).Member("ok", error.empty());
-    if (status >= 0) json.Member("status", static_cast<std::uint64_t>(status));
-    if (!comment.empty()) json.Member("comment", comment);
-    if (!error.empty()) json.Member("error", error);
-    json.EndObject().EndLine();
+    if (host_.options.json) FileLine{path, status, error, comment}.Write(host_.output);
   }
 
   IDcmCStore& store_;
@@ -111,6 +134,7 @@ class Send {
     const std::uint64_t count = AddFiles(paths);
     if (count == 0) {
       if (isComplete_ && totals_.failed == 0) host_.messages.Error("send", "no files to send");
+      Report("");
       return ExitCode::kInputFailed;
     }
     Sending sink(*store_, host_, count, totals_);
@@ -123,14 +147,15 @@ class Send {
     events->Unadvise(cookie);
     host_.messages.HideProgress();
     if (status == kOutOfMemory) throw std::bad_alloc();
+    std::string why;
     if (Failed(status)) {
-      host_.messages.Error(peer.title + "@" + peer.host + ":" + peer.port,
-                           WhyNoAssociation(*store_.As<IDcmStoreResponse>()));
-      return ExitCode::kNoAssociation;
+      why = WhyNoAssociation(*store_.As<IDcmStoreResponse>());
+      host_.messages.Error(peer.title + "@" + peer.host + ":" + peer.port, why);
     }
-    Report();
+    Report(why);
     StopIfInterrupted();
-    if (totals_.refused != 0) return ExitCode::kPeerFailed;
+    if (Failed(status)) return ExitCode::kNoAssociation;
+    if (totals_.refused != 0 || totals_.peerFailed) return ExitCode::kPeerFailed;
     return totals_.failed == 0 && isComplete_ ? ExitCode::kDone : ExitCode::kInputFailed;
   }
 
@@ -159,30 +184,46 @@ class Send {
     SourceOptions how;
     how.loadPixels = false;
     const SourceFile source = LoadSource(file, how, host_);
-    const std::string sopClass =
-        source.object ? SopClassOf(*FileOf(*source.object)) : std::string();
-    if (sopClass.empty()) {
+    std::string why = source.failure;
+    std::string sopClass;
+    if (source.object) {
+      const Ref<IDcmFile> object = FileOf(*source.object);
+      sopClass = UidIn(*object, 0x0016);
+      why = WhyNotToSend(sopClass, UidIn(*object, 0x0018));
+    }
+    if (!why.empty()) {
       ++totals_.failed;
-      host_.messages.Error(file, source.object ? "says no SOP class" : source.failure);
+      host_.messages.Error(file, why);
+      if (host_.options.json) FileLine{file, -1, why, ""}.Write(host_.output);
       return false;
     }
     Require(store_->AddFile(String(file), String(sopClass)));
     return true;
   }
 
-  static std::string SopClassOf(IDcmFile& file) {
-    std::string text = TextOf(file, MakeTagKey(0x0008, 0x0016));
+  /// Nodes end the association for a request without these, and the files behind it were lost.
+  static std::string WhyNotToSend(const std::string& sopClass, const std::string& instance) {
+    if (sopClass.empty()) return "says no SOP class";
+    if (instance.empty()) return "says no SOP instance";
+    const bool isLong = std::max(sopClass.size(), instance.size()) > kMostUidBytes;
+    return isLong ? "has a UID of more than 64 characters" : "";
+  }
+
+  static std::string UidIn(IDcmFile& file, std::uint16_t element) {
+    std::string text = TextOf(file, MakeTagKey(0x0008, element));
     while (!text.empty() && (text.back() == '\0' || text.back() == ' ')) text.pop_back();
     return text;
   }
 
-  void Report() {
+  /// With why there was no association, or nothing.
+  void Report(const std::string& why) {
     if (host_.options.json) {
       JsonWriter json(host_.output);
       json.BeginObject().Member("sent", totals_.sent).Member("warnings", totals_.warned);
       json.Member("refused", totals_.refused).Member("failed", totals_.failed);
+      if (!why.empty()) json.Member("error", why);
       json.EndObject().EndLine();
-    } else if (!host_.options.loudness.quiet) {
+    } else if (why.empty() && !host_.options.loudness.quiet) {
       host_.output.Line(Format("%llu files sent, %llu with warnings, %llu refused, %llu failed",
                                static_cast<unsigned long long>(totals_.sent + totals_.warned),
                                static_cast<unsigned long long>(totals_.warned),
@@ -222,6 +263,11 @@ VerbSetUp SetUpSend() {
             std::vector<std::string> words = options->words;
             TakePeer(words, options->peer);
             if (words.empty()) throw UsageError("FILE", "nothing is named to be sent");
+            for (const std::string& word : words) {
+              if (word == kStandardInput) {
+                throw UsageError(word, "is for reading; files are sent, ./- for one of that name");
+              }
+            }
           },
   };
 }

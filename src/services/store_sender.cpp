@@ -89,14 +89,16 @@ void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
     const std::string tail = TranscodeForPeer(pdu, *object, sopClass);
     if (!tail.empty()) {
       // Where the class was not accepted, the file is not at fault.
-      if (pdu.ContextIDFor(sopClass) == 0) LinkWords = tail.substr(kTailStart.size());
+      const bool isOfPeer = !sopClass.IsEmpty() && pdu.ContextIDFor(sopClass) == 0;
+      if (isOfPeer) LinkWords = tail.substr(kTailStart.size());
       throw start + tail;
     }
   }
   DicomStorage storage(*object);
   if (!StoreOver(pdu, storage, *object)) {
-    LinkWords = LastWordsOf(pdu);
-    throw start + "]: " + LinkWords;
+    const std::string words = LastWordsOf(pdu);
+    if (!storage.UID.IsEmpty() || pdu.Link.Connected == 0) LinkWords = words;
+    throw start + "]: " + words;
   }
   Response = ResponseIn(storage);
   // With one object always there the process does not give its memory back to the system, only to ask for it anew.

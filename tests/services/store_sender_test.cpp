@@ -241,6 +241,32 @@ TEST_F(StoreSending, AFileWithoutASyntaxIsNotTranscoded) {
                                          "]: SOP Class not supported [1.2.840.10008.5.1.4.1.1.4]"));
 }
 
+TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
+  const std::string named = Add("a", ImageFile("1.2.3", ""));
+  const std::string bare = Add("b", ImageHead(Encoding::kImplicitLittle, "", "1.2.3", 2, 16).Done());
+  std::vector<std::string> links;
+  heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.errors,
+              ElementsAre("Error sending [" + named +
+                              "]: Cannot find Presentation Context for SOP Class[]",
+                          "Error sending [" + bare + "]: SOP Class not supported []"));
+  EXPECT_THAT(links, ElementsAre("", ""));
+}
+
+TEST_F(StoreSending, ABareDataSetGoesAsTheClassOfItsModality) {
+  DataSetBuilder data(Encoding::kImplicitLittle);
+  data.Element(0x0008, 0x0018, "UI", Evened("1.2.3")).Element(0x0008, 0x0060, "CS", "ct");
+  Add("a", data);
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.errors, ElementsAre());
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].sopClass, kCTStorage);
+}
+
 TEST_F(StoreSending, ARefusedObjectCountsAsSent) {
   for (const char* name : {"1", "2", "3"}) Add(name, ImageFile());
   StoreProvider provider({.answer = [](std::size_t at) {

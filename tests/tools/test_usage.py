@@ -10,12 +10,12 @@ import unittest
 import tool
 from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, USAGE, run
 
-VERBS = ("dump", "get", "set", "check", "convert", "transcode", "dictionary", "phantom")
+VERBS = ("dump", "get", "set", "check", "convert", "transcode", "dictionary", "phantom", "echo", "send")
 CODES = {0: "done", 1: "some input failed, the rest is done", 2: "wrong usage", 3: "no association",
          4: "the peer refused or failed the work", 5: "output could not be written, standard output included",
          130: "interrupted", 143: "terminated"}
 NEEDED = {"dump": ["x"], "check": ["x"], "convert": ["x", "y"], "dictionary": ["x"], "phantom": ["x"], "get": ["x", "PatientName"], "set": ["x", "y", "PatientName="],
-          "transcode": ["x", "y", "--to", "explicit"]}
+          "transcode": ["x", "y", "--to", "explicit"], "echo": ["localhost", "104"], "send": ["localhost", "104", "x"]}
 
 
 def options_in(help_text):
@@ -205,7 +205,8 @@ class Manual(tool.ToolTest):
 
     def test_the_spellings_of_other_programs_are_named_in_every_text(self):
         completion = (self.folder / "bash-completion/completions/tessaret").read_text()
-        for verb, spellings in (("dump", ["+L", "+r", "+sd"]), ("check", ["+r", "+sd"]), ("convert", ["+ti", "+te"])):
+        for verb, spellings in (("dump", ["+L", "+r", "+sd"]), ("check", ["+r", "+sd"]), ("convert", ["+ti", "+te"]),
+                                ("echo", ["-aet", "-aec"]), ("send", ["-aet", "-aec", "+r"])):
             for text in ((self.pages / f"tessaret-{verb}.1").read_text(), run(verb, "--help").stdout.decode(),
                          re.search(rf"^    {verb}\) words=(.*)$", completion, re.M)[1]):
                 for spelling in spellings:

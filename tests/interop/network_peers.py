@@ -1,0 +1,125 @@
+"""Other nodes from the distribution, each with a folder of its own and a free port, ended by their process."""
+
+import contextlib
+import json
+import os
+import pathlib
+import shutil
+import socket
+import subprocess
+import tempfile
+import time
+import urllib.request
+
+# Without it their small writes wait for acknowledgements that the kernel delays.
+ENVIRONMENT = {**os.environ, "TCP_NODELAY": "1"}
+ORTHANC = shutil.which("Orthanc") or shutil.which("Orthanc", path="/usr/sbin:/usr/local/sbin")
+
+
+def free_port():
+    with socket.create_server(("127.0.0.1", 0)) as listener:
+        return listener.getsockname()[1]
+
+
+@contextlib.contextmanager
+def running(command, port, folder):
+    """`command` while it listens on `port`. Its words are in a file of the folder."""
+    with open(folder / "words", "wb") as words, \
+            subprocess.Popen([str(word) for word in command], stdout=words, stderr=words, stdin=subprocess.DEVNULL, env=ENVIRONMENT, cwd=folder) as process:
+        try:
+            wait_for_port(process, port, folder)
+            yield process
+        finally:
+            process.terminate()
+            try:
+                process.wait(20)
+            except subprocess.TimeoutExpired:
+                process.kill()
+
+
+def wait_for_port(process, port, folder):
+    end = time.monotonic() + 60
+    while time.monotonic() < end and process.poll() is None:
+        with contextlib.suppress(OSError), socket.create_connection(("127.0.0.1", port), 1):
+            return
+        time.sleep(0.02)
+    raise AssertionError(f"it does not listen: {(folder / 'words').read_text(errors='replace')}")
+
+
+class Peer:
+    """The port, and the folder into which files come."""
+
+    def __init__(self, port, folder, http=None):
+        self.port, self.folder, self.http = port, folder, http
+
+    def files(self):
+        return sorted(path for path in self.folder.iterdir() if path.name not in ("words", "config", "index.dat"))
+
+    def ask(self, path):
+        """What Orthanc's own interface says of a resource."""
+        with urllib.request.urlopen(f"http://127.0.0.1:{self.http}/{path}", timeout=60) as answer:
+            return json.loads(answer.read())
+
+    def fetch(self, path):
+        with urllib.request.urlopen(f"http://127.0.0.1:{self.http}/{path}", timeout=60) as answer:
+            return answer.read()
+
+
+@contextlib.contextmanager
+def a_folder():
+    with tempfile.TemporaryDirectory() as name:
+        yield pathlib.Path(name)
+
+
+@contextlib.contextmanager
+def storescp(*options):
+    port = free_port()
+    with a_folder() as folder, running(["storescp", "-q", *options, "-od", folder, port], port, folder):
+        yield Peer(port, folder)
+
+
+# Takes CT images in a syntax that nobody proposes.
+JPEG_ALONE = """[[TransferSyntaxes]]
+[Jpeg]
+TransferSyntax1 = JPEGBaseline
+[[PresentationContexts]]
+[Contexts]
+PresentationContext1 = CTImageStorage\\Jpeg
+[[Profiles]]
+[Default]
+PresentationContexts = Contexts
+"""
+
+
+@contextlib.contextmanager
+def storescp_of_jpeg():
+    with a_folder() as folder:
+        (folder / "profile").write_text(JPEG_ALONE)
+        with storescp("-xf", folder / "profile", "Default") as peer:
+            yield peer
+
+
+@contextlib.contextmanager
+def dcmqrscp(*options):
+    port = free_port()
+    with a_folder() as folder:
+        (folder / "config").write_text(
+            f"NetworkTCPPort = {port}\nMaxPDUSize = 16384\nMaxAssociations = 16\n"
+            "HostTable BEGIN\nHostTable END\nVendorTable BEGIN\nVendorTable END\n"
+            f"AETable BEGIN\nARCHIVE {folder} RW (200, 1024mb) ANY\nAETable END\n")
+        with running(["dcmqrscp", "-q", *options, "-c", folder / "config"], port, folder):
+            yield Peer(port, folder)
+
+
+@contextlib.contextmanager
+def orthanc():
+    port, http = free_port(), free_port()
+    with a_folder() as folder:
+        (folder / "config").write_text(json.dumps({
+            "Name": "ARCHIVE", "DicomAet": "ARCHIVE", "DicomCheckCalledAet": True, "DicomPort": port, "HttpPort": http,
+            "RemoteAccessAllowed": False, "AuthenticationEnabled": False, "DicomAlwaysAllowEcho": True, "DicomAlwaysAllowStore": True,
+            "UnknownSopClassAccepted": False, "StorageDirectory": str(folder / "storage"), "IndexDirectory": str(folder / "storage"),
+            "Plugins": [], "ConcurrentJobs": 1, "DicomScpTimeout": 60}))
+        with running([ORTHANC, folder / "config"], port, folder) as process:
+            wait_for_port(process, http, folder)
+            yield Peer(port, folder, http)
