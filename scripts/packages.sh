@@ -5,7 +5,7 @@ build_packages=(g++ cmake ninja-build ccache pkg-config python3 libcli11-dev lib
   libjpeg62-turbo-dev libcharls-dev libopenjp2-7-dev)
 clang_packages=(clang llvm libclang-rt-14-dev)
 peer_packages=(dcmtk dicom3tools python3-pydicom man-db libgdcm-tools libjpeg-tools libopenjp2-tools
-  valgrind)
+  orthanc valgrind)
 python_packages=(mypy python3-numpy python3-pip python3-venv)
 check_packages=(git clang-format clang-tidy shellcheck)
 
@@ -51,5 +51,16 @@ install_packages_for() {
   if ! { as_root apt-get update -q </dev/null &&
     as_root env DEBIAN_FRONTEND=noninteractive apt-get install -q -y --no-install-recommends "${missing[@]}" </dev/null; }; then
     die "these packages are needed and could not be installed: ${missing[*]}"
+  fi
+  # Tests start their own archive; that of the system is not to stay because of them.
+  if printf '%s\n' "${missing[@]}" | grep -qx orthanc; then stop_service orthanc; fi
+}
+
+# Ends a service that a package has just started, and has it stay away.
+stop_service() {
+  if [ -d /run/systemd/system ]; then
+    as_root systemctl disable --now "$1" </dev/null >/dev/null 2>&1 || say "the service $1 could not be stopped"
+  elif [ -x "/etc/init.d/$1" ]; then
+    as_root "/etc/init.d/$1" stop </dev/null >/dev/null 2>&1 || true
   fi
 }

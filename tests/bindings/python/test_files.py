@@ -11,7 +11,8 @@ package.use_library("tessaret")
 sys.path.insert(0, str(package.SOURCE_DIR / "tests" / "tools"))
 
 import tessaret
-from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, element, meta
+from dicom_node import Node
+from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, element, image, meta
 
 SAMPLE = element(0x00100010, "PN", b"Doe^John") + element(0x00280011, "US", struct.pack("<H", 2))
 PIXELS = element(0x7FE00010, "OW", b"\1\2\3\4")
@@ -126,11 +127,55 @@ class DictionaryTest(package.PackageTest):
             self.assertTrue({IMPLICIT, BIG_ENDIAN} <= set(uids))
 
 
+class SendingTest(package.PackageTest):
+    CLASS = "1.2.840.10008.5.1.4.1.1.7"
+
+    def test_a_queue_is_sent_and_answers_are_told(self):
+        good, missing = self.folder / "good.dcm", self.folder / "missing.dcm"
+        good.write_bytes(meta(EXPLICIT) + image())
+        heard = []
+        with tessaret.create("Tessaret.DcmCStore") as store, store.query("IDcmStoreResponse") as response:
+            for path in (good, missing):
+                store.AddFile(path, self.CLASS)
+            self.assertEqual((store.NumFiles, store.SentFiles, store.FileName[1]), (2, 0, str(missing)))
+            store.on("SopSent", lambda path, index: heard.append((path, index, response.ResponseStatus, response.ResponseComment)))
+            store.on("SopError", lambda path, index, words: heard.append((path, index, words[: len(path) + 18], response.AssociationError)))
+            store.on("Finished", lambda sent, errors: heard.append((sent, errors)))
+            with Node(status=0xA700, comment="no room") as node:
+                store.SendFiles("127.0.0.1", str(node.port), "HERE", "THERE", 20)
+            self.assertEqual(heard, [(str(good), 0, 0xA700, "no room"), (str(missing), 1, f"Error sending [{missing}]: ", ""), (1, 1)])
+            self.assertEqual(store.SentFiles, 1)
+            heard.clear()
+            store.on("SopSent", lambda *_: store.Cancel())
+            with Node() as node:
+                store.SendFiles("127.0.0.1", str(node.port), "HERE", "THERE", 20)
+            self.assertEqual(heard[1:], [(1, 0)])
+            with Node(reject=(1, 1, 7)) as node, self.assertRaises(tessaret.Error) as caught:
+                store.SendFiles("127.0.0.1", str(node.port), "HERE", "THERE", 20)
+            self.assertIn("Unknown remote AETitle", str(caught.exception))
+            self.assertEqual(response.AssociationError, "Connection rejected permanent: service-user, called AE title not recognized")
+
+    def test_a_node_is_asked_whether_it_is_there(self):
+        with tessaret.create("Tessaret.DcmCStore") as store, store.query("IDcmVerification") as verification:
+            for answers in (True, False):
+                with Node(answers_echo=answers) as node:
+                    self.assertIs(verification.Verify("127.0.0.1", str(node.port), "HERE", "THERE", 20), answers)
+
+    def test_an_object_is_sent(self):
+        with tessaret.create("Tessaret.DCMObject") as made, Node(syntax=EXPLICIT) as node:
+            with made.query("IDcmFile") as file:
+                file.LoadBytes(meta(EXPLICIT) + image(), tessaret.LOAD_PIXELS)
+            self.assertIs(made.Send("127.0.0.1", str(node.port), "HERE", "THERE"), True)
+            self.assertEqual(node.stores, [(self.CLASS, "1.2.3.4", image())])
+
+
 class Completeness(unittest.TestCase):
     def test_every_member_is_called_here(self):
         text = pathlib.Path(__file__).read_text()
-        with tessaret.create("Tessaret.DCMObject") as made, tessaret.create("Tessaret.DcmDictionary") as dictionary:
-            for kind in (made.query("IDcmFile"), dictionary.query("IDcmDictionaryFile")):
+        with tessaret.create("Tessaret.DCMObject") as made, tessaret.create("Tessaret.DcmDictionary") as dictionary, \
+                tessaret.create("Tessaret.DcmCStore") as store:
+            for kind in (made.query("IDcmFile"), dictionary.query("IDcmDictionaryFile"), store, store.query("IDcmStoreResponse"),
+                         store.query("IDcmVerification")):
                 for name in type(kind)._members:
                     with self.subTest(f"{type(kind).__name__}.{name}"):
                         self.assertRegex(text, rf"\.{name}\b")
