@@ -1,10 +1,12 @@
-# ./dev demo [FILE]: a DICOM object read, shown, encoded anew and read back by a program that has nothing to do with
+# ./dev demo [FILE]: a DICOM object read, shown, encoded anew, read back by a program and sent to an archive that have nothing to do with
 # this project (dcmdump of DCMTK).
 # shellcheck shell=bash
 set -euo pipefail
 here="$PWD"
 # shellcheck source=common.sh
 source "$(dirname "${BASH_SOURCE[0]}")/common.sh"
+# shellcheck source=demo_archive.sh
+source "$(dirname "${BASH_SOURCE[0]}")/demo_archive.sh"
 
 build_preset release tessaret tessaret_tool tessaret_data tessaret_codec_library
 tool="$root/build/release/bin/tessaret"
@@ -86,6 +88,18 @@ say "the same library from Python: a walk through the file and a changed copy"
 export PYTHONPATH="$root/bindings/python" TESSARET_LIBRARY="$root/build/release/lib/libtessaret.so"
 show /usr/bin/python3 -B "$root/examples/python/walk.py" "$first" "$place/walked.dcm" | head_of 12
 show dcmdump +P 0010,0010 +P 0008,2112 "$place/walked.dcm"
+
+say "the series and some real files, sent to an archive of others that is started here; it lists what came"
+start_archive "$place/archive"
+show "$tool" echo "ARCHIVE@127.0.0.1:$archive_port"
+show "$tool" send "ARCHIVE@127.0.0.1:$archive_port" "$place/series"
+real="$(cd "$root/.." && pwd)/shared/dicom/series/ct-tilt-uneven"
+if [ -d "$real" ]; then
+  show "$tool" send "ARCHIVE@127.0.0.1:$archive_port" "$real"
+fi
+show "$tool" send "ARCHIVE@127.0.0.1:$archive_port" "$place/compressed.dcm"
+list_archive
+stop_archive
 
 say "does all of the series read?"
 show "$tool" check "$place/series"

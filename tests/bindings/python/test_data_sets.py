@@ -332,12 +332,17 @@ class Files(DataSetTest):
         self.assertGreater(compared, 20)
 
 
+class Sending(DataSetTest):
+    def test_what_has_no_class_is_not_sent(self):
+        for more in ((), (True,)):
+            self.assert_fails("Missing SOP Class for C-STORE", self.object.Send, "127.0.0.1", "104", "ME", "YOU", *more)
+
+
 class Later(DataSetTest):
     def test_members_that_are_still_to_come_say_so(self):
         words = "This is not available in this version"
         other = tessaret.create("Tessaret.DCMObject")
-        for function, arguments in ((self.object.Send, ("host", "104", "ME", "YOU")), (self.object.Send, ("host", "104", "ME", "YOU", True)),
-                                    (self.object.IntersectPlane, (other, True)), (self.object.CreateSecondaryCapture, (other, None)),
+        for function, arguments in ((self.object.IntersectPlane, (other, True)), (self.object.CreateSecondaryCapture, (other, None)),
                                     (self.object.AddOverlay, (0, 0, 1, 1, "G", "overlay"))):
             with self.subTest(function.__name__):
                 self.assert_fails(words, function, *arguments, status=0x80004001)
