@@ -243,15 +243,16 @@ TEST_F(StoreSending, AFileWithoutASyntaxIsNotTranscoded) {
 
 TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
   const std::string named = Add("a", ImageFile("1.2.3", ""));
-  const std::string bare = Add("b", ImageHead(Encoding::kImplicitLittle, "", "1.2.3", 2, 16).Done());
+  const std::string bare =
+      Add("b", ImageHead(Encoding::kImplicitLittle, "", "1.2.3", 2, 16).Done());
   std::vector<std::string> links;
   heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
   StoreProvider provider;
   EXPECT_TRUE(Send(provider.Port()));
-  EXPECT_THAT(heard_.errors,
-              ElementsAre("Error sending [" + named +
-                              "]: Cannot find Presentation Context for SOP Class[]",
-                          "Error sending [" + bare + "]: SOP Class not supported []"));
+  EXPECT_THAT(
+      heard_.errors,
+      ElementsAre("Error sending [" + named + "]: Cannot find Presentation Context for SOP Class[]",
+                  "Error sending [" + bare + "]: SOP Class not supported []"));
   EXPECT_THAT(links, ElementsAre("", ""));
 }
 
