@@ -312,6 +312,18 @@ TEST_F(CStore, CancelEndsItBeforeTheNextFile) {
   EXPECT_EQ(sink_.lines.back(), "finished 2 0");
 }
 
+TEST_F(CStore, AnotherThreadMayCancelIt) {
+  const std::string first = Add("1", ImageFile());
+  Add("2", ImageFile());
+  IDcmCStore& store = *store_;
+  StoreProvider provider({.answer = [&](std::size_t) {
+    EXPECT_EQ(store.Cancel(), kOk);
+    return StoreAnswer{};
+  }});
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  EXPECT_THAT(sink_.lines, ElementsAre("sent " + first + " 0", "finished 1 0"));
+}
+
 TEST_F(CStore, WithinItsOwnEventsItIsNotStartedAgain) {
   Add("1", ImageFile());
   StoreProvider provider;
