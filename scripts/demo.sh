@@ -104,20 +104,4 @@ stop_archive
 say "does all of the series read?"
 show "$tool" check "$place/series"
 
-say "the series, and real files where they are at hand, sent to an archive that is started here"
-archive="$("$python" "$root/scripts/archive.py" start "$place/archive")"
-read -r archivePid dicomPort httpPort <<<"$archive"
-trap 'kill "$archivePid" 2>/dev/null || true' EXIT
-show "$tool" echo "ARCHIVE@127.0.0.1:$dicomPort"
-show "$tool" send --aet DEMO "ARCHIVE@127.0.0.1:$dicomPort" "$place/series"
-show "$tool" send --aet DEMO "ARCHIVE@127.0.0.1:$dicomPort" "$place/compressed.dcm"
-real="$root/../shared/dicom/compressed"
-if [ -d "$real" ]; then
-  show "$tool" send --aet DEMO "ARCHIVE@127.0.0.1:$dicomPort" "$real/jpeg-lossless" "$real/rle" ||
-    say "not all of them: the words above say why"
-fi
-say "what the archive says that it has"
-"$python" "$root/scripts/archive.py" list "$httpPort"
-kill "$archivePid"
-
 say "the files are in build/demo; try: build/release/bin/tessaret --help, or ./dev demo with a file of yours"
