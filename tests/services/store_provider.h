@@ -127,11 +127,13 @@ class StoreProvider {
       acceptor.Link.TimeoutSecs = 20;
       if (acceptor.AcceptNext(listener_) == 0) break;
       ++associations;
+      acceptor.SetError(nullptr);
       NoteProposals(acceptor);
       while (Answer(acceptor)) {
       }
-      // A release leaves the link to whoever answered it; the end of the link does not.
-      if (plan_.answersEcho && acceptor.Link.Connected != 0) ++releases;
+      // A release leaves the link to whoever answered it, and is no error.
+      const bool isReleased = acceptor.Link.Connected != 0 && acceptor.GetLastError() == nullptr;
+      if (isReleased && plan_.answersEcho) ++releases;
       acceptor.Link.Close();
     }
     // One that could not accept has closed the listener.
