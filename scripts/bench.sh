@@ -33,7 +33,8 @@ if [ -n "$peers" ]; then
 fi
 input="$root/build/bench${short:+-short}"
 scratch="$(mktemp -d)"
-trap 'rm -rf "$scratch"' EXIT
+server=
+trap 'rm -rf "$scratch"; [ -z "$server" ] || kill "$server"' EXIT
 
 say "making the input in $input"
 "${programs[0]}" make "$input" ${short:+--short}
@@ -47,13 +48,21 @@ wanted_jobs() {
   fi | grep -E "$only"
 }
 
+# A node for the jobs of the network, by the same program.
+port="$("$python" -c 'import socket; print(socket.create_server(("127.0.0.1", 0)).getsockname()[1])')"
+"${programs[0]}" scp "$port" null "$scratch" >/dev/null 2>&1 &
+server=$!
+
 measure() {
   local job program status
   for ((round = 1; round <= rounds; ++round)); do
     while read -r job; do
       for program in "${programs[@]}"; do
         status=0
-        "$program" "$job" "$input" "$scratch" </dev/null || status=$?
+        case "$job" in
+          net.*) "$program" "$job" "$input" "$scratch" "$port" </dev/null 2>/dev/null || status=$? ;;
+          *) "$program" "$job" "$input" "$scratch" </dev/null || status=$? ;;
+        esac
         [ $status -eq 0 ] || [ $status -eq 77 ] || die "bench: $job failed ($status)"
       done
     done < <(wanted_jobs)

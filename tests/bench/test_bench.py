@@ -1,11 +1,14 @@
 """The measuring program: its input as an independent reader sees it, and every job once on it."""
 
+import contextlib
 import json
 import os
 import pathlib
 import shutil
+import socket
 import subprocess
 import tempfile
+import time
 import unittest
 
 import pydicom
@@ -43,6 +46,9 @@ CODEC_JOBS = [f"codec.{method}.{what}" for method in METHODS for what in ("decod
 OWN_JOBS = [f"own.dictionary.{what}" for what in ("lookup", "text", "binary")] + [
     f"own.object.{what}" for what in ("create", "get", "getbyname", "threads")]
 
+NET_JOBS = [f"net.store.{series}.{where}{how}" for series in ("ct400e", "tiny") for where in ("null", "disk")
+            for how in ("", ".mem")] + ["net.echo", "net.assoc"]
+
 
 def codecs_at_hand(folder):
     """The methods of the codec library of this build; what it has no coder for is neither made nor measured."""
@@ -69,6 +75,22 @@ class Bench(unittest.TestCase):
         cls.scratch.mkdir()
         made = cls.program("make", cls.input, "--short")
         assert made.returncode == 0, made.stderr
+        cls.start_node()
+
+    @classmethod
+    def start_node(cls):
+        """A node of this program for the jobs of the network."""
+        with socket.create_server(("127.0.0.1", 0)) as probe:
+            cls.port = str(probe.getsockname()[1])
+        node = subprocess.Popen([PROGRAM, "scp", cls.port, "null", cls.scratch], stderr=subprocess.DEVNULL)
+        cls.addClassCleanup(node.wait)
+        cls.addClassCleanup(node.kill)
+        for _ in range(200):
+            with contextlib.suppress(OSError):
+                socket.create_connection(("127.0.0.1", int(cls.port))).close()
+                return
+            time.sleep(0.05)
+        raise AssertionError("the node does not answer")
 
     @staticmethod
     def program(*arguments, **environment):
@@ -76,7 +98,8 @@ class Bench(unittest.TestCase):
                               check=False)
 
     def measure(self, job, repetitions="1", budget="0.05"):
-        result = self.program(job, self.input, self.scratch, BENCH_REPS=repetitions, BENCH_BUDGET=budget)
+        port = [self.port] if job.startswith("net.") else []
+        result = self.program(job, self.input, self.scratch, *port, BENCH_REPS=repetitions, BENCH_BUDGET=budget)
         self.assertEqual(result.returncode, 0, result.stderr)
         return [json.loads(line) for line in result.stdout.splitlines()]
 
@@ -88,7 +111,7 @@ class Bench(unittest.TestCase):
 
     def test_lists_each_job_once(self):
         listed = self.program("list").stdout.split()
-        self.assertCountEqual(listed, IO_JOBS + OWN_JOBS + CODEC_JOBS)
+        self.assertCountEqual(listed, IO_JOBS + OWN_JOBS + CODEC_JOBS + NET_JOBS)
 
     def test_every_job_prints_its_measures_and_leaves_nothing_behind(self):
         for job in self.program("list").stdout.split():
@@ -102,6 +125,31 @@ class Bench(unittest.TestCase):
                     self.assertTrue(all(sample > 0 for sample in row["samples"]))
                     self.assertGreater(row["peak_kib"], 0)
                 self.assertEqual(list(self.scratch.iterdir()), [])
+
+    def test_does_the_jobs_of_the_network_with_a_port_only(self):
+        for job in NET_JOBS:
+            with self.subTest(job=job):
+                self.assertEqual(self.program(job, self.input, self.scratch).returncode, 77)
+
+    def test_keeps_what_a_node_receives_where_it_is_to(self):
+        received = self.scratch / "received"
+        received.mkdir()
+        with socket.create_server(("127.0.0.1", 0)) as probe:
+            port = str(probe.getsockname()[1])
+        node = subprocess.Popen([PROGRAM, "scp", port, "disk", received], stderr=subprocess.DEVNULL)
+        try:
+            for _ in range(200):
+                sent = self.program("net.store.tiny.disk", self.input, self.scratch, port, BENCH_REPS="1", BENCH_BUDGET="0")
+                if sent.returncode == 0:
+                    break
+                time.sleep(0.05)
+            self.assertEqual(sent.returncode, 0, sent.stderr)
+            self.assertEqual({pydicom.dcmread(path).SOPInstanceUID for path in received.iterdir()},
+                             {pydicom.dcmread(path).SOPInstanceUID for path in self.files("TINY")})
+        finally:
+            node.kill()
+            node.wait()
+            shutil.rmtree(received)
 
     def test_takes_as_many_samples_as_the_environment_wants(self):
         self.assertEqual(len(self.measure("io.big.header", repetitions="7", budget="20")[0]["samples"]), 7)
