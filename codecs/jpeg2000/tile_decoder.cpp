@@ -7,7 +7,7 @@
 namespace tessaret::codecs {
 namespace {
 
-/// Looks at code blocks that any tile may have, besides those that its bytes allow.
+/// Looks at code blocks that any stream may have, in all of its tiles together, besides those that its bytes allow.
 constexpr std::uint64_t kFreeLooks = std::uint64_t{1} << 26;
 constexpr std::uint64_t kLooksOfByte = 64;
 
@@ -47,6 +47,13 @@ void PutBlock(const std::uint32_t* from, std::uint32_t width, std::uint32_t heig
 }
 
 }  // namespace
+
+TileDecoder::TileDecoder(const Jpeg2000Header& header, MutableBytes frame,
+                         std::uint32_t bytesPerSample)
+    : header_(header),
+      frame_(frame),
+      bytesPerSample_(bytesPerSample),
+      looks_(kFreeLooks + kLooksOfByte * header.codeStream.size()) {}
 
 Bytes TileDecoder::Gather(std::span<const TilePart> parts) {
   if (parts.size() == 1) return parts[0].data;
@@ -125,7 +132,6 @@ void TileDecoder::Decode(std::span<const TilePart> parts) {
   layout_.Make(area, parameters_, header_.precision);
   packetParts_.clear();
   const Bytes data = Gather(parts);
-  looks_ = kFreeLooks + kLooksOfByte * data.size();
   PacketReader(layout_, parameters_, looks_).Read(data, packetParts_);
   const std::size_t count = std::size_t{area.Width()} * area.Height();
   planes_.resize(header_.components);

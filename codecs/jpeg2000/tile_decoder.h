@@ -18,8 +18,7 @@ namespace tessaret::codecs {
 class TileDecoder {
  public:
   /// The header's stream lives longer, and its image is that of the frame.
-  TileDecoder(const Jpeg2000Header& header, MutableBytes frame, std::uint32_t bytesPerSample)
-      : header_(header), frame_(frame), bytesPerSample_(bytesPerSample) {}
+  TileDecoder(const Jpeg2000Header& header, MutableBytes frame, std::uint32_t bytesPerSample);
 
   /// From these parts of a tile, all that there are.
   void Decode(std::span<const TilePart> parts);
@@ -36,7 +35,7 @@ class TileDecoder {
   const Jpeg2000Header& header_;
   MutableBytes frame_;
   std::uint32_t bytesPerSample_;
-  std::uint64_t looks_ = 0;
+  std::uint64_t looks_;  // at code blocks that all tiles yet to come may have
   CodingParameters parameters_;
   TileLayout layout_;
   std::vector<std::uint8_t> joined_;  // the data of several parts

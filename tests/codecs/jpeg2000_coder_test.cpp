@@ -730,5 +730,30 @@ TEST(Jpeg2000Coder, HostileHeadersTakeNeitherMemoryNorTime) {
   }
 }
 
+TEST(Jpeg2000Coder, BoundsLooksAtCodeBlocksOfAllTilesTogether) {
+  if (!tessaret::test::kAsShipped) GTEST_SKIP() << "looks at code blocks 75 million times";
+  // Each of two tiles has 32 x 32 blocks of 4 x 4, and a packet of one byte for each of 65535 layers, which says that none of them is there:
+  // 2 to the 26th looks, less a thousand, in either.
+  constexpr std::uint32_t kSide = 128;
+  constexpr std::size_t kLayers = 65535;
+  Stream stream = kEmpty;
+  StoreBig32(&stream[kImageAt], 2 * kSide);
+  StoreBig32(&stream[kImageAt + 4], kSide);
+  StoreBig32(&stream[kTileAt], kSide);
+  StoreBig32(&stream[kTileAt + 4], kSide);
+  StoreBig16(&stream[kStyleAt + 2], kLayers);
+  stream[kStyleAt + 6] = 0;
+  stream[kStyleAt + 7] = 0;
+  StoreBig32(&stream[kTilePartAt + 6], static_cast<std::uint32_t>(14 + kLayers));
+  stream.resize(stream.size() - 3);
+  stream.insert(stream.end(), kLayers, 0x80);
+  Stream second(stream.begin() + kTilePartAt, stream.end());
+  second[5] = 1;
+  stream.insert(stream.end(), second.begin(), second.end());
+  stream.insert(stream.end(), {0xFF, 0xD9});
+  EXPECT_THAT(WordsOfDecoding(stream, test::MakeFormat(2 * kSide, kSide, 1, 8, 8)),
+              HasSubstr("too few bytes for the code blocks"));
+}
+
 }  // namespace
 }  // namespace tessaret::codecs
