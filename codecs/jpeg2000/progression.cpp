@@ -71,14 +71,15 @@ bool ByResolutions(std::span<Precinct* const> run, std::uint32_t endLayer, const
 
 bool ForPart(const ProgressionPart& part, std::uint32_t layers, TileLayout& tile, Run& run,
              const Each& each) {
+  const std::uint32_t endLayer = std::min(part.endLayer, layers);
   run.clear();
+  // Those of which all layers came before are not put in order again, for each part in vain.
   for (Precinct& precinct : tile.precincts) {
-    if (IsIn(precinct, part)) run.push_back(&precinct);
+    if (precinct.layersRead < endLayer && IsIn(precinct, part)) run.push_back(&precinct);
   }
   std::sort(run.begin(), run.end(), [&](const Precinct* one, const Precinct* other) {
     return KeyOf(*one, part.order) < KeyOf(*other, part.order);
   });
-  const std::uint32_t endLayer = std::min(part.endLayer, layers);
   switch (part.order) {
     case Progression::kLayerResolution:
       return ByLayers(run, endLayer, each);

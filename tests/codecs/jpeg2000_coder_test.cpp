@@ -703,6 +703,15 @@ TEST(Jpeg2000Coder, HostileHeadersTakeNeitherMemoryNorTime) {
   (*stream)[kStyleAt] = 1;
   (*stream)[kStyleAt - 1] = 13;
   stream->insert(stream->begin() + kStyleAt + 10, {0x44});
+  // Precincts of 32 pixels, half a million of them, all of which come in the first of 32 progressions by position.
+  cases.push_back({Hostile(kSide, 1 << 19), ""});
+  stream = &cases.back().stream;
+  Stream changes = {0xFF, 0x5F, 0, 2 + 32 * 7};
+  for (int part = 0; part < 32; ++part) changes.insert(changes.end(), {0, 0, 0, 1, 1, 1, 4});
+  stream->insert(stream->begin() + kTilePartAt, changes.begin(), changes.end());
+  (*stream)[kStyleAt] = 1;
+  (*stream)[kStyleAt - 1] = 13;
+  stream->insert(stream->begin() + kStyleAt + 10, {0x32});
   // Code blocks of 4 x 4: a thousand times a thousand of them, in one empty packet.
   cases.push_back({Hostile(kSide, 1), "cannot hold 1000000 code blocks in 1 layers"});
   stream = &cases.back().stream;
