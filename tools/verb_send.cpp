@@ -224,8 +224,9 @@ class Send {
       if (!why.empty()) json.Member("error", why);
       json.EndObject().EndLine();
     } else if (why.empty() && !host_.options.loudness.quiet) {
+      const std::uint64_t stored = totals_.sent + totals_.warned;
       host_.output.Line(Format("%llu files sent, %llu with warnings, %llu refused, %llu failed",
-                               static_cast<unsigned long long>(totals_.sent + totals_.warned),
+                               static_cast<unsigned long long>(stored),
                                static_cast<unsigned long long>(totals_.warned),
                                static_cast<unsigned long long>(totals_.refused),
                                static_cast<unsigned long long>(totals_.failed)));
