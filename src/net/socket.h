@@ -94,6 +94,8 @@ class Socket {
   std::uint16_t FindPort(const std::string& port);
   /// Waits for the connect in progress. 0 when it is over, ECANCELED, ETIMEDOUT, or the error of a failed wait.
   int AwaitConnect(int descriptor, const Deadline& deadline);
+  /// Receives what comes within a few microseconds, in which a thread that sleeps would not even wake. EAGAIN when nothing did.
+  SocketResult ReceiveSoon(int descriptor, void* buffer, std::uint32_t length);
   // What a call leads to. False, with what was open closed, where another thread has called Close meanwhile: nothing changes then.
   bool BecomeConnected();
   bool BecomeListening();
@@ -108,6 +110,7 @@ class Socket {
   std::atomic<std::uint32_t> closings_ = 0;
   std::uint32_t closingsBefore_ = 0;
   std::array<char*, 2> addressList_{};
+  int readsToSleepAtOnce_ = 0;  // until one tries again whether the peer answers soon
 };
 
 }  // namespace tessaret

@@ -155,6 +155,34 @@ TEST_F(ConnectedSocket, ClearsTheErrorWhereThePeerHasReset) {
   EXPECT_EQ(Words(), "");
 }
 
+TEST_F(ConnectedSocket, AsksOnceMoreBeforeItSleeps) {
+  SocketFailure failure;
+  failure.RunBefore(SocketCall::kReceive, 2, [&] { peer_.Send(BytesOf("a")); });
+  EXPECT_EQ(Read(1), 1);
+  EXPECT_EQ(received_[0], 'a');
+  EXPECT_EQ(failure.Calls(SocketCall::kWait), 0);
+}
+
+TEST_F(ConnectedSocket, SleepsAtOnceForFifteenReadsAfterOneWhereNothingCameSoon) {
+  SocketFailure failure;
+  const auto sendAtCall = [&](SocketCall kind, int further) {
+    failure.RunBefore(kind, failure.Calls(kind) + further, [&] { peer_.Send(BytesOf("a")); });
+  };
+  sendAtCall(SocketCall::kWait, 1);
+  EXPECT_EQ(Read(1), 1);
+  EXPECT_EQ(failure.Calls(SocketCall::kWait), 1);
+  for (int read = 0; read < 15; ++read) {
+    const int receivedBefore = failure.Calls(SocketCall::kReceive);
+    sendAtCall(SocketCall::kWait, 1);
+    EXPECT_EQ(Read(1), 1);
+    EXPECT_EQ(failure.Calls(SocketCall::kReceive) - receivedBefore, 2);
+  }
+  EXPECT_EQ(failure.Calls(SocketCall::kWait), 16);
+  sendAtCall(SocketCall::kReceive, 2);
+  EXPECT_EQ(Read(1), 1);
+  EXPECT_EQ(failure.Calls(SocketCall::kWait), 16);
+}
+
 TEST_F(ConnectedSocket, TellsOfAWaitThatFailed) {
   SocketFailure failure;
   failure.FailCall(SocketCall::kWait, 1, EIO);
