@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <netinet/tcp.h>
 #include <poll.h>
+#include <sys/ioctl.h>
 #include <sys/socket.h>
 #include <unistd.h>
 
@@ -87,9 +88,8 @@ SocketResult OpenTcpSocket() {
 
 SocketResult SetBlocking(int descriptor, bool blocking) {
   return Run(SocketCall::kOption, [&] {
-    const int flags = ::fcntl(descriptor, F_GETFL);
-    if (flags == -1) return -1;
-    return ::fcntl(descriptor, F_SETFL, blocking ? flags & ~O_NONBLOCK : flags | O_NONBLOCK);
+    int nonBlocking = blocking ? 0 : 1;
+    return ::ioctl(descriptor, FIONBIO, &nonBlocking);
   });
 }
 
