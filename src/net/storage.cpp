@@ -11,7 +11,11 @@ bool UnknownStorage::GetUID(UID&) { return false; }
 std::uint32_t UnknownStorage::StoreObject(DICOMDataObject*) { return 0; }
 
 bool UnknownStorage::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
-  if (!CStoreRQ::Write(pdu, dataObject)) return false;
+  return CStoreRQ::Write(pdu, dataObject) && ReadResponse(pdu);
+}
+
+bool UnknownStorage::ReadResponse(PDU_Service* pdu) {
+  if (pdu == nullptr) return false;
   DICOMCommandObject response;
   return pdu->Read(response) != 0 && CStoreRSP::Read(response);
 }

@@ -17,6 +17,8 @@ class UnknownStorage : public CStoreRQ, public CStoreRSP {
 
   /// Sends an object, which is popped empty, and takes the response. True when there was one, whatever its status, which Status tells.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject);
+  /// Takes the response to an object that was sent. As above.
+  bool ReadResponse(PDU_Service* pdu);
   /// Receives the object of a request that has been read into `dataObject`, stores it, and answers; or takes a response.
   virtual bool Read(PDU_Service* pdu, DICOMCommandObject* command, DICOMDataObject* dataObject);
 };

@@ -26,10 +26,18 @@ bool IsBigEndianSyntax(const UID& syntax) {
 }  // namespace
 
 std::unique_ptr<DICOMDataObject> LoadForSending(PDU_Service& pdu, const std::string& path) {
-  HeadNotingCoder coder(pdu.Dictionary);
+  std::string words;
+  std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu.Dictionary, path, words);
+  if (object == nullptr) pdu.SetError(words.empty() ? nullptr : words.c_str());
+  return object;
+}
+
+std::unique_ptr<DICOMDataObject> LoadForSending(const RTC* dictionary, const std::string& path,
+                                                std::string& words) {
+  HeadNotingCoder coder(dictionary);
   std::unique_ptr<DICOMDataObject> object = coder.LoadFile(path.c_str(), true, false);
   if (object == nullptr) {
-    pdu.SetError(coder.ErrorText());
+    if (coder.ErrorText() != nullptr) words = coder.ErrorText();
     return nullptr;
   }
   if (IsBigEndian(coder.FirstCode)) SwapNumbers(*object);
@@ -74,7 +82,7 @@ bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& s
   return !HasFragments(object) || pdu.ContextIDFor(sopClass, SyntaxOf(object)) != 0;
 }
 
-bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object) {
+bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object) {
   // Nothing is encoded for a link that is lost.
   if (pdu.Link.Connected == 0) return false;
   UID accepted;
@@ -90,7 +98,11 @@ bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& objec
     held.release();
   }
   if (isTurned) TurnForBigEndian(sent, pdu.Dictionary);
-  return storage.Write(&pdu, &sent);
+  return storage.CStoreRQ::Write(&pdu, &sent);
+}
+
+bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object) {
+  return SendOver(pdu, storage, object) && storage.ReadResponse(&pdu);
 }
 
 }  // namespace tessaret

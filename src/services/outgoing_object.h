@@ -13,6 +13,9 @@ namespace tessaret {
 /// Loads a file with its pixels. Numbers are little endian, whatever the file's order, and (0002,0010) says what fragments are in, also
 /// where the file's own does not stay. Null, with words in the association's LastError, for what is no DICOM file.
 std::unique_ptr<DICOMDataObject> LoadForSending(PDU_Service& pdu, const std::string& path);
+/// The same with the words in `words`.
+std::unique_ptr<DICOMDataObject> LoadForSending(const RTC* dictionary, const std::string& path,
+                                                std::string& words);
 
 /// What (0002,0010) names; empty without it.
 UID SyntaxOf(const DICOMObject& object);
@@ -24,8 +27,11 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
 /// Whether the object means the same in the transfer syntax that the peer took for its SOP class: fragments do so in their own only.
 bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass);
 
-/// Sends the object, which stays as it is, over an association and takes the response into `storage`, which was made for it. False when
-/// there was none.
+/// Sends the object, which stays as it is, over an association by `storage`, which was made for it and is to take the response. False
+/// when it could not be sent.
+bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object);
+
+/// The same, and takes the response. False also when there was none.
 bool StoreOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object);
 
 }  // namespace tessaret

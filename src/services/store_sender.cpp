@@ -57,7 +57,7 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
     pdu.SetError(nullptr);
     std::string words;
     try {
-      SendFile(pdu, path);
+      SendFile(pdu, index);
     } catch (const std::string& thrown) {
       words = thrown;
     } catch (const std::bad_alloc&) {
@@ -76,9 +76,11 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
   return true;
 }
 
-void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
+void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
+  const std::string path = files_[index];
   const std::string start = "Error sending [" + path;
-  std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu, path);
+  std::unique_ptr<DICOMDataObject> object = ahead_.Take(path);
+  if (object == nullptr) object = LoadForSending(pdu, path);
   if (object == nullptr) {
     const char* why = pdu.GetLastError();
     throw start + "]: " + (why == nullptr ? "It is no DICOM file" : why);
@@ -95,7 +97,12 @@ void StoreSender::SendFile(PDU_Service& pdu, const std::string& path) {
     }
   }
   DicomStorage storage(*object);
-  if (!StoreOver(pdu, storage, *object)) {
+  bool isStored = SendOver(pdu, storage, *object);
+  if (isStored) {
+    if (index + 1 < files_.size()) ahead_.Load(pdu.Dictionary, files_[index + 1]);
+    isStored = storage.ReadResponse(&pdu);
+  }
+  if (!isStored) {
     const std::string words = LastWordsOf(pdu);
     if (!storage.UID.IsEmpty() || pdu.Link.Connected == 0) LinkWords = words;
     throw start + "]: " + words;

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "net/pdu_service.h"
+#include "services/file_ahead.h"
 
 namespace tessaret {
 
@@ -57,10 +58,11 @@ class StoreSender {
 
  private:
   /// Throws std::string with the words of what went wrong, from the path on.
-  void SendFile(PDU_Service& pdu, const std::string& path);
+  void SendFile(PDU_Service& pdu, std::size_t index);
 
   const std::vector<std::string>& files_;
   StoreListener& listener_;
+  FileAhead ahead_;
   std::unique_ptr<DICOMDataObject> last_;  // kept until the next one is loaded
 };
 

@@ -1,0 +1,28 @@
+// The next file of a queue, loaded while the peer still works on the one before it.
+#pragma once
+
+#include <sys/stat.h>
+
+#include <memory>
+#include <string>
+
+#include "services/outgoing_object.h"
+
+namespace tessaret {
+
+class FileAhead {
+ public:
+  /// Loads the file by LoadForSending. Nothing is kept of one that is no file of a moderate size, that was changed just now, or that
+  /// cannot be loaded: all that is left for its turn. So is everything while there are traces, whose order is to be that of the work.
+  void Load(const RTC* dictionary, const std::string& path) noexcept;
+
+  /// The object of that file, unless another one was loaded or the file is not as it was then: null. Nothing is kept afterwards.
+  std::unique_ptr<DICOMDataObject> Take(const std::string& path);
+
+ private:
+  std::string path_;
+  struct stat status_ {};
+  std::unique_ptr<DICOMDataObject> object_;
+};
+
+}  // namespace tessaret
