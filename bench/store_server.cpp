@@ -1,8 +1,10 @@
 #include "store_server.h"
 
 #include <atomic>
-#include <memory>
+#include <condition_variable>
+#include <mutex>
 #include <thread>
+#include <utility>
 
 #include "core/module_dictionaries.h"
 #include "net/command_elements.h"
@@ -49,17 +51,58 @@ void Serve(PDU_Service& pdu, const std::filesystem::path& folder) {
   pdu.Link.Close();
 }
 
+/// Threads that take turns at one listening socket. Whoever accepts a peer serves it too, which spares it the way to another thread,
+/// and lets one that waits, or a new one, accept the next.
+class Turns {
+ public:
+  explicit Turns(const std::filesystem::path& folder) : folder_(folder) {}
+
+  /// Until the socket listens no more.
+  void Work() {
+    for (;;) {
+      Acceptor pdu;
+      pdu.AttachDictionary(&ModuleDictionary(), false);
+      const int listening = pdu.AcceptNext(TakeListener());
+      if (listening == 0) return;
+      GiveListener(listening);
+      Serve(pdu, folder_);
+    }
+  }
+
+  void GiveListener(int listening) {
+    const std::lock_guard held(lock_);
+    listening_ = listening;
+    if (waiting_ != 0) {
+      isGiven_.notify_one();
+    } else {
+      std::thread([this] { Work(); }).detach();
+    }
+  }
+
+ private:
+  int TakeListener() {
+    std::unique_lock held(lock_);
+    ++waiting_;
+    isGiven_.wait(held, [this] { return listening_ != 0; });
+    --waiting_;
+    return std::exchange(listening_, 0);
+  }
+
+  const std::filesystem::path& folder_;
+  std::mutex lock_;
+  std::condition_variable isGiven_;
+  std::size_t waiting_ = 0;
+  int listening_ = 0;  // 0: a thread has it
+};
+
 }  // namespace
 
 void RunStoreServer(const std::string& port, const std::filesystem::path& folder) {
-  int listening = 0;
-  for (;;) {
-    auto pdu = std::make_unique<Acceptor>();
-    pdu->AttachDictionary(&ModuleDictionary(), false);
-    listening = listening == 0 ? pdu->AcceptNext(port) : pdu->AcceptNext(listening);
-    if (listening == 0) return;
-    std::thread([pdu = std::move(pdu), &folder] { Serve(*pdu, folder); }).detach();
-  }
+  Socket listener;
+  if (listener.Listen(port) == 0) return;
+  Turns turns(folder);
+  turns.GiveListener(listener.GiveListener());
+  turns.Work();
 }
 
 }  // namespace tessaret::bench
