@@ -37,7 +37,8 @@ int ReadNames(const std::string& path, std::vector<std::string>& names) {
 
 class Walk {
  public:
-  Walk(FileList& list, Messages& messages) : list_(list), messages_(messages) {}
+  Walk(FileList& list, Messages& messages, WalkDepth depth)
+      : list_(list), messages_(messages), depth_(depth) {}
 
   void Add(const std::string& argument) {
     struct stat status {};
@@ -88,7 +89,7 @@ class Walk {
     struct stat status {};
     const FileResult found = StatPath(path.c_str(), status);
     if (found.Ok() && S_ISDIR(status.st_mode)) {
-      Enter(path, status);
+      if (depth_ == WalkDepth::kAll) Enter(path, status);
     } else if (!found.Ok() || S_ISREG(status.st_mode)) {
       // A link to nothing is kept too: its reader says what is wrong with it.
       list_.files.push_back(path);
@@ -99,15 +100,17 @@ class Walk {
 
   FileList& list_;
   Messages& messages_;
+  WalkDepth depth_;
   std::vector<Level> levels_;
   std::set<std::pair<dev_t, ino_t>> seen_;
 };
 
 }  // namespace
 
-FileList FindFiles(const std::vector<std::string>& arguments, Messages& messages) {
+FileList FindFiles(const std::vector<std::string>& arguments, Messages& messages,
+                   WalkDepth depth) {
   FileList list;
-  Walk walk(list, messages);
+  Walk walk(list, messages, depth);
   for (const std::string& argument : arguments) walk.Add(argument);
   return list;
 }

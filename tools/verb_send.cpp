@@ -1,4 +1,6 @@
 // tessaret send: sends DICOM files to another node.
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <memory>
 #include <utility>
@@ -10,6 +12,7 @@
 #include "json_writer.h"
 #include "network_words.h"
 #include "peer_options.h"
+#include "platform/file_calls.h"
 #include "shared_options.h"
 #include "source_file.h"
 #include "tag.h"
@@ -163,34 +166,23 @@ class Send {
   /// Puts every file into the queue whose SOP class can be read, and tells of the others. How many they are.
   std::uint64_t AddFiles(const std::vector<std::string>& paths) {
     std::uint64_t count = 0;
+    const WalkDepth depth = options_.recurse ? WalkDepth::kAll : WalkDepth::kTop;
     for (const std::string& path : paths) {
-      const FileList list = FindFiles({path}, host_.messages);
+      // One by one: a directory that is named is sent also where another one that is named holds it.
+      const FileList list = FindFiles({path}, host_.messages, depth);
       isComplete_ = isComplete_ && list.complete;
       for (const std::string& file : list.files) {
         StopIfInterrupted();
-        if (list.fromDirectory && !options_.recurse && !IsDirectlyIn(file, path)) continue;
         if (AddFile(file)) ++count;
       }
     }
     return count;
   }
 
-  static bool IsDirectlyIn(const std::string& file, const std::string& directory) {
-    const std::size_t from = directory.size() + (directory.ends_with('/') ? 0 : 1);
-    return file.find('/', from) == std::string::npos;
-  }
-
   bool AddFile(const std::string& file) {
-    SourceOptions how;
-    how.loadPixels = false;
-    const SourceFile source = LoadSource(file, how, host_);
-    std::string why = source.failure;
     std::string sopClass;
-    if (source.object) {
-      const Ref<IDcmFile> object = FileOf(*source.object);
-      sopClass = UidIn(*object, 0x0016);
-      why = WhyNotToSend(sopClass, UidIn(*object, 0x0018));
-    }
+    const std::string why =
+        IsSomethingElse(file) ? "is no regular file" : WhyNotToSend(file, sopClass);
     if (!why.empty()) {
       ++totals_.failed;
       host_.messages.Error(file, why);
@@ -201,8 +193,24 @@ class Send {
     return true;
   }
 
+  /// A pipe would be empty when it is read again to be sent, and be waited for.
+  static bool IsSomethingElse(const std::string& file) {
+    struct stat status {};
+    return StatPath(file.c_str(), status).Ok() && !S_ISREG(status.st_mode);
+  }
+
+  std::string WhyNotToSend(const std::string& file, std::string& sopClass) {
+    SourceOptions how;
+    how.loadPixels = false;
+    const SourceFile source = LoadSource(file, how, host_);
+    if (!source.object) return source.failure;
+    const Ref<IDcmFile> object = FileOf(*source.object);
+    sopClass = UidIn(*object, 0x0016);
+    return WhyNotToAsk(sopClass, UidIn(*object, 0x0018));
+  }
+
   /// Nodes end the association for a request without these, and the files behind it were lost.
-  static std::string WhyNotToSend(const std::string& sopClass, const std::string& instance) {
+  static std::string WhyNotToAsk(const std::string& sopClass, const std::string& instance) {
     if (sopClass.empty()) return "says no SOP class";
     if (instance.empty()) return "says no SOP instance";
     const bool isLong = std::max(sopClass.size(), instance.size()) > kMostUidBytes;

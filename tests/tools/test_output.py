@@ -2,9 +2,7 @@
 
 import json
 import os
-import pty
 import re
-import select
 import socket
 import struct
 import subprocess
@@ -12,7 +10,7 @@ import time
 import unittest
 
 import tool
-from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, TOOL, element, meta, run
+from tool import DONE, INPUT_FAILED, OUTPUT_FAILED, TOOL, element, meta, on_terminal, run
 
 # The last line of tool.image().
 PIXELS = "\\".join("01 00 02 00 03 00 04 00 05 00 06 00".split())
@@ -23,28 +21,6 @@ def with_closed(descriptors, *arguments):
     """Runs the tool with some of the standard descriptors closed."""
     script = 'exec "$0" "$@" ' + " ".join(f"{number}>&-" for number in descriptors)
     return subprocess.run(["sh", "-c", script, TOOL, *map(str, arguments)], check=False, capture_output=True, timeout=120)
-
-
-def on_terminal(*arguments, environment=None, streams=("stdout", "stderr")):
-    """What the tool writes to a terminal, and its exit code."""
-    leader, follower = pty.openpty()
-    settings = {**os.environ, "TERM": "xterm", **(environment or {})}
-    settings = {name: value for name, value in settings.items() if value is not None}
-    chosen = {name: follower if name in streams else subprocess.DEVNULL for name in ("stdout", "stderr")}
-    with subprocess.Popen([TOOL, *map(str, arguments)], stdin=subprocess.DEVNULL, env=settings, **chosen) as process:
-        os.close(follower)
-        written = b""
-        while True:
-            select.select([leader], [], [], 60)
-            try:
-                portion = os.read(leader, 65536)
-            except OSError:  # how a terminal says that nobody writes any more
-                break
-            if not portion:
-                break
-            written += portion
-        os.close(leader)
-    return written.replace(b"\r\n", b"\n"), process.returncode
 
 
 class FullOutput(tool.ToolTest):

@@ -12,7 +12,7 @@ import dicom_node
 import network_tool
 import tool
 from dicom_node import Node
-from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, INTERRUPTED, MPEG, USAGE, element, image, item, meta
+from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, INTERRUPTED, MPEG, OUTPUT_FAILED, USAGE, element, image, item, meta
 
 NO_ASSOCIATION, PEER_FAILED = 3, 4
 SECONDARY_CAPTURE = "1.2.840.10008.5.1.4.1.1.7"
@@ -59,6 +59,60 @@ class Send(network_tool.NetworkTest):
                 self.assert_sends(node, [option, tree], DONE, summary(4), "")
             # A directory that is named is not in a directory.
             self.assert_sends(node, [tree, tree / "deep"], DONE, summary(3), "")
+
+    def test_what_is_deeper_than_asked_for_is_not_looked_at(self):
+        file = self.good_file("tree/a.dcm")
+        pipe = self.path("tree/deep/pipe")
+        pipe.parent.mkdir()
+        os.mkfifo(pipe)
+        with Node() as node:
+            self.assert_sends(node, ["-v", self.path("tree")], DONE, summary(1), f"tessaret: {file}: sent\n")
+            self.assert_sends(node, ["-v", "+r", self.path("tree")], DONE, summary(1),
+                              f"tessaret: {pipe}: left out, it is no regular file\ntessaret: {file}: sent\n")
+
+    def test_a_directory_that_may_not_be_listed_is_told(self):
+        file, closed = self.good_file("tree/a.dcm"), self.path("tree/closed")
+        closed.mkdir()
+        closed.chmod(0)
+        self.addCleanup(closed.chmod, 0o700)
+        self.folder.chmod(0o755)
+        # Nothing is closed to root.
+        somebody = {"user": 65534} if os.geteuid() == 0 else {}
+        if tool.run("--version", **somebody).returncode != DONE:
+            self.skipTest("the tool is not for everybody")
+        words = f"tessaret: {closed}: Permission denied\n"
+        with Node() as node:
+            for arguments, code, sent, errors in (([self.path("tree")], DONE, 1, ""), (["+r", self.path("tree")], INPUT_FAILED, 1, words),
+                                                  ([closed, file], INPUT_FAILED, 1, words), ([closed], INPUT_FAILED, 0, words)):
+                with self.subTest(arguments):
+                    result = self.run_tool("send", "127.0.0.1", node.port, *arguments, **somebody)
+                    self.assert_ends(result, code, errors)
+                    self.assertEqual(result.stdout.decode(), summary(sent))
+
+    def test_what_is_no_regular_file_is_not_waited_for(self):
+        good, pipe = self.good_file(), self.path("pipe")
+        os.mkfifo(pipe)
+        with Node() as node:
+            self.assert_sends(node, [pipe, "/dev/zero", good], INPUT_FAILED, summary(1, failed=2),
+                              f"tessaret: {pipe}: is no regular file\ntessaret: /dev/zero: is no regular file\n")
+
+    def test_a_progress_bar_is_for_terminals(self):
+        files = [self.good_file("1.dcm"), self.good_file("2.dcm"), self.path("missing")]
+        with Node() as node:
+            words, code = tool.on_terminal("send", "127.0.0.1", node.port, *files, streams=("stderr",))
+            self.assertEqual(code, INPUT_FAILED)
+            self.assertIn(b"[###############               ] 50 %, 1 of 2 files", words)
+            self.assertTrue(words.endswith(b"\r\x1b[K"), words)
+            words, code = tool.on_terminal("send", "-q", "127.0.0.1", node.port, *files[:2], streams=("stderr",))
+            self.assertEqual((network_tool.without_noise(words), code), (b"", DONE))
+
+    def test_an_output_that_takes_nothing_has_its_code(self):
+        files = [self.good_file(f"{number}.dcm") for number in range(3)]
+        with Node() as node, open("/dev/full", "wb") as full:
+            for option in ([], ["--json"]):
+                result = self.run_tool("send", *option, "127.0.0.1", node.port, *files, stdout=full)
+                self.assert_ends(result, OUTPUT_FAILED, "tessaret: standard output: No space left on device\n")
+        self.assertEqual(node.releases, 2)
 
     def test_a_file_that_fails_has_a_line_and_does_not_stop_the_others(self):
         good, missing = self.good_file(), self.path("missing.dcm")

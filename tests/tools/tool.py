@@ -5,7 +5,9 @@ Files are made here byte by byte, so that what the tool does is judged by someth
 
 import os
 import pathlib
+import pty
 import re
+import select
 import shutil
 import struct
 import subprocess
@@ -39,6 +41,28 @@ def run(*arguments, **options):
     options.setdefault("stdout", subprocess.PIPE)
     options.setdefault("stderr", subprocess.PIPE)
     return subprocess.run([TOOL, *map(str, arguments)], check=False, **options)
+
+
+def on_terminal(*arguments, environment=None, streams=("stdout", "stderr")):
+    """What the tool writes to a terminal, and its exit code."""
+    leader, follower = pty.openpty()
+    settings = {**os.environ, "TERM": "xterm", **(environment or {})}
+    settings = {name: value for name, value in settings.items() if value is not None}
+    chosen = {name: follower if name in streams else subprocess.DEVNULL for name in ("stdout", "stderr")}
+    with subprocess.Popen([TOOL, *map(str, arguments)], stdin=subprocess.DEVNULL, env=settings, **chosen) as process:
+        os.close(follower)
+        written = b""
+        while True:
+            select.select([leader], [], [], 60)
+            try:
+                portion = os.read(leader, 65536)
+            except OSError:  # how a terminal says that nobody writes any more
+                break
+            if not portion:
+                break
+            written += portion
+        os.close(leader)
+    return written.replace(b"\r\n", b"\n"), process.returncode
 
 
 def element(tag, vr, value=b"", implicit=False, order="<", length=None):
