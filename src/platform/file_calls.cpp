@@ -17,6 +17,7 @@
 #include <new>
 
 #include "platform/hold_cancellation.h"
+#include "platform/repeated_call.h"
 
 namespace tessaret {
 namespace {
@@ -57,14 +58,7 @@ constexpr std::size_t kMostBytesACall = 0x7FFFF000;
 
 template <class Call>
 FileResult Run(FileCall kind, std::size_t& count, Call call) {
-  for (;;) {
-    const int refused = Refused(kind, count);
-    if (refused == EINTR) continue;
-    if (refused != 0) return {-1, refused};
-    const std::int64_t value = call();
-    if (value >= 0) return {value, 0};
-    if (errno != EINTR) return {-1, errno};
-  }
+  return RepeatedCall([&] { return Refused(kind, count); }, call);
 }
 
 template <class Call>

@@ -9,6 +9,8 @@
 
 #include <cerrno>
 
+#include "platform/repeated_call.h"
+
 namespace tessaret {
 namespace {
 
@@ -40,14 +42,7 @@ int Refused(SocketCall call, std::size_t& count) {
 
 template <class Call>
 SocketResult Run(SocketCall kind, std::size_t& count, Call call) {
-  for (;;) {
-    const int refused = Refused(kind, count);
-    if (refused == EINTR) continue;
-    if (refused != 0) return {-1, refused};
-    const std::int64_t value = call();
-    if (value >= 0) return {value, 0};
-    if (errno != EINTR) return {-1, errno};
-  }
+  return RepeatedCall([&] { return Refused(kind, count); }, call);
 }
 
 template <class Call>
