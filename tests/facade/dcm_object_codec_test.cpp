@@ -1,36 +1,12 @@
 // Pixel data of an object through codecs: a codec library is found beside the data files, as it would be beside an installed library.
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-
 #include <gtest/gtest.h>
 
-#include "core/codec_helpers.h"
-#include "core/transfer_syntax.h"
 #include "facade/dcm_object_helpers.h"
+#include "services/codec_place.h"
 #include "services/store_provider.h"
 
 namespace tessaret::test {
 namespace {
-
-/// Has the library start with the codecs of the tests: the toy as "DcmCodec.dll", and its syntax one that files may have. The place
-/// counts from the first use on.
-class CodecPlace : public testing::Environment {
- public:
-  void SetUp() override {
-    for (const char* name : {"dicom-dict.txt", "uid-dict.txt"})
-      std::filesystem::create_symlink(std::filesystem::path(kDataDir) / name, folder_.File(name));
-    std::filesystem::create_symlink(CodecFolder() + "toy_codec.so", folder_.File("DcmCodec.dll"));
-    ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
-    TransferSyntaxCodec toy{};
-    std::strncpy(toy.UID, kToy, sizeof toy.UID - 1);
-    toy.Code = kExplicitLittle;
-    AddedTransferSyntaxes().Add(toy);
-  }
-
- private:
-  TempFolder folder_;
-};
 
 const testing::Environment* const kPlace = testing::AddGlobalTestEnvironment(new CodecPlace);
 

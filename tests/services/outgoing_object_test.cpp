@@ -1,38 +1,15 @@
 // Objects on their way to a peer: what is loaded, and when pixel data changes its transfer syntax.
 #include "services/outgoing_object.h"
 
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
-
 #include <gtest/gtest.h>
 
-#include "core/codec_helpers.h"
 #include "core/module_dictionaries.h"
-#include "core/transfer_syntax.h"
 #include "net/command_elements.h"
+#include "services/codec_place.h"
 #include "services/store_files.h"
 
 namespace tessaret::test {
 namespace {
-
-/// Has the library find the toy codec, and readers know its syntax.
-class CodecPlace : public testing::Environment {
- public:
-  void SetUp() override {
-    for (const char* name : {"dicom-dict.txt", "uid-dict.txt"})
-      std::filesystem::create_symlink(std::filesystem::path(kDataDir) / name, folder_.File(name));
-    std::filesystem::create_symlink(CodecFolder() + "toy_codec.so", folder_.File("DcmCodec.dll"));
-    ::setenv("TESSARET_DATA_DIR", folder_.Path().c_str(), 1);
-    TransferSyntaxCodec toy{};
-    std::strncpy(toy.UID, kToy, sizeof toy.UID - 1);
-    toy.Code = kExplicitLittle;
-    AddedTransferSyntaxes().Add(toy);
-  }
-
- private:
-  TempFolder folder_;
-};
 
 const testing::Environment* const kPlace = testing::AddGlobalTestEnvironment(new CodecPlace);
 
