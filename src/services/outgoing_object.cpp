@@ -73,7 +73,7 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
     return about("No presentation context for Transfer Syntax");
   }
   if (!engine.Compress(&object, accepted.Text.data(), nullptr)) {
-    return Format("]: Error encoding to Transfer Syntax [%s]", accepted.Text.data());
+    return about("Error encoding to Transfer Syntax");
   }
   return {};
 }

@@ -121,10 +121,10 @@ TEST_F(OutgoingObject, AnAcceptedContextWithoutASyntaxIsNone) {
   EXPECT_EQ(Transcode(*object), "]: No presentation context for Transfer Syntax [1.2.999.1]");
 }
 
-TEST_F(OutgoingObject, ASyntaxThatCannotBeMadeIsNamed) {
+TEST_F(OutgoingObject, WhatCannotBeEncodedIsNamedByItsOwnSyntax) {
   Accept(kCTStorage, "1.2.999.88");
   const auto object = Load(CompressedFile(kToy, kToyFragment));
-  EXPECT_EQ(Transcode(*object), "]: Error encoding to Transfer Syntax [1.2.999.88]");
+  EXPECT_EQ(Transcode(*object), "]: Error encoding to Transfer Syntax [1.2.999.1]");
 }
 
 TEST_F(OutgoingObject, TheCodecIsAskedForBeforeThePeer) {
