@@ -1,5 +1,4 @@
 // Sending an object that is in memory.
-#include <memory>
 #include <string>
 
 #include "core/module_dictionaries.h"
@@ -16,17 +15,6 @@ using namespace dcm_object;
 namespace {
 
 constexpr std::int32_t kErrorDuringTransfer = 542;
-
-/// Moves the elements of a shallow clone of `object` into one that may become another in the same bytes.
-void CloneInto(const DICOMObject& object, DICOMDataObject& to) {
-  const std::unique_ptr<DICOMObject> clone(object.Clone(false));
-  if (clone == nullptr) throw std::bad_alloc();
-  while (VR* element = clone->Pop()) {
-    std::unique_ptr<VR> held(element);
-    to.Push(element);
-    held.release();
-  }
-}
 
 }  // namespace
 
@@ -54,7 +42,7 @@ Status CDCMObject::Send(const String& host, const String& port, const String& Lo
     bool isSent = false;
     {
       DICOMDataObject shared;
-      CloneInto(*object, shared);
+      CloneInto(*object, false, shared);
       const bool canGo =
           CanGoAsItIs(pdu, shared, *sopClass) || TranscodeForPeer(pdu, shared, *sopClass).empty();
       DicomStorage storage(shared);

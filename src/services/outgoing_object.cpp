@@ -47,6 +47,16 @@ std::unique_ptr<DICOMDataObject> LoadForSending(const RTC* dictionary, const std
   return object;
 }
 
+void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
+  const std::unique_ptr<DICOMObject> clone(object.Clone(deep));
+  if (clone == nullptr) throw std::bad_alloc();
+  while (VR* element = clone->Pop()) {
+    std::unique_ptr<VR> held(element);
+    to.Push(element);
+    held.release();
+  }
+}
+
 UID SyntaxOf(const DICOMObject& object) {
   return UidOf(object, GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag)).value_or(UID());
 }
@@ -89,14 +99,8 @@ bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object
   const bool isTurned =
       pdu.TransferSyntaxOf(pdu.ContextIDFor(storage.UID), accepted) && IsBigEndianSyntax(accepted);
   // A shallow clone shares long values, which go from where they lie. Bytes that are turned round are not the object's own.
-  const std::unique_ptr<DICOMObject> clone(object.Clone(isTurned));
-  if (clone == nullptr) throw std::bad_alloc();
   DICOMDataObject sent;
-  while (VR* element = clone->Pop()) {
-    std::unique_ptr<VR> held(element);
-    sent.Push(element);
-    held.release();
-  }
+  CloneInto(object, isTurned, sent);
   if (isTurned) TurnForBigEndian(sent, pdu.Dictionary);
   return storage.CStoreRQ::Write(&pdu, &sent);
 }

@@ -17,6 +17,9 @@ std::unique_ptr<DICOMDataObject> LoadForSending(PDU_Service& pdu, const std::str
 std::unique_ptr<DICOMDataObject> LoadForSending(const RTC* dictionary, const std::string& path,
                                                 std::string& words);
 
+/// Puts the elements of a clone of `object` into `to`, whose bytes `object` shares, and must keep, unless `deep`. Throws std::bad_alloc.
+void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to);
+
 /// What (0002,0010) names; empty without it.
 UID SyntaxOf(const DICOMObject& object);
 
