@@ -43,7 +43,10 @@ std::string ConnectFailureWords(const AAssociateRJ& refusal, const std::string& 
 
 std::string LastWordsOf(const PDU_Service& pdu) {
   const std::string link = pdu.Link.GetLastError();
-  if (pdu.GetLastError() == nullptr) return link.empty() ? "The association has ended" : link;
+  if (pdu.GetLastError() == nullptr) {
+    if (!link.empty()) return link;
+    return pdu.Link.Connected == 0 ? "The association has ended" : "The peer gave another answer";
+  }
   const std::string words = pdu.GetLastError();
   // What has nothing to do with a link that still stands is no reason of its.
   const bool isOfLink = pdu.Link.Connected == 0 && !link.empty() && link != words;

@@ -55,6 +55,9 @@ TEST(ConnectFailureWords, NamesAreTakenAsTheyAre) {
 TEST(LastWords, AreThoseOfTheAssociationAndThenOfItsLostLink) {
   PDU_Service pdu;
   EXPECT_EQ(LastWordsOf(pdu), "The association has ended");
+  pdu.Link.Connected = 1;
+  EXPECT_EQ(LastWordsOf(pdu), "The peer gave another answer");
+  pdu.Link.Connected = 0;
   pdu.Link.ErrorText = {"link"};
   EXPECT_EQ(LastWordsOf(pdu), "link");
   pdu.SetError("words");
