@@ -93,7 +93,7 @@ void StoreObjects(const JobContext& context) {
   loader.AttachDictionary(&ModuleDictionary(), false);
   std::vector<std::unique_ptr<DICOMDataObject>> objects;
   for (const fs::path& path : files) {
-    objects.push_back(LoadForSending(loader, path.string()));
+    objects.push_back(LoadForSending(loader, path.string()).object);
     if (objects.back() == nullptr) throw std::runtime_error(loader.GetLastError());
   }
   Measure({

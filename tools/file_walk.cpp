@@ -107,8 +107,7 @@ class Walk {
 
 }  // namespace
 
-FileList FindFiles(const std::vector<std::string>& arguments, Messages& messages,
-                   WalkDepth depth) {
+FileList FindFiles(const std::vector<std::string>& arguments, Messages& messages, WalkDepth depth) {
   FileList list;
   Walk walk(list, messages, depth);
   for (const std::string& argument : arguments) walk.Add(argument);

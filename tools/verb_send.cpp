@@ -203,7 +203,8 @@ class Send {
     SourceOptions how;
     how.loadPixels = false;
     const SourceFile source = LoadSource(file, how, host_);
-    if (!source.object) return source.failure;
+    // What is not read whole or rightly would arrive as if it were.
+    if (!source.object || !source.failure.empty()) return source.failure;
     const Ref<IDcmFile> object = FileOf(*source.object);
     sopClass = UidIn(*object, 0x0016);
     return WhyNotToAsk(sopClass, UidIn(*object, 0x0018));

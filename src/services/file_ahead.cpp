@@ -1,6 +1,7 @@
 #include "services/file_ahead.h"
 
 #include <chrono>
+#include <utility>
 
 #include "core/trace.h"
 #include "platform/file_calls.h"
@@ -42,8 +43,8 @@ void FileAhead::Load(const RTC* dictionary, const std::string& path) noexcept {
                          status_.st_size <= kMostBytes && IsSettled(status_);
     if (!isUsual) return;
     path_ = path;
-    std::string words;
-    object_ = LoadForSending(dictionary, path, words);
+    OutgoingFile file = LoadForSending(dictionary, path);
+    if (file.lack.empty()) object_ = std::move(file.object);
   } catch (...) {  // its turn will tell what is wrong with it
     object_.reset();
   }

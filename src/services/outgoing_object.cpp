@@ -1,5 +1,6 @@
 #include "services/outgoing_object.h"
 
+#include <cerrno>
 #include <new>
 
 #include "base/text.h"
@@ -9,6 +10,7 @@
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
 #include "net/command_elements.h"
+#include "platform/file_calls.h"
 
 namespace tessaret {
 namespace {
@@ -25,26 +27,31 @@ bool IsBigEndianSyntax(const UID& syntax) {
 
 }  // namespace
 
-std::unique_ptr<DICOMDataObject> LoadForSending(PDU_Service& pdu, const std::string& path) {
-  std::string words;
-  std::unique_ptr<DICOMDataObject> object = LoadForSending(pdu.Dictionary, path, words);
-  if (object == nullptr) pdu.SetError(words.empty() ? nullptr : words.c_str());
-  return object;
+OutgoingFile LoadForSending(PDU_Service& pdu, const std::string& path) {
+  OutgoingFile file = LoadForSending(pdu.Dictionary, path);
+  if (file.object == nullptr) pdu.SetError(file.lack.empty() ? nullptr : file.lack.c_str());
+  return file;
 }
 
-std::unique_ptr<DICOMDataObject> LoadForSending(const RTC* dictionary, const std::string& path,
-                                                std::string& words) {
+OutgoingFile LoadForSending(const RTC* dictionary, const std::string& path) {
+  // The system would take such a path for the one that ends there.
+  if (HasNul(path)) return {.object = nullptr, .lack = SystemErrorText(EINVAL)};
   HeadNotingCoder coder(dictionary);
-  std::unique_ptr<DICOMDataObject> object = coder.LoadFile(path.c_str(), true, false);
-  if (object == nullptr) {
-    if (coder.ErrorText() != nullptr) words = coder.ErrorText();
-    return nullptr;
+  OutgoingFile file{.object = coder.LoadFile(path.c_str(), true, false), .lack = {}};
+  if (file.object == nullptr) {
+    if (coder.ErrorText() != nullptr) file.lack = coder.ErrorText();
+    return file;
   }
-  if (IsBigEndian(coder.FirstCode)) SwapNumbers(*object);
-  if (SyntaxOf(*object).IsEmpty() && HasFragments(*object) && !coder.Head.syntax.empty()) {
-    PutUid(*object, GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag), coder.Head.syntax);
+  if (const ParseStop& stop = coder.LastStop(); stop.why != ParseStop::Why::kNone) {
+    file.lack = Format("The file cannot be read beyond offset %llu",
+                       static_cast<unsigned long long>(stop.position));
   }
-  return object;
+  DICOMDataObject& object = *file.object;
+  if (IsBigEndian(coder.FirstCode)) SwapNumbers(object);
+  if (SyntaxOf(object).IsEmpty() && HasFragments(object) && !coder.Head.syntax.empty()) {
+    PutUid(object, GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag), coder.Head.syntax);
+  }
+  return file;
 }
 
 void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {

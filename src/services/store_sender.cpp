@@ -79,8 +79,9 @@ bool StoreSender::Send(const StoreTarget& target, const std::set<std::string>& s
 void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
   const std::string path = files_[index];
   const std::string start = "Error sending [" + path;
-  std::unique_ptr<DICOMDataObject> object = ahead_.Take(path);
-  if (object == nullptr) object = LoadForSending(pdu, path);
+  OutgoingFile file{.object = ahead_.Take(path), .lack = {}};
+  if (file.object == nullptr) file = LoadForSending(pdu, path);
+  auto& [object, lack] = file;
   if (object == nullptr) {
     const char* why = pdu.GetLastError();
     throw start + "]: " + (why == nullptr ? "It is no DICOM file" : why);
@@ -96,6 +97,8 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
       throw start + tail;
     }
   }
+  // Half an image would arrive as if it were all that there is. What an unknown syntax hides has been told of.
+  if (!lack.empty()) throw start + "]: " + lack;
   DicomStorage storage(*object);
   bool isStored = SendOver(pdu, storage, *object);
   if (isStored) {

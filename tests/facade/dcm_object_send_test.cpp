@@ -110,7 +110,8 @@ TEST_F(ObjectSending, TellsWhyThereIsNoAssociation) {
 }
 
 TEST_F(ObjectSending, ALinkThatEndsIsAnErrorDuringTransfer) {
-  StoreProvider provider({.answer = [](std::size_t) { return StoreAnswer{.endsLink = true}; }});
+  StoreProvider provider(
+      {.answer = [](std::size_t) { return StoreAnswer{.instead = StoreAnswer::Instead::kClose}; }});
   EXPECT_FAILS_WITH(Send(Loaded(ImageFile()), provider.Port()), "Error during transfer");
   EXPECT_EQ(sent_.value, 0);
 }

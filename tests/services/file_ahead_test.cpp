@@ -97,7 +97,7 @@ TEST_F(FilesAhead, WhatIsNoUsualFileIsLeftForItsTurn) {
   EXPECT_EQ(LoadedAndTaken(folder_.File("missing")), "none");
   EXPECT_EQ(LoadedAndTaken(large), "none");
   PDU_Service pdu;
-  EXPECT_EQ(InstanceOf(LoadForSending(pdu, large).get()), "1.2.3.1");
+  EXPECT_EQ(InstanceOf(LoadForSending(pdu, large).object.get()), "1.2.3.1");
 }
 
 TEST_F(FilesAhead, TracesAreInTheOrderOfTheWork) {

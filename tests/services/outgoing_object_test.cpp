@@ -32,9 +32,10 @@ class OutgoingObject : public testing::Test {
 
   std::unique_ptr<DICOMDataObject> Load(const Bytes& file) {
     WriteBytes(folder_.File("in.dcm"), file);
-    auto object = LoadForSending(pdu_, folder_.File("in.dcm"));
-    EXPECT_NE(object, nullptr) << pdu_.GetLastError();
-    return object;
+    OutgoingFile loaded = LoadForSending(pdu_, folder_.File("in.dcm"));
+    EXPECT_NE(loaded.object, nullptr) << pdu_.GetLastError();
+    EXPECT_EQ(loaded.lack, "");
+    return std::move(loaded.object);
   }
 
   std::string Transcode(DICOMDataObject& object, std::string_view sopClass = kCTStorage) {
@@ -87,9 +88,37 @@ TEST_F(OutgoingObject, FragmentsKeepTheNameOfTheirSyntaxWhereTheFilesDoesNotStay
 }
 
 TEST_F(OutgoingObject, WhatIsNoFileHasWords) {
-  EXPECT_EQ(LoadForSending(pdu_, folder_.File("missing.dcm")), nullptr);
-  ASSERT_NE(pdu_.GetLastError(), nullptr);
-  EXPECT_NE(std::string(pdu_.GetLastError()), "");
+  EXPECT_EQ(LoadForSending(pdu_, folder_.File("missing.dcm")).object, nullptr);
+  EXPECT_STREQ(pdu_.GetLastError(), "No such file or directory");
+}
+
+TEST_F(OutgoingObject, APathIsNotCutAtANul) {
+  WriteBytes(folder_.File("in"), ImageFile());
+  EXPECT_EQ(LoadForSending(pdu_, folder_.File("in") + std::string("\0.dcm", 5)).object, nullptr);
+  EXPECT_STREQ(pdu_.GetLastError(), "Invalid argument");
+}
+
+TEST_F(OutgoingObject, AFileThatEndsEarlyLacksSomething) {
+  const auto lackOf = [&](const Bytes& whole, std::size_t size) {
+    WriteBytes(folder_.File("in.dcm"), Bytes(whole.begin(), whole.begin() + std::ptrdiff_t(size)));
+    return LoadForSending(pdu_, folder_.File("in.dcm")).lack;
+  };
+  const auto beyond = [](std::size_t offset) {
+    return "The file cannot be read beyond offset " + std::to_string(offset);
+  };
+  const Bytes native = ImageFile();
+  EXPECT_EQ(lackOf(native, native.size()), "");
+  // The last element: a head of twelve bytes and eight of pixels.
+  const std::size_t pixels = native.size() - 12 - 8;
+  for (std::size_t size = pixels + 1; size < native.size(); ++size) {
+    EXPECT_EQ(lackOf(native, size), beyond(pixels)) << size;
+  }
+  EXPECT_EQ(lackOf(native, pixels), "") << "where an element ends a file may end";
+  const Bytes compressed = CompressedFile(kToy, kToyFragment);
+  EXPECT_EQ(lackOf(compressed, compressed.size()), "");
+  // Behind the fragments the delimiter is due, of eight bytes; without it another fragment may have been there.
+  EXPECT_EQ(lackOf(compressed, compressed.size() - 8), beyond(compressed.size() - 8));
+  EXPECT_NE(lackOf(compressed, compressed.size() - 9), "");
 }
 
 TEST_F(OutgoingObject, ASyntaxWithoutACodecIsUnsupported) {

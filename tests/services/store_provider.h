@@ -22,6 +22,7 @@
 #include "core/type_code.h"
 #include "net/c_store.h"
 #include "net/command_elements.h"
+#include "net/sop_classes.h"
 #include "net/verification.h"
 #include "support/bytes.h"
 
@@ -46,7 +47,9 @@ inline std::pair<int, std::string> ListenOnLoopback() {
 struct StoreAnswer {
   std::uint16_t status = 0;
   std::string comment = {};
-  bool endsLink = false;  // instead of an answer
+  /// Instead of an answer: closes the link, aborts, asks for a release and waits for the peer to close, or answers something else.
+  enum class Instead { kNothing, kClose, kAbort, kRelease, kOther };
+  Instead instead = Instead::kNothing;
 };
 
 struct ProviderPlan {
@@ -174,11 +177,32 @@ class StoreProvider {
     came.syntax = text(*came.object, 0x0002, 0x0010);
     const StoreAnswer answer = plan_.answer(stored.size());
     stored.push_back(std::move(came));
-    if (answer.endsLink) {
-      acceptor.Link.Close();
-      return false;
+    return answer.instead == StoreAnswer::Instead::kNothing
+               ? Respond(acceptor, command, answer)
+               : ActInstead(acceptor, command, answer.instead);
+  }
+
+  static bool ActInstead(PDU_Service& acceptor, DICOMCommandObject& command,
+                         StoreAnswer::Instead instead) {
+    switch (instead) {
+      case StoreAnswer::Instead::kAbort:
+        acceptor.AAbortRQ.Write(acceptor);
+        break;
+      case StoreAnswer::Instead::kRelease: {
+        acceptor.AReleaseRQ.Write(acceptor);
+        DICOMCommandObject unread;
+        acceptor.Read(unread);
+        break;
+      }
+      case StoreAnswer::Instead::kOther:
+        PutNumber16(command, 0x0000, command_element::kCommandField, command_field::kFindRSP);
+        return acceptor.Respond(command, nullptr, UID(sop_class::kCT));
+      case StoreAnswer::Instead::kClose:
+      case StoreAnswer::Instead::kNothing:
+        break;
     }
-    return Respond(acceptor, command, answer);
+    acceptor.Link.Close();
+    return false;
   }
 
   static bool Respond(PDU_Service& acceptor, DICOMCommandObject& command,

@@ -2,18 +2,21 @@
 #include "services/store_sender.h"
 
 #include <cerrno>
+#include <chrono>
 #include <filesystem>
 #include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/module_dictionaries.h"
 #include "core/object_maker.h"
 #include "core/type_code.h"
 #include "platform/socket_calls.h"
 #include "services/store_files.h"
 #include "services/store_provider.h"
 #include "support/temp_folder.h"
+#include "support/test_paths.h"
 
 namespace tessaret::test {
 namespace {
@@ -118,15 +121,6 @@ TEST_F(StoreSending, AnEmptyQueueConnectsAndReleases) {
   EXPECT_EQ(provider.releases, 1u);
 }
 
-TEST_F(StoreSending, TheEndIsToldWhileTheAssociationStands) {
-  Add("a", ImageFile());
-  StoreProvider provider;
-  heard_.atEnd = [&] { EXPECT_EQ(provider.releases, 0u); };
-  EXPECT_TRUE(Send(provider.Port()));
-  provider.End();
-  EXPECT_EQ(provider.releases, 1u);
-}
-
 TEST_F(StoreSending, WithoutAClassNothingIsProposed) {
   classes_.clear();
   Add("a", ImageFile());
@@ -177,6 +171,43 @@ TEST_F(StoreSending, ABrokenFileDoesNotStopTheOthers) {
   EXPECT_GT(heard_.errors[0].size(), ("Error sending [" + missing + "]: ").size());
   EXPECT_THAT(heard_.errors[1], StartsWith("Error sending [" + empty + "]: "));
   EXPECT_EQ(sender_.LinkWords, "") << "the files are to blame";
+}
+
+TEST_F(StoreSending, AFileThatIsCutIsNotSentAsIfItWereWhole) {
+  const Bytes whole = ImageFile("1.2.3.1");
+  const std::string cut = Add("1", Bytes(whole.begin(), whole.end() - 1));
+  Add("2", ImageFile("1.2.3.2"));
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.lines, ElementsAre("error 1 0", "sent 2 1", "finished 1 1"));
+  // Pixels are the last element, with a head of twelve bytes and eight of its own.
+  EXPECT_THAT(heard_.errors,
+              ElementsAre("Error sending [" + cut + "]: The file cannot be read beyond offset " +
+                          std::to_string(whole.size() - 20)));
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].instance, "1.2.3.2");
+}
+
+TEST_F(StoreSending, AFileOfASyntaxThatNobodyKnowsIsToldByItsName) {
+  const std::string path = Add("1", CompressedFile("1.2.999.77", {1, 2}));
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(heard_.errors, ElementsAre("Error sending [" + path +
+                                         "]: Unsupported compressed Transfer Syntax [1.2.999.77]"));
+  EXPECT_EQ(sender_.LinkWords, "") << "the file is to blame";
+}
+
+TEST_F(StoreSending, ElementsWithoutATypeGetThatOfTheDictionary) {
+  ASSERT_TRUE(StartDictionaries(kDataDir));
+  Add("1", ImageFile("1.2.3", kCTStorage, Encoding::kImplicitLittle));
+  StoreProvider provider({.syntaxes = {kExplicit}});
+  EXPECT_TRUE(Send(provider.Port()));
+  StopDictionaries();
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].object->GetVR(0x0010, 0x0010)->TypeCode, type_code::PN);
+  EXPECT_EQ(provider.stored[0].object->GetVR(0x0028, 0x0010)->TypeCode, type_code::US);
 }
 
 TEST_F(StoreSending, AFileInASyntaxThatThePeerTookStaysAsItIs) {
@@ -320,8 +351,10 @@ TEST_F(StoreSending, AFileThatIsAddedMeanwhileIsSentToo) {
 
 TEST_F(StoreSending, AfterALostLinkEachFileEndsInAnErrorOfItsOwn) {
   for (const char* name : {"1", "2", "3", "4"}) Add(name, ImageFile());
-  StoreProvider provider(
-      {.answer = [](std::size_t at) { return StoreAnswer{.endsLink = at == 1}; }});
+  StoreProvider provider({.answer = [](std::size_t at) {
+    return StoreAnswer{.instead =
+                           at == 1 ? StoreAnswer::Instead::kClose : StoreAnswer::Instead::kNothing};
+  }});
   std::vector<std::string> links;
   heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
   EXPECT_TRUE(Send(provider.Port()));
@@ -339,19 +372,33 @@ TEST_F(StoreSending, AfterALostLinkEachFileEndsInAnErrorOfItsOwn) {
 
 // Of sends by one thread: 0 all go, 1 the next goes in part, 2 the next fails.
 thread_local int breakingSends = 0;
-thread_local int sendsAfterFailure = 0;
+thread_local int sendsSeen = 0;
 
 int BreakSends(SocketCall call, std::size_t& count) {
-  if (call == SocketCall::kSend) ++sendsAfterFailure;
+  if (call == SocketCall::kSend) ++sendsSeen;
   if (call != SocketCall::kSend || breakingSends == 0) return 0;
   if (breakingSends == 2) {
     breakingSends = 0;
-    sendsAfterFailure = 0;
+    sendsSeen = 0;
     return ECONNRESET;
   }
   breakingSends = 2;
   count = 100;
   return 0;
+}
+
+TEST_F(StoreSending, TheEndIsToldWhileTheAssociationStands) {
+  Add("a", ImageFile());
+  StoreProvider provider;
+  SetSocketCallHook(&BreakSends);
+  heard_.afterEach = [&] { sendsSeen = 0; };
+  // A release would have been sent by then.
+  heard_.atEnd = [&] { EXPECT_EQ(sendsSeen, 0); };
+  EXPECT_TRUE(Send(provider.Port()));
+  SetSocketCallHook(nullptr);
+  EXPECT_EQ(sendsSeen, 1);
+  provider.End();
+  EXPECT_EQ(provider.releases, 1u);
 }
 
 TEST_F(StoreSending, NothingFollowsAMessageThatWentInPart) {
@@ -366,7 +413,7 @@ TEST_F(StoreSending, NothingFollowsAMessageThatWentInPart) {
   provider.End();
   EXPECT_EQ(provider.stored.size(), 1u);
   EXPECT_EQ(provider.releases, 0u);
-  EXPECT_EQ(sendsAfterFailure, 0) << "not even a release";
+  EXPECT_EQ(sendsSeen, 0) << "not even a release";
 }
 
 TEST_F(StoreSending, AnAnswerThatDoesNotComeIsWaitedForOnce) {
@@ -381,6 +428,48 @@ TEST_F(StoreSending, AnAnswerThatDoesNotComeIsWaitedForOnce) {
   EXPECT_THAT(heard_.errors, ElementsAre(EndsWith("1]: Timeout error reading from socket"),
                                          EndsWith("2]: Timeout error reading from socket")));
   EXPECT_EQ(heard_.lines.back(), "finished 0 2");
+}
+
+TEST_F(StoreSending, WithoutATimeThatOfASocketStands) {
+  Add("1", ImageFile());
+  StoreProvider provider({.answer = [](std::size_t) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));
+    return StoreAnswer{};
+  }});
+  EXPECT_TRUE(Send(provider.Port(), 0));
+  EXPECT_THAT(heard_.lines, ElementsAre("sent 1 0", "finished 1 0"));
+}
+
+TEST_F(StoreSending, WhateverComesInsteadOfAnAnswerIsTheFilesError) {
+  using Instead = StoreAnswer::Instead;
+  for (const char* name : {"1", "2", "3"}) Add(name, ImageFile());
+  struct Row {
+    Instead instead;
+    const char* words;
+    bool goesOn;
+  };
+  for (const Row& row : {Row{Instead::kAbort, "The association has ended", false},
+                         Row{Instead::kRelease, "The peer gave another answer", false},
+                         Row{Instead::kOther, "The peer gave another answer", true}}) {
+    heard_ = {};
+    StoreSender sender(files_, heard_);
+    StoreProvider provider({.answer = [&](std::size_t at) {
+      return StoreAnswer{.instead = at == 1 ? row.instead : Instead::kNothing};
+    }});
+    const StoreTarget target{.host = "127.0.0.1",
+                             .port = provider.Port(),
+                             .localTitle = "HERE",
+                             .remoteTitle = "THERE",
+                             .timeoutSecs = 20};
+    EXPECT_TRUE(sender.Send(target, classes_, isCancelled_));
+    EXPECT_THAT(heard_.lines,
+                row.goesOn ? ElementsAre("sent 1 0", "error 2 1", "sent 3 2", "finished 2 1")
+                           : ElementsAre("sent 1 0", "error 2 1", "error 3 2", "finished 1 2"));
+    ASSERT_FALSE(heard_.errors.empty());
+    EXPECT_EQ(heard_.errors[0], "Error sending [" + files_[1] + "]: " + row.words);
+    provider.End();
+    EXPECT_EQ(provider.releases, row.goesOn ? 1u : 0u);
+  }
 }
 
 TEST_F(StoreSending, AnObjectIsWholeWhateverItsLength) {

@@ -89,6 +89,19 @@ class Send(network_tool.NetworkTest):
                     self.assert_ends(result, code, errors)
                     self.assertEqual(result.stdout.decode(), summary(sent))
 
+    def test_a_file_that_is_cut_is_not_sent_as_if_it_were_whole(self):
+        whole = meta(EXPLICIT) + image()
+        pixels = whole.index(b"\xe0\x7f")
+        # In the last value before the pixels, in their length, in their first and before their last byte.
+        cuts = [self.write(f"{at}.dcm", whole[:at]) for at in (pixels - 1, pixels + 10, pixels + 13, len(whole) - 1)]
+        good = self.good_file()
+        with Node() as node:
+            result = self.send(node, *cuts, good)
+        self.assert_ends(result, INPUT_FAILED)
+        self.assertEqual(result.stdout.decode(), summary(1, failed=4))
+        self.assertEqual([line.split(": ")[1] for line in result.stderr.decode().splitlines()], [str(file) for file in cuts])
+        self.assertEqual(len(node.stores), 1)
+
     def test_what_is_no_regular_file_is_not_waited_for(self):
         good, pipe = self.good_file(), self.path("pipe")
         os.mkfifo(pipe)
