@@ -124,7 +124,7 @@ bool ReadItems(Buffer& buffer, Pdu& pdu) {
 
 /// Whether the lengths of all items can be written.
 template <class Pdu>
-bool IsWritable(Pdu& pdu) {
+bool AreLengthsWritable(Pdu& pdu) {
   bool isWritable = pdu.UserInformation.Size() <= kMostItemBytes;
   for (auto& context : pdu.PresentationContexts) {
     isWritable = isWritable && context.Size() <= kMostItemBytes;
@@ -185,8 +185,10 @@ std::uint32_t AAssociateRQ::Size() {
   return kHeadBytes + Length;
 }
 
+bool AAssociateRQ::IsWritable() { return AreLengthsWritable(*this); }
+
 bool AAssociateRQ::Write(Buffer& buffer) {
-  if (!IsWritable(*this)) return false;
+  if (!IsWritable()) return false;
   Size();
   bool isWritten = WriteHead(buffer) && ApplicationContext.Write(buffer);
   for (PresentationContext& context : PresentationContexts) {
@@ -204,7 +206,7 @@ std::uint32_t AAssociateAC::Size() {
 }
 
 bool AAssociateAC::Write(Buffer& buffer) {
-  if (!IsWritable(*this)) return false;
+  if (!AreLengthsWritable(*this)) return false;
   Size();
   bool isWritten = WriteHead(buffer) && ApplicationContext.Write(buffer);
   for (PresentationContextAccept& context : PresentationContexts) {

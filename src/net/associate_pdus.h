@@ -56,6 +56,8 @@ class AAssociateRQ : public AssociatePdu {
 
   /// Computes all lengths and answers with the whole PDU's size.
   std::uint32_t Size();
+  /// False where an item is longer than its length can say.
+  bool IsWritable();
   /// Gathers the PDU in the stream and flushes it. False with nothing gathered where an item is longer than its length can say.
   bool Write(Buffer& buffer);
   /// False where the items do not fill the PDU exactly, and where anything in it cannot be. Lists grow: empty them before. An item of

@@ -40,6 +40,11 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
   FillImplementationClass(AAssociateRQ.UserInformation.ImplementationClass);
   FillImplementationVersion(AAssociateRQ.UserInformation.ImplementationVersion);
   AAssociateRQ.UserInformation.SetMax(kProposedMaximumLength);
+  // Nothing would be sent, and an answer be waited for.
+  if (!AAssociateRQ.IsWritable()) {
+    RefuseToPropose("Association request too long");
+    return 0;
+  }
   if (Link.Open(host, port) == 0) {
     AAssociateRJ.Result = 1;
     AAssociateRJ.Source = kServiceProvider;

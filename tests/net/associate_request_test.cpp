@@ -202,8 +202,15 @@ TEST(AssociateRequest, SaysThatTheLinkFailedWithinARefusal) {
 }
 
 TEST(AssociateRequest, TakesNoOtherAnswer) {
-  const Bytes answers[] = {
-      {}, {0}, {1}, {4, 0, 0, 0}, ReleaseRequest(), OurAbort(), BytesOf("HTTP/1.1 400")};
+  const Bytes answers[] = {{},
+                           {0},
+                           RequestFor({{1, kEcho, {kImplicit}}}),
+                           {4, 0, 0, 0},
+                           ReleaseRequest(),
+                           ReleaseAnswer(),
+                           OurAbort(),
+                           {8},
+                           BytesOf("HTTP/1.1 400")};
   for (const Bytes& answer : answers) {
     ScriptedServer server(AnswerWith(answer));
     PDU_Service pdu;
@@ -313,6 +320,29 @@ TEST(AssociateRequest, ProposesAtMostAsManyContextsAsThereAreIdentifiers) {
   EXPECT_EQ(more.Connect("127.0.0.1", server.Port()), 0);
   EXPECT_EQ(Words(more), "Too many SOP Classes proposed");
   EXPECT_EQ(more.AAssociateRJ, (Refusal{1, 1, 1, ""}));
+}
+
+TEST(AssociateRequest, WithMoreThanItsItemsCanSayOpensNoSocket) {
+  const Listener listener;
+  // 4 bytes, 4 + 17 of the class, and 4 + n for each transfer syntax: these alone are more than the 65535 that a context can have.
+  PDU_Service syntaxes;
+  syntaxes.AddAbstractSyntax(UID(kEcho));
+  for (int i = 10000; i < 15000; ++i) syntaxes.AddTransferSyntax(UID("1.2.3." + std::to_string(i)));
+  PDU_Service roles;
+  roles.AddAbstractSyntax(UID(kEcho));
+  for (int i = 10000; i < 15000; ++i) {
+    roles.AAssociateRQ.UserInformation.AddRoleSelect(
+        SCPSCURoleSelect(UID("1.2.3." + std::to_string(i)), 1, 1));
+  }
+  for (PDU_Service* pdu : {&syntaxes, &roles}) {
+    pdu->Link.TimeoutSecs = 2;
+    EXPECT_EQ(pdu->Connect("127.0.0.1", listener.Port()), 0);
+    EXPECT_EQ(Words(*pdu), "Association request too long");
+    EXPECT_EQ(pdu->AAssociateRJ, (Refusal{1, 1, 1, ""}));
+    EXPECT_EQ(pdu->Link.Connected, 0);
+  }
+  pollfd ready{.fd = listener.Descriptor(), .events = POLLIN, .revents = 0};
+  EXPECT_EQ(::poll(&ready, 1, 0), 0);
 }
 
 TEST(AssociateRequest, GivesUpOnAPeerThatNeverAnswers) {
