@@ -235,8 +235,9 @@ int Socket::Open(const std::string& host, const std::string& port) {
   std::memcpy(&Address.sin_addr, entry->h_addr_list[0], sizeof Address.sin_addr);
   const Held data(*this, static_cast<int>(opened.value));
   if (WasClosed()) return Fail("Operation Canceled");
-  SetBlocking(data.Descriptor(), false);
-  int error = ConnectSocket(data.Descriptor(), Address).error;
+  // One that waits in calls would connect for as long as the system takes.
+  int error = SetBlocking(data.Descriptor(), false).error;
+  if (error == 0) error = ConnectSocket(data.Descriptor(), Address).error;
   if (error == EINPROGRESS) {
     error = AwaitConnect(data.Descriptor(), deadline);
     if (error == ECANCELED || error == ETIMEDOUT) {

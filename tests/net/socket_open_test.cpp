@@ -354,6 +354,20 @@ TEST_F(SocketOpen, TellsWhereTheSocketCannotBeMadeToWaitAgain) {
   EXPECT_EQ(socket_.Error, 0);
 }
 
+TEST_F(SocketOpen, ConnectsNoSocketThatWouldWaitInCalls) {
+  const PlainListener listener;
+  const int before = test::OpenDescriptors();
+  SocketFailure failure;
+  failure.FailCall(SocketCall::kOption, 1, EIO);
+  EXPECT_EQ(Open(kHost, listener.PortText()), 0);
+  EXPECT_EQ(Words(), "Open(127.0.0.1," + listener.PortText() +
+                         "): Error on connect wsaerr=5 msg=Input/output error");
+  EXPECT_EQ(socket_.Error, 1);
+  EXPECT_EQ(failure.Calls(SocketCall::kConnect), 0);
+  ExpectIdle();
+  EXPECT_EQ(test::OpenDescriptors(), before);
+}
+
 TEST_F(SocketOpen, CannotWaitForATimeBelowZero) {
   const test::SilentListener listener;
   socket_.TimeoutSecs = -1;
