@@ -300,6 +300,8 @@ int Socket::Listen(const std::string& port) {
   Connected = 0;
   Listening = 0;
   Retire(DataSocket);
+  // Nobody would take the peers of one that listened before, and its port is to be had again.
+  Retire(ListenSocket);
   const std::uint16_t portNumber = FindPort(port);
   if (portNumber == 0) return 0;
   const SocketResult opened = OpenTcpSocket();
@@ -327,8 +329,6 @@ int Socket::Listen(const std::string& port) {
 bool Socket::BecomeListening() {
   const std::lock_guard held(lock_);
   if (WasClosed()) return false;
-  // One that listened before makes room for it.
-  RetireLocked(ListenSocket);
   ListenSocket = DataSocket.exchange(0);
   Listening = 1;
   return true;

@@ -39,7 +39,7 @@ class Socket {
   /// 0 with words. Writes "Socket::Open() Select returned %d\n" to the standard error stream when the connect had to be waited for.
   virtual int Open(const std::string& host, const std::string& port);
 
-  /// Waits for peers on `port` of every local address. 1; 0 with words.
+  /// Waits for peers on `port` of every local address. 1; 0 with words. What was open or listened before is closed either way.
   int Listen(const std::string& port);
   /// Waits without a limit until a peer connects. 1; 0 with words.
   int Accept();

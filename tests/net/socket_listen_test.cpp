@@ -143,6 +143,23 @@ TEST_F(SocketListen, ClosesAConnectionAndAListenerFromBefore) {
   EXPECT_EQ(test::OpenDescriptors(), before - 1);
 }
 
+TEST_F(SocketListen, ListensAnewOnThePortThatItHas) {
+  Listen();
+  const int before = test::OpenDescriptors();
+  EXPECT_EQ(socket_.Listen(std::to_string(port_)), 1) << Words();
+  EXPECT_EQ(test::OpenDescriptors(), before);
+  const Descriptor peer = ConnectTo(port_);
+  EXPECT_EQ(socket_.Accept(), 1);
+}
+
+TEST_F(SocketListen, LeavesNoPeerWaitingWhereItCannotListenAnew) {
+  Listen();
+  const PlainListener other;
+  EXPECT_EQ(socket_.Listen(other.PortText()), 0);
+  ExpectIdle();
+  EXPECT_THROW(ConnectTo(port_), std::runtime_error);
+}
+
 TEST_F(SocketListen, IsOverWhenItIsClosedOnTheWay) {
   PlainListener free;
   free.Close();
