@@ -122,9 +122,10 @@ bool ReadItems(Buffer& buffer, Pdu& pdu) {
   return SkipBytes(buffer, left.Bytes()) && isExact;
 }
 
-/// Whether the lengths of all items can be written.
+/// Whether the lengths of all items can be written. Forgets what was skipped, which is not there to be written.
 template <class Pdu>
 bool AreLengthsWritable(Pdu& pdu) {
+  pdu.UserInformation.UnknownItemBytes = 0;
   bool isWritable = pdu.UserInformation.Size() <= kMostItemBytes;
   for (auto& context : pdu.PresentationContexts) {
     isWritable = isWritable && context.Size() <= kMostItemBytes;

@@ -68,6 +68,8 @@ std::uint32_t UserInformation::Size() {
 }
 
 bool UserInformation::Write(Buffer& buffer) {
+  // What was skipped is not there to be written.
+  UnknownItemBytes = 0;
   if (Size() > kMostItemBytes) return false;
   pdu_trace::Start(false, "User Information (0x50)", ItemType);
   pdu_trace::Head(3, Reserved1, Length);

@@ -30,6 +30,7 @@ class UserInformation {
   /// Computes Length anew from what is kept here, and answers with the whole item's size. Of items that were skipped the last one
   /// counts.
   std::uint32_t Size();
+  /// Without the items that were skipped, which are forgotten.
   bool Write(Buffer& buffer);
   bool Read(Buffer& buffer);
   /// Without the type byte. True only where the items within fill this one exactly; those of unknown types are skipped, which leaves

@@ -296,6 +296,17 @@ TEST(AssociateRequest, CountsUserInformationForWhatItIs) {
   }
 }
 
+TEST(AssociatePdus, AreWrittenWithoutTheUserInformationThatWasSkipped) {
+  const Bytes information = Hex(
+      "50 00 001d 51 00 0004 00004000 52 00 0003 312e32 55 00 0002 5631 53 00 0004 0001 0001");
+  AAssociateRQ request;
+  ASSERT_TRUE(ReadsWhole(request, RequestBytes({kApplication, kContext, information})));
+  EXPECT_EQ(Written(request), RequestBytes({kApplication, kContext, kInformation}));
+  AAssociateAC answer;
+  ASSERT_TRUE(ReadsWhole(answer, AnswerBytes({kApplication, kAccept, information})));
+  EXPECT_EQ(Written(answer), AnswerBytes({kApplication, kAccept, kInformation}));
+}
+
 TEST(AssociateAnswer, ReadsWhatFollowsRefusalsWithoutATransferSyntax) {
   Bytes refusals;
   for (int count = 0; count < 20; ++count)

@@ -193,6 +193,13 @@ TEST(UserInformationItem, IsNotWrittenWhereItsLengthCannotSayIt) {
   EXPECT_TRUE(sent.Written().empty());
 }
 
+TEST(UserInformationItem, IsWrittenWithoutWhatWasSkipped) {
+  UserInformation item;
+  ASSERT_TRUE(Reads(item, Information({kMaximum, kAsynchronous, kClass, kVersion})));
+  EXPECT_EQ(Written(item), Information({kMaximum, kClass, kVersion}));
+  EXPECT_EQ(item.Length, 21);  // 8 + 7 + 6
+}
+
 TEST(UserInformationItem, GrowsUntilItIsCleared) {
   UserInformation item;
   ASSERT_TRUE(Reads(item, Information({RoleOf(1), kAsynchronous})));
