@@ -5,12 +5,12 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <thread>
 
 #include "base/leading_number.h"
-#include "base/text.h"
 #include "core/dump.h"
 #include "core/trace.h"
 #include "platform/hold_cancellation.h"
@@ -31,13 +31,18 @@ constexpr std::chrono::milliseconds kPauseWithoutDescriptors{50};
 
 std::atomic<std::uint16_t> instanceCount = 0;
 
-std::string SystemWords(int error) {
-  return Format("wsaerr=%d msg=%s", error, SystemErrorText(error).c_str());
-}
+/// The system's words for an error, as long as this lives.
+class SystemWords {
+ public:
+  explicit SystemWords(int error) : words_(SystemErrorText(error, room_)) {}
+  SystemWords(const SystemWords&) = delete;
+  SystemWords& operator=(const SystemWords&) = delete;
+  [[nodiscard]] const char* Text() const { return words_; }
 
-std::string BracketedWords(int error) {
-  return Format("wsaerr=%d msg=[%s]\n", error, SystemErrorText(error).c_str());
-}
+ private:
+  std::array<char, 256> room_{};
+  const char* words_;
+};
 
 /// Errors of a peer that has gone again or of the way to it, or of a lack that passes.
 bool IsPassing(int error) {
@@ -167,7 +172,8 @@ int Socket::Send(const void* buffer, std::uint32_t length) {
     }
   }
   if (error == 0) return 1;
-  return Fail(Format("Send(%ud): Error binary send ", length) + SystemWords(error));
+  return Fail("Send(%ud): Error binary send wsaerr=%d msg=%s", length, error,
+              SystemWords(error).Text());
 }
 
 std::int64_t Socket::Read(void* buffer, std::uint32_t length) {
@@ -185,8 +191,8 @@ std::int64_t Socket::Read(void* buffer, std::uint32_t length) {
         TimeoutSecs < 0 ? SocketResult{-1, EINVAL} : WaitForSockets(input, nullptr, deadline);
     if (ready.value != 1) {
       Error = 1;
-      SetError(ready.value == 0 ? "Timeout error reading from socket"
-                                : Format("Read socket error: %d", static_cast<int>(ready.value)));
+      ready.value == 0 ? Fail("Timeout error reading from socket")
+                       : Fail("Read socket error: %d", static_cast<int>(ready.value));
       return -1;
     }
     received = ReceiveSome(data.Descriptor(), buffer, length);
@@ -216,19 +222,27 @@ SocketResult Socket::ReceiveSoon(int descriptor, void* buffer, std::uint32_t len
 
 int Socket::Open(const std::string& host, const std::string& port) {
   closingsBefore_ = closings_;
-  SetError("");
+  ErrorText.front() = '\0';
   Retire(DataSocket);
   Connected = 0;
   const Deadline deadline = TimeLimit();
-  const std::string call = Format("Open(%s,%s): ", host.c_str(), port.c_str());
+  const char* const hostText = host.c_str();
+  const char* const portText = port.c_str();
   const hostent* entry = FindHostEntry(host, deadline);
   if (WasClosed()) return Fail("Operation Canceled");
-  if (entry == nullptr) return Fail(call + Format("could not resolve [%s]", host.c_str()));
+  if (entry == nullptr) {
+    return Fail("Open(%s,%s): could not resolve [%s]", hostText, portText, hostText);
+  }
   const std::uint16_t portNumber = FindPort(port);
-  if (portNumber == 0) return Fail(call + Format("could not resolve port[%s]", port.c_str()));
+  if (portNumber == 0) {
+    return Fail("Open(%s,%s): could not resolve port[%s]", hostText, portText, portText);
+  }
 
   const SocketResult opened = OpenTcpSocket();
-  if (!opened.Ok()) return Fail(call + "could not create sopcket " + SystemWords(opened.error));
+  if (!opened.Ok()) {
+    return Fail("Open(%s,%s): could not create sopcket wsaerr=%d msg=%s", hostText, portText,
+                opened.error, SystemWords(opened.error).Text());
+  }
   Address = sockaddr_in{};
   Address.sin_family = AF_INET;
   Address.sin_port = portNumber;
@@ -252,7 +266,10 @@ int Socket::Open(const std::string& host, const std::string& port) {
   } else {
     Retire(DataSocket);
   }
-  if (error != 0) return Fail(call + "Error on connect " + SystemWords(error));
+  if (error != 0) {
+    return Fail("Open(%s,%s): Error on connect wsaerr=%d msg=%s", hostText, portText, error,
+                SystemWords(error).Text());
+  }
   SetNoDelay(data.Descriptor());
   return BecomeConnected() ? 1 : Fail("Operation Canceled");
 }
@@ -306,7 +323,8 @@ int Socket::Listen(const std::string& port) {
   if (portNumber == 0) return 0;
   const SocketResult opened = OpenTcpSocket();
   if (!opened.Ok()) {
-    return Fail("socket(PF_INET, SOCK_STREM, IPPROT_TCP): " + BracketedWords(opened.error));
+    return Fail("socket(PF_INET, SOCK_STREM, IPPROT_TCP): wsaerr=%d msg=[%s]\n", opened.error,
+                SystemWords(opened.error).Text());
   }
   const Held data(*this, static_cast<int>(opened.value));
   Address = sockaddr_in{};
@@ -320,8 +338,9 @@ int Socket::Listen(const std::string& port) {
       bound.Ok() ? ListenOnSocket(data.Descriptor(), kBacklog) : SocketResult{};
   if (!bound.Ok() || !listens.Ok()) {
     Retire(DataSocket);
-    return Fail(bound.Ok() ? "listen(): " + BracketedWords(listens.error)
-                           : "bind(): " + BracketedWords(bound.error));
+    const int error = bound.Ok() ? listens.error : bound.error;
+    return Fail("%s(): wsaerr=%d msg=[%s]\n", bound.Ok() ? "listen" : "bind", error,
+                SystemWords(error).Text());
   }
   return BecomeListening() ? 1 : Fail("Operation Canceled");
 }
@@ -353,7 +372,8 @@ int Socket::Accept() {
     Retire(DataSocket);
     Connected = 0;
     Listening = 0;
-    return Fail("Accept(): " + BracketedWords(accepted.error));
+    return Fail("Accept(): wsaerr=%d msg=[%s]\n", accepted.error,
+                SystemWords(accepted.error).Text());
   }
   return 1;
 }
@@ -402,14 +422,11 @@ bool Socket::HasInput() {
   return data.Descriptor() != 0 && WaitForSockets(input, nullptr, DeadlineIn(0)).value > 0;
 }
 
-void Socket::SetError(const std::string& words) {
-  const std::size_t length = std::min(words.size(), ErrorText.size() - 1);
-  std::memcpy(ErrorText.data(), words.data(), length);
-  ErrorText[length] = '\0';
-}
-
-int Socket::Fail(const std::string& words) {
-  SetError(words);
+int Socket::Fail(const char* format, ...) {
+  std::va_list arguments;
+  va_start(arguments, format);
+  std::vsnprintf(ErrorText.data(), ErrorText.size(), format, arguments);
+  va_end(arguments);
   return 0;
 }
 
@@ -440,7 +457,7 @@ std::uint16_t Socket::FindPort(const std::string& port) {
   if (number != 0) return htons(number);
   const std::optional<std::uint16_t> found = FindServicePort(port);
   if (!found) {
-    SetError(Format("Error getservbyname(%s, %s)", port.c_str(), "NULL"));
+    Fail("Error getservbyname(%s, %s)", port.c_str(), "NULL");
     return 0;
   }
   ServiceEntry = servent{};

@@ -1,5 +1,5 @@
 // The one TCP endpoint of the library, over IPv4. It keeps the words of its last error, bounds every wait by one timeout, and can be
-// closed by another thread, which ends what it waits for.
+// closed by another thread, which ends what it waits for. Nothing here throws, but that a new one may find no memory.
 //
 // One thread at a time, but for Close: any thread may call it at any time, and no descriptor is closed while another thread still
 // uses it.
@@ -82,9 +82,8 @@ class Socket {
   class CancelPipe;
   class Held;
 
-  void SetError(const std::string& words);
-  /// Leaves the words and answers 0.
-  int Fail(const std::string& words);
+  /// Leaves the words, cut to fit, for which no memory is taken. Always 0.
+  [[gnu::format(printf, 2, 3)]] int Fail(const char* format, ...);
   /// Whether Close was called since Open or Listen began.
   [[nodiscard]] bool WasClosed() const { return closings_ != closingsBefore_; }
   [[nodiscard]] Deadline TimeLimit() const;

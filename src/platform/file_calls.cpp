@@ -227,8 +227,12 @@ FileResult LockFile(int descriptor) {
 bool HasNul(const std::string& path) { return std::strlen(path.c_str()) != path.size(); }
 
 std::string SystemErrorText(int error) {
-  std::array<char, 256> buffer{};
-  return ErrorWords(strerror_r(error, buffer.data(), buffer.size()), buffer.data());
+  std::array<char, 256> room{};
+  return SystemErrorText(error, room);
+}
+
+const char* SystemErrorText(int error, std::span<char> room) {
+  return ErrorWords(strerror_r(error, room.data(), room.size()), room.data());
 }
 
 }  // namespace tessaret

@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <span>
 #include <string>
 
 namespace tessaret {
@@ -85,5 +86,7 @@ bool HasNul(const std::string& path);
 
 /// The system's words for an error number.
 std::string SystemErrorText(int error);
+/// The same without memory, as long as `room` is there, which may be too short for all of them.
+const char* SystemErrorText(int error, std::span<char> room);
 
 }  // namespace tessaret

@@ -10,11 +10,11 @@
 #include <cerrno>
 #include <chrono>
 #include <condition_variable>
+#include <exception>
 #include <memory>
 #include <mutex>
-#include <system_error>
+#include <new>
 #include <thread>
-#include <vector>
 
 #include "platform/hold_cancellation.h"
 
@@ -97,13 +97,14 @@ class Maker {
 
 std::optional<in_addr> FindHost(const std::string& name, const Deadline& deadline,
                                 const std::function<bool()>& isGivenUp) {
-  const auto lookup = std::make_shared<Lookup>();
-  lookup->name = name;
+  std::shared_ptr<Lookup> lookup;
   std::optional<Maker> maker;
   try {
+    lookup = std::make_shared<Lookup>();
+    lookup->name = name;
     maker.emplace(lookup);
-  } catch (const std::system_error&) {
-    // Without a thread it is made here, for as long as the system takes.
+  } catch (const std::exception&) {
+    // Without a thread, or memory for one, it is made here, for as long as the system takes.
     return Ask(name);
   }
   std::unique_lock held(lookup->lock);
@@ -122,14 +123,15 @@ in_addr DottedAddress(const std::string& text) { return in_addr{::inet_addr(text
 std::optional<std::uint16_t> FindServicePort(const std::string& name) {
   servent entry{};
   servent* found = nullptr;
-  std::vector<char> room(1024);
-  int answer = ERANGE;
-  for (; room.size() <= kMostServiceBytes; room.resize(room.size() * 2)) {
-    answer = ::getservbyname_r(name.c_str(), nullptr, &entry, room.data(), room.size(), &found);
-    if (answer != ERANGE) break;
+  for (std::size_t size = 1024; size <= kMostServiceBytes; size *= 2) {
+    const std::unique_ptr<char[]> room(new (std::nothrow) char[size]);
+    if (!room) return std::nullopt;
+    const int answer = ::getservbyname_r(name.c_str(), nullptr, &entry, room.get(), size, &found);
+    if (answer == ERANGE) continue;
+    if (answer != 0 || found == nullptr) return std::nullopt;
+    return ntohs(static_cast<std::uint16_t>(found->s_port));
   }
-  if (answer != 0 || found == nullptr) return std::nullopt;
-  return ntohs(static_cast<std::uint16_t>(found->s_port));
+  return std::nullopt;
 }
 
 void SetHostLookup(HostLookup lookup) { hostLookup = lookup; }
