@@ -21,6 +21,7 @@ void Trace(const AssociatePdu& pdu, bool isReading) {
   pdu_trace::Field(1, "Reserved", 2, pdu.Reserved2);
   pdu_trace::Field(1, "Called AP Title", pdu.CalledApTitle.data());
   pdu_trace::Field(1, "Calling AP Title", pdu.CallingApTitle.data());
+  pdu_trace::Field(1, "Reserved", pdu.Reserved3);
 }
 
 bool HasIdentifier(const std::vector<PresentationContext>& contexts, std::uint8_t identifier) {

@@ -63,6 +63,7 @@ void TraceExtended(const ExtendedNegotiation& item, std::uint16_t length, bool i
   pdu_trace::Field(4, "UID Length", 2, item.UID.Size);
   pdu_trace::Field(4, "UID", item.UID.View());
   pdu_trace::Field(4, "Application Info Length", 2, item.ApplicationInfoLength);
+  pdu_trace::Field(4, "Application Info", item.ApplicationInfo);
 }
 
 /// Reads a text of `size` bytes, of which there may be none. False also where it is too long.

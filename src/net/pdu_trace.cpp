@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "core/dump.h"
+
 namespace tessaret::pdu_trace {
 namespace {
 
@@ -17,6 +19,12 @@ void Start(bool isReading, const char* name, std::uint8_t type) {
 
 void Field(int tabs, const char* name, int bytes, std::uint32_t value) {
   DumpTrace(kDumpPdu, "%s%s [%d]=%X\n", Tabs(tabs), name, bytes, value);
+}
+
+void Field(int tabs, const char* name, std::span<const std::uint8_t> bytes) {
+  if (!IsDumping(kDumpPdu)) return;
+  DumpTrace(kDumpPdu, "%s%s [%d]=\n", Tabs(tabs), name, static_cast<int>(bytes.size()));
+  DumpHex(bytes.data(), bytes.size());
 }
 
 void Field(int tabs, const char* name, std::string_view value) {

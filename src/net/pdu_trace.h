@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string_view>
 
 #include "core/trace.h"
@@ -13,6 +14,8 @@ void Start(bool isReading, const char* name, std::uint8_t type);
 
 /// Behind that many tabs: "NAME [BYTES]=VALUE", the value in hexadecimal.
 void Field(int tabs, const char* name, int bytes, std::uint32_t value);
+/// "NAME [COUNT]=", and a listing of the bytes.
+void Field(int tabs, const char* name, std::span<const std::uint8_t> bytes);
 /// "NAME=[VALUE]".
 void Field(int tabs, const char* name, std::string_view value);
 
