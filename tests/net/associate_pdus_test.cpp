@@ -285,6 +285,16 @@ TEST(AssociateAnswer, CountsUserInformationForWhatWasKeptOfIt) {
   EXPECT_FALSE(reads({}));
 }
 
+TEST(AssociateAnswer, ReadsNothingBehindTheEndOfItsCount) {
+  // 12 bytes with a maximum alone, which count for 20: 8 for it, 4 for each of two texts without a byte, 4 of its own. The
+  // context that follows has the 8 between them.
+  const Bytes information = ItemBytes(0x50, Hex("51 00 0004 00004000"));
+  AAssociateAC answer;
+  EXPECT_TRUE(
+      ReadsWhole(answer, AnswerBytes({kAccept, information, Hex("21 00 0004 05 00 03 00")})));
+  EXPECT_EQ(answer.PresentationContexts.size(), 1u);
+}
+
 TEST(AssociateRequest, CountsUserInformationForWhatItIs) {
   const Bytes role = Hex("54 00 0007 0003 312e33 01 00");
   const Bytes unknown = Hex("53 00 0004 0001 0001");
@@ -297,8 +307,8 @@ TEST(AssociateRequest, CountsUserInformationForWhatItIs) {
 }
 
 TEST(AssociatePdus, AreWrittenWithoutTheUserInformationThatWasSkipped) {
-  const Bytes information = Hex(
-      "50 00 001d 51 00 0004 00004000 52 00 0003 312e32 55 00 0002 5631 53 00 0004 0001 0001");
+  const Bytes information =
+      Hex("50 00 001d 51 00 0004 00004000 52 00 0003 312e32 55 00 0002 5631 53 00 0004 0001 0001");
   AAssociateRQ request;
   ASSERT_TRUE(ReadsWhole(request, RequestBytes({kApplication, kContext, information})));
   EXPECT_EQ(Written(request), RequestBytes({kApplication, kContext, kInformation}));

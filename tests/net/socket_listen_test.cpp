@@ -1,4 +1,6 @@
 // Listening and accepting.
+#include <netinet/tcp.h>
+
 #include <chrono>
 #include <optional>
 #include <thread>
@@ -65,6 +67,15 @@ TEST_F(SocketListen, DoesNotLingerAndMayReuseTheAddress) {
   EXPECT_TRUE(test::IsClosedOnExec(socket_.ListenSocket));
 }
 
+TEST_F(SocketListen, LetsFivePeersWait) {
+  Listen();
+  // Of a socket that listens the system tells here how many may wait.
+  tcp_info info{};
+  socklen_t size = sizeof info;
+  ASSERT_EQ(::getsockopt(socket_.ListenSocket, IPPROTO_TCP, TCP_INFO, &info, &size), 0);
+  EXPECT_EQ(info.tcpi_sacked, 5u);
+}
+
 TEST_F(SocketListen, TakesOnePeerAfterTheOther) {
   Listen();
   const int listener = socket_.ListenSocket;
@@ -72,6 +83,7 @@ TEST_F(SocketListen, TakesOnePeerAfterTheOther) {
   ASSERT_EQ(socket_.Accept(), 1);
   EXPECT_EQ(socket_.Connected, 1);
   EXPECT_TRUE(test::IsClosedOnExec(socket_.DataSocket));
+  EXPECT_EQ(test::OptionOf(socket_.DataSocket, IPPROTO_TCP, TCP_NODELAY), 1);
   sockaddr_in own{};
   socklen_t size = sizeof own;
   ::getsockname(first.Number(), reinterpret_cast<sockaddr*>(&own), &size);
@@ -185,6 +197,8 @@ TEST_F(SocketListen, AcceptsNobodyWhereItDoesNotListen) {
 TEST_F(SocketListen, ClosesAllAndTellsWhereAcceptingFails) {
   Listen();
   const int listener = socket_.ListenSocket;
+  const Descriptor before = ConnectTo(port_);
+  ASSERT_EQ(socket_.Accept(), 1);
   const Descriptor peer = ConnectTo(port_);
   SocketFailure failure;
   failure.FailCall(SocketCall::kAccept, 1, EPERM);
@@ -192,6 +206,7 @@ TEST_F(SocketListen, ClosesAllAndTellsWhereAcceptingFails) {
   EXPECT_EQ(Words(), "Accept(): wsaerr=1 msg=[Operation not permitted]\n");
   ExpectIdle();
   EXPECT_FALSE(test::IsOpen(listener));
+  EXPECT_TRUE(before.Receive(1).empty());
 }
 
 TEST_F(SocketListen, TellsOfAWaitThatFails) {
@@ -220,7 +235,8 @@ TEST_F(SocketListen, PausesWithoutDescriptorsAndGoesOn) {
 TEST_F(SocketListen, GoesOnAfterAPeerThatHasGoneAgain) {
   Listen();
   const Descriptor peer = ConnectTo(port_);
-  for (const int error : {ECONNABORTED, EPROTO, EHOSTUNREACH, ENETDOWN, EAGAIN}) {
+  for (const int error :
+       {ECONNABORTED, EPROTO, EHOSTDOWN, EHOSTUNREACH, ENETDOWN, ENETUNREACH, EAGAIN}) {
     SocketFailure failure;
     failure.FailCall(SocketCall::kAccept, 1, error);
     const Descriptor next = ConnectTo(port_);

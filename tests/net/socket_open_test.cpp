@@ -116,6 +116,7 @@ TEST_F(SocketOpen, TakesAnAddressWithoutLookingItUp) {
   EXPECT_EQ(socket_.HostEntry.h_addr_list[0], reinterpret_cast<char*>(&socket_.ResolvedAddress));
   EXPECT_EQ(socket_.HostEntry.h_addr_list[1], nullptr);
   EXPECT_EQ(socket_.HostEntry.h_length, 4);
+  EXPECT_EQ(socket_.HostEntry.h_addrtype, AF_INET);
 }
 
 TEST_F(SocketOpen, LooksANameUp) {
@@ -220,7 +221,10 @@ TEST_F(SocketOpen, EmptiesWordsAndClosesWhatWasOpen) {
   const Descriptor first = listener.Accept();
   ASSERT_EQ(Open(kHost, listener.PortText()), 1);
   EXPECT_TRUE(first.Receive(1).empty());
+  const Descriptor second = listener.Accept();
   EXPECT_EQ(Open(kHost, "0"), 0);
+  ExpectIdle();
+  EXPECT_TRUE(second.Receive(1).empty());
   ASSERT_EQ(Open(kHost, listener.PortText()), 1);
   EXPECT_EQ(Words(), "");
 }
@@ -273,7 +277,7 @@ TEST_F(SocketOpen, GivesUpAfterItsTimeout) {
   EXPECT_GE(std::chrono::steady_clock::now() - begin, std::chrono::seconds(1));
   EXPECT_EQ(Words(), "Operation timed out");
   EXPECT_EQ(errors_, "Socket::Open() Select returned 0\n");
-  EXPECT_NE(socket_.Error, 0);
+  EXPECT_EQ(socket_.Error, -1);  // what the connect answered
   ExpectIdle();
   EXPECT_EQ(test::OpenDescriptors(), before);
 }
@@ -303,6 +307,10 @@ TEST_F(SocketOpen, IsCancelledByACloseThatComesBeforeItBeganToWait) {
     failure.RunBefore(kind, 1, [&] { socket_.Close(); });
     EXPECT_EQ(Open(kHost, listener.PortText()), 0);
     EXPECT_EQ(Words(), "Operation Canceled") << static_cast<int>(kind);
+    EXPECT_EQ(failure.Calls(SocketCall::kConnect), kind == SocketCall::kSocket ? 0 : 1);
+    EXPECT_EQ(errors_, kind == SocketCall::kSocket
+                           ? ""
+                           : "Socket::Open() Select returned 1\nOperation cancelled\n");
     ExpectIdle();
   }
 }

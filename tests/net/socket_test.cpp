@@ -1,6 +1,8 @@
 // Sockets that are connected: sending, receiving, closing, and what they are before that.
 #include "net/socket.h"
 
+#include <netinet/tcp.h>
+
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -294,6 +296,11 @@ TEST_F(ConnectedSocket, ClosesWhatIsOpenWhenItTakesAnother) {
   EXPECT_TRUE(before.Receive(1).empty());
   peer_.Send({1});
   EXPECT_EQ(Read(1), 1);
+}
+
+TEST_F(ConnectedSocket, SendsAtOnceOverAnyConnectionThatItTakes) {
+  ConnectByTcp();
+  EXPECT_EQ(test::OptionOf(socket_.DataSocket, IPPROTO_TCP, TCP_NODELAY), 1);
 }
 
 TEST_F(ConnectedSocket, ClosesThePeerAlone) {
