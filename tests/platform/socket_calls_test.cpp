@@ -66,6 +66,10 @@ TEST(SocketCalls, FailWhereDescriptorZeroIsTheOnlyOneLeft) {
     ::setrlimit(RLIMIT_NOFILE, &three);
     const SocketResult opened = OpenTcpSocket();
     if (opened.Ok() || test::IsOpen(0)) return 1;
+    // Of a pair the other one goes with it.
+    ::close(1);
+    std::array<int, 2> ends{};
+    if (OpenSocketPair(ends).Ok() || test::IsOpen(0) || test::IsOpen(1)) return 2;
     return 0;
   });
   EXPECT_EQ(wrong, 0);
