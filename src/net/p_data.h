@@ -21,10 +21,12 @@ inline constexpr std::uint32_t kMostMessageBytes = 0x7FFFFFFF;
 inline constexpr std::uint8_t kCommandFragment = 1;
 inline constexpr std::uint8_t kLastFragment = 2;
 
-/// A message that waits to be sent while the object that it was made of, and what that shares, is still there.
+/// The bytes of a message.
 class MessageBuffer final : public LinkedBuffer {
  public:
-  MessageBuffer() { shareSize_ = kLeastShared; }
+  /// For a message that is sent while the object that it was made of is still there, and what that shares: long values wait where they
+  /// lie, and are not copied.
+  void ShareLongValues() { shareSize_ = kLeastShared; }
 
  private:
   // Shorter values cost less to copy than to look after.
@@ -63,7 +65,7 @@ class PDataTF {
   std::uint8_t ItemType = 4;
   std::uint8_t Reserved1 = 0;  // of the last PDU read
   std::uint32_t Length = 0;    // bytes of the PDU in hand still unread; 0: the next one begins
-  LinkedBuffer
+  MessageBuffer
       VRBuffer;  // the encoded message: to be sent in its outgoing chunks, received in its incoming one
   PDU_Service* Link = nullptr;  // over which the last transfer went; not owned
   std::int32_t MsgStatus = 0;   // 1: the message is complete

@@ -184,6 +184,7 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
                             std::uint8_t contextID) {
   tessaret::PDataTF command;
   tessaret::PDataTF data;
+  data.VRBuffer.ShareLongValues();
   // The data first, so that nothing has gone where they cannot be encoded.
   if (dataObject != nullptr && !ParseOutgoing(*dataObject, data.VRBuffer, contextID)) return false;
   if (!EncodeCommand(commandObject, command)) return false;

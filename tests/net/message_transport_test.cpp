@@ -1,9 +1,12 @@
 // Objects over an association: which context and encoding they go in, and what is made of what comes.
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "core/transfer_syntax.h"
 #include "net/command_elements.h"
 #include "net/scripted_peer.h"
+#include "platform/socket_calls.h"
 #include "support/data_set_builder.h"
 
 namespace tessaret::test {
@@ -121,6 +124,38 @@ TEST(WriteMessage, SendsLongDataInFragmentsBehindTheCommand) {
   EXPECT_EQ(association.peer.Received(),
             Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)),
                     Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, pixels))}));
+}
+
+Bytes* sharedValue = nullptr;
+
+int ChangeLastByteBeforeSending(SocketCall call, std::size_t&) {
+  if (call == SocketCall::kSend) sharedValue->back() = 0xEE;
+  return 0;
+}
+
+TEST(WriteMessage, SendsLongValuesThatAreSharedFromWhereTheyLie) {
+  // What is changed after it was encoded, and before it is sent, shows that there is no copy.
+  for (const bool isShared : {true, false}) {
+    Association association(kContexts);
+    DICOMCommandObject command;
+    PutNumber16(command, 0x0000, 0x0100, 1);
+    Bytes pixels = Pattern(100000);
+    DICOMDataObject object;
+    auto element = std::make_unique<VR>(std::uint16_t{0x7FE0}, std::uint16_t{0x0010}, 100000u,
+                                        pixels.data(), false);
+    element->TypeCode = type_code::OW;
+    auto own = std::make_unique<VR>(*element, true);
+    object.Push(isShared ? element.release() : own.release());
+    sharedValue = &pixels;
+    SetSocketCallHook(&ChangeLastByteBeforeSending);
+    EXPECT_TRUE(association.pdu.Write(command, &object, UID(kEcho)));
+    SetSocketCallHook(nullptr);
+    Bytes expected = Pattern(100000);
+    if (isShared) expected.back() = 0xEE;
+    EXPECT_EQ(association.peer.Received(),
+              Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)),
+                      Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, expected))}));
+  }
 }
 
 TEST(WriteMessage, SendsWhatStandsInTheBuffer) {
