@@ -4,8 +4,10 @@
 //   interop_peer list-little FILE...              the same, with the numbers of big endian files turned round
 //   interop_peer resave SYNTAX IN OUT [IN OUT]... loads, and saves with a meta header in the transfer syntax of the UID
 //                                                 SYNTAX, or in its own when that is "same"
+//   interop_peer send PORT FILE...                loads with what compressed pixels the file has, and sends the object to a node of
+//                                                 this machine
 //
-// Fields are separated by tabs. Exit code 1 when some file could not be loaded or saved.
+// Fields are separated by tabs. Exit code 1 when some file could not be loaded, saved or sent.
 #include <algorithm>
 #include <cstdio>
 #include <cstring>
@@ -19,6 +21,7 @@
 #include "support/compare_objects.h"
 #include "support/sha256.h"
 #include "support/test_paths.h"
+#include "tessaret/tessaret.hpp"
 
 namespace tessaret::test {
 namespace {
@@ -117,6 +120,15 @@ bool Resave(const RTC& dictionary, std::string_view syntax, const char* from, co
   return false;
 }
 
+bool Send(const char* port, const char* path) {
+  const auto object = Create<IDCMObject>("Tessaret.DCMObject");
+  VariantBool sent;
+  const bool done = object.As<IDcmFile>()->LoadFile(path, LOAD_PIXELS, ENCODING_NONE) == kOk &&
+                    object->Send("127.0.0.1", port, "HERE", "ARCHIVE", {}, &sent) == kOk;
+  if (!done) std::fprintf(stderr, "%s: %s\n", path, LastError().text.c_str());
+  return done && sent.IsTrue();
+}
+
 int Run(int count, char** words) {
   RTC dictionary;
   const std::string path = std::string(kDataDir) + "/dicom-dict.txt";
@@ -131,6 +143,8 @@ int Run(int count, char** words) {
     for (int at = 3; at + 1 < count; at += 2) {
       done = Resave(dictionary, words[2], words[at], words[at + 1]) && done;
     }
+  } else if (verb == "send" && count > 3) {
+    for (int at = 3; at < count; ++at) done = Send(words[2], words[at]) && done;
   } else {
     return 2;
   }

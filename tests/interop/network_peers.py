@@ -66,15 +66,15 @@ class Peer:
 
 
 @contextlib.contextmanager
-def a_folder():
-    with tempfile.TemporaryDirectory() as name:
+def a_folder(within=None):
+    with tempfile.TemporaryDirectory(dir=within) as name:
         yield pathlib.Path(name)
 
 
 @contextlib.contextmanager
-def storescp(*options):
+def storescp(*options, within=None):
     port = free_port()
-    with a_folder() as folder, running(["storescp", "-q", *options, "-od", folder, port], port, folder):
+    with a_folder(within) as folder, running(["storescp", "-q", *options, "-od", folder, port], port, folder):
         yield Peer(port, folder)
 
 

@@ -1,10 +1,16 @@
 """echo and send to nodes that are programs of others: what they take arrives as it was, and what they refuse is told."""
 
 import collections
+import copy
+import hashlib
 import io
 import json
+import os
+import shutil
+import struct
 import subprocess
 import tempfile
+import time
 import unittest
 import warnings
 from pathlib import Path
@@ -16,9 +22,12 @@ import network_peers
 import peers
 import pydicom
 import tool_runs
+from pydicom.filebase import DicomBytesIO
+from pydicom.filewriter import write_dataset
 from peers import EXPLICIT_LITTLE, IMPLICIT_LITTLE
 
 DONE, INPUT_FAILED, NO_ASSOCIATION, PEER_FAILED = 0, 1, 3, 4
+GIGABYTE = 1 << 30
 Sent = collections.namedtuple("Sent", "code files summary words")
 NEEDS_ORTHANC = unittest.skipUnless(network_peers.ORTHANC, "Orthanc is not installed")
 
@@ -61,6 +70,63 @@ def without_padding(view):
             element = element._replace(vr=None)
         form.append(element)
     return form
+
+
+def room_for(size):
+    """A folder with so much room in memory, so that no disk is waited for; none where there is not."""
+    for folder in (Path("/dev/shm"), Path(os.environ["TESSARET_BINARY_DIR"])):
+        if folder.is_dir() and shutil.disk_usage(folder).free > size and free_memory() > size:
+            return folder
+    return None
+
+
+def free_memory():
+    with open("/proc/meminfo", encoding="ascii") as lines:
+        return next(int(line.split()[1]) * 1024 for line in lines if line.startswith("MemAvailable"))
+
+
+def write_frames(path):
+    """An image of 1024 frames of 1024 x 1024 bytes, most of them a hole; the digest of its pixels."""
+    data = pydicom.Dataset()
+    data.SOPClassUID, data.SOPInstanceUID = "1.2.840.10008.5.1.4.1.1.7.2", "1.2.3.4"
+    data.SamplesPerPixel, data.PhotometricInterpretation, data.NumberOfFrames = 1, "MONOCHROME2", 1024
+    data.Rows = data.Columns = 1024
+    data.BitsAllocated = data.BitsStored = 8
+    data.HighBit, data.PixelRepresentation = 7, 0
+    data.file_meta = pydicom.dataset.FileMetaDataset()
+    data.file_meta.TransferSyntaxUID = EXPLICIT_LITTLE
+    data.file_meta.MediaStorageSOPClassUID, data.file_meta.MediaStorageSOPInstanceUID = data.SOPClassUID, data.SOPInstanceUID
+    data.is_little_endian, data.is_implicit_VR = True, False
+    pydicom.dcmwrite(path, data, write_like_original=False)
+    with open(path, "r+b") as file:
+        file.seek(0, io.SEEK_END)
+        start = file.write(struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, GIGABYTE)) + file.tell() - 12
+        file.truncate(start + GIGABYTE)
+        for frame in range(0, 1024, 7):
+            file.seek(start + frame * 1024 * 1024 + 1000 * frame)
+            file.write(f"frame {frame}".encode())
+        file.seek(-4, io.SEEK_END)
+        file.write(b"last")
+        file.seek(start)
+        return hashlib.file_digest(file, "sha256").digest()
+
+
+def encoded_length(data, implicit):
+    stream = DicomBytesIO()
+    stream.is_little_endian, stream.is_implicit_VR = True, implicit
+    write_dataset(stream, data)
+    return len(stream.getvalue())
+
+
+def measured_send(peer, file):
+    """Exit code, output, seconds, and the most memory that it took, in bytes."""
+    begin = time.monotonic()
+    process = subprocess.Popen([tool_runs.TOOL, "send", f"ARCHIVE@127.0.0.1:{peer.port}", file], stdout=subprocess.PIPE)
+    with process.stdout as output:
+        words = output.read().decode()
+    _, status, usage = os.wait4(process.pid, 0)
+    process.returncode = os.waitstatus_to_exitcode(status)
+    return process.returncode, words, time.monotonic() - begin, usage.ru_maxrss * 1024
 
 
 class NetworkPeers(unittest.TestCase):
@@ -117,6 +183,29 @@ class NetworkPeers(unittest.TestCase):
                     original = pydicom.dcmread(file)
                     self.assertEqual(received.PixelData, original.PixelData)
                     self.assertEqual(received.PhotometricInterpretation, original.PhotometricInterpretation)
+
+    def test_an_object_goes_in_its_own_syntax_where_the_peer_takes_that(self):
+        native = self.phantoms("rgb")[0]
+        original = pydicom.dcmread(native)
+        for name, syntax, takes in (("rle", "1.2.840.10008.1.2.5", "+xr"), ("jpeg lossless", "1.2.840.10008.1.2.4.70", "+xs"),
+                                    ("jpeg-ls", "1.2.840.10008.1.2.4.80", "+xt"), ("jpeg2000", "1.2.840.10008.1.2.4.90", "+xv")):
+            file = self.folder / "in.dcm"
+            tool_runs.transcode(native, syntax, file)
+            with self.subTest(name, taken=True), network_peers.storescp(takes, "+B") as peer:
+                self.send_object(peer, file)
+                received = pydicom.dcmread(peer.files()[0])
+                self.assertEqual(received.file_meta.TransferSyntaxUID, syntax)
+                # Fragments arrive as they were, byte by byte.
+                self.assertEqual(received.PixelData, pydicom.dcmread(file).PixelData)
+            with self.subTest(name, taken=False), network_peers.storescp("+xi", "+B") as peer:
+                self.send_object(peer, file)
+                received = pydicom.dcmread(peer.files()[0])
+                self.assertEqual(received.file_meta.TransferSyntaxUID, IMPLICIT_LITTLE)
+                self.assertEqual(received.PixelData, original.PixelData)
+
+    def send_object(self, peer, file):
+        done = subprocess.run([peers.PEER, "send", str(peer.port), file], capture_output=True, check=False, timeout=100)
+        self.assertEqual(done.returncode, 0, done.stderr)
 
     def test_real_files_arrive_as_they_were(self):
         rows, seen = [], set()
@@ -203,8 +292,60 @@ class NetworkPeers(unittest.TestCase):
     def test_many_small_files_go_over_one_association(self):
         count = 1000 // (4 if tool_runs.INSTRUMENTED else 1)
         self.phantoms(slices=count, size=16, name="many")
-        with network_peers.storescp("--ignore") as peer:
-            self.assert_sent(send(peer, self.folder / "many"), count)
+        for start, options in ((network_peers.storescp, ["--ignore"]), (network_peers.dcmqrscp, []),
+                               *([(network_peers.orthanc, [])] if network_peers.ORTHANC else [])):
+            with self.subTest(start.__name__), start(*options) as peer:
+                self.assert_sent(send(peer, self.folder / "many"), count)
+                if peer.http:
+                    self.assertEqual(peer.ask("statistics")["CountInstances"], count)
+
+    @unittest.skipIf(tool_runs.INSTRUMENTED, "the memory of instrumented programs says nothing")
+    def test_an_object_of_a_gigabyte_arrives_whole(self):
+        folder = room_for(3 * GIGABYTE)
+        if folder is None:
+            self.skipTest("there are no three gigabytes for the file, the object, and what arrives")
+        with tempfile.TemporaryDirectory(dir=folder) as name:
+            source = Path(name) / "multiframe.dcm"
+            pixels = write_frames(source)
+            with network_peers.storescp("+B", within=folder) as peer:
+                code, words, seconds, memory = measured_send(peer, source)
+                self.assertEqual((code, words), (DONE, "1 files sent, 0 with warnings, 0 refused, 0 failed\n"))
+                # The object, and not another of its size beside it.
+                self.assertLess(memory, GIGABYTE * 5 // 4)
+                self.assertLess(seconds, 120)
+                with open(peer.files()[0], "rb") as file:
+                    file.seek(-GIGABYTE, io.SEEK_END)
+                    self.assertEqual(hashlib.file_digest(file, "sha256").digest(), pixels)
+
+    def test_a_message_of_exactly_a_fragment_and_one_beyond_arrive_whole(self):
+        # Data sets have an even length, so the next beyond one PDV of 4096 bytes has 4098.
+        lengths = (4094, 4096, 4098, 8190, 8192, 8194)
+        original = pydicom.dcmread(self.phantoms(size=16)[0])
+        for options, implicit in ((["+xe"], False), (["+xi"], True)):
+            with self.subTest(options), network_peers.storescp(*options, "+B") as peer:
+                source = copy.deepcopy(original)
+                source.ImageComments = ""
+                # The identifiers below are as long as this one.
+                source.SOPInstanceUID = "1.2.3.1000"
+                bare = encoded_length(copy.deepcopy(source), implicit)
+                files = {}
+                for number, length in enumerate(lengths):
+                    source.SOPInstanceUID = f"1.2.3.{1000 + number}"
+                    source.file_meta.MediaStorageSOPInstanceUID = source.SOPInstanceUID
+                    source.ImageComments = "x" * (length - bare)
+                    files[f"1.2.3.{1000 + number}"] = self.folder / f"{length}.dcm"
+                    source.save_as(files[f"1.2.3.{1000 + number}"])
+                self.assert_sent(send(peer, *files.values()), len(lengths))
+                received = {instance_of(path): path for path in peer.files()}
+                for (instance, file), length in zip(files.items(), lengths):
+                    # The peer writes behind its meta header what it was sent.
+                    self.assertEqual(self.data_set_length(received[instance].read_bytes()), length)
+                    self.assert_same(file, received[instance])
+
+    @staticmethod
+    def data_set_length(file):
+        """Of the bytes behind preamble, mark and meta header, whose length its first element says."""
+        return len(file) - 144 - int.from_bytes(file[140:144], "little")
 
     def test_objects_around_the_length_of_a_fragment_arrive_whole(self):
         source = pydicom.dcmread(self.phantoms(size=16)[0])
