@@ -16,8 +16,8 @@ class IDcmCStore : public IDispatch {
   /// `host` is a name or an address, `port` a number or a service as text, the titles have up to 16 characters. `TimeoutSecs` is how
   /// long an answer may take; 0 stands for 300 seconds.
   /// A file is sent in its own transfer syntax where the node takes that for its class, and otherwise in the one that the node
-  /// took. One file that fails does not stop the others: it ends in SopError, and the call succeeds whatever the files did. So does a
-  /// file that cannot be read to its end. An answer of the node with a warning or a failure in it counts as sent.
+  /// took. One file that fails, or cannot be read to its end, does not stop the others: it ends in SopError, and the call succeeds
+  /// whatever the files did. An answer of the node with a warning or a failure in it counts as sent.
   /// Fails with kInvalidArgument for a time below 0, and with "Files are being sent already" where it is called from one of its events.
   /// Fails where no association comes about: "Connection to  %s: %s permanently refused" or "Connection to  %s: %s temporarily
   /// refused" with host and title, then in a second line "Non active link", "Unupported Application Context", "Unknown local

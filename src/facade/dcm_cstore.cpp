@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "base/checked.h"
+#include "base/text.h"
 #include "facade/class_ids.h"
 #include "facade/guard.h"
 #include "services/peer_verification.h"
@@ -87,7 +88,8 @@ Status CDcmCStore::SendFiles(const String& host, const String& port, const Strin
 
 Status CDcmCStore::AddFile(const String& FilePath, const String& SOPClassUID) {
   return Answer([&] {
-    const std::string sopClass = SOPClassUID.Narrow();
+    // As it stands in its element it has a NUL or a blank behind it.
+    const std::string sopClass(Trimmed(SOPClassUID.Narrow()));
     std::string path = FilePath.Utf8();
     // A class without a name cannot be proposed.
     const auto added =

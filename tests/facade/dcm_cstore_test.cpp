@@ -1,6 +1,8 @@
 // The queue of files behind the public interface, and the node that it sends them to.
+#include <chrono>
 #include <filesystem>
 #include <functional>
+#include <stdexcept>
 #include <string>
 #include <thread>
 #include <vector>
@@ -11,6 +13,7 @@
 #include "facade/interface_listing.h"
 #include "services/store_files.h"
 #include "services/store_provider.h"
+#include "support/allocation_failure.h"
 #include "support/temp_folder.h"
 #include "tessaret/tessaret.hpp"
 
@@ -51,15 +54,40 @@ class Sink final : public _IDcmCStoreEvents {
 
   std::vector<std::string> lines;
   std::function<void()> then;
+  Status answer = kOk;
 
  private:
   Status Hear(const std::string& line) {
     EXPECT_EQ(std::this_thread::get_id(), thread_);
     lines.push_back(line);
     if (then) then();
-    return kOk;
+    return answer;
   }
   const std::thread::id thread_ = std::this_thread::get_id();
+};
+
+/// Counts what it hears, and needs no memory for it.
+class Counter final : public _IDcmCStoreEvents {
+ public:
+  Status QueryInterface(const InterfaceId& id, void** object) override {
+    const bool isOurs = id == IObject::kId || id == _IDcmCStoreEvents::kId;
+    *object = isOurs ? static_cast<_IDcmCStoreEvents*>(this) : nullptr;
+    return isOurs ? kOk : kNoInterface;
+  }
+  std::uint32_t AddRef() override { return 1; }
+  std::uint32_t Release() override { return 1; }
+  Status SopSent(const String&, std::int16_t) override { return Count(files); }
+  Status SopError(const String&, std::int16_t, const String&) override { return Count(files); }
+  Status Finished(std::int16_t, std::int16_t) override { return Count(ends); }
+
+  int files = 0;
+  int ends = 0;
+
+ private:
+  static Status Count(int& counted) {
+    ++counted;
+    return kOk;
+  }
 };
 
 class CStore : public testing::Test {
@@ -336,6 +364,120 @@ TEST_F(CStore, WithinItsOwnEventsItIsNotStartedAgain) {
   EXPECT_EQ(times, 2);
   sink_.then = nullptr;
   EXPECT_EQ(Send(provider.Port()), kOk);
+}
+
+TEST_F(CStore, WhatAnEventThrowsOrAnswersIsItsOwnAffair) {
+  const std::string first = Add("1", ImageFile());
+  const std::string missing = folder_.File("missing");
+  ASSERT_EQ(store_->AddFile(missing, kCTStorage), kOk);
+  Add("3", ImageFile());
+  StoreProvider provider;
+  sink_.answer = kUnexpected;
+  sink_.then = [] { throw std::runtime_error("a host's"); };
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  ASSERT_EQ(sink_.lines.size(), 4u);
+  EXPECT_EQ(sink_.lines[0], "sent " + first + " 0");
+  EXPECT_EQ(sink_.lines[3], "finished 2 1");
+  sink_.then = [] { throw 7; };
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  EXPECT_EQ(sink_.lines.back(), "finished 2 1");
+  sink_.then = nullptr;
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  EXPECT_EQ(sink_.lines.back(), "finished 2 1");
+  provider.End();
+  EXPECT_EQ(provider.releases, 3u);
+}
+
+TEST_F(CStore, ASinkMayLeaveWithinAnEvent) {
+  Add("1", ImageFile());
+  Add("2", ImageFile());
+  Sink other;
+  std::uint32_t cookie = 0;
+  const auto events = store_.As<IEventSource>();
+  ASSERT_EQ(events->Advise(&other, &cookie), kOk);
+  other.then = [&] { EXPECT_EQ(events->Unadvise(cookie), kOk); };
+  StoreProvider provider;
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  EXPECT_EQ(other.lines.size(), 1u);
+  EXPECT_EQ(sink_.lines.back(), "finished 2 0");
+}
+
+TEST_F(CStore, ANodeMayBeAskedWithinAnEvent) {
+  Add("1", ImageFile());
+  Add("2", ImageFile());
+  StoreProvider provider;
+  StoreProvider other;
+  int answers = 0;
+  sink_.then = [&] {
+    VariantBool answered;
+    EXPECT_EQ(store_.As<IDcmVerification>()->Verify("127.0.0.1", other.Port(), "HERE", "THERE", 20,
+                                                    &answered),
+              kOk);
+    if (answered.IsTrue()) ++answers;
+  };
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  EXPECT_EQ(answers, 3);
+  EXPECT_EQ(sink_.lines.back(), "finished 2 0");
+  other.End();
+  EXPECT_EQ(other.echoes, 3u);
+}
+
+TEST_F(CStore, AnEventMayTakeItsTime) {
+  Add("1", ImageFile());
+  Add("2", ImageFile());
+  StoreProvider provider;
+  // Longer than an answer may take: nobody waits for the node meanwhile.
+  sink_.then = [] { std::this_thread::sleep_for(std::chrono::milliseconds(1100)); };
+  EXPECT_EQ(Send(provider.Port(), 1), kOk);
+  EXPECT_EQ(sink_.lines.back(), "finished 2 0");
+}
+
+TEST_F(CStore, AClassMayBeGivenWithWhatFillsItsElementUp) {
+  const std::string path = folder_.File("1");
+  WriteBytes(path, ImageFile());
+  for (const std::string& given : {std::string(kCTStorage) + '\0', std::string(kCTStorage) + ' ',
+                                   ' ' + std::string(kCTStorage)}) {
+    ASSERT_EQ(store_->AddFile(path, String(given)), kOk);
+  }
+  StoreProvider provider;
+  EXPECT_EQ(Send(provider.Port()), kOk);
+  EXPECT_EQ(sink_.lines.back(), "finished 3 0");
+  provider.End();
+  EXPECT_THAT(provider.proposals,
+              ElementsAre("1.2.840.10008.5.1.4.1.1.2: 1.2.840.10008.1.2 1.2.840.10008.1.2.1"));
+}
+
+TEST_F(CStore, WithoutMemoryNoEventIsLostUnlessTheCallFails) {
+  Add("1", ImageFile());
+  Add("2", {});
+  StoreProvider provider;
+  EXPECT_EQ(store_.As<IEventSource>()->Unadvise(cookie_), kOk);
+  Counter counter;
+  ASSERT_EQ(store_.As<IEventSource>()->Advise(&counter, &cookie_), kOk);
+  const String host("127.0.0.1");
+  const String port(provider.Port());
+  const String title("HERE");
+  // What the first one leaves behind for the next.
+  EXPECT_EQ(store_->SendFiles(host, port, title, title, 20), kOk);
+  const AllocationWatch watch;
+  int failures = 0;
+  const std::uint64_t runs = FailEveryAllocation([&] {
+    counter.files = counter.ends = 0;
+    const Status status = store_->SendFiles(host, port, title, title, 20);
+    if (Failed(status)) {
+      ++failures;
+      EXPECT_TRUE(status == kOutOfMemory || status == kException) << status;
+    } else {
+      EXPECT_EQ(counter.files, 2);
+      EXPECT_EQ(counter.ends, 1);
+    }
+  });
+  EXPECT_GT(runs, 20u);
+  EXPECT_GT(failures, 0);
+  // The words of the last failure stay; a block a run would be more.
+  EXPECT_LT(watch.Outstanding(), 10);
+  EXPECT_EQ(store_->SendFiles(host, port, title, title, 20), kOk);
+  EXPECT_EQ(SentFiles(), 1);
 }
 
 TEST_F(CStore, AFileAddedWithinAnEventIsSentToo) {
