@@ -12,15 +12,6 @@ bool CEchoRQ::Write(PDU_Service* pdu) {
   return pdu->Write(command, uid);
 }
 
-bool CEchoRQ::Read(const DICOMCommandObject& command, PDU_Service* pdu,
-                   DICOMDataObject* dataObject) {
-  return ReadMessage(command, command_field::kEchoRQ, pdu, dataObject);
-}
-
-bool CEchoRQ::Test(const DICOMCommandObject& command) {
-  return HasCommandField(command, command_field::kEchoRQ);
-}
-
 bool CEchoRSP::Write(PDU_Service* pdu, DICOMCommandObject* request) {
   UID uid;
   if (pdu == nullptr || request == nullptr || !GetUID(uid)) return false;
@@ -34,15 +25,6 @@ bool CEchoRSP::Write(PDU_Service* pdu, DICOMCommandObject* request) {
   PutNumber16(response, 0x0000, command_element::kCommandField, command_field::kEchoRSP);
   PutNumber16(response, 0x0000, command_element::kStatus, 0);
   return pdu->Respond(response, nullptr, uid);
-}
-
-bool CEchoRSP::Read(const DICOMCommandObject& command, PDU_Service* pdu,
-                    DICOMDataObject* dataObject) {
-  return ReadMessage(command, command_field::kEchoRSP, pdu, dataObject);
-}
-
-bool CEchoRSP::Test(const DICOMCommandObject& command) {
-  return HasCommandField(command, command_field::kEchoRSP);
 }
 
 }  // namespace tessaret

@@ -5,21 +5,15 @@
 
 namespace tessaret {
 
-class CEchoRQ : public virtual DimseMessage {
+class CEchoRQ : public MessageOf<command_field::kEchoRQ> {
  public:
   bool Write(PDU_Service* pdu);
-  static bool Read(const DICOMCommandObject& command, PDU_Service* pdu = nullptr,
-                   DICOMDataObject* dataObject = nullptr);
-  static bool Test(const DICOMCommandObject& command);
 };
 
-class CEchoRSP : public virtual DimseMessage {
+class CEchoRSP : public MessageOf<command_field::kEchoRSP> {
  public:
   /// Answers with status 0, taking elements out of the request. False for a request of another SOP class.
   bool Write(PDU_Service* pdu, DICOMCommandObject* request);
-  static bool Read(const DICOMCommandObject& command, PDU_Service* pdu = nullptr,
-                   DICOMDataObject* dataObject = nullptr);
-  static bool Test(const DICOMCommandObject& command);
 };
 
 }  // namespace tessaret

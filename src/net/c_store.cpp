@@ -3,18 +3,13 @@
 #include "net/command_elements.h"
 
 namespace tessaret {
-namespace {
-
-constexpr std::uint16_t kMediumPriority = 0;
-
-}  // namespace
 
 bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
   UID uid;
   if (pdu == nullptr || dataObject == nullptr || !GetUID(uid)) return false;
   DICOMCommandObject command;
   FillRequest(command, uid, command_field::kStoreRQ, data_set_type::kFollows);
-  PutNumber16(command, 0x0000, command_element::kPriority, kMediumPriority);
+  PutNumber16(command, 0x0000, command_element::kPriority, request_priority::kMedium);
   if (const VR* instance = dataObject->GetVR(0x0008, 0x0018)) {
     auto copy = std::make_unique<VR>(*instance, true);
     copy->Group = 0x0000;
@@ -23,15 +18,6 @@ bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
     copy.release();
   }
   return pdu->Write(command, dataObject, uid);
-}
-
-bool CStoreRQ::Read(const DICOMCommandObject& command, PDU_Service* pdu,
-                    DICOMDataObject* dataObject) {
-  return ReadMessage(command, command_field::kStoreRQ, pdu, dataObject);
-}
-
-bool CStoreRQ::Test(const DICOMCommandObject& command) {
-  return HasCommandField(command, command_field::kStoreRQ);
 }
 
 bool CStoreRSP::Write(PDU_Service* pdu, DICOMCommandObject* request, std::uint16_t status) {
@@ -55,10 +41,6 @@ bool CStoreRSP::Read(DICOMCommandObject& command) {
   Status = CommandNumber(command, command_element::kStatus).value_or(0);
   if (Status != 0) ErrorComment.reset(command.Remove(0x0000, command_element::kErrorComment));
   return true;
-}
-
-bool CStoreRSP::Test(const DICOMCommandObject& command) {
-  return HasCommandField(command, command_field::kStoreRSP);
 }
 
 }  // namespace tessaret

@@ -7,16 +7,13 @@
 
 namespace tessaret {
 
-class CStoreRQ : public virtual DimseMessage {
+class CStoreRQ : public MessageOf<command_field::kStoreRQ> {
  public:
   /// Sends the request and `dataObject`, which is popped empty.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject);
-  static bool Read(const DICOMCommandObject& command, PDU_Service* pdu = nullptr,
-                   DICOMDataObject* dataObject = nullptr);
-  static bool Test(const DICOMCommandObject& command);
 };
 
-class CStoreRSP : public virtual DimseMessage {
+class CStoreRSP : public MessageOf<command_field::kStoreRSP> {
  public:
   /// The status of the response read last.
   virtual std::uint16_t GetStatus() { return Status; }
@@ -26,7 +23,6 @@ class CStoreRSP : public virtual DimseMessage {
   /// Takes Status, 0 where there is none, and of a status that is not 0 the comment, out of the response. True for a response of this
   /// kind, whatever its status.
   bool Read(DICOMCommandObject& command);
-  static bool Test(const DICOMCommandObject& command);
 
   std::uint16_t Status = 0;
   std::unique_ptr<VR> ErrorComment;  // (0000,0902), or null

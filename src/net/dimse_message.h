@@ -32,6 +32,11 @@ inline constexpr std::uint16_t kNone = 0x0101;
 inline constexpr std::uint16_t kFollows = 0x0102;
 }  // namespace data_set_type
 
+namespace request_priority {
+inline constexpr std::uint16_t kMedium = 0;
+inline constexpr std::uint16_t kLow = 2;
+}  // namespace request_priority
+
 /// Elements of command sets (DICOM PS3.7, annex E), all of group 0000.
 namespace command_element {
 inline constexpr std::uint16_t kSopClass = 0x0002;
@@ -70,6 +75,21 @@ bool HasDataSet(const DICOMObject& command);
 /// given. False also when it could not be read.
 bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Service* pdu,
                  DICOMDataObject* dataObject);
+
+/// A message that is known by its command field.
+template <std::uint16_t commandField>
+class MessageOf : public virtual DimseMessage {
+ public:
+  /// Whether a command set that has been read is of this kind; if so, a data set that follows is read into `dataObject`, where both that
+  /// and `pdu` are given. False also when it could not be read.
+  static bool Read(const DICOMCommandObject& command, PDU_Service* pdu = nullptr,
+                   DICOMDataObject* dataObject = nullptr) {
+    return ReadMessage(command, commandField, pdu, dataObject);
+  }
+  static bool Test(const DICOMCommandObject& command) {
+    return HasCommandField(command, commandField);
+  }
+};
 
 /// A new request: SOP class, command field, data set type, and a Message ID of its own.
 void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,

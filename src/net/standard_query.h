@@ -4,7 +4,8 @@
 #include <memory>
 #include <vector>
 
-#include "net/query_messages.h"
+#include "net/c_cancel.h"
+#include "net/c_find.h"
 #include "net/sop_classes.h"
 
 namespace tessaret {

@@ -5,7 +5,9 @@
 #include <string_view>
 #include <vector>
 
-#include "net/query_messages.h"
+#include "net/c_cancel.h"
+#include "net/c_get.h"
+#include "net/c_move.h"
 #include "net/sop_classes.h"
 
 namespace tessaret {

@@ -1,0 +1,18 @@
+// C-GET (DICOM PS3.7, 9.3.3).
+#pragma once
+
+#include "net/query_message.h"
+
+namespace tessaret {
+
+class CGetRQ : public MessageOf<command_field::kGetRQ> {
+ public:
+  /// Sends the request, and then the identifier, which is popped empty or null.
+  bool Write(PDU_Service* pdu, DICOMDataObject* dataObject);
+
+  std::uint16_t MessageID = 0;  // of the request written last
+};
+
+class CGetRSP : public RetrieveResponse<command_field::kGetRSP> {};
+
+}  // namespace tessaret

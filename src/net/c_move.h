@@ -1,0 +1,18 @@
+// C-MOVE (DICOM PS3.7, 9.3.4).
+#pragma once
+
+#include "net/query_message.h"
+
+namespace tessaret {
+
+class CMoveRQ : public MessageOf<command_field::kMoveRQ> {
+ public:
+  /// Sends the request, and then the identifier, which is popped empty.
+  bool Write(PDU_Service* pdu, DICOMDataObject* dataObject, std::string_view destinationAE);
+
+  std::uint16_t MessageID = 0;  // of the request written last
+};
+
+class CMoveRSP : public RetrieveResponse<command_field::kMoveRSP> {};
+
+}  // namespace tessaret

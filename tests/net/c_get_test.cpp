@@ -1,0 +1,78 @@
+#include "net/c_get.h"
+
+#include <gtest/gtest.h>
+
+#include "net/identifiers.h"
+#include "net/message_helpers.h"
+
+namespace tessaret::test {
+namespace {
+
+TEST(CGetRequest, IsThisOnTheWireWithAnIdentifierOrWithout) {
+  for (const bool hasIdentifier : {true, false}) {
+    Association association(kMessageContexts);
+    About<CGetRQ> message(kFind);
+    DICOMDataObject object;
+    FillIdentifier(object);
+    SetIdentifierCounter(9);
+    EXPECT_TRUE(message.Write(&association.pdu, hasIdentifier ? &object : nullptr));
+    const std::uint16_t kind = hasIdentifier ? 0x0102 : 0x0101;
+    const Bytes command = Data(5, kWholeCommand,
+                               Command()
+                                   .Uid(0x0002, kFind)
+                                   .Number(0x0100, 0x0010)
+                                   .Number(0x0110, 9)
+                                   .Number(0x0700, 0)
+                                   .Number(0x0800, kind));
+    EXPECT_EQ(association.peer.Received(),
+              hasIdentifier ? Joined({command, Data(5, kLastPart, IdentifierBytes())}) : command);
+  }
+}
+
+TEST(CGetRequest, IsRefusedWithoutWhatItNeeds) {
+  Association association(kMessageContexts);
+  DICOMDataObject object;
+  FillIdentifier(object);
+  PDU_Service* const pdu = &association.pdu;
+  EXPECT_FALSE(About<CGetRQ>(kFind).Write(nullptr, &object));
+  EXPECT_FALSE(About<CGetRQ>("").Write(pdu, &object));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(CGetResponse, HasCounters) {
+  const RetrieveCounters counters{.remaining = 1, .completed = 2, .failed = 3, .warning = 0xFFFF};
+  const auto expected = [](bool hasData, std::uint16_t status) {
+    return Data(5, kWholeCommand,
+                ResponseToReceived(0x8010, hasData, status)
+                    .Number(0x1020, 1)
+                    .Number(0x1021, 2)
+                    .Number(0x1022, 3)
+                    .Number(0x1023, 0xFFFF));
+  };
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  FillReceived(request, kFind);
+  About<CGetRSP> message(kFind);
+  EXPECT_TRUE(message.Write(&association.pdu, &request, 0xFF00, counters));
+  EXPECT_EQ(association.peer.Received(), expected(false, 0xFF00));
+  DICOMDataObject object;
+  FillIdentifier(object);
+  EXPECT_TRUE(message.Write(&association.pdu, &request, 0xB000, counters, &object));
+  EXPECT_TRUE(object.IsEmpty());
+  EXPECT_EQ(association.peer.Received(),
+            Joined({expected(true, 0xB000), Data(5, kLastPart, IdentifierBytes())}));
+}
+
+TEST(CGetResponse, IsRefusedWithoutWhatItNeeds) {
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  FillReceived(request, kFind);
+  PDU_Service* const pdu = &association.pdu;
+  EXPECT_FALSE(About<CGetRSP>(kFind).Write(nullptr, &request, 0, {}));
+  EXPECT_FALSE(About<CGetRSP>(kFind).Write(pdu, nullptr, 0, {}));
+  EXPECT_FALSE(About<CGetRSP>("").Write(pdu, &request, 0, {}));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+}  // namespace
+}  // namespace tessaret::test

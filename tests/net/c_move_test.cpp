@@ -1,0 +1,79 @@
+#include "net/c_move.h"
+
+#include <gtest/gtest.h>
+
+#include "net/identifiers.h"
+#include "net/message_helpers.h"
+
+namespace tessaret::test {
+namespace {
+
+TEST(CMoveRequest, IsThisOnTheWire) {
+  for (const std::string_view destination : {"ODD", "EVEN"}) {
+    Association association(kMessageContexts);
+    About<CMoveRQ> message(kFind);
+    DICOMDataObject object;
+    FillIdentifier(object);
+    SetIdentifierCounter(9);
+    EXPECT_TRUE(message.Write(&association.pdu, &object, destination));
+    EXPECT_EQ(message.MessageID, 9);
+    EXPECT_EQ(association.peer.Received(), Joined({Data(5, kWholeCommand,
+                                                        Command()
+                                                            .Uid(0x0002, kFind)
+                                                            .Number(0x0100, 0x0021)
+                                                            .Number(0x0110, 9)
+                                                            .Text(0x0600, destination)
+                                                            .Number(0x0700, 0)
+                                                            .Number(0x0800, 0x0102)),
+                                                   Data(5, kLastPart, IdentifierBytes())}));
+  }
+}
+
+TEST(CMoveRequest, IsRefusedWithoutWhatItNeeds) {
+  Association association(kMessageContexts);
+  DICOMDataObject object;
+  FillIdentifier(object);
+  PDU_Service* const pdu = &association.pdu;
+  EXPECT_FALSE(About<CMoveRQ>(kFind).Write(nullptr, &object, "X"));
+  EXPECT_FALSE(About<CMoveRQ>(kFind).Write(pdu, nullptr, "X"));
+  EXPECT_FALSE(About<CMoveRQ>("").Write(pdu, &object, "X"));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(CMoveResponse, HasCounters) {
+  const RetrieveCounters counters{.remaining = 1, .completed = 2, .failed = 3, .warning = 0xFFFF};
+  const auto expected = [](bool hasData, std::uint16_t status) {
+    return Data(5, kWholeCommand,
+                ResponseToReceived(0x8021, hasData, status)
+                    .Number(0x1020, 1)
+                    .Number(0x1021, 2)
+                    .Number(0x1022, 3)
+                    .Number(0x1023, 0xFFFF));
+  };
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  FillReceived(request, kFind);
+  About<CMoveRSP> message(kFind);
+  EXPECT_TRUE(message.Write(&association.pdu, &request, 0xFF00, counters));
+  EXPECT_EQ(association.peer.Received(), expected(false, 0xFF00));
+  DICOMDataObject object;
+  FillIdentifier(object);
+  EXPECT_TRUE(message.Write(&association.pdu, &request, 0xB000, counters, &object));
+  EXPECT_TRUE(object.IsEmpty());
+  EXPECT_EQ(association.peer.Received(),
+            Joined({expected(true, 0xB000), Data(5, kLastPart, IdentifierBytes())}));
+}
+
+TEST(CMoveResponse, IsRefusedWithoutWhatItNeeds) {
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  FillReceived(request, kFind);
+  PDU_Service* const pdu = &association.pdu;
+  EXPECT_FALSE(About<CMoveRSP>(kFind).Write(nullptr, &request, 0, {}));
+  EXPECT_FALSE(About<CMoveRSP>(kFind).Write(pdu, nullptr, 0, {}));
+  EXPECT_FALSE(About<CMoveRSP>("").Write(pdu, &request, 0, {}));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+}  // namespace
+}  // namespace tessaret::test
