@@ -8,6 +8,7 @@
 #include "net/command_elements.h"
 #include "net/contained.h"
 #include "net/dimse_status.h"
+#include "net/outgoing_file.h"
 #include "net/storage.h"
 
 namespace tessaret {
@@ -31,15 +32,22 @@ std::string_view TextOf(const VR& vr) {
   return text.substr(0, kApTitleBytes);
 }
 
+/// The destination was offered native data alone. False for fragments that cannot be decoded.
+bool MakeNative(DICOMDataObject& object) {
+  if (!HasFragments(object)) return true;
+  DcmCompEngine engine;
+  return engine.Decompress(&object, nullptr, nullptr) && !HasFragments(object);
+}
+
 /// Sends one file. The counter of what became of it.
 std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& path) {
-  const std::unique_ptr<DICOMDataObject> object = link.LoadFile(path.c_str(), true, false);
-  if (object == nullptr) return &RetrieveCounters::failed;
+  // Nothing is loaded for a link that is lost.
+  if (link.Link.Connected == 0) return &RetrieveCounters::failed;
+  const auto [object, lack] = LoadForSending(link, path);
+  // Half an image would arrive as if it were the whole.
+  if (object == nullptr || !lack.empty() || !MakeNative(*object)) return &RetrieveCounters::failed;
   const auto sopClass = UidOf(*object, 0x0008, 0x0016);
   if (!sopClass) return &RetrieveCounters::failed;
-  // The destination was offered native data alone.
-  DcmCompEngine engine;
-  if (!engine.Decompress(object.get(), nullptr, nullptr)) return &RetrieveCounters::failed;
   ObjectStorage storage(*sopClass);
   if (!storage.Write(&link, object.get())) return &RetrieveCounters::failed;
   if (storage.Status == dimse_status::kSuccess) return &RetrieveCounters::completed;

@@ -1,24 +1,16 @@
 #include "services/outgoing_object.h"
 
-#include <cerrno>
 #include <new>
 
 #include "base/text.h"
 #include "core/codec_registry.h"
 #include "core/comp_engine.h"
-#include "core/file_head.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
 #include "net/command_elements.h"
-#include "platform/file_calls.h"
 
 namespace tessaret {
 namespace {
-
-bool HasFragments(const DICOMObject& object) {
-  const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
-  return pixels != nullptr && pixels->Items != nullptr;
-}
 
 bool IsBigEndianSyntax(const UID& syntax) {
   const auto code = FindTransferSyntax(syntax.View());
@@ -26,33 +18,6 @@ bool IsBigEndianSyntax(const UID& syntax) {
 }
 
 }  // namespace
-
-OutgoingFile LoadForSending(PDU_Service& pdu, const std::string& path) {
-  OutgoingFile file = LoadForSending(pdu.Dictionary, path);
-  if (file.object == nullptr) pdu.SetError(file.lack.empty() ? nullptr : file.lack.c_str());
-  return file;
-}
-
-OutgoingFile LoadForSending(const RTC* dictionary, const std::string& path) {
-  // The system would take such a path for the one that ends there.
-  if (HasNul(path)) return {.object = nullptr, .lack = SystemErrorText(EINVAL)};
-  HeadNotingCoder coder(dictionary);
-  OutgoingFile file{.object = coder.LoadFile(path.c_str(), true, false), .lack = {}};
-  if (file.object == nullptr) {
-    if (coder.ErrorText() != nullptr) file.lack = coder.ErrorText();
-    return file;
-  }
-  if (const ParseStop& stop = coder.LastStop(); stop.why != ParseStop::Why::kNone) {
-    file.lack = Format("The file cannot be read beyond offset %llu",
-                       static_cast<unsigned long long>(stop.position));
-  }
-  DICOMDataObject& object = *file.object;
-  if (IsBigEndian(coder.FirstCode)) SwapNumbers(object);
-  if (SyntaxOf(object).IsEmpty() && HasFragments(object) && !coder.Head.syntax.empty()) {
-    PutUid(object, GroupOf(kTransferSyntaxTag), ElementOf(kTransferSyntaxTag), coder.Head.syntax);
-  }
-  return file;
-}
 
 void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
   const std::unique_ptr<DICOMObject> clone(object.Clone(deep));

@@ -1,53 +1,17 @@
 #include "net/standard_retrieve.h"
 
 #include <filesystem>
-#include <stdexcept>
 
 #include <gtest/gtest.h>
 
 #include "net/command_elements.h"
 #include "net/identifiers.h"
-#include "net/service_helpers.h"
+#include "net/retrieve_helpers.h"
 #include "support/data_set_builder.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
 namespace {
-
-/// A retrieval of the files that it is given, which writes down what it is asked and told.
-template <class Retrieve>
-class MovingIn : public Retrieve {
- public:
-  bool FindDestination(std::string_view destination, PeerAddress& address) override {
-    asked += "find[" + std::string(destination) + "]";
-    if (throws == "find") throw std::runtime_error("no");
-    address = {"127.0.0.1", port};
-    return !port.empty();
-  }
-  bool PrepareMove(std::string_view destination, DICOMDataObject& identifier,
-                   std::vector<std::string>& instances, std::uint16_t& count) override {
-    asked += "prepare[" + std::string(destination) + "," + NameIn(identifier) + "]";
-    if (throws == "prepare") throw std::runtime_error("no");
-    instances = files;
-    count = static_cast<std::uint16_t>(files.size());
-    return !isUnknown;
-  }
-  bool OnMoveResponse(DICOMCommandObject* command, DICOMDataObject* data) override {
-    told += (command == nullptr ? "query" : std::to_string(*CommandNumber(*command, 0x0900))) +
-            "=" + NameIn(*data) + ";";
-    return ++calls != cancelAt;
-  }
-  std::vector<std::string> files;
-  std::string port;
-  std::string throws;
-  bool isUnknown = false;
-  std::string asked;
-  std::string told;
-  int calls = 0;
-  int cancelAt = 0;
-};
-
-using Moving = MovingIn<StudyRootRetrieve>;
 
 Bytes MoveResponse(std::uint16_t status, std::uint16_t field = 0x8021) {
   return Data(7, kWholeCommand,
@@ -102,45 +66,6 @@ TEST(Retrieve, CancelsByItsMessageIdWhenTheCallerHasEnough) {
   EXPECT_EQ(sent[2], CancelRequest(31, 7));
   EXPECT_FALSE(move.Write(nullptr, &what, "DEST"));
   EXPECT_FALSE(move.Write(&association.pdu, nullptr, "DEST"));
-}
-
-Bytes MoveRequest(std::string_view destination, std::string_view sopClass = kMove) {
-  Command command;
-  command.Uid(0x0002, sopClass).Number(0x0100, 0x0021).Number(0x0110, 9);
-  if (!destination.empty()) command.Text(0x0600, destination);
-  command.Number(0x0700, 0).Number(0x0800, 0x0102);
-  return Joined({Data(7, kWholeCommand, command), Data(7, kLastPart, NameBytes("Q*"))});
-}
-
-Bytes MoveAnswer(std::uint16_t status, std::vector<std::uint16_t> counters = {0, 0, 0, 0},
-                 std::string_view comment = {}) {
-  Command command;
-  command.Uid(0x0002, kMove)
-      .Number(0x0100, 0x8021)
-      .Number(0x0110, 9)
-      .Number(0x0120, 9)
-      .Number(0x0700, 0)
-      .Number(0x0800, 0x0101)
-      .Number(0x0900, status);
-  if (!comment.empty()) {
-    std::string padded(comment);
-    if (padded.size() % 2 != 0) padded.push_back('\0');
-    command.Text(0x0902, padded);
-  }
-  for (std::uint16_t i = 0; i < 4; ++i)
-    command.Number(static_cast<std::uint16_t>(0x1020 + i), counters[i]);
-  return Data(7, kWholeCommand, command);
-}
-
-/// What our provider answers to one request.
-Bytes AnswersOf(Moving& move, const Bytes& request, bool expected = true) {
-  Association association(kContexts);
-  association.pdu.AAssociateRQ.CalledApTitle = MakeApTitle("US");
-  association.peer.Send(request);
-  DICOMCommandObject command;
-  EXPECT_NE(association.pdu.Read(command), 0);
-  EXPECT_EQ(move.Read(&association.pdu, &command), expected);
-  return association.peer.Received();
 }
 
 TEST(Retrieve, AnswersARequestWithoutADestination) {
@@ -218,42 +143,6 @@ TEST(Retrieve, HasAnAnswerForEveryFailureBeforeTheFirstInstance) {
   }
 }
 
-/// A destination that takes an association for CT, and answers stores with these statuses; then closes. Writes down the types of the
-/// PDUs that it received, and its request.
-class Destination {
- public:
-  explicit Destination(std::vector<std::uint16_t> statuses)
-      : server_([this, statuses = std::move(statuses)](Peer& peer) {
-          request = peer.ReceivePdu();
-          // One proposal, whose identifier stands behind the application context: 74 + 4 + 21 + 4.
-          peer.Send(Associate(2, "DEST", "US",
-                              Joined({ApplicationItem(), AcceptItem(request.at(103), 0, kImplicit),
-                                      PeersUserItem()})));
-          for (const std::uint16_t status : statuses) {
-            received += TypesOf(peer.ReceivePdu());
-            last = peer.ReceivePdu();
-            received += TypesOf(last);
-            peer.Send(Data(request.at(103), kWholeCommand,
-                           Command()
-                               .Uid(0x0002, kCt)
-                               .Number(0x0100, 0x8001)
-                               .Number(0x0800, 0x0101)
-                               .Number(0x0900, status)));
-          }
-          const Bytes rest = peer.ReceivePdu();
-          if (!rest.empty()) received += TypesOf(rest);
-          peer.Send(ReleaseAnswer());
-        }) {}
-  [[nodiscard]] const std::string& Port() const { return server_.Port(); }
-  std::string Wait() { return server_.Wait(); }
-  Bytes request;
-  Bytes last;
-  std::string received;
-
- private:
-  ScriptedServer server_;
-};
-
 Bytes FileOfCt(std::string_view instance) {
   return FileOf(Encoding::kExplicitLittle, DataSetBuilder(Encoding::kExplicitLittle)
                                                .Element(0x0008, 0x0016, "UI", Evened(kCt))
@@ -286,6 +175,33 @@ TEST(Retrieve, SendsEachInstanceAndCountsWhatBecameOfIt) {
                                        .Uid(0x0008, 0x0016, kCt)
                                        .Uid(0x0008, 0x0018, "1.3")
                                        .Text(0x0010, 0x0010, "AA")));
+}
+
+TEST(Retrieve, SendsTheSameNumbersWhateverTheOrderOfTheFile) {
+  for (const Encoding encoding :
+       {Encoding::kExplicitLittle, Encoding::kImplicitLittle, Encoding::kExplicitBig}) {
+    const TempFolder folder;
+    const Bytes pixels = encoding == Encoding::kExplicitBig ? Bytes{0x01, 0x02, 0x80, 0xFF}
+                                                            : Bytes{0x02, 0x01, 0xFF, 0x80};
+    DataSetBuilder object(encoding);
+    object.Element(0x0008, 0x0016, "UI", Evened(kCt)).Element(0x0008, 0x0018, "UI", Evened("1.1"));
+    object.Number(0x0028, 0x0100, 16).Element(0x7FE0, 0x0010, "OW", pixels);
+    WriteBytes(folder.File("1.1"), FileOf(encoding, object));
+    Moving move;
+    move.files = {folder.File("1.1")};
+    Destination destination({0});
+    move.port = destination.Port();
+    EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
+              Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
+    EXPECT_EQ(destination.Wait(), "");
+    EXPECT_EQ(destination.last, Data(destination.request.at(103), kLastPart,
+                                     Elements()
+                                         .Uid(0x0008, 0x0016, kCt)
+                                         .Uid(0x0008, 0x0018, "1.1")
+                                         .Number(0x0028, 0x0100, 16)
+                                         .Value(0x7FE0, 0x0010, {0x02, 0x01, 0xFF, 0x80})))
+        << NameOf(encoding);
+  }
 }
 
 TEST(Retrieve, CountsWhatIsLeftAsFailedWhereTheDestinationGoes) {
