@@ -19,9 +19,8 @@ bool CEchoRSP::Write(PDU_Service* pdu, DICOMCommandObject* request) {
   if (!asked || !(*asked == uid)) return false;
   DICOMCommandObject response;
   MoveElement(*request, command_element::kSopClass, response, command_element::kSopClass);
-  MoveElement(*request, command_element::kDataSetType, response, command_element::kDataSetType);
-  MoveElement(*request, command_element::kMessageID, response,
-              command_element::kRespondedMessageID);
+  MoveNumber(*request, command_element::kDataSetType, response, command_element::kDataSetType);
+  MoveNumber(*request, command_element::kMessageID, response, command_element::kRespondedMessageID);
   PutNumber16(response, 0x0000, command_element::kCommandField, command_field::kEchoRSP);
   PutNumber16(response, 0x0000, command_element::kStatus, 0);
   return pdu->Respond(response, nullptr, uid);

@@ -11,11 +11,7 @@ bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
   FillRequest(command, uid, command_field::kStoreRQ, data_set_type::kFollows);
   PutNumber16(command, 0x0000, command_element::kPriority, request_priority::kMedium);
   if (const VR* instance = dataObject->GetVR(0x0008, 0x0018)) {
-    auto copy = std::make_unique<VR>(*instance, true);
-    copy->Group = 0x0000;
-    copy->Element = command_element::kSopInstance;
-    command.Push(copy.get());
-    copy.release();
+    PutCopy(*instance, command, command_element::kSopInstance);
   }
   return pdu->Write(command, dataObject, uid);
 }

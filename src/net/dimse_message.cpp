@@ -23,7 +23,10 @@ bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Ser
                  DICOMDataObject* dataObject) {
   if (!HasCommandField(command, field)) return false;
   if (pdu == nullptr || dataObject == nullptr || !HasDataSet(command)) return true;
-  return pdu->Read(*dataObject) != 0;
+  if (pdu->Read(*dataObject) == 0) return false;
+  if (!IsCommand(*pdu)) return true;
+  pdu->SetError("Got a command where a data set was announced");
+  return false;
 }
 
 void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
@@ -35,20 +38,31 @@ void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t
   PutNumber16(command, 0x0000, command_element::kDataSetType, dataSetType);
 }
 
+bool IsCommand(const PDU_Service& pdu) { return (pdu.PDataTF.MsgHeader & kCommandFragment) != 0; }
+
 void MoveElement(DICOMObject& request, std::uint16_t from, DICOMObject& response,
                  std::uint16_t to) {
   std::unique_ptr<VR> element(request.Remove(0x0000, from));
-  if (element == nullptr) return;
+  if (element == nullptr || element->Items != nullptr) return;
   element->Element = to;
   response.Push(element.get());
   element.release();
 }
 
+void MoveNumber(DICOMObject& request, std::uint16_t from, DICOMObject& response, std::uint16_t to) {
+  if (CommandNumber(request, from)) MoveElement(request, from, response, to);
+}
+
 void CopyElement(const DICOMObject& request, DICOMObject& response, std::uint16_t element) {
-  const VR* found = request.GetVR(0x0000, element);
-  if (found == nullptr) return;
-  auto copy = std::make_unique<VR>(*found, true);
-  response.Push(copy.get());
+  if (const VR* found = request.GetVR(0x0000, element)) PutCopy(*found, response, element);
+}
+
+void PutCopy(const VR& value, DICOMObject& command, std::uint16_t element) {
+  if (value.Items != nullptr) return;
+  auto copy = std::make_unique<VR>(value, true);
+  copy->Group = 0x0000;
+  copy->Element = element;
+  command.Push(copy.get());
   copy.release();
 }
 

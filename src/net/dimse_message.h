@@ -72,7 +72,7 @@ bool HasCommandField(const DICOMObject& command, std::uint16_t field);
 /// Whether a data set follows it.
 bool HasDataSet(const DICOMObject& command);
 /// Whether the command set is of this kind; if so, a data set that follows is read into `dataObject`, where both that and `pdu` are
-/// given. False also when it could not be read.
+/// given. False also when it could not be read, and, with words, when a command came in its place.
 bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Service* pdu,
                  DICOMDataObject* dataObject);
 
@@ -95,9 +95,18 @@ class MessageOf : public virtual DimseMessage {
 void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
                  std::uint16_t dataSetType);
 
+/// Whether the message that was read last is a command.
+bool IsCommand(const PDU_Service& pdu);
+
+// No element of a command set has items; one that has counts as absent.
+
 /// Moves an element of a request that is there into the response, under a tag that may be another.
 void MoveElement(DICOMObject& request, std::uint16_t from, DICOMObject& response, std::uint16_t to);
+/// The same for one that is a number of two bytes; of any other length it counts as absent.
+void MoveNumber(DICOMObject& request, std::uint16_t from, DICOMObject& response, std::uint16_t to);
 /// Copies one that is there.
 void CopyElement(const DICOMObject& request, DICOMObject& response, std::uint16_t element);
+/// Puts a copy of `value` under a tag of its own.
+void PutCopy(const VR& value, DICOMObject& command, std::uint16_t element);
 
 }  // namespace tessaret

@@ -83,5 +83,17 @@ TEST(CEchoResponse, IsForItsOwnClassAlone) {
   EXPECT_TRUE(association.peer.Received().empty());
 }
 
+TEST(CEchoResponse, LeavesOutWhatTheRequestHasInAnotherLength) {
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  PutUid(request, 0, 0x0002, kEcho);
+  PutNumber32(request, 0, 0x0110, 5);
+  PutText(request, 0, 0x0800, "none");
+  EXPECT_TRUE(About<CEchoRSP>(kEcho).Write(&association.pdu, &request));
+  EXPECT_EQ(association.peer.Received(),
+            Data(1, kWholeCommand,
+                 Command().Uid(0x0002, kEcho).Number(0x0100, 0x8030).Number(0x0900, 0)));
+}
+
 }  // namespace
 }  // namespace tessaret::test

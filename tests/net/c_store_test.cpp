@@ -92,5 +92,40 @@ TEST(CStoreResponse, KeepsStatusAndTheCommentOfAFailure) {
   EXPECT_FALSE(message.Read(other));
 }
 
+TEST(CStoreResponse, SaysZeroWhereTheRequestHasNoMessageId) {
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  PutUid(request, 0, 0x0002, kCt);
+  PutNumber32(request, 0, 0x0110, 5);  // of another length
+  PutItems(request, 0x1000);
+  EXPECT_TRUE(About<CStoreRSP>("").Write(&association.pdu, &request, 0));
+  EXPECT_EQ(association.peer.Received(), Data(3, kWholeCommand,
+                                              Command()
+                                                  .Uid(0x0002, kCt)
+                                                  .Number(0x0100, 0x8001)
+                                                  .Number(0x0120, 0)
+                                                  .Number(0x0800, 0x0101)
+                                                  .Number(0x0900, 0)));
+}
+
+TEST(CStoreResponse, TakesAStatusOfAnotherLengthForSuccess) {
+  About<CStoreRSP> message(kCt);
+  message.Status = 1;
+  DICOMCommandObject response;
+  PutNumber16(response, 0, 0x0100, 0x8001);
+  PutNumber32(response, 0, 0x0900, 0xA700);
+  EXPECT_TRUE(message.Read(response));
+  EXPECT_EQ(message.Status, 0);
+}
+
+TEST(CStoreRequest, SendsNothingWhereTheObjectCannotBeEncoded) {
+  Association association({{3, kCt, "1.2.3"}});
+  DICOMDataObject object;
+  FillIdentifier(object);
+  EXPECT_FALSE(About<CStoreRQ>(kCt).Write(&association.pdu, &object));
+  EXPECT_TRUE(association.peer.Received().empty());
+  EXPECT_EQ(Words(association.pdu), "Bad Transfer Syntax[1.2.3], codec not found");
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -88,5 +88,43 @@ TEST(Kinds, ReadTheDataSetUnlessTheCommandSaysThatThereIsNone) {
   }
 }
 
+TEST(Kinds, TakeNoCommandForTheDataSet) {
+  for (const Kind& kind : kKinds) {
+    Association association(kMessageContexts);
+    association.peer.Send(Data(5, kWholeCommand, Command().Number(0x0100, kind.field)));
+    DICOMCommandObject command;
+    PutNumber16(command, 0, 0x0100, kind.field);
+    DICOMDataObject object;
+    EXPECT_FALSE(kind.read(command, &association.pdu, &object)) << kind.name;
+    EXPECT_EQ(Words(association.pdu), "Got a command where a data set was announced");
+  }
+}
+
+TEST(Messages, TakeNoElementsWithItems) {
+  DICOMCommandObject request;
+  PutItems(request, 0x0200);
+  PutItems(request, 0x1000);
+  ASSERT_NE(request.GetVR(0, 0x0200)->Items, nullptr);
+  DICOMCommandObject response;
+  CopyElement(request, response, 0x0200);
+  MoveElement(request, 0x1000, response, 0x1000);
+  MoveElement(request, 0x0110, response, 0x0120);  // not there
+  CopyElement(request, response, 0x0300);
+  EXPECT_TRUE(response.IsEmpty());
+}
+
+TEST(Messages, MoveNumbersOfTwoBytesAlone) {
+  DICOMCommandObject request;
+  PutNumber32(request, 0, 0x0110, 7);
+  PutNumber16(request, 0, 0x0800, 0x0101);
+  DICOMCommandObject response;
+  MoveNumber(request, 0x0110, response, 0x0120);
+  MoveNumber(request, 0x0700, response, 0x0700);
+  EXPECT_TRUE(response.IsEmpty());
+  MoveNumber(request, 0x0800, response, 0x0800);
+  EXPECT_EQ(CommandNumber(response, 0x0800), 0x0101);
+  EXPECT_EQ(request.GetVR(0, 0x0800), nullptr);
+}
+
 }  // namespace
 }  // namespace tessaret::test

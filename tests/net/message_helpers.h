@@ -44,6 +44,13 @@ inline void FillReceived(DICOMCommandObject& request, std::string_view sopClass)
   PutNumber16(request, 0, 0x0800, 0x0102);
 }
 
+/// An element with one empty item, as it stands in a command that lies.
+inline void PutItems(DICOMObject& object, std::uint16_t element) {
+  auto* vr = new VR(std::uint16_t{0x0000}, element, 0U, false);
+  object.Push(vr);
+  object.Push(new DICOMDataObject());
+}
+
 /// What responses to it have in common, where it was a query.
 inline Command ResponseToReceived(std::uint16_t field, bool hasData, std::uint16_t status) {
   return Command()
