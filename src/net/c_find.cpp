@@ -5,7 +5,8 @@ namespace tessaret {
 bool CFindRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
   if (dataObject == nullptr) return false;
   // Queries alone go with low priority, so that archives serve what somebody waits for at a screen first.
-  const QueryRequest what{.field = command_field::kFindRQ, .priority = request_priority::kLow};
+  const QueryRequest what{
+      .field = command_field::kFindRQ, .priority = request_priority::kLow, .isSentAtOnce = true};
   return WriteQueryRequest(*this, pdu, what, dataObject, MessageID);
 }
 

@@ -7,7 +7,8 @@ namespace tessaret {
 
 class CMoveRQ : public MessageOf<command_field::kMoveRQ> {
  public:
-  /// Sends the request, and then the identifier, which is popped empty.
+  /// Sends the request, and then the identifier, which is popped empty. Where that cannot be encoded the link is closed, for the peer
+  /// waits for it.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject, std::string_view destinationAE);
 
   std::uint16_t MessageID = 0;  // of the request written last

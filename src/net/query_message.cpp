@@ -67,7 +67,12 @@ bool WriteQueryRequest(DimseMessage& message, PDU_Service* pdu, const QueryReque
   PutNumber16(command, 0x0000, command_element::kPriority, what.priority);
   if (what.destination) PutDestination(command, *what.destination);
   messageID = CommandNumber(command, command_element::kMessageID).value_or(0);
-  return pdu->Write(command, uid) && (identifier == nullptr || pdu->Write(*identifier, uid));
+  if (what.isSentAtOnce) return pdu->Write(command, identifier, uid);
+  if (!pdu->Write(command, uid)) return false;
+  if (identifier == nullptr || pdu->Write(*identifier, uid)) return true;
+  // The peer waits for the identifier, and would take whatever comes next for it.
+  pdu->Link.Close();
+  return false;
 }
 
 bool WriteQueryResponse(DimseMessage& message, PDU_Service* pdu, const DICOMCommandObject* request,

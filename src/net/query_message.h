@@ -23,10 +23,11 @@ struct QueryRequest {
   std::uint16_t field;
   std::uint16_t priority = request_priority::kMedium;
   std::optional<std::string_view> destination = std::nullopt;  // application entity title
+  bool isSentAtOnce = false;  // with its identifier; nothing goes where that cannot be encoded
 };
 
 /// Sends a request of the message's SOP class, and then the identifier, which is popped empty, or may be null. `messageID` becomes its
-/// Message ID.
+/// Message ID. Where an identifier that is sent by itself cannot be encoded, the link is closed.
 bool WriteQueryRequest(DimseMessage& message, PDU_Service* pdu, const QueryRequest& what,
                        DICOMDataObject* identifier, std::uint16_t& messageID);
 

@@ -97,5 +97,15 @@ TEST(CFindResponse, SendsNothingWhereItsDataCannotBeEncoded) {
   EXPECT_TRUE(association.peer.Received().empty());
 }
 
+TEST(CFindRequest, SendsNothingWhereItsIdentifierCannotBeEncoded) {
+  Association association({{1, kEcho, kImplicit}, {5, kFind, "1.2.3"}});
+  DICOMDataObject object;
+  FillIdentifier(object);
+  EXPECT_FALSE(About<CFindRQ>(kFind).Write(&association.pdu, &object));
+  EXPECT_EQ(Words(association.pdu), "Bad Transfer Syntax[1.2.3], codec not found");
+  EXPECT_TRUE(association.peer.Received().empty());
+  EXPECT_NE(association.pdu.Link.Connected, 0) << "nothing is amiss on it";
+}
+
 }  // namespace
 }  // namespace tessaret::test
