@@ -5,7 +5,7 @@
 namespace tessaret {
 
 bool CCancelRQ::Write(PDU_Service* pdu, std::uint16_t messageID) {
-  if (pdu == nullptr) return false;
+  if (pdu == nullptr || pdu->PDataTF.MessagePresentationContextID == 0) return false;
   DICOMCommandObject command;
   PutNumber16(command, 0x0000, command_element::kCommandField, command_field::kCancelRQ);
   PutNumber16(command, 0x0000, command_element::kRespondedMessageID, messageID);
@@ -15,7 +15,14 @@ bool CCancelRQ::Write(PDU_Service* pdu, std::uint16_t messageID) {
 
 bool CCancelRQ::Read(PDU_Service* pdu, DICOMCommandObject& command) {
   if (pdu == nullptr || !pdu->HasInput()) return false;
-  return pdu->Read(command) != 0 && Test(command);
+  return pdu->Read(command) != 0 && IsCommand(*pdu) && Test(command);
+}
+
+Interruption CCancelRQ::Look(PDU_Service& pdu) {
+  if (!pdu.HasInput()) return Interruption::kNone;
+  DICOMCommandObject command;
+  if (pdu.Read(command) == 0) return Interruption::kEnd;
+  return IsCommand(pdu) && Test(command) ? Interruption::kCancel : Interruption::kNone;
 }
 
 }  // namespace tessaret

@@ -5,13 +5,22 @@
 
 namespace tessaret {
 
+/// What a provider finds that looks for a cancel between its responses.
+enum class Interruption {
+  kNone,    // nothing has come, or something else
+  kCancel,  // of the request that is being answered
+  kEnd,     // the association was released, aborted, or cannot be read: no response may follow
+};
+
 class CCancelRQ : public MessageOf<command_field::kCancelRQ> {
  public:
-  /// Cancels the request with this identifier, on the presentation context of the last message.
+  /// Cancels the request with this identifier, on the presentation context of the last message. False where there was none yet.
   static bool Write(PDU_Service* pdu, std::uint16_t messageID);
   /// Looks for a cancel without waiting. False at once where nothing has come; otherwise one command is read into `command`, and the
   /// answer tells whether it is one.
   static bool Read(PDU_Service* pdu, DICOMCommandObject& command);
+  /// Looks in the same way, and tells whether the association goes on.
+  static Interruption Look(PDU_Service& pdu);
 };
 
 class CFindCancelRQ : public CCancelRQ {};

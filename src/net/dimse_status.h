@@ -12,6 +12,11 @@ inline constexpr std::uint16_t kPending = 0xFF00;
 inline constexpr std::uint16_t kPendingWithoutKeys =
     0xFF01;  // some optional keys were not looked at
 
+/// Further responses follow.
+constexpr bool IsPending(std::uint16_t status) {
+  return status == kPending || status == kPendingWithoutKeys;
+}
+
 /// Of a store that was done nevertheless.
 constexpr bool IsWarning(std::uint16_t status) { return (status & 0xF000) == 0xB000; }
 

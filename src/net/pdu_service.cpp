@@ -93,6 +93,7 @@ void PDU_Service::ForgetStream() {
     Outgoing.RemoveAt(0);
   }
   OutSize = 0;
+  AbandonedMessages.clear();
   PDataTF.Reset();
 }
 

@@ -156,6 +156,9 @@ class PDU_Service : public Buffer, public DataSetCoder {
   std::vector<TransferSyntax> ProposedTransferSyntaxes;
   std::vector<AbstractSyntax> ProposedAbstractSyntaxes;
   std::vector<PresentationContextAccept> AcceptedContexts;
+  bool HasRequest = false;  // one of this side is in progress
+  std::vector<std::uint16_t>
+      AbandonedMessages;  // of this side, whose last responses have not come yet
   std::int32_t OwnsDictionary = 0;
   std::int32_t ByteOrderFlag = 1;
   Socket Link;

@@ -3,6 +3,7 @@
 #include "net/command_elements.h"
 #include "net/contained.h"
 #include "net/dimse_status.h"
+#include "net/exchange.h"
 
 namespace tessaret {
 
@@ -10,15 +11,20 @@ bool StandardQuery::Write(PDU_Service* pdu, DICOMDataObject* query) {
   if (pdu == nullptr || query == nullptr) return false;
   // Sending empties what it sends, and the query is to be seen once more.
   DICOMDataObject sent;
-  if (!sent.CopyFrom(*query) || !CFindRQ::Write(pdu, &sent)) return false;
+  Exchange exchange(*pdu);
+  if (!exchange.HasBegun() || !sent.CopyFrom(*query) || !CFindRQ::Write(pdu, &sent)) return false;
+  exchange.Expect(MessageID);
   OnResponse(nullptr, query);
   for (;;) {
     DICOMCommandObject command;
     DICOMDataObject data;
-    if (pdu->Read(command) == 0 || !CFindRSP::Read(command, pdu, &data)) return false;
+    if (!exchange.Read(command_field::kFindRSP, command) || !CFindRSP::Read(command, pdu, &data)) {
+      return false;
+    }
     switch (CommandNumber(command, command_element::kStatus).value_or(dimse_status::kSuccess)) {
       case dimse_status::kSuccess:
       case dimse_status::kCancelled:
+        exchange.End();
         OnResponse(&command, &data);
         return true;
       case dimse_status::kPending:
@@ -27,7 +33,7 @@ bool StandardQuery::Write(PDU_Service* pdu, DICOMDataObject* query) {
         CFindCancelRQ::Write(pdu, MessageID);
         return false;
       default:
-        return false;
+        return exchange.Fail(command);
     }
   }
 }
@@ -43,9 +49,13 @@ bool StandardQuery::Read(PDU_Service* pdu, DICOMCommandObject* command) {
     return CFindRSP::Write(pdu, command, dimse_status::kUnableToProcess);
   }
   for (const auto& response : responses) {
-    DICOMCommandObject maybeCancel;
-    if (CFindCancelRQ::Read(pdu, maybeCancel)) {
-      return CFindRSP::Write(pdu, command, dimse_status::kCancelled);
+    switch (CFindCancelRQ::Look(*pdu)) {
+      case Interruption::kNone:
+        break;
+      case Interruption::kCancel:
+        return CFindRSP::Write(pdu, command, dimse_status::kCancelled);
+      case Interruption::kEnd:
+        return false;
     }
     // One that is not there says nothing, and one without an element could not follow.
     if (response == nullptr || response->IsEmpty()) continue;

@@ -14,16 +14,19 @@ class StandardQuery : public CFindRQ, public CFindRSP, public CFindCancelRQ {
  public:
   /// The SOP class of the query.
   virtual bool GetQueryUID(UID& uid) = 0;
-  /// Provider: what matches `query`. False, or an exception, answers with a failure.
+  /// Provider: what matches `query`, which is empty where the request announces none. False, or an exception, answers with a failure.
   virtual bool SearchDatabase(DICOMDataObject& query,
                               std::vector<std::unique_ptr<DICOMDataObject>>& response) = 0;
-  /// Requester: called first with the query and without a command, then with each match, and with the end. False cancels.
+  /// Requester: called first with the query and without a command, then with each match, and with the end. False for a match cancels, and
+  /// ends the exchange at once. No other request can be made on the association before it has ended.
   virtual bool OnResponse(DICOMCommandObject* command, DICOMDataObject* data) = 0;
 
-  /// Asks, and hands the responses on up to the last. True when that was success or a cancel.
+  /// Asks, and hands the responses on up to the last. True when that was success or a cancel. False, with words, while another request is
+  /// in progress, and for all else.
   bool Write(PDU_Service* pdu, DICOMDataObject* query);
   /// Answers a request that has been read, with a response for each match and one for the end; looks for a cancel between them. False
-  /// for another kind or SOP class, and when a response could not be sent.
+  /// for another kind or SOP class, when the identifier does not come, when a response could not be sent, and when the peer has ended the
+  /// association: the caller is to close it then.
   bool Read(PDU_Service* pdu, DICOMCommandObject* command);
 };
 

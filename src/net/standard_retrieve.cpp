@@ -8,6 +8,7 @@
 #include "net/command_elements.h"
 #include "net/contained.h"
 #include "net/dimse_status.h"
+#include "net/exchange.h"
 #include "net/outgoing_file.h"
 #include "net/storage.h"
 
@@ -75,24 +76,32 @@ bool StandardRetrieve::Write(PDU_Service* pdu, DICOMDataObject* query,
                              std::string_view destinationAE) {
   if (pdu == nullptr || query == nullptr) return false;
   DICOMDataObject sent;
-  if (!sent.CopyFrom(*query) || !CMoveRQ::Write(pdu, &sent, destinationAE)) return false;
+  Exchange exchange(*pdu);
+  if (!exchange.HasBegun() || !sent.CopyFrom(*query) ||
+      !CMoveRQ::Write(pdu, &sent, destinationAE)) {
+    return false;
+  }
+  exchange.Expect(MessageID);
   OnMoveResponse(nullptr, query);
   for (;;) {
     DICOMCommandObject command;
     DICOMDataObject data;
-    if (pdu->Read(command) == 0 || !CMoveRSP::Read(command, pdu, &data)) return false;
+    if (!exchange.Read(command_field::kMoveRSP, command) || !CMoveRSP::Read(command, pdu, &data)) {
+      return false;
+    }
     switch (CommandNumber(command, command_element::kStatus).value_or(dimse_status::kSuccess)) {
       case dimse_status::kSuccess:
       case dimse_status::kCancelled:
       case dimse_status::kSubOperationsFailed:
+        exchange.End();
         OnMoveResponse(&command, &data);
         return true;
       case dimse_status::kPending:
         if (OnMoveResponse(&command, &data)) continue;
-        CMoveCancelRQ::Write(pdu, CMoveRQ::MessageID);
+        CMoveCancelRQ::Write(pdu, MessageID);
         return false;
       default:
-        return false;
+        return exchange.Fail(command);
     }
   }
 }
@@ -146,8 +155,14 @@ bool StandardRetrieve::SendInstances(Move& move, PDU_Service& link) {
   std::size_t left = move.instances.size();
   move.counters.remaining = Counted(left);
   for (const std::string& path : move.instances) {
-    DICOMCommandObject maybeCancel;
-    if (CMoveCancelRQ::Read(move.pdu, maybeCancel)) return Answer(move, dimse_status::kCancelled);
+    switch (CMoveCancelRQ::Look(*move.pdu)) {
+      case Interruption::kNone:
+        break;
+      case Interruption::kCancel:
+        return Answer(move, dimse_status::kCancelled);
+      case Interruption::kEnd:
+        return false;
+    }
     std::uint16_t& counter = move.counters.*SendFile(link, path);
     counter = Counted(std::size_t{counter} + 1);
     move.counters.remaining = Counted(--left);

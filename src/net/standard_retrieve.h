@@ -1,6 +1,7 @@
 // The retrieval services (DICOM PS3.4, annexes C.4.2 and C.4.3): C-MOVE in both roles.
 #pragma once
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,17 +28,23 @@ class StandardRetrieve : public CMoveRQ, public CMoveRSP, public CMoveCancelRQ {
 
   /// Where the destination listens. False where nobody knows.
   virtual bool FindDestination(std::string_view destinationAE, PeerAddress& address) = 0;
-  /// The files of what is asked for, and how many they are. False where that cannot be said.
+  /// What matches `identifier`, as for a query. Not called by the exchanges here: for hosts that have one search for both services.
+  virtual bool SearchDatabase(DICOMDataObject& identifier,
+                              std::vector<std::unique_ptr<DICOMDataObject>>& response) = 0;
+  /// The files of what is asked for by `identifier`, which is empty where the request announces none. `count` is not looked at. False
+  /// where that cannot be said.
   virtual bool PrepareMove(std::string_view destinationAE, DICOMDataObject& identifier,
                            std::vector<std::string>& instanceList, std::uint16_t& count) = 0;
-  /// Requester: called with each response. False cancels.
+  /// Requester: called first with the query and without a command, then with each response. False for a pending one cancels, and ends the
+  /// exchange at once. No other request can be made on the association before it has ended.
   virtual bool OnMoveResponse(DICOMCommandObject* command, DICOMDataObject* data) = 0;
 
   /// Asks for the move, and hands the responses on up to the last. True when that was success, if only of some sub-operations, or a
   /// cancel.
   bool Write(PDU_Service* pdu, DICOMDataObject* query, std::string_view destinationAE);
   /// Answers a request that has been read, by an association of its own to the destination; looks for a cancel between instances. False
-  /// for another kind or SOP class, and when a response could not be sent.
+  /// for another kind or SOP class, when the identifier does not come, when a response could not be sent, and when the peer has ended the
+  /// association: the caller is to close it then.
   bool Read(PDU_Service* pdu, DICOMCommandObject* command);
 
  private:

@@ -3,6 +3,7 @@
 #include "net/command_elements.h"
 #include "net/contained.h"
 #include "net/dimse_status.h"
+#include "net/exchange.h"
 
 namespace tessaret {
 
@@ -11,13 +12,20 @@ bool UnknownStorage::GetUID(UID&) { return false; }
 std::uint32_t UnknownStorage::StoreObject(DICOMDataObject*) { return 0; }
 
 bool UnknownStorage::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
-  return CStoreRQ::Write(pdu, dataObject) && ReadResponse(pdu);
+  if (pdu == nullptr) return false;
+  Exchange exchange(*pdu);
+  return exchange.HasBegun() && CStoreRQ::Write(pdu, dataObject) && ReadResponse(exchange);
 }
 
 bool UnknownStorage::ReadResponse(PDU_Service* pdu) {
   if (pdu == nullptr) return false;
+  Exchange exchange(*pdu);
+  return exchange.HasBegun() && ReadResponse(exchange);
+}
+
+bool UnknownStorage::ReadResponse(Exchange& exchange) {
   DICOMCommandObject response;
-  return pdu->Read(response) != 0 && CStoreRSP::Read(response);
+  return exchange.Read(command_field::kStoreRSP, response) && CStoreRSP::Read(response);
 }
 
 bool UnknownStorage::Read(PDU_Service* pdu, DICOMCommandObject* command,

@@ -6,6 +6,8 @@
 
 namespace tessaret {
 
+class Exchange;
+
 /// Storage of whatever comes. A descendant that sends says what by GetUID, one that receives overrides StoreObject.
 class UnknownStorage : public CStoreRQ, public CStoreRSP {
  public:
@@ -21,6 +23,9 @@ class UnknownStorage : public CStoreRQ, public CStoreRSP {
   bool ReadResponse(PDU_Service* pdu);
   /// Receives the object of a request that has been read into `dataObject`, stores it, and answers; or takes a response.
   virtual bool Read(PDU_Service* pdu, DICOMCommandObject* command, DICOMDataObject* dataObject);
+
+ private:
+  bool ReadResponse(Exchange& exchange);
 };
 
 /// Storage of one SOP class; requests of others are not taken.

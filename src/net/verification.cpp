@@ -1,6 +1,7 @@
 #include "net/verification.h"
 
 #include "net/command_elements.h"
+#include "net/exchange.h"
 #include "net/sop_classes.h"
 
 namespace tessaret {
@@ -11,9 +12,11 @@ bool Verification::GetUID(UID& uid) {
 }
 
 bool Verification::Write(PDU_Service* pdu) {
-  if (!CEchoRQ::Write(pdu)) return false;
+  if (pdu == nullptr) return false;
+  Exchange exchange(*pdu);
+  if (!exchange.HasBegun() || !CEchoRQ::Write(pdu)) return false;
   DICOMCommandObject response;
-  return pdu->Read(response) != 0 && CEchoRSP::Test(response);
+  return exchange.Read(command_field::kEchoRSP, response);
 }
 
 bool Verification::Read(PDU_Service* pdu, DICOMCommandObject* command) {

@@ -42,5 +42,54 @@ TEST(CCancel, IsLookedForWithoutWaiting) {
   EXPECT_EQ(association.pdu.Link.Connected, 0);
 }
 
+TEST(CCancel, HasNoContextBeforeTheFirstMessage) {
+  Association association(kMessageContexts);
+  EXPECT_FALSE(CCancelRQ::Write(&association.pdu, 1));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(CCancel, GoesOnTheContextOfTheMessageReadLast) {
+  Association association(kMessageContexts);
+  association.peer.Send(Data(3, kWholeCommand, Command().Number(0x0100, 0x8001)));
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  EXPECT_TRUE(CCancelRQ::Write(&association.pdu, 1));
+  EXPECT_EQ(association.peer.Received(),
+            Data(3, kWholeCommand,
+                 Command().Number(0x0100, 0x0FFF).Number(0x0120, 1).Number(0x0800, 0x0101)));
+}
+
+TEST(CCancel, IsACommand) {
+  const Bytes data = Data(5, kLastPart, Elements().Number(0, 0x0100, 0x0FFF));
+  Association association(kMessageContexts);
+  association.peer.Send(Joined({data, data}));
+  DICOMCommandObject command;
+  EXPECT_FALSE(CCancelRQ::Read(&association.pdu, command));
+  EXPECT_EQ(CCancelRQ::Look(association.pdu), Interruption::kNone);
+}
+
+TEST(CCancel, IsToldFromTheEndOfTheAssociation) {
+  const struct {
+    Bytes sent;
+    Interruption found;
+  } rows[] = {
+      {{}, Interruption::kNone},
+      {Data(5, kWholeCommand, Command().Number(0x0100, 0x0FFF)), Interruption::kCancel},
+      {Data(5, kWholeCommand, Command().Number(0x0100, 0x0030)), Interruption::kNone},
+      {ReleaseRequest(), Interruption::kEnd},
+      {AbortPdu(0, 0), Interruption::kEnd},
+      {Pdu(4, {0, 0, 0, 1}), Interruption::kEnd},
+      {{9, 9}, Interruption::kEnd},
+  };
+  for (const auto& row : rows) {
+    Association association(kMessageContexts);
+    association.peer.Send(row.sent);
+    EXPECT_EQ(CCancelRQ::Look(association.pdu), row.found);
+  }
+  Association association(kMessageContexts);
+  association.peer.EndSending();
+  EXPECT_EQ(CCancelRQ::Look(association.pdu), Interruption::kEnd);
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -194,6 +194,9 @@ class Move : public Retrieve {
     address = {"127.0.0.1", found->second};
     return true;
   }
+  bool SearchDatabase(DICOMDataObject&, std::vector<std::unique_ptr<DICOMDataObject>>&) override {
+    return false;  // nobody asks
+  }
   bool PrepareMove(std::string_view, DICOMDataObject& identifier,
                    std::vector<std::string>& instances, std::uint16_t& count) override {
     for (const auto& [path, object] : FilesFor(settings_, identifier)) instances.push_back(path);

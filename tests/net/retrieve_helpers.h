@@ -1,6 +1,7 @@
 // What tests of the retrieval have in common: a provider, a request, what it answers, and a destination.
 #pragma once
 
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -12,6 +13,7 @@
 #include "net/command_elements.h"
 #include "net/service_helpers.h"
 #include "net/standard_retrieve.h"
+#include "support/data_set_builder.h"
 
 namespace tessaret::test {
 
@@ -24,6 +26,10 @@ class MovingIn : public Retrieve {
     if (throws == "find") throw std::runtime_error("no");
     address = {"127.0.0.1", port};
     return !port.empty();
+  }
+  bool SearchDatabase(DICOMDataObject&, std::vector<std::unique_ptr<DICOMDataObject>>&) override {
+    asked += "search";
+    return true;
   }
   bool PrepareMove(std::string_view destination, DICOMDataObject& identifier,
                    std::vector<std::string>& instances, std::uint16_t& count) override {
@@ -50,9 +56,10 @@ class MovingIn : public Retrieve {
 
 using Moving = MovingIn<StudyRootRetrieve>;
 
-inline Bytes MoveRequest(std::string_view destination, std::string_view sopClass = kMove) {
+inline Bytes MoveRequest(std::string_view destination, std::string_view sopClass = kMove,
+                         std::uint16_t message = 9) {
   Command command;
-  command.Uid(0x0002, sopClass).Number(0x0100, 0x0021).Number(0x0110, 9);
+  command.Uid(0x0002, sopClass).Number(0x0100, 0x0021).Number(0x0110, message);
   if (!destination.empty()) command.Text(0x0600, destination);
   command.Number(0x0700, 0).Number(0x0800, 0x0102);
   return Joined({Data(7, kWholeCommand, command), Data(7, kLastPart, NameBytes("Q*"))});
@@ -101,7 +108,9 @@ class Destination {
                               Joined({ApplicationItem(), AcceptItem(request.at(103), 0, kImplicit),
                                       PeersUserItem()})));
           for (const std::uint16_t status : statuses) {
-            received += TypesOf(peer.ReceivePdu());
+            const Bytes command = peer.ReceivePdu();
+            received += TypesOf(command);
+            if (command.at(0) == 5) break;  // no more stores
             last = peer.ReceivePdu();
             received += TypesOf(last);
             peer.Send(Data(request.at(103), kWholeCommand,
@@ -111,8 +120,7 @@ class Destination {
                                .Number(0x0800, 0x0101)
                                .Number(0x0900, status)));
           }
-          const Bytes rest = peer.ReceivePdu();
-          if (!rest.empty()) received += TypesOf(rest);
+          if (received.find('5') == std::string::npos) received += TypesOf(peer.ReceivePdu());
           peer.Send(ReleaseAnswer());
         }) {}
   [[nodiscard]] const std::string& Port() const { return server_.Port(); }
@@ -124,5 +132,13 @@ class Destination {
  private:
   ScriptedServer server_;
 };
+
+/// A file of this class with a name in it.
+inline Bytes FileOfCt(std::string_view instance) {
+  return FileOf(Encoding::kExplicitLittle, DataSetBuilder(Encoding::kExplicitLittle)
+                                               .Element(0x0008, 0x0016, "UI", Evened(kCt))
+                                               .Element(0x0008, 0x0018, "UI", Evened(instance))
+                                               .Element(0x0010, 0x0010, "PN", "AA"));
+}
 
 }  // namespace tessaret::test

@@ -86,6 +86,8 @@ class Peer {
   /// All that comes until the library closes its end.
   [[nodiscard]] Bytes ReceiveToEnd() const { return Receive(std::size_t{1} << 24); }
 
+  /// The descriptor is the caller's from here on.
+  int Give() { return std::exchange(descriptor_, -1); }
   void Close() {
     if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
   }

@@ -40,12 +40,13 @@ inline Bytes CancelRequest(std::uint16_t message, std::uint8_t context = 5) {
               Command().Number(0x0100, 0x0FFF).Number(0x0120, message).Number(0x0800, 0x0101));
 }
 
-inline Bytes FindRequest(std::string_view sopClass = kFind, std::uint16_t field = 0x0020) {
+inline Bytes FindRequest(std::string_view sopClass = kFind, std::uint16_t field = 0x0020,
+                         std::uint16_t message = 9) {
   return Joined({Data(5, kWholeCommand,
                       Command()
                           .Uid(0x0002, sopClass)
                           .Number(0x0100, field)
-                          .Number(0x0110, 9)
+                          .Number(0x0110, message)
                           .Number(0x0700, 2)
                           .Number(0x0800, 0x0102)),
                  Data(5, kLastPart, NameBytes("Q*"))});

@@ -6,39 +6,10 @@
 
 #include "net/command_elements.h"
 #include "net/identifiers.h"
-#include "net/service_helpers.h"
+#include "net/query_helpers.h"
 
 namespace tessaret::test {
 namespace {
-
-/// A query that finds what it is given, and writes down what it is told.
-template <class Query>
-class Finding : public Query {
- public:
-  bool SearchDatabase(DICOMDataObject& query,
-                      std::vector<std::unique_ptr<DICOMDataObject>>& response) override {
-    asked += NameIn(query) + ";";
-    if (throws) throw std::runtime_error("no");
-    response = std::move(matches);
-    return !fails;
-  }
-  bool OnResponse(DICOMCommandObject* command, DICOMDataObject* data) override {
-    told += (command == nullptr ? "query" : std::to_string(*CommandNumber(*command, 0x0900))) +
-            "=" + NameIn(*data) + ";";
-    return ++calls != cancelAt;
-  }
-  void Match(std::string_view name) {
-    matches.push_back(std::make_unique<DICOMDataObject>());
-    if (!name.empty()) PutBytes(*matches.back(), 0x0010, 0x0010, type_code::PN, name);
-  }
-  std::vector<std::unique_ptr<DICOMDataObject>> matches;
-  std::string asked;
-  std::string told;
-  bool throws = false;
-  bool fails = false;
-  int calls = 0;
-  int cancelAt = 0;
-};
 
 /// A response to a query: without a status, and with one.
 Bytes FindResponse(int status, std::string_view name, std::uint16_t field = 0x8020) {
@@ -248,6 +219,52 @@ TEST(Query, HasAClassForEachSopClass) {
   Finding<StudyRootQuery> query;
   EXPECT_TRUE(query.GetQueryUID(uid));
   EXPECT_EQ(uid.View(), kFind);
+}
+
+TEST(Query, IsNotCancelledByTheFirstCallOfItsHook) {
+  Association association(kContexts);
+  association.peer.Send(FindResponse(0, ""));
+  Finding<StudyRootQuery> query;
+  query.cancelAt = 1;
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  EXPECT_TRUE(query.Write(&association.pdu, &what));
+  EXPECT_EQ(query.told, "query=Q*;0=;");
+}
+
+TEST(Query, SendsNothingAfterARelease) {
+  Association association(kContexts);
+  association.peer.Send(Joined({FindRequest(), ReleaseRequest()}));
+  Finding<StudyRootQuery> query;
+  for (int i = 0; i < 3; ++i) query.Match("AA");
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_FALSE(query.Read(&association.pdu, &command));
+  EXPECT_EQ(association.peer.Received(), ReleaseAnswer());
+}
+
+TEST(Query, LooksAtNoDatabaseWhereTheIdentifierDoesNotCome) {
+  const Bytes request = Data(
+      5, kWholeCommand,
+      Command().Uid(0x0002, kFind).Number(0x0100, 0x0020).Number(0x0110, 9).Number(0x0800, 0x0102));
+  Association association(kContexts);
+  association.peer.Send(Joined({request, request}));  // a command in its place
+  Finding<StudyRootQuery> query;
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_FALSE(query.Read(&association.pdu, &command));
+  EXPECT_EQ(query.asked, "");
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+TEST(Query, HasTheStatusOfAFailureAsWords) {
+  Association association(kContexts);
+  association.peer.Send(FindResponse(0xA700, ""));
+  Finding<StudyRootQuery> query;
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  EXPECT_FALSE(query.Write(&association.pdu, &what));
+  EXPECT_EQ(Words(association.pdu), "The peer has answered with status 0xA700");
 }
 
 }  // namespace

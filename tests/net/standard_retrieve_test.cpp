@@ -143,13 +143,6 @@ TEST(Retrieve, HasAnAnswerForEveryFailureBeforeTheFirstInstance) {
   }
 }
 
-Bytes FileOfCt(std::string_view instance) {
-  return FileOf(Encoding::kExplicitLittle, DataSetBuilder(Encoding::kExplicitLittle)
-                                               .Element(0x0008, 0x0016, "UI", Evened(kCt))
-                                               .Element(0x0008, 0x0018, "UI", Evened(instance))
-                                               .Element(0x0010, 0x0010, "PN", "AA"));
-}
-
 TEST(Retrieve, SendsEachInstanceAndCountsWhatBecameOfIt) {
   const TempFolder folder;
   Moving move;
@@ -285,6 +278,60 @@ TEST(Retrieve, HasAClassForEachSopClass) {
   Moving move;
   EXPECT_TRUE(move.GetMoveUID(uid));
   EXPECT_EQ(uid.View(), kMove);
+}
+
+TEST(Retrieve, SendsNothingAfterARelease) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  Moving move;
+  move.files = {folder.File("1.1"), folder.File("1.1")};
+  Destination destination({});
+  move.port = destination.Port();
+  EXPECT_EQ(AnswersOf(move, Joined({MoveRequest("DEST"), ReleaseRequest()}), false),
+            ReleaseAnswer());
+  EXPECT_EQ(destination.Wait(), "");
+  EXPECT_EQ(destination.received, "5");
+}
+
+TEST(Retrieve, GoesByTheListWhateverItsCountSays) {
+  class Miscounting : public Moving {
+   public:
+    bool PrepareMove(std::string_view destination, DICOMDataObject& identifier,
+                     std::vector<std::string>& instances, std::uint16_t& count) override {
+      const bool isPrepared = Moving::PrepareMove(destination, identifier, instances, count);
+      count = 100;
+      return isPrepared;
+    }
+  };
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  Miscounting move;
+  move.files = {folder.File("1.1")};
+  Destination destination({0});
+  move.port = destination.Port();
+  EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
+            Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
+}
+
+TEST(Retrieve, IsNotCancelledByTheFirstCallOfItsHook) {
+  Association association(kContexts);
+  association.peer.Send(MoveResponse(0));
+  Moving move;
+  move.cancelAt = 1;
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  EXPECT_TRUE(move.Write(&association.pdu, &what, "DEST"));
+  EXPECT_EQ(move.told, "query=Q*;0=;");
+}
+
+TEST(Retrieve, HasTheStatusOfAFailureAsWords) {
+  Association association(kContexts);
+  association.peer.Send(MoveResponse(0xA801));
+  Moving move;
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  EXPECT_FALSE(move.Write(&association.pdu, &what, "DEST"));
+  EXPECT_EQ(Words(association.pdu), "The peer has answered with status 0xA801");
 }
 
 }  // namespace

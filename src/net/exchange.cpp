@@ -1,0 +1,81 @@
+#include "net/exchange.h"
+
+#include <algorithm>
+#include <new>
+#include <string>
+
+#include "base/text.h"
+#include "net/dimse_status.h"
+
+namespace tessaret {
+namespace {
+
+// More than comments have (DICOM PS3.7, annex E.1).
+constexpr std::uint32_t kMostCommentBytes = 64;
+
+std::string CommentIn(const DICOMObject& response) {
+  const VR* comment = response.GetVR(0x0000, command_element::kErrorComment);
+  if (comment == nullptr || comment->Data == nullptr) return {};
+  std::string text(reinterpret_cast<const char*>(comment->Data),
+                   std::min(comment->Length, kMostCommentBytes));
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
+  return text.empty() ? text : ": " + text;
+}
+
+}  // namespace
+
+Exchange::Exchange(PDU_Service& pdu) : pdu_(pdu), hasBegun_(!pdu.HasRequest) {
+  pdu.HasRequest = true;
+  if (!hasBegun_) pdu.SetError("A request is in progress on this association");
+}
+
+Exchange::~Exchange() {
+  if (!hasBegun_) return;
+  pdu_.HasRequest = false;
+  if (!awaited_ || pdu_.Link.Connected == 0) return;
+  try {
+    pdu_.AbandonedMessages.push_back(*awaited_);
+  } catch (const std::bad_alloc&) {
+    pdu_.Link.Close();  // its responses could not be told from those of the next one
+  }
+}
+
+bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response) {
+  for (;;) {
+    response.Reset();
+    if (pdu_.Read(response) == 0) return false;
+    if (!IsCommand(pdu_)) {
+      pdu_.SetError("Got a data set where a response was awaited");
+      return false;
+    }
+    if (!IsOfAbandoned(response)) break;
+    DICOMDataObject dropped;
+    if (HasDataSet(response) && pdu_.Read(dropped) == 0) return false;
+  }
+  if (HasCommandField(response, field)) return true;
+  const std::uint16_t other = CommandNumber(response, command_element::kCommandField).value_or(0);
+  pdu_.SetError(
+      Format("Got command 0x%4.4X where response 0x%4.4X was awaited", other, field).c_str());
+  return false;
+}
+
+bool Exchange::IsOfAbandoned(const DICOMObject& response) {
+  std::vector<std::uint16_t>& abandoned = pdu_.AbandonedMessages;
+  const auto asked = CommandNumber(response, command_element::kRespondedMessageID);
+  const auto found =
+      asked ? std::find(abandoned.begin(), abandoned.end(), *asked) : abandoned.end();
+  if (found == abandoned.end()) return false;
+  const auto status = CommandNumber(response, command_element::kStatus);
+  if (!status || !dimse_status::IsPending(*status)) abandoned.erase(found);
+  return true;
+}
+
+bool Exchange::Fail(const DICOMObject& response) {
+  End();
+  const std::uint16_t status = CommandNumber(response, command_element::kStatus).value_or(0);
+  pdu_.SetError(
+      (Format("The peer has answered with status 0x%4.4X", status) + CommentIn(response)).c_str());
+  return false;
+}
+
+}  // namespace tessaret

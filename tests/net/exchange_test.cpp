@@ -1,0 +1,133 @@
+#include "net/exchange.h"
+
+#include <gtest/gtest.h>
+
+#include "net/command_elements.h"
+#include "net/retrieve_helpers.h"
+#include "net/storage.h"
+#include "net/verification.h"
+
+namespace tessaret::test {
+namespace {
+
+Bytes Response(std::uint16_t field, std::uint16_t message, std::uint16_t status,
+               std::string_view name = {}) {
+  const Bytes command = Data(5, kWholeCommand,
+                             Command()
+                                 .Number(0x0100, field)
+                                 .Number(0x0120, message)
+                                 .Number(0x0800, name.empty() ? 0x0101 : 0x0102)
+                                 .Number(0x0900, status));
+  return name.empty() ? command : Joined({command, Data(5, kLastPart, NameBytes(name))});
+}
+
+/// What is read, by its status; -1 for nothing.
+int StatusOfNext(Exchange& exchange, std::uint16_t field) {
+  DICOMCommandObject response;
+  if (!exchange.Read(field, response)) return -1;
+  return CommandNumber(response, 0x0900).value_or(0);
+}
+
+TEST(Exchange, HasWordsForWhatIsNoResponse) {
+  const struct {
+    Bytes sent;
+    const char* words;
+  } rows[] = {
+      {Response(0x8001, 1, 0), "Got command 0x8001 where response 0x8030 was awaited"},
+      {Data(5, kWholeCommand, Command().Number(0x0120, 1)),
+       "Got command 0x0000 where response 0x8030 was awaited"},
+      {Data(5, kLastPart, NameBytes("AA")), "Got a data set where a response was awaited"},
+  };
+  for (const auto& row : rows) {
+    Association association(kContexts);
+    association.peer.Send(row.sent);
+    Exchange exchange(association.pdu);
+    EXPECT_EQ(StatusOfNext(exchange, 0x8030), -1);
+    EXPECT_EQ(Words(association.pdu), row.words);
+  }
+}
+
+TEST(Exchange, HasStatusAndCommentOfAFailureAsWords) {
+  const struct {
+    std::string comment;
+    std::string words;
+  } rows[] = {
+      {"", "The peer has answered with status 0xA700"},
+      {"disk full ", "The peer has answered with status 0xA700: disk full"},
+      {std::string(1000, 'x'), "The peer has answered with status 0xA700: " + std::string(64, 'x')},
+  };
+  for (const auto& row : rows) {
+    Association association(kContexts);
+    Command command;
+    command.Number(0x0100, 0x8020).Number(0x0120, 1).Number(0x0800, 0x0101).Number(0x0900, 0xA700);
+    association.peer.Send(Data(5, kWholeCommand, command.Text(0x0902, row.comment)));
+    Exchange exchange(association.pdu);
+    DICOMCommandObject response;
+    ASSERT_TRUE(exchange.Read(0x8020, response));
+    EXPECT_FALSE(exchange.Fail(response));
+    EXPECT_EQ(Words(association.pdu), row.words);
+  }
+}
+
+TEST(Exchange, IsOneAtATime) {
+  Association association(kContexts);
+  {
+    const Exchange first(association.pdu);
+    EXPECT_TRUE(first.HasBegun());
+    const Exchange second(association.pdu);
+    EXPECT_FALSE(second.HasBegun());
+    EXPECT_EQ(Words(association.pdu), "A request is in progress on this association");
+    EXPECT_FALSE(Verification().Write(&association.pdu));
+    DICOMDataObject object;
+    PutUid(object, 0x0008, 0x0018, "1.2.3");
+    EXPECT_FALSE(CTStorage().Write(&association.pdu, &object));
+    EXPECT_FALSE(object.IsEmpty());
+    EXPECT_FALSE(Moving().Write(&association.pdu, &object, "DEST"));
+    EXPECT_TRUE(association.peer.Received().empty());
+  }
+  EXPECT_TRUE(Exchange(association.pdu).HasBegun());
+}
+
+TEST(Exchange, DropsTheResponsesOfThoseThatWereAbandoned) {
+  Association association(kContexts);
+  {
+    Exchange abandoned(association.pdu);
+    abandoned.Expect(7);
+  }
+  association.peer.Send(
+      Joined({Response(0x8020, 7, 0xFF00, "AA"), Response(0x8020, 7, 0xFF01, "BB"),
+              Response(0x8020, 7, 0xFE00), Response(0x8030, 9, 0),
+              // Its last response has come: this one would be of another request.
+              Response(0x8030, 7, 5)}));
+  Exchange next(association.pdu);
+  next.Expect(9);
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 0);
+  next.End();
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 5);
+}
+
+TEST(Exchange, EndsWithItsLastResponse) {
+  Association association(kContexts);
+  {
+    Exchange ended(association.pdu);
+    ended.Expect(7);
+    ended.End();
+  }
+  association.peer.Send(Response(0x8030, 7, 5));
+  Exchange next(association.pdu);
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 5);
+}
+
+TEST(Exchange, IsForgottenWithItsLink) {
+  Association association(kContexts);
+  {
+    Exchange abandoned(association.pdu);
+    abandoned.Expect(7);
+  }
+  ASSERT_EQ(association.pdu.AbandonedMessages.size(), 1u);
+  EXPECT_EQ(association.pdu.Connect("127.0.0.1", FreePort()), 0);
+  EXPECT_TRUE(association.pdu.AbandonedMessages.empty());
+}
+
+}  // namespace
+}  // namespace tessaret::test
