@@ -241,7 +241,11 @@ class Associations {
     std::thread([this, pdu = std::move(pdu)]() mutable {
       for (;;) {
         DICOMCommandObject command;
-        if (pdu->Read(command) == 0 || !Answer(*pdu, command, settings_)) break;
+        if (pdu->Read(command) == 0) break;
+        if (Answer(*pdu, command, settings_)) continue;
+        // Who asked is not left waiting for an answer.
+        if (pdu->Link.Connected != 0) pdu->AAbortRQ.Write(*pdu);
+        break;
       }
       const std::lock_guard held(lock_);
       standing_.erase(pdu.get());
