@@ -56,6 +56,18 @@ void FillResponse(DICOMCommandObject& response, const DICOMCommandObject& reques
   PutComment(response, what.comment);
 }
 
+/// The peer waits for the identifier, and would take whatever comes next for it: where it cannot go, the link is closed.
+bool WriteIdentifier(PDU_Service& pdu, DICOMDataObject& identifier, const UID& sopClass) {
+  try {
+    if (pdu.Write(identifier, sopClass)) return true;
+  } catch (...) {
+    pdu.Link.Close();
+    throw;
+  }
+  pdu.Link.Close();
+  return false;
+}
+
 }  // namespace
 
 bool WriteQueryRequest(DimseMessage& message, PDU_Service* pdu, const QueryRequest& what,
@@ -68,11 +80,8 @@ bool WriteQueryRequest(DimseMessage& message, PDU_Service* pdu, const QueryReque
   if (what.destination) PutDestination(command, *what.destination);
   messageID = CommandNumber(command, command_element::kMessageID).value_or(0);
   if (what.isSentAtOnce) return pdu->Write(command, identifier, uid);
-  if (!pdu->Write(command, uid)) return false;
-  if (identifier == nullptr || pdu->Write(*identifier, uid)) return true;
-  // The peer waits for the identifier, and would take whatever comes next for it.
-  pdu->Link.Close();
-  return false;
+  return pdu->Write(command, uid) &&
+         (identifier == nullptr || WriteIdentifier(*pdu, *identifier, uid));
 }
 
 bool WriteQueryResponse(DimseMessage& message, PDU_Service* pdu, const DICOMCommandObject* request,

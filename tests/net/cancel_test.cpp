@@ -56,18 +56,6 @@ class Provider {
   std::thread thread_;
 };
 
-std::uint16_t NumberIn(const Bytes& command, std::uint16_t element) {
-  // Head of the PDU and of the PDV; then tag and length of each element.
-  for (std::size_t at = 12; at + 8 <= command.size();) {
-    const std::size_t length = command[at + 4] + command[at + 5] * 256U;
-    if (command[at + 2] + command[at + 3] * 256U == element) {
-      return static_cast<std::uint16_t>(command.at(at + 8) + command.at(at + 9) * 256U);
-    }
-    at += 8 + length;
-  }
-  throw std::runtime_error("no such element");
-}
-
 /// Reads the responses to one request up to the last, and sends its cancel when so many have come.
 struct Outcome {
   int pending = 0;

@@ -1,6 +1,7 @@
 // What tests of the services have in common: an association for all of them, requests, and responses.
 #pragma once
 
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -50,6 +51,19 @@ inline Bytes FindRequest(std::string_view sopClass = kFind, std::uint16_t field 
                           .Number(0x0700, 2)
                           .Number(0x0800, 0x0102)),
                  Data(5, kLastPart, NameBytes("Q*"))});
+}
+
+/// The number that a command, one PDU as it was received, has in this element.
+inline std::uint16_t NumberIn(const Bytes& command, std::uint16_t element) {
+  // Head of the PDU and of the PDV; then tag and length of each element.
+  for (std::size_t at = 12; at + 8 <= command.size();) {
+    const std::size_t length = command[at + 4] + command[at + 5] * 256U;
+    if (command[at + 2] + command[at + 3] * 256U == element) {
+      return static_cast<std::uint16_t>(command.at(at + 8) + command.at(at + 9) * 256U);
+    }
+    at += 8 + length;
+  }
+  throw std::runtime_error("no such element");
 }
 
 template <class Service>

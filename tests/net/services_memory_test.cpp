@@ -1,0 +1,112 @@
+// Services whose thread runs out of memory at any moment: the peer gets whole messages or the end of the link, and nothing is leaked.
+#include <gtest/gtest.h>
+
+#include "net/query_helpers.h"
+#include "net/retrieve_helpers.h"
+#include "net/storage.h"
+#include "net/verification.h"
+#include "support/allocation_failure.h"
+#include "support/temp_folder.h"
+
+namespace tessaret::test {
+namespace {
+
+class Echo : public CEchoRQ {
+ public:
+  bool GetUID(UID& uid) override { return Verification().GetUID(uid); }
+};
+
+/// Whether each PDU of the stream is whole, and each data set that a command announces follows it, unless the stream ends.
+bool IsInOrder(const Bytes& stream) {
+  bool dataIsDue = false;
+  for (const Bytes& pdu : SplitPdus(stream)) {
+    if (pdu[0] != 4) continue;
+    const bool isCommand = (pdu[11] & kCommandPart) != 0;
+    if (isCommand == dataIsDue) return false;
+    dataIsDue = isCommand ? NumberIn(pdu, 0x0800) != 0x0101 : (pdu[11] & kLastPart) == 0;
+  }
+  return true;
+}
+
+/// Lets every allocation of `work` fail once, each with an association of its own on which `sent` has come, and looks at what the peer
+/// got: whole PDUs, also of what is sent with memory again.
+template <class Work>
+void FailEach(const Bytes& sent, Work work) {
+  for (std::uint64_t nth = 1;; ++nth) {
+    Association association(kContexts);
+    association.peer.Send(sent);
+    bool happened = false;
+    {
+      const AllocationFailure failure(nth);
+      try {
+        work(association.pdu);
+      } catch (const std::bad_alloc&) {
+      }
+      happened = failure.Happened();
+    }
+    Echo().Write(&association.pdu);
+    association.pdu.Link.Close();
+    const Bytes received = association.peer.ReceiveToEnd();
+    EXPECT_TRUE(IsInOrder(received)) << "allocation " << nth;
+    if (!happened) return;
+  }
+}
+
+TEST(WithoutMemory, AQueryIsAnsweredWholly) {
+  FailEach(FindRequest(), [](PDU_Service& pdu) {
+    DICOMCommandObject command;
+    Finding<StudyRootQuery> query;
+    query.Match("AA");
+    query.Match("BB");
+    if (pdu.Read(command) != 0) query.Read(&pdu, &command);
+  });
+}
+
+TEST(WithoutMemory, AStoreIsAnsweredWholly) {
+  const Bytes request = Data(3, kWholeCommand,
+                             Command()
+                                 .Uid(0x0002, kCt)
+                                 .Number(0x0100, 0x0001)
+                                 .Number(0x0110, 77)
+                                 .Number(0x0800, 0x0102)
+                                 .Uid(0x1000, "1.2.3"));
+  FailEach(Joined({request, Data(3, kLastPart, NameBytes("AA"))}), [](PDU_Service& pdu) {
+    DICOMCommandObject command;
+    DICOMDataObject object;
+    if (pdu.Read(command) != 0) UnknownStorage().Read(&pdu, &command, &object);
+  });
+}
+
+TEST(WithoutMemory, RequestsAreSentWholly) {
+  FailEach(EchoResponse(0), [](PDU_Service& pdu) {
+    DICOMDataObject query;
+    PutBytes(query, 0x0010, 0x0010, type_code::PN, "Q*");
+    Finding<StudyRootQuery>().Write(&pdu, &query);
+  });
+  FailEach(EchoResponse(0), [](PDU_Service& pdu) {
+    DICOMDataObject query;
+    PutBytes(query, 0x0010, 0x0010, type_code::PN, "Q*");
+    Moving().Write(&pdu, &query, "DEST");
+  });
+  FailEach(EchoResponse(0), [](PDU_Service& pdu) {
+    DICOMDataObject object;
+    PutBytes(object, 0x7FE0, 0x0010, type_code::OB, "xx");
+    CTStorage().Write(&pdu, &object);
+  });
+}
+
+TEST(WithoutMemory, AMoveIsAnsweredWholly) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  // Nobody listens.
+  FailEach(MoveRequest("DEST"), [&](PDU_Service& pdu) {
+    Moving move;
+    move.files = {folder.File("1.1"), folder.File("1.1")};
+    move.port = "1";
+    DICOMCommandObject command;
+    if (pdu.Read(command) != 0) move.Read(&pdu, &command);
+  });
+}
+
+}  // namespace
+}  // namespace tessaret::test
