@@ -86,8 +86,10 @@ inline Bytes MoveAnswer(std::uint16_t status, std::vector<std::uint16_t> counter
 }
 
 /// What our provider answers to one request.
-inline Bytes AnswersOf(Moving& move, const Bytes& request, bool expected = true) {
+inline Bytes AnswersOf(Moving& move, const Bytes& request, bool expected = true,
+                       int timeoutSecs = 300) {
   Association association(kContexts);
+  association.pdu.Link.TimeoutSecs = timeoutSecs;
   association.pdu.AAssociateRQ.CalledApTitle = MakeApTitle("US");
   association.peer.Send(request);
   DICOMCommandObject command;

@@ -1,5 +1,6 @@
 #include "net/standard_retrieve.h"
 
+#include <chrono>
 #include <filesystem>
 
 #include <gtest/gtest.h>
@@ -332,6 +333,38 @@ TEST(Retrieve, HasTheStatusOfAFailureAsWords) {
   PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
   EXPECT_FALSE(move.Write(&association.pdu, &what, "DEST"));
   EXPECT_EQ(Words(association.pdu), "The peer has answered with status 0xA801");
+}
+
+TEST(Retrieve, GivesASilentDestinationTheTimeoutOfTheAssociationOnce) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  const struct {
+    bool accepts;
+    Bytes answers;
+  } rows[] = {
+      {false, MoveAnswer(0xC005, {0, 0, 0, 0}, "Cannot connect to destination AE")},
+      {true, Joined({MoveAnswer(0xFF00, {2, 0, 1, 0}), MoveAnswer(0xFF00, {1, 0, 2, 0}),
+                     MoveAnswer(0xFF00, {0, 0, 3, 0}), MoveAnswer(0, {0, 0, 3, 0})})},
+  };
+  for (const auto& row : rows) {
+    Moving move;
+    move.files = {folder.File("1.1"), folder.File("1.1"), folder.File("1.1")};
+    ScriptedServer server([&](Peer& peer) {
+      const Bytes request = peer.ReceivePdu();
+      if (row.accepts) {
+        peer.Send(Associate(2, "DEST", "US",
+                            Joined({AcceptItem(request.at(103), 0, kImplicit), PeersUserItem()})));
+      }
+      static_cast<void>(peer.ReceiveToEnd());
+    });
+    move.port = server.Port();
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(AnswersOf(move, MoveRequest("DEST"), true, 1), row.answers);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - start;
+    EXPECT_GE(taken.count(), 0.9);
+    EXPECT_LT(taken.count(), 2.5) << "not once an instance";
+    EXPECT_EQ(server.Wait(), "");
+  }
 }
 
 }  // namespace
