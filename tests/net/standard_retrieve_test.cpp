@@ -9,6 +9,7 @@
 #include "net/identifiers.h"
 #include "net/retrieve_helpers.h"
 #include "support/data_set_builder.h"
+#include "support/file_failure.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
@@ -209,9 +210,11 @@ TEST(Retrieve, CountsWhatIsLeftAsFailedWhereTheDestinationGoes) {
                         Joined({AcceptItem(request.at(103), 0, kImplicit), PeersUserItem()})));
   });
   move.port = server.Port();
+  const FileFailure files;
   EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
             Joined({MoveAnswer(0xFF00, {2, 0, 1, 0}), MoveAnswer(0xFF00, {1, 0, 2, 0}),
                     MoveAnswer(0xFF00, {0, 0, 3, 0}), MoveAnswer(0, {0, 0, 3, 0})}));
+  EXPECT_EQ(files.Calls(FileCall::kOpen), 4) << "three for their classes, and the first to be sent";
 }
 
 TEST(Retrieve, TellsOfADestinationThatRefuses) {
