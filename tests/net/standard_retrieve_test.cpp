@@ -370,5 +370,20 @@ TEST(Retrieve, GivesASilentDestinationTheTimeoutOfTheAssociationOnce) {
   }
 }
 
+TEST(Retrieve, CountsAFileThatCannotBeReadToItsEndAsFailed) {
+  const TempFolder folder;
+  Bytes cut = FileOfCt("1.1");
+  cut.resize(cut.size() - 1);
+  WriteBytes(folder.File("1.1"), cut);
+  Moving move;
+  move.files = {folder.File("1.1")};
+  Destination destination({});
+  move.port = destination.Port();
+  EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
+            Joined({MoveAnswer(0xFF00, {0, 0, 1, 0}), MoveAnswer(0, {0, 0, 1, 0})}));
+  EXPECT_EQ(destination.Wait(), "");
+  EXPECT_EQ(destination.received, "5");
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -448,9 +448,10 @@ TEST_F(StoreSending, WhateverComesInsteadOfAnAnswerIsTheFilesError) {
     const char* words;
     bool goesOn;
   };
-  for (const Row& row : {Row{Instead::kAbort, "The association has ended", false},
-                         Row{Instead::kRelease, "The peer gave another answer", false},
-                         Row{Instead::kOther, "The peer gave another answer", true}}) {
+  for (const Row& row :
+       {Row{Instead::kAbort, "The association has ended", false},
+        Row{Instead::kRelease, "The peer gave another answer", false},
+        Row{Instead::kOther, "Got command 0x8020 where response 0x8001 was awaited", true}}) {
     heard_ = {};
     StoreSender sender(files_, heard_);
     StoreProvider provider({.answer = [&](std::size_t at) {
