@@ -53,6 +53,7 @@ TEST(Query, HandsResponsesOnUpToTheLast) {
     EXPECT_EQ(query.Write(&association.pdu, &what), row.result) << row.told;
     EXPECT_EQ(query.told, row.told);
     EXPECT_EQ(NameIn(what), "Q*") << "the query stays the caller's";
+    EXPECT_TRUE(!row.result || association.pdu.AbandonedMessages.empty()) << row.told;
   }
 }
 

@@ -51,6 +51,7 @@ TEST(Retrieve, HandsResponsesOnUpToTheLast) {
     EXPECT_EQ(move.Write(&association.pdu, &what, "DEST"), row.result) << row.told;
     EXPECT_EQ(move.told, row.told);
     EXPECT_EQ(NameIn(what), "Q*");
+    EXPECT_TRUE(!row.result || association.pdu.AbandonedMessages.empty()) << row.told;
   }
 }
 

@@ -57,6 +57,7 @@ TEST(Verification, TakesNothingElse) {
     return Verification().Read(&association.pdu, &command);
   };
   EXPECT_FALSE(answered(kCt, 0x0030));
+  EXPECT_FALSE(answered(kCt, 0x8030));
   EXPECT_FALSE(answered("", 0x0030));
   EXPECT_FALSE(answered(std::string(66, '1'), 0x0030));
   EXPECT_FALSE(answered(kEcho, 0x0001));
