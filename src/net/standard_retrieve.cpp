@@ -51,9 +51,9 @@ std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& 
   if (!sopClass) return &RetrieveCounters::failed;
   ObjectStorage storage(*sopClass);
   if (!storage.Write(&link, object.get())) return &RetrieveCounters::failed;
-  if (storage.Status == dimse_status::kSuccess) return &RetrieveCounters::completed;
-  return dimse_status::IsWarning(storage.Status) ? &RetrieveCounters::warning
-                                                 : &RetrieveCounters::failed;
+  const std::uint16_t status = storage.GetStatus();
+  if (status == dimse_status::kSuccess) return &RetrieveCounters::completed;
+  return dimse_status::IsWarning(status) ? &RetrieveCounters::warning : &RetrieveCounters::failed;
 }
 
 /// The largest number where there are more than two bytes can say.

@@ -80,6 +80,9 @@ TEST(CEchoResponse, IsForItsOwnClassAlone) {
   EXPECT_FALSE(message.Write(&association.pdu, &nothing));
   EXPECT_FALSE(message.Write(&association.pdu, nullptr));
   EXPECT_FALSE(message.Write(nullptr, &request));
+  DICOMCommandObject own;
+  FillReceived(own, kEcho);
+  EXPECT_FALSE(About<CEchoRSP>("").Write(&association.pdu, &own));
   EXPECT_TRUE(association.peer.Received().empty());
 }
 

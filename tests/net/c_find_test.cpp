@@ -107,5 +107,21 @@ TEST(CFindRequest, SendsNothingWhereItsIdentifierCannotBeEncoded) {
   EXPECT_NE(association.pdu.Link.Connected, 0) << "nothing is amiss on it";
 }
 
+TEST(CFindResponse, SaysZeroForNumbersThatTheRequestLacks) {
+  Association association(kMessageContexts);
+  DICOMCommandObject request;
+  PutNumber32(request, 0, 0x0110, 5);  // of another length
+  PutText(request, 0, 0x0700, "high");
+  EXPECT_TRUE(About<CFindRSP>(kFind).Write(&association.pdu, &request, 0xC001));
+  EXPECT_EQ(association.peer.Received(), Data(5, kWholeCommand,
+                                              Command()
+                                                  .Number(0x0100, 0x8020)
+                                                  .Number(0x0110, 0)
+                                                  .Number(0x0120, 0)
+                                                  .Number(0x0700, 0)
+                                                  .Number(0x0800, 0x0101)
+                                                  .Number(0x0900, 0xC001)));
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -126,5 +126,17 @@ TEST(Messages, MoveNumbersOfTwoBytesAlone) {
   EXPECT_EQ(request.GetVR(0, 0x0800), nullptr);
 }
 
+TEST(Kinds, LeaveTheAssociationAloneWhereTheFieldIsAnother) {
+  for (const Kind& kind : kKinds) {
+    Association association(kMessageContexts);
+    association.peer.Send(Data(5, kLastPart, IdentifierBytes()));
+    DICOMCommandObject command;
+    PutNumber16(command, 0, 0x0100, 0x0FFF);
+    DICOMDataObject object;
+    EXPECT_FALSE(kind.read(command, &association.pdu, &object)) << kind.name;
+    EXPECT_EQ(association.pdu.Read(object), 5) << "it still waits";
+  }
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -386,5 +386,33 @@ TEST(Retrieve, CountsAFileThatCannotBeReadToItsEndAsFailed) {
   EXPECT_EQ(destination.received, "5");
 }
 
+TEST(Retrieve, ProposesEachClassOfTheInstancesOnce) {
+  const TempFolder folder;
+  const auto write = [&](const char* name, std::string_view sopClass) {
+    WriteBytes(folder.File(name), FileOf(Encoding::kExplicitLittle,
+                                         DataSetBuilder(Encoding::kExplicitLittle)
+                                             .Element(0x0008, 0x0016, "UI", Evened(sopClass))));
+    return folder.File(name);
+  };
+  Moving move;
+  move.files = {write("1", "1.2.3.45"), write("2", kCt), write("3", "1.2.3.45")};
+  Bytes request;
+  ScriptedServer server([&](Peer& peer) {
+    request = peer.ReceivePdu();
+    peer.Send(Reject(1, 1, 7));
+  });
+  move.port = server.Port();
+  static_cast<void>(AnswersOf(move, MoveRequest("DEST")));
+  EXPECT_EQ(server.Wait(), "");
+  // Identifiers as they stand behind the application context and the first proposal.
+  const std::uint8_t first = request.at(103);
+  const std::size_t firstSize = ContextItem({first, "1.2.3.45", {kImplicit}}).size();
+  const std::uint8_t second = request.at(103 + firstSize);
+  EXPECT_EQ(request,
+            Associate(1, "DEST", "US",
+                      Joined({ApplicationItem(), ContextItem({first, "1.2.3.45", {kImplicit}}),
+                              ContextItem({second, kCt, {kImplicit}}), OurUserItem()})));
+}
+
 }  // namespace
 }  // namespace tessaret::test
