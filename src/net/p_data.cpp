@@ -39,8 +39,8 @@ bool PDataTF::Queue(PDU_Service& pdu) {
   while (isSent && VRBuffer.OutSize > 0) {
     const auto left = static_cast<std::uint32_t>(VRBuffer.OutSize);
     const std::uint32_t size = std::min(left, kFragmentBytes);
-    MessageControl &= kCommandFragment;
-    if (size == left) MessageControl |= kLastFragment;
+    MessageControl =
+        size == left ? MessageControl | kLastFragment : MessageControl & kCommandFragment;
     isSent = QueueFragment(pdu, size) && (pdu.OutSize < kQueuedBytes || pdu.Flush());
   }
   Length = readLength;

@@ -41,7 +41,8 @@ class PDataTF {
   virtual ~PDataTF() = default;
 
   /// Sends what VRBuffer has to send and takes it out of there: fragments of 4096 bytes and a rest, each a PDU with one PDV, the last
-  /// of them marked. MessagePresentationContextID and bit 0 of MessageControl say what it is. Nothing is sent, not even a mark, where
+  /// of them marked. MessagePresentationContextID and bit 0 of MessageControl say what it is; its other bits go along where there is
+  /// only one fragment, and are cleared by the first of several. Nothing is sent, not even a mark, where
   /// there is nothing. False when it could not be sent. Several PDUs go in one call of the system, and none waits here when this
   /// returns.
   bool Write(PDU_Service& pdu);

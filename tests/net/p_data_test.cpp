@@ -39,8 +39,12 @@ TEST(PDataWrite, CutsMessagesIntoFragmentsOf4096Bytes) {
   EXPECT_EQ(pdusOf(4097), 2u);
 }
 
-TEST(PDataWrite, LeavesOnlyTheTwoBitsOfTheControlByte) {
+TEST(PDataWrite, LeavesOneBitOfTheControlByteWhereMoreFollowsAndAddsOneToTheLast) {
   EXPECT_EQ(SentFor(4097, 0xFF), Fragmented(3, kCommandPart, Pattern(4097)));
+  EXPECT_EQ(SentFor(4097, 0xFE), Fragmented(3, 0, Pattern(4097)));
+  // What goes in one fragment keeps all that the caller has set.
+  EXPECT_EQ(SentFor(5, 0xFC), Data(3, 0xFE, Pattern(5)));
+  EXPECT_EQ(SentFor(4096, 0xFF), Data(3, 0xFF, Pattern(4096)));
 }
 
 TEST(PDataWrite, SendsNothingWhereThereIsNothing) { EXPECT_TRUE(SentFor(0, 0).empty()); }
