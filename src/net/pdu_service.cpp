@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "core/trace.h"
+#include "platform/hold_cancellation.h"
 
 namespace tessaret {
 namespace {
@@ -27,12 +28,8 @@ PDU_Service::PDU_Service() {
 }
 
 PDU_Service::~PDU_Service() {
-  if (Link.Connected != 0) {
-    try {
-      Close();
-    } catch (...) {  // without memory the peer is left to find out
-    }
-  }
+  const HoldCancellation hold;
+  if (Link.Connected != 0) Close();
   ForgetStream();
   AttachDictionary(nullptr, false);
 }
@@ -97,8 +94,13 @@ void PDU_Service::ForgetStream() {
   PDataTF.Reset();
 }
 
-int PDU_Service::Fail(const std::string& words) {
-  SetError(words.c_str());
+void PDU_Service::CloseLink() noexcept {
+  Link.Close();
+  ForgetStream();
+}
+
+int PDU_Service::Fail(const char* words) noexcept {
+  SetError(words);
   return 0;
 }
 

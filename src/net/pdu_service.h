@@ -100,9 +100,10 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// Requests an association. 1, or 0 with words, the link closed, and the numbers of a refusal in AAssociateRJ: the peer's, source 2
   /// and reason 1 where the socket could not be opened, source 1 and reason 1 where nothing is proposed.
   virtual int Connect(const std::string& host, const std::string& port);
-  /// Releases the association, if one is open, and closes the link. 1.
+  /// Releases the association, if one is open, and closes the link. 1, whatever comes of the release.
   int Close();
-  /// Takes one peer that connects to `port`, or the connected descriptor, and answers its request. 1 when the association stands.
+  /// Takes one peer that connects to `port`, or the connected descriptor, and answers its request. 1 when the association stands. A
+  /// decision that throws is an abort, here and in AcceptNext.
   int Listen(const std::string& port);
   int Listen(int connectedHandle);
   /// Takes peers until one association stands. The listening descriptor, which is the caller's then; 0, with words, when no further
@@ -169,7 +170,23 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// Forgets all that waits in either direction, of a link before.
   void ForgetStream();
   /// Leaves the words and answers 0.
-  int Fail(const std::string& words);
+  int Fail(const char* words) noexcept;
+  int Fail(const std::string& words) noexcept { return Fail(words.c_str()); }
+  /// What `work` answers. Where it throws, the link is closed first: a peer must not wait for the rest of what has begun, nor find
+  /// something else behind it.
+  template <class Work>
+  auto OrCloseLink(Work work) {
+    try {
+      return work();
+    } catch (...) {
+      CloseLink();
+      throw;
+    }
+  }
+  /// Closes the link and forgets what waits for it.
+  void CloseLink() noexcept;
+  int Request(const std::string& host, const std::string& port);
+  void Release();
   bool BuildContexts();
   /// Leaves the words, and the numbers of a refusal for having nothing to propose. False.
   bool RefuseToPropose(const char* words);
@@ -179,6 +196,7 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// Receives a request on the link and answers it. False where no association comes of it; then the caller closes the link, but not
   /// a listener that is to go on.
   bool AnswerOnLink();
+  bool ReadAndNegotiate();
   /// The same; then the link is closed, too.
   int AnswerRequest();
   int Reject(std::uint8_t source, std::uint8_t reason);

@@ -160,7 +160,7 @@ bool PDU_Service::Write(DICOMCommandObject& commandObject, std::uint8_t contextI
 
 bool PDU_Service::Write(std::uint8_t contextID) {
   PDataTF.MessagePresentationContextID = contextID;
-  return PDataTF.Write(*this) || FailToSend();
+  return OrCloseLink([&] { return PDataTF.Write(*this); }) || FailToSend();
 }
 
 bool PDU_Service::Write(DICOMCommandObject& commandObject, DICOMDataObject* dataObject,
@@ -192,15 +192,15 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
   command.MessagePresentationContextID = contextID;
   data.MessagePresentationContextID = contextID;
   PDataTF.MessagePresentationContextID = contextID;
-  return (command.Queue(*this) && data.Queue(*this) && Flush()) || FailToSend();
+  return OrCloseLink([&] { return command.Queue(*this) && data.Queue(*this) && Flush(); }) ||
+         FailToSend();
 }
 
 bool PDU_Service::FailToSend() {
   // Of a link that was closed before, the words that say why stand already.
   if (Link.Connected != 0) Fail(Link.GetLastError());
   // A message that went in part is the end of the link, and nothing of it may go on a later one.
-  Link.Close();
-  ForgetStream();
+  CloseLink();
   return false;
 }
 

@@ -1,6 +1,10 @@
 // How associations begin and end.
+#include <algorithm>
+#include <new>
+
 #include "base/text.h"
 #include "core/trace.h"
+#include "net/contained.h"
 #include "net/pdu_service.h"
 #include "net/reject_texts.h"
 
@@ -35,6 +39,10 @@ bool IsTaken(const std::vector<PresentationContextAccept>& contexts, std::uint8_
 }  // namespace
 
 int PDU_Service::Connect(const std::string& host, const std::string& port) {
+  return OrCloseLink([&] { return Request(host, port); });
+}
+
+int PDU_Service::Request(const std::string& host, const std::string& port) {
   ForgetStream();
   if (!BuildContexts()) return 0;
   FillImplementationClass(AAssociateRQ.UserInformation.ImplementationClass);
@@ -73,14 +81,17 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
 
 bool PDU_Service::BuildContexts() {
   if (AAssociateRQ.PresentationContexts.empty()) {
+    // All of them or none: those that are there are not built anew.
+    tessaret::AAssociateRQ request;
     for (const AbstractSyntax& syntax : ProposedAbstractSyntaxes) {
       PresentationContext context;
       FillTransferSyntaxes(context);
       context.AbstractSyntax = syntax;
-      if (AAssociateRQ.AddPresentationContext(std::move(context)) != 0) continue;
-      AAssociateRQ.PresentationContexts.clear();
-      return RefuseToPropose("Too many SOP Classes proposed");
+      if (request.AddPresentationContext(std::move(context)) == 0) {
+        return RefuseToPropose("Too many SOP Classes proposed");
+      }
     }
+    AAssociateRQ.PresentationContexts = std::move(request.PresentationContexts);
   }
   return !AAssociateRQ.PresentationContexts.empty() || RefuseToPropose("No SOP Class proposed");
 }
@@ -119,13 +130,19 @@ int PDU_Service::CheckAccept() {
 int PDU_Service::Close() {
   PDataTF.Length = 0;
   if (Link.Connected != 0) {
-    AReleaseRQ.Write(*this);
-    // Whatever comes is read as the answer.
-    if (Read8(&AReleaseRP.ItemType)) AReleaseRP.Read(*this);
+    try {
+      Release();
+    } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
+    }
     AReleaseRP.ItemType = 6;
   }
-  ForgetStream();
-  return Link.Close();
+  CloseLink();
+  return 1;
+}
+
+void PDU_Service::Release() {
+  // Whatever comes is read as the answer; to what could not be sent none comes.
+  if (AReleaseRQ.Write(*this) && Read8(&AReleaseRP.ItemType)) AReleaseRP.Read(*this);
 }
 
 int PDU_Service::Listen(const std::string& port) {
@@ -171,6 +188,19 @@ int PDU_Service::AnswerRequest() {
 }
 
 bool PDU_Service::AnswerOnLink() {
+  bool stands = false;
+  const bool isDone = Contained(false, [&] {
+    stands = ReadAndNegotiate();
+    return true;
+  });
+  if (isDone) return stands;
+  Fail("The request could not be answered, sending A-Abort-RQ");
+  ForgetStream();
+  WriteAbort();
+  return false;
+}
+
+bool PDU_Service::ReadAndNegotiate() {
   ForgetStream();
   Link.Error = 0;
   // Nothing that the peer before has said is held against this one.

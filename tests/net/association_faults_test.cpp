@@ -1,4 +1,5 @@
 // Associations with peers and systems that fail: short and broken calls, no memory, hundreds of bad peers.
+#include <pthread.h>
 #include <sys/resource.h>
 
 #include <cerrno>
@@ -8,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "net/command_elements.h"
+#include "net/identifiers.h"
 #include "net/scripted_peer.h"
 #include "net/storage.h"
 #include "net/verification.h"
@@ -186,6 +188,177 @@ TEST(Memory, EndsTheAssociationWithWordsWhereThereIsNone) {
     }
   });
   EXPECT_GT(allocations, 10u);
+}
+
+/// A node that takes every association under identifier 1, and answers its release.
+class Taker {
+ public:
+  Taker() : thread_([this] { Serve(); }) {}
+  ~Taker() {
+    ::shutdown(listener_.Descriptor(), SHUT_RDWR);
+    thread_.join();
+  }
+  [[nodiscard]] const std::string& Port() const { return listener_.Port(); }
+
+ private:
+  void Serve() {
+    const Bytes answer = Joined(
+        {Associate(2, "US", "PEER",
+                   Joined({ApplicationItem(), AcceptItem(1, 0, kImplicit), PeersUserItem()})),
+         ReleaseAnswer()});
+    for (;;) {
+      const Peer peer = listener_.Accept();
+      if (peer.Descriptor() < 0) return;
+      try {
+        static_cast<void>(peer.ReceivePdu());
+        peer.SendAll(answer);
+        static_cast<void>(peer.ReceiveToEnd());
+      } catch (const std::exception&) {  // the requester has given up
+      }
+    }
+  }
+
+  Listener listener_;
+  std::thread thread_;
+};
+
+TEST(Memory, ThatEndsWithinARequestLeavesTheLinkClosed) {
+  const Taker taker;
+  const std::string host = "127.0.0.1";
+  int failures = 0;
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    pdu.AddAbstractSyntax(UID(kCt));
+    const auto connect = [&] {
+      SetIdentifierCounter(1);
+      try {
+        return pdu.Connect(host, taker.Port());
+      } catch (const std::bad_alloc&) {
+        ++failures;
+        return 0;
+      }
+    };
+    int result = 0;
+    {
+      const AllocationFailure failure(nth);
+      result = connect();
+      happened = failure.Happened();
+    }
+    EXPECT_EQ(pdu.Link.Connected, result) << nth;
+    // What is proposed later is all of it.
+    if (result == 0) {
+      EXPECT_EQ(connect(), 1) << nth << Words(pdu);
+    }
+    EXPECT_EQ(pdu.AAssociateRQ.PresentationContexts.size(), 2u) << nth;
+    pdu.Link.Close();
+  }
+  EXPECT_GT(failures, 5);
+}
+
+TEST(Memory, ThatEndsWithinAnAnswerIsAnAbortAndTheNextPeerIsTaken) {
+  const Bytes request = RequestFor({{1, kEcho, {kImplicit}}});
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    const Listener listener;
+    const Peer first = ConnectTo(listener.Port());
+    first.Send(request);
+    const Peer second = ConnectTo(listener.Port());
+    second.Send(request);
+    PDU_Service pdu;
+    int handle = 0;
+    {
+      const AllocationFailure failure(nth);
+      handle = pdu.AcceptNext(listener.Descriptor());
+      happened = failure.Happened();
+    }
+    ASSERT_EQ(handle, listener.Descriptor()) << nth;
+    EXPECT_EQ(pdu.Link.Connected, 1);
+    EXPECT_EQ(TypesOf((happened ? second : first).ReceivePdu()), "2") << nth;
+    if (happened) {
+      EXPECT_EQ(first.ReceiveToEnd(), OurAbort()) << nth;
+    }
+    pdu.Link.Close();
+  }
+}
+
+TEST(Memory, ThatEndsWithinAMessageLeavesNoHalfOfIt) {
+  const Bytes pixels = Pattern(100000);
+  const auto fill = [&](DICOMCommandObject& command, DICOMDataObject& object) {
+    PutNumber16(command, 0x0000, 0x0100, 1);
+    PutBytes(object, 0x7FE0, 0x0010, type_code::OW,
+             {reinterpret_cast<const char*>(pixels.data()), pixels.size()});
+  };
+  const Bytes whole = Joined({Data(3, kWholeCommand, Command().Number(0x0100, 1)),
+                              Fragmented(3, 0, Elements().Value(0x7FE0, 0x0010, pixels))});
+  int open = 0;
+  int closed = 0;
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    Association association(kContexts);
+    DICOMCommandObject command;
+    DICOMDataObject object;
+    fill(command, object);
+    {
+      const AllocationFailure failure(nth);
+      try {
+        EXPECT_TRUE(association.pdu.Write(command, &object, UID(kCt)));
+      } catch (const std::bad_alloc&) {
+      }
+      happened = failure.Happened();
+    }
+    const Bytes sent = association.peer.Received();
+    if (!happened) {
+      EXPECT_EQ(sent, whole);
+    } else if (association.pdu.Link.Connected == 0) {
+      ++closed;
+      EXPECT_LT(sent.size(), whole.size()) << nth;
+      EXPECT_EQ(sent, Bytes(whole.begin(), whole.begin() + static_cast<int>(sent.size()))) << nth;
+    } else {
+      ++open;
+      EXPECT_TRUE(sent.empty()) << nth;
+      DICOMCommandObject again;
+      DICOMDataObject data;
+      fill(again, data);
+      EXPECT_TRUE(association.pdu.Write(again, &data, UID(kCt)));
+      EXPECT_EQ(association.peer.Received(), whole) << nth;
+    }
+  }
+  EXPECT_GT(open, 2);
+  EXPECT_GT(closed, 2);
+}
+
+TEST(Memory, ThatEndsWithinAReleaseEndsTheAssociationAllTheSame) {
+  const std::uint64_t allocations = FailEveryAllocation([&] {
+    std::unique_ptr<Association> association;
+    try {
+      association = std::make_unique<Association>(kContexts);
+      association->peer.Send(ReleaseAnswer());
+    } catch (const std::bad_alloc&) {
+      return;
+    }
+    EXPECT_EQ(association->pdu.Close(), 1);
+    EXPECT_EQ(association->pdu.Link.Connected, 0);
+  });
+  EXPECT_GT(allocations, 2u);
+}
+
+TEST(Cancellation, OfAThreadWaitsForTheEndOfADestructor) {
+  EXPECT_EQ(RunInChild([] {
+              Connection connection;
+              std::thread destroyer([&] {
+                PDU_Service pdu;
+                pdu.Link.TimeoutSecs = 1;
+                pdu.Link.Adopt(connection.ours);
+              });
+              // Within its wait for an answer to the release.
+              const Bytes release = connection.peer.ReceivePdu();
+              ::pthread_cancel(destroyer.native_handle());
+              destroyer.join();
+              return release == ReleaseRequest() ? 0 : 1;
+            }),
+            0);
 }
 
 TEST(Memory, IsTakenOnlyForWhatHasCome) {
