@@ -166,7 +166,8 @@ int PDU_Service::AcceptNext(const std::string& port) {
 int PDU_Service::AcceptNext(int listenHandle) {
   // The link alone: its listener may be the very one.
   if (Link.Connected != 0) Link.ClosePeer();
-  Link.AdoptListener(listenHandle);
+  // Nobody would ever connect to what is no descriptor.
+  Link.AdoptListener(std::max(listenHandle, 0));
   return AcceptOnListener();
 }
 
@@ -243,8 +244,9 @@ int PDU_Service::Negotiate() {
   for (const PresentationContext& proposed : AAssociateRQ.PresentationContexts) {
     PresentationContextAccept answer;
     answer.PresentationContextID = proposed.PresentationContextID;
-    // Data of two contexts with one identifier could not be told apart.
-    const bool isAccepted = !IsTaken(AcceptedContexts, answer.PresentationContextID) &&
+    // Data of two contexts with one identifier could not be told apart, and 0 is none.
+    const bool isAccepted = answer.PresentationContextID != 0 &&
+                            !IsTaken(AcceptedContexts, answer.PresentationContextID) &&
                             AcceptPresentationContext(proposed, answer);
     answer.Result = isAccepted ? kAccepted : kRefused;
     if (isAccepted) AcceptedContexts.push_back(answer);

@@ -166,6 +166,28 @@ TEST(AssociateAnswer, TakesAnIdentifierOnce) {
                                     OurUserItem(32768)));
 }
 
+TEST(AssociateAnswer, RefusesTheIdentifierThatMeansNone) {
+  const Answered answered(RequestFor({{0, kCt, {kImplicit}}, {1, kCt, {kImplicit}}}));
+  EXPECT_EQ(answered.sent, AnswerOf(Joined({AcceptItem(0, 3, ""), AcceptItem(1, 0, kImplicit)}),
+                                    OurUserItem(32768)));
+  EXPECT_EQ(answered.pdu.ContextIDFor(UID(kCt)), 1);
+  const Answered alone(RequestFor({{0, kCt, {kImplicit}}}));
+  EXPECT_EQ(alone.sent, Reject(1, 1, 2));
+}
+
+TEST(AssociateAnswer, AbortsWhereADecisionThrows) {
+  class Throwing : public PDU_Service {
+   public:
+    bool AcceptAbstractSyntax(const UID&) override { throw std::runtime_error("no"); }
+  };
+  Throwing pdu;
+  const Answered answered(RequestFor({{1, kCt, {kImplicit}}}), &pdu);
+  EXPECT_EQ(answered.result, 0);
+  EXPECT_EQ(answered.connected, 0);
+  EXPECT_EQ(answered.sent, OurAbort());
+  EXPECT_EQ(Words(pdu), "The request could not be answered, sending A-Abort-RQ");
+}
+
 TEST(AssociateAnswer, WritesInTheContextThatWasAcceptedOfTwoWithOneIdentifier) {
   Connection connection;
   PDU_Service pdu;
@@ -198,6 +220,9 @@ TEST(AssociateAnswer, AbortsWhereSomethingElseIsSpoken) {
       {{0x16, 3, 1, 2, 0, 1, 0}, "16"},  // TLS
       {BytesOf("SSH-2.0-OpenSSH_9\r\n"), "53"},
       {{0}, "0"},
+      {Associate(2, "US", "PEER", ApplicationItem()), "2"},
+      {Reject(1, 1, 1), "3"},
+      {ReleaseAnswer(), "6"},
       {ReleaseRequest(), "5"},
       {Data(1, 3, Bytes(8)), "4"},
       {AbortPdu(0, 0), "7"},
@@ -276,7 +301,7 @@ TEST(AssociateAnswer, AnswersWhatCouldBeReadOfARequestThatDoesNotAddUp) {
 
 TEST(AssociateAnswer, TakesNoMoreContextsThanThereCanBe) {
   std::vector<Proposal> many;
-  for (int i = 0; i < 200; ++i) many.push_back({static_cast<std::uint8_t>(i), kEcho, {kImplicit}});
+  for (int i = 1; i < 201; ++i) many.push_back({static_cast<std::uint8_t>(i), kEcho, {kImplicit}});
   const Answered answered(RequestFor(many));
   EXPECT_EQ(answered.result, 1);
   EXPECT_EQ(answered.pdu.AcceptedContexts.size(), 128u);
@@ -398,8 +423,10 @@ TEST(AcceptNext, ListensOnAPortOfItsOwn) {
 
 TEST(AcceptNext, EndsWithWordsWhereNoPeerCanBeTaken) {
   PDU_Service pdu;
-  EXPECT_EQ(pdu.AcceptNext(0), 0);
-  EXPECT_EQ(Words(pdu), "Accept(): Not listening");
+  for (const int none : {0, -1}) {
+    EXPECT_EQ(pdu.AcceptNext(none), 0);
+    EXPECT_EQ(Words(pdu), "Accept(): Not listening");
+  }
   EXPECT_EQ(pdu.AcceptNext("no such service"), 0);
   EXPECT_EQ(Words(pdu), "Error getservbyname(no such service, NULL)");
 }
