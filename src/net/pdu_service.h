@@ -99,7 +99,7 @@ class PDU_Service : public Buffer, public DataSetCoder {
 
   /// Requests an association. 1, or 0 with words, the link closed, and the numbers of a refusal in AAssociateRJ: the peer's, source 2
   /// and reason 1 where the socket could not be opened, source 1 and reason 1 where nothing is proposed.
-  virtual int Connect(const std::string& host, const std::string& port);
+  int Connect(const std::string& host, const std::string& port);
   /// Releases the association, if one is open, and closes the link. 1, whatever comes of the release.
   int Close();
   /// Takes one peer that connects to `port`, or the connected descriptor, and answers its request. 1 when the association stands. A
