@@ -46,12 +46,16 @@ struct SlabHead {
   SlabHead* next;
 };
 constexpr std::size_t kSlabHeadSize = 64;
+// New memory that a thread gets at once: where each association has a thread, hundreds of them hold a few elements each.
+constexpr std::size_t kPortion = 256 * sizeof(VR);
 
 /// Full lists that any thread may take, and all memory that was ever taken, so that none of it is lost from sight.
 struct Store {
   FreeBlock* batches = nullptr;
   SlabHead* slabs = nullptr;
   std::size_t nextSlab = kFirstSlab;
+  std::uint8_t* fresh = nullptr;  // of the newest slab, in nobody's hands yet
+  std::uint8_t* freshEnd = nullptr;
 };
 constinit Store store;
 
@@ -101,14 +105,22 @@ void SeeOffAtTheEndOfTheThread() noexcept {
   if (!CallAtThreadEnd(&LeaveThread)) gone = true;
 }
 
-void TakeSlab(Cache& into) {
+void TakeSlab() {
   const std::size_t size = store.nextSlab;
   auto* slab = static_cast<std::uint8_t*>(::operator new(size));
   store.slabs = new (slab) SlabHead{store.slabs};
   store.nextSlab = std::min(size * 2, kLargestSlab);
   const std::size_t blocks = (size - kSlabHeadSize) / sizeof(VR);
-  into.fresh = slab + kSlabHeadSize;
-  into.freshEnd = into.fresh + blocks * sizeof(VR);
+  store.fresh = slab + kSlabHeadSize;
+  store.freshEnd = store.fresh + blocks * sizeof(VR);
+}
+
+void TakeFresh(Cache& into) {
+  if (store.fresh == store.freshEnd) TakeSlab();
+  const auto left = static_cast<std::size_t>(store.freshEnd - store.fresh);
+  into.fresh = store.fresh;
+  into.freshEnd = into.fresh + std::min(left, kPortion);
+  store.fresh = into.freshEnd;
 }
 
 void Refill(Cache& into) {
@@ -120,7 +132,7 @@ void Refill(Cache& into) {
   }
   const std::lock_guard lock(forkLocks.blocks);
   if (store.batches == nullptr) {
-    TakeSlab(into);
+    TakeFresh(into);
     return;
   }
   into.free = store.batches;
@@ -203,6 +215,7 @@ void FreeVrBlocks() noexcept {
   const std::unique_lock lock(forkLocks.blocks, std::try_to_lock);
   store.batches = nullptr;
   store.nextSlab = kFirstSlab;
+  store.fresh = store.freshEnd = nullptr;
   while (store.slabs != nullptr) ::operator delete(std::exchange(store.slabs, store.slabs->next));
 }
 

@@ -22,6 +22,7 @@
 #include "support/build_kind.h"
 #include "support/child_process.h"
 #include "support/fork_amid.h"
+#include "support/held_resources.h"
 #include "support/temp_folder.h"
 
 namespace tessaret {
@@ -231,7 +232,7 @@ TEST(ObjectThreads, MemoryThatSeveralThreadsFreedBeforeItWasAskedForIsAllUsedAga
 /// What the process grows by when thread after thread makes one element for this one.
 std::size_t GrowthByElementsOfThreadsThatEnd() {
   return GrowthOver(
-      800,
+      16000,
       [] {
         std::unique_ptr<VR> made;
         std::thread([&] { made = std::make_unique<VR>(); }).join();
@@ -239,7 +240,7 @@ std::size_t GrowthByElementsOfThreadsThatEnd() {
       &MemoryOfProcess::mapped);
 }
 
-// A thread takes up to 1 MiB of addresses for its first element and uses little of them. In a process of its own, where no
+// A thread takes memory for 256 elements for its first one and uses little of it: 20 KiB at least. In a process of its own, where no
 // test before this one has left free records.
 TEST(ObjectThreadsDeathTest, MemoryThatAThreadTookAndDidNotUseIsUsedByOthers) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
@@ -247,7 +248,37 @@ TEST(ObjectThreadsDeathTest, MemoryThatAThreadTookAndDidNotUseIsUsedByOthers) {
               testing::ExitedWithCode(0), "");
 }
 
-/// The same where the system has no way left to see threads off.
+/// What 64 threads take that each hold 60 elements at the same time.
+std::ptrdiff_t HeapOfManyThreadsWithFewElements() {
+  constexpr int kMany = 64;
+  std::counting_semaphore<kMany> filled(0);
+  std::counting_semaphore<kMany> mayEnd(0);
+  std::vector<std::thread> threads;
+  const std::ptrdiff_t before = test::HeapInUse();
+  for (int count = 0; count < kMany; ++count) {
+    threads.emplace_back([&] {
+      DICOMObject object;
+      FillWithEmptyElements(object, 60);
+      filled.release();
+      mayEnd.acquire();
+    });
+  }
+  for (int count = 0; count < kMany; ++count) filled.acquire();
+  const std::ptrdiff_t taken = test::HeapInUse() - before;
+  mayEnd.release(kMany);
+  for (std::thread& thread : threads) thread.join();
+  return taken;
+}
+
+// Their elements take 64 * 60 * 160 bytes at most, and what is kept for further ones as much as 64 KiB a thread.
+TEST(ObjectThreadsDeathTest, ManyThreadsWithFewElementsEachTakeLittle) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  constexpr std::ptrdiff_t kMost = 64 * (60 * 160 + (64 << 10));
+  EXPECT_EXIT(std::exit(HeapOfManyThreadsWithFewElements() < kMost ? 0 : 1),
+              testing::ExitedWithCode(0), "");
+}
+
+/// What the process grows by in this way where the system has no way left to see threads off.
 std::size_t GrowthWithoutAKey() {
   pthread_key_t key = 0;
   while (::pthread_key_create(&key, nullptr) == 0) {

@@ -2,7 +2,6 @@
 #pragma once
 
 #include <arpa/inet.h>
-#include <dirent.h>
 #include <fcntl.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -16,6 +15,7 @@
 #include <vector>
 
 #include "support/bytes.h"
+#include "support/held_resources.h"
 
 namespace tessaret::test {
 
@@ -156,15 +156,6 @@ class SilentListener {
   PlainListener listener_;
   std::vector<Descriptor> waiting_;
 };
-
-/// How many descriptors this process has open.
-inline int OpenDescriptors() {
-  DIR* folder = ::opendir("/proc/self/fd");
-  int count = 0;
-  while (::readdir(folder) != nullptr) ++count;
-  ::closedir(folder);
-  return count - 3;  // this folder, and the names for it and its parent
-}
 
 inline bool IsOpen(int descriptor) { return ::fcntl(descriptor, F_GETFD) != -1; }
 inline bool IsClosedOnExec(int descriptor) {
