@@ -3,7 +3,6 @@
 #include <sys/resource.h>
 
 #include <cerrno>
-#include <filesystem>
 #include <random>
 
 #include <gtest/gtest.h>
@@ -17,6 +16,7 @@
 #include "support/allocation_failure.h"
 #include "support/build_kind.h"
 #include "support/child_process.h"
+#include "support/held_resources.h"
 
 namespace tessaret::test {
 namespace {
@@ -114,10 +114,8 @@ TEST(BrokenPeers, ThatResetTheLinkEndTheAssociation) {
     const Listener listener;
     Peer peer = ConnectTo(listener.Port());
     peer.Send(Bytes(session.begin(), session.begin() + static_cast<int>(size)));
-    const linger atOnce{.l_onoff = 1, .l_linger = 0};
-    ::setsockopt(peer.Descriptor(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
     Peer accepted = listener.Accept();
-    peer.Close();  // with a reset
+    peer.Reset();
     PDU_Service pdu;
     Serve(pdu, ::dup(accepted.Descriptor()));
     EXPECT_EQ(pdu.Link.Connected, 0);
@@ -125,13 +123,8 @@ TEST(BrokenPeers, ThatResetTheLinkEndTheAssociation) {
   }
 }
 
-std::size_t OpenDescriptors() {
-  const auto entries = std::filesystem::directory_iterator("/proc/self/fd");
-  return static_cast<std::size_t>(std::distance(begin(entries), end(entries)));
-}
-
 TEST(BrokenPeers, ByTheHundredsLeaveNoDescriptor) {
-  const std::size_t before = OpenDescriptors();
+  const int before = OpenDescriptors();
   std::mt19937 random(20);
   const Bytes session = Session();
   for (int turn = 0; turn < 600; ++turn) {
@@ -381,19 +374,11 @@ TEST(Memory, IsTakenOnlyForWhatHasCome) {
             0);
 }
 
-/// What this process holds in memory, in KiB.
-long HeldMemory() {
-  long pages = 0;
-  long resident = 0;
-  std::ifstream("/proc/self/statm") >> pages >> resident;
-  return resident * ::sysconf(_SC_PAGESIZE) / 1024;
-}
-
 TEST(Memory, OfAnIdleAssociationIsSmall) {
   if (kInstrumented) GTEST_SKIP() << "the bound is for what is shipped";
   std::vector<std::unique_ptr<PDU_Service>> idle;
   std::vector<Peer> peers;
-  const long before = HeldMemory();
+  const std::ptrdiff_t before = ResidentMemory();
   constexpr int kIdle = 64;
   for (int i = 0; i < kIdle; ++i) {
     Connection connection;
@@ -402,7 +387,7 @@ TEST(Memory, OfAnIdleAssociationIsSmall) {
     ASSERT_EQ(idle.back()->Listen(connection.ours), 1);
     peers.push_back(std::move(connection.peer));
   }
-  EXPECT_LT((HeldMemory() - before) / kIdle, 256);
+  EXPECT_LT((ResidentMemory() - before) / kIdle, 256 << 10);
   for (const auto& pdu : idle) pdu->Link.Close();
 }
 

@@ -7,9 +7,7 @@
 
 #include "net/command_elements.h"
 #include "net/identifiers.h"
-#include "net/scripted_peer.h"
-#include "net/storage.h"
-#include "net/verification.h"
+#include "net/threaded_provider.h"
 #include "support/all_threads.h"
 
 namespace tessaret::test {
@@ -86,60 +84,8 @@ TEST(CloseByAnotherThread, EndsWaitingForTheRequestOfAPeer) {
   EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); }), kSoon);
 }
 
-/// A provider of echoes and stores that serves each association on a thread of its own.
-class Provider {
- public:
-  Provider() : port_(listener_.Port()), acceptor_([this] { Accept(); }) {}
-  ~Provider() {
-    ::shutdown(listener_.Descriptor(), SHUT_RDWR);
-    acceptor_.join();
-    for (std::thread& server : servers_) server.join();
-    static_cast<void>(listener_.Give());  // closed with the last acceptor
-  }
-  [[nodiscard]] const std::string& Port() const { return port_; }
-  [[nodiscard]] int Stored() const { return stored_; }
-
- private:
-  class Store : public UnknownStorage {
-   public:
-    explicit Store(std::atomic<int>& stored) : stored_(stored) {}
-    std::uint32_t StoreObject(DICOMDataObject*) override {
-      ++stored_;
-      return 0;
-    }
-
-   private:
-    std::atomic<int>& stored_;
-  };
-
-  void Accept() {
-    for (int handle = listener_.Descriptor(); handle != 0;) {
-      auto pdu = std::make_unique<PDU_Service>();
-      handle = pdu->AcceptNext(handle);
-      if (handle != 0) servers_.emplace_back([this, pdu = std::move(pdu)] { Serve(*pdu); });
-    }
-  }
-
-  void Serve(PDU_Service& pdu) {
-    for (;;) {
-      DICOMCommandObject command;
-      DICOMDataObject object;
-      if (pdu.Read(command) == 0) break;
-      if (Verification().Read(&pdu, &command)) continue;
-      if (!Store(stored_).Read(&pdu, &command, &object)) break;
-    }
-    pdu.Link.Close();
-  }
-
-  Listener listener_{256};
-  std::string port_;
-  std::atomic<int> stored_ = 0;
-  std::vector<std::thread> servers_;
-  std::thread acceptor_;
-};
-
 TEST(ManyAssociations, AtOnceHaveIdentifiersOfTheirOwn) {
-  const Provider provider;
+  const ThreadedProvider provider;
   OnAllThreads([&](int) {
     for (int turn = 0; turn < 20; ++turn) {
       PDU_Service pdu;
@@ -159,7 +105,7 @@ TEST(ManyAssociations, AtOnceHaveIdentifiersOfTheirOwn) {
 }
 
 TEST(ManyAssociations, StoreAtOnce) {
-  const Provider provider;
+  const ThreadedProvider provider;
   OnAllThreads([&](int number) {
     PDU_Service pdu;
     pdu.AddAbstractSyntax(UID(kCt));

@@ -7,6 +7,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <functional>
 #include <stdexcept>
 #include <string>
@@ -53,16 +54,16 @@ class Peer {
 
   /// Waits for that many bytes; fewer where the library closes first.
   [[nodiscard]] Bytes Receive(std::size_t count) const {
-    Bytes bytes(count);
-    std::size_t got = 0;
-    while (got < count) {
+    Bytes bytes;
+    Bytes some(std::min<std::size_t>(count, 1 << 16));
+    while (bytes.size() < count) {
       pollfd ready{.fd = descriptor_, .events = POLLIN, .revents = 0};
       if (::poll(&ready, 1, kFarTooLong) <= 0) throw std::runtime_error("nothing comes");
-      const ssize_t received = ::recv(descriptor_, bytes.data() + got, count - got, 0);
+      const std::size_t wanted = std::min(some.size(), count - bytes.size());
+      const ssize_t received = ::recv(descriptor_, some.data(), wanted, 0);
       if (received <= 0) break;
-      got += static_cast<std::size_t>(received);
+      bytes.insert(bytes.end(), some.begin(), some.begin() + received);
     }
-    bytes.resize(got);
     return bytes;
   }
 
@@ -90,6 +91,13 @@ class Peer {
   int Give() { return std::exchange(descriptor_, -1); }
   void Close() {
     if (descriptor_ >= 0) ::close(std::exchange(descriptor_, -1));
+  }
+
+  /// Closes so that the other side is told of a reset, not of an end.
+  void Reset() {
+    const linger atOnce{.l_onoff = 1, .l_linger = 0};
+    ::setsockopt(descriptor_, SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce);
+    Close();
   }
 
  private:
