@@ -22,7 +22,7 @@ constexpr std::int32_t kQueuedBytes = 1 << 16;
 
 constexpr std::uint32_t kFirstRoom = 1 << 13;
 // Room that is kept for the next message.
-constexpr std::uint32_t kKeptRoom = 1 << 20;
+constexpr std::uint32_t kKeptRoom = 1 << 16;
 // Memory grows with what has come: a PDV is read in portions.
 constexpr std::uint32_t kPortion = 1 << 20;
 
