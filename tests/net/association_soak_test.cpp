@@ -118,7 +118,7 @@ TEST(TenThousandAssociations, OfAHundredClientsAtOnceLeaveNothing) {
       [](ThreadedProvider& provider, int count) { ExpectStores(provider, count, kClients); });
 }
 
-Bytes StoreRequest() {
+Bytes StoreRequest(std::size_t pixelBytes = kPixelBytes) {
   return Joined({Data(1, kWholeCommand,
                       Command()
                           .Uid(0x0002, kCt)
@@ -126,7 +126,7 @@ Bytes StoreRequest() {
                           .Number(0x0110, 3)
                           .Number(0x0800, 0x0102)
                           .Uid(0x1000, "1.2.3")),
-                 Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, Bytes(kPixelBytes)))});
+                 Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, Bytes(pixelBytes)))});
 }
 
 Bytes FirstHalf(Bytes bytes) {
@@ -198,6 +198,29 @@ TEST(TenThousandAssociations, GoodAndBadOnesOfEightClientsLeaveNothing) {
       }
     });
   });
+}
+
+TEST(SixtyFourAssociations, ThatWaitAgainAfterAnImageKeepLittle) {
+  constexpr int kWaiting = 64;
+  // Of 256 KiB an eighth is for the stack of the thread that serves it.
+  constexpr std::ptrdiff_t kMost = (256 - 32) << 10;
+  constexpr std::size_t kImageBytes = 512 << 10;
+  const Bytes session = Joined({RequestFor({{1, kCt, {kImplicit}}}), StoreRequest(kImageBytes)});
+  ThreadedProvider provider;
+  std::vector<Peer> peers;
+  const std::ptrdiff_t before = HeapInUse();
+  for (int number = 0; number < kWaiting; ++number) {
+    peers.push_back(ConnectTo(provider.Port()));
+    peers.back().Send(session);
+    EXPECT_EQ(TypesOf(Joined({peers.back().ReceivePdu(), peers.back().ReceivePdu()})), "24");
+  }
+  EXPECT_EQ(provider.Stored(), kWaiting);
+  const std::ptrdiff_t each = (HeapInUse() - before) / kWaiting;
+  std::printf("%td bytes each\n", each);
+  if (!kInstrumented) {
+    EXPECT_LT(each, kMost);
+  }
+  peers.clear();
 }
 
 TEST(AThousandSilentPeers, AtOnceAreDroppedAtTheTimeout) {
