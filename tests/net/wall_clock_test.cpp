@@ -82,6 +82,35 @@ TEST(JumpsOfTheWallClock, LengthenNoWait) {
   EXPECT_LT(Clock::now() - begin, std::chrono::minutes(1));
 }
 
+TEST(JumpsOfTheWallClock, NeitherEndNorLengthenAConnect) {
+  const test::SilentListener listener;
+  Socket socket;
+  socket.TimeoutSecs = 1;
+  const auto begin = Clock::now();
+  EXPECT_EQ(socket.Open("127.0.0.1", listener.PortText()), 0);
+  EXPECT_STREQ(socket.GetLastError(), "Operation timed out");
+  EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_LT(Clock::now() - begin, std::chrono::minutes(1));
+}
+
+TEST(JumpsOfTheWallClock, NeitherEndNorLengthenASend) {
+  const test::Bytes much(1 << 23);
+  auto ends = test::ConnectedPair();
+  Socket socket;
+  socket.Adopt(ends[1].Release());
+  std::thread peer([&] {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(ends[0].Receive(much.size()).size(), much.size());
+  });
+  EXPECT_EQ(socket.Send(much.data(), static_cast<std::uint32_t>(much.size())), 1);
+  peer.join();
+  socket.TimeoutSecs = 1;
+  const auto begin = Clock::now();
+  EXPECT_EQ(socket.Send(much.data(), static_cast<std::uint32_t>(much.size())), 0);
+  EXPECT_GE(Clock::now() - begin, std::chrono::seconds(1));
+  EXPECT_LT(Clock::now() - begin, std::chrono::minutes(1));
+}
+
 TEST(JumpsOfTheWallClock, NeitherEndNorLengthenALookUp) {
   SetHostLookup([](const std::string&) {
     std::this_thread::sleep_for(std::chrono::milliseconds(200));
