@@ -1,6 +1,8 @@
 // What another thread may do to an association, and many of them at once.
+#include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <functional>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -30,58 +32,70 @@ double SecondsToEnd(Socket& link, Work work) {
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
-// Closing takes milliseconds; the bound is for machines under load, and far below any timeout.
-constexpr double kSoon = 5;
+/// `once` answers how long an end takes. What the library takes is the least of some times: a machine under load adds to each.
+void ExpectWithinATenthOfASecond(const std::function<double()>& once) {
+  double least = once();
+  for (int turn = 0; turn < 9 && least >= 0.1; ++turn) least = std::min(least, once());
+  EXPECT_LT(least, 0.1);
+}
 
 TEST(CloseByAnotherThread, EndsARead) {
-  Association association({{1, kEcho, kImplicit}});
-  EXPECT_LT(SecondsToEnd(association.pdu.Link,
-                         [&] {
-                           DICOMCommandObject command;
-                           EXPECT_EQ(association.pdu.Read(command), 0);
-                         }),
-            kSoon);
+  ExpectWithinATenthOfASecond([] {
+    Association association({{1, kEcho, kImplicit}});
+    return SecondsToEnd(association.pdu.Link, [&] {
+      DICOMCommandObject command;
+      EXPECT_EQ(association.pdu.Read(command), 0);
+    });
+  });
 }
 
 TEST(CloseByAnotherThread, EndsARequestThatIsNotAnswered) {
-  const Listener silent;
-  PDU_Service pdu;
-  pdu.AddAbstractSyntax(UID(kEcho));
-  EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.Connect("127.0.0.1", silent.Port()), 0); }),
-            kSoon);
+  ExpectWithinATenthOfASecond([] {
+    const Listener silent;
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    return SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.Connect("127.0.0.1", silent.Port()), 0); });
+  });
 }
 
 TEST(CloseByAnotherThread, EndsAReleaseThatIsNotAnswered) {
-  Association association({{1, kEcho, kImplicit}});
-  EXPECT_LT(SecondsToEnd(association.pdu.Link, [&] { EXPECT_EQ(association.pdu.Close(), 1); }),
-            kSoon);
+  ExpectWithinATenthOfASecond([] {
+    Association association({{1, kEcho, kImplicit}});
+    return SecondsToEnd(association.pdu.Link, [&] { EXPECT_EQ(association.pdu.Close(), 1); });
+  });
 }
 
 TEST(CloseByAnotherThread, EndsAWriteThatThePeerDoesNotTake) {
-  Association association({{1, kEcho, kImplicit}});
-  EXPECT_LT(SecondsToEnd(association.pdu.Link,
-                         [&] {
-                           const std::string much(1 << 24, 'x');
-                           DICOMDataObject object;
-                           PutBytes(object, 0x7FE0, 0x0010, type_code::OW, much);
-                           EXPECT_FALSE(association.pdu.Write(object, UID(kEcho)));
-                         }),
-            kSoon);
+  ExpectWithinATenthOfASecond([] {
+    Association association({{1, kEcho, kImplicit}});
+    return SecondsToEnd(association.pdu.Link, [&] {
+      const std::string much(1 << 24, 'x');
+      DICOMDataObject object;
+      PutBytes(object, 0x7FE0, 0x0010, type_code::OW, much);
+      EXPECT_FALSE(association.pdu.Write(object, UID(kEcho)));
+    });
+  });
+}
+
+/// Until a peer comes, or says something.
+double SecondsToEndAccepting(const std::function<Peer(const Listener&)>& connect) {
+  Listener listener;
+  const Peer peer = connect(listener);
+  PDU_Service pdu;
+  const int handle = listener.Give();
+  return SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); });
 }
 
 TEST(CloseByAnotherThread, EndsWaitingForAPeer) {
-  Listener listener;
-  PDU_Service pdu;
-  const int handle = listener.Give();
-  EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); }), kSoon);
+  ExpectWithinATenthOfASecond(
+      [] { return SecondsToEndAccepting([](const Listener&) { return Peer(); }); });
 }
 
 TEST(CloseByAnotherThread, EndsWaitingForTheRequestOfAPeer) {
-  Listener listener;
-  const Peer idle = ConnectTo(listener.Port());
-  PDU_Service pdu;
-  const int handle = listener.Give();
-  EXPECT_LT(SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); }), kSoon);
+  ExpectWithinATenthOfASecond([] {
+    return SecondsToEndAccepting(
+        [](const Listener& listener) { return ConnectTo(listener.Port()); });
+  });
 }
 
 TEST(ManyAssociations, AtOnceHaveIdentifiersOfTheirOwn) {
