@@ -3,8 +3,6 @@
 
 #include <cerrno>
 #include <chrono>
-#include <filesystem>
-#include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -13,6 +11,7 @@
 #include "core/object_maker.h"
 #include "core/type_code.h"
 #include "platform/socket_calls.h"
+#include "services/heard_events.h"
 #include "services/store_files.h"
 #include "services/store_provider.h"
 #include "support/temp_folder.h"
@@ -24,35 +23,6 @@ namespace {
 using testing::ElementsAre;
 using testing::EndsWith;
 using testing::StartsWith;
-
-/// Writes down what it hears, files by their names alone.
-class Heard : public StoreListener {
- public:
-  void OnSent(const std::string& path, std::size_t index) override {
-    Say("sent " + NameOf(path) + " " + std::to_string(index));
-    if (afterEach) afterEach();
-  }
-  void OnError(const std::string& path, std::size_t index, const std::string& words) override {
-    errors.push_back(words);
-    Say("error " + NameOf(path) + " " + std::to_string(index));
-    if (afterEach) afterEach();
-  }
-  void OnFinished(std::size_t sent, std::size_t failed) override {
-    Say("finished " + std::to_string(sent) + " " + std::to_string(failed));
-    if (atEnd) atEnd();
-  }
-
-  std::vector<std::string> lines;
-  std::vector<std::string> errors;
-  std::function<void()> afterEach;
-  std::function<void()> atEnd;
-
- private:
-  static std::string NameOf(const std::string& path) {
-    return std::filesystem::path(path).filename().string();
-  }
-  void Say(const std::string& line) { lines.push_back(line); }
-};
 
 class StoreSending : public testing::Test {
  protected:
