@@ -160,6 +160,64 @@ TEST(BrokenPeers, MayChangeAnyByteOfASession) {
   }
 }
 
+/// What a peer answers to a request for two contexts, an echo, a store and a release.
+Bytes AnswersOfAPeer() {
+  const auto response = [](std::uint8_t context, std::string_view uid, std::uint16_t field) {
+    return Data(context, kWholeCommand,
+                Command()
+                    .Uid(0x0002, uid)
+                    .Number(0x0100, field)
+                    .Number(0x0120, 1)
+                    .Number(0x0800, 0x0101)
+                    .Number(0x0900, 0));
+  };
+  return Joined({Associate(2, "PEER", "US",
+                           Joined({ApplicationItem(), AcceptItem(1, 0, kImplicit),
+                                   AcceptItem(3, 0, kExplicit), PeersUserItem()})),
+                 response(1, kEcho, 0x8030), response(3, kCt, 0x8001), ReleaseAnswer()});
+}
+
+/// Asks a peer that answers in this way, whatever it is asked. How many of three steps went well.
+int StepsThatGoWell(const Bytes& answers) {
+  ScriptedServer server([&](Peer& peer) {
+    peer.SendAll(answers);
+    static_cast<void>(peer.ReceiveToEnd());
+  });
+  SetIdentifierCounter(1);
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.AddAbstractSyntax(UID(kCt));
+  pdu.AddTransferSyntax(UID(kImplicit));
+  pdu.AddTransferSyntax(UID(kExplicit));
+  int steps = 0;
+  if (pdu.Connect("127.0.0.1", server.Port()) == 1) {
+    ++steps;
+    if (Verification().Write(&pdu)) ++steps;
+    DICOMDataObject object;
+    PutUid(object, 0x0008, 0x0018, "1.2.3");
+    if (CTStorage().Write(&pdu, &object)) ++steps;
+    pdu.Close();
+  } else {
+    EXPECT_FALSE(Words(pdu).empty());
+  }
+  EXPECT_EQ(pdu.Link.Connected, 0);
+  return steps;
+}
+
+TEST(BrokenPeers, MayChangeAnyByteOfTheirAnswers) {
+  const Bytes answers = AnswersOfAPeer();
+  ASSERT_EQ(StepsThatGoWell(answers), 3);
+  const int before = OpenDescriptors();
+  for (std::size_t at = 0; at < answers.size(); ++at) {
+    for (const std::uint8_t value : Bytes{0, 1, 0x7F, 0xFF}) {
+      Bytes changed = answers;
+      changed[at] = value;
+      StepsThatGoWell(changed);
+    }
+  }
+  EXPECT_EQ(OpenDescriptors(), before);
+}
+
 TEST(Memory, EndsTheAssociationWithWordsWhereThereIsNone) {
   const Bytes requests = Joined({EchoRequest(), StoreRequest()});
   const std::uint64_t allocations = FailEveryAllocation([&] {
