@@ -9,6 +9,7 @@
 //   --status N      answers stores with this status, and stores nothing
 //   --matches N     answers queries with N responses, whatever is asked
 //   --timeout S     seconds of silence before a peer is dropped; 30
+//   --everywhere    listens on every address of the machine
 #include <arpa/inet.h>
 #include <fnmatch.h>
 #include <netinet/in.h>
@@ -52,6 +53,7 @@ struct Settings {
   int status = -1;
   int matches = -1;
   int timeout = 30;
+  bool isEverywhere = false;
 };
 
 std::string Trimmed(std::string_view text) {
@@ -269,13 +271,13 @@ class Associations {
   std::set<Acceptor*> standing_;
 };
 
-int ListenOn(int port) {
+int ListenOn(int port, bool isEverywhere) {
   const int listener = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
   const int yes = 1;
   ::setsockopt(listener, SOL_SOCKET, SO_REUSEADDR, &yes, sizeof yes);
   sockaddr_in address{};
   address.sin_family = AF_INET;
-  address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  address.sin_addr.s_addr = htonl(isEverywhere ? INADDR_ANY : INADDR_LOOPBACK);
   address.sin_port = htons(static_cast<std::uint16_t>(port));
   socklen_t size = sizeof address;
   auto* bare = reinterpret_cast<sockaddr*>(&address);
@@ -296,6 +298,8 @@ Settings ReadSettings(int argc, char** argv) {
     const auto next = [&] { return i + 1 < argc ? argv[++i] : ""; };
     if (word == "--implicit") {
       settings.onlyImplicit = true;
+    } else if (word == "--everywhere") {
+      settings.isEverywhere = true;
     } else if (word == "--title") {
       settings.title = next();
     } else if (word == "--status") {
@@ -326,7 +330,7 @@ int main(int argc, char** argv) {
   sigaddset(&ending, SIGTERM);
   sigaddset(&ending, SIGINT);
   pthread_sigmask(SIG_BLOCK, &ending, nullptr);
-  int listener = ListenOn(std::atoi(argv[1]));
+  int listener = ListenOn(std::atoi(argv[1]), settings.isEverywhere);
   std::thread([&ending, listener] {
     int signal = 0;
     sigwait(&ending, &signal);
