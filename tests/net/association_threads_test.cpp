@@ -1,4 +1,7 @@
 // What another thread may do to an association, and many of them at once.
+#include <sys/resource.h>
+#include <time.h>
+
 #include <algorithm>
 #include <atomic>
 #include <chrono>
@@ -11,6 +14,7 @@
 #include "net/identifiers.h"
 #include "net/threaded_provider.h"
 #include "support/all_threads.h"
+#include "support/held_resources.h"
 
 namespace tessaret::test {
 namespace {
@@ -135,6 +139,36 @@ TEST(ManyAssociations, StoreAtOnce) {
     pdu.Close();
   });
   EXPECT_EQ(provider.Stored(), 25 * kThreads);
+}
+
+double ProcessorSeconds() {
+  timespec used{};
+  ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+  return static_cast<double>(used.tv_sec) + static_cast<double>(used.tv_nsec) / 1e9;
+}
+
+TEST(AProviderWithoutDescriptors, WaitsWithoutWorkAndGoesOn) {
+  const ThreadedProvider provider;
+  rlimit usual{};
+  ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+  rlimit tight = usual;
+  tight.rlim_cur = static_cast<rlim_t>(OpenDescriptors() + 20);
+  ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &tight), 0);
+  std::vector<int> taken;
+  for (int next = ::dup(0); next >= 0; next = ::dup(0)) taken.push_back(next);
+  ASSERT_FALSE(taken.empty());
+  // The one that is left is the peer's, and nothing is left to accept it with.
+  ::close(taken.back());
+  taken.pop_back();
+  const Peer peer = ConnectTo(provider.Port());
+  peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  const double before = ProcessorSeconds();
+  std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  EXPECT_LT(ProcessorSeconds() - before, 0.1);
+  EXPECT_EQ(peer.Received(), Bytes());
+  for (const int descriptor : taken) ::close(descriptor);
+  ::setrlimit(RLIMIT_NOFILE, &usual);
+  EXPECT_EQ(peer.ReceivePdu()[0], 2);
 }
 
 TEST(Identifiers, AreHandedOutOnceEach) {
