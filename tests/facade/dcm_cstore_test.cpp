@@ -325,6 +325,20 @@ TEST_F(CStore, TheEventOfAFileIsWhereItsAnswerIs) {
   EXPECT_EQ(sink_.lines.back(), "finished 3 1");
 }
 
+TEST_F(CStore, WhatOneCallDidIsForgottenByTheNext) {
+  Add("1", ImageFile());
+  {
+    StoreProvider provider({.answer = [](std::size_t) { return StoreAnswer{.status = 0xA700}; }});
+    EXPECT_EQ(Send(provider.Port()), kOk);
+    EXPECT_EQ(SentFiles(), 1);
+    EXPECT_EQ(ResponseStatus(), 0xA700);
+  }
+  AnsweringPeer refusing(Refusal(1, 1, 1));
+  EXPECT_EQ(Send(refusing.Port()), kException);
+  EXPECT_EQ(SentFiles(), 0);
+  EXPECT_EQ(ResponseStatus(), -1);
+}
+
 TEST_F(CStore, CancelEndsItBeforeTheNextFile) {
   const std::string first = Add("1", ImageFile());
   Add("2", ImageFile());

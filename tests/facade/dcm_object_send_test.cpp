@@ -89,6 +89,10 @@ TEST_F(ObjectSending, NeedsASopClass) {
   const auto object = ObjectOfPatient("1");
   EXPECT_FAILS_WITH(Send(object, provider.Port()), "Missing SOP Class for C-STORE");
   EXPECT_EQ(sent_.value, 0);
+  // What could not be loaded leaves no data set.
+  const auto none = NewObject();
+  EXPECT_NE(none->Load(folder_.File("missing"), true), kOk);
+  EXPECT_FAILS_WITH(Send(none, provider.Port()), "Empty object");
   // One that no association can name is none.
   for (const std::string& text : {std::string(), "1." + std::string(64, '2')}) {
     ASSERT_EQ(object->PutVRRawString(0x0008, 0x0016, "UI", text), kOk);

@@ -47,6 +47,13 @@ TEST(PeerVerification, WithoutAnAssociationItSaysWhy) {
             "Connection rejected permanent: service-user, called AE title not recognized");
 }
 
+TEST(PeerVerification, WithoutATimeThatOfASocketStands) {
+  StoreProvider provider;
+  StoreTarget target = TargetAt(provider.Port());
+  target.timeoutSecs = 0;
+  EXPECT_TRUE(VerifyPeer(target).isAnswered);
+}
+
 TEST(PeerVerification, TitlesAreOfOneByteACharacter) {
   StoreProvider provider;
   StoreTarget target = TargetAt(provider.Port());

@@ -340,6 +340,17 @@ TEST_F(StoreSending, AfterALostLinkEachFileEndsInAnErrorOfItsOwn) {
   EXPECT_EQ(provider.associations, 1u);
 }
 
+TEST_F(StoreSending, BehindALostLinkNoFileIsToBlame) {
+  Add("1", ImageFile());
+  Add("2", ImageHead(Encoding::kImplicitLittle, "", "1.2.3", 2, 16).Done());
+  StoreProvider provider(
+      {.answer = [](std::size_t) { return StoreAnswer{.instead = StoreAnswer::Instead::kClose}; }});
+  std::vector<std::string> links;
+  heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
+  EXPECT_TRUE(Send(provider.Port()));
+  EXPECT_THAT(links, ElementsAre("The peer has closed the link", "The association has ended"));
+}
+
 // Of sends by one thread: 0 all go, 1 the next goes in part, 2 the next fails.
 thread_local int breakingSends = 0;
 thread_local int sendsSeen = 0;
