@@ -100,11 +100,12 @@ def storescp_of_jpeg():
 
 
 @contextlib.contextmanager
-def dcmqrscp(*options):
+def dcmqrscp(*options, associations=16):
+    """Takes no more associations at once."""
     port = free_port()
     with a_folder() as folder:
         (folder / "config").write_text(
-            f"NetworkTCPPort = {port}\nMaxPDUSize = 16384\nMaxAssociations = 16\n"
+            f"NetworkTCPPort = {port}\nMaxPDUSize = 16384\nMaxAssociations = {associations}\n"
             "HostTable BEGIN\nHostTable END\nVendorTable BEGIN\nVendorTable END\n"
             f"AETable BEGIN\nARCHIVE {folder} RW (200, 1024mb) ANY\nAETable END\n")
         with running(["dcmqrscp", "-q", *options, "-c", folder / "config"], port, folder):
@@ -112,12 +113,13 @@ def dcmqrscp(*options):
 
 
 @contextlib.contextmanager
-def orthanc():
+def orthanc(strangers=True):
+    """Without `strangers` it takes nobody whom it does not know, and it knows nobody."""
     port, http = free_port(), free_port()
     with a_folder() as folder:
         (folder / "config").write_text(json.dumps({
             "Name": "ARCHIVE", "DicomAet": "ARCHIVE", "DicomCheckCalledAet": True, "DicomPort": port, "HttpPort": http,
-            "RemoteAccessAllowed": False, "AuthenticationEnabled": False, "DicomAlwaysAllowEcho": True, "DicomAlwaysAllowStore": True,
+            "RemoteAccessAllowed": False, "AuthenticationEnabled": False, "DicomAlwaysAllowEcho": strangers, "DicomAlwaysAllowStore": strangers,
             "UnknownSopClassAccepted": False, "StorageDirectory": str(folder / "storage"), "IndexDirectory": str(folder / "storage"),
             "Plugins": [], "ConcurrentJobs": 1, "DicomScpTimeout": 60}))
         with running([ORTHANC, folder / "config"], port, folder) as process:

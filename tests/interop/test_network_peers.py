@@ -2,6 +2,7 @@
 
 import collections
 import copy
+import functools
 import hashlib
 import io
 import json
@@ -268,13 +269,18 @@ class NetworkPeers(unittest.TestCase):
         file = self.phantoms()[0]
         not_known = "Unknown remote AETitle (Connection rejected permanent: service-user, called AE title not recognized)"
         rows = [(network_peers.dcmqrscp, (), "OTHER", not_known),
+                # Its numbers are 2, 3 and 2, "local limit exceeded"; the reason is told by its number alone.
+                (functools.partial(network_peers.dcmqrscp, associations=0), (), "ARCHIVE",
+                 "Connection rejected transient: service-provider (Presentation related function), application context name not supported"),
                 (network_peers.dcmqrscp, ("--refuse",), "ARCHIVE", "Connection rejected permanent: service-user, no reason given"),
                 (network_peers.storescp, ("--refuse",), "ARCHIVE", "Connection rejected permanent: service-user, no reason given"),
                 (network_peers.storescp_of_jpeg, (), "ARCHIVE", "No Accepted presentation Context found")]
         if network_peers.ORTHANC:
             rows.append((network_peers.orthanc, (), "OTHER", not_known))
+            rows.append((functools.partial(network_peers.orthanc, strangers=False), (), "ARCHIVE",
+                         "Unknown local AETitle (Connection rejected permanent: service-user, calling AE title not recognized)"))
         for start, options, title, words in rows:
-            with self.subTest(start.__name__, options=options), start(*options) as peer:
+            with self.subTest(words, options=options), start(*options) as peer:
                 for _ in range(2):  # a refusal leaves nothing behind
                     sent = send(peer, file, title=title)
                     self.assertEqual((sent.code, sent.files), (NO_ASSOCIATION, []), sent)

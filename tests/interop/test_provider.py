@@ -186,6 +186,17 @@ class OurProvider(unittest.TestCase):
             self.fails(provider.ask("echoscu"), "Called AE Title Not Recognized")
             self.succeeds(provider.ask("echoscu", options=["-aec", "SOMEBODY"]))
 
+    def test_every_other_reason_for_a_refusal(self):
+        reasons = {"caller": "Calling AE Title Not Recognized", "application": "App Context Name Not Supported",
+                   "classes": "App Context Name Not Supported"}
+        for refused, reason in reasons.items():
+            with self.subTest(refused), Provider("--refuse", refused) as provider:
+                for program, words in (("echoscu", []), ("storescu", [self.native[0]])):
+                    _, said = provider.ask(program, *words)
+                    self.assertIn("Result: Rejected Permanent, Source: Service User", said)
+                    self.assertIn("Reason: " + reason, said)
+                    self.assertNotIn("Association Accepted", said)
+
     def test_a_provider_of_one_syntax_alone(self):
         folder = self.new_folder()
         with Provider(folder, "--implicit") as provider:

@@ -6,6 +6,7 @@
 //   AE=PORT         a destination of moves on the loopback interface
 //   --implicit      takes implicit little endian alone; otherwise every syntax that the library knows
 //   --title AE      refuses those who call somebody else
+//   --refuse WHAT   refuses everybody, for the "caller", the "application" context, or the "classes"
 //   --status N      answers stores with this status, and stores nothing
 //   --matches N     answers queries with N responses, whatever is asked
 //   --timeout S     seconds of silence before a peer is dropped; 30
@@ -50,6 +51,7 @@ struct Settings {
   std::map<std::string, std::string> destinations;  // port by title
   bool onlyImplicit = false;
   std::string title;
+  std::string refused;
   int status = -1;
   int matches = -1;
   int timeout = 30;
@@ -79,6 +81,9 @@ class Acceptor : public PDU_Service {
   bool AcceptCalledTitle(std::string_view title) override {
     return settings_.title.empty() || Trimmed(title) == settings_.title;
   }
+  bool AcceptCallingTitle(std::string_view) override { return settings_.refused != "caller"; }
+  bool AcceptApplicationContext(const UID&) override { return settings_.refused != "application"; }
+  bool AcceptAbstractSyntax(const UID&) override { return settings_.refused != "classes"; }
 
  private:
   const Settings& settings_;
@@ -302,6 +307,8 @@ Settings ReadSettings(int argc, char** argv) {
       settings.isEverywhere = true;
     } else if (word == "--title") {
       settings.title = next();
+    } else if (word == "--refuse") {
+      settings.refused = next();
     } else if (word == "--status") {
       settings.status = static_cast<int>(std::strtol(next(), nullptr, 0));
     } else if (word == "--matches") {
