@@ -355,6 +355,31 @@ TEST(AssociateRequest, GivesUpOnAPeerThatNeverAnswers) {
   EXPECT_EQ(pdu.Link.Connected, 0);
 }
 
+TEST(AssociateRequest, GivesUpOnAPeerThatFallsSilentWithinItsAnswer) {
+  const struct {
+    Bytes sent;
+    const char* words;
+  } rows[] = {
+      {{2, 0, 0}, "Corrupt transmission reading AAssociateRQ"},
+      {{3, 0, 0, 0, 0, 4, 0, 1}, "Association rejected: link error"},
+  };
+  for (const auto& row : rows) {
+    const Listener listener;
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    pdu.Link.TimeoutSecs = 1;
+    Peer peer;
+    std::thread silent([&] {
+      peer = listener.Accept();
+      peer.Send(row.sent);
+    });
+    EXPECT_EQ(pdu.Connect("127.0.0.1", listener.Port()), 0);
+    silent.join();
+    EXPECT_EQ(Words(pdu), row.words);
+    EXPECT_EQ(pdu.Link.Connected, 0);
+  }
+}
+
 TEST(AssociateRequest, ConnectsAgainWithoutWhatWasLeftOfTheLinkBefore) {
   PDU_Service pdu;
   pdu.AddAbstractSyntax(UID(kEcho));
@@ -391,6 +416,24 @@ TEST(Release, TakesWhateverComesForTheAnswer) {
   EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
   // What is answered later is an answer all the same.
   EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 6);
+}
+
+TEST(Release, EndsThoughThePeerSaysNothingOrHalfOfIt) {
+  for (const Bytes& said : {Bytes{}, Bytes{6}, Bytes{6, 0, 0, 0, 0, 4, 0}}) {
+    Association association({{1, kEcho, kImplicit}});
+    association.pdu.Link.TimeoutSecs = 0;
+    association.peer.Send(said);
+    EXPECT_EQ(association.pdu.Close(), 1);
+    EXPECT_EQ(association.pdu.Link.Connected, 0);
+    EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
+  }
+}
+
+TEST(Release, TakesARequestThatCrossesItForTheAnswer) {
+  Association association({{1, kEcho, kImplicit}});
+  association.peer.Send(ReleaseRequest());
+  EXPECT_EQ(association.pdu.Close(), 1);
+  EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
 }
 
 TEST(Release, OfAnAssociationThatIsNotOpenSendsNothing) {

@@ -353,6 +353,15 @@ TEST(ReadMessage, DeliversTwoMessagesOfOnePduByTwoCalls) {
   EXPECT_EQ(association.peer.Received(), ReleaseAnswer());
 }
 
+TEST(ReadMessage, TakesAMessageWithoutAByte) {
+  Association association(kContexts);
+  association.peer.Send(Data(3, kLastPart, {}));
+  DICOMDataObject object;
+  EXPECT_EQ(association.pdu.Read(object), 3);
+  EXPECT_EQ(UidOf(object, 0x0002, 0x0010)->View(), kExplicit);
+  EXPECT_EQ(association.pdu.Link.Connected, 1);
+}
+
 TEST(ReadMessage, GoesOnInAPduWhoseRestBeginsAMessage) {
   Association association(kContexts);
   const Bytes whole = SmallSet(Encoding::kExplicitLittle);

@@ -176,6 +176,26 @@ TEST(PDataRead, FailsWhereThePeerClosesAtAnyByte) {
   }
 }
 
+TEST(PDataRead, FailsWhereThePeerFallsSilentAtAnyByte) {
+  const Bytes whole =
+      Joined({Data(1, kCommandPart, Pattern(9)), Data(1, kWholeCommand, Pattern(9))});
+  const std::size_t second = whole.size() / 2;
+  for (std::size_t size = 0; size < whole.size(); ++size) {
+    Association association(kContexts);
+    association.pdu.Link.TimeoutSecs = 0;
+    association.peer.Send(Bytes(whole.begin(), whole.begin() + static_cast<int>(size)));
+    DICOMDataObject object;
+    ASSERT_EQ(association.pdu.Read(object), 0) << size;
+    // Between PDUs the peer is told; within one it is the caller's to end the association.
+    const bool isBetween = size == 0 || size == second;
+    ASSERT_EQ(Words(association.pdu), isBetween ? "Timeout error reading from socket"
+                                                : "Error reading P-DATA-TF from network");
+    ASSERT_EQ(association.pdu.Link.Connected, isBetween ? 0 : 1) << size;
+    ASSERT_EQ(association.peer.Received(), isBetween ? OurAbort() : Bytes{}) << size;
+    ASSERT_TRUE(object.IsEmpty());
+  }
+}
+
 // --- the trace ---
 
 TEST(PDataTrace, ShowsHeadAndBytesOfEachFragmentSent) {
