@@ -316,6 +316,26 @@ TEST(AssociateAnswer, FailsWhereTheAnswerCannotBeSent) {
   EXPECT_EQ(pdu.Link.Connected, 0);
 }
 
+TEST(AssociateAnswer, HoldsNothingOfTheAssociationBefore) {
+  PDU_Service pdu;
+  const Answered first(RequestFor({{1, kCt, {kImplicit}}, {3, kEcho, {kImplicit}}},
+                                  PeersUserItem(RoleItem(kCt, 1, 1))),
+                       &pdu);
+  EXPECT_EQ(first.result, 1);
+  const Answered second(RequestFor({{3, kFind, {kImplicit}}}), &pdu);
+  EXPECT_EQ(second.sent, AnswerOf(AcceptItem(3, 0, kImplicit), OurUserItem(32768)));
+  ASSERT_EQ(pdu.AcceptedContexts.size(), 1u);
+  EXPECT_EQ(pdu.ContextIDFor(UID(kFind)), 3);
+
+  Connection silent;
+  pdu.Link.TimeoutSecs = 0;
+  EXPECT_EQ(pdu.Listen(silent.ours), 0);
+  EXPECT_EQ(Words(pdu), "Timeout error reading from socket");
+  const Answered closed({}, &pdu);
+  EXPECT_EQ(Words(pdu), "The peer has closed the link");
+  EXPECT_TRUE(closed.sent.empty());
+}
+
 // --- listening ---
 
 TEST(AcceptNext, TakesPeersUntilOneAssociationStandsAndGivesTheListenerBack) {
@@ -380,6 +400,22 @@ TEST(AcceptNext, GoesOnWithTheListenerOfTheObjectItself) {
     pdu.Link.AdoptListener(handle);
     EXPECT_EQ(TypesOf(peer.ReceivePdu()), "2");
   }
+  pdu.Link.Close();
+}
+
+TEST(AcceptNext, ClosesAnAssociationThatStandsBeforeItWaits) {
+  Connection standing;
+  standing.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  PDU_Service pdu;
+  ASSERT_EQ(pdu.Listen(standing.ours), 1);
+  const Listener listener;
+  int handle = 0;
+  std::thread acceptor([&] { handle = pdu.AcceptNext(listener.Descriptor()); });
+  EXPECT_EQ(TypesOf(standing.peer.ReceiveToEnd()), "2");
+  const Peer next = ConnectTo(listener.Port());
+  next.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  acceptor.join();
+  EXPECT_EQ(handle, listener.Descriptor());
   pdu.Link.Close();
 }
 

@@ -1,8 +1,10 @@
 // The side that asks for an association.
 #include <gtest/gtest.h>
 
+#include "net/command_elements.h"
 #include "net/identifiers.h"
 #include "net/scripted_peer.h"
+#include "support/socket_failure.h"
 
 namespace tessaret::test {
 namespace {
@@ -144,6 +146,7 @@ TEST(AssociateRequest, WithNothingProposedOpensNoSocket) {
 TEST(AssociateRequest, TellsByNumbersThatTheSocketCouldNotBeOpened) {
   PDU_Service pdu;
   pdu.AddAbstractSyntax(UID(kEcho));
+  pdu.AAssociateRJ.Result = 2;
   pdu.AAssociateRJ.Reason = 7;
   EXPECT_EQ(pdu.Connect("127.0.0.1", "no such service"), 0);
   EXPECT_EQ(Words(pdu), "Open(127.0.0.1,no such service): could not resolve port[no such service]");
@@ -397,6 +400,43 @@ TEST(AssociateRequest, ConnectsAgainWithoutWhatWasLeftOfTheLinkBefore) {
   }
 }
 
+TEST(AssociateRequest, ConnectsAgainWithoutWhatWasNotReadOfTheLinkBefore) {
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kCt));
+  SetIdentifierCounter(1);
+  const Bytes stale = Data(1, kLastPart, Elements().Text(0x0010, 0x0010, "OLD"));
+  {
+    ScriptedServer server(AnswerWith(Joined({AnswerOf(AcceptItem(1, 0, kImplicit)), stale})));
+    ASSERT_EQ(pdu.Connect("127.0.0.1", server.Port()), 1) << Words(pdu);
+    pdu.Link.Close();
+  }
+  {
+    const Bytes half = Data(1, 0, Elements().Text(0x0010, 0x0010, "HALF"));
+    ScriptedServer server(AnswerWith(Joined({AnswerOf(AcceptItem(1, 0, kImplicit)), half})));
+    ASSERT_EQ(pdu.Connect("127.0.0.1", server.Port()), 1) << Words(pdu);
+    DICOMDataObject object;
+    EXPECT_EQ(pdu.Read(object), 0);
+  }
+  // The last one takes another syntax under the same identifier.
+  Bytes received;
+  const Bytes fresh = Data(1, kLastPart, {0x10, 0, 0x20, 0, 'L', 'O', 2, 0, 'I', 'D'});
+  ScriptedServer server(
+      AnswerWith(Joined({AnswerOf(AcceptItem(1, 0, kExplicit)), fresh}), &received));
+  ASSERT_EQ(pdu.Connect("127.0.0.1", server.Port()), 1) << Words(pdu);
+  ASSERT_EQ(pdu.AcceptedContexts.size(), 1u);
+  DICOMDataObject object;
+  EXPECT_EQ(pdu.Read(object), 1) << Words(pdu);
+  EXPECT_EQ(object.GetVR(0x0010, 0x0010), nullptr);
+  ASSERT_NE(object.GetVR(0x0010, 0x0020), nullptr);
+  EXPECT_EQ(object.GetVR(0x0010, 0x0020)->Length, 2u);
+  DICOMDataObject answer;
+  PutBytes(answer, 0x0010, 0x0020, type_code::LO, "ID");
+  EXPECT_TRUE(pdu.Write(answer, UID(kCt))) << Words(pdu);
+  pdu.Link.Close();
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(received, fresh);
+}
+
 // --- release ---
 
 TEST(Release, EndsThoughThePeerJustCloses) {
@@ -427,6 +467,15 @@ TEST(Release, EndsThoughThePeerSaysNothingOrHalfOfIt) {
     EXPECT_EQ(association.pdu.Link.Connected, 0);
     EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
   }
+}
+
+TEST(Release, WaitsForNoAnswerWhereItCouldNotBeSent) {
+  Association association({{1, kEcho, kImplicit}});
+  SocketFailure failure;
+  failure.FailCall(SocketCall::kSend, 1, ENETDOWN);
+  EXPECT_EQ(association.pdu.Close(), 1);
+  EXPECT_EQ(association.pdu.Link.Connected, 0);
+  EXPECT_EQ(failure.Calls(SocketCall::kReceive), 0);
 }
 
 TEST(Release, TakesARequestThatCrossesItForTheAnswer) {

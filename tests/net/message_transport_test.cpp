@@ -8,6 +8,7 @@
 #include "net/scripted_peer.h"
 #include "platform/socket_calls.h"
 #include "support/data_set_builder.h"
+#include "support/socket_failure.h"
 
 namespace tessaret::test {
 namespace {
@@ -164,6 +165,38 @@ TEST(WriteMessage, SendsWhatStandsInTheBuffer) {
   association.pdu.PDataTF.MessageControl = kCommandPart;
   EXPECT_TRUE(association.pdu.Write(std::uint8_t{5}));
   EXPECT_EQ(association.peer.Received(), Data(5, kWholeCommand, {7}));
+}
+
+TEST(WriteMessage, SendsNothingOfWhatAnEarlierFailureLeftInTheBuffer) {
+  Association association(kContexts);
+  association.pdu.PDataTF.VRBuffer.Write8(7);
+  DICOMDataObject object;
+  FillSmallSet(object);
+  EXPECT_TRUE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_EQ(association.peer.Received(), Data(3, kLastPart, SmallSet(Encoding::kExplicitLittle)));
+  association.pdu.PDataTF.VRBuffer.Write8(7);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  EXPECT_TRUE(association.pdu.Write(command, UID(kCt)));
+  EXPECT_EQ(association.peer.Received(), Data(3, kWholeCommand, Command().Number(0x0100, 1)));
+}
+
+TEST(WriteMessage, BeginsANewOneWhereTheLinkBeforeWasLostWithinOne) {
+  Association association(kContexts);
+  const Bytes message = Pattern(200000);
+  association.pdu.PDataTF.VRBuffer.Write(message.data(),
+                                         static_cast<std::uint32_t>(message.size()));
+  {
+    SocketFailure failure;
+    failure.FailCall(SocketCall::kSend, 2, ECONNRESET);
+    EXPECT_FALSE(association.pdu.Write(std::uint8_t{3}));
+  }
+  EXPECT_EQ(association.pdu.Link.Connected, 0);
+  const Connection again;
+  association.pdu.Link.Adopt(again.ours);
+  association.pdu.PDataTF.VRBuffer.Write(message.data(), 10);
+  EXPECT_TRUE(association.pdu.Write(std::uint8_t{3}));
+  EXPECT_EQ(again.peer.Received(), Data(3, kLastPart, Pattern(10)));
 }
 
 TEST(WriteMessage, SendsNothingAtAllForAnObjectWithoutElements) {
@@ -405,6 +438,9 @@ TEST(ReadMessage, BringsLongMessagesWhole) {
   sender.join();
   ASSERT_NE(object.GetVR(0x7FE0, 0x0010), nullptr);
   EXPECT_EQ(ValueOf(object, 0x7FE0, 0x0010), TextOf(pixels));
+  // What was read is not held any longer.
+  EXPECT_TRUE(association.pdu.PDataTF.Message().empty());
+  EXPECT_EQ(association.pdu.PDataTF.VRBuffer.Available(), 0u);
 }
 
 struct Ending {
@@ -429,6 +465,7 @@ TEST(ReadMessage, ActsOnEveryTypeOfPdu) {
        true,
        {}},
       {"a release", ReleaseRequest(), "", true, ReleaseAnswer()},
+      {"a release of another length", {5, 0, 0, 0, 0, 8, 0, 0, 0, 0, 0, 0, 0, 0}, "", true, {}},
       {"an answer to a release", ReleaseAnswer(), "", false, {}},
       {"an abort", AbortPdu(2, 6), "", false, {}},
       {"type 0", {0}, "DUL: Received unknown item type 0, sending A-Abort-RQ", false, OurAbort()},
@@ -453,7 +490,9 @@ TEST(ReadMessage, ActsOnEveryTypeOfPdu) {
     Association association(kContexts);
     association.peer.SendAll(ending.sent);
     DICOMDataObject object;
+    association.pdu.PDataTF.MsgStatus = -1;  // of a message before
     EXPECT_EQ(association.pdu.Read(object), 0) << ending.name;
+    EXPECT_NE(association.pdu.PDataTF.MsgStatus, -1) << ending.name;
     EXPECT_EQ(Words(association.pdu), ending.words) << ending.name;
     EXPECT_EQ(association.pdu.Link.Connected != 0, ending.staysOpen) << ending.name;
     EXPECT_EQ(association.peer.Received(), ending.answer) << ending.name;
