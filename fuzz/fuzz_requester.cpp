@@ -39,6 +39,9 @@ class Find : public StudyRootQuery {
 class Move : public StudyRootRetrieve {
  public:
   bool FindDestination(std::string_view, PeerAddress&) override { return false; }
+  bool SearchDatabase(DICOMDataObject&, std::vector<std::unique_ptr<DICOMDataObject>>&) override {
+    return false;
+  }
   bool PrepareMove(std::string_view, DICOMDataObject&, std::vector<std::string>&,
                    std::uint16_t&) override {
     return false;

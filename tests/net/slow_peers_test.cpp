@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include "net/command_elements.h"
+#include "net/end_in_time.h"
 #include "net/service_helpers.h"
 #include "net/standard_query.h"
 #include "net/storage.h"
@@ -305,12 +306,7 @@ double SecondsAfterClose(const Wait& wait) {
 TEST(SlowPeers, AreLeftWithinATenthOfASecondWhereAnotherThreadCloses) {
   const int descriptors = OpenDescriptors();
   for (const Wait& wait : Waits()) {
-    // What the library takes is the least of some times: a machine under load adds to each of them.
-    double least = SecondsAfterClose(wait);
-    for (int turn = 0; turn < 9 && least >= 0.1; ++turn) {
-      least = std::min(least, SecondsAfterClose(wait));
-    }
-    EXPECT_LT(least, 0.1) << wait.name;
+    EXPECT_LT(LeastSecondsToEnd([&] { return SecondsAfterClose(wait); }), kEndInTime) << wait.name;
   }
   EXPECT_EQ(OpenDescriptors(), descriptors);
 }
