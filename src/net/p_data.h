@@ -24,11 +24,10 @@ inline constexpr std::uint8_t kLastFragment = 2;
 /// The bytes of a message.
 class MessageBuffer final : public LinkedBuffer {
  public:
-  /// For a message that is sent while the object that it was made of is still there, and what that shares: long values wait where they
-  /// lie, and are not copied.
+  /// For a message that is sent while what its object shares is still there: long values that are shared wait where they lie, and are
+  /// not copied.
   void ShareLongValues() { shareSize_ = kLeastShared; }
 
- private:
   // Shorter values cost less to copy than to look after.
   static constexpr std::uint32_t kLeastShared = 1 << 14;
 };

@@ -38,6 +38,20 @@ constexpr std::uint8_t kReleaseRP = 6;
 constexpr std::uint8_t kAbort = 7;
 }  // namespace pdu_type
 
+/// Whether a long value might lie in bytes that the object itself has, which is emptied before they are sent.
+bool HasLongBytes(const DICOMObject& object, std::int32_t depth = 0) {
+  // One that is nested so deeply will not be written.
+  if (depth > kMaxNesting) return true;
+  return !object.Elements.ForEachWhile([&](const VR& vr) {
+    if (vr.OwnsData != 0 && vr.Length >= MessageBuffer::kLeastShared) return false;
+    const ItemArray::Node* node = vr.Items == nullptr ? nullptr : vr.Items->First;
+    for (; node != nullptr; node = node->next) {
+      if (node->value != nullptr && HasLongBytes(*node->value, depth + 1)) return false;
+    }
+    return true;
+  });
+}
+
 }  // namespace
 
 bool PDU_Service::EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffer) {
@@ -184,7 +198,9 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
                             std::uint8_t contextID) {
   tessaret::PDataTF command;
   tessaret::PDataTF data;
-  data.VRBuffer.ShareLongValues();
+  if (dataObject != nullptr && !HasLongBytes(*dataObject) && !HasLongBytes(commandObject)) {
+    data.VRBuffer.ShareLongValues();
+  }
   // The data first, so that nothing has gone where they cannot be encoded.
   if (dataObject != nullptr && !ParseOutgoing(*dataObject, data.VRBuffer, contextID)) return false;
   if (!EncodeCommand(commandObject, command)) return false;

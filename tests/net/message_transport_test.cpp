@@ -159,6 +159,68 @@ TEST(WriteMessage, SendsLongValuesThatAreSharedFromWhereTheyLie) {
   }
 }
 
+/// A long value that its element owns, of a type without meaning.
+std::unique_ptr<VR> OwnBytes(std::uint16_t group, std::uint16_t element, const Bytes& bytes) {
+  auto vr = std::make_unique<VR>(group, element, static_cast<std::uint32_t>(bytes.size()), true);
+  vr->TypeCode = type_code::OB;
+  std::copy(bytes.begin(), bytes.end(), vr->Data);
+  return vr;
+}
+
+std::unique_ptr<VR> Sharing(const VR& owner, std::uint16_t group, std::uint16_t element) {
+  auto vr = std::make_unique<VR>(owner, false);
+  vr->Group = group;
+  vr->Element = element;
+  return vr;
+}
+
+// The object is empty, and its own bytes are gone, before the message is sent.
+TEST(WriteMessage, SendsWhatAnElementSharesWithAnotherOfTheObject) {
+  const Bytes bytes = Pattern(100000);
+  Association association(kContexts);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  DICOMDataObject object;
+  auto owner = OwnBytes(0x0009, 0x1001, bytes);
+  object.Push(Sharing(*owner, 0x0011, 0x1001).release());
+  object.Push(owner.release());
+  EXPECT_TRUE(association.pdu.Write(command, &object, UID(kEcho)));
+  EXPECT_EQ(
+      association.peer.Received(),
+      Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)),
+              Fragmented(1, 0,
+                         Elements().Value(0x0009, 0x1001, bytes).Value(0x0011, 0x1001, bytes))}));
+}
+
+TEST(WriteMessage, SendsWhatAnElementSharesWithOneWithinAnItem) {
+  const Bytes bytes = Pattern(100000);
+  Association association(kContexts);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  auto owner = OwnBytes(0x0009, 0x1001, bytes);
+  DICOMDataObject object;
+  object.Push(Sharing(*owner, 0x0009, 0x1001).release());
+  auto item = std::make_unique<DICOMObject>();
+  item->Push(owner.release());
+  auto sequence = std::make_unique<VR>();
+  sequence->Group = 0x0040;
+  sequence->Element = 0xA730;
+  sequence->TypeCode = type_code::SQ;
+  ASSERT_TRUE(sequence->AddItem(item.release()));
+  object.Push(sequence.release());
+  EXPECT_TRUE(association.pdu.Write(command, &object, UID(kEcho)));
+  const Bytes element = Elements().Value(0x0009, 0x1001, bytes);
+  const Bytes expected = Joined({element,
+                                 {0x40, 0x00, 0x30, 0xA7, 0xFF, 0xFF, 0xFF, 0xFF},
+                                 {0xFE, 0xFF, 0x00, 0xE0, 0xFF, 0xFF, 0xFF, 0xFF},
+                                 element,
+                                 {0xFE, 0xFF, 0x0D, 0xE0, 0, 0, 0, 0},
+                                 {0xFE, 0xFF, 0xDD, 0xE0, 0, 0, 0, 0}});
+  EXPECT_EQ(
+      association.peer.Received(),
+      Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)), Fragmented(1, 0, expected)}));
+}
+
 TEST(WriteMessage, SendsWhatStandsInTheBuffer) {
   Association association(kContexts);
   association.pdu.PDataTF.VRBuffer.Write8(7);
