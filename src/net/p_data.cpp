@@ -94,7 +94,7 @@ bool PDataTF::ReadDynamic(PDU_Service& pdu) {
   if (isWhole_) DropMessage();
   if (Length == 0) {
     if (!pdu.Read8(&Reserved1) || !pdu.Read32(&Length)) return false;
-    if (Length < kPdvHeadBytes || Length > kMostMessageBytes) return FailToRead(Length);
+    if (Length > kMostMessageBytes) return FailToRead(Length);
   }
   while (Length != 0) {
     std::array<std::uint8_t, kPdvHeadBytes> head;

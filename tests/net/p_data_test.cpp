@@ -139,6 +139,15 @@ TEST(PDataRead, TakesAMessageWithoutABit) {
   EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, {}}));
 }
 
+TEST(PDataRead, PassesOverAPduOfNoByte) {
+  Association association(kContexts);
+  association.peer.Send(Joined({Data(3, 0, {1, 2}), Pdu(4, {}), Data(3, kLastPart, {3})}));
+  PDataTF data;
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 0, 0, {1, 2}}));
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 0, 0, {1, 2}}));
+  EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, {1, 2, 3}}));
+}
+
 TEST(PDataRead, RefusesLengthsThatLie) {
   const Bytes bodies[] = {
       Joined({Big32(0), {3, 2}, Bytes(4)}),  // shorter than what it has to count
@@ -156,7 +165,7 @@ TEST(PDataRead, RefusesLengthsThatLie) {
     EXPECT_FALSE(ReadOnce(association, data).isRead);
   }
   for (const std::size_t length :
-       {std::size_t{0}, std::size_t{5}, std::size_t{0x80000000}, std::size_t{0xFFFFFFFF}}) {
+       {std::size_t{1}, std::size_t{5}, std::size_t{0x80000000}, std::size_t{0xFFFFFFFF}}) {
     Association association(kContexts);
     association.peer.Send(Joined({{4, 0}, Big32(length), Pdv(3, 2, {1, 2})}));
     PDataTF data;
