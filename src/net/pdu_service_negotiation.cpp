@@ -39,7 +39,10 @@ bool IsTaken(const std::vector<PresentationContextAccept>& contexts, std::uint8_
 }  // namespace
 
 int PDU_Service::Connect(const std::string& host, const std::string& port) {
-  return OrCloseLink([&] { return Request(host, port); });
+  const int stands = OrCloseLink([&] { return Request(host, port); });
+  // Nothing stays open that stood before, either.
+  if (stands == 0) Link.Close();
+  return stands;
 }
 
 int PDU_Service::Request(const std::string& host, const std::string& port) {
@@ -66,16 +69,12 @@ int PDU_Service::Request(const std::string& host, const std::string& port) {
     AAssociateAC = tessaret::AAssociateAC();
     // Answers that do not add up are taken all the same, unless the link has ended within.
     AAssociateAC.Read(*this);
-    if (hasEnded_) {
-      Link.Close();
-      return Fail("Corrupt transmission reading AAssociateRQ");
-    }
+    if (hasEnded_) return Fail("Corrupt transmission reading AAssociateRQ");
     if (CheckAccept() != 0) return 1;
     Close();
     return 0;
   }
   if (type == AAssociateRJ.ItemType) return RefuseConnect();
-  Link.Close();
   return Fail("Corrupt transmission reading AAssociateRQ");
 }
 
@@ -104,9 +103,7 @@ bool PDU_Service::RefuseToPropose(const char* words) {
 }
 
 int PDU_Service::RefuseConnect() {
-  const bool isRead = AAssociateRJ.Read(*this);
-  Link.Close();
-  if (!isRead) return Fail("Association rejected: link error");
+  if (!AAssociateRJ.Read(*this)) return Fail("Association rejected: link error");
   const char* result = TextOf(reject_text::kResults, AAssociateRJ.Result);
   const char* source = TextOf(reject_text::kSources, AAssociateRJ.Source);
   const char* reason = TextOf(reject_text::kReasons, AAssociateRJ.Reason);

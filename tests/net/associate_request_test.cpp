@@ -383,6 +383,22 @@ TEST(AssociateRequest, GivesUpOnAPeerThatFallsSilentWithinItsAnswer) {
   }
 }
 
+TEST(AssociateRequest, ThatFailsClosesWhatWasOpenBefore) {
+  for (const bool isProposing : {false, true}) {
+    Association association({{1, kEcho, kImplicit}});
+    if (isProposing) {
+      for (int i = 0; i < 129; ++i) {
+        association.pdu.AddAbstractSyntax(UID("1.2." + std::to_string(i)));
+      }
+    }
+    EXPECT_EQ(association.pdu.Connect("127.0.0.1", "no such service"), 0);
+    EXPECT_EQ(Words(association.pdu),
+              isProposing ? "Too many SOP Classes proposed" : "No SOP Class proposed");
+    EXPECT_EQ(association.pdu.Link.Connected, 0);
+    EXPECT_EQ(association.peer.ReceiveToEnd(), Bytes());
+  }
+}
+
 TEST(AssociateRequest, ConnectsAgainWithoutWhatWasLeftOfTheLinkBefore) {
   PDU_Service pdu;
   pdu.AddAbstractSyntax(UID(kEcho));
