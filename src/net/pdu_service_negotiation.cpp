@@ -232,11 +232,11 @@ int PDU_Service::Negotiate() {
   if (!AcceptApplicationContext(AAssociateRQ.ApplicationContext)) {
     return Reject(kServiceUser, kUnknownContextName);
   }
+  // Nothing that a peer has answered to this side is repeated.
+  AAssociateAC = tessaret::AAssociateAC();
   AAssociateAC.CalledApTitle = AAssociateRQ.CalledApTitle;
   AAssociateAC.CallingApTitle = AAssociateRQ.CallingApTitle;
   AAssociateAC.ApplicationContext = AAssociateRQ.ApplicationContext;
-  AAssociateAC.PresentationContexts.clear();
-  AAssociateAC.UserInformation.Clear();
   AcceptedContexts.clear();
   for (const PresentationContext& proposed : AAssociateRQ.PresentationContexts) {
     PresentationContextAccept answer;

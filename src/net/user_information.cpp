@@ -51,12 +51,6 @@ ExtendedNegotiation* UserInformation::FindExtendedNegotiation(const UID& uid) {
   return FindByUid(ExtendedNegotiations, uid);
 }
 
-void UserInformation::Clear() {
-  RoleSelects.clear();
-  ExtendedNegotiations.clear();
-  UnknownItemBytes = 0;
-}
-
 std::uint32_t UserInformation::Size() {
   std::uint32_t size =
       MaximumSubLength.Size() + ImplementationClass.Size() + ImplementationVersion.Size();

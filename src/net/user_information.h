@@ -37,8 +37,6 @@ class UserInformation {
   /// the reserved byte and length of the last of them in Reserved1 and Length. Of several role selections, or extended negotiations,
   /// for one UID the first is kept; more than kMostItemsByUid are refused.
   bool ReadRest(Buffer& buffer, std::uint32_t room = kAnyRoom);
-  /// Lists and skipped bytes are forgotten.
-  void Clear();
 
   std::uint8_t ItemType = item_type::kUserInformation;
   std::uint8_t Reserved1 = 0;

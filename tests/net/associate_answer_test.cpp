@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "core/trace.h"
+#include "net/identifiers.h"
 #include "net/scripted_peer.h"
 #include "support/temp_folder.h"
 
@@ -305,6 +306,29 @@ TEST(AssociateAnswer, TakesNoMoreContextsThanThereCanBe) {
   const Answered answered(RequestFor(many));
   EXPECT_EQ(answered.result, 1);
   EXPECT_EQ(answered.pdu.AcceptedContexts.size(), 128u);
+}
+
+TEST(AssociateAnswer, RepeatsNothingThatAPeerHasAnsweredBefore) {
+  // An answer with other numbers wherever they are reserved, or the version, and with an unknown item.
+  const Bytes unknown = {0x53, 9, 0, 1, 7};
+  Bytes answer =
+      Associate(2, "US", "PEER",
+                Joined({ApplicationItem(), AcceptItem(1, 0, kImplicit), PeersUserItem(unknown)}));
+  answer[1] = 9;
+  for (const std::size_t at : {std::size_t{7}, std::size_t{9}, std::size_t{42}, std::size_t{73}}) {
+    answer[at] = 9;
+  }
+  ScriptedServer server([&](Peer& peer) {
+    static_cast<void>(peer.ReceivePdu());
+    peer.SendAll(answer);
+  });
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  SetIdentifierCounter(1);
+  ASSERT_EQ(pdu.Connect("127.0.0.1", server.Port()), 1) << Words(pdu);
+  pdu.Link.Close();
+  const Answered answered(RequestFor({{1, kEcho, {kImplicit}}}), &pdu);
+  EXPECT_EQ(answered.sent, AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(32768)));
 }
 
 TEST(AssociateAnswer, FailsWhereTheAnswerCannotBeSent) {
