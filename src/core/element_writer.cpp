@@ -288,7 +288,7 @@ bool ElementWriter::WriteFragment(DICOMObject& item) {
   if (vr->Length != 0 && !CheckValue(*vr)) return false;
   if (tracing_) TraceElement(*vr, ElementForm::kExplicit, 0);
   WriteStructural(kItemElement, vr->Length);
-  return vr->Length == 0 || buffer_.WriteLong(vr->Data, vr->Length);
+  return vr->Length == 0 || buffer_.WriteLong(vr->Data, vr->Length, vr->OwnsData == 0);
 }
 
 }  // namespace tessaret

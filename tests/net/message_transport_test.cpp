@@ -159,6 +159,39 @@ TEST(WriteMessage, SendsLongValuesThatAreSharedFromWhereTheyLie) {
   }
 }
 
+TEST(WriteMessage, SendsLongFragmentsThatAreSharedFromWhereTheyLie) {
+  Association association(kContexts);
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  Bytes fragment = Pattern(100000);
+  auto pixels = std::make_unique<VR>();
+  pixels->Group = 0x7FE0;
+  pixels->Element = 0x0010;
+  pixels->TypeCode = type_code::OB;
+  for (const std::uint32_t length : {0u, 100000u}) {
+    auto item = std::make_unique<DICOMObject>();
+    item->Push(new VR(std::uint16_t{0xFFFE}, std::uint16_t{0xE000}, length,
+                      length == 0 ? nullptr : fragment.data(), false));
+    ASSERT_TRUE(pixels->AddItem(item.release()));
+  }
+  DICOMDataObject object;
+  object.Push(pixels.release());
+  sharedValue = &fragment;
+  SetSocketCallHook(&ChangeLastByteBeforeSending);
+  EXPECT_TRUE(association.pdu.Write(command, &object, UID(kEcho)));
+  SetSocketCallHook(nullptr);
+  Bytes changed = Pattern(100000);
+  changed.back() = 0xEE;
+  const Bytes expected = Joined({{0xE0, 0x7F, 0x10, 0x00, 0xFF, 0xFF, 0xFF, 0xFF},
+                                 {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0},
+                                 {0xFE, 0xFF, 0x00, 0xE0, 0xA0, 0x86, 0x01, 0x00},
+                                 changed,
+                                 {0xFE, 0xFF, 0xDD, 0xE0, 0, 0, 0, 0}});
+  EXPECT_EQ(
+      association.peer.Received(),
+      Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)), Fragmented(1, 0, expected)}));
+}
+
 /// A long value that its element owns, of a type without meaning.
 std::unique_ptr<VR> OwnBytes(std::uint16_t group, std::uint16_t element, const Bytes& bytes) {
   auto vr = std::make_unique<VR>(group, element, static_cast<std::uint32_t>(bytes.size()), true);
