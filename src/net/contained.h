@@ -1,11 +1,11 @@
-// Calls into what a host has put in place of a provider's hooks.
+// Work whose exceptions end where it was asked for, such as calls into what a host has put in place of a provider's hooks.
 #pragma once
 
 #include <cxxabi.h>
 
 namespace tessaret {
 
-/// What `work` answers, or `otherwise` where it throws: the peer is to hear of a failure, and the association goes on.
+/// What `work` answers, or `otherwise` where it throws: the association goes on, and a peer can be told of a failure.
 template <class Answer, class Work>
 Answer Contained(Answer otherwise, Work work) {
   try {

@@ -4,12 +4,13 @@
 #include <utility>
 
 #include "core/trace.h"
+#include "net/contained.h"
 #include "platform/file_calls.h"
 
 namespace tessaret {
 namespace {
 
-// Two objects are in memory at a time.
+// There is one object more in memory at a time.
 constexpr off_t kMostBytes = off_t{16} << 20;
 // A file system may tell two changes within this time by one time stamp.
 constexpr std::chrono::seconds kStampsApart{2};
@@ -35,19 +36,18 @@ bool IsUnchanged(const struct stat& before, const struct stat& now) {
 
 }  // namespace
 
-void FileAhead::Load(const RTC* dictionary, const std::string& path) noexcept {
+void FileAhead::Load(const RTC* dictionary, const std::string& path) {
   object_.reset();
   if (DumpFlags != 0) return;
-  try {
+  // Its turn will tell what is wrong with one that throws.
+  object_ = Contained(std::unique_ptr<DICOMDataObject>(), [&] {
     const bool isUsual = StatPath(path.c_str(), status_).Ok() && S_ISREG(status_.st_mode) &&
                          status_.st_size <= kMostBytes && IsSettled(status_);
-    if (!isUsual) return;
+    if (!isUsual) return std::unique_ptr<DICOMDataObject>();
     path_ = path;
     OutgoingFile file = LoadForSending(dictionary, path);
-    if (file.lack.empty()) object_ = std::move(file.object);
-  } catch (...) {  // its turn will tell what is wrong with it
-    object_.reset();
-  }
+    return file.lack.empty() ? std::move(file.object) : nullptr;
+  });
 }
 
 std::unique_ptr<DICOMDataObject> FileAhead::Take(const std::string& path) {

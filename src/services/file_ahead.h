@@ -13,8 +13,9 @@ namespace tessaret {
 class FileAhead {
  public:
   /// Loads the file by LoadForSending. Nothing is kept of one that is no file of a moderate size, that was changed just now, or that
-  /// cannot be loaded to its end: all that is left for its turn. So is everything while there are traces, whose order is to be that of the work.
-  void Load(const RTC* dictionary, const std::string& path) noexcept;
+  /// cannot be loaded to its end: all that is left for its turn. So is everything while there are traces, whose order is to be that of
+  /// the work. Throws nothing but the end of a thread that is cancelled.
+  void Load(const RTC* dictionary, const std::string& path);
 
   /// The object of that file, unless another one was loaded or the file is not as it was then: null. Nothing is kept afterwards.
   std::unique_ptr<DICOMDataObject> Take(const std::string& path);

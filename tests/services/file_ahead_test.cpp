@@ -1,6 +1,7 @@
 // The next file of a queue is loaded early, and nobody notices but by the time that it takes.
 #include "services/file_ahead.h"
 
+#include <pthread.h>
 #include <sys/stat.h>
 
 #include <chrono>
@@ -109,6 +110,24 @@ TEST_F(FilesAhead, TracesAreInTheOrderOfTheWork) {
   SetDumpFlag(kDumpPdu, false);
   SetDumpFile(nullptr);
   EXPECT_EQ(LoadedAndTaken(path), "1.2.3.1");
+}
+
+TEST_F(FilesAhead, AThreadThatIsCancelledWhileItLoadsEnds) {
+  static std::string path;
+  path = Write("one", ImageFile("1.2.3.1"));
+  std::this_thread::sleep_for(kSettled);
+  FileFailure calls;
+  calls.RunBefore(FileCall::kOpen, 1, [] { ::pthread_cancel(::pthread_self()); });
+  pthread_t thread{};
+  const auto load = [](void*) -> void* {
+    FileAhead().Load(nullptr, path);
+    return nullptr;
+  };
+  ASSERT_EQ(::pthread_create(&thread, nullptr, load, nullptr), 0);
+  void* answer = nullptr;
+  EXPECT_EQ(::pthread_join(thread, &answer), 0);
+  EXPECT_EQ(answer, PTHREAD_CANCELED);
+  EXPECT_EQ(calls.Calls(FileCall::kOpen), 1);
 }
 
 /// Looks at what was opened, and changes files, where a file was sent.
