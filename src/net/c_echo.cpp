@@ -8,7 +8,7 @@ bool CEchoRQ::Write(PDU_Service* pdu) {
   UID uid;
   if (pdu == nullptr || !GetUID(uid)) return false;
   DICOMCommandObject command;
-  FillRequest(command, uid, command_field::kEchoRQ, data_set_type::kNone);
+  MessageID = FillRequest(command, uid, command_field::kEchoRQ, data_set_type::kNone);
   return pdu->Write(command, uid);
 }
 

@@ -5,7 +5,7 @@
 
 namespace tessaret {
 
-class CEchoRQ : public MessageOf<command_field::kEchoRQ> {
+class CEchoRQ : public RequestOf<command_field::kEchoRQ> {
  public:
   bool Write(PDU_Service* pdu);
 };

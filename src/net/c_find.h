@@ -5,12 +5,10 @@
 
 namespace tessaret {
 
-class CFindRQ : public MessageOf<command_field::kFindRQ> {
+class CFindRQ : public RequestOf<command_field::kFindRQ> {
  public:
   /// Sends the request and the identifier, which is popped empty. Nothing is sent where that cannot be encoded.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject);
-
-  std::uint16_t MessageID = 0;  // of the request written last
 };
 
 class CFindRSP : public MessageOf<command_field::kFindRSP> {

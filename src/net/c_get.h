@@ -5,13 +5,11 @@
 
 namespace tessaret {
 
-class CGetRQ : public MessageOf<command_field::kGetRQ> {
+class CGetRQ : public RequestOf<command_field::kGetRQ> {
  public:
   /// Sends the request, and then the identifier, which is popped empty or null. Where that cannot be encoded the link is closed, for the peer
   /// waits for it.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject);
-
-  std::uint16_t MessageID = 0;  // of the request written last
 };
 
 class CGetRSP : public RetrieveResponse<command_field::kGetRSP> {};

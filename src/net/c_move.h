@@ -5,13 +5,11 @@
 
 namespace tessaret {
 
-class CMoveRQ : public MessageOf<command_field::kMoveRQ> {
+class CMoveRQ : public RequestOf<command_field::kMoveRQ> {
  public:
   /// Sends the request, and then the identifier, which is popped empty. Where that cannot be encoded the link is closed, for the peer
   /// waits for it.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject, std::string_view destinationAE);
-
-  std::uint16_t MessageID = 0;  // of the request written last
 };
 
 class CMoveRSP : public RetrieveResponse<command_field::kMoveRSP> {};

@@ -8,7 +8,7 @@ bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
   UID uid;
   if (pdu == nullptr || dataObject == nullptr || !GetUID(uid)) return false;
   DICOMCommandObject command;
-  FillRequest(command, uid, command_field::kStoreRQ, data_set_type::kFollows);
+  MessageID = FillRequest(command, uid, command_field::kStoreRQ, data_set_type::kFollows);
   PutNumber16(command, 0x0000, command_element::kPriority, request_priority::kMedium);
   if (const VR* instance = dataObject->GetVR(0x0008, 0x0018)) {
     PutCopy(*instance, command, command_element::kSopInstance);

@@ -7,7 +7,7 @@
 
 namespace tessaret {
 
-class CStoreRQ : public MessageOf<command_field::kStoreRQ> {
+class CStoreRQ : public RequestOf<command_field::kStoreRQ> {
  public:
   /// Sends the request and `dataObject`, which is popped empty.
   bool Write(PDU_Service* pdu, DICOMDataObject* dataObject);

@@ -19,23 +19,28 @@ bool HasDataSet(const DICOMObject& command) {
   return CommandNumber(command, command_element::kDataSetType) != data_set_type::kNone;
 }
 
-bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Service* pdu,
-                 DICOMDataObject* dataObject) {
-  if (!HasCommandField(command, field)) return false;
-  if (pdu == nullptr || dataObject == nullptr || !HasDataSet(command)) return true;
-  if (pdu->Read(*dataObject) == 0) return false;
-  if (!IsCommand(*pdu)) return true;
-  pdu->SetError("Got a command where a data set was announced");
+bool ReadDataSet(const DICOMObject& command, PDU_Service& pdu, DICOMDataObject& dataObject) {
+  if (!HasDataSet(command)) return true;
+  if (pdu.Read(dataObject) == 0) return false;
+  if (!IsCommand(pdu)) return true;
+  pdu.SetError("Got a command where a data set was announced");
   return false;
 }
 
-void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
-                 std::uint16_t dataSetType) {
+bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Service* pdu,
+                 DICOMDataObject* dataObject) {
+  if (!HasCommandField(command, field)) return false;
+  return pdu == nullptr || dataObject == nullptr || ReadDataSet(command, *pdu, *dataObject);
+}
+
+std::uint16_t FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
+                          std::uint16_t dataSetType) {
   PutUid(command, 0x0000, command_element::kSopClass, sopClass.View());
   PutNumber16(command, 0x0000, command_element::kCommandField, field);
-  PutNumber16(command, 0x0000, command_element::kMessageID,
-              static_cast<std::uint16_t>(TakeOddIdentifier()));
+  const auto messageID = static_cast<std::uint16_t>(TakeOddIdentifier());
+  PutNumber16(command, 0x0000, command_element::kMessageID, messageID);
   PutNumber16(command, 0x0000, command_element::kDataSetType, dataSetType);
+  return messageID;
 }
 
 bool IsCommand(const PDU_Service& pdu) { return (pdu.PDataTF.MsgHeader & kCommandFragment) != 0; }

@@ -71,8 +71,11 @@ std::optional<std::uint16_t> CommandNumber(const DICOMObject& command, std::uint
 bool HasCommandField(const DICOMObject& command, std::uint16_t field);
 /// Whether a data set follows it.
 bool HasDataSet(const DICOMObject& command);
+/// Reads the data set that follows the command set, where one does. False when it could not be read, and, with words, when a command came
+/// in its place.
+bool ReadDataSet(const DICOMObject& command, PDU_Service& pdu, DICOMDataObject& dataObject);
 /// Whether the command set is of this kind; if so, a data set that follows is read into `dataObject`, where both that and `pdu` are
-/// given. False also when it could not be read, and, with words, when a command came in its place.
+/// given. False also where ReadDataSet fails.
 bool ReadMessage(const DICOMCommandObject& command, std::uint16_t field, PDU_Service* pdu,
                  DICOMDataObject* dataObject);
 
@@ -91,9 +94,16 @@ class MessageOf : public virtual DimseMessage {
   }
 };
 
-/// A new request: SOP class, command field, data set type, and a Message ID of its own.
-void FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
-                 std::uint16_t dataSetType);
+/// A message that asks for a response.
+template <std::uint16_t commandField>
+class RequestOf : public MessageOf<commandField> {
+ public:
+  std::uint16_t MessageID = 0;  // of the request written last
+};
+
+/// A new request: SOP class, command field, data set type, and a Message ID of its own, which is the answer.
+std::uint16_t FillRequest(DICOMCommandObject& command, const UID& sopClass, std::uint16_t field,
+                          std::uint16_t dataSetType);
 
 /// Whether the message that was read last is a command.
 bool IsCommand(const PDU_Service& pdu);

@@ -40,22 +40,36 @@ Exchange::~Exchange() {
   }
 }
 
-bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response) {
+void Exchange::Expect(std::uint16_t messageID) {
+  awaited_ = messageID;
+  std::erase(pdu_.AbandonedMessages, messageID);
+}
+
+bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMDataObject* data) {
   for (;;) {
     response.Reset();
-    if (pdu_.Read(response) == 0) return false;
+    if (pdu_.Read(response) == 0) return CloseLink();
     if (!IsCommand(pdu_)) {
       pdu_.SetError("Got a data set where a response was awaited");
       return false;
     }
     if (!IsOfAbandoned(response)) break;
     DICOMDataObject dropped;
-    if (HasDataSet(response) && pdu_.Read(dropped) == 0) return false;
+    if (!ReadData(response, dropped)) return false;
   }
-  if (HasCommandField(response, field)) return true;
+  if (HasCommandField(response, field)) return data == nullptr || ReadData(response, *data);
   const std::uint16_t other = CommandNumber(response, command_element::kCommandField).value_or(0);
   pdu_.SetError(
       Format("Got command 0x%4.4X where response 0x%4.4X was awaited", other, field).c_str());
+  return false;
+}
+
+bool Exchange::ReadData(const DICOMObject& response, DICOMDataObject& data) {
+  return ReadDataSet(response, pdu_, data) || CloseLink();
+}
+
+bool Exchange::CloseLink() {
+  pdu_.Link.Close();
   return false;
 }
 

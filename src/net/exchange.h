@@ -20,11 +20,12 @@ class Exchange {
 
   /// False, with words in LastError, while another one is in progress.
   [[nodiscard]] bool HasBegun() const { return hasBegun_; }
-  /// The request has gone, and may have several responses.
-  void Expect(std::uint16_t messageID) { awaited_ = messageID; }
-  /// Waits for the next response into `response`. False, with words where there are some, for anything of another command field, and
-  /// at the end of the association.
-  bool Read(std::uint16_t field, DICOMCommandObject& response);
+  /// The request has gone. Identifiers come round: an abandoned one of the same is forgotten.
+  void Expect(std::uint16_t messageID);
+  /// Waits for the next response into `response`, and for the data set that follows it into `data`, where that is given. False, with
+  /// words where there are some, for anything of another command field, and where the association has been released or cannot be read:
+  /// its link is closed then.
+  bool Read(std::uint16_t field, DICOMCommandObject& response, DICOMDataObject* data = nullptr);
   /// The last response has come.
   void End() { awaited_.reset(); }
   /// The last response has come, and is a failure: leaves its status and comment in LastError. False.
@@ -32,6 +33,9 @@ class Exchange {
 
  private:
   bool IsOfAbandoned(const DICOMObject& response);
+  bool ReadData(const DICOMObject& response, DICOMDataObject& data);
+  /// Nothing that may still come can be told for what it is. False.
+  bool CloseLink();
 
   PDU_Service& pdu_;
   bool hasBegun_;

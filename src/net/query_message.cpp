@@ -75,10 +75,9 @@ bool WriteQueryRequest(DimseMessage& message, PDU_Service* pdu, const QueryReque
   UID uid;
   if (pdu == nullptr || !message.GetUID(uid)) return false;
   DICOMCommandObject command;
-  FillRequest(command, uid, what.field, DataSetTypeFor(identifier));
+  messageID = FillRequest(command, uid, what.field, DataSetTypeFor(identifier));
   PutNumber16(command, 0x0000, command_element::kPriority, what.priority);
   if (what.destination) PutDestination(command, *what.destination);
-  messageID = CommandNumber(command, command_element::kMessageID).value_or(0);
   if (what.isSentAtOnce) return pdu->Write(command, identifier, uid);
   return pdu->Write(command, uid) &&
          (identifier == nullptr || WriteIdentifier(*pdu, *identifier, uid));

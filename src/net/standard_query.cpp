@@ -18,9 +18,7 @@ bool StandardQuery::Write(PDU_Service* pdu, DICOMDataObject* query) {
   for (;;) {
     DICOMCommandObject command;
     DICOMDataObject data;
-    if (!exchange.Read(command_field::kFindRSP, command) || !CFindRSP::Read(command, pdu, &data)) {
-      return false;
-    }
+    if (!exchange.Read(command_field::kFindRSP, command, &data)) return false;
     switch (CommandNumber(command, command_element::kStatus).value_or(dimse_status::kSuccess)) {
       case dimse_status::kSuccess:
       case dimse_status::kCancelled:

@@ -86,9 +86,7 @@ bool StandardRetrieve::Write(PDU_Service* pdu, DICOMDataObject* query,
   for (;;) {
     DICOMCommandObject command;
     DICOMDataObject data;
-    if (!exchange.Read(command_field::kMoveRSP, command) || !CMoveRSP::Read(command, pdu, &data)) {
-      return false;
-    }
+    if (!exchange.Read(command_field::kMoveRSP, command, &data)) return false;
     switch (CommandNumber(command, command_element::kStatus).value_or(dimse_status::kSuccess)) {
       case dimse_status::kSuccess:
       case dimse_status::kCancelled:

@@ -24,8 +24,11 @@ bool UnknownStorage::ReadResponse(PDU_Service* pdu) {
 }
 
 bool UnknownStorage::ReadResponse(Exchange& exchange) {
+  exchange.Expect(MessageID);
   DICOMCommandObject response;
-  return exchange.Read(command_field::kStoreRSP, response) && CStoreRSP::Read(response);
+  if (!exchange.Read(command_field::kStoreRSP, response)) return false;
+  exchange.End();
+  return CStoreRSP::Read(response);
 }
 
 bool UnknownStorage::Read(PDU_Service* pdu, DICOMCommandObject* command,

@@ -15,8 +15,11 @@ bool Verification::Write(PDU_Service* pdu) {
   if (pdu == nullptr) return false;
   Exchange exchange(*pdu);
   if (!exchange.HasBegun() || !CEchoRQ::Write(pdu)) return false;
+  exchange.Expect(MessageID);
   DICOMCommandObject response;
-  return exchange.Read(command_field::kEchoRSP, response);
+  if (!exchange.Read(command_field::kEchoRSP, response)) return false;
+  exchange.End();
+  return true;
 }
 
 bool Verification::Read(PDU_Service* pdu, DICOMCommandObject* command) {

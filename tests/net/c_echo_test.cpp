@@ -21,6 +21,7 @@ TEST(CEchoRequest, IsThisOnTheWire) {
                                                   .Number(0x0110, 7)
                                                   .Number(0x0800, 0x0101)));
   EXPECT_EQ(IdentifierCounter(), 0x10008u);
+  EXPECT_EQ(message.MessageID, 7);
 }
 
 TEST(CEchoRequest, TakesItsIdentifierFromTheCounterOfAllAssociations) {

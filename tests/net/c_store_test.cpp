@@ -18,6 +18,7 @@ TEST(CStoreRequest, IsThisOnTheWire) {
     SetIdentifierCounter(9);
     EXPECT_TRUE(message.Write(&association.pdu, &object));
     EXPECT_TRUE(object.IsEmpty());
+    EXPECT_EQ(message.MessageID, 9);
     Command command;
     command.Uid(0x0002, kCt)
         .Number(0x0100, 0x0001)

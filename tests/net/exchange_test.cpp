@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "net/command_elements.h"
+#include "net/identifiers.h"
 #include "net/retrieve_helpers.h"
 #include "net/storage.h"
 #include "net/verification.h"
@@ -44,6 +45,7 @@ TEST(Exchange, HasWordsForWhatIsNoResponse) {
     Exchange exchange(association.pdu);
     EXPECT_EQ(StatusOfNext(exchange, 0x8030), -1);
     EXPECT_EQ(Words(association.pdu), row.words);
+    EXPECT_NE(association.pdu.Link.Connected, 0);
   }
 }
 
@@ -116,6 +118,52 @@ TEST(Exchange, EndsWithItsLastResponse) {
   association.peer.Send(Response(0x8030, 7, 5));
   Exchange next(association.pdu);
   EXPECT_EQ(StatusOfNext(next, 0x8030), 5);
+}
+
+TEST(Exchange, TakesTheResponseToAnIdentifierThatHasComeRound) {
+  Association association(kContexts);
+  {
+    Exchange abandoned(association.pdu);
+    abandoned.Expect(1);
+  }
+  // 0x10001 is the next number, of which two bytes count.
+  SetIdentifierCounter(0x10001);
+  association.peer.Send(EchoResponse(0));
+  EXPECT_TRUE(Verification().Write(&association.pdu));
+  EXPECT_TRUE(association.pdu.AbandonedMessages.empty());
+}
+
+TEST(Exchange, LeavesNoLinkOpenBehindWhatCannotBeRead) {
+  const Bytes pending = Data(
+      5, kWholeCommand, Command().Number(0x0100, 0x8020).Number(0x0120, 7).Number(0x0800, 0x0102));
+  const Bytes command = EchoResponse(0);
+  // A PDU of data whose PDV says that it is longer.
+  const Bytes lying = Pdu(4, Joined({Big32(100), {5, kWholeCommand}, Bytes(20)}));
+  const struct {
+    Bytes sent;
+    bool isAbandoned;  // the message that the responses are to
+    const char* words;
+  } rows[] = {
+      {ReleaseRequest(), false, ""},
+      {lying, false, "Error reading P-DATA-TF from network"},
+      {Joined({pending, ReleaseRequest()}), false, ""},
+      {Joined({pending, command}), false, "Got a command where a data set was announced"},
+      {Joined({pending, lying}), true, "Error reading P-DATA-TF from network"},
+      {Joined({pending, command}), true, "Got a command where a data set was announced"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.words);
+    Association association(kContexts);
+    if (row.isAbandoned) association.pdu.AbandonedMessages = {7};
+    association.peer.Send(row.sent);
+    Exchange exchange(association.pdu);
+    exchange.Expect(9);
+    DICOMCommandObject response;
+    DICOMDataObject data;
+    EXPECT_FALSE(exchange.Read(0x8020, response, &data));
+    EXPECT_EQ(association.pdu.Link.Connected, 0);
+    EXPECT_EQ(Words(association.pdu), row.words);
+  }
 }
 
 TEST(Exchange, IsForgottenWithItsLink) {

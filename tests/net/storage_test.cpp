@@ -6,6 +6,7 @@
 
 #include "net/command_elements.h"
 #include "net/dimse_status.h"
+#include "net/identifiers.h"
 #include "net/service_helpers.h"
 
 namespace tessaret::test {
@@ -36,12 +37,12 @@ Bytes StoreRequest(std::string_view sopClass, std::uint16_t dataSetType = 0x0102
                   .Uid(0x1000, "1.2.3"));
 }
 
-Bytes StoreResponse(std::string_view sopClass, std::uint16_t status) {
+Bytes StoreResponse(std::string_view sopClass, std::uint16_t status, std::uint16_t message = 77) {
   return Data(3, kWholeCommand,
               Command()
                   .Uid(0x0002, sopClass)
                   .Number(0x0100, 0x8001)
-                  .Number(0x0120, 77)
+                  .Number(0x0120, message)
                   .Number(0x0800, 0x0101)
                   .Number(0x0900, status)
                   .Uid(0x1000, "1.2.3"));
@@ -65,6 +66,23 @@ TEST(Storage, IsDoneByAnyResponseWhateverItsStatus) {
     PutUid(object, 0x0008, 0x0018, "1.2.3");
     EXPECT_FALSE(CTStorage().Write(&association.pdu, &object));
   }
+}
+
+TEST(Storage, TakesNoLateResponseForThatOfTheNextObject) {
+  Association association(kContexts);
+  SetIdentifierCounter(21);
+  association.peer.Send(Joined({EchoResponse(0), StoreResponse(kCt, 0, 21),
+                                StoreResponse(kCt, 0xA700, 23), StoreResponse(kCt, 0xB000, 25)}));
+  const auto statusOfNext = [&] {
+    CTStorage storage;
+    DICOMDataObject object;
+    PutUid(object, 0x0008, 0x0018, "1.2.3");
+    return storage.Write(&association.pdu, &object) ? storage.Status : -1;
+  };
+  EXPECT_EQ(statusOfNext(), -1);
+  EXPECT_EQ(statusOfNext(), 0xA700);
+  EXPECT_EQ(statusOfNext(), 0xB000);
+  EXPECT_TRUE(association.pdu.AbandonedMessages.empty());
 }
 
 TEST(Storage, OfAnUnknownClassSendsNothing) {

@@ -33,6 +33,24 @@ TEST(Verification, IsDoneByAnyResponseToAnEcho) {
   EXPECT_FALSE(Verification().Write(nullptr));
 }
 
+TEST(Verification, TakesNoLateResponseForItsOwn) {
+  Association association(kContexts);
+  SetIdentifierCounter(1);
+  association.peer.SendAll(Joined({EchoResponse(0, 0x8001), EchoResponse(0)}));
+  EXPECT_FALSE(Verification().Write(&association.pdu));
+  // The response to message 1 has come late, and none to message 3.
+  EXPECT_FALSE(Verification().Write(&association.pdu));
+  EXPECT_EQ(Words(association.pdu), "The peer has closed the link");
+}
+
+TEST(Verification, LeavesNothingToBeDroppedWhereItIsDone) {
+  Association association(kContexts);
+  SetIdentifierCounter(1);
+  association.peer.Send(EchoResponse(0));
+  EXPECT_TRUE(Verification().Write(&association.pdu));
+  EXPECT_TRUE(association.pdu.AbandonedMessages.empty());
+}
+
 TEST(Verification, AnswersARequestOfItsClass) {
   for (const bool isOdd : {true, false}) {
     Association association(kContexts);

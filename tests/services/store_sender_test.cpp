@@ -431,7 +431,7 @@ TEST_F(StoreSending, WhateverComesInsteadOfAnAnswerIsTheFilesError) {
   };
   for (const Row& row :
        {Row{Instead::kAbort, "The association has ended", false},
-        Row{Instead::kRelease, "The peer gave another answer", false},
+        Row{Instead::kRelease, "The association has ended", false},
         Row{Instead::kOther, "Got command 0x8020 where response 0x8001 was awaited", true}}) {
     heard_ = {};
     StoreSender sender(files_, heard_);
