@@ -128,7 +128,7 @@ TEST(Exchange, TakesTheResponseToAnIdentifierThatHasComeRound) {
   }
   // 0x10001 is the next number, of which two bytes count.
   SetIdentifierCounter(0x10001);
-  association.peer.Send(EchoResponse(0));
+  association.peer.SendAll(EchoResponse(0));
   EXPECT_TRUE(Verification().Write(&association.pdu));
   EXPECT_TRUE(association.pdu.AbandonedMessages.empty());
 }
