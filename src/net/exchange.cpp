@@ -16,9 +16,8 @@ constexpr std::uint32_t kMostCommentBytes = 64;
 std::string CommentIn(const DICOMObject& response) {
   const VR* comment = response.GetVR(0x0000, command_element::kErrorComment);
   if (comment == nullptr || comment->Data == nullptr) return {};
-  std::string text(reinterpret_cast<const char*>(comment->Data),
-                   std::min(comment->Length, kMostCommentBytes));
-  while (!text.empty() && (text.back() == ' ' || text.back() == '\0')) text.pop_back();
+  const std::string text(Trimmed({reinterpret_cast<const char*>(comment->Data),
+                                  std::min(comment->Length, kMostCommentBytes)}));
   return text.empty() ? text : ": " + text;
 }
 
