@@ -20,8 +20,10 @@ bool CCancelRQ::Read(PDU_Service* pdu, DICOMCommandObject& command) {
 
 Interruption CCancelRQ::Look(PDU_Service& pdu) {
   if (!pdu.HasInput()) return Interruption::kNone;
+  const std::uint8_t contextID = pdu.PDataTF.MessagePresentationContextID;
   DICOMCommandObject command;
   if (pdu.Read(command) == 0) return Interruption::kEnd;
+  pdu.PDataTF.MessagePresentationContextID = contextID;
   return IsCommand(pdu) && Test(command) ? Interruption::kCancel : Interruption::kNone;
 }
 

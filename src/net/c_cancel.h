@@ -19,7 +19,7 @@ class CCancelRQ : public MessageOf<command_field::kCancelRQ> {
   /// Looks for a cancel without waiting. False at once where nothing has come; otherwise one command is read into `command`, and the
   /// answer tells whether it is one.
   static bool Read(PDU_Service* pdu, DICOMCommandObject& command);
-  /// Looks in the same way, and tells whether the association goes on.
+  /// Looks in the same way, and tells whether the association goes on. Responses still go in the context of their request.
   static Interruption Look(PDU_Service& pdu);
 };
 

@@ -168,6 +168,19 @@ TEST(Query, GoesOnThoughSomethingElseThanACancelComes) {
   EXPECT_EQ(association.peer.Received(), Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0, "")}));
 }
 
+TEST(Query, AnswersInTheContextOfTheRequestWhateverComesInAnother) {
+  // The class has two contexts, of which the request takes the second one.
+  Association association({{1, kEcho, kImplicit}, {9, kFind, kImplicit}, {5, kFind, kImplicit}});
+  association.peer.Send(Joined({FindRequest(), EchoResponse(0), CancelRequest(9, 1)}));
+  Finding<StudyRootQuery> query;
+  for (const char* name : {"AA", "BB"}) query.Match(name);
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(query.Read(&association.pdu, &command));
+  EXPECT_EQ(association.peer.Received(),
+            Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xFE00, "")}));
+}
+
 TEST(Query, StopsWhereThePeerHasGone) {
   Association association(kContexts);
   association.peer.SendAll(FindRequest());
