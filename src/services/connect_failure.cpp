@@ -45,7 +45,8 @@ std::string LastWordsOf(const PDU_Service& pdu) {
   const std::string link = pdu.Link.GetLastError();
   if (pdu.GetLastError() == nullptr) {
     if (!link.empty()) return link;
-    return pdu.Link.Connected == 0 ? "The association has ended" : "The peer gave another answer";
+    // A peer that gives another answer leaves words, or ends the link.
+    return pdu.Link.Connected == 0 ? "The association has ended" : "The object cannot be encoded";
   }
   const std::string words = pdu.GetLastError();
   // What has nothing to do with a link that still stands is no reason of its.

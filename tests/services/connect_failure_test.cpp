@@ -56,7 +56,7 @@ TEST(LastWords, AreThoseOfTheAssociationAndThenOfItsLostLink) {
   PDU_Service pdu;
   EXPECT_EQ(LastWordsOf(pdu), "The association has ended");
   pdu.Link.Connected = 1;
-  EXPECT_EQ(LastWordsOf(pdu), "The peer gave another answer");
+  EXPECT_EQ(LastWordsOf(pdu), "The object cannot be encoded");
   pdu.Link.Connected = 0;
   pdu.Link.ErrorText = {"link"};
   EXPECT_EQ(LastWordsOf(pdu), "link");
