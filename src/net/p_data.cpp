@@ -176,6 +176,7 @@ void PDataTF::Reset() {
   DropOutgoing();
   Length = 0;
   MsgStatus = 0;
+  MessagePresentationContextID = 0;
 }
 
 void PDataTF::DropOutgoing() {

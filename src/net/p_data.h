@@ -59,7 +59,7 @@ class PDataTF {
   void DropMessage();
   /// Forgets what VRBuffer was to send.
   void DropOutgoing();
-  /// Forgets both, and a PDU that is partly read.
+  /// Forgets both, a PDU that is partly read, and the context of the last message.
   void Reset();
 
   std::uint8_t ItemType = 4;

@@ -48,6 +48,18 @@ TEST(CCancel, HasNoContextBeforeTheFirstMessage) {
   EXPECT_TRUE(association.peer.Received().empty());
 }
 
+TEST(CCancel, HasNoContextOfAnAssociationBefore) {
+  Association association(kMessageContexts);
+  association.peer.Send(Data(3, kWholeCommand, Command().Number(0x0100, 0x8001)));
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  EXPECT_EQ(association.pdu.Connect("127.0.0.1", FreePort()), 0);
+  Connection next;
+  association.pdu.Link.Adopt(next.ours);
+  EXPECT_FALSE(CCancelRQ::Write(&association.pdu, 1));
+  EXPECT_TRUE(next.peer.Received().empty());
+}
+
 TEST(CCancel, GoesOnTheContextOfTheMessageReadLast) {
   Association association(kMessageContexts);
   association.peer.Send(Data(3, kWholeCommand, Command().Number(0x0100, 0x8001)));
