@@ -4,6 +4,7 @@
 #include <pthread.h>
 #include <sys/stat.h>
 
+#include <cerrno>
 #include <chrono>
 #include <filesystem>
 #include <thread>
@@ -99,6 +100,17 @@ TEST_F(FilesAhead, WhatIsNoUsualFileIsLeftForItsTurn) {
   EXPECT_EQ(LoadedAndTaken(large), "none");
   PDU_Service pdu;
   EXPECT_EQ(InstanceOf(LoadForSending(pdu, large).object.get()), "1.2.3.1");
+}
+
+TEST_F(FilesAhead, WhatFailsIsLeftForItsTurn) {
+  const std::string path = Write("one", ImageFile("1.2.3.1"));
+  std::this_thread::sleep_for(kSettled);
+  for (const FileCall call : {FileCall::kOpen, FileCall::kRead}) {
+    FileFailure failure;
+    failure.FailCall(call, 1, EIO);
+    EXPECT_EQ(LoadedAndTaken(path), "none");
+    EXPECT_EQ(LoadedAndTaken(path), "1.2.3.1");
+  }
 }
 
 TEST_F(FilesAhead, TracesAreInTheOrderOfTheWork) {
