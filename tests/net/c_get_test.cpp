@@ -39,41 +39,6 @@ TEST(CGetRequest, IsRefusedWithoutWhatItNeeds) {
   EXPECT_TRUE(association.peer.Received().empty());
 }
 
-TEST(CGetResponse, HasCounters) {
-  const RetrieveCounters counters{.remaining = 1, .completed = 2, .failed = 3, .warning = 0xFFFF};
-  const auto expected = [](bool hasData, std::uint16_t status) {
-    return Data(5, kWholeCommand,
-                ResponseToReceived(0x8010, hasData, status)
-                    .Number(0x1020, 1)
-                    .Number(0x1021, 2)
-                    .Number(0x1022, 3)
-                    .Number(0x1023, 0xFFFF));
-  };
-  Association association(kMessageContexts);
-  DICOMCommandObject request;
-  FillReceived(request, kFind);
-  About<CGetRSP> message(kFind);
-  EXPECT_TRUE(message.Write(&association.pdu, &request, 0xFF00, counters));
-  EXPECT_EQ(association.peer.Received(), expected(false, 0xFF00));
-  DICOMDataObject object;
-  FillIdentifier(object);
-  EXPECT_TRUE(message.Write(&association.pdu, &request, 0xB000, counters, &object));
-  EXPECT_TRUE(object.IsEmpty());
-  EXPECT_EQ(association.peer.Received(),
-            Joined({expected(true, 0xB000), Data(5, kLastPart, IdentifierBytes())}));
-}
-
-TEST(CGetResponse, IsRefusedWithoutWhatItNeeds) {
-  Association association(kMessageContexts);
-  DICOMCommandObject request;
-  FillReceived(request, kFind);
-  PDU_Service* const pdu = &association.pdu;
-  EXPECT_FALSE(About<CGetRSP>(kFind).Write(nullptr, &request, 0, {}));
-  EXPECT_FALSE(About<CGetRSP>(kFind).Write(pdu, nullptr, 0, {}));
-  EXPECT_FALSE(About<CGetRSP>("").Write(pdu, &request, 0, {}));
-  EXPECT_TRUE(association.peer.Received().empty());
-}
-
 TEST(CGetRequest, ClosesTheLinkWhereItsIdentifierCannotBeEncoded) {
   Association association({{5, kFind, "1.2.3"}});
   DICOMDataObject object;

@@ -14,6 +14,7 @@
 #include "net/service_helpers.h"
 #include "net/standard_retrieve.h"
 #include "support/data_set_builder.h"
+#include "support/temp_folder.h"
 
 namespace tessaret::test {
 
@@ -134,6 +135,20 @@ class Destination {
  private:
   ScriptedServer server_;
 };
+
+/// Moves the instance in a file of these bytes, and expects that it arrives as this data set.
+inline void ExpectMoved(const Bytes& file, const Bytes& dataSet) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), file);
+  Moving move;
+  move.files = {folder.File("1.1")};
+  Destination destination({0});
+  move.port = destination.Port();
+  EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
+            Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
+  EXPECT_EQ(destination.Wait(), "");
+  EXPECT_EQ(destination.last, Data(destination.request.at(103), kLastPart, dataSet));
+}
 
 /// A file of this class with a name in it.
 inline Bytes FileOfCt(std::string_view instance) {

@@ -35,28 +35,19 @@ Bytes MetaThatDoesNotStay(std::string_view syntax) {
 
 TEST(RetrieveOfCompressedInstances, SendsThemDecoded) {
   for (const Bytes& meta : {MetaGroup(kToy), MetaThatDoesNotStay(kToy)}) {
-    const TempFolder folder;
-    WriteBytes(folder.File("1.1"), FileWith(meta, kToyFragment));
-    Moving move;
-    move.files = {folder.File("1.1")};
-    Destination destination({0});
-    move.port = destination.Port();
-    EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
-              Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
-    EXPECT_EQ(destination.Wait(), "");
-    EXPECT_EQ(destination.last, Data(destination.request.at(103), kLastPart,
-                                     Elements()
-                                         .Uid(0x0008, 0x0016, kCt)
-                                         .Uid(0x0008, 0x0018, "1.1")
-                                         .Number(0x0028, 0x0002, 1)
-                                         .Text(0x0028, 0x0004, "TOY ")  // as the codec says
-                                         .Number(0x0028, 0x0010, 2)
-                                         .Number(0x0028, 0x0011, 4)
-                                         .Number(0x0028, 0x0100, 8)
-                                         .Number(0x0028, 0x0101, 8)
-                                         .Number(0x0028, 0x0102, 7)
-                                         .Number(0x0028, 0x0103, 0)
-                                         .Value(0x7FE0, 0x0010, Bytes(8, 7))));
+    ExpectMoved(FileWith(meta, kToyFragment),
+                Elements()
+                    .Uid(0x0008, 0x0016, kCt)
+                    .Uid(0x0008, 0x0018, "1.1")
+                    .Number(0x0028, 0x0002, 1)
+                    .Text(0x0028, 0x0004, "TOY ")  // as the codec says
+                    .Number(0x0028, 0x0010, 2)
+                    .Number(0x0028, 0x0011, 4)
+                    .Number(0x0028, 0x0100, 8)
+                    .Number(0x0028, 0x0101, 8)
+                    .Number(0x0028, 0x0102, 7)
+                    .Number(0x0028, 0x0103, 0)
+                    .Value(0x7FE0, 0x0010, Bytes(8, 7)));
   }
 }
 

@@ -176,27 +176,17 @@ TEST(Retrieve, SendsEachInstanceAndCountsWhatBecameOfIt) {
 TEST(Retrieve, SendsTheSameNumbersWhateverTheOrderOfTheFile) {
   for (const Encoding encoding :
        {Encoding::kExplicitLittle, Encoding::kImplicitLittle, Encoding::kExplicitBig}) {
-    const TempFolder folder;
+    SCOPED_TRACE(NameOf(encoding));
     const Bytes pixels = encoding == Encoding::kExplicitBig ? Bytes{0x01, 0x02, 0x80, 0xFF}
                                                             : Bytes{0x02, 0x01, 0xFF, 0x80};
     DataSetBuilder object(encoding);
     object.Element(0x0008, 0x0016, "UI", Evened(kCt)).Element(0x0008, 0x0018, "UI", Evened("1.1"));
     object.Number(0x0028, 0x0100, 16).Element(0x7FE0, 0x0010, "OW", pixels);
-    WriteBytes(folder.File("1.1"), FileOf(encoding, object));
-    Moving move;
-    move.files = {folder.File("1.1")};
-    Destination destination({0});
-    move.port = destination.Port();
-    EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
-              Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
-    EXPECT_EQ(destination.Wait(), "");
-    EXPECT_EQ(destination.last, Data(destination.request.at(103), kLastPart,
-                                     Elements()
-                                         .Uid(0x0008, 0x0016, kCt)
-                                         .Uid(0x0008, 0x0018, "1.1")
-                                         .Number(0x0028, 0x0100, 16)
-                                         .Value(0x7FE0, 0x0010, {0x02, 0x01, 0xFF, 0x80})))
-        << NameOf(encoding);
+    ExpectMoved(FileOf(encoding, object), Elements()
+                                              .Uid(0x0008, 0x0016, kCt)
+                                              .Uid(0x0008, 0x0018, "1.1")
+                                              .Number(0x0028, 0x0100, 16)
+                                              .Value(0x7FE0, 0x0010, {0x02, 0x01, 0xFF, 0x80}));
   }
 }
 
