@@ -495,6 +495,9 @@ TEST_F(CStore, WithoutMemoryNoEventIsLostUnlessTheCallFails) {
   EXPECT_LT(watch.Outstanding(), 10);
   EXPECT_EQ(store_->SendFiles(host, port, title, title, 20), kOk);
   EXPECT_EQ(SentFiles(), 2);
+  // The counter goes before the store does.
+  EXPECT_EQ(store_.As<IEventSource>()->Unadvise(cookie_), kOk);
+  ASSERT_EQ(store_.As<IEventSource>()->Advise(&sink_, &cookie_), kOk);
 }
 
 TEST_F(CStore, AFileAddedWithinAnEventIsSentToo) {
