@@ -42,7 +42,7 @@ std::string ConnectFailureWords(const AAssociateRJ& refusal, const std::string& 
 }
 
 std::string LastWordsOf(const PDU_Service& pdu) {
-  const std::string link = pdu.Link.GetLastError();
+  std::string link = pdu.Link.GetLastError();
   if (pdu.GetLastError() == nullptr) {
     if (!link.empty()) return link;
     // A peer that gives another answer leaves words, or ends the link.
