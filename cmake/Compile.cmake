@@ -35,7 +35,19 @@ endif()
 find_package(Python3 COMPONENTS Interpreter)
 find_package(Threads REQUIRED)
 
-option(TESSARET_PCH "Compile tests with one shared precompiled header" ON)
+option(TESSARET_PCH "Compile the headers that many files include once for a whole target" ON)
+
+# tessaret_precompile(target): most of the time of a file of ours goes to these. A file still includes what it uses,
+# which `./dev check` and a build of `clang` show.
+function(tessaret_precompile target)
+  if(TESSARET_PCH)
+    target_precompile_headers(${target} PRIVATE
+      <algorithm> <array> <atomic> <charconv> <cmath> <cstddef> <cstdint> <cstdio> <cstdlib> <cstring> <filesystem>
+      <functional> <iterator> <limits> <map> <memory> <mutex> <new> <optional> <span> <stdexcept> <string> <string_view>
+      <utility> <vector>)
+  endif()
+endfunction()
+
 set(TESSARET_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize= (address,undefined or thread)")
 option(TESSARET_COVERAGE "Count lines and branches (GCC)" OFF)
 option(TESSARET_LIBFUZZER "Build fuzz targets for libFuzzer (Clang)" OFF)

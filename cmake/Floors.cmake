@@ -31,6 +31,7 @@ function(tessaret_add_floor name)
     PRIVATE tessaret_warnings tessaret_codegen)
   # The readers gain a fifth from inlining that -O2 does not do; programs and tests build faster without.
   target_compile_options(tessaret_${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O3>)
+  tessaret_precompile(tessaret_${name})
   get_property(floors GLOBAL PROPERTY TESSARET_FLOORS)
   foreach(other IN LISTS floors)
     tessaret_floor_number(${other} otherNumber)

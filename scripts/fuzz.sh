@@ -44,7 +44,7 @@ run_target() {
   [ -n "$runs" ] || options+=("-max_total_time=$seconds")
   mkdir -p "$learned" "$seeds"
   local result=0
-  "$root/build/fuzz/bin/$name" "${options[@]}" "$learned" "$seeds" >"$root/build/fuzz/logs/$name.log" 2>&1 || result=$?
+  "$root/build/asan/bin/$name" "${options[@]}" "$learned" "$seeds" >"$root/build/fuzz/logs/$name.log" 2>&1 || result=$?
   [ "$learned" = "$root/build/fuzz/learned/$name" ] || rm -rf "$learned"
   if [ $result -ne 0 ]; then
     tail -60 "$root/build/fuzz/logs/$name.log" >&2
@@ -58,7 +58,7 @@ reduce_target() {
   reduced="$(mktemp -d)"
   # What never ran with --learn has learned nothing.
   mkdir -p "$root/build/fuzz/learned/$name"
-  "$root/build/fuzz/bin/$name" -merge=1 -timeout=25 "-max_len=$longest_input" \
+  "$root/build/asan/bin/$name" -merge=1 -timeout=25 "-max_len=$longest_input" \
     "$reduced" "$seeds" "$root/build/fuzz/learned/$name" >"$root/build/fuzz/logs/$name.merge.log" 2>&1
   [ -n "$(ls "$reduced")" ] || die "$name: nothing is left of the seeds"
   local before
@@ -75,13 +75,14 @@ reduce_target() {
   rm -rf "$reduced"
 }
 
-build_preset fuzz fuzzers
+build_preset asan fuzzers
+mkdir -p "$root/build/fuzz"
 cd "$root/build/fuzz"
 mkdir -p findings logs learned
 targets=()
 while IFS=$'\t' read -r name seeds dictionary; do
   [ -n "$name" ] && { [ -z "$only" ] || [ "$only" = "$name" ]; } && targets+=("$name|$seeds|$dictionary")
-done <fuzzers.tsv
+done <"$root/build/asan/fuzzers.tsv"
 [ ${#targets[@]} -gt 0 ] || die "no fuzz target${only:+ named $only}"
 
 if [ -n "$reduce" ]; then
