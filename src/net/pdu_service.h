@@ -102,8 +102,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   int Connect(const std::string& host, const std::string& port);
   /// Releases the association, if one is open, and closes the link. 1, whatever comes of the release.
   int Close();
-  /// Takes one peer that connects to `port`, or the connected descriptor, and answers its request. 1 when the association stands. A
-  /// decision that throws is an abort, here and in AcceptNext.
+  /// Takes one peer that connects to `port`, or the connected descriptor, and answers its request. 1 when the association stands. What
+  /// was open before is closed, unless it is that descriptor. A decision that throws is an abort, here and in AcceptNext.
   int Listen(const std::string& port);
   int Listen(int connectedHandle);
   /// Takes peers until one association stands. The listening descriptor, which is the caller's then; 0, with words, when no further

@@ -149,7 +149,8 @@ int PDU_Service::Listen(const std::string& port) {
 }
 
 int PDU_Service::Listen(int connectedHandle) {
-  if (Link.Connected != 0) Link.Close();
+  // The link may have accepted the very one.
+  if (Link.Connected != 0 && Link.DataSocket != connectedHandle) Link.Close();
   Link.Adopt(connectedHandle);
   return AnswerRequest();
 }

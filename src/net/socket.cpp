@@ -393,7 +393,7 @@ bool Socket::KeepPeer(int descriptor) {
 }
 
 void Socket::Adopt(int connected) {
-  Retire(DataSocket);
+  if (DataSocket != connected) Retire(DataSocket);
   SetNoDelay(connected);
   DataSocket = connected;
   Connected = 1;

@@ -46,7 +46,7 @@ class Socket {
   /// Always 1. From another thread: ends what this socket waits for, within milliseconds.
   int Close();
 
-  /// Takes a connected descriptor over, in place of what is open: this closes it.
+  /// Takes a connected descriptor over, and closes what is open unless that is the very one.
   void Adopt(int connected);
   /// Listens on a descriptor that listens already and is the caller's. It must not be closed before GiveListener.
   void AdoptListener(int listening);

@@ -526,5 +526,22 @@ TEST(Listen, ClosesALinkThatIsOpen) {
   pdu.Link.Close();
 }
 
+TEST(Listen, TakesThePeerThatTheLinkHasAlready) {
+  Listener listener;
+  PDU_Service pdu;
+  pdu.Link.AdoptListener(listener.Descriptor());
+  const Peer peer = ConnectTo(listener.Port());
+  ASSERT_EQ(pdu.Link.Accept(), 1);
+  const int descriptor = pdu.Link.DataSocket;
+  for (int turn = 0; turn < 2; ++turn) {
+    peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+    ASSERT_EQ(pdu.Listen(descriptor), 1) << Words(pdu);
+    EXPECT_EQ(pdu.Link.DataSocket, descriptor);
+    EXPECT_EQ(peer.ReceivePdu(), AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(32768)));
+  }
+  EXPECT_EQ(pdu.Link.GiveListener(), listener.Descriptor());
+  pdu.Link.Close();
+}
+
 }  // namespace
 }  // namespace tessaret::test

@@ -298,6 +298,13 @@ TEST_F(ConnectedSocket, ClosesWhatIsOpenWhenItTakesAnother) {
   EXPECT_EQ(Read(1), 1);
 }
 
+TEST_F(ConnectedSocket, KeepsItsOwnConnectionOpenWhenItTakesThat) {
+  socket_.Adopt(socket_.DataSocket);
+  EXPECT_EQ(socket_.Connected, 1);
+  peer_.Send({1});
+  EXPECT_EQ(Read(1), 1);
+}
+
 TEST_F(ConnectedSocket, SendsAtOnceOverAnyConnectionThatItTakes) {
   ConnectByTcp();
   EXPECT_EQ(test::OptionOf(socket_.DataSocket, IPPROTO_TCP, TCP_NODELAY), 1);
