@@ -147,6 +147,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// With `owned` the dictionary is deleted with this, or when another one takes its place.
   void AttachDictionary(const RTC* dictionary, bool owned);
 
+  /// A peer's own from when it has been read until the next Connect, which proposes what stood here before, with titles and
+  /// application context that were set meanwhile.
   tessaret::AAssociateRQ AAssociateRQ;
   tessaret::AAssociateAC AAssociateAC;
   tessaret::AAssociateRJ AAssociateRJ;
@@ -219,7 +221,9 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool EncodeCommand(DICOMCommandObject& commandObject, tessaret::PDataTF& data);
   bool EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffer);
 
-  bool hasEnded_ = false;  // the link, for reading
+  bool hasPeersRequest_ = false;       // in AAssociateRQ
+  tessaret::AAssociateRQ ownRequest_;  // as it stood before that
+  bool hasEnded_ = false;              // the link, for reading
   std::vector<std::uint8_t>
       ahead_;  // received, and read from the incoming chunk that leads into it
 };

@@ -1,6 +1,7 @@
 // How associations begin and end.
 #include <algorithm>
 #include <new>
+#include <utility>
 
 #include "base/text.h"
 #include "core/trace.h"
@@ -47,6 +48,7 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
 
 int PDU_Service::Request(const std::string& host, const std::string& port) {
   ForgetStream();
+  if (std::exchange(hasPeersRequest_, false)) AAssociateRQ = std::move(ownRequest_);
   if (!BuildContexts()) return 0;
   FillImplementationClass(AAssociateRQ.UserInformation.ImplementationClass);
   FillImplementationVersion(AAssociateRQ.UserInformation.ImplementationVersion);
@@ -202,6 +204,7 @@ bool PDU_Service::AnswerOnLink() {
 bool PDU_Service::ReadAndNegotiate() {
   ForgetStream();
   Link.Error = 0;
+  if (!std::exchange(hasPeersRequest_, true)) ownRequest_ = std::move(AAssociateRQ);
   // Nothing that the peer before has said is held against this one.
   AAssociateRQ = tessaret::AAssociateRQ();
   std::uint8_t type = 0;

@@ -301,6 +301,38 @@ TEST(AssociateRequest, ProposesAgainWhatWasProposedBefore) {
                 Joined({ApplicationItem(), ContextItem({41, kEcho, {kImplicit}}), OurUserItem()})));
 }
 
+TEST(AssociateRequest, ProposesItsOwnAfterItHasAnsweredPeers) {
+  PDU_Service pdu;
+  pdu.SetCallingTitle("ME");
+  pdu.SetApplicationContext(UID("1.2.3"));
+  pdu.AddAbstractSyntax(UID(kCt));
+  pdu.AAssociateRQ.UserInformation.AddRoleSelect(SCPSCURoleSelect(UID(kCt), 1, 0));
+  Bytes asked = RequestFor({{1, kEcho, {kImplicit}}}, PeersUserItem(RoleItem(kEcho, 1, 1)));
+  asked[1] = asked[7] = asked[9] = asked[42] = 9;  // reserved bytes, and the version
+  for (const char* const called : {"FIRST", "SECOND"}) {
+    for (int turn = 0; turn < 2; ++turn) {
+      Connection connection;
+      connection.peer.Send(asked);
+      ASSERT_EQ(pdu.Listen(connection.ours), 1);
+      EXPECT_STREQ(pdu.AAssociateRQ.CallingApTitle.data(), "PEER            ");
+      ASSERT_EQ(pdu.AAssociateRQ.PresentationContexts.size(), 1u);
+      EXPECT_EQ(pdu.AAssociateRQ.PresentationContexts[0].AbstractSyntax.View(), kEcho);
+      pdu.Link.Close();
+    }
+    pdu.SetCalledTitle(called);
+    Bytes request;
+    ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
+    // The context that the first request has built is proposed again.
+    SetIdentifierCounter(called == std::string_view("FIRST") ? 41 : 61);
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(server.Wait(), "");
+    EXPECT_EQ(request,
+              Associate(1, called, "ME",
+                        Joined({ApplicationItem("1.2.3"), ContextItem({41, kCt, {kImplicit}}),
+                                OurUserItem(16384, RoleItem(kCt, 0, 1))})));
+  }
+}
+
 TEST(AssociateRequest, ProposesAtMostAsManyContextsAsThereAreIdentifiers) {
   Bytes request;
   ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
