@@ -98,7 +98,7 @@ class PDU_Service : public Buffer, public DataSetCoder {
   // Associations.
 
   /// Requests an association. 1, or 0 with words, the link closed, and the numbers of a refusal in AAssociateRJ: the peer's, source 2
-  /// and reason 1 where the socket could not be opened, source 1 and reason 1 where nothing is proposed.
+  /// and reason 1 where the socket could not be opened, source 1 and reason 1 where nothing is proposed, those of a new one otherwise.
   int Connect(const std::string& host, const std::string& port);
   /// Releases the association, if one is open, and closes the link. 1, whatever comes of the release.
   int Close();
@@ -201,6 +201,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool ReadAndNegotiate();
   /// The same; then the link is closed, too.
   int AnswerRequest();
+  /// Leaves the numbers of a refusal by this side.
+  void NoteRefusal(std::uint8_t source, std::uint8_t reason);
   int Reject(std::uint8_t source, std::uint8_t reason);
   void Abort();
   void WriteAbort();

@@ -276,7 +276,10 @@ std::uint8_t PDU_Service::ActOn(std::uint8_t type) {
   switch (type) {
     case pdu_type::kReleaseRQ:
       // The link stays for the caller to close.
-      if (AReleaseRQ.Read(*this)) AReleaseRP.Write(*this);
+      if (!AReleaseRQ.Read(*this)) return 0;
+      // One that was received may have any type, and reserved bytes.
+      AReleaseRP = tessaret::AReleaseRP();
+      AReleaseRP.Write(*this);
       return 0;
     case pdu_type::kReleaseRP:
       AReleaseRP.Read(*this);

@@ -16,6 +16,7 @@ constexpr std::uint8_t kAccepted = 0;
 // The one result of every refusal, also of one that is about transfer syntaxes alone.
 constexpr std::uint8_t kRefused = 3;
 
+constexpr std::uint8_t kPermanent = 1;
 constexpr std::uint8_t kServiceUser = 1;
 constexpr std::uint8_t kServiceProvider = 2;
 constexpr std::uint8_t kNoReason = 1;
@@ -49,6 +50,8 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
 int PDU_Service::Request(const std::string& host, const std::string& port) {
   ForgetStream();
   if (std::exchange(hasPeersRequest_, false)) AAssociateRQ = std::move(ownRequest_);
+  // Callers choose their words by it, and a refusal from before is not this one's.
+  AAssociateRJ = tessaret::AAssociateRJ();
   if (!BuildContexts()) return 0;
   FillImplementationClass(AAssociateRQ.UserInformation.ImplementationClass);
   FillImplementationVersion(AAssociateRQ.UserInformation.ImplementationVersion);
@@ -59,9 +62,7 @@ int PDU_Service::Request(const std::string& host, const std::string& port) {
     return 0;
   }
   if (Link.Open(host, port) == 0) {
-    AAssociateRJ.Result = 1;
-    AAssociateRJ.Source = kServiceProvider;
-    AAssociateRJ.Reason = kNoReason;
+    NoteRefusal(kServiceProvider, kNoReason);
     return Fail(Link.GetLastError());
   }
   AAssociateRQ.Write(*this);
@@ -98,9 +99,7 @@ bool PDU_Service::BuildContexts() {
 }
 
 bool PDU_Service::RefuseToPropose(const char* words) {
-  AAssociateRJ.Result = 1;
-  AAssociateRJ.Source = kServiceUser;
-  AAssociateRJ.Reason = kNoReason;
+  NoteRefusal(kServiceUser, kNoReason);
   return Fail(words) != 0;
 }
 
@@ -133,13 +132,14 @@ int PDU_Service::Close() {
       Release();
     } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
     }
-    AReleaseRP.ItemType = 6;
   }
   CloseLink();
   return 1;
 }
 
 void PDU_Service::Release() {
+  // The reserved bytes may be those of one that was received.
+  AReleaseRQ = tessaret::AReleaseRQ();
   // Whatever comes is read as the answer; to what could not be sent none comes.
   if (AReleaseRQ.Write(*this) && Read8(&AReleaseRP.ItemType)) AReleaseRP.Read(*this);
 }
@@ -220,10 +220,16 @@ bool PDU_Service::ReadAndNegotiate() {
   return false;
 }
 
-int PDU_Service::Reject(std::uint8_t source, std::uint8_t reason) {
-  AAssociateRJ.Result = 1;
+void PDU_Service::NoteRefusal(std::uint8_t source, std::uint8_t reason) {
+  // The reserved bytes may be those of one that was received.
+  AAssociateRJ = tessaret::AAssociateRJ();
+  AAssociateRJ.Result = kPermanent;
   AAssociateRJ.Source = source;
   AAssociateRJ.Reason = reason;
+}
+
+int PDU_Service::Reject(std::uint8_t source, std::uint8_t reason) {
+  NoteRefusal(source, reason);
   AAssociateRJ.Write(*this);
   return 0;
 }

@@ -331,6 +331,18 @@ TEST(AssociateAnswer, RepeatsNothingThatAPeerHasAnsweredBefore) {
   EXPECT_EQ(answered.sent, AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(32768)));
 }
 
+TEST(AssociateAnswer, RepeatsNothingOfARefusalThatAPeerHasAnsweredBefore) {
+  ScriptedServer server([&](Peer& peer) {
+    static_cast<void>(peer.ReceivePdu());
+    peer.SendAll({3, 9, 0, 0, 0, 4, 9, 2, 3, 4});
+  });
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+  const Answered answered(RequestFor({}), &pdu);
+  EXPECT_EQ(answered.sent, Reject(1, 1, 2));
+}
+
 TEST(AssociateAnswer, FailsWhereTheAnswerCannotBeSent) {
   Connection connection;
   connection.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));

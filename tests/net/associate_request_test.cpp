@@ -192,6 +192,23 @@ TEST(AssociateRequest, HasWordsForEveryResultSourceAndReason) {
   }
 }
 
+TEST(AssociateRequest, LeavesNoNumbersOfARefusalBefore) {
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kEcho));
+  const struct {
+    Bytes answer;
+    Refusal numbers;
+  } rows[] = {{Reject(2, 1, 7), {2, 1, 7, nullptr}},
+              {OurAbort(), {1, 3, 1, nullptr}},
+              {Reject(2, 2, 2), {2, 2, 2, nullptr}},
+              {AnswerOf(AcceptItem(1, 3, "")), {1, 3, 1, nullptr}}};
+  for (const auto& row : rows) {
+    ScriptedServer server(AnswerWith(row.answer));
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_TRUE(pdu.AAssociateRJ == row.numbers) << Words(pdu);
+  }
+}
+
 TEST(AssociateRequest, SaysThatTheLinkFailedWithinARefusal) {
   const Bytes whole = Reject(1, 1, 1);
   for (std::size_t size = 1; size < whole.size(); ++size) {
@@ -502,8 +519,23 @@ TEST(Release, TakesWhateverComesForTheAnswer) {
   EXPECT_EQ(association.pdu.Close(), 1);
   EXPECT_EQ(association.pdu.PDataTF.Length, 0u);
   EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
-  // What is answered later is an answer all the same.
-  EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 6);
+  EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 9);
+}
+
+TEST(Release, RepeatsNothingThatAPeerHasSaidBefore) {
+  PDU_Service pdu;
+  for (int turn = 0; turn < 2; ++turn) {
+    Connection connection;
+    pdu.Link.Adopt(connection.ours);
+    connection.peer.Send({5, 9, 0, 0, 0, 4, 9, 9, 9, 9});
+    DICOMCommandObject command;
+    EXPECT_EQ(pdu.Read(command), 0);
+    EXPECT_EQ(connection.peer.Received(), ReleaseAnswer());
+    // Whatever comes for the answer.
+    connection.peer.Send({8, 9, 0, 0, 0, 4, 9, 9, 9, 9});
+    EXPECT_EQ(pdu.Close(), 1);
+    EXPECT_EQ(connection.peer.ReceiveToEnd(), ReleaseRequest());
+  }
 }
 
 TEST(Release, EndsThoughThePeerSaysNothingOrHalfOfIt) {
