@@ -50,7 +50,7 @@ bool PDataTF::Queue(PDU_Service& pdu) {
 bool PDataTF::QueueFragment(PDU_Service& pdu, std::uint32_t size) {
   Length = size + kPdvHeadBytes;
   PDVLength = size + kPdvOwnBytes;
-  std::array<std::uint8_t, kPduHeadBytes + kPdvHeadBytes> head{ItemType, Reserved1};
+  std::array<std::uint8_t, kPduHeadBytes + kPdvHeadBytes> head{ItemType};
   StoreBig32(&head[2], Length);
   StoreBig32(&head[6], PDVLength);
   head[10] = MessagePresentationContextID;

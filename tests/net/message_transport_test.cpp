@@ -262,6 +262,18 @@ TEST(WriteMessage, SendsWhatStandsInTheBuffer) {
   EXPECT_EQ(association.peer.Received(), Data(5, kWholeCommand, {7}));
 }
 
+TEST(WriteMessage, RepeatsNoReservedByteOfThePeer) {
+  Association association(kContexts);
+  Bytes asked = Data(3, kWholeCommand, Command().Number(0x0100, 1));
+  asked[1] = 9;
+  association.peer.Send(asked);
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 3);
+  EXPECT_EQ(association.pdu.PDataTF.Reserved1, 9);
+  EXPECT_TRUE(association.pdu.Write(command, std::uint8_t{3}));
+  EXPECT_EQ(association.peer.Received(), Data(3, kWholeCommand, Command().Number(0x0100, 1)));
+}
+
 TEST(WriteMessage, SendsNothingOfWhatAnEarlierFailureLeftInTheBuffer) {
   Association association(kContexts);
   association.pdu.PDataTF.VRBuffer.Write8(7);
