@@ -210,8 +210,9 @@ class PDU_Service : public Buffer, public DataSetCoder {
   std::uint8_t EndOfLink();
   /// Leaves the words for it; of a failure the peer is told.
   void NoteEndOfLink();
-  /// Leaves the words of the socket. False.
-  bool FailToSend();
+  /// What `work` answers, which sends a message. Where it fails the link is closed, with words.
+  template <class Work>
+  bool Sends(Work work);
   /// Acts on a PDU that is not of data. Always 0.
   std::uint8_t ActOn(std::uint8_t type);
   std::uint8_t ReadMessage(DICOMObject& object);

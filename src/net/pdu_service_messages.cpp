@@ -31,6 +31,9 @@ constexpr const char* kUnexpectedWords[] = {
     "Got unexpected A-ASSCIATE-RJ, sending A-Abort-RQ",
 };
 
+/// Words for what another thread of this side has ended.
+constexpr const char* kClosedHere = "The link was closed";
+
 namespace pdu_type {
 constexpr std::uint8_t kData = 4;
 constexpr std::uint8_t kReleaseRQ = 5;
@@ -174,7 +177,7 @@ bool PDU_Service::Write(DICOMCommandObject& commandObject, std::uint8_t contextI
 
 bool PDU_Service::Write(std::uint8_t contextID) {
   PDataTF.MessagePresentationContextID = contextID;
-  return OrCloseLink([&] { return PDataTF.Write(*this); }) || FailToSend();
+  return Sends([&] { return PDataTF.Write(*this); });
 }
 
 bool PDU_Service::Write(DICOMCommandObject& commandObject, DICOMDataObject* dataObject,
@@ -208,13 +211,15 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
   command.MessagePresentationContextID = contextID;
   data.MessagePresentationContextID = contextID;
   PDataTF.MessagePresentationContextID = contextID;
-  return OrCloseLink([&] { return command.Queue(*this) && data.Queue(*this) && Flush(); }) ||
-         FailToSend();
+  return Sends([&] { return command.Queue(*this) && data.Queue(*this) && Flush(); });
 }
 
-bool PDU_Service::FailToSend() {
+template <class Work>
+bool PDU_Service::Sends(Work work) {
+  const bool wasOpen = Link.Connected != 0;
+  if (OrCloseLink(work)) return true;
   // Of a link that was closed before, the words that say why stand already.
-  if (Link.Connected != 0) Fail(Link.GetLastError());
+  if (wasOpen) Fail(Link.Connected == 0 ? kClosedHere : Link.GetLastError());
   // A message that went in part is the end of the link, and nothing of it may go on a later one.
   CloseLink();
   return false;
@@ -265,7 +270,7 @@ std::uint8_t PDU_Service::EndOfLink() {
 
 void PDU_Service::NoteEndOfLink() {
   if (Link.Error == 0) {
-    Fail("The peer has closed the link");
+    Fail(Link.Connected == 0 ? kClosedHere : "The peer has closed the link");
     return;
   }
   Fail(Link.GetLastError());

@@ -27,8 +27,8 @@ class Socket {
   Socket(const Socket&) = delete;
   Socket& operator=(const Socket&) = delete;
 
-  /// Sends all of `length` bytes. 1; 0 with words when not connected, the link is lost, or the peer takes nothing for TimeoutSecs
-  /// seconds.
+  /// Sends all of `length` bytes. 1; 0 when not connected, and with words when the link is lost, or the peer takes nothing for
+  /// TimeoutSecs seconds.
   virtual int Send(const void* buffer, std::uint32_t length);
   /// Receives what has come, at most `length` bytes, and waits for the first of them. The number received; 0 when not connected; -1
   /// after a timeout or a wait that failed, with Error and words set, where the link is lost, with the words as they were, and where

@@ -47,6 +47,7 @@ TEST(CloseByAnotherThread, EndsARead) {
     return SecondsToEnd(association.pdu.Link, [&] {
       DICOMCommandObject command;
       EXPECT_EQ(association.pdu.Read(command), 0);
+      EXPECT_EQ(Words(association.pdu), "The link was closed");
     });
   });
 }
@@ -75,6 +76,7 @@ TEST(CloseByAnotherThread, EndsAWriteThatThePeerDoesNotTake) {
       DICOMDataObject object;
       PutBytes(object, 0x7FE0, 0x0010, type_code::OW, much);
       EXPECT_FALSE(association.pdu.Write(object, UID(kEcho)));
+      EXPECT_EQ(Words(association.pdu), "The link was closed");
     });
   });
 }
