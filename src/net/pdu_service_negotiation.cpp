@@ -126,7 +126,6 @@ int PDU_Service::CheckAccept() {
 }
 
 int PDU_Service::Close() {
-  PDataTF.Length = 0;
   if (Link.Connected != 0) {
     try {
       Release();

@@ -112,13 +112,6 @@ SocketResult AcceptPeer(int descriptor, sockaddr_in& address) {
   }));
 }
 
-SocketResult OwnAddress(int descriptor, sockaddr_in& address) {
-  return Run(SocketCall::kOption, [&] {
-    socklen_t size = sizeof address;
-    return ::getsockname(descriptor, Bare(address), &size);
-  });
-}
-
 SocketResult SetReusable(int descriptor) {
   return SetOption(descriptor, SOL_SOCKET, SO_REUSEADDR, int{1});
 }
@@ -143,7 +136,7 @@ SocketResult ReceiveSome(int descriptor, void* data, std::size_t count) {
              [&] { return ::recv(descriptor, data, count, MSG_DONTWAIT); });
 }
 
-SocketResult WaitForSockets(Waiting& first, Waiting* second, const Deadline& deadline) {
+SocketResult WaitForSockets(const Waiting& first, const Waiting* second, const Deadline& deadline) {
   const auto asked = [](const Waiting& waiting) {
     return pollfd{.fd = waiting.descriptor,
                   .events = static_cast<short>(waiting.forWriting ? POLLOUT : POLLIN),
@@ -159,8 +152,6 @@ SocketResult WaitForSockets(Waiting& first, Waiting* second, const Deadline& dea
     if (!result.Ok()) return result;
     // A wait longer than the system counts ends early.
     if (result.value == 0 && wait != 0 && MillisecondsTo(deadline) != 0) continue;
-    first.isReady = ready[0].revents != 0;
-    if (second != nullptr) second->isReady = ready[1].revents != 0;
     return result;
   }
 }

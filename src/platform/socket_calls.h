@@ -26,7 +26,7 @@ enum class SocketCall {
   kSend,
   kReceive,
   kWait,
-  kOption,  // names and modes too
+  kOption,  // modes too
   kPair,
 };
 
@@ -48,8 +48,6 @@ SocketResult BindSocket(int descriptor, const sockaddr_in& address);
 SocketResult ListenOnSocket(int descriptor, int backlog);
 /// The next peer of a listening socket, its address in `address`. EAGAIN where none waits, or a wait for one is due.
 SocketResult AcceptPeer(int descriptor, sockaddr_in& address);
-/// The address that the socket is bound to.
-SocketResult OwnAddress(int descriptor, sockaddr_in& address);
 SocketResult SetReusable(int descriptor);
 /// Closing does not wait for what is still to be sent; the time is stored for whoever switches waiting on.
 SocketResult SetNoLinger(int descriptor, int seconds);
@@ -67,12 +65,11 @@ SocketResult ReceiveSome(int descriptor, void* data, std::size_t count);
 struct Waiting {
   int descriptor;
   bool forWriting;
-  bool isReady = false;  // answer
 };
 
 /// Waits until at least one of two is ready or the deadline passes; value is how many are, 0 at the deadline. With a second of null
 /// there is one. An error on a descriptor makes it ready: the next call on it tells.
-SocketResult WaitForSockets(Waiting& first, Waiting* second, const Deadline& deadline);
+SocketResult WaitForSockets(const Waiting& first, const Waiting* second, const Deadline& deadline);
 
 /// Two sockets that are connected with each other, both non-blocking, for the caller to close.
 SocketResult OpenSocketPair(std::array<int, 2>& ends);
