@@ -17,7 +17,7 @@ constexpr std::uint32_t kPdvHeadBytes = 6;
 constexpr std::uint32_t kPdvOwnBytes = 2;
 constexpr std::uint32_t kPduHeadBytes = 6;
 
-// What is gathered for one call of the system.
+// What is gathered before it goes, in as many calls of the system as the stream has chunks for it.
 constexpr std::int32_t kQueuedBytes = 1 << 16;
 
 constexpr std::uint32_t kFirstRoom = 1 << 13;

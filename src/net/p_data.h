@@ -41,9 +41,8 @@ class PDataTF {
 
   /// Sends what VRBuffer has to send and takes it out of there: fragments of 4096 bytes and a rest, each a PDU with one PDV, the last
   /// of them marked. MessagePresentationContextID and bit 0 of MessageControl say what it is; its other bits go along where there is
-  /// only one fragment, and are cleared by the first of several. Nothing is sent, not even a mark, where
-  /// there is nothing. False when it could not be sent. Several PDUs go in one call of the system, and none waits here when this
-  /// returns.
+  /// only one fragment, and are cleared by the first of several. Nothing is sent, not even a mark, where there is nothing. False when it
+  /// could not be sent. Several PDUs go in one call of the system, and none waits here when this returns.
   bool Write(PDU_Service& pdu);
   /// The same, but the last PDUs may still wait in the stream for the caller's flush.
   bool Queue(PDU_Service& pdu);
@@ -70,7 +69,7 @@ class PDataTF {
   PDU_Service* Link = nullptr;  // over which the last transfer went; not owned
   std::int32_t MsgStatus = 0;   // 1: the message is complete
   std::uint32_t PDVLength = 0;
-  // The two bytes at the head of the last PDV read, or written.
+  // The two bytes at the head of the last PDV read.
   std::uint8_t PresentationContextID = 0;
   std::uint8_t MsgHeader = 0;
   // Set by the caller before a write; the identifier is left by a read.

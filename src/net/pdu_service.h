@@ -76,7 +76,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
 
   /// Reads `buffer` into `object`, whose (0002,0010) then names the syntax.
   virtual bool ParseIncoming(std::uint8_t contextID, Buffer& buffer, DICOMObject& object);
-  /// Writes `object`, which is popped empty, into `buffer`.
+  /// Writes `object`, which is popped empty, into `buffer`. A descendant that writes another object in its place keeps
+  /// the bytes that it shares until the message is sent: they may wait where they lie.
   virtual bool ParseOutgoing(DICOMObject& object, Buffer& buffer, std::uint8_t contextID);
   /// Writes it in its own syntax where a context of the abstract syntax has that, and otherwise in the first one of the table of
   /// syntaxes that any has. The context's identifier, 0 with words where there is none.

@@ -4,6 +4,7 @@
 
 #include "core/trace.h"
 #include "net/scripted_peer.h"
+#include "support/socket_failure.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
@@ -48,6 +49,16 @@ TEST(PDataWrite, LeavesOneBitOfTheControlByteWhereMoreFollowsAndAddsOneToTheLast
 }
 
 TEST(PDataWrite, SendsNothingWhereThereIsNothing) { EXPECT_TRUE(SentFor(0, 0).empty()); }
+
+TEST(PDataWrite, SendsSeveralFragmentsByOneCall) {
+  Association association(kContexts);
+  PDataTF data;
+  const Bytes message = Pattern(100000);  // 25 fragments
+  data.VRBuffer.Write(message.data(), static_cast<std::uint32_t>(message.size()));
+  SocketFailure calls;
+  EXPECT_TRUE(data.Write(association.pdu));
+  EXPECT_LE(calls.Calls(SocketCall::kSend), 25 / 4);
+}
 
 TEST(PDataWrite, FailsWhereTheLinkIsLost) {
   Association association(kContexts);
