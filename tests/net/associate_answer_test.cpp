@@ -189,6 +189,20 @@ TEST(AssociateAnswer, AbortsWhereADecisionThrows) {
   EXPECT_EQ(Words(pdu), "The request could not be answered, sending A-Abort-RQ");
 }
 
+TEST(AssociateAnswer, AbortsWithoutTheAnswerThatCouldNotBeSent) {
+  class ThrowsOnce : public PDU_Service {
+    int SendBinary(const void* data, std::uint32_t count) override {
+      if (std::exchange(throws_, false)) throw std::runtime_error("not now");
+      return PDU_Service::SendBinary(data, count);
+    }
+    bool throws_ = true;
+  };
+  ThrowsOnce pdu;
+  const Answered answered(RequestFor({{1, kCt, {kImplicit}}}), &pdu);
+  EXPECT_EQ(answered.result, 0);
+  EXPECT_EQ(answered.sent, OurAbort());
+}
+
 TEST(AssociateAnswer, WritesInTheContextThatWasAcceptedOfTwoWithOneIdentifier) {
   Connection connection;
   PDU_Service pdu;
@@ -410,6 +424,20 @@ TEST(AcceptNext, TakesPeersUntilOneAssociationStandsAndGivesTheListenerBack) {
   ::close(handle);
 }
 
+TEST(AcceptNext, ClosesAPeerThatIsRefusedBeforeItWaitsForTheNext) {
+  const Listener listener;
+  const Peer refused = ConnectTo(listener.Port());
+  refused.Send(RequestFor({{1, kCt, {kExplicit}}}));
+  PDU_Service pdu;
+  std::thread acceptor([&] { pdu.AcceptNext(listener.Descriptor()); });
+  EXPECT_EQ(refused.ReceiveToEnd(), Reject(1, 1, 2));
+  const Peer good = ConnectTo(listener.Port());
+  good.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  acceptor.join();
+  EXPECT_EQ(TypesOf(good.ReceivePdu()), "2");
+  pdu.Link.Close();
+}
+
 TEST(AcceptNext, HoldsNothingAgainstAPeerThatTheOneBeforeHasSaid) {
   Listener listener;
   Peer refused = ConnectTo(listener.Port());
@@ -535,7 +563,13 @@ TEST(Listen, ClosesALinkThatIsOpen) {
   ASSERT_EQ(pdu.Listen(first.ours), 1);
   ASSERT_EQ(pdu.Listen(second.ours), 1);
   EXPECT_EQ(TypesOf(first.peer.ReceiveToEnd()), "2");
-  pdu.Link.Close();
+  EXPECT_EQ(pdu.Listen("no such service"), 0);
+  EXPECT_EQ(TypesOf(second.peer.ReceiveToEnd()), "2");
+  Connection third;
+  third.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  ASSERT_EQ(pdu.Listen(third.ours), 1);
+  EXPECT_EQ(pdu.AcceptNext("no such service"), 0);
+  EXPECT_EQ(TypesOf(third.peer.ReceiveToEnd()), "2");
 }
 
 TEST(Listen, TakesThePeerThatTheLinkHasAlready) {

@@ -297,6 +297,15 @@ TEST(AssociateRequest, DigestsAnswersAsTheyStand) {
   EXPECT_EQ(pdu.AcceptedContexts[0].TransferSyntax.View(), "1.2.3.4");
   EXPECT_EQ(pdu.AcceptedContexts[1].AbstractSyntax.View(), kEcho);
   EXPECT_EQ(pdu.ContextIDFor(UID(kCt)), 5);
+
+  // Of two with one identifier the first is meant.
+  auto& proposed = pdu.AAssociateRQ.PresentationContexts;
+  proposed[1].PresentationContextID = proposed[2].PresentationContextID = 1;
+  pdu.AAssociateAC.PresentationContexts.clear();
+  answer(1, 0, kImplicit);
+  ASSERT_EQ(pdu.CheckAccept(), 1);
+  ASSERT_EQ(pdu.AcceptedContexts.size(), 1u);
+  EXPECT_EQ(pdu.AcceptedContexts[0].AbstractSyntax.View(), kEcho);
 }
 
 TEST(AssociateRequest, ProposesAgainWhatWasProposedBefore) {
@@ -509,6 +518,7 @@ TEST(Release, EndsThoughThePeerJustCloses) {
   association.peer.EndSending();
   EXPECT_EQ(association.pdu.Close(), 1);
   EXPECT_EQ(association.pdu.Link.Connected, 0);
+  EXPECT_FALSE(association.pdu.IsEnd());  // of the link that may come
   EXPECT_EQ(association.peer.Received(), ReleaseRequest());
 }
 
@@ -516,8 +526,10 @@ TEST(Release, TakesWhateverComesForTheAnswer) {
   Association association({{1, kEcho, kImplicit}});
   association.peer.Send(Joined({{9}, Bytes(9)}));
   association.pdu.PDataTF.Length = 77;
+  association.pdu.PDataTF.MsgStatus = 1;
   EXPECT_EQ(association.pdu.Close(), 1);
   EXPECT_EQ(association.pdu.PDataTF.Length, 0u);
+  EXPECT_EQ(association.pdu.PDataTF.MsgStatus, 0);
   EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
   EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 9);
 }
@@ -632,7 +644,9 @@ TEST(PduService, DeletesADictionaryThatItOwnsWhenAnotherTakesItsPlace) {
     PDU_Service pdu;
     pdu.AttachDictionary(new RTC, true);
     EXPECT_EQ(pdu.OwnsDictionary, 1);
-    pdu.AttachDictionary(new RTC, true);  // a leak would show under the sanitizer
+    const auto* const again = new RTC;
+    pdu.AttachDictionary(again, true);  // a leak would show under the sanitizer
+    pdu.AttachDictionary(again, true);
     pdu.AttachDictionary(&other, false);
     EXPECT_EQ(pdu.Dictionary, &other);
     EXPECT_EQ(pdu.OwnsDictionary, 0);

@@ -254,6 +254,48 @@ TEST(WriteMessage, SendsWhatAnElementSharesWithOneWithinAnItem) {
       Joined({Data(1, kWholeCommand, Command().Number(0x0100, 1)), Fragmented(1, 0, expected)}));
 }
 
+TEST(WriteMessage, SendsWhatAnElementSharesWithOneOfTheCommand) {
+  const Bytes bytes = Pattern(100000);
+  Association association(kContexts);
+  DICOMCommandObject command;
+  auto owner = OwnBytes(0x0000, 0x0901, bytes);
+  DICOMDataObject object;
+  object.Push(Sharing(*owner, 0x0009, 0x1001).release());
+  command.Push(owner.release());
+  EXPECT_TRUE(association.pdu.Write(command, &object, UID(kEcho)));
+  const Bytes elements = Elements().Value(0x0000, 0x0901, bytes);
+  const std::size_t length = elements.size();
+  Elements head;
+  head.Value(0, 0,
+             {static_cast<std::uint8_t>(length), static_cast<std::uint8_t>(length >> 8),
+              static_cast<std::uint8_t>(length >> 16), 0});
+  EXPECT_EQ(association.peer.Received(),
+            Joined({Fragmented(1, kCommandPart, Joined({head, elements})),
+                    Fragmented(1, 0, Elements().Value(0x0009, 0x1001, bytes))}));
+}
+
+TEST(WriteMessage, SendsNothingOfAnObjectThatIsNestedTooDeeply) {
+  Association association(kContexts);
+  DICOMDataObject object;
+  DICOMObject* innermost = &object;
+  for (int depth = 0; depth < 100000; ++depth) {
+    auto sequence = std::make_unique<VR>();
+    sequence->Group = 0x0040;
+    sequence->Element = 0xA730;
+    sequence->TypeCode = type_code::SQ;
+    auto item = std::make_unique<DICOMObject>();
+    DICOMObject* const next = item.get();
+    ASSERT_TRUE(sequence->AddItem(item.release()));
+    innermost->Push(sequence.release());
+    innermost = next;
+  }
+  DICOMCommandObject command;
+  PutNumber16(command, 0x0000, 0x0100, 1);
+  EXPECT_FALSE(association.pdu.Write(command, &object, UID(kEcho)));
+  EXPECT_TRUE(association.peer.Received().empty());
+  EXPECT_EQ(association.pdu.Link.Connected, 1);
+}
+
 TEST(WriteMessage, SendsWhatStandsInTheBuffer) {
   Association association(kContexts);
   association.pdu.PDataTF.VRBuffer.Write8(7);

@@ -103,6 +103,7 @@ TEST(PDataRead, GathersTheFragmentsOfAMessage) {
   association.peer.Send(
       Joined({Pdu(4, Joined({Pdv(3, 0, a), Pdv(3, 0, b)})), Data(3, kLastPart, c)}));
   PDataTF data;
+  data.MsgStatus = 1;  // of the message before
   EXPECT_EQ(ReadOnce(association, data), (Step{true, 0, 0, Joined({a, b})}));
   EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, Joined({a, b, c})}));
   EXPECT_EQ(data.MessagePresentationContextID, 3);
