@@ -144,7 +144,6 @@ void PDU_Service::Release() {
 }
 
 int PDU_Service::Listen(const std::string& port) {
-  if (Link.Connected != 0) Link.Close();
   if (Link.Listen(port) == 0 || Link.Accept() == 0) return Fail(Link.GetLastError());
   return AnswerRequest();
 }
@@ -157,7 +156,6 @@ int PDU_Service::Listen(int connectedHandle) {
 }
 
 int PDU_Service::AcceptNext(const std::string& port) {
-  if (Link.Connected != 0) Link.Close();
   if (Link.Listen(port) == 0) return Fail(Link.GetLastError());
   return AcceptOnListener();
 }
