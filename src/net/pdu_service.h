@@ -168,6 +168,9 @@ class PDU_Service : public Buffer, public DataSetCoder {
   Socket Link;
 
  private:
+  // Words for what another thread of this side has ended.
+  static constexpr const char* kClosedHere = "The link was closed";
+
   /// Receives what has come, at least a byte. False at the end of the link.
   bool ReceiveAhead();
   /// Forgets all that waits in either direction, of a link before.

@@ -31,9 +31,6 @@ constexpr const char* kUnexpectedWords[] = {
     "Got unexpected A-ASSCIATE-RJ, sending A-Abort-RQ",
 };
 
-/// Words for what another thread of this side has ended.
-constexpr const char* kClosedHere = "The link was closed";
-
 namespace pdu_type {
 constexpr std::uint8_t kData = 4;
 constexpr std::uint8_t kReleaseRQ = 5;
@@ -264,7 +261,7 @@ std::uint8_t PDU_Service::ReadMessage(DICOMObject& object) {
 
 std::uint8_t PDU_Service::EndOfLink() {
   NoteEndOfLink();
-  Link.Close();
+  CloseLink();
   return 0;
 }
 
@@ -288,11 +285,11 @@ std::uint8_t PDU_Service::ActOn(std::uint8_t type) {
       return 0;
     case pdu_type::kReleaseRP:
       AReleaseRP.Read(*this);
-      Link.Close();
+      CloseLink();
       return 0;
     case pdu_type::kAbort:
       AAbortRQ.Read(*this);
-      Link.Close();
+      CloseLink();
       return 0;
     default:
       break;
@@ -326,7 +323,7 @@ std::uint8_t PDU_Service::Decode(DICOMObject& object, const char* wordsOnFailure
 
 void PDU_Service::Abort() {
   WriteAbort();
-  Link.Close();
+  CloseLink();
 }
 
 void PDU_Service::WriteAbort() {

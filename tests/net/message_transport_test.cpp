@@ -686,6 +686,18 @@ TEST(ReadMessage, TriesToAbortALinkOnWhichNothingComes) {
   EXPECT_EQ(association.peer.ReceiveToEnd(), OurAbort());
 }
 
+TEST(ReadMessage, KeepsNothingOfAMessageWhoseLinkHasEndedWithinIt) {
+  for (const Bytes& end : {Bytes{}, OurAbort(), ReleaseAnswer(), Bytes{8}}) {
+    Association association(kContexts);
+    association.peer.SendAll(Joined({Data(3, 0, Pattern(100000)), end}));
+    DICOMDataObject object;
+    EXPECT_EQ(association.pdu.Read(object), 0);
+    EXPECT_EQ(association.pdu.Link.Connected, 0);
+    EXPECT_TRUE(association.pdu.PDataTF.Message().empty());
+    EXPECT_FALSE(association.pdu.HasInput());
+  }
+}
+
 TEST(ReadMessage, AnswersNothingWhereThereIsNoLink) {
   PDU_Service pdu;
   pdu.PDataTF.MsgStatus = 1;
