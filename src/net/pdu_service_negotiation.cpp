@@ -176,7 +176,8 @@ int PDU_Service::AcceptOnListener() {
     Link.ClosePeer();
   }
   DumpTrace(kDumpPdu, "%s", "Accepted association\n");
-  return Link.GiveListener();
+  const int listener = Link.GiveListener();
+  return listener != 0 ? listener : Fail(kClosedHere);
 }
 
 int PDU_Service::AnswerRequest() {

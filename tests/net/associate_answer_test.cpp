@@ -499,6 +499,23 @@ TEST(AcceptNext, MarksAnAssociationInTheTrace) {
   pdu.Link.Close();
 }
 
+TEST(AcceptNext, SaysThatItsLinkWasClosedAsTheAnswerWent) {
+  class ClosedOnce : public PDU_Service {
+    int SendBinary(const void* data, std::uint32_t count) override {
+      const int isSent = PDU_Service::SendBinary(data, count);
+      Link.Close();
+      return isSent;
+    }
+  };
+  Listener listener;
+  const Peer peer = ConnectTo(listener.Port());
+  peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  ClosedOnce pdu;
+  EXPECT_EQ(pdu.AcceptNext(listener.Give()), 0);
+  EXPECT_EQ(Words(pdu), "The link was closed");
+  EXPECT_EQ(TypesOf(peer.ReceiveToEnd()), "2");
+}
+
 TEST(AcceptNext, ListensOnAPortOfItsOwn) {
   const std::string port = FreePort();
   std::thread client([&] {
