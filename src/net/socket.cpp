@@ -393,7 +393,8 @@ bool Socket::KeepPeer(int descriptor) {
 }
 
 void Socket::Adopt(int connected) {
-  if (DataSocket != connected) Retire(DataSocket);
+  if (DataSocket != connected) ClosePeer();
+  if (connected <= 0) return;
   SetNoDelay(connected);
   DataSocket = connected;
   Connected = 1;

@@ -46,7 +46,7 @@ class Socket {
   /// Always 1. From another thread: ends what this socket waits for, within milliseconds.
   int Close();
 
-  /// Takes a connected descriptor over, and closes what is open unless that is the very one.
+  /// Takes a connected descriptor over, and closes what is open unless that is the very one. 0 and below are none.
   void Adopt(int connected);
   /// Listens on a descriptor that listens already and is the caller's. It must not be closed before GiveListener.
   void AdoptListener(int listening);

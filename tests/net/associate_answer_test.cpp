@@ -589,6 +589,17 @@ TEST(Listen, ClosesALinkThatIsOpen) {
   EXPECT_EQ(TypesOf(third.peer.ReceiveToEnd()), "2");
 }
 
+TEST(Listen, TakesNoPeerFromWhatIsNoDescriptor) {
+  PDU_Service pdu;
+  for (const int descriptor : {0, -1}) {
+    EXPECT_EQ(pdu.Listen(descriptor), 0);
+    EXPECT_EQ(Words(pdu), "The link was closed");
+    pdu.Link.Adopt(descriptor);
+    EXPECT_EQ(pdu.Link.Connected, 0);
+    EXPECT_EQ(pdu.Link.DataSocket, 0);
+  }
+}
+
 TEST(Listen, TakesThePeerThatTheLinkHasAlready) {
   Listener listener;
   PDU_Service pdu;
