@@ -49,6 +49,8 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
     response.Reset();
     if (pdu_.Read(response) == 0) return CloseLink();
     if (!IsCommand(pdu_)) {
+      // It belongs to a command that an abandoned request got in place of its response.
+      if (!pdu_.AbandonedMessages.empty()) continue;
       pdu_.SetError("Got a data set where a response was awaited");
       return false;
     }

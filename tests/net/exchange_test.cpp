@@ -108,6 +108,23 @@ TEST(Exchange, DropsTheResponsesOfThoseThatWereAbandoned) {
   EXPECT_EQ(StatusOfNext(next, 0x8030), 5);
 }
 
+TEST(Exchange, DropsTheDataSetOfWhatAnAbandonedOneGotInstead) {
+  // A peer may ask for something itself, with a data set: nothing of it is left for the request after the next one.
+  const Bytes report = Data(
+      5, kWholeCommand, Command().Number(0x0100, 0x0100).Number(0x0110, 3).Number(0x0800, 0x0102));
+  Association association(kContexts);
+  association.peer.Send(Joined({report, Data(5, kLastPart, NameBytes("AA")),
+                                Response(0x8030, 7, 0), Response(0x8030, 9, 5)}));
+  {
+    Exchange abandoned(association.pdu);
+    abandoned.Expect(7);
+    EXPECT_EQ(StatusOfNext(abandoned, 0x8030), -1);
+  }
+  Exchange next(association.pdu);
+  next.Expect(9);
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 5) << Words(association.pdu);
+}
+
 TEST(Exchange, EndsWithItsLastResponse) {
   Association association(kContexts);
   {
