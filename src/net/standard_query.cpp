@@ -56,7 +56,7 @@ bool StandardQuery::Read(PDU_Service* pdu, DICOMCommandObject* command) {
         return false;
     }
     // One that is not there says nothing, and one without an element could not follow.
-    if (response == nullptr || response->IsEmpty()) continue;
+    if (response == nullptr || !HasElementToSend(*response)) continue;
     if (!CFindRSP::Write(pdu, command, dimse_status::kPending, response.get())) return false;
   }
   return CFindRSP::Write(pdu, command, dimse_status::kSuccess);

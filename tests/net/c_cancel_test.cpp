@@ -7,6 +7,15 @@
 namespace tessaret::test {
 namespace {
 
+/// One on which a message has come, in context 3.
+struct AssociationInUse : Association {
+  AssociationInUse() : Association(kMessageContexts) {
+    peer.Send(Data(3, kWholeCommand, Command().Number(0x0100, 0x8001)));
+    DICOMCommandObject command;
+    EXPECT_EQ(pdu.Read(command), 3);
+  }
+};
+
 TEST(CCancel, GoesOnTheContextOfTheLastMessage) {
   Association association(kMessageContexts);
   association.pdu.PDataTF.MessagePresentationContextID = 7;  // whatever it is
@@ -49,10 +58,7 @@ TEST(CCancel, HasNoContextBeforeTheFirstMessage) {
 }
 
 TEST(CCancel, HasNoContextOfAnAssociationBefore) {
-  Association association(kMessageContexts);
-  association.peer.Send(Data(3, kWholeCommand, Command().Number(0x0100, 0x8001)));
-  DICOMCommandObject command;
-  EXPECT_EQ(association.pdu.Read(command), 3);
+  AssociationInUse association;
   EXPECT_EQ(association.pdu.Connect("127.0.0.1", FreePort()), 0);
   Connection next;
   association.pdu.Link.Adopt(next.ours);
@@ -61,10 +67,7 @@ TEST(CCancel, HasNoContextOfAnAssociationBefore) {
 }
 
 TEST(CCancel, GoesOnTheContextOfTheMessageReadLast) {
-  Association association(kMessageContexts);
-  association.peer.Send(Data(3, kWholeCommand, Command().Number(0x0100, 0x8001)));
-  DICOMCommandObject command;
-  EXPECT_EQ(association.pdu.Read(command), 3);
+  AssociationInUse association;
   EXPECT_TRUE(CCancelRQ::Write(&association.pdu, 1));
   EXPECT_EQ(association.peer.Received(),
             Data(3, kWholeCommand,

@@ -27,14 +27,7 @@ TEST(CFindRequest, IsThisOnTheWire) {
 }
 
 TEST(CFindRequest, IsRefusedWithoutWhatItNeeds) {
-  Association association(kMessageContexts);
-  DICOMDataObject object;
-  FillIdentifier(object);
-  PDU_Service* const pdu = &association.pdu;
-  EXPECT_FALSE(About<CFindRQ>(kFind).Write(nullptr, &object));
-  EXPECT_FALSE(About<CFindRQ>(kFind).Write(pdu, nullptr));
-  EXPECT_FALSE(About<CFindRQ>("").Write(pdu, &object));
-  EXPECT_TRUE(association.peer.Received().empty());
+  ExpectRequestRefused<CFindRQ>(kFind, DataSetOf::kNeeded);
 }
 
 TEST(CFindResponse, IsThisOnTheWire) {
@@ -76,16 +69,7 @@ TEST(CFindResponse, CopiesInitiatorAndReceiverAndTakesAPriorityThatIsMissingForZ
                                                   .Number(0x0900, 0xC001)));
 }
 
-TEST(CFindResponse, IsRefusedWithoutWhatItNeeds) {
-  Association association(kMessageContexts);
-  DICOMCommandObject request;
-  FillReceived(request, kFind);
-  PDU_Service* const pdu = &association.pdu;
-  EXPECT_FALSE(About<CFindRSP>(kFind).Write(nullptr, &request, 0));
-  EXPECT_FALSE(About<CFindRSP>(kFind).Write(pdu, nullptr, 0));
-  EXPECT_FALSE(About<CFindRSP>("").Write(pdu, &request, 0));
-  EXPECT_TRUE(association.peer.Received().empty());
-}
+TEST(CFindResponse, IsRefusedWithoutWhatItNeeds) { ExpectResponseRefused<CFindRSP>(); }
 
 TEST(CFindResponse, SendsNothingWhereItsDataCannotBeEncoded) {
   Association association({{5, kFind, "1.2.3"}});

@@ -30,30 +30,16 @@ TEST(CGetRequest, IsThisOnTheWireWithAnIdentifierOrWithout) {
 }
 
 TEST(CGetRequest, IsRefusedWithoutWhatItNeeds) {
-  Association association(kMessageContexts);
-  DICOMDataObject object;
-  FillIdentifier(object);
-  PDU_Service* const pdu = &association.pdu;
-  EXPECT_FALSE(About<CGetRQ>(kFind).Write(nullptr, &object));
-  EXPECT_FALSE(About<CGetRQ>("").Write(pdu, &object));
-  EXPECT_TRUE(association.peer.Received().empty());
+  ExpectRequestRefused<CGetRQ>(kFind, DataSetOf::kOptional);
 }
 
 TEST(CGetRequest, ClosesTheLinkWhereItsIdentifierCannotBeEncoded) {
-  Association association({{5, kFind, "1.2.3"}});
-  DICOMDataObject object;
-  FillIdentifier(object);
-  SetIdentifierCounter(9);
-  EXPECT_FALSE(About<CGetRQ>(kFind).Write(&association.pdu, &object));
-  EXPECT_EQ(Words(association.pdu), "Bad Transfer Syntax[1.2.3], codec not found");
-  // The command has gone, and the peer would take any other message for the identifier.
-  EXPECT_EQ(association.peer.ReceiveToEnd(), Data(5, kWholeCommand,
-                                                  Command()
-                                                      .Uid(0x0002, kFind)
-                                                      .Number(0x0100, 0x0010)
-                                                      .Number(0x0110, 9)
-                                                      .Number(0x0700, 0)
-                                                      .Number(0x0800, 0x0102)));
+  ExpectLinkClosedBehind<CGetRQ>(Command()
+                                     .Uid(0x0002, kFind)
+                                     .Number(0x0100, 0x0010)
+                                     .Number(0x0110, 9)
+                                     .Number(0x0700, 0)
+                                     .Number(0x0800, 0x0102));
 }
 
 }  // namespace

@@ -34,14 +34,7 @@ TEST(CStoreRequest, IsThisOnTheWire) {
 }
 
 TEST(CStoreRequest, IsRefusedWithoutWhatItNeeds) {
-  Association association(kMessageContexts);
-  DICOMDataObject object;
-  FillIdentifier(object);
-  PDU_Service* const pdu = &association.pdu;
-  EXPECT_FALSE(About<CStoreRQ>(kCt).Write(nullptr, &object));
-  EXPECT_FALSE(About<CStoreRQ>(kCt).Write(pdu, nullptr));
-  EXPECT_FALSE(About<CStoreRQ>("").Write(pdu, &object));
-  EXPECT_TRUE(association.peer.Received().empty());
+  ExpectRequestRefused<CStoreRQ>(kCt, DataSetOf::kNeeded);
 }
 
 TEST(CStoreResponse, TakesItsElementsOutOfTheRequest) {

@@ -5,7 +5,10 @@
 #include <string_view>
 #include <vector>
 
+#include <gtest/gtest.h>
+
 #include "net/command_elements.h"
+#include "net/identifiers.h"
 #include "net/scripted_peer.h"
 
 namespace tessaret::test {
@@ -61,6 +64,68 @@ inline Command ResponseToReceived(std::uint16_t field, bool hasData, std::uint16
       .Number(0x0700, 1)
       .Number(0x0800, hasData ? 0x0102 : 0x0101)
       .Number(0x0900, status);
+}
+
+/// A data set whose elements are none that is sent.
+inline void FillWithNothingToSend(DICOMObject& object) {
+  PutUid(object, 0x0002, 0x0010, kImplicit);
+  PutNumber32(object, 0x0008, 0x0000, 12);
+}
+
+enum class DataSetOf { kNeeded, kOptional };
+
+/// Expects that the request is not sent without an association, its class and a data set. `more` are further arguments of Write.
+template <class Request, class... More>
+void ExpectRequestRefused(std::string_view sopClass, DataSetOf dataSet, More... more) {
+  Association association(kMessageContexts);
+  PDU_Service* const pdu = &association.pdu;
+  DICOMDataObject object;
+  FillIdentifier(object);
+  EXPECT_FALSE(About<Request>(sopClass).Write(nullptr, &object, more...));
+  EXPECT_FALSE(About<Request>("").Write(pdu, &object, more...));
+  DICOMDataObject* const none = nullptr;
+  if (dataSet == DataSetOf::kNeeded) {
+    EXPECT_FALSE(About<Request>(sopClass).Write(pdu, none, more...));
+  }
+  EXPECT_EQ(Words(*pdu), "");
+  DICOMDataObject empty;
+  EXPECT_FALSE(About<Request>(sopClass).Write(pdu, &empty, more...));
+  EXPECT_EQ(Words(*pdu), "The data set is empty");
+  FillWithNothingToSend(empty);
+  EXPECT_FALSE(About<Request>(sopClass).Write(pdu, &empty, more...));
+  EXPECT_TRUE(association.peer.Received().empty());
+  EXPECT_NE(pdu->Link.Connected, 0);
+}
+
+/// The same of a response to a query. `more` stand in front of its data set.
+template <class Response, class... More>
+void ExpectResponseRefused(More... more) {
+  Association association(kMessageContexts);
+  PDU_Service* const pdu = &association.pdu;
+  DICOMCommandObject request;
+  FillReceived(request, kFind);
+  EXPECT_FALSE(About<Response>(kFind).Write(nullptr, &request, 0, more...));
+  EXPECT_FALSE(About<Response>(kFind).Write(pdu, nullptr, 0, more...));
+  EXPECT_FALSE(About<Response>("").Write(pdu, &request, 0, more...));
+  DICOMDataObject empty;
+  EXPECT_FALSE(About<Response>(kFind).Write(pdu, &request, 0xFF00, more..., &empty));
+  EXPECT_EQ(Words(*pdu), "The data set is empty");
+  FillWithNothingToSend(empty);
+  EXPECT_FALSE(About<Response>(kFind).Write(pdu, &request, 0xFF00, more..., &empty));
+  EXPECT_TRUE(association.peer.Received().empty());
+}
+
+/// Expects that the link is closed behind the command of a request whose identifier cannot be encoded: the peer would take any other
+/// message for it.
+template <class Request, class... More>
+void ExpectLinkClosedBehind(const Command& command, More... more) {
+  Association association({{5, kFind, "1.2.3"}});
+  DICOMDataObject object;
+  FillIdentifier(object);
+  SetIdentifierCounter(9);
+  EXPECT_FALSE(About<Request>(kFind).Write(&association.pdu, &object, more...));
+  EXPECT_EQ(Words(association.pdu), "Bad Transfer Syntax[1.2.3], codec not found");
+  EXPECT_EQ(association.peer.ReceiveToEnd(), Data(5, kWholeCommand, command));
 }
 
 }  // namespace tessaret::test

@@ -38,21 +38,9 @@ TEST(RetrieveResponse, HasCounters) {
   ExpectCounters<CGetRSP>(0x8010);
 }
 
-template <class Response>
-void ExpectRefusals() {
-  Association association(kMessageContexts);
-  DICOMCommandObject request;
-  FillReceived(request, kFind);
-  PDU_Service* const pdu = &association.pdu;
-  EXPECT_FALSE(About<Response>(kFind).Write(nullptr, &request, 0, {}));
-  EXPECT_FALSE(About<Response>(kFind).Write(pdu, nullptr, 0, {}));
-  EXPECT_FALSE(About<Response>("").Write(pdu, &request, 0, {}));
-  EXPECT_TRUE(association.peer.Received().empty());
-}
-
 TEST(RetrieveResponse, IsRefusedWithoutWhatItNeeds) {
-  ExpectRefusals<CMoveRSP>();
-  ExpectRefusals<CGetRSP>();
+  ExpectResponseRefused<CMoveRSP>(RetrieveCounters());
+  ExpectResponseRefused<CGetRSP>(RetrieveCounters());
 }
 
 }  // namespace

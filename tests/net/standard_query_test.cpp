@@ -122,6 +122,8 @@ TEST(Query, AnswersEachMatchAndTheEnd) {
   query.Match("AA");
   query.Match("");  // says nothing
   query.matches.push_back(nullptr);
+  query.Match("");
+  PutUid(*query.matches.back(), 0x0002, 0x0010, kImplicit);  // never sent
   query.Match("BB");
   DICOMCommandObject command;
   ReadCommand(association, command);
