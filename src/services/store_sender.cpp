@@ -1,6 +1,5 @@
 #include "services/store_sender.h"
 
-#include <memory>
 #include <new>
 #include <string_view>
 
@@ -14,13 +13,7 @@
 namespace tessaret {
 namespace {
 
-constexpr std::uint32_t kMostKept = std::uint32_t{16} << 20;
 constexpr std::string_view kTailStart = "]: ";
-
-bool IsSmall(const DICOMObject& object) {
-  const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
-  return pixels == nullptr || (pixels->Items == nullptr && pixels->Length < kMostKept);
-}
 
 StoreResponse ResponseIn(const DicomStorage& storage) {
   StoreResponse response{.status = storage.Status, .comment = {}};
@@ -111,8 +104,6 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
     throw start + "]: " + words;
   }
   Response = ResponseIn(storage);
-  // With one object always there the process does not give its memory back to the system, only to ask for it anew.
-  last_ = IsSmall(*object) ? std::move(object) : nullptr;
 }
 
 }  // namespace tessaret

@@ -4,7 +4,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <set>
 #include <string>
 #include <vector>
@@ -63,7 +62,6 @@ class StoreSender {
   const std::vector<std::string>& files_;
   StoreListener& listener_;
   FileAhead ahead_;
-  std::unique_ptr<DICOMDataObject> last_;  // kept until the next one is loaded
 };
 
 }  // namespace tessaret
