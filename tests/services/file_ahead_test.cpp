@@ -24,19 +24,52 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Files that were changed within the last two seconds are not loaded early.
-constexpr std::chrono::milliseconds kSettled{2100};
-
 std::string InstanceOf(const DICOMDataObject* object) {
   if (object == nullptr) return "none";
   return std::string(UidOf(*object, 0x0008, 0x0018).value_or(UID()).View());
 }
 
+/// Folders of files that were not changed within the last two seconds, as only such are loaded early: many at a time, for all tests to
+/// wait for their age once. Images are called by their instances.
+class AgedFolders {
+ public:
+  static fs::path Take() {
+    static AgedFolders folders;
+    if (folders.left_ == 0) folders.Make();
+    return folders.PathOf(--folders.left_);
+  }
+
+ private:
+  void Make() {
+    folder_ = std::make_unique<TempFolder>();
+    for (left_ = 0; left_ < 16; ++left_) Fill(PathOf(left_));
+    std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+  }
+  [[nodiscard]] fs::path PathOf(int number) const { return folder_->File(std::to_string(number)); }
+  static void Fill(const fs::path& path) {
+    fs::create_directory(path);
+    for (const char* instance : {"1.2.3.1", "1.2.3.2", "1.2.3.3"}) {
+      WriteBytes((path / instance).string(), ImageFile(instance));
+    }
+    WriteBytes((path / "no image").string(), BytesOf("no image"));
+    EXPECT_EQ(::mkfifo((path / "pipe").c_str(), 0600), 0);
+    // Behind its elements the file is filled up with one long one, which takes no room on the medium.
+    const std::uint32_t size = std::uint32_t{16} << 20;
+    const Bytes large =
+        Joined({ImageFile("1.2.3.1"),
+                DataSetBuilder(Encoding::kExplicitLittle).Head(0x7FE1, 0x0010, "OB", size).Done()});
+    WriteBytes((path / "large").string(), large);
+    fs::resize_file(path / "large", large.size() + size);
+  }
+
+  std::unique_ptr<TempFolder> folder_;
+  int left_ = 0;
+};
+
 class FilesAhead : public testing::Test {
  protected:
-  std::string Write(const std::string& name, const Bytes& content) {
-    WriteBytes(folder_.File(name), content);
-    return folder_.File(name);
+  [[nodiscard]] std::string File(const std::string& name) const {
+    return (folder_ / name).string();
   }
   /// What Take answers for a file that Load was just told.
   std::string LoadedAndTaken(const std::string& path) {
@@ -44,14 +77,13 @@ class FilesAhead : public testing::Test {
     return InstanceOf(ahead_.Take(path).get());
   }
 
-  const TempFolder folder_;
+  const fs::path folder_ = AgedFolders::Take();
   FileAhead ahead_;
 };
 
 TEST_F(FilesAhead, AFileIsTakenOnceAndOnlyUnderItsOwnPath) {
-  const std::string one = Write("one", ImageFile("1.2.3.1"));
-  const std::string other = Write("other", ImageFile("1.2.3.2"));
-  std::this_thread::sleep_for(kSettled);
+  const std::string one = File("1.2.3.1");
+  const std::string other = File("1.2.3.2");
   EXPECT_EQ(LoadedAndTaken(one), "1.2.3.1");
   EXPECT_EQ(InstanceOf(ahead_.Take(one).get()), "none");
   ahead_.Load(nullptr, one);
@@ -60,11 +92,9 @@ TEST_F(FilesAhead, AFileIsTakenOnceAndOnlyUnderItsOwnPath) {
 }
 
 TEST_F(FilesAhead, AFileThatIsChangedMeanwhileIsNotTaken) {
-  const std::string written = Write("written", ImageFile("1.2.3.1"));
-  const std::string replaced = Write("replaced", ImageFile("1.2.3.2"));
-  const std::string by = Write("by", ImageFile("1.2.3.3"));
-  const std::string removed = Write("removed", ImageFile("1.2.3.4"));
-  std::this_thread::sleep_for(kSettled);
+  const std::string written = File("1.2.3.1");
+  const std::string replaced = File("1.2.3.2");
+  const std::string removed = File("1.2.3.3");
 
   ahead_.Load(nullptr, written);
   WriteBytes(written, ImageFile("1.2.3.5"));  // as many bytes
@@ -73,7 +103,7 @@ TEST_F(FilesAhead, AFileThatIsChangedMeanwhileIsNotTaken) {
   EXPECT_EQ(LoadedAndTaken(written), "none");
 
   ahead_.Load(nullptr, replaced);
-  fs::rename(by, replaced);
+  fs::rename(written, replaced);
   EXPECT_EQ(InstanceOf(ahead_.Take(replaced).get()), "none");
 
   ahead_.Load(nullptr, removed);
@@ -82,29 +112,17 @@ TEST_F(FilesAhead, AFileThatIsChangedMeanwhileIsNotTaken) {
 }
 
 TEST_F(FilesAhead, WhatIsNoUsualFileIsLeftForItsTurn) {
-  const std::string pipe = folder_.File("pipe");
-  ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
-  // Behind its elements the file is filled up with one long one, which takes no room on the medium.
-  Bytes long_ = ImageFile("1.2.3.1");
-  const std::uint32_t size = std::uint32_t{16} << 20;
-  const Bytes head =
-      DataSetBuilder(Encoding::kExplicitLittle).Head(0x7FE1, 0x0010, "OB", size).Done();
-  long_.insert(long_.end(), head.begin(), head.end());
-  const std::string large = Write("large", long_);
-  fs::resize_file(large, long_.size() + size);
-  std::this_thread::sleep_for(kSettled);
-
-  EXPECT_EQ(LoadedAndTaken(pipe), "none");
-  EXPECT_EQ(LoadedAndTaken(folder_.Path().string()), "none");
-  EXPECT_EQ(LoadedAndTaken(folder_.File("missing")), "none");
+  const std::string large = File("large");
+  EXPECT_EQ(LoadedAndTaken(File("pipe")), "none");
+  EXPECT_EQ(LoadedAndTaken(folder_.string()), "none");
+  EXPECT_EQ(LoadedAndTaken(File("missing")), "none");
   EXPECT_EQ(LoadedAndTaken(large), "none");
   PDU_Service pdu;
   EXPECT_EQ(InstanceOf(LoadForSending(pdu, large).object.get()), "1.2.3.1");
 }
 
 TEST_F(FilesAhead, WhatFailsIsLeftForItsTurn) {
-  const std::string path = Write("one", ImageFile("1.2.3.1"));
-  std::this_thread::sleep_for(kSettled);
+  const std::string path = File("1.2.3.1");
   for (const FileCall call : {FileCall::kOpen, FileCall::kRead}) {
     FileFailure failure;
     failure.FailCall(call, 1, EIO);
@@ -114,8 +132,7 @@ TEST_F(FilesAhead, WhatFailsIsLeftForItsTurn) {
 }
 
 TEST_F(FilesAhead, TracesAreInTheOrderOfTheWork) {
-  const std::string path = Write("one", ImageFile("1.2.3.1"));
-  std::this_thread::sleep_for(kSettled);
+  const std::string path = File("1.2.3.1");
   SetDumpFile("/dev/null");
   SetDumpFlag(kDumpPdu, true);
   EXPECT_EQ(LoadedAndTaken(path), "none");
@@ -126,8 +143,7 @@ TEST_F(FilesAhead, TracesAreInTheOrderOfTheWork) {
 
 TEST_F(FilesAhead, AThreadThatIsCancelledWhileItLoadsEnds) {
   static std::string path;
-  path = Write("one", ImageFile("1.2.3.1"));
-  std::this_thread::sleep_for(kSettled);
+  path = File("1.2.3.1");
   FileFailure calls;
   calls.RunBefore(FileCall::kOpen, 1, [] { ::pthread_cancel(::pthread_self()); });
   pthread_t thread{};
@@ -164,7 +180,6 @@ class Watching final : public StoreListener {
 class SendingAhead : public FilesAhead {
  protected:
   void Send(std::vector<std::string> files) {
-    std::this_thread::sleep_for(kSettled);
     const std::atomic<bool> isCancelled = false;
     StoreSender sender(files, watching_);
     const StoreTarget target{.host = "127.0.0.1",
@@ -185,8 +200,7 @@ class SendingAhead : public FilesAhead {
 using Names = std::vector<std::string>;
 
 TEST_F(SendingAhead, EachFileIsOpenedOnceAndTheNextOneBeforeTheResponse) {
-  Send({Write("one", ImageFile("1.2.3.1")), Write("two", ImageFile("1.2.3.2")),
-        Write("three", ImageFile("1.2.3.3"))});
+  Send({File("1.2.3.1"), File("1.2.3.2"), File("1.2.3.3")});
   EXPECT_EQ(stored_, (Names{"1.2.3.1", "1.2.3.2", "1.2.3.3"}));
   // The first one opens the codec library, too.
   ASSERT_EQ(watching_.opened.size(), 3u);
@@ -195,23 +209,23 @@ TEST_F(SendingAhead, EachFileIsOpenedOnceAndTheNextOneBeforeTheResponse) {
 }
 
 TEST_F(SendingAhead, AFileThatTheHostRewritesInTheEventBeforeGoesAsItIsThen) {
-  const std::string two = Write("two", ImageFile("1.2.3.2"));
+  const std::string two = File("1.2.3.2");
   watching_.change = [&] { WriteBytes(two, ImageFile("1.2.3.9")); };
-  Send({Write("one", ImageFile("1.2.3.1")), two, Write("three", ImageFile("1.2.3.3"))});
+  Send({File("1.2.3.1"), two, File("1.2.3.3")});
   EXPECT_EQ(stored_, (Names{"1.2.3.1", "1.2.3.9", "1.2.3.3"}));
 }
 
 TEST_F(SendingAhead, AFileThatTheHostRemovesInTheEventBeforeIsAnErrorInItsTurn) {
-  const std::string two = Write("two", ImageFile("1.2.3.2"));
+  const std::string two = File("1.2.3.2");
   watching_.change = [&] { fs::remove(two); };
-  Send({Write("one", ImageFile("1.2.3.1")), two, Write("three", ImageFile("1.2.3.3"))});
+  Send({File("1.2.3.1"), two, File("1.2.3.3")});
   EXPECT_EQ(stored_, (Names{"1.2.3.1", "1.2.3.3"}));
   EXPECT_EQ(watching_.errors, (Names{"Error sending [" + two + "]: No such file or directory"}));
 }
 
 TEST_F(SendingAhead, AFileThatCannotBeSentIsToldOfInItsTurn) {
-  const std::string two = Write("two", BytesOf("no image"));
-  Send({Write("one", ImageFile("1.2.3.1")), two, Write("three", ImageFile("1.2.3.3"))});
+  const std::string two = File("no image");
+  Send({File("1.2.3.1"), two, File("1.2.3.3")});
   EXPECT_EQ(stored_, (Names{"1.2.3.1", "1.2.3.3"}));
   ASSERT_EQ(watching_.errors.size(), 1u);
   EXPECT_EQ(watching_.errors[0].rfind("Error sending [" + two + "]: ", 0), 0u);
