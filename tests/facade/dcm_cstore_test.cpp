@@ -31,8 +31,8 @@ using testing::StartsWith;
     EXPECT_EQ(LastError().source, "Tessaret.DcmCStore"); \
   } while (false)
 
-/// Writes down what it hears; it lives on the stack, longer than its connection.
-class Sink final : public _IDcmCStoreEvents {
+/// Lives on the stack, longer than its connection.
+class Listening : public _IDcmCStoreEvents {
  public:
   Status QueryInterface(const InterfaceId& id, void** object) override {
     const bool isOurs = id == IObject::kId || id == _IDcmCStoreEvents::kId;
@@ -41,7 +41,11 @@ class Sink final : public _IDcmCStoreEvents {
   }
   std::uint32_t AddRef() override { return 1; }
   std::uint32_t Release() override { return 1; }
+};
 
+/// Writes down what it hears.
+class Sink final : public Listening {
+ public:
   Status SopSent(const String& FileName, std::int16_t Idx) override {
     return Hear("sent " + FileName.Utf8() + " " + std::to_string(Idx));
   }
@@ -67,15 +71,8 @@ class Sink final : public _IDcmCStoreEvents {
 };
 
 /// Counts what it hears, and needs no memory for it.
-class Counter final : public _IDcmCStoreEvents {
+class Counter final : public Listening {
  public:
-  Status QueryInterface(const InterfaceId& id, void** object) override {
-    const bool isOurs = id == IObject::kId || id == _IDcmCStoreEvents::kId;
-    *object = isOurs ? static_cast<_IDcmCStoreEvents*>(this) : nullptr;
-    return isOurs ? kOk : kNoInterface;
-  }
-  std::uint32_t AddRef() override { return 1; }
-  std::uint32_t Release() override { return 1; }
   Status SopSent(const String&, std::int16_t) override { return Count(files); }
   Status SopError(const String&, std::int16_t, const String&) override { return Count(files); }
   Status Finished(std::int16_t, std::int16_t) override { return Count(ends); }

@@ -113,8 +113,8 @@ TEST(Exchange, DropsTheDataSetOfWhatAnAbandonedOneGotInstead) {
   const Bytes report = Data(
       5, kWholeCommand, Command().Number(0x0100, 0x0100).Number(0x0110, 3).Number(0x0800, 0x0102));
   Association association(kContexts);
-  association.peer.Send(Joined({report, Data(5, kLastPart, NameBytes("AA")),
-                                Response(0x8030, 7, 0), Response(0x8030, 9, 5)}));
+  association.peer.Send(Joined({report, Data(5, kLastPart, NameBytes("AA")), Response(0x8030, 7, 0),
+                                Response(0x8030, 9, 5)}));
   {
     Exchange abandoned(association.pdu);
     abandoned.Expect(7);

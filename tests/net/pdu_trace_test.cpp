@@ -42,6 +42,13 @@ class PduTrace : public testing::Test {
     test::Reads(item, bytes);
     return Taken();
   }
+  /// Of a PDU, behind its type.
+  template <class Pdu>
+  std::string TraceOfReadingPdu(Pdu& pdu, const Bytes& bytes) {
+    Received received(bytes);
+    EXPECT_TRUE(pdu.Read(received));
+    return Taken();
+  }
   template <class Item>
   std::string TraceOfWriting(Item& item) {
     test::Written(item);
@@ -203,14 +210,10 @@ TEST_F(PduTrace, ShowsTheFieldsInFrontOfTheItemsOfAnAssociatePdu) {
   // 68 bytes are 0x44.
   const Bytes bytes =
       test::Joined({Hex("07 00000044 0102 0304"), Bytes(16, 'B'), Bytes(16, 'A'), Bytes(32, 'C')});
-  Received forRequest(bytes);
   AAssociateRQ request;
-  EXPECT_TRUE(request.Read(forRequest));
-  EXPECT_EQ(Taken(), "Reading AAssociateRQ (0x01) Type=01\n" + fields);
-  Received forAnswer(bytes);
+  EXPECT_EQ(TraceOfReadingPdu(request, bytes), "Reading AAssociateRQ (0x01) Type=01\n" + fields);
   AAssociateAC answer;
-  EXPECT_TRUE(answer.Read(forAnswer));
-  EXPECT_EQ(Taken(), "Reading AAssociateAC (0x02) Type=02\n" + fields);
+  EXPECT_EQ(TraceOfReadingPdu(answer, bytes), "Reading AAssociateAC (0x02) Type=02\n" + fields);
 }
 
 TEST_F(PduTrace, ShowsRefusals) {
@@ -222,9 +225,8 @@ TEST_F(PduTrace, ShowsRefusals) {
       "\tSource [1]=1\n"
       "\tReason [1]=7\n";
   AAssociateRJ refusal;
-  Received received(Hex("09 00000004 08 02 01 07"));
-  EXPECT_TRUE(refusal.Read(received));
-  EXPECT_EQ(Taken(), "Reading AAssociateRJ (0x03) Type=03\n" + fields);
+  EXPECT_EQ(TraceOfReadingPdu(refusal, Hex("09 00000004 08 02 01 07")),
+            "Reading AAssociateRJ (0x03) Type=03\n" + fields);
   EXPECT_EQ(TraceOfWriting(refusal), "Writing AAssociateRJ (0x03) Type=03\n" + fields);
 }
 
@@ -234,14 +236,11 @@ TEST_F(PduTrace, ShowsReleasesAndAbortsThatAreRead) {
       "\tReserved [1]=9\n"
       "\tLength [4]=4\n"
       "\tReserved [4]=1020304\n";
-  Received forRequest(Hex("09 00000004 01020304"));
+  const Bytes bytes = Hex("09 00000004 01020304");
   AReleaseRQ request;
-  EXPECT_TRUE(request.Read(forRequest));
-  EXPECT_EQ(Taken(), "Reading AReleaseRQ (0x05) Type=05\n" + released);
-  Received forAnswer(Hex("09 00000004 01020304"));
+  EXPECT_EQ(TraceOfReadingPdu(request, bytes), "Reading AReleaseRQ (0x05) Type=05\n" + released);
   AReleaseRP answer;
-  EXPECT_TRUE(answer.Read(forAnswer));
-  EXPECT_EQ(Taken(), "Reading AReleaseRP (0x06) Type=06\n" + released);
+  EXPECT_EQ(TraceOfReadingPdu(answer, bytes), "Reading AReleaseRP (0x06) Type=06\n" + released);
   const std::string aborted =
       "\tReserved [1]=9\n"
       "\tLength [4]=4\n"
@@ -249,10 +248,8 @@ TEST_F(PduTrace, ShowsReleasesAndAbortsThatAreRead) {
       "\tReserved [1]=2\n"
       "\tSource [1]=3\n"
       "\tReason [1]=4\n";
-  Received forAbort(Hex("09 00000004 01020304"));
   AAbortRQ abort;
-  EXPECT_TRUE(abort.Read(forAbort));
-  EXPECT_EQ(Taken(), "Reading AAbortRQ (0x07) Type=02.2X\n" + aborted);
+  EXPECT_EQ(TraceOfReadingPdu(abort, bytes), "Reading AAbortRQ (0x07) Type=02.2X\n" + aborted);
   EXPECT_EQ(TraceOfWriting(abort), "Writing AAbortRQ (0x07) Type=07\n" + aborted);
 }
 

@@ -115,9 +115,18 @@ Bytes FindAnswer(std::uint16_t status, std::string_view name) {
   return name.empty() ? command : Joined({command, Data(5, kLastPart, NameBytes(name))});
 }
 
+/// What our provider answers to one request.
+Bytes AnswersOf(StandardQuery& query, const Bytes& request, bool expected = true,
+                const std::vector<Agreed>& contexts = kContexts) {
+  Association association(contexts);
+  association.peer.Send(request);
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_EQ(query.Read(&association.pdu, &command), expected);
+  return association.peer.Received();
+}
+
 TEST(Query, AnswersEachMatchAndTheEnd) {
-  Association association(kContexts);
-  association.peer.Send(FindRequest());
   Finding<StudyRootQuery> query;
   query.Match("AA");
   query.Match("");  // says nothing
@@ -125,61 +134,42 @@ TEST(Query, AnswersEachMatchAndTheEnd) {
   query.Match("");
   PutUid(*query.matches.back(), 0x0002, 0x0010, kImplicit);  // never sent
   query.Match("BB");
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_TRUE(query.Read(&association.pdu, &command));
-  EXPECT_EQ(query.asked, "Q*;");
-  EXPECT_EQ(association.peer.Received(),
+  EXPECT_EQ(AnswersOf(query, FindRequest()),
             Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xFF00, "BB"), FindAnswer(0, "")}));
+  EXPECT_EQ(query.asked, "Q*;");
 }
 
 TEST(Query, AnswersAFailureOfTheSearch) {
   for (const bool throws : {true, false}) {
-    Association association(kContexts);
-    association.peer.Send(FindRequest());
     Finding<StudyRootQuery> query;
     query.throws = throws;
     query.fails = !throws;
     query.Match("AA");
-    DICOMCommandObject command;
-    ReadCommand(association, command);
-    EXPECT_TRUE(query.Read(&association.pdu, &command));
-    EXPECT_EQ(association.peer.Received(), FindAnswer(0xC001, ""));
+    EXPECT_EQ(AnswersOf(query, FindRequest()), FindAnswer(0xC001, ""));
   }
 }
 
 TEST(Query, EndsWithACancelThatHasCome) {
-  Association association(kContexts);
-  association.peer.Send(Joined({FindRequest(), CancelRequest(9)}));
   Finding<StudyRootQuery> query;
   for (int i = 0; i < 100; ++i) query.Match("AA");
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_TRUE(query.Read(&association.pdu, &command));
-  EXPECT_EQ(association.peer.Received(), FindAnswer(0xFE00, ""));
+  EXPECT_EQ(AnswersOf(query, Joined({FindRequest(), CancelRequest(9)})), FindAnswer(0xFE00, ""));
 }
 
 TEST(Query, GoesOnThoughSomethingElseThanACancelComes) {
-  Association association(kContexts);
-  association.peer.Send(Joined({FindRequest(), EchoResponse(0)}));
   Finding<StudyRootQuery> query;
   query.Match("AA");
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_TRUE(query.Read(&association.pdu, &command));
-  EXPECT_EQ(association.peer.Received(), Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0, "")}));
+  EXPECT_EQ(AnswersOf(query, Joined({FindRequest(), EchoResponse(0)})),
+            Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0, "")}));
 }
 
 TEST(Query, AnswersInTheContextOfTheRequestWhateverComesInAnother) {
   // The class has two contexts, of which the request takes the second one.
-  Association association({{1, kEcho, kImplicit}, {9, kFind, kImplicit}, {5, kFind, kImplicit}});
-  association.peer.Send(Joined({FindRequest(), EchoResponse(0), CancelRequest(9, 1)}));
+  const std::vector<Agreed> contexts = {
+      {1, kEcho, kImplicit}, {9, kFind, kImplicit}, {5, kFind, kImplicit}};
   Finding<StudyRootQuery> query;
   for (const char* name : {"AA", "BB"}) query.Match(name);
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_TRUE(query.Read(&association.pdu, &command));
-  EXPECT_EQ(association.peer.Received(),
+  EXPECT_EQ(AnswersOf(query, Joined({FindRequest(), EchoResponse(0), CancelRequest(9, 1)}), true,
+                      contexts),
             Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xFE00, "")}));
 }
 
@@ -197,14 +187,9 @@ TEST(Query, StopsWhereThePeerHasGone) {
 TEST(Query, TakesRequestsOfItsClassAndKindAlone) {
   for (const Bytes& request :
        {FindRequest("1.2.840.10008.5.1.4.1.2.1.1"), FindRequest(kFind, 0x0021)}) {
-    Association association(kContexts);
-    association.peer.Send(request);
     Finding<StudyRootQuery> query;
-    DICOMCommandObject command;
-    ReadCommand(association, command);
-    EXPECT_FALSE(query.Read(&association.pdu, &command));
+    EXPECT_TRUE(AnswersOf(query, request, false).empty());
     EXPECT_EQ(query.asked, "");
-    EXPECT_TRUE(association.peer.Received().empty());
   }
 }
 
@@ -249,28 +234,19 @@ TEST(Query, IsNotCancelledByTheFirstCallOfItsHook) {
 }
 
 TEST(Query, SendsNothingAfterARelease) {
-  Association association(kContexts);
-  association.peer.Send(Joined({FindRequest(), ReleaseRequest()}));
   Finding<StudyRootQuery> query;
   for (int i = 0; i < 3; ++i) query.Match("AA");
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_FALSE(query.Read(&association.pdu, &command));
-  EXPECT_EQ(association.peer.Received(), ReleaseAnswer());
+  EXPECT_EQ(AnswersOf(query, Joined({FindRequest(), ReleaseRequest()}), false), ReleaseAnswer());
 }
 
 TEST(Query, LooksAtNoDatabaseWhereTheIdentifierDoesNotCome) {
   const Bytes request = Data(
       5, kWholeCommand,
       Command().Uid(0x0002, kFind).Number(0x0100, 0x0020).Number(0x0110, 9).Number(0x0800, 0x0102));
-  Association association(kContexts);
-  association.peer.Send(Joined({request, request}));  // a command in its place
   Finding<StudyRootQuery> query;
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_FALSE(query.Read(&association.pdu, &command));
+  // A command comes in its place.
+  EXPECT_TRUE(AnswersOf(query, Joined({request, request}), false).empty());
   EXPECT_EQ(query.asked, "");
-  EXPECT_TRUE(association.peer.Received().empty());
 }
 
 TEST(Query, HasTheStatusOfAFailureAsWords) {

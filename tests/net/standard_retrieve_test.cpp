@@ -240,17 +240,23 @@ TEST(Retrieve, CountsAFileThatHasGoneInTheMeantimeAsFailed) {
             Joined({MoveAnswer(0xFF00, {0, 0, 1, 0}), MoveAnswer(0, {0, 0, 1, 0})}));
 }
 
-TEST(Retrieve, EndsWithACancelThatHasCome) {
+/// What our provider answers where this follows the request for two instances, of which none is sent.
+Bytes AnswersWhereItIsFollowedBy(const Bytes& next, bool expected) {
   const TempFolder folder;
   WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
   Moving move;
   move.files = {folder.File("1.1"), folder.File("1.1")};
   Destination destination({});
   move.port = destination.Port();
-  EXPECT_EQ(AnswersOf(move, Joined({MoveRequest("DEST"), CancelRequest(9, 7)})),
-            MoveAnswer(0xFE00, {2, 0, 0, 0}));
+  const Bytes answers = AnswersOf(move, Joined({MoveRequest("DEST"), next}), expected);
   EXPECT_EQ(destination.Wait(), "");
   EXPECT_EQ(destination.received, "5");
+  return answers;
+}
+
+TEST(Retrieve, EndsWithACancelThatHasCome) {
+  EXPECT_EQ(AnswersWhereItIsFollowedBy(CancelRequest(9, 7), true),
+            MoveAnswer(0xFE00, {2, 0, 0, 0}));
 }
 
 TEST(Retrieve, TakesRequestsOfItsClassAndKindAlone) {
@@ -276,16 +282,7 @@ TEST(Retrieve, HasAClassForEachSopClass) {
 }
 
 TEST(Retrieve, SendsNothingAfterARelease) {
-  const TempFolder folder;
-  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
-  Moving move;
-  move.files = {folder.File("1.1"), folder.File("1.1")};
-  Destination destination({});
-  move.port = destination.Port();
-  EXPECT_EQ(AnswersOf(move, Joined({MoveRequest("DEST"), ReleaseRequest()}), false),
-            ReleaseAnswer());
-  EXPECT_EQ(destination.Wait(), "");
-  EXPECT_EQ(destination.received, "5");
+  EXPECT_EQ(AnswersWhereItIsFollowedBy(ReleaseRequest(), false), ReleaseAnswer());
 }
 
 TEST(Retrieve, GoesByTheListWhateverItsCountSays) {
