@@ -1,9 +1,9 @@
 #include "core/value_order.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "base/byte_order.h"
+#include "core/each_element.h"
 #include "core/element_writer.h"
 
 namespace tessaret {
@@ -39,25 +39,6 @@ void SwapBytesOf(VR& vr, std::uint32_t width) {
       return SwapBytes64(bytes, length);
     default:
       return;
-  }
-}
-
-/// Does `act` to every element but those of group 0002, at any depth on a flat stack.
-template <class Act>
-void ForEachElement(DICOMObject& object, Act act) {
-  constexpr std::uint16_t kMetaGroup = 0x0002;
-  std::vector<DICOMObject*> pending{&object};
-  while (!pending.empty()) {
-    DICOMObject* current = pending.back();
-    pending.pop_back();
-    current->Elements.ForEach([&](VR& vr) {
-      if (vr.Group == kMetaGroup) return;
-      act(vr);
-      if (vr.Items == nullptr) return;
-      for (const ItemArray::Node* node = vr.Items->First; node != nullptr; node = node->next) {
-        if (node->value != nullptr) pending.push_back(node->value);
-      }
-    });
   }
 }
 

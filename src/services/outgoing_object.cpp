@@ -5,6 +5,7 @@
 #include "base/text.h"
 #include "core/codec_registry.h"
 #include "core/comp_engine.h"
+#include "core/each_element.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
 #include "net/command_elements.h"
@@ -17,6 +18,17 @@ bool IsBigEndianSyntax(const UID& syntax) {
   return code && IsBigEndian(*code);
 }
 
+/// Writers put a blank behind a UID right where it is stored, which is to be in the clone alone.
+void OwnUids(DICOMObject& clone) {
+  ForEachElement(clone, [](VR& vr) {
+    // Elements of the last two may be UIDs by the dictionary.
+    const bool isUid = vr.TypeCode == type_code::UI || vr.TypeCode == type_code::UN ||
+                       vr.TypeCode == type_code::kNone;
+    if (!isUid || vr.Data == nullptr || vr.Length == 0) return;
+    if (vr.Data[vr.Length - 1] == ' ') vr.ReplaceValue(vr.Data, vr.Length);
+  });
+}
+
 }  // namespace
 
 void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
@@ -27,6 +39,7 @@ void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
     to.Push(element);
     held.release();
   }
+  if (!deep) OwnUids(to);
 }
 
 UID SyntaxOf(const DICOMObject& object) {

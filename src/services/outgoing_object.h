@@ -10,7 +10,8 @@
 
 namespace tessaret {
 
-/// Puts the elements of a clone of `object` into `to`, whose bytes `object` shares, and must keep, unless `deep`. Throws std::bad_alloc.
+/// Puts the elements of a clone of `object` into `to`, whose bytes `object` shares, and must keep, unless `deep`. Writing the clone changes
+/// nothing of the object. Throws std::bad_alloc.
 void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to);
 
 /// What (0002,0010) names; empty without it.

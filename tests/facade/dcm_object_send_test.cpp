@@ -73,6 +73,21 @@ TEST_F(ObjectSending, LeavesTheObjectAsItIs) {
   }
 }
 
+TEST_F(ObjectSending, PadsUidsForTheWireAlone) {
+  StoreProvider provider;
+  // A blank behind a UID is not to be sent; the object keeps it.
+  const auto object = Loaded(ImageFile("1.2.3 "));
+  ASSERT_EQ(Send(object, provider.Port()), kOk) << LastError().text;
+  String type;
+  String value;
+  ASSERT_EQ(object->GetVRRawString(0x0008, 0x0018, &type, &value), kOk);
+  EXPECT_EQ(value.Utf8(), "1.2.3 ");
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(ValueOf(*provider.stored[0].object->GetVR(0x0008, 0x0018)),
+            (Bytes{'1', '.', '2', '.', '3', 0}));
+}
+
 TEST_F(ObjectSending, WithoutASyntaxImplicitIsProposedAlone) {
   StoreProvider provider;
   const auto object = NewObject();

@@ -215,6 +215,34 @@ TEST_F(OutgoingObject, FragmentsGoAsTheyAreInTheirOwnSyntaxOnly) {
   EXPECT_TRUE(CanGoAsItIs(pdu_, *compressed, sopClass));
 }
 
+TEST_F(OutgoingObject, AShallowCloneHasUidsOfItsOwnWhereTheirPadsAreToBecomeOthers) {
+  const Bytes uid = BytesOf("1.2.3 ");
+  const char* const types[] = {"UI", "UN", "LO"};
+  DataSetBuilder item(Encoding::kExplicitLittle);
+  item.Element(0x0008, 0x1155, "UI", uid);
+  DataSetBuilder set(Encoding::kExplicitLittle);
+  for (std::uint16_t i = 0; i < 3; ++i)
+    set.Element(0x0009, static_cast<std::uint16_t>(0x1000 + i), types[i], uid);
+  set.Element(0x0009, 0x1003, "UI", BytesOf("1.2.34"));
+  set.Sequence(0x0040, 0xA730, Lengths::kUndefined, Lengths::kUndefined, {item.Done()});
+  const auto object = Load(FileOf(Encoding::kExplicitLittle, set.Done()));
+  const auto itemOf = [](const DICOMObject& owner) {
+    return owner.GetVR(0x0040, 0xA730)->Items->First->value;
+  };
+  DICOMDataObject clone;
+  CloneInto(*object, false, clone);
+  const auto isShared = [](const DICOMObject& one, const DICOMObject& other, std::uint16_t group,
+                           std::uint16_t element) {
+    return one.GetVR(group, element)->Data == other.GetVR(group, element)->Data;
+  };
+  EXPECT_FALSE(isShared(*object, clone, 0x0009, 0x1000));
+  EXPECT_FALSE(isShared(*object, clone, 0x0009, 0x1001));
+  EXPECT_TRUE(isShared(*object, clone, 0x0009, 0x1002));
+  EXPECT_TRUE(isShared(*object, clone, 0x0009, 0x1003));
+  EXPECT_FALSE(isShared(*itemOf(*object), *itemOf(clone), 0x0008, 0x1155));
+  EXPECT_EQ(ValueOf(*itemOf(clone)->GetVR(0x0008, 0x1155)), uid);
+}
+
 TEST_F(OutgoingObject, NothingIsWrittenToALinkThatIsLost) {
   Accept(kCTStorage, kImplicit);
   const auto object = Load(ImageFile());
