@@ -31,7 +31,7 @@ Exchange::Exchange(PDU_Service& pdu) : pdu_(pdu), hasBegun_(!pdu.HasRequest) {
 Exchange::~Exchange() {
   if (!hasBegun_) return;
   pdu_.HasRequest = false;
-  if (!awaited_ || pdu_.Link.Connected == 0) return;
+  if (!awaited_) return;
   try {
     pdu_.AbandonedMessages.push_back(*awaited_);
   } catch (const std::bad_alloc&) {

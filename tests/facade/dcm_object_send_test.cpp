@@ -99,6 +99,17 @@ TEST_F(ObjectSending, WithoutASyntaxImplicitIsProposedAlone) {
   EXPECT_EQ(provider.stored.at(0).instance, "1.2.3");
 }
 
+TEST_F(ObjectSending, ElementsWithoutATypeGetThatOfTheDictionary) {
+  StoreProvider provider({.syntaxes = {kExplicit}});
+  const auto object = Loaded(ImageFile());
+  // Its element is replaced by one of which nothing is known.
+  ASSERT_EQ(object->RemoveVR(0x0010, 0x0010, nullptr), kOk);
+  ASSERT_EQ(object->PutVRRawString(0x0010, 0x0010, "UN", "Doe^Jane"), kOk);
+  ASSERT_EQ(Send(object, provider.Port()), kOk) << LastError().text;
+  provider.End();
+  EXPECT_EQ(provider.stored.at(0).object->GetVR(0x0010, 0x0010)->TypeCode, type_code::PN);
+}
+
 TEST_F(ObjectSending, NeedsASopClass) {
   StoreProvider provider;
   const auto object = ObjectOfPatient("1");

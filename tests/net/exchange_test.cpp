@@ -63,11 +63,15 @@ TEST(Exchange, HasStatusAndCommentOfAFailureAsWords) {
     Command command;
     command.Number(0x0100, 0x8020).Number(0x0120, 1).Number(0x0800, 0x0101).Number(0x0900, 0xA700);
     association.peer.Send(Data(5, kWholeCommand, command.Text(0x0902, row.comment)));
-    Exchange exchange(association.pdu);
-    DICOMCommandObject response;
-    ASSERT_TRUE(exchange.Read(0x8020, response));
-    EXPECT_FALSE(exchange.Fail(response));
+    {
+      Exchange exchange(association.pdu);
+      exchange.Expect(1);
+      DICOMCommandObject response;
+      ASSERT_TRUE(exchange.Read(0x8020, response));
+      EXPECT_FALSE(exchange.Fail(response));
+    }
     EXPECT_EQ(Words(association.pdu), row.words);
+    EXPECT_TRUE(association.pdu.AbandonedMessages.empty()) << "it was the last one";
   }
 }
 
@@ -105,6 +109,25 @@ TEST(Exchange, DropsTheResponsesOfThoseThatWereAbandoned) {
   next.Expect(9);
   EXPECT_EQ(StatusOfNext(next, 0x8030), 0);
   next.End();
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 5);
+}
+
+TEST(Exchange, TakesAResponseOfAnAbandonedOneWithoutAStatusForItsLast) {
+  const auto response = [](std::uint16_t message) {
+    return Command().Number(0x0100, 0x8030).Number(0x0120, message).Number(0x0800, 0x0101);
+  };
+  Association association(kContexts);
+  {
+    Exchange abandoned(association.pdu);
+    abandoned.Expect(7);
+  }
+  association.peer.Send(Joined({Response(0x8030, 7, 0xFF00), Data(5, kWholeCommand, response(9)),
+                                Data(5, kWholeCommand, response(7)), Response(0x8030, 9, 1),
+                                Response(0x8030, 7, 5)}));
+  Exchange next(association.pdu);
+  next.Expect(9);
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 0) << "its own, with nothing of the one before it";
+  EXPECT_EQ(StatusOfNext(next, 0x8030), 1);
   EXPECT_EQ(StatusOfNext(next, 0x8030), 5);
 }
 

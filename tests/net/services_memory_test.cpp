@@ -1,6 +1,7 @@
 // Services whose thread runs out of memory at any moment: the peer gets whole messages or the end of the link, and nothing is leaked.
 #include <gtest/gtest.h>
 
+#include "net/identifiers.h"
 #include "net/query_helpers.h"
 #include "net/retrieve_helpers.h"
 #include "net/storage.h"
@@ -93,6 +94,39 @@ TEST(WithoutMemory, RequestsAreSentWholly) {
     PutBytes(object, 0x7FE0, 0x0010, type_code::OB, "xx");
     CTStorage().Write(&pdu, &object);
   });
+}
+
+TEST(WithoutMemory, AnAbandonedRequestLeavesNothingForTheNext) {
+  const auto response = [](std::uint16_t field, std::uint16_t message, std::uint16_t status) {
+    return Data(5, kWholeCommand,
+                Command()
+                    .Number(0x0100, field)
+                    .Number(0x0120, message)
+                    .Number(0x0800, 0x0101)
+                    .Number(0x0900, status));
+  };
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    Association association(kContexts);
+    SetIdentifierCounter(1);
+    // A response in another one's place, and late its own.
+    association.peer.Send(
+        Joined({response(0x8001, 1, 0), response(0x8020, 1, 0), response(0x8030, 3, 0)}));
+    Finding<StudyRootQuery> query;
+    {
+      DICOMDataObject what;
+      PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+      const AllocationFailure failure(nth);
+      try {
+        query.Write(&association.pdu, &what);
+      } catch (const std::bad_alloc&) {
+      }
+      happened = failure.Happened();
+    }
+    if (query.calls == 0) continue;  // it was not sent
+    EXPECT_TRUE(Verification().Write(&association.pdu) || association.pdu.Link.Connected == 0)
+        << "allocation " << nth << ": " << Words(association.pdu);
+  }
 }
 
 TEST(WithoutMemory, AMoveIsAnsweredWholly) {

@@ -1,10 +1,14 @@
 #include "net/standard_retrieve.h"
 
+#include <sys/socket.h>
+
 #include <chrono>
 #include <filesystem>
+#include <functional>
 
 #include <gtest/gtest.h>
 
+#include "core/element_maker.h"
 #include "net/command_elements.h"
 #include "net/identifiers.h"
 #include "net/retrieve_helpers.h"
@@ -74,6 +78,10 @@ TEST(Retrieve, CancelsByItsMessageIdWhenTheCallerHasEnough) {
 TEST(Retrieve, AnswersARequestWithoutADestination) {
   Moving move;
   EXPECT_EQ(AnswersOf(move, MoveRequest("")), MoveAnswer(0xC001));
+  Command empty;
+  empty.Uid(0x0002, kMove).Number(0x0100, 0x0021).Number(0x0110, 9).Text(0x0600, "");
+  empty.Number(0x0700, 0).Number(0x0800, 0x0101);
+  EXPECT_EQ(AnswersOf(move, Data(7, kWholeCommand, empty)), MoveAnswer(0xC001));
   EXPECT_EQ(move.asked, "");
 }
 
@@ -190,6 +198,29 @@ TEST(Retrieve, SendsTheSameNumbersWhateverTheOrderOfTheFile) {
   }
 }
 
+TEST(Retrieve, ReadsInstancesByTheDictionaryOfTheAssociation) {
+  const auto dictionary = DictionaryOf("(0008,0018) VR=\"UI\"\n");
+  const TempFolder folder;
+  DataSetBuilder object(Encoding::kImplicitLittle);
+  object.Element(0x0008, 0x0016, "UI", Evened(kCt)).Element(0x0008, 0x0018, "UI", "1.1 ");
+  WriteBytes(folder.File("1.1"), FileOf(Encoding::kImplicitLittle, object));
+  Moving move;
+  move.files = {folder.File("1.1")};
+  Destination destination({0});
+  move.port = destination.Port();
+  Association association(kContexts);
+  association.pdu.AttachDictionary(dictionary.get(), false);
+  association.peer.Send(MoveRequest("DEST"));
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(move.Read(&association.pdu, &command));
+  EXPECT_EQ(destination.Wait(), "");
+  // A blank behind a UID becomes NUL where it is known for one.
+  EXPECT_EQ(destination.last,
+            Data(destination.request.at(103), kLastPart,
+                 Elements().Uid(0x0008, 0x0016, kCt).Value(0x0008, 0x0018, {'1', '.', '1', 0})));
+}
+
 TEST(Retrieve, CountsWhatIsLeftAsFailedWhereTheDestinationGoes) {
   const TempFolder folder;
   WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
@@ -222,14 +253,15 @@ TEST(Retrieve, TellsOfADestinationThatRefuses) {
             MoveAnswer(0xC005, {0, 0, 0, 0}, "Cannot connect to destination AE"));
 }
 
-TEST(Retrieve, CountsAFileThatHasGoneInTheMeantimeAsFailed) {
+/// Expects that an instance fails of which `change` is done to its file when the destination is asked already.
+void ExpectFailedBehind(const std::function<void(const std::string& path)>& change) {
   const TempFolder folder;
   WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
   Moving move;
   move.files = {folder.File("1.1")};
   ScriptedServer server([&](Peer& peer) {
     const Bytes request = peer.ReceivePdu();
-    std::filesystem::remove(folder.File("1.1"));
+    change(folder.File("1.1"));
     peer.Send(Associate(2, "DEST", "US",
                         Joined({AcceptItem(request.at(103), 0, kImplicit), PeersUserItem()})));
     static_cast<void>(peer.ReceivePdu());
@@ -240,12 +272,23 @@ TEST(Retrieve, CountsAFileThatHasGoneInTheMeantimeAsFailed) {
             Joined({MoveAnswer(0xFF00, {0, 0, 1, 0}), MoveAnswer(0, {0, 0, 1, 0})}));
 }
 
-/// What our provider answers where this follows the request for two instances, of which none is sent.
-Bytes AnswersWhereItIsFollowedBy(const Bytes& next, bool expected) {
+TEST(Retrieve, CountsAFileThatHasGoneInTheMeantimeAsFailed) {
+  ExpectFailedBehind([](const std::string& path) { std::filesystem::remove(path); });
+}
+
+TEST(Retrieve, CountsAFileThatHasLostItsClassInTheMeantimeAsFailed) {
+  ExpectFailedBehind([](const std::string& path) {
+    WriteBytes(path, FileOf(Encoding::kExplicitLittle,
+                            DataSetBuilder(Encoding::kExplicitLittle).Number(0x0028, 0x0010, 1)));
+  });
+}
+
+/// What our provider answers where this follows the request for so many instances, of which none is sent.
+Bytes AnswersWhereItIsFollowedBy(const Bytes& next, bool expected, std::size_t instances = 2) {
   const TempFolder folder;
   WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
   Moving move;
-  move.files = {folder.File("1.1"), folder.File("1.1")};
+  move.files.assign(instances, folder.File("1.1"));
   Destination destination({});
   move.port = destination.Port();
   const Bytes answers = AnswersOf(move, Joined({MoveRequest("DEST"), next}), expected);
@@ -257,6 +300,29 @@ Bytes AnswersWhereItIsFollowedBy(const Bytes& next, bool expected) {
 TEST(Retrieve, EndsWithACancelThatHasCome) {
   EXPECT_EQ(AnswersWhereItIsFollowedBy(CancelRequest(9, 7), true),
             MoveAnswer(0xFE00, {2, 0, 0, 0}));
+}
+
+TEST(Retrieve, SaysTheGreatestNumberWhereMoreAreLeft) {
+  EXPECT_EQ(AnswersWhereItIsFollowedBy(CancelRequest(9, 7), true, 0x10001),
+            MoveAnswer(0xFE00, {0xFFFF, 0, 0, 0}));
+}
+
+TEST(Retrieve, SendsNoMoreWhereItsResponsesCannotBeSent) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  Moving move;
+  move.files.assign(3, folder.File("1.1"));
+  Destination destination({0, 0, 0});
+  move.port = destination.Port();
+  Association association(kContexts);
+  association.peer.Send(MoveRequest("DEST"));
+  // It takes nothing, and does not say so.
+  ::shutdown(association.peer.Descriptor(), SHUT_RD);
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_FALSE(move.Read(&association.pdu, &command));
+  EXPECT_EQ(destination.Wait(), "");
+  EXPECT_EQ(destination.received, "445");
 }
 
 TEST(Retrieve, TakesRequestsOfItsClassAndKindAlone) {

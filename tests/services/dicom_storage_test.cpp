@@ -63,6 +63,8 @@ TEST(DicomStorage, OtherModalitiesTellNone) {
     EXPECT_EQ(StoredAsModality(modality), "") << modality;
   }
   EXPECT_EQ(StoredAs({}), "");
+  // One whose length was read, and whose value is items.
+  EXPECT_EQ(StoredAs({new VR(0x0008, 0x0060, 8, nullptr)}), "");
 }
 
 }  // namespace
