@@ -44,7 +44,6 @@ void FileAhead::Load(const RTC* dictionary, const std::string& path) {
     const bool isUsual = StatPath(path.c_str(), status_).Ok() && S_ISREG(status_.st_mode) &&
                          status_.st_size <= kMostBytes && IsSettled(status_);
     if (!isUsual) return std::unique_ptr<DICOMDataObject>();
-    path_ = path;
     OutgoingFile file = LoadForSending(dictionary, path);
     return file.lack.empty() ? std::move(file.object) : nullptr;
   });
@@ -52,8 +51,8 @@ void FileAhead::Load(const RTC* dictionary, const std::string& path) {
 
 std::unique_ptr<DICOMDataObject> FileAhead::Take(const std::string& path) {
   struct stat now {};
-  const bool isIt = object_ != nullptr && path == path_ && StatPath(path.c_str(), now).Ok() &&
-                    IsUnchanged(status_, now);
+  const bool isIt =
+      object_ != nullptr && StatPath(path.c_str(), now).Ok() && IsUnchanged(status_, now);
   if (!isIt) object_.reset();
   return std::move(object_);
 }

@@ -17,11 +17,10 @@ class FileAhead {
   /// the work. Throws nothing but the end of a thread that is cancelled.
   void Load(const RTC* dictionary, const std::string& path);
 
-  /// The object of that file, unless another one was loaded or the file is not as it was then: null. Nothing is kept afterwards.
+  /// The object of that file; null unless it is the one that was loaded, as it was then. Nothing is kept afterwards.
   std::unique_ptr<DICOMDataObject> Take(const std::string& path);
 
  private:
-  std::string path_;
   struct stat status_ {};
   std::unique_ptr<DICOMDataObject> object_;
 };
