@@ -70,18 +70,19 @@ class Sink final : public Listening {
   const std::thread::id thread_ = std::this_thread::get_id();
 };
 
-/// Counts what it hears, and needs no memory for it.
+/// Counts what it hears, before it needs memory for anything.
 class Counter final : public Listening {
  public:
   Status SopSent(const String&, std::int16_t) override { return Count(files); }
-  Status SopError(const String&, std::int16_t, const String&) override {
-    ++errors;
-    return Count(files);
+  Status SopError(const String&, std::int16_t, const String& Message) override {
+    Count(files);
+    if (Message.Utf8().ends_with("]: Not enough memory")) ++lacks;
+    return kOk;
   }
   Status Finished(std::int16_t, std::int16_t) override { return Count(ends); }
 
   int files = 0;
-  int errors = 0;
+  int lacks = 0;
   int ends = 0;
 
  private:
@@ -481,7 +482,7 @@ TEST_F(CStore, WithoutMemoryNoEventIsLostUnlessTheCallFails) {
   int failures = 0;
   int filesWithout = 0;
   const std::uint64_t runs = FailEveryAllocation([&] {
-    counter.files = counter.errors = counter.ends = 0;
+    counter.files = counter.lacks = counter.ends = 0;
     const Status status = store_->SendFiles(host, port, title, title, 20);
     if (Failed(status)) {
       ++failures;
@@ -489,13 +490,12 @@ TEST_F(CStore, WithoutMemoryNoEventIsLostUnlessTheCallFails) {
     } else {
       EXPECT_EQ(counter.files, 3);
       EXPECT_EQ(counter.ends, 1);
-      // One of the files is none anyway.
-      if (counter.errors > 1) ++filesWithout;
+      filesWithout += counter.lacks;
     }
   });
   EXPECT_GT(runs, 20u);
   EXPECT_GT(failures, 0);
-  EXPECT_GT(filesWithout, 0) << "no file's lack of memory has ended the run";
+  EXPECT_GT(filesWithout, 0) << "a lack of memory for one file ends the run";
   // The words of the last failure stay; a block a run would be more.
   EXPECT_LT(watch.Outstanding(), 10);
   EXPECT_EQ(store_->SendFiles(host, port, title, title, 20), kOk);
@@ -503,6 +503,24 @@ TEST_F(CStore, WithoutMemoryNoEventIsLostUnlessTheCallFails) {
   // The counter goes before the store does.
   EXPECT_EQ(store_.As<IEventSource>()->Unadvise(cookie_), kOk);
   ASSERT_EQ(store_.As<IEventSource>()->Advise(&sink_, &cookie_), kOk);
+}
+
+TEST_F(CStore, AFileForWhichThereIsNoMemoryLeavesNoClassEither) {
+  const String path("/a/path/that/is/longer/than/what/a/string/has/room/for");
+  const String sopClass(kCTStorage);
+  for (std::uint64_t nth = 1;; ++nth) {
+    Status status = kOk;
+    {
+      const AllocationFailure failure(nth);
+      status = store_->AddFile(path, sopClass);
+      if (!failure.Happened()) break;
+    }
+    EXPECT_EQ(status, kOutOfMemory) << nth;
+    EXPECT_EQ(NumFiles(), 0) << nth;
+    EXPECT_EQ(Send("1"), kException);
+    EXPECT_EQ(AssociationError(), "No SOP Class proposed") << nth;
+  }
+  EXPECT_EQ(NumFiles(), 1);
 }
 
 TEST_F(CStore, AFileAddedWithinAnEventIsSentToo) {

@@ -75,18 +75,12 @@ TEST(RetrieveOfCompressedInstances, CountsThoseThatCannotBeDecodedAsFailed) {
 }
 
 TEST(RetrieveOfCompressedInstances, SendsWhatHasNoPixelsAsItIs) {
-  const TempFolder folder;
   const Bytes report = DataSetBuilder(Encoding::kExplicitLittle)
                            .Element(0x0008, 0x0016, "UI", Evened(kCt))
                            .Element(0x0008, 0x0018, "UI", Evened("1.1"))
                            .Done();
-  WriteBytes(folder.File("1.1"), Joined({Preamble(), MetaGroup(kToy), report}));
-  Moving move;
-  move.files = {folder.File("1.1")};
-  Destination destination({0});
-  move.port = destination.Port();
-  EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
-            Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
+  ExpectMoved(Joined({Preamble(), MetaGroup(kToy), report}),
+              Elements().Uid(0x0008, 0x0016, kCt).Uid(0x0008, 0x0018, "1.1"));
 }
 
 }  // namespace
