@@ -7,7 +7,6 @@ namespace tessaret {
 bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
   UID uid;
   if (pdu == nullptr || dataObject == nullptr || !GetUID(uid)) return false;
-  if (!CanBeAnnounced(dataObject, *pdu)) return false;
   DICOMCommandObject command;
   MessageID = FillRequest(command, uid, command_field::kStoreRQ, data_set_type::kFollows);
   PutNumber16(command, 0x0000, command_element::kPriority, request_priority::kMedium);

@@ -48,12 +48,6 @@ bool HasElementToSend(const DICOMObject& dataObject) {
       [](const VR& vr) { return vr.Group == 0x0002 || vr.Element == 0; });
 }
 
-bool CanBeAnnounced(const DICOMDataObject* dataObject, PDU_Service& pdu) {
-  if (dataObject == nullptr || HasElementToSend(*dataObject)) return true;
-  pdu.SetError("The data set is empty");
-  return false;
-}
-
 bool IsCommand(const PDU_Service& pdu) { return (pdu.PDataTF.MsgHeader & kCommandFragment) != 0; }
 
 void MoveElement(DICOMObject& request, std::uint16_t from, DICOMObject& response,

@@ -1,6 +1,6 @@
 // What the messages of the composite services have in common (DICOM PS3.7, 9.3): a class for each message fills a command set to write
 // one, and looks into a command set to know one. They keep nothing beyond what a class says; a service inherits several of them and
-// gives them its SOP class. Nothing is written of a message with a data set that has nothing to send.
+// gives them its SOP class.
 #pragma once
 
 #include <cstdint>
@@ -107,9 +107,6 @@ std::uint16_t FillRequest(DICOMCommandObject& command, const UID& sopClass, std:
 
 /// Whether the data set has an element that is sent: those of group 0002 and group lengths are not.
 bool HasElementToSend(const DICOMObject& dataObject);
-/// Whether a command may announce the data set, or null for none. False, with words, for one of which nothing would follow: the peer
-/// would wait for it.
-bool CanBeAnnounced(const DICOMDataObject* dataObject, PDU_Service& pdu);
 
 /// Whether the message that was read last is a command.
 bool IsCommand(const PDU_Service& pdu);

@@ -73,7 +73,7 @@ bool WriteIdentifier(PDU_Service& pdu, DICOMDataObject& identifier, const UID& s
 bool WriteQueryRequest(DimseMessage& message, PDU_Service* pdu, const QueryRequest& what,
                        DICOMDataObject* identifier, std::uint16_t& messageID) {
   UID uid;
-  if (pdu == nullptr || !message.GetUID(uid) || !CanBeAnnounced(identifier, *pdu)) return false;
+  if (pdu == nullptr || !message.GetUID(uid)) return false;
   DICOMCommandObject command;
   messageID = FillRequest(command, uid, what.field, DataSetTypeFor(identifier));
   PutNumber16(command, 0x0000, command_element::kPriority, what.priority);
@@ -87,7 +87,6 @@ bool WriteQueryResponse(DimseMessage& message, PDU_Service* pdu, const DICOMComm
                         const QueryResponse& what, DICOMDataObject* dataObject) {
   UID uid;
   if (pdu == nullptr || request == nullptr || !message.GetUID(uid)) return false;
-  if (!CanBeAnnounced(dataObject, *pdu)) return false;
   DICOMCommandObject response;
   FillResponse(response, *request, what, dataObject);
   return pdu->Respond(response, dataObject, uid);
