@@ -149,7 +149,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   void AttachDictionary(const RTC* dictionary, bool owned);
 
   /// A peer's own from when it has been read until the next Connect, which proposes what stood here before, with titles and
-  /// application context that were set meanwhile.
+  /// application context that were set meanwhile. Where the caller has emptied the peer's contexts, those are proposed that the lists
+  /// of classes and syntaxes make.
   tessaret::AAssociateRQ AAssociateRQ;
   tessaret::AAssociateAC AAssociateAC;
   tessaret::AAssociateRJ AAssociateRJ;
@@ -229,6 +230,7 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffer);
 
   bool hasPeersRequest_ = false;       // in AAssociateRQ
+  std::size_t peersContexts_ = 0;      // as many as it had
   tessaret::AAssociateRQ ownRequest_;  // as it stood before that
   bool hasEnded_ = false;              // the link, for reading
   std::vector<std::uint8_t>

@@ -284,6 +284,8 @@ std::uint8_t PDU_Service::ActOn(std::uint8_t type) {
       AReleaseRP.Write(*this);
       return 0;
     case pdu_type::kReleaseRP:
+      // One of an association before may have had any type.
+      AReleaseRP = tessaret::AReleaseRP();
       AReleaseRP.Read(*this);
       CloseLink();
       return 0;
@@ -331,7 +333,7 @@ void PDU_Service::WriteAbort() {
   AAbortRQ = tessaret::AAbortRQ();
   try {
     AAbortRQ.Write(*this);
-  } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
+  } catch (...) {  // the closed link tells the peer as much
   }
 }
 

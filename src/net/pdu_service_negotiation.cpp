@@ -49,7 +49,11 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
 
 int PDU_Service::Request(const std::string& host, const std::string& port) {
   ForgetStream();
-  if (std::exchange(hasPeersRequest_, false)) AAssociateRQ = std::move(ownRequest_);
+  if (std::exchange(hasPeersRequest_, false)) {
+    const bool isEmptied = peersContexts_ > 0 && AAssociateRQ.PresentationContexts.empty();
+    AAssociateRQ = std::move(ownRequest_);
+    if (isEmptied) AAssociateRQ.PresentationContexts.clear();
+  }
   // Callers choose their words by it, and a refusal from before is not this one's.
   AAssociateRJ = tessaret::AAssociateRJ();
   if (!BuildContexts()) return 0;
@@ -129,7 +133,7 @@ int PDU_Service::Close() {
   if (Link.Connected != 0) {
     try {
       Release();
-    } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
+    } catch (...) {  // the closed link tells the peer as much
     }
   }
   CloseLink();
@@ -173,6 +177,7 @@ int PDU_Service::AcceptOnListener() {
     // The listener is closed by nobody but another thread that wants this to end.
     if (Link.Accept() == 0) return Fail(Link.GetLastError());
     if (AnswerOnLink()) break;
+    if (Link.Listening == 0) return Fail(kClosedHere);
     Link.ClosePeer();
   }
   DumpTrace(kDumpPdu, "%s", "Accepted association\n");
@@ -213,6 +218,7 @@ bool PDU_Service::ReadAndNegotiate() {
   }
   // What could be read of a request that does not add up is answered.
   if (!hasEnded_) AAssociateRQ.Read(*this);
+  peersContexts_ = AAssociateRQ.PresentationContexts.size();
   if (!hasEnded_) return Negotiate() != 0;
   NoteEndOfLink();
   return false;
@@ -269,7 +275,8 @@ int PDU_Service::Negotiate() {
     reply.AddRoleSelect(SCPSCURoleSelect(role.UID, SCPRoleReply(role.UID, role.SCPRole),
                                          SCURoleReply(role.UID, role.SCURole)));
   }
-  return AAssociateAC.Write(*this) ? 1 : Fail(Link.GetLastError());
+  if (AAssociateAC.Write(*this)) return 1;
+  return Fail(Link.Connected == 0 ? kClosedHere : Link.GetLastError());
 }
 
 bool PDU_Service::AcceptTransferSyntax(const UID& transferSyntax) {

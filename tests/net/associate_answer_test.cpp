@@ -363,7 +363,20 @@ TEST(AssociateAnswer, FailsWhereTheAnswerCannotBeSent) {
   connection.peer.Close();
   PDU_Service pdu;
   EXPECT_EQ(pdu.Listen(connection.ours), 0);
+  EXPECT_THAT(Words(pdu), testing::EndsWith("msg=Broken pipe"));
   EXPECT_EQ(pdu.Link.Connected, 0);
+}
+
+TEST(AssociateAnswer, SaysThatItsLinkWasClosedWhileItDecided) {
+  class Closing : public PDU_Service {
+   public:
+    bool AcceptCalledTitle(std::string_view) override { return Link.Close() != 0; }
+  };
+  const Connection connection;
+  connection.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  Closing pdu;
+  EXPECT_EQ(pdu.Listen(connection.ours), 0);
+  EXPECT_EQ(Words(pdu), "The link was closed");
 }
 
 TEST(AssociateAnswer, HoldsNothingOfTheAssociationBefore) {

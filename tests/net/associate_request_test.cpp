@@ -345,17 +345,45 @@ TEST(AssociateRequest, ProposesItsOwnAfterItHasAnsweredPeers) {
       EXPECT_EQ(pdu.AAssociateRQ.PresentationContexts[0].AbstractSyntax.View(), kEcho);
       pdu.Link.Close();
     }
+    pdu.SetCallingTitle(called + 1);
     pdu.SetCalledTitle(called);
+    pdu.SetApplicationContext(UID(called == std::string_view("FIRST") ? "1.2.4" : "1.2.3"));
     Bytes request;
     ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
     // The context that the first request has built is proposed again.
     SetIdentifierCounter(called == std::string_view("FIRST") ? 41 : 61);
     EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
     EXPECT_EQ(server.Wait(), "");
-    EXPECT_EQ(request,
-              Associate(1, called, "ME",
-                        Joined({ApplicationItem("1.2.3"), ContextItem({41, kCt, {kImplicit}}),
-                                OurUserItem(16384, RoleItem(kCt, 0, 1))})));
+    EXPECT_EQ(
+        request,
+        Associate(1, called, called + 1,
+                  Joined({ApplicationItem(called == std::string_view("FIRST") ? "1.2.4" : "1.2.3"),
+                          ContextItem({41, kCt, {kImplicit}}),
+                          OurUserItem(16384, RoleItem(kCt, 0, 1))})));
+  }
+}
+
+TEST(AssociateRequest, ProposesItsListsWhereThePeersContextsWereEmptied) {
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kCt));
+  for (const bool isEmptied : {false, true}) {
+    if (isEmptied) {
+      const Connection connection;
+      connection.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+      ASSERT_EQ(pdu.Listen(connection.ours), 1);
+      pdu.Link.Close();
+      pdu.AAssociateRQ.PresentationContexts.clear();
+      pdu.AddAbstractSyntax(UID(kEcho));
+    }
+    SetIdentifierCounter(41);
+    Bytes request;
+    ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(server.Wait(), "");
+    const Bytes second = isEmptied ? ContextItem({43, kEcho, {kImplicit}}) : Bytes();
+    EXPECT_EQ(request, Associate(1, "", "",
+                                 Joined({ApplicationItem(), ContextItem({41, kCt, {kImplicit}}),
+                                         second, OurUserItem(16384)})));
   }
 }
 

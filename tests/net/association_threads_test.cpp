@@ -23,11 +23,14 @@ namespace {
 /// Runs `work`, which waits on `link` for a peer that does nothing, and closes the link meanwhile. Seconds from there to its end.
 template <class Work>
 double SecondsToEnd(Socket& link, Work work) {
+  std::atomic<bool> hasBegun = false;
   std::atomic<bool> hasEnded = false;
   std::thread worker([&] {
+    hasBegun = true;
     work();
     hasEnded = true;
   });
+  while (!hasBegun) std::this_thread::yield();
   // Wherever it is by then, it has to end.
   std::this_thread::sleep_for(std::chrono::milliseconds(50));
   const auto start = std::chrono::steady_clock::now();
@@ -71,10 +74,10 @@ TEST(CloseByAnotherThread, EndsAReleaseThatIsNotAnswered) {
 TEST(CloseByAnotherThread, EndsAWriteThatThePeerDoesNotTake) {
   ExpectEndInTime([] {
     Association association({{1, kEcho, kImplicit}});
+    const std::string much(1 << 24, 'x');
+    DICOMDataObject object;
+    PutBytes(object, 0x7FE0, 0x0010, type_code::OW, much);
     return SecondsToEnd(association.pdu.Link, [&] {
-      const std::string much(1 << 24, 'x');
-      DICOMDataObject object;
-      PutBytes(object, 0x7FE0, 0x0010, type_code::OW, much);
       EXPECT_FALSE(association.pdu.Write(object, UID(kEcho)));
       EXPECT_EQ(Words(association.pdu), "The link was closed");
     });
@@ -87,7 +90,13 @@ double SecondsToEndAccepting(const std::function<Peer(const Listener&)>& connect
   const Peer peer = connect(listener);
   PDU_Service pdu;
   const int handle = listener.Give();
-  return SecondsToEnd(pdu.Link, [&] { EXPECT_EQ(pdu.AcceptNext(handle), 0); });
+  return SecondsToEnd(pdu.Link, [&] {
+    EXPECT_EQ(pdu.AcceptNext(handle), 0);
+    // A peer that is there is being read.
+    if (peer.Descriptor() >= 0) {
+      EXPECT_EQ(Words(pdu), "The link was closed");
+    }
+  });
 }
 
 TEST(CloseByAnotherThread, EndsWaitingForAPeer) {
