@@ -1,5 +1,7 @@
 #include "net/standard_query.h"
 
+#include <new>
+
 #include "net/command_elements.h"
 #include "net/contained.h"
 #include "net/dimse_status.h"
@@ -12,7 +14,9 @@ bool StandardQuery::Write(PDU_Service* pdu, DICOMDataObject* query) {
   // Sending empties what it sends, and the query is to be seen once more.
   DICOMDataObject sent;
   Exchange exchange(*pdu);
-  if (!exchange.HasBegun() || !sent.CopyFrom(*query) || !CFindRQ::Write(pdu, &sent)) return false;
+  if (!exchange.HasBegun()) return false;
+  if (!sent.CopyFrom(*query)) throw std::bad_alloc();
+  if (!CFindRQ::Write(pdu, &sent)) return false;
   exchange.Expect(MessageID);
   OnResponse(nullptr, query);
   for (;;) {

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <limits>
 #include <memory>
+#include <new>
 
 #include "core/comp_engine.h"
+#include "core/transfer_syntax.h"
 #include "net/command_elements.h"
 #include "net/contained.h"
 #include "net/dimse_status.h"
@@ -40,6 +42,14 @@ bool MakeNative(DICOMDataObject& object) {
   return engine.Decompress(&object, nullptr, nullptr) && !HasFragments(object);
 }
 
+/// Whether the destination has accepted the class in the syntax that it was offered. By the name of another, numbers or pixels would be
+/// taken for what they are not.
+bool TakesNativeData(const PDU_Service& link, const UID& sopClass) {
+  UID accepted;
+  return link.TransferSyntaxOf(link.ContextIDFor(sopClass), accepted) &&
+         FindTransferSyntax(accepted.View()) == kImplicitLittle;
+}
+
 /// Sends one file. The counter of what became of it.
 std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& path) {
   // Nothing is loaded for a link that is lost.
@@ -48,7 +58,7 @@ std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& 
   // Half an image would arrive as if it were the whole.
   if (object == nullptr || !lack.empty() || !MakeNative(*object)) return &RetrieveCounters::failed;
   const auto sopClass = UidOf(*object, 0x0008, 0x0016);
-  if (!sopClass) return &RetrieveCounters::failed;
+  if (!sopClass || !TakesNativeData(link, *sopClass)) return &RetrieveCounters::failed;
   ObjectStorage storage(*sopClass);
   if (!storage.Write(&link, object.get())) return &RetrieveCounters::failed;
   const std::uint16_t status = storage.GetStatus();
@@ -77,10 +87,9 @@ bool StandardRetrieve::Write(PDU_Service* pdu, DICOMDataObject* query,
   if (pdu == nullptr || query == nullptr) return false;
   DICOMDataObject sent;
   Exchange exchange(*pdu);
-  if (!exchange.HasBegun() || !sent.CopyFrom(*query) ||
-      !CMoveRQ::Write(pdu, &sent, destinationAE)) {
-    return false;
-  }
+  if (!exchange.HasBegun()) return false;
+  if (!sent.CopyFrom(*query)) throw std::bad_alloc();
+  if (!CMoveRQ::Write(pdu, &sent, destinationAE)) return false;
   exchange.Expect(MessageID);
   OnMoveResponse(nullptr, query);
   for (;;) {

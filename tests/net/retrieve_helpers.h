@@ -103,12 +103,12 @@ inline Bytes AnswersOf(Moving& move, const Bytes& request, bool expected = true,
 /// PDUs that it received, and its request.
 class Destination {
  public:
-  explicit Destination(std::vector<std::uint16_t> statuses)
-      : server_([this, statuses = std::move(statuses)](Peer& peer) {
+  explicit Destination(std::vector<std::uint16_t> statuses, std::string_view syntax = kImplicit)
+      : server_([this, statuses = std::move(statuses), syntax](Peer& peer) {
           request = peer.ReceivePdu();
           // One proposal, whose identifier stands behind the application context: 74 + 4 + 21 + 4.
           peer.Send(Associate(2, "DEST", "US",
-                              Joined({ApplicationItem(), AcceptItem(request.at(103), 0, kImplicit),
+                              Joined({ApplicationItem(), AcceptItem(request.at(103), 0, syntax),
                                       PeersUserItem()})));
           for (const std::uint16_t status : statuses) {
             const Bytes command = peer.ReceivePdu();

@@ -132,7 +132,8 @@ TEST(Query, AnswersEachMatchAndTheEnd) {
   query.Match("");  // says nothing
   query.matches.push_back(nullptr);
   query.Match("");
-  PutUid(*query.matches.back(), 0x0002, 0x0010, kImplicit);  // never sent
+  PutUid(*query.matches.back(), 0x0002, 0x0010, kImplicit);  // neither is ever sent
+  PutNumber32(*query.matches.back(), 0x0008, 0x0000, 12);
   query.Match("BB");
   EXPECT_EQ(AnswersOf(query, FindRequest()),
             Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xFF00, "BB"), FindAnswer(0, "")}));

@@ -439,6 +439,21 @@ TEST(Retrieve, CountsAFileThatCannotBeReadToItsEndAsFailed) {
   EXPECT_EQ(destination.received, "5");
 }
 
+TEST(Retrieve, SendsNothingByASyntaxThatWasNotOffered) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  for (const std::string_view syntax : {"1.2.840.10008.1.2.2", "1.2.840.10008.1.2.4.50", ""}) {
+    Moving move;
+    move.files = {folder.File("1.1")};
+    Destination destination({}, syntax);
+    move.port = destination.Port();
+    EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
+              Joined({MoveAnswer(0xFF00, {0, 0, 1, 0}), MoveAnswer(0, {0, 0, 1, 0})}));
+    EXPECT_EQ(destination.Wait(), "");
+    EXPECT_EQ(destination.received, "5") << syntax;
+  }
+}
+
 TEST(Retrieve, ProposesEachClassOfTheInstancesOnce) {
   const TempFolder folder;
   const auto write = [&](const char* name, std::string_view sopClass) {
