@@ -21,10 +21,11 @@ bool IsBigEndianSyntax(const UID& syntax) {
 /// Writers put a blank behind a UID right where it is stored, which is to be in the clone alone.
 void OwnUids(DICOMObject& clone) {
   ForEachElement(clone, [](VR& vr) {
-    // Elements of the last two may be UIDs by the dictionary.
-    const bool isUid = vr.TypeCode == type_code::UI || vr.TypeCode == type_code::UN ||
-                       vr.TypeCode == type_code::kNone;
-    if (!isUid || vr.Data == nullptr || vr.Length == 0) return;
+    // Others may be UIDs by the dictionary, but none that is long: such values go from where they lie.
+    const bool mayBeUid = (vr.TypeCode == type_code::UN || vr.TypeCode == type_code::kNone) &&
+                          vr.Length <= UID::kMostBytes;
+    if (vr.TypeCode != type_code::UI && !mayBeUid) return;
+    if (vr.Data == nullptr || vr.Length == 0) return;
     if (vr.Data[vr.Length - 1] == ' ') vr.ReplaceValue(vr.Data, vr.Length);
   });
 }

@@ -22,6 +22,7 @@ VerificationOutcome VerifyPeer(const StoreTarget& target) {
     return outcome;
   }
   outcome.isAnswered = verification.Write(&pdu);
+  if (!outcome.isAnswered) outcome.linkWords = LastWordsOf(pdu);
   pdu.Close();
   return outcome;
 }

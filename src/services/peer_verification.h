@@ -10,7 +10,7 @@ namespace tessaret {
 struct VerificationOutcome {
   bool isAnswered = false;
   std::string failure;    // empty when there was an association
-  std::string linkWords;  // what the association said when it did not come about
+  std::string linkWords;  // what the association said when it, or the answer, did not come about
 };
 
 VerificationOutcome VerifyPeer(const StoreTarget& target);

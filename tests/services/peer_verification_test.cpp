@@ -35,6 +35,7 @@ TEST(PeerVerification, OneThatEndsTheLinkInsteadIsNot) {
   const VerificationOutcome outcome = VerifyPeer(TargetAt(provider.Port()));
   EXPECT_FALSE(outcome.isAnswered);
   EXPECT_EQ(outcome.failure, "");
+  EXPECT_EQ(outcome.linkWords, "The peer has closed the link");
 }
 
 TEST(PeerVerification, WithoutAnAssociationItSaysWhy) {
