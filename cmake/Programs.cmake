@@ -104,7 +104,7 @@ endfunction()
 # The library as fuzz targets stand on it: each is a program of its own under libFuzzer and a quick test elsewhere.
 function(tessaret_link_fuzzed_library target)
   if(TESSARET_LIBFUZZER)
-    target_link_libraries(${target} PRIVATE tessaret_static tessaret_warnings)
+    target_link_libraries(${target} PRIVATE tessaret_static tessaret_warnings tessaret_codegen)
   else()
     target_link_libraries(${target} PRIVATE tessaret_testing tessaret_warnings)
   endif()
