@@ -73,6 +73,11 @@ TEST(CStoreResponse, KeepsStatusAndTheCommentOfAFailure) {
             "full");
   EXPECT_EQ(failed.GetVR(0, 0x0902), nullptr);
 
+  DICOMCommandObject other;
+  PutNumber16(other, 0, 0x0100, 0x8030);
+  EXPECT_FALSE(message.Read(other));
+  EXPECT_EQ(message.ErrorComment, nullptr);  // of the response before
+
   DICOMCommandObject stored;
   PutNumber16(stored, 0, 0x0100, 0x8001);
   PutText(stored, 0, 0x0902, "fine");
@@ -80,10 +85,6 @@ TEST(CStoreResponse, KeepsStatusAndTheCommentOfAFailure) {
   EXPECT_EQ(message.Status, 0);
   EXPECT_EQ(message.ErrorComment, nullptr);
   EXPECT_NE(stored.GetVR(0, 0x0902), nullptr);
-
-  DICOMCommandObject other;
-  PutNumber16(other, 0, 0x0100, 0x8030);
-  EXPECT_FALSE(message.Read(other));
 }
 
 TEST(CStoreResponse, SaysZeroWhereTheRequestHasNoMessageId) {
