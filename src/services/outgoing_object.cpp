@@ -9,6 +9,7 @@
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
 #include "net/command_elements.h"
+#include "net/p_data.h"
 
 namespace tessaret {
 namespace {
@@ -21,9 +22,9 @@ bool IsBigEndianSyntax(const UID& syntax) {
 /// Writers put a blank behind a UID right where it is stored, which is to be in the clone alone.
 void OwnUids(DICOMObject& clone) {
   ForEachElement(clone, [](VR& vr) {
-    // Others may be UIDs by the dictionary, but none that is long: such values go from where they lie.
+    // Others may be UIDs by the dictionary, or lists of them, but none so long that it would go from where it lies.
     const bool mayBeUid = (vr.TypeCode == type_code::UN || vr.TypeCode == type_code::kNone) &&
-                          vr.Length <= UID::kMostBytes;
+                          vr.Length < MessageBuffer::kLeastShared;
     if (vr.TypeCode != type_code::UI && !mayBeUid) return;
     if (vr.Data == nullptr || vr.Length == 0) return;
     if (vr.Data[vr.Length - 1] == ' ') vr.ReplaceValue(vr.Data, vr.Length);

@@ -216,11 +216,16 @@ TEST_F(OutgoingObject, FragmentsGoAsTheyAreInTheirOwnSyntaxOnly) {
 }
 
 TEST_F(OutgoingObject, AShallowCloneHasUidsOfItsOwnWhereTheirPadsAreToBecomeOthers) {
+  const std::string list = std::string(32, '1') + '\\' + std::string(32, '2') + ' ';
+  // Long values go from where they lie.
+  const std::string lengthy = std::string((1 << 14) - 1, 'x') + ' ';
   const struct {
     VrCode type;
     std::string_view text;
     bool isShared;
-  } rows[] = {{type_code::UI, "1.2.3 ", false},
+  } rows[] = {{type_code::UN, list, false},
+              {type_code::UN, lengthy, true},
+              {type_code::UI, "1.2.3 ", false},
               {type_code::UN, "1.2.3 ", false},  // the dictionary may call it a UID
               {type_code::kNone, "1.2.3 ", false},
               {type_code::LO, "1.2.3 ", true},
