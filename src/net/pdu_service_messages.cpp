@@ -333,7 +333,7 @@ void PDU_Service::WriteAbort() {
   AAbortRQ = tessaret::AAbortRQ();
   try {
     AAbortRQ.Write(*this);
-  } catch (...) {  // the closed link tells the peer as much
+  } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
   }
 }
 

@@ -133,7 +133,7 @@ int PDU_Service::Close() {
   if (Link.Connected != 0) {
     try {
       Release();
-    } catch (...) {  // the closed link tells the peer as much
+    } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
     }
   }
   CloseLink();
@@ -210,6 +210,7 @@ bool PDU_Service::ReadAndNegotiate() {
   if (!std::exchange(hasPeersRequest_, true)) ownRequest_ = std::move(AAssociateRQ);
   // Nothing that the peer before has said is held against this one.
   AAssociateRQ = tessaret::AAssociateRQ();
+  peersContexts_ = 0;
   std::uint8_t type = 0;
   if (Read8(&type) && type != AAssociateRQ.ItemType) {
     Fail(Format("DUL: Received unknown item type %X, sending A-Abort-RQ", type));
@@ -251,6 +252,7 @@ int PDU_Service::Negotiate() {
   AAssociateAC.CalledApTitle = AAssociateRQ.CalledApTitle;
   AAssociateAC.CallingApTitle = AAssociateRQ.CallingApTitle;
   AAssociateAC.ApplicationContext = AAssociateRQ.ApplicationContext;
+  AAssociateAC.ApplicationContext.Reserved1 = 0;
   AcceptedContexts.clear();
   for (const PresentationContext& proposed : AAssociateRQ.PresentationContexts) {
     PresentationContextAccept answer;
@@ -296,6 +298,7 @@ bool PDU_Service::AcceptPresentationContext(const PresentationContext& proposed,
   for (const TransferSyntax& syntax : proposed.TransferSyntaxes) {
     if (!AcceptTransferSyntax(syntax)) continue;
     accept.TransferSyntax = syntax;
+    accept.TransferSyntax.Reserved1 = 0;
     accept.AbstractSyntax = proposed.AbstractSyntax;
     return true;
   }

@@ -322,6 +322,16 @@ TEST(AssociateAnswer, TakesNoMoreContextsThanThereCanBe) {
   EXPECT_EQ(answered.pdu.AcceptedContexts.size(), 128u);
 }
 
+TEST(AssociateAnswer, RepeatsNoReservedByteOfTheRequest) {
+  Bytes request = RequestFor({{1, kEcho, {kImplicit}}});
+  // Of the application context, behind the fixed part, and of the transfer syntax: 74 + 25 of the former + 8 + 4 + 17 of the class.
+  request[75] = 9;
+  ASSERT_EQ(request[128], 0x40);
+  request[129] = 9;
+  const Answered answered(request);
+  EXPECT_EQ(answered.sent, AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(32768)));
+}
+
 TEST(AssociateAnswer, RepeatsNothingThatAPeerHasAnsweredBefore) {
   // An answer with other numbers wherever they are reserved, or the version, and with an unknown item.
   const Bytes unknown = {0x53, 9, 0, 1, 7};

@@ -363,6 +363,28 @@ TEST(AssociateRequest, ProposesItsOwnAfterItHasAnsweredPeers) {
   }
 }
 
+TEST(AssociateRequest, ProposesItsContextsAfterPeersOfWhomTheLastSentNone) {
+  PDU_Service pdu;
+  PresentationContext context;
+  context.PresentationContextID = 5;
+  context.AbstractSyntax.Set(kCt);
+  context.TransferSyntaxes.emplace_back(kImplicit);
+  pdu.AAssociateRQ.AddPresentationContext(context);
+  for (const bool isSound : {true, false}) {
+    const Connection connection;
+    connection.peer.Send(isSound ? RequestFor({{1, kEcho, {kImplicit}}}) : BytesOf("GET /"));
+    EXPECT_EQ(pdu.Listen(connection.ours), isSound ? 1 : 0);
+    pdu.Link.Close();
+  }
+  Bytes request;
+  ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
+  EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(request, Associate(1, "", "",
+                               Joined({ApplicationItem(), ContextItem({5, kCt, {kImplicit}}),
+                                       OurUserItem(16384)})));
+}
+
 TEST(AssociateRequest, ProposesItsListsWhereThePeersContextsWereEmptied) {
   PDU_Service pdu;
   pdu.AddAbstractSyntax(UID(kCt));
@@ -576,6 +598,15 @@ TEST(Release, RepeatsNothingThatAPeerHasSaidBefore) {
     EXPECT_EQ(pdu.Close(), 1);
     EXPECT_EQ(connection.peer.ReceiveToEnd(), ReleaseRequest());
   }
+}
+
+TEST(Release, AnswerIsReadAsOneWhateverWasReadForOneBefore) {
+  Association association({{1, kEcho, kImplicit}});
+  association.pdu.AReleaseRP.ItemType = 9;
+  association.peer.Send(ReleaseAnswer());
+  DICOMCommandObject command;
+  EXPECT_EQ(association.pdu.Read(command), 0);
+  EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 6);
 }
 
 TEST(Release, EndsThoughThePeerSaysNothingOrHalfOfIt) {
