@@ -55,6 +55,12 @@ static_assert(kFixedCount == 27 && UidsAreUnique());
 
 }  // namespace
 
+bool IsOfNativePixels(std::string_view uid) {
+  const auto code = FindTransferSyntax(uid);
+  // Of the explicit little endian ones all others are compressed.
+  return code && (*code != kExplicitLittle || uid == "1.2.840.10008.1.2.1");
+}
+
 const TransferSyntaxCodec* FixedTransferSyntaxes() { return kFixed; }
 
 std::uint32_t FixedTransferSyntaxCount() { return kFixedCount; }

@@ -31,6 +31,9 @@ struct TransferSyntaxCodec {
 /// Nothing for a UID that is in neither.
 std::optional<std::int32_t> FindTransferSyntax(std::string_view uid);
 
+/// Whether native pixel data are in their place by the name of this syntax. Not where it is unknown.
+bool IsOfNativePixels(std::string_view uid);
+
 /// The fixed entries; the last one has an empty UID.
 const TransferSyntaxCodec* FixedTransferSyntaxes();
 /// How many they are, without the last.

@@ -42,7 +42,7 @@ Status CDCMObject::Send(const String& host, const String& port, const String& Lo
     bool isSent = false;
     {
       DICOMDataObject shared;
-      CloneInto(*object, false, shared);
+      CloneInto(*object, false, pdu.Dictionary, shared);
       const bool canGo =
           CanGoAsItIs(pdu, shared, *sopClass) || TranscodeForPeer(pdu, shared, *sopClass).empty();
       DicomStorage storage(shared);

@@ -6,10 +6,10 @@
 #include "core/codec_registry.h"
 #include "core/comp_engine.h"
 #include "core/each_element.h"
+#include "core/element_writer.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
 #include "net/command_elements.h"
-#include "net/p_data.h"
 
 namespace tessaret {
 namespace {
@@ -19,21 +19,18 @@ bool IsBigEndianSyntax(const UID& syntax) {
   return code && IsBigEndian(*code);
 }
 
-/// Writers put a blank behind a UID right where it is stored, which is to be in the clone alone.
-void OwnUids(DICOMObject& clone) {
-  ForEachElement(clone, [](VR& vr) {
-    // Others may be UIDs by the dictionary, or lists of them, but none so long that it would go from where it lies.
-    const bool mayBeUid = (vr.TypeCode == type_code::UN || vr.TypeCode == type_code::kNone) &&
-                          vr.Length < MessageBuffer::kLeastShared;
-    if (vr.TypeCode != type_code::UI && !mayBeUid) return;
-    if (vr.Data == nullptr || vr.Length == 0) return;
-    if (vr.Data[vr.Length - 1] == ' ') vr.ReplaceValue(vr.Data, vr.Length);
+/// Writers put a NUL in place of a blank behind a UID right where it is stored, which is to be in the clone alone.
+void OwnUids(DICOMObject& clone, const RTC* dictionary) {
+  ForEachElement(clone, [&](VR& vr) {
+    if (vr.Data == nullptr || vr.Length == 0 || vr.Data[vr.Length - 1] != ' ') return;
+    const VrCode type = TypeInStream(vr, vr.TypeCode, ElementForm::kExplicit, dictionary);
+    if (type == type_code::UI) vr.ReplaceValue(vr.Data, vr.Length);
   });
 }
 
 }  // namespace
 
-void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
+void CloneInto(const DICOMObject& object, bool deep, const RTC* dictionary, DICOMDataObject& to) {
   const std::unique_ptr<DICOMObject> clone(object.Clone(deep));
   if (clone == nullptr) throw std::bad_alloc();
   while (VR* element = clone->Pop()) {
@@ -41,7 +38,7 @@ void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to) {
     to.Push(element);
     held.release();
   }
-  if (!deep) OwnUids(to);
+  if (!deep) OwnUids(to, dictionary);
 }
 
 UID SyntaxOf(const DICOMObject& object) {
@@ -76,7 +73,11 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
 }
 
 bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass) {
-  return !HasFragments(object) || pdu.ContextIDFor(sopClass, SyntaxOf(object)) != 0;
+  if (pdu.ContextIDFor(sopClass, SyntaxOf(object)) != 0) return true;
+  if (HasFragments(object)) return false;
+  UID accepted;
+  if (!pdu.TransferSyntaxOf(pdu.ContextIDFor(sopClass), accepted)) return true;
+  return !FindTransferSyntax(accepted.View()) || IsOfNativePixels(accepted.View());
 }
 
 bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object) {
@@ -87,7 +88,7 @@ bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object
       pdu.TransferSyntaxOf(pdu.ContextIDFor(storage.UID), accepted) && IsBigEndianSyntax(accepted);
   // A shallow clone shares long values, which go from where they lie. Bytes that are turned round are not the object's own.
   DICOMDataObject sent;
-  CloneInto(object, isTurned, sent);
+  CloneInto(object, isTurned, pdu.Dictionary, sent);
   if (isTurned) TurnForBigEndian(sent, pdu.Dictionary);
   return storage.CStoreRQ::Write(&pdu, &sent);
 }

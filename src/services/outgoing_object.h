@@ -10,9 +10,9 @@
 
 namespace tessaret {
 
-/// Puts the elements of a clone of `object` into `to`, whose bytes `object` shares, and must keep, unless `deep`. Writing the clone changes
-/// nothing of the object. Throws std::bad_alloc.
-void CloneInto(const DICOMObject& object, bool deep, DICOMDataObject& to);
+/// Puts the elements of a clone of `object` into `to`, whose bytes `object` shares, and must keep, unless `deep`. Writing the clone by
+/// `dictionary`, which may be null, changes nothing of the object. Throws std::bad_alloc.
+void CloneInto(const DICOMObject& object, bool deep, const RTC* dictionary, DICOMDataObject& to);
 
 /// What (0002,0010) names; empty without it.
 UID SyntaxOf(const DICOMObject& object);
@@ -21,7 +21,9 @@ UID SyntaxOf(const DICOMObject& object);
 /// cannot be, which begins with "]: ".
 std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, const UID& sopClass);
 
-/// Whether the object means the same in the transfer syntax that the peer took for its SOP class: fragments do so in their own only.
+/// Whether the object means the same in the transfer syntax that the peer took for its SOP class: fragments do so in their own only, and
+/// native pixels in no compressed one, of which a peer may have named one that it was not offered. True where nothing was taken
+/// for the class, which writing it has words for.
 bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass);
 
 /// Sends the object, which stays as it is, over an association by `storage`, which was made for it and is to take the response. False

@@ -93,6 +93,9 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
   // Half an image would arrive as if it were all that there is. What an unknown syntax hides has been told of.
   if (!lack.empty()) throw start + "]: " + lack;
   DicomStorage storage(*object);
+  if (!CanGoAsItIs(pdu, *object, storage.UID)) {
+    throw start + "]: The pixel data are not in the accepted Transfer Syntax";
+  }
   bool isStored = SendOver(pdu, storage, *object);
   if (isStored) {
     if (index + 1 < files_.size()) ahead_.Load(pdu.Dictionary, files_[index + 1]);

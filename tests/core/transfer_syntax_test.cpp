@@ -78,6 +78,20 @@ TEST(TransferSyntax, FindsWhatWasAddedBehindTheFixedEntries) {
   EXPECT_EQ(FindTransferSyntax("9.8.7"), std::nullopt);
 }
 
+TEST(TransferSyntax, NativePixelsAreInTheirPlaceByThreeNamesAndThoseOfOtherForms) {
+  AddedTransferSyntaxes().Add(TransferSyntaxCodec{"9.8.7", 0, kImplicitLittle, 0});
+  AddedTransferSyntaxes().Add(TransferSyntaxCodec{"9.8.8", 0, kExplicitLittle, 0});
+  for (const char* uid :
+       {"1.2.840.10008.1.2", "1.2.840.10008.1.2.1", "1.2.840.10008.1.2.2", "9.8.7"}) {
+    EXPECT_TRUE(IsOfNativePixels(uid)) << uid;
+  }
+  for (const char* uid : {"", "9.8.8", "9.8.9", "1.2.840.10008.1.2.5", "1.2.840.10008.1.2.4.50",
+                          "1.2.840.10008.1.2.4.90", "1.2.840.10008.1.2.1.99"}) {
+    EXPECT_FALSE(IsOfNativePixels(uid)) << uid;
+  }
+  AddedTransferSyntaxes().Clear();
+}
+
 TEST(TransferSyntax, CodesSayFormAndByteOrder) {
   EXPECT_TRUE(IsImplicit(100));
   EXPECT_FALSE(IsImplicit(101));

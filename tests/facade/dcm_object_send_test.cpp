@@ -49,6 +49,15 @@ TEST_F(ObjectSending, GoesOverAnAssociationOfItsOwn) {
   EXPECT_EQ(TextOf(*provider.stored[0].object->GetVR(0x0010, 0x0010)), "Doe^Jane");
 }
 
+TEST_F(ObjectSending, SendsNativePixelsByNoCompressedName) {
+  // The peer takes a syntax that it was not offered.
+  StoreProvider provider({.namedSyntax = "1.2.840.10008.1.2.4.100"});
+  EXPECT_FAILS_WITH(Send(Loaded(ImageFile()), provider.Port()), "Error during transfer");
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 0u);
+  EXPECT_EQ(provider.releases, 1u);
+}
+
 TEST_F(ObjectSending, LeavesTheObjectAsItIs) {
   for (const Encoding encoding : kAllEncodings) {
     for (const char* syntax : {kImplicit, kExplicit, kBig}) {

@@ -3,10 +3,12 @@
 
 #include <gtest/gtest.h>
 
+#include "core/linked_buffer.h"
 #include "core/module_dictionaries.h"
 #include "net/command_elements.h"
 #include "services/codec_place.h"
 #include "services/store_files.h"
+#include "support/test_paths.h"
 
 namespace tessaret::test {
 namespace {
@@ -215,36 +217,81 @@ TEST_F(OutgoingObject, FragmentsGoAsTheyAreInTheirOwnSyntaxOnly) {
   EXPECT_TRUE(CanGoAsItIs(pdu_, *compressed, sopClass));
 }
 
-TEST_F(OutgoingObject, AShallowCloneHasUidsOfItsOwnWhereTheirPadsAreToBecomeOthers) {
-  const std::string list = std::string(32, '1') + '\\' + std::string(32, '2') + ' ';
-  // Long values go from where they lie.
-  const std::string lengthy = std::string((1 << 14) - 1, 'x') + ' ';
+TEST_F(OutgoingObject, NativePixelsGoAsTheyAreInSyntaxesOfNativePixelsOnly) {
+  const auto native = Load(ImageFile());
+  const UID sopClass(kCTStorage);
   const struct {
+    std::string_view syntax;
+    bool expected;
+  } rows[] = {{kImplicit, true},
+              {kExplicit, true},
+              {kBig, true},
+              {"1.2.840.10008.1.2.4.50", false},
+              // Writing it has words for these.
+              {"", true},
+              {"1.2.3.4.5", true}};
+  EXPECT_TRUE(CanGoAsItIs(pdu_, *native, sopClass));
+  for (const auto& row : rows) {
+    pdu_.AcceptedContexts.clear();
+    Accept(kCTStorage, row.syntax);
+    EXPECT_EQ(CanGoAsItIs(pdu_, *native, sopClass), row.expected) << row.syntax;
+  }
+  // A data set without pixels may be of a compressed syntax as well as of any other.
+  DICOMDataObject report;
+  PutUid(report, 0x0002, 0x0010, "1.2.840.10008.1.2.4.50");
+  pdu_.AcceptedContexts.clear();
+  Accept(kCTStorage, "1.2.840.10008.1.2.4.50");
+  EXPECT_TRUE(CanGoAsItIs(pdu_, report, sopClass));
+}
+
+TEST_F(OutgoingObject, AShallowCloneHasUidsOfItsOwnWhereTheirPadsAreToBecomeOthers) {
+  ASSERT_TRUE(StartDictionaries(kDataDir));
+  const std::string list = std::string(32, '1') + '\\' + std::string(32, '2') + ' ';
+  // Long values go from where they lie, and are not copied for nothing.
+  const std::string lengthy = std::string((1 << 14) - 1, '1') + ' ';
+  const std::string tooLong = std::string((1 << 16) - 1, '1') + ' ';  // for two bytes of length
+  constexpr std::uint16_t kClasses = 0x001A;  // (0008,001A), related general SOP classes: UI
+  constexpr std::uint16_t kName = 0x1080;     // (0008,1080), LO
+  const struct {
+    std::uint16_t element;
     VrCode type;
     std::string_view text;
     bool isShared;
-  } rows[] = {{type_code::UN, list, false},
-              {type_code::UN, lengthy, true},
-              {type_code::UI, "1.2.3 ", false},
-              {type_code::UN, "1.2.3 ", false},  // the dictionary may call it a UID
-              {type_code::kNone, "1.2.3 ", false},
-              {type_code::LO, "1.2.3 ", true},
-              {type_code::UI, "1.2.34", true}};
+  } rows[] = {
+      {kClasses, type_code::UN, list, false},       {kClasses, type_code::UN, lengthy, false},
+      {kClasses, type_code::kNone, lengthy, false}, {kClasses, type_code::UI, lengthy, false},
+      {kClasses, type_code::UN, tooLong, true},     {kClasses, type_code::UN, "1.2.34", true},
+      {kClasses, type_code::LO, "1.2.3 ", true},    {kName, type_code::UI, "1.2.3 ", false},
+      {kName, type_code::UI, "1.2.34", true},       {kName, type_code::UN, "1.2.3 ", true},
+      {kName, type_code::kNone, lengthy, true}};
   for (const auto& row : rows) {
+    SCOPED_TRACE(std::to_string(row.element) + " " + std::to_string(row.type) + " " +
+                 std::to_string(row.text.size()));
     DICOMDataObject object;
-    PutBytes(object, 0x0009, 0x1000, row.type, row.text);
+    PutBytes(object, 0x0008, row.element, row.type, row.text);
     object.Push(new VR(0x0040, 0xA730, 0, nullptr));
     auto* item = new DICOMDataObject;
-    PutBytes(*item, 0x0009, 0x1000, row.type, row.text);
+    PutBytes(*item, 0x0008, row.element, row.type, row.text);
     object.Push(item);
     DICOMDataObject clone;
-    CloneInto(object, false, clone);
-    const VR& top = *clone.GetVR(0x0009, 0x1000);
-    EXPECT_EQ(top.Data == object.GetVR(0x0009, 0x1000)->Data, row.isShared);
-    const VR& nested = *clone.GetVR(0x0040, 0xA730)->Items->First->value->GetVR(0x0009, 0x1000);
-    EXPECT_EQ(nested.Data == item->GetVR(0x0009, 0x1000)->Data, row.isShared);
+    CloneInto(object, false, pdu_.Dictionary, clone);
+    const VR& top = *clone.GetVR(0x0008, row.element);
+    EXPECT_EQ(top.Data == object.GetVR(0x0008, row.element)->Data, row.isShared);
+    const VR& nested =
+        *clone.GetVR(0x0040, 0xA730)->Items->First->value->GetVR(0x0008, row.element);
+    EXPECT_EQ(nested.Data == item->GetVR(0x0008, row.element)->Data, row.isShared);
     EXPECT_EQ(ValueOf(nested), BytesOf(row.text));
+    // Whatever form it is written in, the object stays.
+    for (const bool isExplicit : {false, true}) {
+      DICOMDataObject sent;
+      CloneInto(object, false, pdu_.Dictionary, sent);
+      LinkedBuffer bytes;
+      EXPECT_TRUE(isExplicit ? pdu_.ExplicitLittleOut(sent, bytes)
+                             : pdu_.ImplicitLittleOut(sent, bytes));
+      EXPECT_EQ(ValueOf(*object.GetVR(0x0008, row.element)), BytesOf(row.text));
+    }
   }
+  StopDictionaries();
 }
 
 TEST_F(OutgoingObject, ACloneTakesElementsThatHaveNoBytesAsTheyAre) {
@@ -254,7 +301,7 @@ TEST_F(OutgoingObject, ACloneTakesElementsThatHaveNoBytesAsTheyAre) {
   object.Push(new VR(0x0009, 0x1000, 8, nullptr));
   object.Push(new VR(0x0009, 0x1001, 0, none.data() + 1, false));
   DICOMDataObject clone;
-  CloneInto(object, false, clone);
+  CloneInto(object, false, nullptr, clone);
   EXPECT_EQ(clone.GetVR(0x0009, 0x1000)->Length, 8u);
   EXPECT_EQ(clone.GetVR(0x0009, 0x1000)->Data, nullptr);
   EXPECT_EQ(clone.GetVR(0x0009, 0x1001)->Length, 0u);

@@ -58,6 +58,7 @@ struct ProviderPlan {
   std::string calledTitle = {};   // empty: any
   std::string callingTitle = {};  // empty: any
   bool takesContext = true;
+  std::string namedSyntax = {};  // in place of the one that was taken, where it is not empty
   bool answersEcho = true;
   /// Asked on the provider's thread, with how many objects came before.
   std::function<StoreAnswer(std::size_t)> answer = [](std::size_t) { return StoreAnswer(); };
@@ -106,6 +107,12 @@ class StoreProvider {
    public:
     explicit Acceptor(const ProviderPlan& plan) : plan_(plan) {}
 
+    bool AcceptPresentationContext(const PresentationContext& proposed,
+                                   PresentationContextAccept& accept) override {
+      if (!PDU_Service::AcceptPresentationContext(proposed, accept)) return false;
+      if (!plan_.namedSyntax.empty()) accept.TransferSyntax.Set(plan_.namedSyntax);
+      return true;
+    }
     bool AcceptTransferSyntax(const UID& syntax) override {
       return plan_.syntaxes.contains(std::string(syntax.View()));
     }

@@ -244,6 +244,21 @@ TEST_F(StoreSending, AFileWithoutASyntaxIsNotTranscoded) {
                                          "]: SOP Class not supported [1.2.840.10008.5.1.4.1.1.4]"));
 }
 
+TEST_F(StoreSending, NativePixelsAreNotSentByTheNameOfACompressedSyntax) {
+  // A bare data set, which names no syntax, to a peer that takes a syntax which it was not offered.
+  const std::string path = Add("a", ImageHead(Encoding::kImplicitLittle, kCTStorage, "1.2.3", 2, 16)
+                                        .Element(0x7FE0, 0x0010, "OW", LittleWords())
+                                        .Done());
+  StoreProvider provider({.namedSyntax = "1.2.840.10008.1.2.4.50"});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 0u);
+  EXPECT_EQ(provider.releases, 1u);
+  EXPECT_THAT(heard_.errors,
+              ElementsAre("Error sending [" + path +
+                          "]: The pixel data are not in the accepted Transfer " + "Syntax"));
+}
+
 TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
   Add("0", ImageFile("1.2.3", kMRStorage));
   const std::string named = Add("a", ImageFile("1.2.3", ""));
