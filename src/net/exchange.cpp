@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 #include <string>
+#include <utility>
 
 #include "base/text.h"
 #include "net/dimse_status.h"
@@ -49,14 +50,12 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
     response.Reset();
     if (pdu_.Read(response) == 0) return CloseLink();
     if (!IsCommand(pdu_)) {
-      // It belongs to a command that an abandoned request got in place of its response.
-      if (!pdu_.AbandonedMessages.empty()) continue;
+      if (std::exchange(pdu_.HasDataSetToDrop, false)) continue;
       pdu_.SetError("Got a data set where a response was awaited");
       return false;
     }
+    pdu_.HasDataSetToDrop = HasDataSet(response);
     if (!IsOfAbandoned(response)) break;
-    DICOMDataObject dropped;
-    if (!ReadData(response, dropped)) return false;
   }
   if (HasCommandField(response, field)) return data == nullptr || ReadData(response, *data);
   const std::uint16_t other = CommandNumber(response, command_element::kCommandField).value_or(0);
@@ -66,6 +65,7 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
 }
 
 bool Exchange::ReadData(const DICOMObject& response, DICOMDataObject& data) {
+  pdu_.HasDataSetToDrop = false;
   return ReadDataSet(response, pdu_, data) || CloseLink();
 }
 

@@ -91,6 +91,7 @@ void PDU_Service::ForgetStream() {
   }
   OutSize = 0;
   AbandonedMessages.clear();
+  HasDataSetToDrop = false;
   PDataTF.Reset();
 }
 

@@ -164,6 +164,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool HasRequest = false;  // one of this side is in progress
   std::vector<std::uint16_t>
       AbandonedMessages;  // of this side, whose last responses have not come yet
+  bool HasDataSetToDrop =
+      false;  // the command that came last has announced one, for which nobody waits
   std::int32_t OwnsDictionary = 0;
   std::int32_t ByteOrderFlag = 1;
   Socket Link;
