@@ -118,15 +118,15 @@ void PDU_Service::AddAbstractSyntax(const UID& uid) { AddOnce(ProposedAbstractSy
 void PDU_Service::AddTransferSyntax(const UID& uid) { AddOnce(ProposedTransferSyntaxes, uid); }
 
 void PDU_Service::SetApplicationContext(const UID& uid) {
-  for (auto* request : {&AAssociateRQ, &ownRequest_}) request->ApplicationContext.Set(uid.View());
+  ownRequest_.In(AAssociateRQ).ApplicationContext.Set(uid.View());
 }
 
 void PDU_Service::SetCallingTitle(std::string_view title) {
-  AAssociateRQ.CallingApTitle = ownRequest_.CallingApTitle = MakeApTitle(title);
+  ownRequest_.In(AAssociateRQ).CallingApTitle = MakeApTitle(title);
 }
 
 void PDU_Service::SetCalledTitle(std::string_view title) {
-  AAssociateRQ.CalledApTitle = ownRequest_.CalledApTitle = MakeApTitle(title);
+  ownRequest_.In(AAssociateRQ).CalledApTitle = MakeApTitle(title);
 }
 
 void PDU_Service::FillImplementationClass(ImplementationClass& item) {

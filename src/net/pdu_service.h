@@ -16,6 +16,7 @@
 #include "core/buffer.h"
 #include "core/data_set_coder.h"
 #include "net/associate_pdus.h"
+#include "net/own_request.h"
 #include "net/p_data.h"
 #include "net/short_pdus.h"
 #include "net/socket.h"
@@ -104,7 +105,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// Releases the association, if one is open, and closes the link. 1, whatever comes of the release.
   int Close();
   /// Takes one peer that connects to `port`, or the connected descriptor, and answers its request. 1 when the association stands. What
-  /// was open before is closed, unless it is that descriptor. A decision that throws is an abort, here and in AcceptNext.
+  /// was open before is closed, unless it is that descriptor (which no other thread may close meanwhile). A decision that throws is an
+  /// abort, here and in AcceptNext.
   int Listen(const std::string& port);
   int Listen(int connectedHandle);
   /// Takes peers until one association stands. The listening descriptor, which is the caller's then; 0, with words, when no further
@@ -136,7 +138,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool Write(std::uint8_t contextID);
   /// A command and the data set that goes with it, which may be null. Nothing is sent where either cannot be encoded.
   bool Write(DICOMCommandObject& commandObject, DICOMDataObject* dataObject, const UID& sopClass);
-  /// The same on the context of the message read last, where that is of the SOP class: a response belongs to its request.
+  /// The same on the context of the message read last, where that is of the SOP class: a response belongs to its request. So it does
+  /// where the class was accepted in no context at all.
   bool Respond(DICOMCommandObject& commandObject, DICOMDataObject* dataObject, const UID& sopClass);
   /// Waits for the next message and reads it into `object`. Its context's identifier; 0 after a failure, a release, which is answered
   /// and leaves the link open, or an abort.
@@ -148,9 +151,9 @@ class PDU_Service : public Buffer, public DataSetCoder {
   /// With `owned` the dictionary is deleted with this, or when another one takes its place.
   void AttachDictionary(const RTC* dictionary, bool owned);
 
-  /// A peer's own from when it has been read until the next Connect, which proposes what stood here before, with titles and
-  /// application context that were set meanwhile. Where the caller has emptied the peer's contexts, those are proposed that the lists
-  /// of classes and syntaxes make.
+  /// A peer's from when it has been read until the next Connect, or the next peer. Connect proposes what this side had here before, with
+  /// titles and application context that were set meanwhile; what the caller has changed here since stays changed. Where that
+  /// leaves no contexts, those are proposed that the lists of classes and syntaxes make.
   tessaret::AAssociateRQ AAssociateRQ;
   tessaret::AAssociateAC AAssociateAC;
   tessaret::AAssociateRJ AAssociateRJ;
@@ -231,10 +234,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool EncodeCommand(DICOMCommandObject& commandObject, tessaret::PDataTF& data);
   bool EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffer);
 
-  bool hasPeersRequest_ = false;       // in AAssociateRQ
-  std::size_t peersContexts_ = 0;      // as many as it had
-  tessaret::AAssociateRQ ownRequest_;  // as it stood before that
-  bool hasEnded_ = false;              // the link, for reading
+  OwnRequest ownRequest_;
+  bool hasEnded_ = false;  // the link, for reading
   std::vector<std::uint8_t>
       ahead_;  // received, and read from the incoming chunk that leads into it
 };

@@ -49,11 +49,7 @@ int PDU_Service::Connect(const std::string& host, const std::string& port) {
 
 int PDU_Service::Request(const std::string& host, const std::string& port) {
   ForgetStream();
-  if (std::exchange(hasPeersRequest_, false)) {
-    const bool isEmptied = peersContexts_ > 0 && AAssociateRQ.PresentationContexts.empty();
-    AAssociateRQ = std::move(ownRequest_);
-    if (isEmptied) AAssociateRQ.PresentationContexts.clear();
-  }
+  ownRequest_.TakeBack(AAssociateRQ);
   // Callers choose their words by it, and a refusal from before is not this one's.
   AAssociateRJ = tessaret::AAssociateRJ();
   if (!BuildContexts()) return 0;
@@ -207,10 +203,8 @@ bool PDU_Service::AnswerOnLink() {
 bool PDU_Service::ReadAndNegotiate() {
   ForgetStream();
   Link.Error = 0;
-  if (!std::exchange(hasPeersRequest_, true)) ownRequest_ = std::move(AAssociateRQ);
   // Nothing that the peer before has said is held against this one.
-  AAssociateRQ = tessaret::AAssociateRQ();
-  peersContexts_ = 0;
+  ownRequest_.PutAside(AAssociateRQ);
   std::uint8_t type = 0;
   if (Read8(&type) && type != AAssociateRQ.ItemType) {
     Fail(Format("DUL: Received unknown item type %X, sending A-Abort-RQ", type));
@@ -218,8 +212,9 @@ bool PDU_Service::ReadAndNegotiate() {
     return false;
   }
   // What could be read of a request that does not add up is answered.
-  if (!hasEnded_) AAssociateRQ.Read(*this);
-  peersContexts_ = AAssociateRQ.PresentationContexts.size();
+  tessaret::AAssociateRQ request;
+  if (!hasEnded_) request.Read(*this);
+  ownRequest_.ShowPeers(std::move(request), AAssociateRQ);
   if (!hasEnded_) return Negotiate() != 0;
   NoteEndOfLink();
   return false;
@@ -240,21 +235,23 @@ int PDU_Service::Reject(std::uint8_t source, std::uint8_t reason) {
 }
 
 int PDU_Service::Negotiate() {
-  const std::string_view called(AAssociateRQ.CalledApTitle.data(), kApTitleBytes);
-  const std::string_view calling(AAssociateRQ.CallingApTitle.data(), kApTitleBytes);
+  // A decision may change what stands there, and the answer is to what was asked.
+  const tessaret::AAssociateRQ request = AAssociateRQ;
+  const std::string_view called(request.CalledApTitle.data(), kApTitleBytes);
+  const std::string_view calling(request.CallingApTitle.data(), kApTitleBytes);
   if (!AcceptCalledTitle(called)) return Reject(kServiceUser, kUnknownCalledTitle);
   if (!AcceptCallingTitle(calling)) return Reject(kServiceUser, kUnknownCallingTitle);
-  if (!AcceptApplicationContext(AAssociateRQ.ApplicationContext)) {
+  if (!AcceptApplicationContext(request.ApplicationContext)) {
     return Reject(kServiceUser, kUnknownContextName);
   }
   // Nothing that a peer has answered to this side is repeated.
   AAssociateAC = tessaret::AAssociateAC();
-  AAssociateAC.CalledApTitle = AAssociateRQ.CalledApTitle;
-  AAssociateAC.CallingApTitle = AAssociateRQ.CallingApTitle;
-  AAssociateAC.ApplicationContext = AAssociateRQ.ApplicationContext;
+  AAssociateAC.CalledApTitle = request.CalledApTitle;
+  AAssociateAC.CallingApTitle = request.CallingApTitle;
+  AAssociateAC.ApplicationContext = request.ApplicationContext;
   AAssociateAC.ApplicationContext.Reserved1 = 0;
   AcceptedContexts.clear();
-  for (const PresentationContext& proposed : AAssociateRQ.PresentationContexts) {
+  for (const PresentationContext& proposed : request.PresentationContexts) {
     PresentationContextAccept answer;
     answer.PresentationContextID = proposed.PresentationContextID;
     // Data of two contexts with one identifier could not be told apart, and 0 is none.
@@ -272,8 +269,8 @@ int PDU_Service::Negotiate() {
   UserInformation& reply = AAssociateAC.UserInformation;
   FillImplementationClass(reply.ImplementationClass);
   FillImplementationVersion(reply.ImplementationVersion);
-  reply.SetMax(AAssociateRQ.UserInformation.MaximumSubLength.MaximumLength);
-  for (const SCPSCURoleSelect& role : AAssociateRQ.UserInformation.RoleSelects) {
+  reply.SetMax(request.UserInformation.MaximumSubLength.MaximumLength);
+  for (const SCPSCURoleSelect& role : request.UserInformation.RoleSelects) {
     reply.AddRoleSelect(SCPSCURoleSelect(role.UID, SCPRoleReply(role.UID, role.SCPRole),
                                          SCURoleReply(role.UID, role.SCURole)));
   }

@@ -176,6 +176,52 @@ TEST(AssociateAnswer, RefusesTheIdentifierThatMeansNone) {
   EXPECT_EQ(alone.sent, Reject(1, 1, 2));
 }
 
+TEST(AssociateAnswer, AsksADescendantForContextsAndForWhatItSaysOfItself) {
+  class OfItsOwn : public PDU_Service {
+    bool AcceptPresentationContext(const PresentationContext& proposed,
+                                   PresentationContextAccept& accept) override {
+      accept.AbstractSyntax.Set("1.2.6");
+      accept.TransferSyntax.Set("1.2.9");
+      return proposed.PresentationContextID == 3;
+    }
+    void FillImplementationClass(ImplementationClass& item) override { item.Set("1.2.7"); }
+    void FillImplementationVersion(ImplementationVersion& item) override { item.Set("OWN"); }
+  };
+  OfItsOwn pdu;
+  const Answered answered(RequestFor({{1, kCt, {kImplicit}}, {3, kCt, {kImplicit}}}), &pdu);
+  EXPECT_EQ(answered.sent, AnswerOf(Joined({AcceptItem(1, 3, "1.2.9"), AcceptItem(3, 0, "1.2.9")}),
+                                    UserItem(32768, "1.2.7", "OWN")));
+  EXPECT_EQ(pdu.ContextIDFor(UID("1.2.6"), UID("1.2.9")), 3);
+}
+
+TEST(AssociateAnswer, IsToWhatWasAskedWhateverADecisionChanges) {
+  class Changing : public PDU_Service {
+    bool AcceptCalledTitle(std::string_view) override {
+      SetCalledTitle("OTHER");
+      AAssociateRQ.CallingApTitle = MakeApTitle("ANOTHER");
+      return true;
+    }
+    bool AcceptCallingTitle(std::string_view title) override { return title.starts_with("PEER "); }
+    bool AcceptAbstractSyntax(const UID&) override {
+      AAssociateRQ.PresentationContexts.clear();
+      return true;
+    }
+    std::uint8_t SCURoleReply(const UID&, std::uint8_t) override {
+      AAssociateRQ.UserInformation.RoleSelects.clear();
+      return 0;
+    }
+  };
+  Changing pdu;
+  const Answered answered(
+      RequestFor({{1, kCt, {kImplicit}}, {3, kEcho, {kImplicit}}},
+                 PeersUserItem(Joined({RoleItem(kCt, 1, 0), RoleItem(kEcho, 0, 1)}))),
+      &pdu);
+  EXPECT_EQ(answered.result, 1);
+  EXPECT_EQ(answered.sent,
+            AnswerOf(Joined({AcceptItem(1, 0, kImplicit), AcceptItem(3, 0, kImplicit)}),
+                     OurUserItem(32768, Joined({RoleItem(kCt, 0, 1), RoleItem(kEcho, 0, 1)}))));
+}
+
 TEST(AssociateAnswer, AbortsWhereADecisionThrows) {
   class Throwing : public PDU_Service {
    public:

@@ -1,4 +1,6 @@
 // The side that asks for an association.
+#include <functional>
+
 #include <gtest/gtest.h>
 
 #include "net/command_elements.h"
@@ -348,6 +350,10 @@ TEST(AssociateRequest, ProposesItsOwnAfterItHasAnsweredPeers) {
     pdu.SetCallingTitle(called + 1);
     pdu.SetCalledTitle(called);
     pdu.SetApplicationContext(UID(called == std::string_view("FIRST") ? "1.2.4" : "1.2.3"));
+    // What the peer has said stays to be read.
+    EXPECT_STREQ(pdu.AAssociateRQ.CallingApTitle.data(), "PEER            ");
+    EXPECT_STREQ(pdu.AAssociateRQ.CalledApTitle.data(), "US              ");
+    EXPECT_EQ(pdu.AAssociateRQ.ApplicationContext.View(), "1.2.840.10008.3.1.1.1");
     Bytes request;
     ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
     // The context that the first request has built is proposed again.
@@ -363,50 +369,139 @@ TEST(AssociateRequest, ProposesItsOwnAfterItHasAnsweredPeers) {
   }
 }
 
-TEST(AssociateRequest, ProposesItsContextsAfterPeersOfWhomTheLastSentNone) {
-  PDU_Service pdu;
-  PresentationContext context;
-  context.PresentationContextID = 5;
-  context.AbstractSyntax.Set(kCt);
-  context.TransferSyntaxes.emplace_back(kImplicit);
-  pdu.AAssociateRQ.AddPresentationContext(context);
-  for (const bool isSound : {true, false}) {
-    const Connection connection;
-    connection.peer.Send(isSound ? RequestFor({{1, kEcho, {kImplicit}}}) : BytesOf("GET /"));
-    EXPECT_EQ(pdu.Listen(connection.ours), isSound ? 1 : 0);
-    pdu.Link.Close();
-  }
+/// What `pdu` proposes now, to a peer that refuses it.
+Bytes ProposedBy(PDU_Service& pdu) {
   Bytes request;
   ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
   EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
   EXPECT_EQ(server.Wait(), "");
-  EXPECT_EQ(request, Associate(1, "", "",
-                               Joined({ApplicationItem(), ContextItem({5, kCt, {kImplicit}}),
-                                       OurUserItem(16384)})));
+  return request;
+}
+
+/// Has `pdu` answer a peer that asks so.
+void LetAsk(PDU_Service& pdu, const Bytes& request, int expected) {
+  const Connection connection;
+  connection.peer.Send(request);
+  EXPECT_EQ(pdu.Listen(connection.ours), expected) << Words(pdu);
+  pdu.Link.Close();
+}
+
+PresentationContext ContextOf(const Proposal& proposal) {
+  PresentationContext context;
+  context.PresentationContextID = proposal.id;
+  context.AbstractSyntax.Set(proposal.abstractSyntax);
+  for (const auto& syntax : proposal.transferSyntaxes)
+    context.TransferSyntaxes.emplace_back(syntax);
+  return context;
+}
+
+TEST(AssociateRequest, ProposesItsContextsAfterPeersOfWhomTheLastSentNone) {
+  PDU_Service pdu;
+  pdu.AAssociateRQ.AddPresentationContext(ContextOf({5, kCt, {kImplicit}}));
+  LetAsk(pdu, RequestFor({{1, kEcho, {kImplicit}}}), 1);
+  LetAsk(pdu, BytesOf("GET /"), 0);
+  EXPECT_EQ(ProposedBy(pdu),
+            Associate(1, "", "",
+                      Joined({ApplicationItem(), ContextItem({5, kCt, {kImplicit}}),
+                              OurUserItem(16384)})));
 }
 
 TEST(AssociateRequest, ProposesItsListsWhereThePeersContextsWereEmptied) {
   PDU_Service pdu;
   pdu.AddAbstractSyntax(UID(kCt));
-  for (const bool isEmptied : {false, true}) {
-    if (isEmptied) {
-      const Connection connection;
-      connection.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
-      ASSERT_EQ(pdu.Listen(connection.ours), 1);
-      pdu.Link.Close();
-      pdu.AAssociateRQ.PresentationContexts.clear();
-      pdu.AddAbstractSyntax(UID(kEcho));
-    }
+  const auto expectProposed = [&](const Bytes& second) {
     SetIdentifierCounter(41);
-    Bytes request;
-    ScriptedServer server(AnswerWith(Reject(1, 1, 1), nullptr, &request));
-    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
-    EXPECT_EQ(server.Wait(), "");
-    const Bytes second = isEmptied ? ContextItem({43, kEcho, {kImplicit}}) : Bytes();
-    EXPECT_EQ(request, Associate(1, "", "",
-                                 Joined({ApplicationItem(), ContextItem({41, kCt, {kImplicit}}),
-                                         second, OurUserItem(16384)})));
+    EXPECT_EQ(ProposedBy(pdu),
+              Associate(1, "", "",
+                        Joined({ApplicationItem(), ContextItem({41, kCt, {kImplicit}}), second,
+                                OurUserItem(16384)})));
+  };
+  expectProposed({});
+  LetAsk(pdu, RequestFor({{1, kEcho, {kImplicit}}}), 1);
+  pdu.AAssociateRQ.PresentationContexts.clear();
+  pdu.AddAbstractSyntax(UID(kEcho));
+  // Peers that come afterwards change nothing.
+  LetAsk(pdu, BytesOf("GET /"), 0);
+  LetAsk(pdu, RequestFor({{1, kFind, {kImplicit}}}), 1);
+  expectProposed(ContextItem({43, kEcho, {kImplicit}}));
+}
+
+TEST(AssociateRequest, ProposesWhatTheCallerHasPutInThePlaceOfAPeersRequest) {
+  const Bytes negotiation = Item(0x56, Joined({Big16(kCt.size()), BytesOf(kCt), {1, 2}}));
+  const Bytes asked = RequestFor({{1, kEcho, {kImplicit}}},
+                                 PeersUserItem(Joined({RoleItem(kEcho, 1, 1), negotiation})));
+  using Request = tessaret::AAssociateRQ;
+  const struct {
+    std::function<void(Request&)> change;
+    Bytes expected;
+  } rows[] = {
+      {[](Request& request) {
+         request.PresentationContexts.clear();
+         request.AddPresentationContext(ContextOf({5, kCt, {kExplicit}}));
+       },
+       Associate(1, "", "",
+                 Joined({ApplicationItem(), ContextItem({5, kCt, {kExplicit}}), OurUserItem()}))},
+      {[](Request& request) {
+         request.PresentationContexts[0].TransferSyntaxes.emplace_back(kExplicit);
+       },
+       Associate(1, "", "",
+                 Joined({ApplicationItem(), ContextItem({1, kEcho, {kImplicit, kExplicit}}),
+                         OurUserItem()}))},
+      {[](Request& request) { request.PresentationContexts[0].PresentationContextID = 9; },
+       Associate(1, "", "",
+                 Joined({ApplicationItem(), ContextItem({9, kEcho, {kImplicit}}), OurUserItem()}))},
+      {[](Request& request) {
+         request.UserInformation.RoleSelects.clear();
+         request.UserInformation.AddRoleSelect(SCPSCURoleSelect(UID(kFind), 1, 0));
+       },
+       Associate(1, "", "",
+                 Joined({ApplicationItem(), ContextItem({7, kFind, {kImplicit}}),
+                         OurUserItem(16384, RoleItem(kFind, 0, 1))}))},
+      {[](Request& request) {
+         request.UserInformation.FindExtendedNegotiation(UID(kCt))->ApplicationInfo = {3};
+       },
+       Associate(1, "", "",
+                 Joined({ApplicationItem(), ContextItem({7, kFind, {kImplicit}}),
+                         OurUserItem(
+                             16384, Item(0x56, Joined({Big16(kCt.size()), BytesOf(kCt), {3}})))}))},
+      {[](Request& request) {
+         request.CallingApTitle = MakeApTitle("NEW");
+         request.CalledApTitle = MakeApTitle("OTHER");
+         request.ApplicationContext.Set("1.2.9");
+       },
+       Associate(1, "OTHER", "NEW",
+                 Joined({ApplicationItem("1.2.9"), ContextItem({7, kFind, {kImplicit}}),
+                         OurUserItem()}))},
+      {[](Request&) {},
+       Associate(1, "", "",
+                 Joined({ApplicationItem(), ContextItem({7, kFind, {kImplicit}}), OurUserItem()}))},
+  };
+  for (const auto& row : rows) {
+    PDU_Service pdu;
+    pdu.AAssociateRQ.AddPresentationContext(ContextOf({7, kFind, {kImplicit}}));
+    LetAsk(pdu, asked, 1);
+    row.change(pdu.AAssociateRQ);
+    EXPECT_EQ(ProposedBy(pdu), row.expected);
+    // It is proposed again.
+    EXPECT_EQ(ProposedBy(pdu), row.expected);
   }
+}
+
+TEST(AssociateRequest, AsksADescendantForWhatItSaysOfItself) {
+  class OfItsOwn : public PDU_Service {
+    void FillTransferSyntaxes(PresentationContext& context) override {
+      context.TransferSyntaxes.emplace_back("1.2.8");
+    }
+    void FillImplementationClass(ImplementationClass& item) override { item.Set("1.2.7"); }
+    void FillImplementationVersion(ImplementationVersion& item) override { item.Set("OWN"); }
+  };
+  OfItsOwn pdu;
+  pdu.AddAbstractSyntax(UID(kCt));
+  pdu.AddTransferSyntax(UID(kExplicit));
+  SetIdentifierCounter(41);
+  EXPECT_EQ(ProposedBy(pdu), Associate(1, "", "",
+                                       Joined({ApplicationItem(), ContextItem({41, kCt, {"1.2.8"}}),
+                                               UserItem(16384, "1.2.7", "OWN")})));
 }
 
 TEST(AssociateRequest, ProposesAtMostAsManyContextsAsThereAreIdentifiers) {

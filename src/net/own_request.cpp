@@ -1,0 +1,69 @@
+#include "net/own_request.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace tessaret {
+namespace {
+
+bool IsSame(const UID& a, const UID& b) { return a == b; }
+
+bool IsSame(const ApTitle& a, const ApTitle& b) { return a == b; }
+
+bool IsSame(const SCPSCURoleSelect& a, const SCPSCURoleSelect& b) {
+  return a.UID == b.UID && a.SCURole == b.SCURole && a.SCPRole == b.SCPRole;
+}
+
+bool IsSame(const ExtendedNegotiation& a, const ExtendedNegotiation& b) {
+  return a.UID == b.UID && a.ApplicationInfo == b.ApplicationInfo;
+}
+
+bool IsSame(const PresentationContext& a, const PresentationContext& b) {
+  return a.PresentationContextID == b.PresentationContextID &&
+         a.AbstractSyntax == b.AbstractSyntax &&
+         std::equal(a.TransferSyntaxes.begin(), a.TransferSyntaxes.end(),
+                    b.TransferSyntaxes.begin(), b.TransferSyntaxes.end());
+}
+
+template <class Item>
+bool IsSame(const std::vector<Item>& a, const std::vector<Item>& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const Item& one, const Item& other) { return IsSame(one, other); });
+}
+
+template <class Field>
+void KeepChange(Field& now, const Field& peers, Field& own) {
+  if (!IsSame(now, peers)) own = std::move(now);
+}
+
+}  // namespace
+
+void OwnRequest::PutAside(AAssociateRQ& request) noexcept {
+  TakeBack(request);
+  isAside_ = true;
+  own_ = std::move(request);
+  request = AAssociateRQ();
+}
+
+void OwnRequest::ShowPeers(AAssociateRQ peers, AAssociateRQ& request) {
+  AAssociateRQ copy = peers;
+  peers_ = std::move(peers);
+  request = std::move(copy);
+}
+
+void OwnRequest::TakeBack(AAssociateRQ& request) noexcept {
+  if (!std::exchange(isAside_, false)) return;
+  KeepChange(request.CalledApTitle, peers_.CalledApTitle, own_.CalledApTitle);
+  KeepChange(request.CallingApTitle, peers_.CallingApTitle, own_.CallingApTitle);
+  KeepChange(request.ApplicationContext, peers_.ApplicationContext, own_.ApplicationContext);
+  KeepChange(request.PresentationContexts, peers_.PresentationContexts, own_.PresentationContexts);
+  UserInformation& user = request.UserInformation;
+  KeepChange(user.RoleSelects, peers_.UserInformation.RoleSelects,
+             own_.UserInformation.RoleSelects);
+  KeepChange(user.ExtendedNegotiations, peers_.UserInformation.ExtendedNegotiations,
+             own_.UserInformation.ExtendedNegotiations);
+  request = std::exchange(own_, AAssociateRQ());
+  peers_ = AAssociateRQ();
+}
+
+}  // namespace tessaret
