@@ -7,6 +7,8 @@
 // Operations answer false or 0 when they fail, with the reason in GetLastError() where there is one.
 #pragma once
 
+#include <cxxabi.h>
+
 #include <array>
 #include <cstdint>
 #include <string>
@@ -193,6 +195,18 @@ class PDU_Service : public Buffer, public DataSetCoder {
     } catch (...) {
       CloseLink();
       throw;
+    }
+  }
+  /// Sends what nothing depends on; the closed link tells the peer as much. Where the thread is cancelled within, the link is closed:
+  /// nothing is to be sent or waited for once more.
+  template <class Work>
+  void Attempt(Work work) {
+    try {
+      work();
+    } catch (const abi::__forced_unwind&) {
+      CloseLink();
+      throw;
+    } catch (...) {
     }
   }
   /// Closes the link and forgets what waits for it.

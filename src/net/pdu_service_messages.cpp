@@ -331,10 +331,7 @@ void PDU_Service::Abort() {
 void PDU_Service::WriteAbort() {
   // The numbers of one that was received are not ours.
   AAbortRQ = tessaret::AAbortRQ();
-  try {
-    AAbortRQ.Write(*this);
-  } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
-  }
+  Attempt([&] { AAbortRQ.Write(*this); });
 }
 
 }  // namespace tessaret

@@ -1,6 +1,5 @@
 // How associations begin and end.
 #include <algorithm>
-#include <new>
 #include <utility>
 
 #include "base/text.h"
@@ -126,12 +125,7 @@ int PDU_Service::CheckAccept() {
 }
 
 int PDU_Service::Close() {
-  if (Link.Connected != 0) {
-    try {
-      Release();
-    } catch (const std::bad_alloc&) {  // the closed link tells the peer as much
-    }
-  }
+  if (Link.Connected != 0) Attempt([&] { Release(); });
   CloseLink();
   return 1;
 }
@@ -189,11 +183,18 @@ int PDU_Service::AnswerRequest() {
 
 bool PDU_Service::AnswerOnLink() {
   bool stands = false;
-  const bool isDone = Contained(false, [&] {
-    stands = ReadAndNegotiate();
-    return true;
-  });
-  if (isDone) return stands;
+  try {
+    const bool isDone = Contained(false, [&] {
+      stands = ReadAndNegotiate();
+      return true;
+    });
+    if (isDone) return stands;
+  } catch (const abi::__forced_unwind&) {
+    // A release of what does not stand would be waited for.
+    Link.ClosePeer();
+    ForgetStream();
+    throw;
+  }
   Fail("The request could not be answered, sending A-Abort-RQ");
   ForgetStream();
   WriteAbort();

@@ -521,6 +521,40 @@ TEST(AcceptNext, HoldsNothingAgainstAPeerThatTheOneBeforeHasSaid) {
   pdu.Link.Close();
 }
 
+TEST(AcceptNext, GoesOnAfterAPeerToWhomNothingCanBeSent) {
+  class ThrowsTwice : public PDU_Service {
+    int SendBinary(const void* data, std::uint32_t count) override {
+      // The answer, and the abort in place of it.
+      if (++sent_ <= 2) throw std::runtime_error("not now");
+      return PDU_Service::SendBinary(data, count);
+    }
+    int sent_ = 0;
+  };
+  Listener listener;
+  const Peer first = ConnectTo(listener.Port());
+  const Peer second = ConnectTo(listener.Port());
+  for (const Peer* peer : {&first, &second}) peer->Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  ThrowsTwice pdu;
+  EXPECT_EQ(pdu.AcceptNext(listener.Descriptor()), listener.Descriptor());
+  EXPECT_EQ(first.ReceiveToEnd(), Bytes());
+  EXPECT_EQ(second.ReceivePdu(), AnswerOf(AcceptItem(1, 0, kImplicit), OurUserItem(32768)));
+  pdu.Link.Close();
+}
+
+TEST(AcceptNext, ClosesWhatListensWhereItIsGivenNone) {
+  for (const int none : {0, -1}) {
+    Listener listener;
+    const Connection connection;
+    PDU_Service pdu;
+    pdu.Link.AdoptListener(listener.Give());
+    pdu.Link.Adopt(connection.ours);
+    EXPECT_EQ(pdu.AcceptNext(none), 0);
+    EXPECT_EQ(Words(pdu), "Accept(): Not listening");
+    EXPECT_EQ(connection.peer.ReceiveToEnd(), Bytes());
+    EXPECT_THROW(ConnectTo(listener.Port()), std::runtime_error);
+  }
+}
+
 TEST(AcceptNext, GoesOnWithTheListenerOfTheObjectItself) {
   Listener listener;
   PDU_Service pdu;

@@ -3,7 +3,11 @@
 #include <sys/resource.h>
 
 #include <cerrno>
+#include <chrono>
+#include <initializer_list>
 #include <random>
+#include <stdexcept>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -410,6 +414,100 @@ TEST(Cancellation, OfAThreadWaitsForTheEndOfADestructor) {
               return release == ReleaseRequest() ? 0 : 1;
             }),
             0);
+}
+
+/// Runs `work` on a thread of a child that is cancelled as soon as `waits` returns; false where that takes longer than the time in which
+/// the association would wait for its peer once more.
+template <class Work, class Waits>
+bool EndsByCancellation(Work work, Waits waits) {
+  std::thread thread(work);
+  waits();
+  const auto start = std::chrono::steady_clock::now();
+  ::pthread_cancel(thread.native_handle());
+  thread.join();
+  return std::chrono::steady_clock::now() - start < std::chrono::seconds(10);
+}
+
+TEST(Cancellation, WithinAReleaseEndsTheLinkAtOnce) {
+  EXPECT_EQ(RunInChild([] {
+              Connection connection;
+              Bytes release;
+              const bool ends = EndsByCancellation(
+                  [&] {
+                    PDU_Service pdu;
+                    pdu.Link.TimeoutSecs = 30;
+                    pdu.Link.Adopt(connection.ours);
+                    pdu.Close();
+                  },
+                  [&] { release = connection.peer.ReceivePdu(); });
+              if (!ends || release != ReleaseRequest()) return 1;
+              return connection.peer.ReceiveToEnd().empty() ? 0 : 2;
+            }),
+            0);
+}
+
+TEST(Cancellation, WithinAnAbortEndsTheLinkAtOnce) {
+  EXPECT_EQ(RunInChild([] {
+              Connection connection;
+              // The peer takes nothing more, so that the abort for its strange PDU waits.
+              const Bytes some(1 << 16);
+              while (::send(connection.ours, some.data(), some.size(), MSG_DONTWAIT) > 0) {
+              }
+              while (::send(connection.ours, some.data(), 1, MSG_DONTWAIT) > 0) {
+              }
+              connection.peer.Send({9});
+              const bool ends = EndsByCancellation(
+                  [&] {
+                    PDU_Service pdu;
+                    pdu.Link.TimeoutSecs = 30;
+                    pdu.Link.Adopt(connection.ours);
+                    DICOMCommandObject command;
+                    pdu.Read(command);
+                  },
+                  [] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); });
+              if (!ends) return 1;
+              const Bytes received = connection.peer.ReceiveToEnd();
+              return received == Bytes(received.size()) ? 0 : 2;
+            }),
+            0);
+}
+
+TEST(Cancellation, WithinTheRequestOfAPeerEndsTheLinkAtOnce) {
+  EXPECT_EQ(RunInChild([] {
+              Connection connection;
+              const Bytes request = RequestFor({{1, kEcho, {kImplicit}}});
+              connection.peer.Send(Bytes(request.begin(), request.begin() + 20));
+              const bool ends = EndsByCancellation(
+                  [&] {
+                    PDU_Service pdu;
+                    pdu.Link.TimeoutSecs = 30;
+                    pdu.Listen(connection.ours);
+                  },
+                  [] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); });
+              return ends && connection.peer.ReceiveToEnd().empty() ? 0 : 1;
+            }),
+            0);
+}
+
+TEST(Close, EndsTheLinkWhateverComesOfTheRelease) {
+  class Throwing : public PDU_Service {
+   public:
+    int SendBinary(const void*, std::uint32_t) override { throw std::runtime_error("no"); }
+  };
+  class ThrowingLater : public PDU_Service {
+   public:
+    std::int64_t ReadBinary(void*, std::uint32_t) override { throw std::runtime_error("no"); }
+  };
+  Throwing writes;
+  ThrowingLater reads;
+  for (PDU_Service* pdu : std::initializer_list<PDU_Service*>{&writes, &reads}) {
+    const Connection connection;
+    pdu->Link.Adopt(connection.ours);
+    EXPECT_EQ(pdu->Close(), 1);
+    EXPECT_EQ(pdu->Link.Connected, 0);
+    EXPECT_EQ(pdu->OutSize, 0);
+    EXPECT_EQ(connection.peer.ReceiveToEnd(), pdu == &writes ? Bytes() : ReleaseRequest());
+  }
 }
 
 TEST(Memory, IsTakenOnlyForWhatHasCome) {
