@@ -42,12 +42,13 @@ bool MakeNative(DICOMDataObject& object) {
   return engine.Decompress(&object, nullptr, nullptr) && !HasFragments(object);
 }
 
-/// Whether the destination has accepted the class in the syntax that it was offered. By the name of another, numbers or pixels would be
-/// taken for what they are not.
+/// Whether the destination has accepted the class in a syntax by which little endian native data are what they are. It was offered the
+/// implicit one; by the name of another, numbers or pixels would be taken for what they are not.
 bool TakesNativeData(const PDU_Service& link, const UID& sopClass) {
   UID accepted;
   return link.TransferSyntaxOf(link.ContextIDFor(sopClass), accepted) &&
-         FindTransferSyntax(accepted.View()) == kImplicitLittle;
+         IsOfNativePixels(accepted.View()) &&
+         !IsBigEndian(FindTransferSyntax(accepted.View()).value_or(kExplicitBig));
 }
 
 /// Sends one file. The counter of what became of it.
@@ -142,7 +143,7 @@ bool StandardRetrieve::Read(PDU_Service* pdu, DICOMCommandObject* command) {
   PDU_Service link;
   link.AttachDictionary(pdu->Dictionary, false);
   link.Link.TimeoutSecs = pdu->Link.TimeoutSecs;
-  link.SetCallingTitle(std::string_view(pdu->AAssociateRQ.CalledApTitle.data(), kApTitleBytes));
+  link.SetCallingTitle(std::string_view(pdu->AAssociateAC.CalledApTitle.data(), kApTitleBytes));
   link.SetCalledTitle(destinationAE);
   for (const std::string& path : move.instances) {
     const std::unique_ptr<DICOMDataObject> head = link.LoadFile(path.c_str(), false, false);

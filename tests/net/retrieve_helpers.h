@@ -91,7 +91,7 @@ inline Bytes AnswersOf(Moving& move, const Bytes& request, bool expected = true,
                        int timeoutSecs = 300) {
   Association association(kContexts);
   association.pdu.Link.TimeoutSecs = timeoutSecs;
-  association.pdu.AAssociateRQ.CalledApTitle = MakeApTitle("US");
+  association.pdu.AAssociateAC.CalledApTitle = MakeApTitle("US");
   association.peer.Send(request);
   DICOMCommandObject command;
   EXPECT_NE(association.pdu.Read(command), 0);

@@ -454,6 +454,63 @@ TEST(Retrieve, SendsNothingByASyntaxThatWasNotOffered) {
   }
 }
 
+TEST(Retrieve, PreparesForAnythingWhereNoIdentifierFollows) {
+  Moving move;
+  const Bytes request = Data(7, kWholeCommand,
+                             Command()
+                                 .Uid(0x0002, kMove)
+                                 .Number(0x0100, 0x0021)
+                                 .Number(0x0110, 9)
+                                 .Text(0x0600, "DEST")
+                                 .Number(0x0700, 0)
+                                 .Number(0x0800, 0x0101));
+  EXPECT_EQ(AnswersOf(move, request),
+            MoveAnswer(0xC003, {0, 0, 0, 0}, "Cannot find destination AE"));
+  EXPECT_EQ(move.asked, "prepare[DEST,]find[DEST]");
+}
+
+TEST(Retrieve, SendsByTheExplicitNameWhereThatIsWhatTheDestinationTook) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  Moving move;
+  move.files = {folder.File("1.1")};
+  Destination destination({0}, kExplicit);
+  move.port = destination.Port();
+  EXPECT_EQ(AnswersOf(move, MoveRequest("DEST")),
+            Joined({MoveAnswer(0xFF00, {0, 1, 0, 0}), MoveAnswer(0, {0, 1, 0, 0})}));
+  EXPECT_EQ(destination.Wait(), "");
+  EXPECT_EQ(destination.received, "445");
+  EXPECT_EQ(destination.last, Data(destination.request.at(103), kLastPart,
+                                   DataSetBuilder(Encoding::kExplicitLittle)
+                                       .Element(0x0008, 0x0016, "UI", Evened(kCt))
+                                       .Element(0x0008, 0x0018, "UI", Evened("1.1"))
+                                       .Element(0x0010, 0x0010, "PN", "AA")
+                                       .Done()));
+}
+
+TEST(Retrieve, CallsItselfAsItWasCalledWhateverIsSetForLater) {
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  Moving move;
+  move.files = {folder.File("1.1")};
+  Destination destination({0});
+  move.port = destination.Port();
+  const Connection connection;
+  // "US" is called.
+  connection.peer.Send(Joined({RequestFor({{7, kMove, {kImplicit}}}), MoveRequest("DEST")}));
+  PDU_Service pdu;
+  ASSERT_EQ(pdu.Listen(connection.ours), 1);
+  pdu.SetCalledTitle("NEXT");
+  pdu.SetCallingTitle("LATER");
+  DICOMCommandObject command;
+  ASSERT_NE(pdu.Read(command), 0);
+  EXPECT_TRUE(move.Read(&pdu, &command));
+  EXPECT_EQ(destination.Wait(), "");
+  const Bytes titles(destination.request.begin() + 10, destination.request.begin() + 42);
+  EXPECT_EQ(titles, Joined({Title("DEST"), Title("US")}));
+  pdu.Link.Close();
+}
+
 TEST(Retrieve, ProposesEachClassOfTheInstancesOnce) {
   const TempFolder folder;
   const auto write = [&](const char* name, std::string_view sopClass) {
