@@ -18,8 +18,8 @@ bool CStoreRQ::Write(PDU_Service* pdu, DICOMDataObject* dataObject) {
 
 bool CStoreRSP::Write(PDU_Service* pdu, DICOMCommandObject* request, std::uint16_t status) {
   if (pdu == nullptr || request == nullptr) return false;
-  const auto sopClass = UidOf(*request, 0x0000, command_element::kSopClass);
-  if (!sopClass) return false;
+  // A request that names none is answered as any other: its sender waits for that.
+  const UID sopClass = UidOf(*request, 0x0000, command_element::kSopClass).value_or(UID());
   DICOMCommandObject response;
   MoveElement(*request, command_element::kSopClass, response, command_element::kSopClass);
   MoveElement(*request, command_element::kSopInstance, response, command_element::kSopInstance);
@@ -28,7 +28,7 @@ bool CStoreRSP::Write(PDU_Service* pdu, DICOMCommandObject* request, std::uint16
               CommandNumber(*request, command_element::kMessageID).value_or(0));
   PutNumber16(response, 0x0000, command_element::kDataSetType, data_set_type::kNone);
   PutNumber16(response, 0x0000, command_element::kStatus, status);
-  return pdu->Respond(response, nullptr, *sopClass);
+  return pdu->Respond(response, nullptr, sopClass);
 }
 
 bool CStoreRSP::Read(DICOMCommandObject& command) {

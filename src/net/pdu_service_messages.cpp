@@ -185,11 +185,11 @@ bool PDU_Service::Write(DICOMCommandObject& commandObject, DICOMDataObject* data
 
 bool PDU_Service::Respond(DICOMCommandObject& commandObject, DICOMDataObject* dataObject,
                           const UID& sopClass) {
+  const bool isAccepted = IsAccepted(sopClass);
   for (const PresentationContextAccept& context : AcceptedContexts) {
-    if (context.PresentationContextID == PDataTF.MessagePresentationContextID &&
-        context.AbstractSyntax == sopClass) {
-      return WriteBoth(commandObject, dataObject, context.PresentationContextID);
-    }
+    if (context.PresentationContextID != PDataTF.MessagePresentationContextID) continue;
+    if (isAccepted && !(context.AbstractSyntax == sopClass)) continue;
+    return WriteBoth(commandObject, dataObject, context.PresentationContextID);
   }
   return Write(commandObject, dataObject, sopClass);
 }

@@ -53,7 +53,14 @@ TEST(CStoreResponse, TakesItsElementsOutOfTheRequest) {
                                                   .Number(0x0900, 0xA700)
                                                   .Uid(0x1000, "1.2.3")));
   EXPECT_EQ(request.GetVR(0, 0x1000), nullptr);
-  EXPECT_FALSE(message.Write(&association.pdu, &request, 0));  // its class is gone
+  // Its class and instance are gone, and the sender waits all the same.
+  EXPECT_TRUE(message.Write(&association.pdu, &request, 0));
+  EXPECT_EQ(association.peer.Received(), Data(3, kWholeCommand,
+                                              Command()
+                                                  .Number(0x0100, 0x8001)
+                                                  .Number(0x0120, 0x1234)
+                                                  .Number(0x0800, 0x0101)
+                                                  .Number(0x0900, 0)));
   EXPECT_FALSE(message.Write(&association.pdu, nullptr, 0));
   EXPECT_FALSE(message.Write(nullptr, &request, 0));
 }
