@@ -234,9 +234,11 @@ class PDU_Service : public Buffer, public DataSetCoder {
   std::uint8_t EndOfLink();
   /// Leaves the words for it; of a failure the peer is told.
   void NoteEndOfLink();
-  /// What `work` answers, which sends a message. Where it fails the link is closed, with words.
+  /// What `work` answers, which sends a message. Where it fails the link is closed, with words; of a link that was closed before they
+  /// stand already. `wasOpen` is before the message was encoded: another thread may close it within.
   template <class Work>
-  bool Sends(Work work);
+  bool Sends(bool wasOpen, Work work);
+  bool Send(std::uint8_t contextID, bool wasOpen);
   /// Acts on a PDU that is not of data. Always 0.
   std::uint8_t ActOn(std::uint8_t type);
   std::uint8_t ReadMessage(DICOMObject& object);

@@ -70,10 +70,11 @@ bool PDU_Service::EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffe
 bool PDU_Service::ParseOutgoing(DICOMObject& object, Buffer& buffer, std::uint8_t contextID) {
   const PresentationContextAccept* found = nullptr;
   for (const PresentationContextAccept& context : AAssociateAC.PresentationContexts) {
-    // A refusal names none, and an identifier may have been proposed twice.
     if (context.PresentationContextID != contextID || context.TransferSyntax.IsEmpty()) continue;
-    found = &context;
-    break;
+    // An identifier may have been answered twice, and data go by what was accepted.
+    const bool isAccepted = context.Result == 0;
+    if (found == nullptr || isAccepted) found = &context;
+    if (isAccepted) break;
   }
   if (found == nullptr) {
     return Fail(Format("Bad Presentation Context ID[0x%X]", contextID)) != 0;
@@ -156,9 +157,10 @@ std::uint8_t PDU_Service::ContextToWrite(const UID& sopClass) {
 bool PDU_Service::Write(DICOMDataObject& dataObject, const UID& sopClass) {
   const std::uint8_t contextID = ContextToWrite(sopClass);
   if (contextID == 0) return false;
+  const bool wasOpen = Link.Connected != 0;
   PDataTF.DropOutgoing();
   PDataTF.MessageControl = 0;
-  return ParseOutgoing(dataObject, PDataTF.VRBuffer, contextID) && Write(contextID);
+  return ParseOutgoing(dataObject, PDataTF.VRBuffer, contextID) && Send(contextID, wasOpen);
 }
 
 bool PDU_Service::Write(DICOMCommandObject& commandObject, const UID& sopClass) {
@@ -167,14 +169,17 @@ bool PDU_Service::Write(DICOMCommandObject& commandObject, const UID& sopClass) 
 }
 
 bool PDU_Service::Write(DICOMCommandObject& commandObject, std::uint8_t contextID) {
+  const bool wasOpen = Link.Connected != 0;
   PDataTF.DropOutgoing();
   PDataTF.MessageControl = kCommandFragment;
-  return EncodeCommand(commandObject, PDataTF) && Write(contextID);
+  return EncodeCommand(commandObject, PDataTF) && Send(contextID, wasOpen);
 }
 
-bool PDU_Service::Write(std::uint8_t contextID) {
+bool PDU_Service::Write(std::uint8_t contextID) { return Send(contextID, Link.Connected != 0); }
+
+bool PDU_Service::Send(std::uint8_t contextID, bool wasOpen) {
   PDataTF.MessagePresentationContextID = contextID;
-  return Sends([&] { return PDataTF.Write(*this); });
+  return Sends(wasOpen, [&] { return PDataTF.Write(*this); });
 }
 
 bool PDU_Service::Write(DICOMCommandObject& commandObject, DICOMDataObject* dataObject,
@@ -196,6 +201,7 @@ bool PDU_Service::Respond(DICOMCommandObject& commandObject, DICOMDataObject* da
 
 bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* dataObject,
                             std::uint8_t contextID) {
+  const bool wasOpen = Link.Connected != 0;
   tessaret::PDataTF command;
   tessaret::PDataTF data;
   if (dataObject != nullptr && !HasLongBytes(*dataObject) && !HasLongBytes(commandObject)) {
@@ -208,14 +214,12 @@ bool PDU_Service::WriteBoth(DICOMCommandObject& commandObject, DICOMDataObject* 
   command.MessagePresentationContextID = contextID;
   data.MessagePresentationContextID = contextID;
   PDataTF.MessagePresentationContextID = contextID;
-  return Sends([&] { return command.Queue(*this) && data.Queue(*this) && Flush(); });
+  return Sends(wasOpen, [&] { return command.Queue(*this) && data.Queue(*this) && Flush(); });
 }
 
 template <class Work>
-bool PDU_Service::Sends(Work work) {
-  const bool wasOpen = Link.Connected != 0;
+bool PDU_Service::Sends(bool wasOpen, Work work) {
   if (OrCloseLink(work)) return true;
-  // Of a link that was closed before, the words that say why stand already.
   if (wasOpen) Fail(Link.Connected == 0 ? kClosedHere : Link.GetLastError());
   // A message that went in part is the end of the link, and nothing of it may go on a later one.
   CloseLink();

@@ -391,6 +391,53 @@ TEST(WriteMessage, HasWordsForContextsAndSyntaxesThatAreNotThere) {
   EXPECT_TRUE(association.peer.Received().empty());
 }
 
+TEST(WriteMessage, GoesByTheAnswerThatAcceptsWhereAPeerGaveTwo) {
+  Association association({{1, kCt, kBigEndianSyntax}, {1, kCt, kImplicit}});
+  auto& answers = association.pdu.AAssociateAC.PresentationContexts;
+  answers[0].Result = 4;
+  association.pdu.AcceptedContexts.erase(association.pdu.AcceptedContexts.begin());
+  DICOMDataObject object;
+  FillSmallSet(object);
+  EXPECT_TRUE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_EQ(association.peer.Received(), Data(1, kLastPart, SmallSet(Encoding::kImplicitLittle)));
+  // The first one of two that accept.
+  answers[0].Result = 0;
+  answers[0].TransferSyntax.Set(kExplicit);
+  FillSmallSet(object);
+  EXPECT_TRUE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_EQ(association.peer.Received(), Data(1, kLastPart, SmallSet(Encoding::kExplicitLittle)));
+  // Where none accepts, the first one that has a syntax counts: the caller has named the context.
+  answers[0].Result = answers[1].Result = 4;
+  PDataTF data;
+  FillSmallSet(object);
+  EXPECT_TRUE(association.pdu.ParseOutgoing(object, data.VRBuffer, 1));
+}
+
+TEST(WriteMessage, HasWordsForALinkThatIsClosedWhileItEncodes) {
+  class Closing : public PDU_Service {
+   public:
+    bool ParseOutgoing(DICOMObject& object, Buffer& buffer, std::uint8_t contextID) override {
+      Link.Close();
+      return PDU_Service::ParseOutgoing(object, buffer, contextID);
+    }
+  };
+  for (const bool hasCommand : {false, true}) {
+    Association other(kContexts);
+    Closing pdu;
+    pdu.AcceptedContexts = other.pdu.AcceptedContexts;
+    pdu.AAssociateAC = other.pdu.AAssociateAC;
+    const Connection connection;
+    pdu.Link.Adopt(connection.ours);
+    DICOMDataObject object;
+    FillSmallSet(object);
+    DICOMCommandObject command;
+    PutNumber16(command, 0x0000, 0x0100, 1);
+    EXPECT_FALSE(hasCommand ? pdu.Write(command, &object, UID(kCt)) : pdu.Write(object, UID(kCt)));
+    EXPECT_EQ(Words(pdu), "The link was closed");
+    EXPECT_EQ(connection.peer.ReceiveToEnd(), Bytes());
+  }
+}
+
 TEST(WriteMessage, KnowsSyntaxesThatWereAddedAtRunTime) {
   TransferSyntaxCodec ours{"1.2.3.4", 0, kExplicitLittle, 0};
   TransferSyntaxCodec strange{"1.2.3.5", 0, 103, 0};
@@ -459,6 +506,16 @@ TEST(WriteMessage, AnswersInTheContextOfTheRequest) {
   // A request that came where its class was not agreed is answered where it was.
   association.pdu.PDataTF.MessagePresentationContextID = 5;
   EXPECT_EQ(respond(), Data(1, kWholeCommand, command));
+  // One whose class was not agreed at all has no other place.
+  association.pdu.AcceptedContexts.erase(association.pdu.AcceptedContexts.begin(),
+                                         association.pdu.AcceptedContexts.begin() + 2);
+  association.pdu.PDataTF.MessagePresentationContextID = 5;
+  EXPECT_EQ(respond(), Data(5, kWholeCommand, command));
+  association.pdu.PDataTF.MessagePresentationContextID = 3;
+  DICOMCommandObject unplaced;
+  PutNumber16(unplaced, 0x0000, 0x0100, 0x8001);
+  EXPECT_FALSE(association.pdu.Respond(unplaced, nullptr, UID(kCt)));
+  EXPECT_EQ(Words(association.pdu), "SOP Class not supported [1.2.840.10008.5.1.4.1.1.2]");
 }
 
 TEST(WriteMessage, LeavesTheSocketsWordsWhereTheLinkIsLost) {
