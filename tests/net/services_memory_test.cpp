@@ -96,6 +96,48 @@ TEST(WithoutMemory, RequestsAreSentWholly) {
   });
 }
 
+/// Lets every allocation of `write` fail once, which is to send a query of two elements. It answers nothing but by throwing, unless the
+/// whole query has gone.
+template <class Write>
+void ExpectWholeQueryOrThrow(const Bytes& whole, Write write) {
+  for (std::uint64_t nth = 1;; ++nth) {
+    Association association(kContexts);
+    association.peer.SendAll({});
+    DICOMDataObject query;
+    PutBytes(query, 0x0010, 0x0010, type_code::PN, "Q*");
+    PutBytes(query, 0x0010, 0x0020, type_code::LO, "12");
+    bool threw = false;
+    bool happened = false;
+    {
+      const AllocationFailure failure(nth);
+      try {
+        write(association.pdu, query);
+      } catch (const std::bad_alloc&) {
+        threw = true;
+      }
+      happened = failure.Happened();
+    }
+    association.pdu.Link.Close();
+    const std::vector<Bytes> sent = SplitPdus(association.peer.ReceiveToEnd());
+    const bool hasData = sent.size() > 1 && sent[1].at(0) == 4;
+    EXPECT_TRUE(hasData || threw) << "allocation " << nth;
+    if (hasData) {
+      EXPECT_EQ(Bytes(sent[1].begin() + 12, sent[1].end()), whole) << "allocation " << nth;
+    }
+    if (!happened) return;
+  }
+}
+
+TEST(WithoutMemory, AQueryThatCannotBeCopiedThrows) {
+  const Bytes whole = Elements().Text(0x0010, 0x0010, "Q*").Text(0x0010, 0x0020, "12");
+  ExpectWholeQueryOrThrow(whole, [](PDU_Service& pdu, DICOMDataObject& query) {
+    Finding<StudyRootQuery>().Write(&pdu, &query);
+  });
+  ExpectWholeQueryOrThrow(whole, [](PDU_Service& pdu, DICOMDataObject& query) {
+    Moving().Write(&pdu, &query, "DEST");
+  });
+}
+
 TEST(WithoutMemory, AnAbandonedRequestLeavesNothingForTheNext) {
   const auto response = [](std::uint16_t field, std::uint16_t message, std::uint16_t status) {
     return Data(5, kWholeCommand,

@@ -298,6 +298,16 @@ TEST_F(ConnectedSocket, ClosesWhatIsOpenWhenItTakesAnother) {
   EXPECT_EQ(Read(1), 1);
 }
 
+TEST_F(ConnectedSocket, ClosesWhatIsOpenWhenItTakesNone) {
+  for (const int none : {0, -1}) {
+    Connect(ConnectedPair());
+    socket_.Adopt(none);
+    EXPECT_EQ(socket_.Connected, 0);
+    EXPECT_EQ(socket_.DataSocket, 0);
+    EXPECT_TRUE(peer_.Receive(1).empty());
+  }
+}
+
 TEST_F(ConnectedSocket, KeepsItsOwnConnectionOpenWhenItTakesThat) {
   socket_.Adopt(socket_.DataSocket);
   EXPECT_EQ(socket_.Connected, 1);

@@ -140,6 +140,37 @@ TEST(Query, AnswersEachMatchAndTheEnd) {
   EXPECT_EQ(query.asked, "Q*;");
 }
 
+TEST(Query, LooksForAnythingWhereNoIdentifierFollows) {
+  Finding<StudyRootQuery> query;
+  query.Match("AA");
+  const Bytes request = Data(5, kWholeCommand,
+                             Command()
+                                 .Uid(0x0002, kFind)
+                                 .Number(0x0100, 0x0020)
+                                 .Number(0x0110, 9)
+                                 .Number(0x0700, 2)
+                                 .Number(0x0800, 0x0101));
+  EXPECT_EQ(AnswersOf(query, request), Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0, "")}));
+  EXPECT_EQ(query.asked, ";");
+}
+
+TEST(Query, WithNothingInItGoesAsACommandAlone) {
+  Association association(kContexts);
+  SetIdentifierCounter(1);
+  association.peer.SendAll(Joined({FindResponse(0xFF00, "AA"), FindResponse(0, "")}));
+  Finding<StudyRootQuery> query;
+  DICOMDataObject nothing;
+  EXPECT_TRUE(query.Write(&association.pdu, &nothing));
+  EXPECT_EQ(query.told, "query=;65280=AA;0=;");
+  EXPECT_EQ(association.peer.Received(), Data(5, kWholeCommand,
+                                              Command()
+                                                  .Uid(0x0002, kFind)
+                                                  .Number(0x0100, 0x0020)
+                                                  .Number(0x0110, 1)
+                                                  .Number(0x0700, 2)
+                                                  .Number(0x0800, 0x0102)));
+}
+
 TEST(Query, AnswersAFailureOfTheSearch) {
   for (const bool throws : {true, false}) {
     Finding<StudyRootQuery> query;
