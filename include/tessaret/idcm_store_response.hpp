@@ -23,7 +23,8 @@ class IDcmStoreResponse : public IDispatch {
   /// Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the
   /// numbers of the refusal as texts, "No SOP Class proposed", "No Accepted presentation Context found", "Corrupt transmission
   /// reading AAssociateRQ". In SopError: why the association did not take the file, such as "SOP Class not supported [%s]" or "The
-  /// peer has closed the link"; empty where the file itself is to blame.
+  /// peer has closed the link"; empty where the file itself is to blame. After IDcmVerification::Verify: why no association came
+  /// about, or why the node did not answer on the one that did; empty where it answered.
   virtual Status get_AssociationError(Result<String> pVal) = 0;
 };
 

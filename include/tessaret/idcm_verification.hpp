@@ -12,8 +12,8 @@ class IDcmVerification : public IDispatch {
   static constexpr const char* kName = "IDcmVerification";
 
   /// Makes an association, sends a C-ECHO (DICOM PS3.4, annex A), and releases it. The arguments are those of IDcmCStore::SendFiles,
-  /// and so are the failures where no association comes about; IDcmStoreResponse tells more of these. True when the node answered,
-  /// whatever the status; false when it did not, and the association has ended.
+  /// and so are the failures where no association comes about. True when the node answered, whatever the status; false when it did not,
+  /// and the association has ended. IDcmStoreResponse::get_AssociationError tells more of both.
   virtual Status Verify(const String& host, const String& port, const String& LocalAE,
                         const String& RemoteAE, std::int32_t TimeoutSecs,
                         Result<VariantBool> Answered) = 0;

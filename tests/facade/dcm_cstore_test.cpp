@@ -558,6 +558,7 @@ TEST_F(CStore, ANodeIsAskedWhetherItIsThere) {
   StoreProvider silent({.answersEcho = false});
   EXPECT_EQ(verification->Verify("127.0.0.1", silent.Port(), "HERE", "THERE", 20, &answered), kOk);
   EXPECT_FALSE(answered.IsTrue());
+  EXPECT_EQ(AssociationError(), "The peer has closed the link");
   AnsweringPeer refusing(Refusal(1, 1, 7));
   answered = VariantBool::Of(-1);
   EXPECT_STORE_FAILS_WITH(

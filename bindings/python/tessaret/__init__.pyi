@@ -1558,7 +1558,8 @@ class IDcmStoreResponse(Object):
         """Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the
         numbers of the refusal as texts, "No SOP Class proposed", "No Accepted presentation Context found", "Corrupt transmission
         reading AAssociateRQ". In SopError: why the association did not take the file, such as "SOP Class not supported [%s]" or "The
-        peer has closed the link"; empty where the file itself is to blame.
+        peer has closed the link"; empty where the file itself is to blame. After IDcmVerification::Verify: why no association came
+        about, or why the node did not answer on the one that did; empty where it answered.
         """
         ...
 
@@ -1568,8 +1569,8 @@ class IDcmVerification(Object):
     """For hosts that want to know before they send, and for those who set up nodes."""
     def Verify(self, host: str | PathLike[str] | None, port: str | PathLike[str] | None, LocalAE: str | PathLike[str] | None, RemoteAE: str | PathLike[str] | None, TimeoutSecs: int) -> bool:
         """Makes an association, sends a C-ECHO (DICOM PS3.4, annex A), and releases it. The arguments are those of IDcmCStore::SendFiles,
-        and so are the failures where no association comes about; IDcmStoreResponse tells more of these. True when the node answered,
-        whatever the status; false when it did not, and the association has ended.
+        and so are the failures where no association comes about. True when the node answered, whatever the status; false when it did not,
+        and the association has ended. IDcmStoreResponse::get_AssociationError tells more of both.
         """
         ...
 

@@ -19,7 +19,8 @@ constexpr MemberInfo kMembers[] = {
 {"AssociationError", MemberKind::kGet, kArguments2.data(), kArguments2.size(), "Why the last SendFiles made no association, in the words of the network: the system's for a link that could not be opened, the\n"
         "numbers of the refusal as texts, \"No SOP Class proposed\", \"No Accepted presentation Context found\", \"Corrupt transmission\n"
         "reading AAssociateRQ\". In SopError: why the association did not take the file, such as \"SOP Class not supported [%s]\" or \"The\n"
-        "peer has closed the link\"; empty where the file itself is to blame."},
+        "peer has closed the link\"; empty where the file itself is to blame. After IDcmVerification::Verify: why no association came\n"
+        "about, or why the node did not answer on the one that did; empty where it answered."},
 };
 constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_ResponseStatus>,

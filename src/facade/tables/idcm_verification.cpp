@@ -12,8 +12,8 @@ constexpr auto kArguments0 = Signature<decltype(&I::Verify)>::Describe({{{"host"
 
 constexpr MemberInfo kMembers[] = {
 {"Verify", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Makes an association, sends a C-ECHO (DICOM PS3.4, annex A), and releases it. The arguments are those of IDcmCStore::SendFiles,\n"
-        "and so are the failures where no association comes about; IDcmStoreResponse tells more of these. True when the node answered,\n"
-        "whatever the status; false when it did not, and the association has ended."},
+        "and so are the failures where no association comes about. True when the node answered, whatever the status; false when it did not,\n"
+        "and the association has ended. IDcmStoreResponse::get_AssociationError tells more of both."},
 };
 constexpr MemberCall kCalls[] = {
 &CallMember<&I::Verify>,
