@@ -70,13 +70,13 @@ bool PDU_Service::EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffe
 bool PDU_Service::ParseOutgoing(DICOMObject& object, Buffer& buffer, std::uint8_t contextID) {
   const PresentationContextAccept* found = nullptr;
   for (const PresentationContextAccept& context : AAssociateAC.PresentationContexts) {
-    if (context.PresentationContextID != contextID || context.TransferSyntax.IsEmpty()) continue;
+    if (context.PresentationContextID != contextID) continue;
     // An identifier may have been answered twice, and data go by what was accepted.
     const bool isAccepted = context.Result == 0;
-    if (found == nullptr || isAccepted) found = &context;
+    if (found == nullptr || found->TransferSyntax.IsEmpty() || isAccepted) found = &context;
     if (isAccepted) break;
   }
-  if (found == nullptr) {
+  if (found == nullptr || found->TransferSyntax.IsEmpty()) {
     return Fail(Format("Bad Presentation Context ID[0x%X]", contextID)) != 0;
   }
   const auto code = FindTransferSyntax(found->TransferSyntax.View());

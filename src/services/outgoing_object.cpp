@@ -73,10 +73,12 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
 }
 
 bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass) {
-  if (pdu.ContextIDFor(sopClass, SyntaxOf(object)) != 0) return true;
-  if (HasFragments(object)) return false;
+  // The first context of the class, in which it will be written.
   UID accepted;
-  if (!pdu.TransferSyntaxOf(pdu.ContextIDFor(sopClass), accepted)) return true;
+  if (!pdu.TransferSyntaxOf(pdu.ContextIDFor(sopClass), accepted)) return !HasFragments(object);
+  if (accepted == SyntaxOf(object)) return true;
+  if (HasFragments(object)) return false;
+  if (object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) == nullptr) return true;
   return !FindTransferSyntax(accepted.View()) || IsOfNativePixels(accepted.View());
 }
 

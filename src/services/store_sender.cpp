@@ -94,7 +94,8 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
   if (!lack.empty()) throw start + "]: " + lack;
   DicomStorage storage(*object);
   if (!CanGoAsItIs(pdu, *object, storage.UID)) {
-    throw start + "]: The pixel data are not in the accepted Transfer Syntax";
+    LinkWords = "The pixel data are not in the accepted Transfer Syntax";
+    throw start + "]: " + LinkWords;
   }
   bool isStored = SendOver(pdu, storage, *object);
   if (isStored) {

@@ -406,6 +406,11 @@ TEST(WriteMessage, GoesByTheAnswerThatAcceptsWhereAPeerGaveTwo) {
   FillSmallSet(object);
   EXPECT_TRUE(association.pdu.Write(object, UID(kCt)));
   EXPECT_EQ(association.peer.Received(), Data(1, kLastPart, SmallSet(Encoding::kExplicitLittle)));
+  // One that accepts without saying what is no context, whatever comes behind.
+  answers[0].TransferSyntax.Set("");
+  FillSmallSet(object);
+  EXPECT_FALSE(association.pdu.Write(object, UID(kCt)));
+  EXPECT_EQ(Words(association.pdu), "Bad Presentation Context ID[0x1]");
   // Where none accepts, the first one that has a syntax counts: the caller has named the context.
   answers[0].Result = answers[1].Result = 4;
   PDataTF data;

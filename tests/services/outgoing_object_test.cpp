@@ -213,8 +213,13 @@ TEST_F(OutgoingObject, FragmentsGoAsTheyAreInTheirOwnSyntaxOnly) {
   Accept(kCTStorage, kImplicit);
   EXPECT_TRUE(CanGoAsItIs(pdu_, *native, sopClass));
   EXPECT_FALSE(CanGoAsItIs(pdu_, *compressed, sopClass));
+  // They would be written in the first context.
   Accept(kCTStorage, kToy, 3);
+  EXPECT_FALSE(CanGoAsItIs(pdu_, *compressed, sopClass));
+  pdu_.AcceptedContexts.erase(pdu_.AcceptedContexts.begin());
   EXPECT_TRUE(CanGoAsItIs(pdu_, *compressed, sopClass));
+  // Not agreed at all.
+  EXPECT_FALSE(CanGoAsItIs(pdu_, *compressed, UID(kMRStorage)));
 }
 
 TEST_F(OutgoingObject, NativePixelsGoAsTheyAreInSyntaxesOfNativePixelsOnly) {
@@ -236,12 +241,16 @@ TEST_F(OutgoingObject, NativePixelsGoAsTheyAreInSyntaxesOfNativePixelsOnly) {
     Accept(kCTStorage, row.syntax);
     EXPECT_EQ(CanGoAsItIs(pdu_, *native, sopClass), row.expected) << row.syntax;
   }
-  // A data set without pixels may be of a compressed syntax as well as of any other.
-  DICOMDataObject report;
-  PutUid(report, 0x0002, 0x0010, "1.2.840.10008.1.2.4.50");
   pdu_.AcceptedContexts.clear();
   Accept(kCTStorage, "1.2.840.10008.1.2.4.50");
-  EXPECT_TRUE(CanGoAsItIs(pdu_, report, sopClass));
+  Accept(kCTStorage, kExplicit);
+  EXPECT_FALSE(CanGoAsItIs(pdu_, *native, sopClass));
+  // A data set without pixels may be of a compressed syntax as well as of any other.
+  for (const std::string_view own : {"", kExplicit, "1.2.840.10008.1.2.4.50"}) {
+    DICOMDataObject report;
+    if (!own.empty()) PutUid(report, 0x0002, 0x0010, own);
+    EXPECT_TRUE(CanGoAsItIs(pdu_, report, sopClass)) << own;
+  }
 }
 
 TEST_F(OutgoingObject, AShallowCloneHasUidsOfItsOwnWhereTheirPadsAreToBecomeOthers) {

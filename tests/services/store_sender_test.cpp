@@ -250,6 +250,11 @@ TEST_F(StoreSending, NativePixelsAreNotSentByTheNameOfACompressedSyntax) {
                                         .Element(0x7FE0, 0x0010, "OW", LittleWords())
                                         .Done());
   StoreProvider provider({.namedSyntax = "1.2.840.10008.1.2.4.50"});
+  heard_.afterEach = [&] {
+    if (heard_.lines.size() == 1) {
+      EXPECT_EQ(sender_.LinkWords, "The pixel data are not in the accepted Transfer Syntax");
+    }
+  };
   EXPECT_TRUE(Send(provider.Port()));
   provider.End();
   EXPECT_EQ(provider.stored.size(), 0u);
