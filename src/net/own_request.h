@@ -14,8 +14,13 @@ class OwnRequest {
   /// `request` is what this side proposes again. Titles, application context and each of the lists are its own where they still are
   /// what the peer sent; what the caller has put there since stays.
   void TakeBack(AAssociateRQ& request) noexcept;
-  /// Where this side's request is: `request`, or here.
-  AAssociateRQ& In(AAssociateRQ& request) { return isAside_ ? own_ : request; }
+  /// Sets a field of this side's request, which is in `request` or here. What the peer sent stays there to be read, but not what the
+  /// caller has put there since.
+  template <class Field>
+  void Set(AAssociateRQ& request, Field AssociatePdu::*field, const Field& value) {
+    if (!isAside_ || !(request.*field == peers_.*field)) request.*field = value;
+    own_.*field = value;
+  }
 
  private:
   bool isAside_ = false;

@@ -118,15 +118,15 @@ void PDU_Service::AddAbstractSyntax(const UID& uid) { AddOnce(ProposedAbstractSy
 void PDU_Service::AddTransferSyntax(const UID& uid) { AddOnce(ProposedTransferSyntaxes, uid); }
 
 void PDU_Service::SetApplicationContext(const UID& uid) {
-  ownRequest_.In(AAssociateRQ).ApplicationContext.Set(uid.View());
+  ownRequest_.Set(AAssociateRQ, &AssociatePdu::ApplicationContext, ApplicationContext(uid.View()));
 }
 
 void PDU_Service::SetCallingTitle(std::string_view title) {
-  ownRequest_.In(AAssociateRQ).CallingApTitle = MakeApTitle(title);
+  ownRequest_.Set(AAssociateRQ, &AssociatePdu::CallingApTitle, MakeApTitle(title));
 }
 
 void PDU_Service::SetCalledTitle(std::string_view title) {
-  ownRequest_.In(AAssociateRQ).CalledApTitle = MakeApTitle(title);
+  ownRequest_.Set(AAssociateRQ, &AssociatePdu::CalledApTitle, MakeApTitle(title));
 }
 
 void PDU_Service::FillImplementationClass(ImplementationClass& item) {

@@ -487,6 +487,29 @@ TEST(AssociateRequest, ProposesWhatTheCallerHasPutInThePlaceOfAPeersRequest) {
   }
 }
 
+TEST(AssociateRequest, ProposesTheTitlesThatWereSetLast) {
+  PDU_Service pdu;
+  pdu.AddAbstractSyntax(UID(kCt));
+  for (const bool isSetLast : {false, true}) {
+    LetAsk(pdu, RequestFor({{1, kEcho, {kImplicit}}}), 1);
+    const auto set = [&] {
+      pdu.SetCalledTitle("SET");
+      pdu.SetCallingTitle("SET TOO");
+      pdu.SetApplicationContext(UID("1.2.8"));
+    };
+    if (!isSetLast) set();
+    pdu.AAssociateRQ.CalledApTitle = MakeApTitle("PUT");
+    pdu.AAssociateRQ.CallingApTitle = MakeApTitle("PUT TOO");
+    pdu.AAssociateRQ.ApplicationContext.Set("1.2.9");
+    if (isSetLast) set();
+    SetIdentifierCounter(41);
+    EXPECT_EQ(ProposedBy(pdu),
+              Associate(1, isSetLast ? "SET" : "PUT", isSetLast ? "SET TOO" : "PUT TOO",
+                        Joined({ApplicationItem(isSetLast ? "1.2.8" : "1.2.9"),
+                                ContextItem({41, kCt, {kImplicit}}), OurUserItem()})));
+  }
+}
+
 TEST(AssociateRequest, AsksADescendantForWhatItSaysOfItself) {
   class OfItsOwn : public PDU_Service {
     void FillTransferSyntaxes(PresentationContext& context) override {
