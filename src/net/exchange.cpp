@@ -54,7 +54,7 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
       pdu_.SetError("Got a data set where a response was awaited");
       return false;
     }
-    pdu_.HasDataSetToDrop = HasDataSet(response);
+    pdu_.HasDataSetToDrop = true;
     if (!IsOfAbandoned(response)) break;
   }
   if (HasCommandField(response, field)) return data == nullptr || ReadData(response, *data);

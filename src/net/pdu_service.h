@@ -170,7 +170,7 @@ class PDU_Service : public Buffer, public DataSetCoder {
   std::vector<std::uint16_t>
       AbandonedMessages;  // of this side, whose last responses have not come yet
   bool HasDataSetToDrop =
-      false;  // the command that came last has announced one, for which nobody waits
+      false;  // one that comes next belongs to the command before, and nobody waits for it
   std::int32_t OwnsDictionary = 0;
   std::int32_t ByteOrderFlag = 1;
   Socket Link;

@@ -151,21 +151,22 @@ TEST(Exchange, DropsTheDataSetOfWhatAnAbandonedOneGotInstead) {
 TEST(Exchange, WaitsForNoDataSetOfAStoreAndDropsOneThatComes) {
   // The response to a store has none (DICOM PS3.7, 9.3.1.2), whatever it says. One that comes all the same is no answer to the next
   // request.
-  const auto response = [](std::uint16_t message, std::uint16_t status, bool states) {
+  const auto response = [](std::uint16_t message, std::uint16_t status, std::uint16_t type) {
     Command command;
     command.Number(0x0100, 0x8001).Number(0x0120, message);
-    if (states) command.Number(0x0800, 0x0102);
+    if (type != 0) command.Number(0x0800, type);
     return Data(5, kWholeCommand, command.Number(0x0900, status));
   };
   const Bytes data = Data(5, kLastPart, NameBytes("AA"));
-  for (const bool states : {false, true}) {
+  constexpr std::uint16_t kTypes[] = {0, 0x0101, 0x0102};  // 0: it says nothing
+  for (const std::uint16_t type : kTypes) {
     for (const bool follows : {false, true}) {
       for (const bool isFirstAbandoned : {false, true}) {
         Association association(kContexts);
         // In place of the first one, something else may come.
         if (isFirstAbandoned) association.peer.Send(EchoResponse(0));
         for (std::uint16_t i = 1; i <= 4; ++i) {
-          association.peer.Send(response(i, i, states));
+          association.peer.Send(response(i, i, type));
           if (follows) association.peer.Send(data);
         }
         for (std::uint16_t i = 1; i <= 4; ++i) {
