@@ -236,6 +236,11 @@ std::uint8_t PDU_Service::Read(DICOMObject& object) {
     SetError("Not enough memory for the data received, sending A-Abort-RQ");
     Abort();
     return 0;
+  } catch (...) {
+    // A descendant's stream has thrown, or the thread is being cancelled. Part of a message may be lost, and a release would be
+    // waited for.
+    CloseLink();
+    throw;
   }
 }
 

@@ -2,8 +2,10 @@
 #include <pthread.h>
 #include <sys/resource.h>
 
+#include <atomic>
 #include <cerrno>
 #include <chrono>
+#include <functional>
 #include <initializer_list>
 #include <random>
 #include <stdexcept>
@@ -416,75 +418,122 @@ TEST(Cancellation, OfAThreadWaitsForTheEndOfADestructor) {
             0);
 }
 
-/// Runs `work` on a thread of a child that is cancelled as soon as `waits` returns; false where that takes longer than the time in which
-/// the association would wait for its peer once more.
-template <class Work, class Waits>
-bool EndsByCancellation(Work work, Waits waits) {
-  std::thread thread(work);
-  waits();
+/// Two ends of a link, and a place to connect to.
+struct Meeting {
+  /// The peer takes nothing more: what is sent then waits. What has gone is all zero.
+  void Fill() const {
+    const Bytes some(1 << 16);
+    while (::send(connection.ours, some.data(), some.size(), MSG_DONTWAIT) > 0) {
+    }
+    while (::send(connection.ours, some.data(), 1, MSG_DONTWAIT) > 0) {
+    }
+  }
+  Connection connection;
+  Listener listener;
+};
+
+Bytes WithoutZeros(Bytes bytes) {
+  std::erase(bytes, 0);
+  return bytes;
+}
+
+/// Something that waits for its peer.
+struct Waiting {
+  const char* name;
+  std::function<void(Meeting&)> prepare;
+  std::function<void(PDU_Service&, Meeting&)> work;
+  Bytes received;  // by the peer, without zeros
+};
+
+const std::vector<Waiting> kWaiting = {
+    {"a release", [](Meeting&) {},
+     [](PDU_Service& pdu, Meeting& meeting) {
+       pdu.Link.Adopt(meeting.connection.ours);
+       pdu.Close();
+     },
+     WithoutZeros(ReleaseRequest())},
+    {"a message",
+     [](Meeting&) {},
+     [](PDU_Service& pdu, Meeting& meeting) {
+       pdu.Link.Adopt(meeting.connection.ours);
+       DICOMCommandObject command;
+       pdu.Read(command);
+     },
+     {}},
+    {"an abort",
+     [](Meeting& meeting) {
+       meeting.Fill();
+       meeting.connection.peer.Send({9});
+     },
+     [](PDU_Service& pdu, Meeting& meeting) {
+       pdu.Link.Adopt(meeting.connection.ours);
+       DICOMCommandObject command;
+       pdu.Read(command);
+     },
+     {}},
+    {"a write",
+     [](Meeting& meeting) { meeting.Fill(); },
+     [](PDU_Service& pdu, Meeting& meeting) {
+       pdu.Link.Adopt(meeting.connection.ours);
+       DICOMCommandObject command;
+       PutNumber16(command, 0, 0x0100, 0x0030);
+       pdu.Write(command, std::uint8_t{1});
+     },
+     {}},
+    {"a peer's request",
+     [](Meeting& meeting) {
+       const Bytes request = RequestFor({{1, kEcho, {kImplicit}}});
+       meeting.connection.peer.Send(Bytes(request.begin(), request.begin() + 20));
+     },
+     [](PDU_Service& pdu, Meeting& meeting) { pdu.Listen(meeting.connection.ours); },
+     {}},
+    {"the request of a peer that was taken",
+     [](Meeting& meeting) { meeting.connection.peer = ConnectTo(meeting.listener.Port()); },
+     [](PDU_Service& pdu, Meeting& meeting) { pdu.AcceptNext(meeting.listener.Give()); },
+     {}},
+};
+
+/// Cancels a thread that waits so. 0 where it ends long before the association would have waited for its peer, and the peer was told of
+/// nothing but the end.
+int StatusOfCancelled(const Waiting& waiting) {
+  Meeting meeting;
+  waiting.prepare(meeting);
+  std::atomic<bool> hasBegun = false;
+  std::thread thread([&] {
+    PDU_Service pdu;
+    pdu.Link.TimeoutSecs = 30;
+    hasBegun = true;
+    waiting.work(pdu, meeting);
+  });
+  while (!hasBegun) std::this_thread::yield();
+  std::this_thread::sleep_for(std::chrono::milliseconds(kInstrumented ? 400 : 100));
   const auto start = std::chrono::steady_clock::now();
   ::pthread_cancel(thread.native_handle());
   thread.join();
-  return std::chrono::steady_clock::now() - start < std::chrono::seconds(10);
+  if (std::chrono::steady_clock::now() - start > std::chrono::seconds(10)) return 1;
+  return WithoutZeros(meeting.connection.peer.ReceiveToEnd()) == waiting.received ? 0 : 2;
 }
 
-TEST(Cancellation, WithinAReleaseEndsTheLinkAtOnce) {
-  EXPECT_EQ(RunInChild([] {
-              Connection connection;
-              Bytes release;
-              const bool ends = EndsByCancellation(
-                  [&] {
-                    PDU_Service pdu;
-                    pdu.Link.TimeoutSecs = 30;
-                    pdu.Link.Adopt(connection.ours);
-                    pdu.Close();
-                  },
-                  [&] { release = connection.peer.ReceivePdu(); });
-              if (!ends || release != ReleaseRequest()) return 1;
-              return connection.peer.ReceiveToEnd().empty() ? 0 : 2;
-            }),
-            0);
+TEST(Cancellation, EndsTheLinkAtOnceWhateverItsThreadWaitsFor) {
+  for (const Waiting& waiting : kWaiting) {
+    EXPECT_EQ(RunInChild([&] { return StatusOfCancelled(waiting); }), 0) << waiting.name;
+  }
 }
 
-TEST(Cancellation, WithinAnAbortEndsTheLinkAtOnce) {
+TEST(Cancellation, EndsTheLinkOfARequestThatIsNotAnswered) {
   EXPECT_EQ(RunInChild([] {
-              Connection connection;
-              // The peer takes nothing more, so that the abort for its strange PDU waits.
-              const Bytes some(1 << 16);
-              while (::send(connection.ours, some.data(), some.size(), MSG_DONTWAIT) > 0) {
-              }
-              while (::send(connection.ours, some.data(), 1, MSG_DONTWAIT) > 0) {
-              }
-              connection.peer.Send({9});
-              const bool ends = EndsByCancellation(
-                  [&] {
-                    PDU_Service pdu;
-                    pdu.Link.TimeoutSecs = 30;
-                    pdu.Link.Adopt(connection.ours);
-                    DICOMCommandObject command;
-                    pdu.Read(command);
-                  },
-                  [] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); });
-              if (!ends) return 1;
-              const Bytes received = connection.peer.ReceiveToEnd();
-              return received == Bytes(received.size()) ? 0 : 2;
-            }),
-            0);
-}
-
-TEST(Cancellation, WithinTheRequestOfAPeerEndsTheLinkAtOnce) {
-  EXPECT_EQ(RunInChild([] {
-              Connection connection;
-              const Bytes request = RequestFor({{1, kEcho, {kImplicit}}});
-              connection.peer.Send(Bytes(request.begin(), request.begin() + 20));
-              const bool ends = EndsByCancellation(
-                  [&] {
-                    PDU_Service pdu;
-                    pdu.Link.TimeoutSecs = 30;
-                    pdu.Listen(connection.ours);
-                  },
-                  [] { std::this_thread::sleep_for(std::chrono::milliseconds(300)); });
-              return ends && connection.peer.ReceiveToEnd().empty() ? 0 : 1;
+              const Listener listener;
+              std::thread requester([&] {
+                PDU_Service pdu;
+                pdu.Link.TimeoutSecs = 30;
+                pdu.AddAbstractSyntax(UID(kEcho));
+                pdu.Connect("127.0.0.1", listener.Port());
+              });
+              const Peer peer = listener.Accept();
+              const Bytes request = peer.ReceivePdu();
+              ::pthread_cancel(requester.native_handle());
+              requester.join();
+              return TypesOf(request) == "1" && peer.ReceiveToEnd().empty() ? 0 : 1;
             }),
             0);
 }
@@ -507,6 +556,35 @@ TEST(Close, EndsTheLinkWhateverComesOfTheRelease) {
     EXPECT_EQ(pdu->Link.Connected, 0);
     EXPECT_EQ(pdu->OutSize, 0);
     EXPECT_EQ(connection.peer.ReceiveToEnd(), pdu == &writes ? Bytes() : ReleaseRequest());
+  }
+}
+
+TEST(Read, EndsTheLinkOfAStreamThatThrows) {
+  class ThrowingAtTheSecond : public PDU_Service {
+   public:
+    std::int64_t ReadBinary(void* data, std::uint32_t count) override {
+      if (++reads_ > 1) throw std::runtime_error("no");
+      return PDU_Service::ReadBinary(data, count);
+    }
+    int reads_ = 0;
+  };
+  class ThrowingAnswer : public PDU_Service {
+   public:
+    int SendBinary(const void*, std::uint32_t) override { throw std::runtime_error("no"); }
+  };
+  ThrowingAtTheSecond inAPdu;
+  ThrowingAnswer answer;
+  for (PDU_Service* pdu : std::initializer_list<PDU_Service*>{&inAPdu, &answer}) {
+    const Connection connection;
+    pdu->Link.Adopt(connection.ours);
+    const Bytes release = ReleaseRequest();
+    connection.peer.Send(pdu == &inAPdu ? Bytes(release.begin(), release.begin() + 4) : release);
+    DICOMCommandObject command;
+    EXPECT_THROW(pdu->Read(command), std::runtime_error);
+    EXPECT_EQ(pdu->Link.Connected, 0);
+    EXPECT_EQ(pdu->OutSize, 0);
+    EXPECT_EQ(pdu->InSize, 0);
+    EXPECT_EQ(connection.peer.ReceiveToEnd(), Bytes());
   }
 }
 
