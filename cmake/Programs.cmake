@@ -80,7 +80,9 @@ function(tessaret_add_script_test name script)
   tessaret_describe_test(${name} TIMEOUT "${arg_TIMEOUT}" LABELS ${arg_LABELS})
 endfunction()
 
-# Gives a ctest entry its area, its time limit (longer where code is instrumented) and its environment.
+# Gives a ctest entry its area, its time limit (longer where code is instrumented) and its environment. The address
+# sanitizer keeps four calls of the stack of an allocation, and as few frames of calls that are over as it can: each throw
+# goes through all that it keeps of these. For whole stacks run the program itself.
 function(tessaret_describe_test name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;ENVIRONMENT")
   get_filename_component(area "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
@@ -97,7 +99,8 @@ function(tessaret_describe_test name)
     ENVIRONMENT "LC_ALL=C.UTF-8;TESSARET_SOURCE_DIR=${PROJECT_SOURCE_DIR};TESSARET_BINARY_DIR=${PROJECT_BINARY_DIR};\
 TESSARET_TOOL=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tessaret;TESSARET_CMAKE=${CMAKE_COMMAND};\
 TESSARET_SANITIZE=${TESSARET_SANITIZE};\
-ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1;\
+ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1:\
+malloc_context_size=4:max_uar_stack_size_log=16;\
 UBSAN_OPTIONS=print_stacktrace=1;TSAN_OPTIONS=halt_on_error=1;${arg_ENVIRONMENT}")
 endfunction()
 
