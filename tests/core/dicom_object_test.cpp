@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "object_maker.h"
+#include "support/build_kind.h"
 #include "support/small_stack.h"
 
 namespace tessaret {
@@ -24,6 +25,7 @@ using test::NewObject;
 using test::NewSequence;
 using test::NewVR;
 using test::Outline;
+using test::Repetitions;
 using test::RunOnStack;
 using test::TextOf;
 
@@ -633,7 +635,7 @@ TEST(DICOMObject, ANullItemIsCopiedAsOne) {
 
 TEST(DICOMObject, ManySmallCopiesIntoOneObjectTakeNoLongerThanOneEach) {
   // With a fresh array for each copy this would move about (3 * 10^5)^2 / 2 entries.
-  constexpr std::uint32_t kCopies = 300000;
+  constexpr std::uint32_t kCopies = Repetitions(300000u);
   DICOMObject target;
   for (std::uint32_t at = 0; at < kCopies; ++at) {
     DICOMObject source;
@@ -702,7 +704,7 @@ TEST(DICOMObject, CopiesAndDestroysAHundredThousandLevelsOnASmallStack) {
 
 TEST(DICOMObject, CopiesAndDestroysAMillionLevelsOnASmallStack) {
   RunOnStack(test::kSmallStack, [] {
-    constexpr std::uint32_t kDepth = 1000000;
+    constexpr std::uint32_t kDepth = Repetitions(1000000u);
     auto nest = NewNest(kDepth);
     ASSERT_EQ(IntactLevels(*nest, kDepth), kDepth);
     const std::unique_ptr<DICOMObject> clone(nest->Clone(true));
@@ -727,7 +729,7 @@ void CheckAgainstAMap(std::uint32_t seed, std::uint32_t tags, int operations) {
   std::mt19937 random(seed);
   DICOMObject object;
   std::map<TagKey, VR*> model;
-  for (int round = 0; round < operations; ++round) {
+  for (int round = 0; round < Repetitions(operations); ++round) {
     const TagKey key = MakeTagKey(static_cast<std::uint16_t>(random() % 4 * 0x5001),
                                   static_cast<std::uint16_t>(random() % tags * 3));
     const auto place = model.find(key);

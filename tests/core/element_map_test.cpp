@@ -9,9 +9,12 @@
 #include <gtest/gtest.h>
 
 #include "core/vr.h"
+#include "support/build_kind.h"
 
 namespace tessaret {
 namespace {
+
+using test::Repetitions;
 
 /// A map under test beside a std::map that is told the same. The elements are marks only and belong to nobody.
 class Twins {
@@ -191,7 +194,7 @@ void RunMix(std::uint32_t seed, const Mix& mix) {
   Twins twins(64);
   std::mt19937 random(seed);
   TagKey ascending = 0;
-  for (int round = 0; round < mix.operations; ++round) {
+  for (int round = 0; round < Repetitions(mix.operations); ++round) {
     // Every third insertion comes in order, as streams deliver them.
     const auto key = static_cast<TagKey>(random() % mix.keys * mix.stride);
     const auto pick = static_cast<unsigned>(random() % 100);
@@ -226,7 +229,7 @@ TEST(ElementMap, RandomOperationsGiveWhatAnOrderedMapGives) {
 
 TEST(ElementMap, AMillionEntriesInDescendingOrderNeedNoQuadraticTime) {
   // Moving every entry for each one that comes before it would be 5 * 10^11 moves.
-  constexpr TagKey kCount = 1000000;
+  constexpr TagKey kCount = Repetitions(1000000u);
   VR vr;
   ElementMap map;
   for (TagKey key = kCount; key > 0; --key) *map.FindOrInsert(key) = &vr;
@@ -234,7 +237,7 @@ TEST(ElementMap, AMillionEntriesInDescendingOrderNeedNoQuadraticTime) {
 }
 
 TEST(ElementMap, AMillionEntriesInRandomOrderNeedNoQuadraticTime) {
-  std::vector<TagKey> keys(1000000);
+  std::vector<TagKey> keys(Repetitions(1000000u));
   std::iota(keys.begin(), keys.end(), 0u);
   std::shuffle(keys.begin(), keys.end(), std::mt19937(5));
   VR vr;
@@ -244,7 +247,7 @@ TEST(ElementMap, AMillionEntriesInRandomOrderNeedNoQuadraticTime) {
 }
 
 TEST(ElementMap, RemovingEverySecondOfAMillionEntriesNeedsNoQuadraticTime) {
-  constexpr TagKey kCount = 1000000;
+  constexpr TagKey kCount = Repetitions(1000000u);
   VR vr;
   ElementMap map;
   for (TagKey key = 0; key < kCount; ++key) *map.FindOrInsert(key) = &vr;

@@ -69,15 +69,14 @@ TEST_P(Depth, NestingBeyondTheLimitIsRefusedAtOnceOnAFlatStack) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(BoundedCost, Depth,
-                         ::testing::Combine(::testing::Values(257u, 1'000u, 100'000u, 10'000'000u),
-                                            ::testing::Values(Lengths::kDefined,
-                                                              Lengths::kUndefined)),
-                         [](const auto& tested) {
-                           return std::to_string(std::get<0>(tested.param)) +
-                                  (std::get<1>(tested.param) == Lengths::kDefined ? "Defined"
-                                                                                  : "Undefined");
-                         });
+INSTANTIATE_TEST_SUITE_P(
+    BoundedCost, Depth,
+    ::testing::Combine(::testing::Values(257u, 1'000u, 100'000u, Repetitions(10'000'000u)),
+                       ::testing::Values(Lengths::kDefined, Lengths::kUndefined)),
+    [](const auto& tested) {
+      return std::to_string(std::get<0>(tested.param)) +
+             (std::get<1>(tested.param) == Lengths::kDefined ? "Defined" : "Undefined");
+    });
 
 TEST(BoundedCost, NestingToTheLimitIsReadFromFilesStreamsAndBlocks) {
   for (const Lengths lengths : {Lengths::kDefined, Lengths::kUndefined}) {
@@ -101,7 +100,7 @@ int LoadsWith(const MemoryFile& file, std::size_t elements) {
 }
 
 TEST(BoundedCost, TenMillionEmptyElementsCostTheirRecords) {
-  constexpr std::uint32_t kCount = kAsShipped ? 10'000'000 : 1'000'000;
+  constexpr std::uint32_t kCount = Repetitions(10'000'000u, 50u);
   Bytes bytes;
   bytes.reserve(std::size_t{8} * kCount);
   for (std::uint32_t number = 0; number < kCount; ++number) {
@@ -191,7 +190,8 @@ TEST(BoundedCost, MegabytesOfZeroBehindTheDataSetHarmNothing) {
 TEST(BoundedCost, ManyBackslashesAreJustBytes) {
   const Bytes few(64 * 1024 - 2, '\\');
   Bytes many;
-  for (int number = 0; number < 16'000'000; ++number) many.insert(many.end(), {'0', '\\'});
+  for (int number = 0; number < Repetitions(16'000'000); ++number)
+    many.insert(many.end(), {'0', '\\'});
   const Bytes bytes = FileOf(kImplicit, DataSetBuilder(kImplicit)
                                             .Element(0x0011, 0x1001, "LO", few)
                                             .Element(0x0011, 0x1002, "DS", many));

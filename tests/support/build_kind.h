@@ -23,6 +23,13 @@ inline constexpr bool kAsShipped = !kInstrumented;
 inline constexpr bool kAsShipped = false;
 #endif
 
+/// How often a test does what only sheer number shows, time or memory that grows without bound or a rare mix: as often as it
+/// says, and a share of that under a sanitizer, which looks at each step and needs many times as long for it.
+template <class Number>
+constexpr Number Repetitions(Number whole, Number share = 10) {
+  return kInstrumented ? whole / share : whole;
+}
+
 /// Why a fork amid the work of other threads is tried in what is shipped only.
 inline constexpr const char* kForkUnderSanitizer =
     "the sanitizer's allocator may be locked by another thread at the fork, and stays so in the "
