@@ -9,9 +9,12 @@
 #include "codecs/lossless_images.h"
 #include "jpeg/jpeg_markers.h"
 #include "support/allocation_failure.h"
+#include "support/build_kind.h"
 
 namespace tessaret::codecs {
 namespace {
+
+using tessaret::test::Repetitions;
 
 /// A stream of 8 x 4 samples of 8 bits, all 128, in parts that a test changes.
 struct Parts {
@@ -196,21 +199,25 @@ std::string SoonRefusalWith(const std::function<void(Parts&)>& change) {
 TEST(JpegLosslessDamage, TakesNoTimeWhateverThereIsMuchOf) {
   EXPECT_EQ(SoonRefusalWith([](Parts& parts) {
               const Stream scan = Joined({parts.scan, parts.data});
-              parts.data = Joined({parts.data, Repeated(scan, 10000)});
+              parts.data = Joined({parts.data, Repeated(scan, Repetitions(10000u))});
             }),
             "component 1 comes twice");
-  EXPECT_EQ(SoonRefusalWith([](Parts& parts) { parts.table = Repeated(parts.table, 100000); }), "");
-  EXPECT_EQ(SoonRefusalWith([](Parts& parts) { parts.restart = Stream(10000000, 0xFF); }), "");
+  EXPECT_EQ(SoonRefusalWith(
+                [](Parts& parts) { parts.table = Repeated(parts.table, Repetitions(100000u)); }),
+            "");
+  EXPECT_EQ(
+      SoonRefusalWith([](Parts& parts) { parts.restart = Stream(Repetitions(10000000u), 0xFF); }),
+      "");
   EXPECT_EQ(SoonRefusalWith([](Parts& parts) {
-              parts.data = Joined({parts.data, Stream(10000000, 0)});
+              parts.data = Joined({parts.data, Stream(Repetitions(10000000u), 0)});
             }),
             "there are more entropy-coded data than the image needs");
   EXPECT_EQ(SoonRefusalWith([](Parts& parts) {
-              parts.data = Joined({parts.data, Repeated({0xFF, 0}, 5000000)});
+              parts.data = Joined({parts.data, Repeated({0xFF, 0}, Repetitions(5000000u))});
             }),
             "");
   EXPECT_EQ(SoonRefusalWith([](Parts& parts) {
-              parts.data = Joined({parts.data, Repeated({0xFF, 0xD0}, 1000000)});
+              parts.data = Joined({parts.data, Repeated({0xFF, 0xD0}, Repetitions(1000000u))});
             }),
             "there is a restart marker too many");
 }
