@@ -29,24 +29,25 @@ def argument_of(parameter, enumerations):
 
 
 def table_of(interface, enumerations):
-    lines = [f"using I = {interface.name};", ""]
+    """One function that holds all of it, so that several tables can be compiled as one unit."""
+    lines = ["template <>", f"const InterfaceTable& TableOf<{interface.name}>() {{", f"using I = {interface.name};", ""]
     for number, member in enumerate(interface.members):
         arguments = ", ".join(argument_of(parameter, enumerations) for parameter in member.parameters)
-        lines.append(f"constexpr auto kArguments{number} = Signature<decltype(&I::{member.function})>::Describe("
+        lines.append(f"static constexpr auto kArguments{number} = Signature<decltype(&I::{member.function})>::Describe("
                      + (f"{{{{{arguments}}}}});" if arguments else "{});"))
     count = len(interface.members)
     if count:
-        lines += ["", "constexpr MemberInfo kMembers[] = {"]
+        lines += ["", "static constexpr MemberInfo kMembers[] = {"]
         for number, member in enumerate(interface.members):
             lines.append(f'{{"{member.name}", MemberKind::{member.kind}, kArguments{number}.data(), kArguments{number}.size(),'
                          f" {quoted(member.help)}}},")
-        lines += ["};", "constexpr MemberCall kCalls[] = {"]
+        lines += ["};", "static constexpr MemberCall kCalls[] = {"]
         lines += [f"&{OWN_CALLS.get(f'{interface.name}.{member.function}', f'CallMember<&I::{member.function}>')},"
                   for member in interface.members]
         lines += ["};"]
     members, calls = ("kMembers", "kCalls") if count else ("nullptr", "{}")
-    return lines, [
-        "template <>", f"const InterfaceTable& TableOf<{interface.name}>() {{",
+    return lines + [
+        "",
         f"static constexpr InterfaceTable kTable = {{{{I::kName, I::kId, {members}, {count}, {quoted(interface.help)}}}, {calls}}};",
         "return kTable;", "}"]
 
@@ -58,10 +59,9 @@ def made_from(what, includes, *body):
 
 
 def source_of(stem, interface, enumerations):
-    body, table = table_of(interface, enumerations)
     own_calls = [header for name, header in OWN_CALL_HEADERS.items() if name == interface.name]
     return made_from(f"include/tessaret/{stem}.hpp", ["component/call_by_name.h", *own_calls, f"tessaret/{stem}.hpp"],
-                     "namespace {", "", *body, "", "}  // namespace", "", *table, "")
+                     "", *table_of(interface, enumerations), "")
 
 
 def interfaces_by_name(found):

@@ -4,23 +4,20 @@
 #include "tessaret/idata_set_handle.hpp"
 
 namespace tessaret {
-namespace {
-
-using I = IDataSetHandle;
-
-constexpr auto kArguments0 = Signature<decltype(&I::get_IsAlive)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-
-constexpr MemberInfo kMembers[] = {
-{"IsAlive", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "Whether the data set still exists."},
-};
-constexpr MemberCall kCalls[] = {
-&CallMember<&I::get_IsAlive>,
-};
-
-}  // namespace
 
 template <>
 const InterfaceTable& TableOf<IDataSetHandle>() {
+using I = IDataSetHandle;
+
+static constexpr auto kArguments0 = Signature<decltype(&I::get_IsAlive)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+
+static constexpr MemberInfo kMembers[] = {
+{"IsAlive", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "Whether the data set still exists."},
+};
+static constexpr MemberCall kCalls[] = {
+&CallMember<&I::get_IsAlive>,
+};
+
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 1, "A data set for calls by name. IDcmObjectManager.GetPtr gives one, and PutPtr takes it."}, kCalls};
 return kTable;
 }

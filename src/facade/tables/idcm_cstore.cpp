@@ -4,18 +4,19 @@
 #include "tessaret/idcm_cstore.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDcmCStore>() {
 using I = IDcmCStore;
 
-constexpr auto kArguments0 = Signature<decltype(&I::SendFiles)>::Describe({{{"host", ArgumentFlow::kIn}, {"port", ArgumentFlow::kIn}, {"LocalAE", ArgumentFlow::kIn}, {"RemoteAE", ArgumentFlow::kIn}, {"TimeoutSecs", ArgumentFlow::kIn}}});
-constexpr auto kArguments1 = Signature<decltype(&I::AddFile)>::Describe({{{"FilePath", ArgumentFlow::kIn}, {"SOPClassUID", ArgumentFlow::kIn}}});
-constexpr auto kArguments2 = Signature<decltype(&I::Cancel)>::Describe({});
-constexpr auto kArguments3 = Signature<decltype(&I::get_NumFiles)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments4 = Signature<decltype(&I::get_SentFiles)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::get_FileName)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::SendFiles)>::Describe({{{"host", ArgumentFlow::kIn}, {"port", ArgumentFlow::kIn}, {"LocalAE", ArgumentFlow::kIn}, {"RemoteAE", ArgumentFlow::kIn}, {"TimeoutSecs", ArgumentFlow::kIn}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::AddFile)>::Describe({{{"FilePath", ArgumentFlow::kIn}, {"SOPClassUID", ArgumentFlow::kIn}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::Cancel)>::Describe({});
+static constexpr auto kArguments3 = Signature<decltype(&I::get_NumFiles)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::get_SentFiles)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::get_FileName)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"SendFiles", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Sends every file of the queue, in the order in which they were added, and returns when all are done; the queue stays as it is.\n"
         "`host` is a name or an address, `port` a number or a service as text, the titles have up to 16 characters. `TimeoutSecs` is how\n"
         "long an answer may take; 0 stands for 300 seconds.\n"
@@ -35,7 +36,7 @@ constexpr MemberInfo kMembers[] = {
 {"SentFiles", MemberKind::kGet, kArguments4.data(), kArguments4.size(), "How many files the last SendFiles has sent so far."},
 {"FileName", MemberKind::kGet, kArguments5.data(), kArguments5.size(), "The path of file `Idx` of the queue, from 0."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::SendFiles>,
 &CallMember<&I::AddFile>,
 &CallMember<&I::Cancel>,
@@ -44,10 +45,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_FileName>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDcmCStore>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 6, "A queue of files, sent over one association when SendFiles is called. What became of each file is told by events, on the caller's\n"
         "thread and before SendFiles returns."}, kCalls};
 return kTable;

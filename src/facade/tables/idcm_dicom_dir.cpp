@@ -4,27 +4,28 @@
 #include "tessaret/idcm_dicom_dir.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDCMDicomDir>() {
 using I = IDCMDicomDir;
 
-constexpr auto kArguments0 = Signature<decltype(&I::AddIOD)>::Describe({{{"IOD", ArgumentFlow::kIn}, {"ForceExplicitLE", ArgumentFlow::kIn}, {"pFileID", ArgumentFlow::kResult}}});
-constexpr auto kArguments1 = Signature<decltype(&I::AddPrivate)>::Describe({{{"level", ArgumentFlow::kIn, 0, "_EnumDICOMDIRLevel"}, {"UID", ArgumentFlow::kIn}, {"File", ArgumentFlow::kIn}, {"pFileID", ArgumentFlow::kResult}}});
-constexpr auto kArguments2 = Signature<decltype(&I::Reset)>::Describe({});
-constexpr auto kArguments3 = Signature<decltype(&I::get_FileSetID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments4 = Signature<decltype(&I::put_FileSetID)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments5 = Signature<decltype(&I::get_StorageUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments6 = Signature<decltype(&I::put_StorageUID)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments7 = Signature<decltype(&I::get_AETitle)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments8 = Signature<decltype(&I::put_AETitle)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments9 = Signature<decltype(&I::get_RootPath)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments10 = Signature<decltype(&I::put_RootPath)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments11 = Signature<decltype(&I::WriteCDR)>::Describe({{{"FileName", ArgumentFlow::kIn}}});
-constexpr auto kArguments12 = Signature<decltype(&I::get_DicomFileRoot)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments13 = Signature<decltype(&I::put_DicomFileRoot)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments14 = Signature<decltype(&I::ReadDICOMDIR)>::Describe({{{"fname", ArgumentFlow::kIn}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::AddIOD)>::Describe({{{"IOD", ArgumentFlow::kIn}, {"ForceExplicitLE", ArgumentFlow::kIn}, {"pFileID", ArgumentFlow::kResult}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::AddPrivate)>::Describe({{{"level", ArgumentFlow::kIn, 0, "_EnumDICOMDIRLevel"}, {"UID", ArgumentFlow::kIn}, {"File", ArgumentFlow::kIn}, {"pFileID", ArgumentFlow::kResult}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::Reset)>::Describe({});
+static constexpr auto kArguments3 = Signature<decltype(&I::get_FileSetID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::put_FileSetID)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::get_StorageUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::put_StorageUID)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::get_AETitle)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::put_AETitle)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::get_RootPath)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::put_RootPath)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::WriteCDR)>::Describe({{{"FileName", ArgumentFlow::kIn}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::get_DicomFileRoot)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::put_DicomFileRoot)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::ReadDICOMDIR)>::Describe({{{"fname", ArgumentFlow::kIn}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"AddIOD", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Copies the file `IOD` into the file set, with directories for its patient, study and series where they are new. `ForceExplicitLE`\n"
         "true (exactly -1) has it stored as Explicit VR Little Endian, decompressed where need be. `pFileID` gets its place below\n"
         "RootPath, its parts parted by \"\\\". An instance that is there already is not copied again, and its place is given.\n"
@@ -49,7 +50,7 @@ constexpr MemberInfo kMembers[] = {
 {"ReadDICOMDIR", MemberKind::kMethod, kArguments14.data(), kArguments14.size(), "Reads the DICOMDIR `fname` and tells its records by events before it returns, each with those below it; OnEnd comes last, also\n"
         "after a failure. Fails with \"Error loading DICOMDIr[\" and the path, and with \"Uncaught error in ReadDICOMDIR\"."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::AddIOD>,
 &CallMember<&I::AddPrivate>,
 &CallMember<&I::Reset>,
@@ -67,10 +68,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::ReadDICOMDIR>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDCMDicomDir>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 15, "Puts files one by one into a file set, then writes its DICOMDIR; or reads a DICOMDIR that exists and tells its records by events.\n"
         "Reading leaves nothing behind. A failure of AddIOD, AddPrivate and WriteCDR has \"DCMDicomDir::\" and the member's name with \": \" in\n"
         "front of its words; one that nobody foresaw is \"Unknown error\" behind that."}, kCalls};

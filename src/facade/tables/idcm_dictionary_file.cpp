@@ -4,21 +4,22 @@
 #include "tessaret/idcm_dictionary_file.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDcmDictionaryFile>() {
 using I = IDcmDictionaryFile;
 
-constexpr auto kArguments0 = Signature<decltype(&I::LoadFile)>::Describe({{{"FileName", ArgumentFlow::kIn}}});
-constexpr auto kArguments1 = Signature<decltype(&I::LoadBytes)>::Describe({{{"Bytes", ArgumentFlow::kIn}}});
-constexpr auto kArguments2 = Signature<decltype(&I::Unload)>::Describe({});
-constexpr auto kArguments3 = Signature<decltype(&I::get_ElementsCount)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments4 = Signature<decltype(&I::GetElementAt)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"TypeCode", ArgumentFlow::kOut}, {"description", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::get_UIDsCount)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments6 = Signature<decltype(&I::GetUIDAt)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"UID", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments7 = Signature<decltype(&I::GetBytes)>::Describe({{{"Binary", ArgumentFlow::kIn}, {"Bytes", ArgumentFlow::kResult}}});
-constexpr auto kArguments8 = Signature<decltype(&I::SaveFile)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"Binary", ArgumentFlow::kIn}, {"KeepsFiles", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::LoadFile)>::Describe({{{"FileName", ArgumentFlow::kIn}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::LoadBytes)>::Describe({{{"Bytes", ArgumentFlow::kIn}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::Unload)>::Describe({});
+static constexpr auto kArguments3 = Signature<decltype(&I::get_ElementsCount)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::GetElementAt)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"TypeCode", ArgumentFlow::kOut}, {"description", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::get_UIDsCount)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::GetUIDAt)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"UID", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::GetBytes)>::Describe({{{"Binary", ArgumentFlow::kIn}, {"Bytes", ArgumentFlow::kResult}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::SaveFile)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"Binary", ArgumentFlow::kIn}, {"KeepsFiles", ArgumentFlow::kOptional}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"LoadFile", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Loads a dictionary file of either form. kException \"Error reading [FileName]: \" with the line and the reason, or\n"
         "the words of the system, where it cannot be read or has no entry: what was here stays."},
 {"LoadBytes", MemberKind::kMethod, kArguments1.data(), kArguments1.size(), "Loads likewise from an array of bytes with one dimension; the words are \"Error reading dictionary: \" and the\n"
@@ -36,7 +37,7 @@ constexpr MemberInfo kMembers[] = {
 {"SaveFile", MemberKind::kMethod, kArguments8.data(), kArguments8.size(), "Saves these bytes as a file, whole or not at all. With `KeepsFiles` a file that is there stays, and the save\n"
         "fails. kException with the words above or those of the system."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::LoadFile>,
 &CallMember<&I::LoadBytes>,
 &CallMember<&I::Unload>,
@@ -48,10 +49,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::SaveFile>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDcmDictionaryFile>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 9, "For hosts with a data dictionary of their own, and those that make one. What is loaded counts for this object\n"
         "alone: its IDcmDictionary looks elements up there in place of the library's dictionary, and nothing else changes.\n"
         "An object that loads belongs to one thread.\n"

@@ -4,36 +4,37 @@
 #include "tessaret/idcm_file.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDcmFile>() {
 using I = IDcmFile;
 
-constexpr auto kArguments0 = Signature<decltype(&I::LoadFile)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"Options", ArgumentFlow::kOptional}, {"Encoding", ArgumentFlow::kOptional, 0, "_EnumDataEncoding"}}});
-constexpr auto kArguments1 = Signature<decltype(&I::LoadDescriptor)>::Describe({{{"Descriptor", ArgumentFlow::kIn}, {"Options", ArgumentFlow::kOptional}, {"Encoding", ArgumentFlow::kOptional, 0, "_EnumDataEncoding"}}});
-constexpr auto kArguments2 = Signature<decltype(&I::LoadBytes)>::Describe({{{"Bytes", ArgumentFlow::kIn}, {"Options", ArgumentFlow::kOptional}, {"Encoding", ArgumentFlow::kOptional, 0, "_EnumDataEncoding"}}});
-constexpr auto kArguments3 = Signature<decltype(&I::get_ReadEncoding)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumDataEncoding"}}});
-constexpr auto kArguments4 = Signature<decltype(&I::get_HasMark)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::get_BytesRead)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments6 = Signature<decltype(&I::get_NamedSyntax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments7 = Signature<decltype(&I::get_NamedEncoding)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumDataEncoding"}}});
-constexpr auto kArguments8 = Signature<decltype(&I::GetFirstTag)>::Describe({{{"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments9 = Signature<decltype(&I::GetMetaLength)>::Describe({{{"Stated", ArgumentFlow::kOut}, {"Counted", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments10 = Signature<decltype(&I::GetEnd)>::Describe({{{"Offset", ArgumentFlow::kOut}, {"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"End", ArgumentFlow::kResult, 0, "_EnumReadingEnd"}}});
-constexpr auto kArguments11 = Signature<decltype(&I::get_SystemError)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments12 = Signature<decltype(&I::get_OdditiesCount)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments13 = Signature<decltype(&I::GetOddity)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"Offset", ArgumentFlow::kOut}, {"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"Kind", ArgumentFlow::kResult, 0, "_EnumReadingOddity"}}});
-constexpr auto kArguments14 = Signature<decltype(&I::SaveFile)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"Form", ArgumentFlow::kOptional, 0, "_EnumSaveForm"}, {"Options", ArgumentFlow::kOptional}}});
-constexpr auto kArguments15 = Signature<decltype(&I::SaveBytes)>::Describe({{{"Form", ArgumentFlow::kOptional, 0, "_EnumSaveForm"}, {"Options", ArgumentFlow::kOptional}, {"Bytes", ArgumentFlow::kResult}}});
-constexpr auto kArguments16 = Signature<decltype(&I::GetElement)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOut}, {"Length", ArgumentFlow::kOut}, {"Offset", ArgumentFlow::kOut}, {"HasValue", ArgumentFlow::kOut}, {"ItemsCount", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments17 = Signature<decltype(&I::GetListing)>::Describe({{{"Levels", ArgumentFlow::kOut}, {"Tags", ArgumentFlow::kOut}, {"TypeCodes", ArgumentFlow::kOut}, {"Lengths", ArgumentFlow::kOut}, {"Offsets", ArgumentFlow::kOut}, {"HaveValues", ArgumentFlow::kOut}, {"ItemsCounts", ArgumentFlow::kOut}, {"Count", ArgumentFlow::kResult}}});
-constexpr auto kArguments18 = Signature<decltype(&I::GetBytes)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Offset", ArgumentFlow::kIn}, {"Count", ArgumentFlow::kIn}, {"Bytes", ArgumentFlow::kResult}}});
-constexpr auto kArguments19 = Signature<decltype(&I::SetType)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments20 = Signature<decltype(&I::get_HasPixelsOfDoubtfulOrder)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments21 = Signature<decltype(&I::get_Text)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments22 = Signature<decltype(&I::GetElementText)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"FirstLine", ArgumentFlow::kOptional}, {"Room", ArgumentFlow::kOptional}, {"Text", ArgumentFlow::kResult}}});
-constexpr auto kArguments23 = Signature<decltype(&I::get_Refusal)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::LoadFile)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"Options", ArgumentFlow::kOptional}, {"Encoding", ArgumentFlow::kOptional, 0, "_EnumDataEncoding"}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::LoadDescriptor)>::Describe({{{"Descriptor", ArgumentFlow::kIn}, {"Options", ArgumentFlow::kOptional}, {"Encoding", ArgumentFlow::kOptional, 0, "_EnumDataEncoding"}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::LoadBytes)>::Describe({{{"Bytes", ArgumentFlow::kIn}, {"Options", ArgumentFlow::kOptional}, {"Encoding", ArgumentFlow::kOptional, 0, "_EnumDataEncoding"}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::get_ReadEncoding)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumDataEncoding"}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::get_HasMark)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::get_BytesRead)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::get_NamedSyntax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::get_NamedEncoding)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumDataEncoding"}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::GetFirstTag)>::Describe({{{"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::GetMetaLength)>::Describe({{{"Stated", ArgumentFlow::kOut}, {"Counted", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::GetEnd)>::Describe({{{"Offset", ArgumentFlow::kOut}, {"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"End", ArgumentFlow::kResult, 0, "_EnumReadingEnd"}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::get_SystemError)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::get_OdditiesCount)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::GetOddity)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"Offset", ArgumentFlow::kOut}, {"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"Kind", ArgumentFlow::kResult, 0, "_EnumReadingOddity"}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::SaveFile)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"Form", ArgumentFlow::kOptional, 0, "_EnumSaveForm"}, {"Options", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::SaveBytes)>::Describe({{{"Form", ArgumentFlow::kOptional, 0, "_EnumSaveForm"}, {"Options", ArgumentFlow::kOptional}, {"Bytes", ArgumentFlow::kResult}}});
+static constexpr auto kArguments16 = Signature<decltype(&I::GetElement)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOut}, {"Length", ArgumentFlow::kOut}, {"Offset", ArgumentFlow::kOut}, {"HasValue", ArgumentFlow::kOut}, {"ItemsCount", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments17 = Signature<decltype(&I::GetListing)>::Describe({{{"Levels", ArgumentFlow::kOut}, {"Tags", ArgumentFlow::kOut}, {"TypeCodes", ArgumentFlow::kOut}, {"Lengths", ArgumentFlow::kOut}, {"Offsets", ArgumentFlow::kOut}, {"HaveValues", ArgumentFlow::kOut}, {"ItemsCounts", ArgumentFlow::kOut}, {"Count", ArgumentFlow::kResult}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::GetBytes)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Offset", ArgumentFlow::kIn}, {"Count", ArgumentFlow::kIn}, {"Bytes", ArgumentFlow::kResult}}});
+static constexpr auto kArguments19 = Signature<decltype(&I::SetType)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments20 = Signature<decltype(&I::get_HasPixelsOfDoubtfulOrder)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments21 = Signature<decltype(&I::get_Text)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments22 = Signature<decltype(&I::GetElementText)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"FirstLine", ArgumentFlow::kOptional}, {"Room", ArgumentFlow::kOptional}, {"Text", ArgumentFlow::kResult}}});
+static constexpr auto kArguments23 = Signature<decltype(&I::get_Refusal)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"LoadFile", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Loads a file. `Options` is a sum of _EnumLoadOption; `Encoding` says that there is a bare data set in that\n"
         "encoding, and otherwise, by preamble, meta header and the first element, the bytes tell. Compressed pixel data\n"
         "stays compressed. Numbers are turned to those of the host. kInvalidArgument, with nothing changed, for options\n"
@@ -98,7 +99,7 @@ constexpr MemberInfo kMembers[] = {
 {"Refusal", MemberKind::kGet, kArguments23.data(), kArguments23.size(), "Why the last Translate of IDCMObject answered false, which is no failure: the words of the engine or of the codec that\n"
         "cannot hold this object. \"\" where it answered true or failed, and before the first."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::LoadFile>,
 &CallMember<&I::LoadDescriptor>,
 &CallMember<&I::LoadBytes>,
@@ -125,10 +126,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_Refusal>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDcmFile>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 24, "For hosts that look closely at files. Every IDCMObject of the library has it: `object.As<IDcmFile>()`.\n"
         "\n"
         "A load puts what it reads in place of what was here, which is gone also when it fails. What was read before the\n"

@@ -4,37 +4,38 @@
 #include "tessaret/idcm_object.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDCMObject>() {
 using I = IDCMObject;
 
-constexpr auto kArguments0 = Signature<decltype(&I::get_VR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOptional}, {"VM", ArgumentFlow::kOptional}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments1 = Signature<decltype(&I::put_VR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOptional}, {"VM", ArgumentFlow::kOptional}, {"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments2 = Signature<decltype(&I::get_VRMultiplicity)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments3 = Signature<decltype(&I::Clear)>::Describe({});
-constexpr auto kArguments4 = Signature<decltype(&I::copy)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::Set)>::Describe({{{"Object", ArgumentFlow::kIn}}});
-constexpr auto kArguments6 = Signature<decltype(&I::Save)>::Describe({{{"FileName", ArgumentFlow::kIn}}});
-constexpr auto kArguments7 = Signature<decltype(&I::Load)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"LoadPixels", ArgumentFlow::kIn}}});
-constexpr auto kArguments8 = Signature<decltype(&I::get_SequencesCount)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments9 = Signature<decltype(&I::get_Sequence)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments10 = Signature<decltype(&I::putref_Sequence)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments11 = Signature<decltype(&I::GetVRDescr)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Elem", ArgumentFlow::kIn}, {"Descr", ArgumentFlow::kOut}, {"TypeCode", ArgumentFlow::kOut}, {"Length", ArgumentFlow::kOut}, {"VM", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments12 = Signature<decltype(&I::RemoveVR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Removed", ArgumentFlow::kResult}}});
-constexpr auto kArguments13 = Signature<decltype(&I::RemoveSequence)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"Removed", ArgumentFlow::kResult}}});
-constexpr auto kArguments14 = Signature<decltype(&I::Send)>::Describe({{{"host", ArgumentFlow::kIn}, {"port", ArgumentFlow::kIn}, {"LocalAETitle", ArgumentFlow::kIn}, {"RemoteAETitle", ArgumentFlow::kIn}, {"GetOwnership", ArgumentFlow::kOptional}, {"Sent", ArgumentFlow::kResult}}});
-constexpr auto kArguments15 = Signature<decltype(&I::PutVRRawString)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Elem", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"val", ArgumentFlow::kIn}}});
-constexpr auto kArguments16 = Signature<decltype(&I::GetVRRawString)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Elem", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOut}, {"val", ArgumentFlow::kOut}}});
-constexpr auto kArguments17 = Signature<decltype(&I::GetFirstVR)>::Describe({{{"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments18 = Signature<decltype(&I::GetNextVR)>::Describe({{{"Group", ArgumentFlow::kInOut}, {"Element", ArgumentFlow::kInOut}, {"Found", ArgumentFlow::kResult}}});
-constexpr auto kArguments19 = Signature<decltype(&I::Translate)>::Describe({{{"trSyntax", ArgumentFlow::kOptional}, {"Done", ArgumentFlow::kResult}}});
-constexpr auto kArguments20 = Signature<decltype(&I::GetVRData)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOut}, {"BinArray", ArgumentFlow::kOut}}});
-constexpr auto kArguments21 = Signature<decltype(&I::PutVRData)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"BinArray", ArgumentFlow::kIn}}});
-constexpr auto kArguments22 = Signature<decltype(&I::IntersectPlane)>::Describe({{{"pIObj", ArgumentFlow::kIn}, {"Pixels", ArgumentFlow::kIn}, {"Coplanar", ArgumentFlow::kOut}, {"p0", ArgumentFlow::kOut}, {"p1", ArgumentFlow::kOut}, {"bExists", ArgumentFlow::kResult}}});
-constexpr auto kArguments23 = Signature<decltype(&I::CreateSecondaryCapture)>::Describe({{{"pIRefDcm", ArgumentFlow::kIn}, {"pIPic", ArgumentFlow::kIn}}});
-constexpr auto kArguments24 = Signature<decltype(&I::AddOverlay)>::Describe({{{"ovlIndex", ArgumentFlow::kOut}, {"x0", ArgumentFlow::kIn}, {"y0", ArgumentFlow::kIn}, {"x1", ArgumentFlow::kIn}, {"y1", ArgumentFlow::kIn}, {"type", ArgumentFlow::kIn}, {"description", ArgumentFlow::kIn}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::get_VR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOptional}, {"VM", ArgumentFlow::kOptional}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::put_VR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOptional}, {"VM", ArgumentFlow::kOptional}, {"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::get_VRMultiplicity)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::Clear)>::Describe({});
+static constexpr auto kArguments4 = Signature<decltype(&I::copy)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::Set)>::Describe({{{"Object", ArgumentFlow::kIn}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::Save)>::Describe({{{"FileName", ArgumentFlow::kIn}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::Load)>::Describe({{{"FileName", ArgumentFlow::kIn}, {"LoadPixels", ArgumentFlow::kIn}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::get_SequencesCount)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::get_Sequence)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::putref_Sequence)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::GetVRDescr)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Elem", ArgumentFlow::kIn}, {"Descr", ArgumentFlow::kOut}, {"TypeCode", ArgumentFlow::kOut}, {"Length", ArgumentFlow::kOut}, {"VM", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::RemoveVR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Removed", ArgumentFlow::kResult}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::RemoveSequence)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"Removed", ArgumentFlow::kResult}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::Send)>::Describe({{{"host", ArgumentFlow::kIn}, {"port", ArgumentFlow::kIn}, {"LocalAETitle", ArgumentFlow::kIn}, {"RemoteAETitle", ArgumentFlow::kIn}, {"GetOwnership", ArgumentFlow::kOptional}, {"Sent", ArgumentFlow::kResult}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::PutVRRawString)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Elem", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"val", ArgumentFlow::kIn}}});
+static constexpr auto kArguments16 = Signature<decltype(&I::GetVRRawString)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Elem", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOut}, {"val", ArgumentFlow::kOut}}});
+static constexpr auto kArguments17 = Signature<decltype(&I::GetFirstVR)>::Describe({{{"Group", ArgumentFlow::kOut}, {"Element", ArgumentFlow::kOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::GetNextVR)>::Describe({{{"Group", ArgumentFlow::kInOut}, {"Element", ArgumentFlow::kInOut}, {"Found", ArgumentFlow::kResult}}});
+static constexpr auto kArguments19 = Signature<decltype(&I::Translate)>::Describe({{{"trSyntax", ArgumentFlow::kOptional}, {"Done", ArgumentFlow::kResult}}});
+static constexpr auto kArguments20 = Signature<decltype(&I::GetVRData)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kOut}, {"BinArray", ArgumentFlow::kOut}}});
+static constexpr auto kArguments21 = Signature<decltype(&I::PutVRData)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"TypeCode", ArgumentFlow::kIn}, {"BinArray", ArgumentFlow::kIn}}});
+static constexpr auto kArguments22 = Signature<decltype(&I::IntersectPlane)>::Describe({{{"pIObj", ArgumentFlow::kIn}, {"Pixels", ArgumentFlow::kIn}, {"Coplanar", ArgumentFlow::kOut}, {"p0", ArgumentFlow::kOut}, {"p1", ArgumentFlow::kOut}, {"bExists", ArgumentFlow::kResult}}});
+static constexpr auto kArguments23 = Signature<decltype(&I::CreateSecondaryCapture)>::Describe({{{"pIRefDcm", ArgumentFlow::kIn}, {"pIPic", ArgumentFlow::kIn}}});
+static constexpr auto kArguments24 = Signature<decltype(&I::AddOverlay)>::Describe({{{"ovlIndex", ArgumentFlow::kOut}, {"x0", ArgumentFlow::kIn}, {"y0", ArgumentFlow::kIn}, {"x1", ArgumentFlow::kIn}, {"y1", ArgumentFlow::kIn}, {"type", ArgumentFlow::kIn}, {"description", ArgumentFlow::kIn}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"VR", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "A value of an element; empty where there is no such element or value, but a string with nothing in it for a text that an\n"
         "element with others does not have. A TypeCode replaces the type of the element for good, so that an element of type UN can be\n"
         "read as what it is. kException \"Error: VR type ST,LT and UT have VM=1\" for another VM in these."},
@@ -101,7 +102,7 @@ constexpr MemberInfo kMembers[] = {
 {"AddOverlay", MemberKind::kMethod, kArguments24.data(), kArguments24.size(), "Adds an overlay plane of what is drawn in the event OnDrawOverlay, within x0 to x1 and y0 to y1, both inclusive. Not available in\n"
         "this version: kNotImplemented, with words."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_VR>,
 &CallMember<&I::put_VR>,
 &CallMember<&I::get_VRMultiplicity>,
@@ -129,10 +130,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::AddOverlay>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDCMObject>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 25, "A data set: a file, a command or an item of a sequence. An object is empty when it is made, and always has the data set in it; only\n"
         "after a failed Load, or when the item that it showed is gone, there is none.\n"
         "\n"

@@ -4,23 +4,20 @@
 #include "tessaret/idcm_object.hpp"
 
 namespace tessaret {
-namespace {
-
-using I = _IDCMObjectEvents;
-
-constexpr auto kArguments0 = Signature<decltype(&I::OnDrawOverlay)>::Describe({{{"hDc", ArgumentFlow::kIn}, {"x0", ArgumentFlow::kIn}, {"y0", ArgumentFlow::kIn}, {"x1", ArgumentFlow::kIn}, {"y1", ArgumentFlow::kIn}}});
-
-constexpr MemberInfo kMembers[] = {
-{"OnDrawOverlay", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "AddOverlay wants the overlay drawn into the surface `hDc`, within x0 to x1 and y0 to y1, in any colour but black."},
-};
-constexpr MemberCall kCalls[] = {
-&CallMember<&I::OnDrawOverlay>,
-};
-
-}  // namespace
 
 template <>
 const InterfaceTable& TableOf<_IDCMObjectEvents>() {
+using I = _IDCMObjectEvents;
+
+static constexpr auto kArguments0 = Signature<decltype(&I::OnDrawOverlay)>::Describe({{{"hDc", ArgumentFlow::kIn}, {"x0", ArgumentFlow::kIn}, {"y0", ArgumentFlow::kIn}, {"x1", ArgumentFlow::kIn}, {"y1", ArgumentFlow::kIn}}});
+
+static constexpr MemberInfo kMembers[] = {
+{"OnDrawOverlay", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "AddOverlay wants the overlay drawn into the surface `hDc`, within x0 to x1 and y0 to y1, in any colour but black."},
+};
+static constexpr MemberCall kCalls[] = {
+&CallMember<&I::OnDrawOverlay>,
+};
+
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 1, "Events of that class."}, kCalls};
 return kTable;
 }

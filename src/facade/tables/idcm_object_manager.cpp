@@ -5,18 +5,19 @@
 #include "tessaret/idcm_object_manager.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDcmObjectManager>() {
 using I = IDcmObjectManager;
 
-constexpr auto kArguments0 = Signature<decltype(&I::GetOwnership)>::Describe({});
-constexpr auto kArguments1 = Signature<decltype(&I::SetOwner)>::Describe({});
-constexpr auto kArguments2 = Signature<decltype(&I::GetPtr)>::Describe({{{"GetOwnership", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments3 = Signature<decltype(&I::PutPtr)>::Describe({{{"SetOwnership", ArgumentFlow::kIn}, {"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments4 = Signature<decltype(&I::GetVR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"VR", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::PutVR)>::Describe({{{"VrRec", ArgumentFlow::kIn}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::GetOwnership)>::Describe({});
+static constexpr auto kArguments1 = Signature<decltype(&I::SetOwner)>::Describe({});
+static constexpr auto kArguments2 = Signature<decltype(&I::GetPtr)>::Describe({{{"GetOwnership", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::PutPtr)>::Describe({{{"SetOwnership", ArgumentFlow::kIn}, {"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::GetVR)>::Describe({{{"Group", ArgumentFlow::kIn}, {"Element", ArgumentFlow::kIn}, {"VR", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::PutVR)>::Describe({{{"VrRec", ArgumentFlow::kIn}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"GetOwnership", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Takes the ownership away from this object, which goes on showing the data set while that lives: the caller has to see to its end.\n"
         "kFalse where this object is not the owner."},
 {"SetOwner", MemberKind::kMethod, kArguments1.data(), kArguments1.size(), "Makes this object the owner again. kFalse where it is that already, and where the data set belongs to another object or to a\n"
@@ -32,7 +33,7 @@ constexpr MemberInfo kMembers[] = {
 {"PutVR", MemberKind::kMethod, kArguments5.data(), kArguments5.size(), "Makes an element as the record has it, with a copy of its bytes, in place of the value of one that is there. Nothing happens\n"
         "without a record or a data set. kInvalidArgument for a negative length, kException \"The element holds items: remove it first\"."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::GetOwnership>,
 &CallMember<&I::SetOwner>,
 &CallGetPtr,
@@ -41,10 +42,6 @@ constexpr MemberCall kCalls[] = {
 &CallPutVR,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDcmObjectManager>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 6, "By name a data set travels as an object with the interface IDataSetHandle, which knows whether the data set still lives. One that\n"
         "was taken over with it is destroyed with the last reference to it, unless PutPtr has passed it on."}, kCalls};
 return kTable;

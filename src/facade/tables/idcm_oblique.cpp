@@ -4,94 +4,95 @@
 #include "tessaret/idcm_oblique.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDCMOblique>() {
 using I = IDCMOblique;
 
-constexpr auto kArguments0 = Signature<decltype(&I::SetRotation)>::Describe({{{"RotX", ArgumentFlow::kIn}, {"RotY", ArgumentFlow::kIn}, {"RotZ", ArgumentFlow::kIn}}});
-constexpr auto kArguments1 = Signature<decltype(&I::GetRotation)>::Describe({{{"RotX", ArgumentFlow::kOut}, {"RotY", ArgumentFlow::kOut}, {"RotZ", ArgumentFlow::kOut}}});
-constexpr auto kArguments2 = Signature<decltype(&I::SetTranslation)>::Describe({{{"DeltaX", ArgumentFlow::kIn}, {"DeltaY", ArgumentFlow::kIn}, {"DeltaZ", ArgumentFlow::kIn}}});
-constexpr auto kArguments3 = Signature<decltype(&I::GetTranslation)>::Describe({{{"DeltaX", ArgumentFlow::kOut}, {"DeltaY", ArgumentFlow::kOut}, {"DeltaZ", ArgumentFlow::kOut}}});
-constexpr auto kArguments4 = Signature<decltype(&I::ResetTransform)>::Describe({});
-constexpr auto kArguments5 = Signature<decltype(&I::get_zoom)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments6 = Signature<decltype(&I::put_zoom)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments7 = Signature<decltype(&I::get_ViewCoord)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments8 = Signature<decltype(&I::put_ViewCoord)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments9 = Signature<decltype(&I::get_XDimension)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments10 = Signature<decltype(&I::put_XDimension)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments11 = Signature<decltype(&I::get_YDimension)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments12 = Signature<decltype(&I::put_YDimension)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments13 = Signature<decltype(&I::get_ZDimension)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments14 = Signature<decltype(&I::put_ZDimension)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments15 = Signature<decltype(&I::get_Mode)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumObliqueViewMode"}}});
-constexpr auto kArguments16 = Signature<decltype(&I::put_Mode)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_EnumObliqueViewMode"}}});
-constexpr auto kArguments17 = Signature<decltype(&I::get_RawMode)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumObliqueViewMode"}}});
-constexpr auto kArguments18 = Signature<decltype(&I::ResetView)>::Describe({});
-constexpr auto kArguments19 = Signature<decltype(&I::ResetCenter)>::Describe({});
-constexpr auto kArguments20 = Signature<decltype(&I::Redraw)>::Describe({});
-constexpr auto kArguments21 = Signature<decltype(&I::SetCenter)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}}});
-constexpr auto kArguments22 = Signature<decltype(&I::GetCenter)>::Describe({{{"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}}});
-constexpr auto kArguments23 = Signature<decltype(&I::ContainerToDev)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}, {"dev_x", ArgumentFlow::kOut}, {"dev_y", ArgumentFlow::kOut}}});
-constexpr auto kArguments24 = Signature<decltype(&I::DevToContainer)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}}});
-constexpr auto kArguments25 = Signature<decltype(&I::ContainerToImage)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}, {"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}}});
-constexpr auto kArguments26 = Signature<decltype(&I::ImageToContainer)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}}});
-constexpr auto kArguments27 = Signature<decltype(&I::ContainerToVol)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}, {"vx", ArgumentFlow::kOut}, {"vy", ArgumentFlow::kOut}, {"vz", ArgumentFlow::kOut}}});
-constexpr auto kArguments28 = Signature<decltype(&I::VolToContainer)>::Describe({{{"vx", ArgumentFlow::kIn}, {"vy", ArgumentFlow::kIn}, {"vz", ArgumentFlow::kIn}, {"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments29 = Signature<decltype(&I::SetViewPoint)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}}});
-constexpr auto kArguments30 = Signature<decltype(&I::GetViewPoint)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments31 = Signature<decltype(&I::SetPlane3Pt)>::Describe({{{"p0", ArgumentFlow::kIn}, {"px", ArgumentFlow::kIn}, {"py", ArgumentFlow::kIn}, {"optimizeDims", ArgumentFlow::kIn}, {"optimizeAngle", ArgumentFlow::kIn}}});
-constexpr auto kArguments32 = Signature<decltype(&I::SetCutPlane)>::Describe({{{"Plane", ArgumentFlow::kIn, 0, "_EnumObliqueViewMode"}, {"p0", ArgumentFlow::kIn}, {"p1", ArgumentFlow::kIn}}});
-constexpr auto kArguments33 = Signature<decltype(&I::GetPlane)>::Describe({{{"Plane", ArgumentFlow::kResult}}});
-constexpr auto kArguments34 = Signature<decltype(&I::GetXOrientation)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments35 = Signature<decltype(&I::GetYOrientation)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments36 = Signature<decltype(&I::GetOrigin)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments37 = Signature<decltype(&I::get_ImageFlip)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_ImgFlipMode"}}});
-constexpr auto kArguments38 = Signature<decltype(&I::put_ImageFlip)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_ImgFlipMode"}}});
-constexpr auto kArguments39 = Signature<decltype(&I::get_DCMOrientation)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments40 = Signature<decltype(&I::get_VoxelSizeMM)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments41 = Signature<decltype(&I::GetZSliceIndex)>::Describe({{{"z", ArgumentFlow::kIn}, {"dist", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
-constexpr auto kArguments42 = Signature<decltype(&I::get_RotXDim)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments43 = Signature<decltype(&I::get_RotYDim)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments44 = Signature<decltype(&I::get_RotZDim)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments45 = Signature<decltype(&I::get_SliceName)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments46 = Signature<decltype(&I::put_SliceName)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments47 = Signature<decltype(&I::get_FrameOfReferenceUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments48 = Signature<decltype(&I::get_Volume)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments49 = Signature<decltype(&I::putref_Volume)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments50 = Signature<decltype(&I::get_UseLUT)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments51 = Signature<decltype(&I::put_UseLUT)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments52 = Signature<decltype(&I::get_Lut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments53 = Signature<decltype(&I::putref_Lut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments54 = Signature<decltype(&I::get_WindowMin)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments55 = Signature<decltype(&I::put_WindowMin)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments56 = Signature<decltype(&I::get_WindowMax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments57 = Signature<decltype(&I::put_WindowMax)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments58 = Signature<decltype(&I::get_Gamma)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments59 = Signature<decltype(&I::put_Gamma)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments60 = Signature<decltype(&I::get_Invert)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments61 = Signature<decltype(&I::put_Invert)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments62 = Signature<decltype(&I::putref_MergeVolume)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments63 = Signature<decltype(&I::get_MergeVolume)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments64 = Signature<decltype(&I::putref_MergeLut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments65 = Signature<decltype(&I::get_MergeLut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments66 = Signature<decltype(&I::put_MergeWindowMax)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments67 = Signature<decltype(&I::get_MergeWindowMax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments68 = Signature<decltype(&I::put_MergeWindowMin)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments69 = Signature<decltype(&I::get_MergeWindowMin)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments70 = Signature<decltype(&I::put_MergeTransparency)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments71 = Signature<decltype(&I::get_MergeTransparency)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments72 = Signature<decltype(&I::get_Value)>::Describe({{{"contX", ArgumentFlow::kIn}, {"contY", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments73 = Signature<decltype(&I::get_Pixel)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments74 = Signature<decltype(&I::GetStatistics)>::Describe({{{"vx", ArgumentFlow::kIn}, {"vy", ArgumentFlow::kIn}, {"NumBins", ArgumentFlow::kIn}, {"ValMin", ArgumentFlow::kOut}, {"ValMax", ArgumentFlow::kOut}, {"NumPixels", ArgumentFlow::kOut}, {"Mean", ArgumentFlow::kOut}, {"StdDev", ArgumentFlow::kOut}, {"Histogram", ArgumentFlow::kResult}}});
-constexpr auto kArguments75 = Signature<decltype(&I::get_hDc)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments76 = Signature<decltype(&I::get_Picture)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments77 = Signature<decltype(&I::get_SecondaryCapture)>::Describe({{{"BaseUID", ArgumentFlow::kIn}, {"pIObj", ArgumentFlow::kResult}}});
-constexpr auto kArguments78 = Signature<decltype(&I::get_ImagePlaneModule)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments79 = Signature<decltype(&I::GetPlaneIntersection)>::Describe({{{"Oblique", ArgumentFlow::kIn}, {"x0", ArgumentFlow::kOut}, {"y0", ArgumentFlow::kOut}, {"x1", ArgumentFlow::kOut}, {"y1", ArgumentFlow::kOut}, {"ok", ArgumentFlow::kOut}}});
-constexpr auto kArguments80 = Signature<decltype(&I::DrawReferencePlane)>::Describe({{{"DcmOblique", ArgumentFlow::kIn}, {"RGB", ArgumentFlow::kIn}}});
-constexpr auto kArguments81 = Signature<decltype(&I::DrawImagePlane)>::Describe({{{"pImagePlane", ArgumentFlow::kIn}, {"RGB", ArgumentFlow::kIn}, {"pRet", ArgumentFlow::kResult}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::SetRotation)>::Describe({{{"RotX", ArgumentFlow::kIn}, {"RotY", ArgumentFlow::kIn}, {"RotZ", ArgumentFlow::kIn}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::GetRotation)>::Describe({{{"RotX", ArgumentFlow::kOut}, {"RotY", ArgumentFlow::kOut}, {"RotZ", ArgumentFlow::kOut}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::SetTranslation)>::Describe({{{"DeltaX", ArgumentFlow::kIn}, {"DeltaY", ArgumentFlow::kIn}, {"DeltaZ", ArgumentFlow::kIn}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::GetTranslation)>::Describe({{{"DeltaX", ArgumentFlow::kOut}, {"DeltaY", ArgumentFlow::kOut}, {"DeltaZ", ArgumentFlow::kOut}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::ResetTransform)>::Describe({});
+static constexpr auto kArguments5 = Signature<decltype(&I::get_zoom)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::put_zoom)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::get_ViewCoord)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::put_ViewCoord)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::get_XDimension)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::put_XDimension)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::get_YDimension)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::put_YDimension)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::get_ZDimension)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::put_ZDimension)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::get_Mode)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumObliqueViewMode"}}});
+static constexpr auto kArguments16 = Signature<decltype(&I::put_Mode)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_EnumObliqueViewMode"}}});
+static constexpr auto kArguments17 = Signature<decltype(&I::get_RawMode)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumObliqueViewMode"}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::ResetView)>::Describe({});
+static constexpr auto kArguments19 = Signature<decltype(&I::ResetCenter)>::Describe({});
+static constexpr auto kArguments20 = Signature<decltype(&I::Redraw)>::Describe({});
+static constexpr auto kArguments21 = Signature<decltype(&I::SetCenter)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}}});
+static constexpr auto kArguments22 = Signature<decltype(&I::GetCenter)>::Describe({{{"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}}});
+static constexpr auto kArguments23 = Signature<decltype(&I::ContainerToDev)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}, {"dev_x", ArgumentFlow::kOut}, {"dev_y", ArgumentFlow::kOut}}});
+static constexpr auto kArguments24 = Signature<decltype(&I::DevToContainer)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}}});
+static constexpr auto kArguments25 = Signature<decltype(&I::ContainerToImage)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}, {"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}}});
+static constexpr auto kArguments26 = Signature<decltype(&I::ImageToContainer)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}}});
+static constexpr auto kArguments27 = Signature<decltype(&I::ContainerToVol)>::Describe({{{"cx", ArgumentFlow::kIn}, {"cy", ArgumentFlow::kIn}, {"vx", ArgumentFlow::kOut}, {"vy", ArgumentFlow::kOut}, {"vz", ArgumentFlow::kOut}}});
+static constexpr auto kArguments28 = Signature<decltype(&I::VolToContainer)>::Describe({{{"vx", ArgumentFlow::kIn}, {"vy", ArgumentFlow::kIn}, {"vz", ArgumentFlow::kIn}, {"cx", ArgumentFlow::kOut}, {"cy", ArgumentFlow::kOut}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments29 = Signature<decltype(&I::SetViewPoint)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}}});
+static constexpr auto kArguments30 = Signature<decltype(&I::GetViewPoint)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments31 = Signature<decltype(&I::SetPlane3Pt)>::Describe({{{"p0", ArgumentFlow::kIn}, {"px", ArgumentFlow::kIn}, {"py", ArgumentFlow::kIn}, {"optimizeDims", ArgumentFlow::kIn}, {"optimizeAngle", ArgumentFlow::kIn}}});
+static constexpr auto kArguments32 = Signature<decltype(&I::SetCutPlane)>::Describe({{{"Plane", ArgumentFlow::kIn, 0, "_EnumObliqueViewMode"}, {"p0", ArgumentFlow::kIn}, {"p1", ArgumentFlow::kIn}}});
+static constexpr auto kArguments33 = Signature<decltype(&I::GetPlane)>::Describe({{{"Plane", ArgumentFlow::kResult}}});
+static constexpr auto kArguments34 = Signature<decltype(&I::GetXOrientation)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments35 = Signature<decltype(&I::GetYOrientation)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments36 = Signature<decltype(&I::GetOrigin)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments37 = Signature<decltype(&I::get_ImageFlip)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_ImgFlipMode"}}});
+static constexpr auto kArguments38 = Signature<decltype(&I::put_ImageFlip)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_ImgFlipMode"}}});
+static constexpr auto kArguments39 = Signature<decltype(&I::get_DCMOrientation)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments40 = Signature<decltype(&I::get_VoxelSizeMM)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments41 = Signature<decltype(&I::GetZSliceIndex)>::Describe({{{"z", ArgumentFlow::kIn}, {"dist", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
+static constexpr auto kArguments42 = Signature<decltype(&I::get_RotXDim)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments43 = Signature<decltype(&I::get_RotYDim)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments44 = Signature<decltype(&I::get_RotZDim)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments45 = Signature<decltype(&I::get_SliceName)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments46 = Signature<decltype(&I::put_SliceName)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments47 = Signature<decltype(&I::get_FrameOfReferenceUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments48 = Signature<decltype(&I::get_Volume)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments49 = Signature<decltype(&I::putref_Volume)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments50 = Signature<decltype(&I::get_UseLUT)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments51 = Signature<decltype(&I::put_UseLUT)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments52 = Signature<decltype(&I::get_Lut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments53 = Signature<decltype(&I::putref_Lut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments54 = Signature<decltype(&I::get_WindowMin)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments55 = Signature<decltype(&I::put_WindowMin)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments56 = Signature<decltype(&I::get_WindowMax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments57 = Signature<decltype(&I::put_WindowMax)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments58 = Signature<decltype(&I::get_Gamma)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments59 = Signature<decltype(&I::put_Gamma)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments60 = Signature<decltype(&I::get_Invert)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments61 = Signature<decltype(&I::put_Invert)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments62 = Signature<decltype(&I::putref_MergeVolume)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments63 = Signature<decltype(&I::get_MergeVolume)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments64 = Signature<decltype(&I::putref_MergeLut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments65 = Signature<decltype(&I::get_MergeLut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments66 = Signature<decltype(&I::put_MergeWindowMax)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments67 = Signature<decltype(&I::get_MergeWindowMax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments68 = Signature<decltype(&I::put_MergeWindowMin)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments69 = Signature<decltype(&I::get_MergeWindowMin)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments70 = Signature<decltype(&I::put_MergeTransparency)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments71 = Signature<decltype(&I::get_MergeTransparency)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments72 = Signature<decltype(&I::get_Value)>::Describe({{{"contX", ArgumentFlow::kIn}, {"contY", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments73 = Signature<decltype(&I::get_Pixel)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments74 = Signature<decltype(&I::GetStatistics)>::Describe({{{"vx", ArgumentFlow::kIn}, {"vy", ArgumentFlow::kIn}, {"NumBins", ArgumentFlow::kIn}, {"ValMin", ArgumentFlow::kOut}, {"ValMax", ArgumentFlow::kOut}, {"NumPixels", ArgumentFlow::kOut}, {"Mean", ArgumentFlow::kOut}, {"StdDev", ArgumentFlow::kOut}, {"Histogram", ArgumentFlow::kResult}}});
+static constexpr auto kArguments75 = Signature<decltype(&I::get_hDc)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments76 = Signature<decltype(&I::get_Picture)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments77 = Signature<decltype(&I::get_SecondaryCapture)>::Describe({{{"BaseUID", ArgumentFlow::kIn}, {"pIObj", ArgumentFlow::kResult}}});
+static constexpr auto kArguments78 = Signature<decltype(&I::get_ImagePlaneModule)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments79 = Signature<decltype(&I::GetPlaneIntersection)>::Describe({{{"Oblique", ArgumentFlow::kIn}, {"x0", ArgumentFlow::kOut}, {"y0", ArgumentFlow::kOut}, {"x1", ArgumentFlow::kOut}, {"y1", ArgumentFlow::kOut}, {"ok", ArgumentFlow::kOut}}});
+static constexpr auto kArguments80 = Signature<decltype(&I::DrawReferencePlane)>::Describe({{{"DcmOblique", ArgumentFlow::kIn}, {"RGB", ArgumentFlow::kIn}}});
+static constexpr auto kArguments81 = Signature<decltype(&I::DrawImagePlane)>::Describe({{{"pImagePlane", ArgumentFlow::kIn}, {"RGB", ArgumentFlow::kIn}, {"pRet", ArgumentFlow::kResult}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"SetRotation", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Turns the section about the three axes, in degrees."},
 {"GetRotation", MemberKind::kMethod, kArguments1.data(), kArguments1.size(), "How it is turned, in degrees."},
 {"SetTranslation", MemberKind::kMethod, kArguments2.data(), kArguments2.size(), "Moves the section, in voxels."},
@@ -188,7 +189,7 @@ constexpr MemberInfo kMembers[] = {
 {"DrawReferencePlane", MemberKind::kMethod, kArguments80.data(), kArguments80.size(), "Draws that line, in the colour `RGB` with red in the lowest byte."},
 {"DrawImagePlane", MemberKind::kMethod, kArguments81.data(), kArguments81.size(), "Draws the line in which the section and the image `pImagePlane` meet. `pRet` is 0."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::SetRotation>,
 &CallMember<&I::GetRotation>,
 &CallMember<&I::SetTranslation>,
@@ -273,10 +274,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::DrawImagePlane>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDCMOblique>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 82, "Shows one section, orthogonal or oblique, of a volume. Setting a property only asks for a repaint; the section is worked out when\n"
         "the control is painted. Everything happens on the thread of the control's window.\n"
         "\n"

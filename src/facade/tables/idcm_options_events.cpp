@@ -4,15 +4,12 @@
 #include "tessaret/idcm_options.hpp"
 
 namespace tessaret {
-namespace {
-
-using I = _IDCMOptionsEvents;
-
-
-}  // namespace
 
 template <>
 const InterfaceTable& TableOf<_IDCMOptionsEvents>() {
+using I = _IDCMOptionsEvents;
+
+
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, nullptr, 0, "Events of that class: none."}, {}};
 return kTable;
 }

@@ -4,32 +4,33 @@
 #include "tessaret/idcm_query_retrieve.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDcmQueryRetrieve>() {
 using I = IDcmQueryRetrieve;
 
-constexpr auto kArguments0 = Signature<decltype(&I::QueryStudy)>::Describe({{{"PatientName", ArgumentFlow::kIn}, {"PatientID", ArgumentFlow::kIn}, {"From", ArgumentFlow::kIn}, {"To", ArgumentFlow::kIn}, {"StudyID", ArgumentFlow::kIn}, {"AccessionNumber", ArgumentFlow::kIn}, {"Modalities", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
-constexpr auto kArguments1 = Signature<decltype(&I::QuerySeries)>::Describe({{{"UID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
-constexpr auto kArguments2 = Signature<decltype(&I::MoveStudy)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
-constexpr auto kArguments3 = Signature<decltype(&I::MoveSeries)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
-constexpr auto kArguments4 = Signature<decltype(&I::MoveSOP)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"SOPInstanceUID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
-constexpr auto kArguments5 = Signature<decltype(&I::MovePatient)>::Describe({{{"PatientID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
-constexpr auto kArguments6 = Signature<decltype(&I::StopQuerying)>::Describe({});
-constexpr auto kArguments7 = Signature<decltype(&I::get_IsWorking)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments8 = Signature<decltype(&I::Connect)>::Describe({{{"CallingAE", ArgumentFlow::kIn}, {"CalledAE", ArgumentFlow::kIn}, {"host", ArgumentFlow::kIn}, {"port", ArgumentFlow::kIn}}});
-constexpr auto kArguments9 = Signature<decltype(&I::Close)>::Describe({});
-constexpr auto kArguments10 = Signature<decltype(&I::get_Connected)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments11 = Signature<decltype(&I::Verify)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments12 = Signature<decltype(&I::WaitCompletition)>::Describe({});
-constexpr auto kArguments13 = Signature<decltype(&I::GetStudyInfo)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
-constexpr auto kArguments14 = Signature<decltype(&I::GetSeriesInfo)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
-constexpr auto kArguments15 = Signature<decltype(&I::QuerySOP)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
-constexpr auto kArguments16 = Signature<decltype(&I::get_UseCGET)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments17 = Signature<decltype(&I::put_UseCGET)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments18 = Signature<decltype(&I::AddSOP)>::Describe({{{"SOPClassUID", ArgumentFlow::kIn}}});
-constexpr auto kArguments19 = Signature<decltype(&I::AddTransferSyntax)>::Describe({{{"TrSyntaxUID", ArgumentFlow::kIn}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::QueryStudy)>::Describe({{{"PatientName", ArgumentFlow::kIn}, {"PatientID", ArgumentFlow::kIn}, {"From", ArgumentFlow::kIn}, {"To", ArgumentFlow::kIn}, {"StudyID", ArgumentFlow::kIn}, {"AccessionNumber", ArgumentFlow::kIn}, {"Modalities", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::QuerySeries)>::Describe({{{"UID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::MoveStudy)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::MoveSeries)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::MoveSOP)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"SOPInstanceUID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::MovePatient)>::Describe({{{"PatientID", ArgumentFlow::kIn}, {"DestAE", ArgumentFlow::kIn}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::StopQuerying)>::Describe({});
+static constexpr auto kArguments7 = Signature<decltype(&I::get_IsWorking)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::Connect)>::Describe({{{"CallingAE", ArgumentFlow::kIn}, {"CalledAE", ArgumentFlow::kIn}, {"host", ArgumentFlow::kIn}, {"port", ArgumentFlow::kIn}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::Close)>::Describe({});
+static constexpr auto kArguments10 = Signature<decltype(&I::get_Connected)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::Verify)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::WaitCompletition)>::Describe({});
+static constexpr auto kArguments13 = Signature<decltype(&I::GetStudyInfo)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::GetSeriesInfo)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::QuerySOP)>::Describe({{{"StudyInstanceUID", ArgumentFlow::kIn}, {"SeriesInstanceUID", ArgumentFlow::kIn}, {"rawVr", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments16 = Signature<decltype(&I::get_UseCGET)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments17 = Signature<decltype(&I::put_UseCGET)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::AddSOP)>::Describe({{{"SOPClassUID", ArgumentFlow::kIn}}});
+static constexpr auto kArguments19 = Signature<decltype(&I::AddTransferSyntax)>::Describe({{{"TrSyntaxUID", ArgumentFlow::kIn}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"QueryStudy", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Asks for studies. `From` and `To` bound the study date, as YYYYMMDD: both the same is that one day, one of them empty leaves that\n"
         "side open, both empty asks for any. `Modalities` is Modalities in Study. Fails with \"Cannot query while processing\" until the\n"
         "end of an operation before has been told, and with \"Must connect first\"."},
@@ -61,7 +62,7 @@ constexpr MemberInfo kMembers[] = {
 {"AddSOP", MemberKind::kMethod, kArguments18.data(), kArguments18.size(), "Adds a storage class that may be received over the association, from the next Connect on."},
 {"AddTransferSyntax", MemberKind::kMethod, kArguments19.data(), kArguments19.size(), "Adds a transfer syntax to those that are proposed, from the next Connect on. Implicit VR Little Endian always is."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::QueryStudy>,
 &CallMember<&I::QuerySeries>,
 &CallMember<&I::MoveStudy>,
@@ -84,10 +85,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::AddTransferSyntax>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDcmQueryRetrieve>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 20, "One association to a node, over which queries and retrievals run on a thread of their own. Each call that starts one returns at\n"
         "once; results come as events on the thread that made this object, which has to call PumpEvents (tessaret/pump.hpp) for them.\n"
         "A query ends with OnQueryEnd, a retrieval with OnRetrieveEnd, and only then the next query may be started; that may be done in the\n"

@@ -4,18 +4,19 @@
 #include "tessaret/idcm_query_retrieve.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<_IDcmQueryRetrieveEvents>() {
 using I = _IDcmQueryRetrieveEvents;
 
-constexpr auto kArguments0 = Signature<decltype(&I::OnQueryResult)>::Describe({{{"result", ArgumentFlow::kIn}}});
-constexpr auto kArguments1 = Signature<decltype(&I::OnRetrieve)>::Describe({{{"TotInstances", ArgumentFlow::kIn}, {"SentInstances", ArgumentFlow::kIn}, {"NumErrors", ArgumentFlow::kIn}}});
-constexpr auto kArguments2 = Signature<decltype(&I::OnQueryEnd)>::Describe({});
-constexpr auto kArguments3 = Signature<decltype(&I::OnError)>::Describe({{{"Msg", ArgumentFlow::kIn}, {"Errcode", ArgumentFlow::kIn}, {"DCO", ArgumentFlow::kIn}}});
-constexpr auto kArguments4 = Signature<decltype(&I::OnRetrieveEnd)>::Describe({{{"Status", ArgumentFlow::kIn}, {"NumSuccesful", ArgumentFlow::kIn}, {"NumWarnings", ArgumentFlow::kIn}, {"NumFailed", ArgumentFlow::kIn}}});
-constexpr auto kArguments5 = Signature<decltype(&I::OnRetrieveDDO)>::Describe({{{"DDO", ArgumentFlow::kIn}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::OnQueryResult)>::Describe({{{"result", ArgumentFlow::kIn}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::OnRetrieve)>::Describe({{{"TotInstances", ArgumentFlow::kIn}, {"SentInstances", ArgumentFlow::kIn}, {"NumErrors", ArgumentFlow::kIn}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::OnQueryEnd)>::Describe({});
+static constexpr auto kArguments3 = Signature<decltype(&I::OnError)>::Describe({{{"Msg", ArgumentFlow::kIn}, {"Errcode", ArgumentFlow::kIn}, {"DCO", ArgumentFlow::kIn}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::OnRetrieveEnd)>::Describe({{{"Status", ArgumentFlow::kIn}, {"NumSuccesful", ArgumentFlow::kIn}, {"NumWarnings", ArgumentFlow::kIn}, {"NumFailed", ArgumentFlow::kIn}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::OnRetrieveDDO)>::Describe({{{"DDO", ArgumentFlow::kIn}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"OnQueryResult", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "One match of a query. The object is new, and the sink's to keep."},
 {"OnRetrieve", MemberKind::kMethod, kArguments1.data(), kArguments1.size(), "A retrieval goes on: how many instances there are still to come and the one under way, how many are done, how many failed."},
 {"OnQueryEnd", MemberKind::kMethod, kArguments2.data(), kArguments2.size(), "A query has ended, be it with its last match, after an error, or because it was stopped."},
@@ -24,7 +25,7 @@ constexpr MemberInfo kMembers[] = {
         "`NumFailed` that of instances with warnings."},
 {"OnRetrieveDDO", MemberKind::kMethod, kArguments5.data(), kArguments5.size(), "An object came over the association. It is the sink's to keep."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::OnQueryResult>,
 &CallMember<&I::OnRetrieve>,
 &CallMember<&I::OnQueryEnd>,
@@ -33,10 +34,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::OnRetrieveDDO>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<_IDcmQueryRetrieveEvents>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 6, "Events of that class. They come on the thread that made the object, while it pumps."}, kCalls};
 return kTable;
 }

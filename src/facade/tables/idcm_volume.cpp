@@ -4,52 +4,53 @@
 #include "tessaret/idcm_volume.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IDCMVolume>() {
 using I = IDCMVolume;
 
-constexpr auto kArguments0 = Signature<decltype(&I::Create)>::Describe({{{"type", ArgumentFlow::kIn, 0, "_EnumVoxelType"}, {"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"dz", ArgumentFlow::kIn}, {"ZArray", ArgumentFlow::kOptional}}});
-constexpr auto kArguments1 = Signature<decltype(&I::GetOrigin)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments2 = Signature<decltype(&I::PutOrigin)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}}});
-constexpr auto kArguments3 = Signature<decltype(&I::GetOrientation)>::Describe({{{"rowX", ArgumentFlow::kOut}, {"rowY", ArgumentFlow::kOut}, {"rowZ", ArgumentFlow::kOut}, {"colX", ArgumentFlow::kOut}, {"colY", ArgumentFlow::kOut}, {"colZ", ArgumentFlow::kOut}}});
-constexpr auto kArguments4 = Signature<decltype(&I::SetOrientation)>::Describe({{{"rowX", ArgumentFlow::kIn}, {"rowY", ArgumentFlow::kIn}, {"rowZ", ArgumentFlow::kIn}, {"colX", ArgumentFlow::kIn}, {"colY", ArgumentFlow::kIn}, {"colZ", ArgumentFlow::kIn}}});
-constexpr auto kArguments5 = Signature<decltype(&I::SetSpacing)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}}});
-constexpr auto kArguments6 = Signature<decltype(&I::GetSpacing)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments7 = Signature<decltype(&I::putref_Plane)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"image", ArgumentFlow::kIn}}});
-constexpr auto kArguments8 = Signature<decltype(&I::Dispose)>::Describe({});
-constexpr auto kArguments9 = Signature<decltype(&I::AddIOD)>::Describe({{{"iod", ArgumentFlow::kIn}}});
-constexpr auto kArguments10 = Signature<decltype(&I::UpdateVolume)>::Describe({});
-constexpr auto kArguments11 = Signature<decltype(&I::GetDimensions)>::Describe({{{"dx", ArgumentFlow::kOut}, {"dy", ArgumentFlow::kOut}, {"dz", ArgumentFlow::kOut}}});
-constexpr auto kArguments12 = Signature<decltype(&I::get_VoxelSize)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments13 = Signature<decltype(&I::get_Min)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments14 = Signature<decltype(&I::get_Max)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments15 = Signature<decltype(&I::Allocate)>::Describe({});
-constexpr auto kArguments16 = Signature<decltype(&I::StopElab)>::Describe({});
-constexpr auto kArguments17 = Signature<decltype(&I::get_VolumePlaneToIOD)>::Describe({{{"PlaneIdx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments18 = Signature<decltype(&I::get_IODToVolumePlane)>::Describe({{{"IODIdx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments19 = Signature<decltype(&I::ReorderIOD)>::Describe({});
-constexpr auto kArguments20 = Signature<decltype(&I::get_FrameOfReferenceUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments21 = Signature<decltype(&I::get_SeriesUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments22 = Signature<decltype(&I::get_VolName)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments23 = Signature<decltype(&I::put_VolName)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments24 = Signature<decltype(&I::IsAligned)>::Describe({{{"vol", ArgumentFlow::kIn}, {"Theta", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments25 = Signature<decltype(&I::GetPlaneOrigin)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
-constexpr auto kArguments26 = Signature<decltype(&I::FindPlane)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}, {"delta", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
-constexpr auto kArguments27 = Signature<decltype(&I::get_IODIdx)>::Describe({{{"iod", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments28 = Signature<decltype(&I::get_IOD)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments29 = Signature<decltype(&I::FindNearestPlane)>::Describe({{{"iod", ArgumentFlow::kIn}, {"delta", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
-constexpr auto kArguments30 = Signature<decltype(&I::VolumeToDicom)>::Describe({{{"vx", ArgumentFlow::kIn}, {"vy", ArgumentFlow::kIn}, {"vz", ArgumentFlow::kIn}, {"dcmX", ArgumentFlow::kOut}, {"dcmY", ArgumentFlow::kOut}, {"dcmZ", ArgumentFlow::kOut}}});
-constexpr auto kArguments31 = Signature<decltype(&I::DicomToVolume)>::Describe({{{"dcmX", ArgumentFlow::kIn}, {"dcmY", ArgumentFlow::kIn}, {"dcmZ", ArgumentFlow::kIn}, {"vx", ArgumentFlow::kOut}, {"vy", ArgumentFlow::kOut}, {"vz", ArgumentFlow::kOut}}});
-constexpr auto kArguments32 = Signature<decltype(&I::get_IsDicomVolume)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments33 = Signature<decltype(&I::IntersectPlane)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"iod", ArgumentFlow::kIn}, {"pResult", ArgumentFlow::kOut}, {"pVal", ArgumentFlow::kResult, 0, "_EnumIntersectionType"}}});
-constexpr auto kArguments34 = Signature<decltype(&I::get_NumPlanes)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments35 = Signature<decltype(&I::PlaneToVolume)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"ix", ArgumentFlow::kIn}, {"iy", ArgumentFlow::kIn}, {"vx", ArgumentFlow::kOut}, {"vy", ArgumentFlow::kOut}, {"vz", ArgumentFlow::kOut}}});
-constexpr auto kArguments36 = Signature<decltype(&I::Save)>::Describe({{{"fname", ArgumentFlow::kIn}}});
-constexpr auto kArguments37 = Signature<decltype(&I::get_PlaneZ)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments38 = Signature<decltype(&I::PlaneZToIdx)>::Describe({{{"z", ArgumentFlow::kIn}, {"delta", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
-constexpr auto kArguments39 = Signature<decltype(&I::get_AlignedImage)>::Describe({{{"pImage", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::Create)>::Describe({{{"type", ArgumentFlow::kIn, 0, "_EnumVoxelType"}, {"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"dz", ArgumentFlow::kIn}, {"ZArray", ArgumentFlow::kOptional}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::GetOrigin)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::PutOrigin)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::GetOrientation)>::Describe({{{"rowX", ArgumentFlow::kOut}, {"rowY", ArgumentFlow::kOut}, {"rowZ", ArgumentFlow::kOut}, {"colX", ArgumentFlow::kOut}, {"colY", ArgumentFlow::kOut}, {"colZ", ArgumentFlow::kOut}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::SetOrientation)>::Describe({{{"rowX", ArgumentFlow::kIn}, {"rowY", ArgumentFlow::kIn}, {"rowZ", ArgumentFlow::kIn}, {"colX", ArgumentFlow::kIn}, {"colY", ArgumentFlow::kIn}, {"colZ", ArgumentFlow::kIn}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::SetSpacing)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::GetSpacing)>::Describe({{{"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::putref_Plane)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"image", ArgumentFlow::kIn}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::Dispose)>::Describe({});
+static constexpr auto kArguments9 = Signature<decltype(&I::AddIOD)>::Describe({{{"iod", ArgumentFlow::kIn}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::UpdateVolume)>::Describe({});
+static constexpr auto kArguments11 = Signature<decltype(&I::GetDimensions)>::Describe({{{"dx", ArgumentFlow::kOut}, {"dy", ArgumentFlow::kOut}, {"dz", ArgumentFlow::kOut}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::get_VoxelSize)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::get_Min)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::get_Max)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::Allocate)>::Describe({});
+static constexpr auto kArguments16 = Signature<decltype(&I::StopElab)>::Describe({});
+static constexpr auto kArguments17 = Signature<decltype(&I::get_VolumePlaneToIOD)>::Describe({{{"PlaneIdx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::get_IODToVolumePlane)>::Describe({{{"IODIdx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments19 = Signature<decltype(&I::ReorderIOD)>::Describe({});
+static constexpr auto kArguments20 = Signature<decltype(&I::get_FrameOfReferenceUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments21 = Signature<decltype(&I::get_SeriesUID)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments22 = Signature<decltype(&I::get_VolName)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments23 = Signature<decltype(&I::put_VolName)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments24 = Signature<decltype(&I::IsAligned)>::Describe({{{"vol", ArgumentFlow::kIn}, {"Theta", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments25 = Signature<decltype(&I::GetPlaneOrigin)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"x", ArgumentFlow::kOut}, {"y", ArgumentFlow::kOut}, {"z", ArgumentFlow::kOut}}});
+static constexpr auto kArguments26 = Signature<decltype(&I::FindPlane)>::Describe({{{"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"z", ArgumentFlow::kIn}, {"delta", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
+static constexpr auto kArguments27 = Signature<decltype(&I::get_IODIdx)>::Describe({{{"iod", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments28 = Signature<decltype(&I::get_IOD)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments29 = Signature<decltype(&I::FindNearestPlane)>::Describe({{{"iod", ArgumentFlow::kIn}, {"delta", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
+static constexpr auto kArguments30 = Signature<decltype(&I::VolumeToDicom)>::Describe({{{"vx", ArgumentFlow::kIn}, {"vy", ArgumentFlow::kIn}, {"vz", ArgumentFlow::kIn}, {"dcmX", ArgumentFlow::kOut}, {"dcmY", ArgumentFlow::kOut}, {"dcmZ", ArgumentFlow::kOut}}});
+static constexpr auto kArguments31 = Signature<decltype(&I::DicomToVolume)>::Describe({{{"dcmX", ArgumentFlow::kIn}, {"dcmY", ArgumentFlow::kIn}, {"dcmZ", ArgumentFlow::kIn}, {"vx", ArgumentFlow::kOut}, {"vy", ArgumentFlow::kOut}, {"vz", ArgumentFlow::kOut}}});
+static constexpr auto kArguments32 = Signature<decltype(&I::get_IsDicomVolume)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments33 = Signature<decltype(&I::IntersectPlane)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"iod", ArgumentFlow::kIn}, {"pResult", ArgumentFlow::kOut}, {"pVal", ArgumentFlow::kResult, 0, "_EnumIntersectionType"}}});
+static constexpr auto kArguments34 = Signature<decltype(&I::get_NumPlanes)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments35 = Signature<decltype(&I::PlaneToVolume)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"ix", ArgumentFlow::kIn}, {"iy", ArgumentFlow::kIn}, {"vx", ArgumentFlow::kOut}, {"vy", ArgumentFlow::kOut}, {"vz", ArgumentFlow::kOut}}});
+static constexpr auto kArguments36 = Signature<decltype(&I::Save)>::Describe({{{"fname", ArgumentFlow::kIn}}});
+static constexpr auto kArguments37 = Signature<decltype(&I::get_PlaneZ)>::Describe({{{"Idx", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments38 = Signature<decltype(&I::PlaneZToIdx)>::Describe({{{"z", ArgumentFlow::kIn}, {"delta", ArgumentFlow::kOut}, {"Idx", ArgumentFlow::kResult}}});
+static constexpr auto kArguments39 = Signature<decltype(&I::get_AlignedImage)>::Describe({{{"pImage", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"Create", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "Makes a plain box of `dz` planes of `dx` by `dy` voxels, with memory for them. `ZArray`, where it is not empty, is an array of 32-bit\n"
         "floating point numbers with `dz` entries in one dimension: where each plane lies, in millimetres. Fails with \"ZArray must be a R4\n"
         "(single) array [1..dz]\", \"ZArray must be a R4 (single) array\", \"Not enough memory for volume\"."},
@@ -107,7 +108,7 @@ constexpr MemberInfo kMembers[] = {
 {"AlignedImage", MemberKind::kGet, kArguments39.data(), kArguments39.size(), "A section of the volume in the plane of the image `pImage`, of its size and spacing, with 16 bits. New, with a reference for the\n"
         "caller."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::Create>,
 &CallMember<&I::GetOrigin>,
 &CallMember<&I::PutOrigin>,
@@ -150,10 +151,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_AlignedImage>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IDCMVolume>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 40, "A stack of planes: either the instances of one series, added one by one and sorted in the patient's space, or a plain box that Create\n"
         "makes. Planes and instances count from 0.\n"
         "\n"

@@ -4,23 +4,20 @@
 #include "tessaret/idcm_volume.hpp"
 
 namespace tessaret {
-namespace {
-
-using I = _IDCMVolumeEvents;
-
-constexpr auto kArguments0 = Signature<decltype(&I::OnProgress)>::Describe({{{"Percente", ArgumentFlow::kIn}}});
-
-constexpr MemberInfo kMembers[] = {
-{"OnProgress", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "How much of a loading is done, from 0 to 100."},
-};
-constexpr MemberCall kCalls[] = {
-&CallMember<&I::OnProgress>,
-};
-
-}  // namespace
 
 template <>
 const InterfaceTable& TableOf<_IDCMVolumeEvents>() {
+using I = _IDCMVolumeEvents;
+
+static constexpr auto kArguments0 = Signature<decltype(&I::OnProgress)>::Describe({{{"Percente", ArgumentFlow::kIn}}});
+
+static constexpr MemberInfo kMembers[] = {
+{"OnProgress", MemberKind::kMethod, kArguments0.data(), kArguments0.size(), "How much of a loading is done, from 0 to 100."},
+};
+static constexpr MemberCall kCalls[] = {
+&CallMember<&I::OnProgress>,
+};
+
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 1, "Events of that class. They come on the calling thread."}, kCalls};
 return kTable;
 }

@@ -4,54 +4,55 @@
 #include "tessaret/iimage_module.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IImageModule>() {
 using I = IImageModule;
 
-constexpr auto kArguments0 = Signature<decltype(&I::get_ImageType)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumImageType"}}});
-constexpr auto kArguments1 = Signature<decltype(&I::put_ImageType)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_EnumImageType"}}});
-constexpr auto kArguments2 = Signature<decltype(&I::get_dx)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments3 = Signature<decltype(&I::get_dy)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments4 = Signature<decltype(&I::get_BytesPerPixel)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::get_NumChannels)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments6 = Signature<decltype(&I::get_NumFrames)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments7 = Signature<decltype(&I::get_BitsStored)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments8 = Signature<decltype(&I::put_BitsStored)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments9 = Signature<decltype(&I::Transform)>::Describe({{{"v00", ArgumentFlow::kIn}, {"v01", ArgumentFlow::kIn}, {"v10", ArgumentFlow::kIn}, {"v11", ArgumentFlow::kIn}}});
-constexpr auto kArguments10 = Signature<decltype(&I::get_ImageDataSize)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments11 = Signature<decltype(&I::get_ImageLineSize)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments12 = Signature<decltype(&I::get_XSpacing)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments13 = Signature<decltype(&I::put_XSpacing)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments14 = Signature<decltype(&I::get_yspacing)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments15 = Signature<decltype(&I::put_yspacing)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments16 = Signature<decltype(&I::CreateImage)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"nFrames", ArgumentFlow::kIn}, {"type", ArgumentFlow::kIn, 0, "_EnumImageType"}, {"nBitsStored", ArgumentFlow::kIn}, {"Signed", ArgumentFlow::kIn}}});
-constexpr auto kArguments17 = Signature<decltype(&I::GetLine)>::Describe({{{"nFrame", ArgumentFlow::kIn}, {"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"dx", ArgumentFlow::kIn}, {"bufLength", ArgumentFlow::kIn}, {"pLine", ArgumentFlow::kResult}}});
-constexpr auto kArguments18 = Signature<decltype(&I::PutLine)>::Describe({{{"nFrame", ArgumentFlow::kIn}, {"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"dx", ArgumentFlow::kIn}, {"bufLength", ArgumentFlow::kIn}, {"pLine", ArgumentFlow::kIn}}});
-constexpr auto kArguments19 = Signature<decltype(&I::Dispose)>::Describe({});
-constexpr auto kArguments20 = Signature<decltype(&I::Resize)>::Describe({{{"zoom", ArgumentFlow::kIn}}});
-constexpr auto kArguments21 = Signature<decltype(&I::GetMinMax)>::Describe({{{"Min", ArgumentFlow::kOut}, {"Max", ArgumentFlow::kOut}}});
-constexpr auto kArguments22 = Signature<decltype(&I::ApplyVOILut)>::Describe({{{"wmin", ArgumentFlow::kIn}, {"wmax", ArgumentFlow::kIn}}});
-constexpr auto kArguments23 = Signature<decltype(&I::ApplyLUT)>::Describe({{{"Lut", ArgumentFlow::kIn}}});
-constexpr auto kArguments24 = Signature<decltype(&I::Invert)>::Describe({});
-constexpr auto kArguments25 = Signature<decltype(&I::SaveRawFile)>::Describe({{{"File", ArgumentFlow::kIn}}});
-constexpr auto kArguments26 = Signature<decltype(&I::SetModalityLUT)>::Describe({{{"rescale", ArgumentFlow::kIn}, {"intercept", ArgumentFlow::kIn}}});
-constexpr auto kArguments27 = Signature<decltype(&I::GetModalityLUT)>::Describe({{{"rescale", ArgumentFlow::kOut}, {"intercept", ArgumentFlow::kOut}}});
-constexpr auto kArguments28 = Signature<decltype(&I::SetInterpolation)>::Describe({{{"interpolation", ArgumentFlow::kIn}}});
-constexpr auto kArguments29 = Signature<decltype(&I::GetInterpolation)>::Describe({{{"interpolation", ArgumentFlow::kResult}}});
-constexpr auto kArguments30 = Signature<decltype(&I::MergeOnDIB)>::Describe({{{"hDIB", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"viewPars", ArgumentFlow::kIn}, {"mergeType", ArgumentFlow::kIn, 0, "_EnumMergeType"}, {"trasp", ArgumentFlow::kIn}, {"mask", ArgumentFlow::kOptional}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments31 = Signature<decltype(&I::MergeOnDC)>::Describe({});
-constexpr auto kArguments32 = Signature<decltype(&I::RegionGrow)>::Describe({});
-constexpr auto kArguments33 = Signature<decltype(&I::get_Monochrome1)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments34 = Signature<decltype(&I::get_Signed)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments35 = Signature<decltype(&I::put_Signed)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments36 = Signature<decltype(&I::get_x0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments37 = Signature<decltype(&I::put_x0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments38 = Signature<decltype(&I::get_y0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments39 = Signature<decltype(&I::put_y0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments40 = Signature<decltype(&I::DrawBlended)>::Describe({});
-constexpr auto kArguments41 = Signature<decltype(&I::get_Histogram)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::get_ImageType)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_EnumImageType"}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::put_ImageType)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_EnumImageType"}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::get_dx)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::get_dy)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::get_BytesPerPixel)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::get_NumChannels)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::get_NumFrames)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::get_BitsStored)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::put_BitsStored)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::Transform)>::Describe({{{"v00", ArgumentFlow::kIn}, {"v01", ArgumentFlow::kIn}, {"v10", ArgumentFlow::kIn}, {"v11", ArgumentFlow::kIn}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::get_ImageDataSize)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::get_ImageLineSize)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::get_XSpacing)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::put_XSpacing)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::get_yspacing)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::put_yspacing)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments16 = Signature<decltype(&I::CreateImage)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"nFrames", ArgumentFlow::kIn}, {"type", ArgumentFlow::kIn, 0, "_EnumImageType"}, {"nBitsStored", ArgumentFlow::kIn}, {"Signed", ArgumentFlow::kIn}}});
+static constexpr auto kArguments17 = Signature<decltype(&I::GetLine)>::Describe({{{"nFrame", ArgumentFlow::kIn}, {"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"dx", ArgumentFlow::kIn}, {"bufLength", ArgumentFlow::kIn}, {"pLine", ArgumentFlow::kResult}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::PutLine)>::Describe({{{"nFrame", ArgumentFlow::kIn}, {"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"dx", ArgumentFlow::kIn}, {"bufLength", ArgumentFlow::kIn}, {"pLine", ArgumentFlow::kIn}}});
+static constexpr auto kArguments19 = Signature<decltype(&I::Dispose)>::Describe({});
+static constexpr auto kArguments20 = Signature<decltype(&I::Resize)>::Describe({{{"zoom", ArgumentFlow::kIn}}});
+static constexpr auto kArguments21 = Signature<decltype(&I::GetMinMax)>::Describe({{{"Min", ArgumentFlow::kOut}, {"Max", ArgumentFlow::kOut}}});
+static constexpr auto kArguments22 = Signature<decltype(&I::ApplyVOILut)>::Describe({{{"wmin", ArgumentFlow::kIn}, {"wmax", ArgumentFlow::kIn}}});
+static constexpr auto kArguments23 = Signature<decltype(&I::ApplyLUT)>::Describe({{{"Lut", ArgumentFlow::kIn}}});
+static constexpr auto kArguments24 = Signature<decltype(&I::Invert)>::Describe({});
+static constexpr auto kArguments25 = Signature<decltype(&I::SaveRawFile)>::Describe({{{"File", ArgumentFlow::kIn}}});
+static constexpr auto kArguments26 = Signature<decltype(&I::SetModalityLUT)>::Describe({{{"rescale", ArgumentFlow::kIn}, {"intercept", ArgumentFlow::kIn}}});
+static constexpr auto kArguments27 = Signature<decltype(&I::GetModalityLUT)>::Describe({{{"rescale", ArgumentFlow::kOut}, {"intercept", ArgumentFlow::kOut}}});
+static constexpr auto kArguments28 = Signature<decltype(&I::SetInterpolation)>::Describe({{{"interpolation", ArgumentFlow::kIn}}});
+static constexpr auto kArguments29 = Signature<decltype(&I::GetInterpolation)>::Describe({{{"interpolation", ArgumentFlow::kResult}}});
+static constexpr auto kArguments30 = Signature<decltype(&I::MergeOnDIB)>::Describe({{{"hDIB", ArgumentFlow::kIn}, {"Idx", ArgumentFlow::kIn}, {"x", ArgumentFlow::kIn}, {"y", ArgumentFlow::kIn}, {"viewPars", ArgumentFlow::kIn}, {"mergeType", ArgumentFlow::kIn, 0, "_EnumMergeType"}, {"trasp", ArgumentFlow::kIn}, {"mask", ArgumentFlow::kOptional}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments31 = Signature<decltype(&I::MergeOnDC)>::Describe({});
+static constexpr auto kArguments32 = Signature<decltype(&I::RegionGrow)>::Describe({});
+static constexpr auto kArguments33 = Signature<decltype(&I::get_Monochrome1)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments34 = Signature<decltype(&I::get_Signed)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments35 = Signature<decltype(&I::put_Signed)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments36 = Signature<decltype(&I::get_x0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments37 = Signature<decltype(&I::put_x0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments38 = Signature<decltype(&I::get_y0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments39 = Signature<decltype(&I::put_y0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments40 = Signature<decltype(&I::DrawBlended)>::Describe({});
+static constexpr auto kArguments41 = Signature<decltype(&I::get_Histogram)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"ImageType", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "How samples are stored."},
 {"ImageType", MemberKind::kPut, kArguments1.data(), kArguments1.size(), "Turns all pixels into this form. Between grays values are shifted so that BitsStored becomes the new width; to colours the\n"
         "upper 8 bits count, from colours 0.3 of the first byte, 0.59 of the second and 0.11 of the third."},
@@ -108,7 +109,7 @@ constexpr MemberInfo kMembers[] = {
         "can hold. It counts the first line once for each line; of IMAGE_GRAY32 and IMAGE_RGB all entries are 0. Fails with \"Cannot\n"
         "allocate histogram array\"."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_ImageType>,
 &CallMember<&I::put_ImageType>,
 &CallMember<&I::get_dx>,
@@ -153,10 +154,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_Histogram>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IImageModule>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 42, "Pixels that are made, filled line by line, changed as a whole and drawn. It knows nothing of DICOM but a rescale pair, and is used\n"
         "by one thread at a time. Members that need pixels are for images that CreateImage, or whoever gave the image, has filled. Lines,\n"
         "columns and frames count from 0; coordinates are pixels with (0, 0) at the left end of the first line."}, kCalls};

@@ -4,58 +4,59 @@
 #include "tessaret/iview_parameters.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IViewParameters>() {
 using I = IViewParameters;
 
-constexpr auto kArguments0 = Signature<decltype(&I::get_Lut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments1 = Signature<decltype(&I::putref_Lut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments2 = Signature<decltype(&I::get_x0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments3 = Signature<decltype(&I::put_x0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments4 = Signature<decltype(&I::get_y0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::put_y0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments6 = Signature<decltype(&I::get_x1)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments7 = Signature<decltype(&I::put_x1)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments8 = Signature<decltype(&I::get_y1)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments9 = Signature<decltype(&I::put_y1)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments10 = Signature<decltype(&I::get_XCenter)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments11 = Signature<decltype(&I::put_XCenter)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments12 = Signature<decltype(&I::get_YCenter)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments13 = Signature<decltype(&I::put_YCenter)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments14 = Signature<decltype(&I::get_Gamma)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments15 = Signature<decltype(&I::put_Gamma)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments16 = Signature<decltype(&I::get_WindowMin)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments17 = Signature<decltype(&I::put_WindowMin)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments18 = Signature<decltype(&I::get_WindowMax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments19 = Signature<decltype(&I::put_WindowMax)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments20 = Signature<decltype(&I::get_Flip)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_ImgFlipMode"}}});
-constexpr auto kArguments21 = Signature<decltype(&I::put_Flip)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_ImgFlipMode"}}});
-constexpr auto kArguments22 = Signature<decltype(&I::get_Invert)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments23 = Signature<decltype(&I::put_Invert)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments24 = Signature<decltype(&I::get_UseVoiLut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments25 = Signature<decltype(&I::put_UseVoiLut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments26 = Signature<decltype(&I::get_UseLUT)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments27 = Signature<decltype(&I::put_UseLUT)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments28 = Signature<decltype(&I::get_Interpolate)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments29 = Signature<decltype(&I::put_Interpolate)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments30 = Signature<decltype(&I::get_zoom)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments31 = Signature<decltype(&I::put_zoom)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"zoom", ArgumentFlow::kIn}}});
-constexpr auto kArguments32 = Signature<decltype(&I::get_Rotation)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments33 = Signature<decltype(&I::put_Rotation)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments34 = Signature<decltype(&I::Rotate90)>::Describe({});
-constexpr auto kArguments35 = Signature<decltype(&I::ResetTransform)>::Describe({});
-constexpr auto kArguments36 = Signature<decltype(&I::FlipHorz)>::Describe({});
-constexpr auto kArguments37 = Signature<decltype(&I::FlipVert)>::Describe({});
-constexpr auto kArguments38 = Signature<decltype(&I::GetTransform)>::Describe({{{"m00", ArgumentFlow::kOut}, {"m01", ArgumentFlow::kOut}, {"m10", ArgumentFlow::kOut}, {"m11", ArgumentFlow::kOut}}});
-constexpr auto kArguments39 = Signature<decltype(&I::SetTransform)>::Describe({{{"m00", ArgumentFlow::kIn}, {"m01", ArgumentFlow::kIn}, {"m10", ArgumentFlow::kIn}, {"m11", ArgumentFlow::kIn}}});
-constexpr auto kArguments40 = Signature<decltype(&I::get_ValidView)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments41 = Signature<decltype(&I::TransformWorldToImage)>::Describe({{{"ViewDx", ArgumentFlow::kIn}, {"ViewDy", ArgumentFlow::kIn}, {"x", ArgumentFlow::kInOut}, {"y", ArgumentFlow::kInOut}}});
-constexpr auto kArguments42 = Signature<decltype(&I::TransformImageToWorld)>::Describe({{{"ViewDx", ArgumentFlow::kIn}, {"ViewDy", ArgumentFlow::kIn}, {"x", ArgumentFlow::kInOut}, {"y", ArgumentFlow::kInOut}}});
-constexpr auto kArguments43 = Signature<decltype(&I::GetWorldViewport)>::Describe({{{"ImgDx", ArgumentFlow::kIn}, {"ImgDy", ArgumentFlow::kIn}, {"x0", ArgumentFlow::kOut}, {"y0", ArgumentFlow::kOut}, {"x1", ArgumentFlow::kOut}, {"y1", ArgumentFlow::kOut}}});
-constexpr auto kArguments44 = Signature<decltype(&I::copy)>::Describe({{{"pViewPars", ArgumentFlow::kIn}}});
-constexpr auto kArguments45 = Signature<decltype(&I::GetDicomOrientation)>::Describe({{{"Orientation", ArgumentFlow::kIn}, {"pViewOrientation", ArgumentFlow::kResult}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::get_Lut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::putref_Lut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::get_x0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::put_x0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::get_y0)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::put_y0)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::get_x1)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::put_x1)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::get_y1)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments9 = Signature<decltype(&I::put_y1)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments10 = Signature<decltype(&I::get_XCenter)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments11 = Signature<decltype(&I::put_XCenter)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments12 = Signature<decltype(&I::get_YCenter)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments13 = Signature<decltype(&I::put_YCenter)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments14 = Signature<decltype(&I::get_Gamma)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments15 = Signature<decltype(&I::put_Gamma)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments16 = Signature<decltype(&I::get_WindowMin)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments17 = Signature<decltype(&I::put_WindowMin)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments18 = Signature<decltype(&I::get_WindowMax)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments19 = Signature<decltype(&I::put_WindowMax)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments20 = Signature<decltype(&I::get_Flip)>::Describe({{{"pVal", ArgumentFlow::kResult, 0, "_ImgFlipMode"}}});
+static constexpr auto kArguments21 = Signature<decltype(&I::put_Flip)>::Describe({{{"newVal", ArgumentFlow::kIn, 0, "_ImgFlipMode"}}});
+static constexpr auto kArguments22 = Signature<decltype(&I::get_Invert)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments23 = Signature<decltype(&I::put_Invert)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments24 = Signature<decltype(&I::get_UseVoiLut)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments25 = Signature<decltype(&I::put_UseVoiLut)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments26 = Signature<decltype(&I::get_UseLUT)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments27 = Signature<decltype(&I::put_UseLUT)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments28 = Signature<decltype(&I::get_Interpolate)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments29 = Signature<decltype(&I::put_Interpolate)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments30 = Signature<decltype(&I::get_zoom)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments31 = Signature<decltype(&I::put_zoom)>::Describe({{{"dx", ArgumentFlow::kIn}, {"dy", ArgumentFlow::kIn}, {"zoom", ArgumentFlow::kIn}}});
+static constexpr auto kArguments32 = Signature<decltype(&I::get_Rotation)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments33 = Signature<decltype(&I::put_Rotation)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments34 = Signature<decltype(&I::Rotate90)>::Describe({});
+static constexpr auto kArguments35 = Signature<decltype(&I::ResetTransform)>::Describe({});
+static constexpr auto kArguments36 = Signature<decltype(&I::FlipHorz)>::Describe({});
+static constexpr auto kArguments37 = Signature<decltype(&I::FlipVert)>::Describe({});
+static constexpr auto kArguments38 = Signature<decltype(&I::GetTransform)>::Describe({{{"m00", ArgumentFlow::kOut}, {"m01", ArgumentFlow::kOut}, {"m10", ArgumentFlow::kOut}, {"m11", ArgumentFlow::kOut}}});
+static constexpr auto kArguments39 = Signature<decltype(&I::SetTransform)>::Describe({{{"m00", ArgumentFlow::kIn}, {"m01", ArgumentFlow::kIn}, {"m10", ArgumentFlow::kIn}, {"m11", ArgumentFlow::kIn}}});
+static constexpr auto kArguments40 = Signature<decltype(&I::get_ValidView)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments41 = Signature<decltype(&I::TransformWorldToImage)>::Describe({{{"ViewDx", ArgumentFlow::kIn}, {"ViewDy", ArgumentFlow::kIn}, {"x", ArgumentFlow::kInOut}, {"y", ArgumentFlow::kInOut}}});
+static constexpr auto kArguments42 = Signature<decltype(&I::TransformImageToWorld)>::Describe({{{"ViewDx", ArgumentFlow::kIn}, {"ViewDy", ArgumentFlow::kIn}, {"x", ArgumentFlow::kInOut}, {"y", ArgumentFlow::kInOut}}});
+static constexpr auto kArguments43 = Signature<decltype(&I::GetWorldViewport)>::Describe({{{"ImgDx", ArgumentFlow::kIn}, {"ImgDy", ArgumentFlow::kIn}, {"x0", ArgumentFlow::kOut}, {"y0", ArgumentFlow::kOut}, {"x1", ArgumentFlow::kOut}, {"y1", ArgumentFlow::kOut}}});
+static constexpr auto kArguments44 = Signature<decltype(&I::copy)>::Describe({{{"pViewPars", ArgumentFlow::kIn}}});
+static constexpr auto kArguments45 = Signature<decltype(&I::GetDicomOrientation)>::Describe({{{"Orientation", ArgumentFlow::kIn}, {"pViewOrientation", ArgumentFlow::kResult}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"Lut", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "The colour lookup, or null. The caller gets a reference of its own."},
 {"Lut", MemberKind::kPutRef, kArguments1.data(), kArguments1.size(), "Sets it, with a reference of its own; null takes it away. Any object that can be called by name is accepted here; whether it is\n"
         "an ILut counts where the view is drawn. kNoInterface for others."},
@@ -110,7 +111,7 @@ constexpr MemberInfo kMembers[] = {
 {"GetDicomOrientation", MemberKind::kMethod, kArguments45.data(), kArguments45.size(), "Where the sides of the view lie in the patient. `Orientation` is that of the image, the letters of the rows, \"\\\" and those of the\n"
         "columns, such as \"L\\P\"; the answer has the same form. Null where no \"\\\" is in it."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_Lut>,
 &CallMember<&I::putref_Lut>,
 &CallMember<&I::get_x0>,
@@ -159,10 +160,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::GetDicomOrientation>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IViewParameters>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 46, "Which part of an image is in view, with which window, gamma and colours, and how it is mirrored or turned. It holds no pixels.\n"
         "\n"
         "World coordinates are those of the image before it is mirrored or turned, in pixels; window coordinates are pixels of the window\n"

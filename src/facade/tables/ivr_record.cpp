@@ -4,21 +4,22 @@
 #include "tessaret/ivr_record.hpp"
 
 namespace tessaret {
-namespace {
 
+template <>
+const InterfaceTable& TableOf<IVRRecord>() {
 using I = IVRRecord;
 
-constexpr auto kArguments0 = Signature<decltype(&I::get_Group)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments1 = Signature<decltype(&I::put_Group)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments2 = Signature<decltype(&I::get_Elem)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments3 = Signature<decltype(&I::put_Elem)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments4 = Signature<decltype(&I::get_TypeCode)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments5 = Signature<decltype(&I::put_TypeCode)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
-constexpr auto kArguments6 = Signature<decltype(&I::get_len)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments7 = Signature<decltype(&I::get_pt)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
-constexpr auto kArguments8 = Signature<decltype(&I::put_pt)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments0 = Signature<decltype(&I::get_Group)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments1 = Signature<decltype(&I::put_Group)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments2 = Signature<decltype(&I::get_Elem)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments3 = Signature<decltype(&I::put_Elem)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments4 = Signature<decltype(&I::get_TypeCode)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments5 = Signature<decltype(&I::put_TypeCode)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
+static constexpr auto kArguments6 = Signature<decltype(&I::get_len)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments7 = Signature<decltype(&I::get_pt)>::Describe({{{"pVal", ArgumentFlow::kResult}}});
+static constexpr auto kArguments8 = Signature<decltype(&I::put_pt)>::Describe({{{"newVal", ArgumentFlow::kIn}}});
 
-constexpr MemberInfo kMembers[] = {
+static constexpr MemberInfo kMembers[] = {
 {"Group", MemberKind::kGet, kArguments0.data(), kArguments0.size(), "The group of the tag; -1 where there was no such element."},
 {"Group", MemberKind::kPut, kArguments1.data(), kArguments1.size(), "Sets the group of the tag."},
 {"Elem", MemberKind::kGet, kArguments2.data(), kArguments2.size(), "The element number of the tag; -1 where there was no such element."},
@@ -29,7 +30,7 @@ constexpr MemberInfo kMembers[] = {
 {"pt", MemberKind::kGet, kArguments7.data(), kArguments7.size(), "The bytes, as an array with one dimension from 0; empty where there are none."},
 {"pt", MemberKind::kPut, kArguments8.data(), kArguments8.size(), "Sets the bytes, and with them `len`. kTypeMismatch for anything but an array of bytes with one dimension, or an empty value."},
 };
-constexpr MemberCall kCalls[] = {
+static constexpr MemberCall kCalls[] = {
 &CallMember<&I::get_Group>,
 &CallMember<&I::put_Group>,
 &CallMember<&I::get_Elem>,
@@ -41,10 +42,6 @@ constexpr MemberCall kCalls[] = {
 &CallMember<&I::put_pt>,
 };
 
-}  // namespace
-
-template <>
-const InterfaceTable& TableOf<IVRRecord>() {
 static constexpr InterfaceTable kTable = {{I::kName, I::kId, kMembers, 9, "A _VR_RECORD_TYPE for calls by name. GetVR gives one."}, kCalls};
 return kTable;
 }
