@@ -75,7 +75,7 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
 bool CanGoAsItIs(const PDU_Service& pdu, const DICOMObject& object, const UID& sopClass) {
   // The first context of the class, in which it will be written.
   UID accepted;
-  if (!pdu.TransferSyntaxOf(pdu.ContextIDFor(sopClass), accepted)) return !HasFragments(object);
+  if (!pdu.TransferSyntaxOf(pdu.ContextIDFor(sopClass), accepted)) return true;
   if (accepted == SyntaxOf(object)) return true;
   if (HasFragments(object)) return false;
   if (object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag)) == nullptr) return true;

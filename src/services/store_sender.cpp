@@ -94,8 +94,11 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
   if (!lack.empty()) throw start + "]: " + lack;
   DicomStorage storage(*object);
   if (!CanGoAsItIs(pdu, *object, storage.UID)) {
-    LinkWords = "The pixel data are not in the accepted Transfer Syntax";
-    throw start + "]: " + LinkWords;
+    const std::string words = "The pixel data are not in the accepted Transfer Syntax";
+    // Fragments of which the file does not say what they are go to nobody.
+    const bool isOfFile = HasFragments(*object) && syntax.IsEmpty();
+    if (!isOfFile) LinkWords = words;
+    throw start + "]: " + words;
   }
   bool isStored = SendOver(pdu, storage, *object);
   if (isStored) {

@@ -264,6 +264,28 @@ TEST_F(StoreSending, NativePixelsAreNotSentByTheNameOfACompressedSyntax) {
                           "]: The pixel data are not in the accepted Transfer " + "Syntax"));
 }
 
+TEST_F(StoreSending, FragmentsOfNoNamedSyntaxAreTheFilesFault) {
+  // Bare data sets, of a class that is agreed and of one that is not.
+  const auto fragments = [&](std::string_view sopClass) {
+    DataSetBuilder data = ImageHead(Encoding::kExplicitLittle, sopClass, "1.2.3", 4, 8);
+    return data.Fragments({{}, {1, 2}}).Done();
+  };
+  const std::string agreed = Add("a", fragments(kCTStorage));
+  const std::string other = Add("b", fragments(kMRStorage));
+  std::vector<std::string> links;
+  heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
+  StoreProvider provider;
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 0u);
+  const std::string notAgreed = "SOP Class not supported [1.2.840.10008.5.1.4.1.1.4]";
+  EXPECT_THAT(heard_.errors,
+              ElementsAre("Error sending [" + agreed +
+                              "]: The pixel data are not in the accepted Transfer Syntax",
+                          "Error sending [" + other + "]: " + notAgreed));
+  EXPECT_THAT(links, ElementsAre("", notAgreed));
+}
+
 TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
   Add("0", ImageFile("1.2.3", kMRStorage));
   const std::string named = Add("a", ImageFile("1.2.3", ""));
