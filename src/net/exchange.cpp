@@ -65,7 +65,7 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
 }
 
 bool Exchange::ReadData(const DICOMObject& response, DICOMDataObject& data) {
-  pdu_.HasDataSetToDrop = false;
+  if (HasDataSet(response)) pdu_.HasDataSetToDrop = false;
   return ReadDataSet(response, pdu_, data) || CloseLink();
 }
 

@@ -182,7 +182,22 @@ TEST(Exchange, WaitsForNoDataSetOfAStoreAndDropsOneThatComes) {
   }
 }
 
-TEST(Exchange, DropsNoMoreDataSetsThanWereAnnounced) {
+TEST(Exchange, DropsADataSetBehindAResponseThatSaysThatThereIsNone) {
+  Association association(kContexts);
+  const Bytes data = Data(5, kLastPart, NameBytes("AA"));
+  association.peer.Send(Joined(
+      {Response(0x8020, 1, 0xFF00), data, Response(0x8020, 1, 2), data, Response(0x8020, 1, 3)}));
+  Exchange exchange(association.pdu);
+  for (const int status : {0xFF00, 2, 3}) {
+    DICOMCommandObject response;
+    DICOMDataObject received;
+    ASSERT_TRUE(exchange.Read(0x8020, response, &received)) << Words(association.pdu);
+    EXPECT_EQ(CommandNumber(response, 0x0900), status);
+    EXPECT_TRUE(received.IsEmpty());
+  }
+}
+
+TEST(Exchange, DropsOneDataSetForEachCommand) {
   const Bytes data = Data(5, kLastPart, NameBytes("AA"));
   Association association(kContexts);
   association.pdu.AbandonedMessages = {7};
