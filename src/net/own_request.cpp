@@ -31,9 +31,32 @@ bool IsSame(const std::vector<Item>& a, const std::vector<Item>& b) {
                     [](const Item& one, const Item& other) { return IsSame(one, other); });
 }
 
+// What a peer has put into reserved bytes does not go back on the wire.
+
+void ClearReserved(ApTitle&) {}
+
+void ClearReserved(TextItem& item) { item.Reserved1 = 0; }
+
+void ClearReserved(SCPSCURoleSelect& item) { item.Reserved1 = 0; }
+
+void ClearReserved(ExtendedNegotiation& item) { item.Reserved1 = 0; }
+
+void ClearReserved(PresentationContext& context) {
+  context.Reserved1 = context.Reserved2 = context.Reserved3 = context.Reserved4 = 0;
+  ClearReserved(context.AbstractSyntax);
+  for (TransferSyntax& syntax : context.TransferSyntaxes) ClearReserved(syntax);
+}
+
+template <class Item>
+void ClearReserved(std::vector<Item>& list) {
+  for (Item& item : list) ClearReserved(item);
+}
+
 template <class Field>
 void KeepChange(Field& now, const Field& peers, Field& own) {
-  if (!IsSame(now, peers)) own = std::move(now);
+  if (IsSame(now, peers)) return;
+  own = std::move(now);
+  ClearReserved(own);
 }
 
 }  // namespace

@@ -487,6 +487,37 @@ TEST(AssociateRequest, ProposesWhatTheCallerHasPutInThePlaceOfAPeersRequest) {
   }
 }
 
+TEST(AssociateRequest, ProposesNoReservedByteOfAPeer) {
+  const Bytes context = ContextItem({1, kEcho, {kImplicit}});
+  const Bytes role = RoleItem(kEcho, 1, 1);
+  const Bytes negotiation = Item(0x56, Joined({Big16(kCt.size()), BytesOf(kCt), {1, 2}}));
+  // The second byte of an item is reserved, and of a context three behind its identifier.
+  const auto reserved = [](Bytes item) {
+    item[1] = 0x7F;
+    return item;
+  };
+  Bytes asked = reserved(context);
+  asked[5] = asked[6] = asked[7] = asked[9] = asked[9 + 4 + kEcho.size()] = 0x7F;
+  const Bytes user = PeersUserItem(Joined({reserved(role), reserved(negotiation)}));
+  PDU_Service pdu;
+  LetAsk(pdu, Associate(1, "US", "PEER", Joined({reserved(ApplicationItem()), asked, user})), 1);
+  tessaret::AAssociateRQ& request = pdu.AAssociateRQ;
+  EXPECT_EQ(request.PresentationContexts[0].TransferSyntaxes[0].Reserved1, 0x7F);
+  request.ApplicationContext.Set("1.2.9");
+  request.PresentationContexts[0].PresentationContextID = 3;
+  request.UserInformation.RoleSelects[0].SCURole = 0;
+  request.UserInformation.ExtendedNegotiations[0].ApplicationInfo = {1};
+  EXPECT_EQ(
+      ProposedBy(pdu),
+      Associate(
+          1, "", "",
+          Joined(
+              {ApplicationItem("1.2.9"), ContextItem({3, kEcho, {kImplicit}}),
+               OurUserItem(
+                   16384, Joined({RoleItem(kEcho, 0, 1),
+                                  Item(0x56, Joined({Big16(kCt.size()), BytesOf(kCt), {1}}))}))})));
+}
+
 TEST(AssociateRequest, ProposesTheTitlesThatWereSetLast) {
   PDU_Service pdu;
   pdu.AddAbstractSyntax(UID(kCt));
