@@ -65,7 +65,10 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
 }
 
 bool Exchange::ReadData(const DICOMObject& response, DICOMDataObject& data) {
-  if (HasDataSet(response)) pdu_.HasDataSetToDrop = false;
+  // A match must not be lost without words, though its response says that there is none.
+  const auto status = CommandNumber(response, command_element::kStatus);
+  const bool isPending = status && dimse_status::IsPending(*status);
+  if (isPending || HasDataSet(response)) pdu_.HasDataSetToDrop = false;
   return ReadDataSet(response, pdu_, data) || CloseLink();
 }
 

@@ -182,19 +182,21 @@ TEST(Exchange, WaitsForNoDataSetOfAStoreAndDropsOneThatComes) {
   }
 }
 
-TEST(Exchange, DropsADataSetBehindAResponseThatSaysThatThereIsNone) {
+TEST(Exchange, DropsADataSetBehindALastResponseThatSaysThatThereIsNone) {
   Association association(kContexts);
   const Bytes data = Data(5, kLastPart, NameBytes("AA"));
-  association.peer.Send(Joined(
-      {Response(0x8020, 1, 0xFF00), data, Response(0x8020, 1, 2), data, Response(0x8020, 1, 3)}));
+  association.peer.Send(Joined({Response(0x8020, 1, 2), data, Response(0x8020, 1, 0xFF00), data}));
   Exchange exchange(association.pdu);
-  for (const int status : {0xFF00, 2, 3}) {
-    DICOMCommandObject response;
-    DICOMDataObject received;
+  DICOMCommandObject response;
+  DICOMDataObject received;
+  for (const int status : {2, 0xFF00}) {
     ASSERT_TRUE(exchange.Read(0x8020, response, &received)) << Words(association.pdu);
     EXPECT_EQ(CommandNumber(response, 0x0900), status);
     EXPECT_TRUE(received.IsEmpty());
   }
+  // It would be a match.
+  EXPECT_FALSE(exchange.Read(0x8020, response, &received));
+  EXPECT_EQ(Words(association.pdu), "Got a data set where a response was awaited");
 }
 
 TEST(Exchange, DropsOneDataSetForEachCommand) {
