@@ -260,6 +260,7 @@ int PDU_Service::Negotiate() {
                             !IsTaken(AcceptedContexts, answer.PresentationContextID) &&
                             AcceptPresentationContext(proposed, answer);
     answer.Result = isAccepted ? kAccepted : kRefused;
+    answer.TransferSyntax.Reserved1 = 0;
     if (isAccepted) AcceptedContexts.push_back(answer);
     AAssociateAC.PresentationContexts.push_back(answer);
   }
@@ -296,7 +297,6 @@ bool PDU_Service::AcceptPresentationContext(const PresentationContext& proposed,
   for (const TransferSyntax& syntax : proposed.TransferSyntaxes) {
     if (!AcceptTransferSyntax(syntax)) continue;
     accept.TransferSyntax = syntax;
-    accept.TransferSyntax.Reserved1 = 0;
     accept.AbstractSyntax = proposed.AbstractSyntax;
     return true;
   }

@@ -194,6 +194,29 @@ TEST(AssociateAnswer, AsksADescendantForContextsAndForWhatItSaysOfItself) {
   EXPECT_EQ(pdu.ContextIDFor(UID("1.2.6"), UID("1.2.9")), 3);
 }
 
+TEST(AssociateAnswer, RepeatsNoReservedByteThatADescendantHasCopied) {
+  class TakesTheLast : public PDU_Service {
+    bool AcceptPresentationContext(const PresentationContext& proposed,
+                                   PresentationContextAccept& accept) override {
+      accept.AbstractSyntax = proposed.AbstractSyntax;
+      accept.TransferSyntax = proposed.TransferSyntaxes.back();
+      return proposed.PresentationContextID == 1;
+    }
+  };
+  Bytes asked = RequestFor({{1, kCt, {kImplicit}}, {3, kCt, {kImplicit}}});
+  // Behind head, titles and application context, a context has 8 bytes and its class in front of the transfer syntax.
+  const std::size_t context = 74 + 4 + std::string_view("1.2.840.10008.3.1.1.1").size();
+  const std::size_t syntax = 4 + 4 + 4 + kCt.size();
+  const std::size_t size = syntax + 4 + kImplicit.size();
+  ASSERT_EQ(asked[context + syntax], 0x40);
+  ASSERT_EQ(asked[context + size + syntax], 0x40);
+  asked[context + syntax + 1] = asked[context + size + syntax + 1] = 9;
+  TakesTheLast pdu;
+  EXPECT_EQ(Answered(asked, &pdu).sent,
+            AnswerOf(Joined({AcceptItem(1, 0, kImplicit), AcceptItem(3, 3, kImplicit)}),
+                     OurUserItem(32768)));
+}
+
 TEST(AssociateAnswer, IsToWhatWasAskedWhateverADecisionChanges) {
   class Changing : public PDU_Service {
     bool AcceptCalledTitle(std::string_view) override {
