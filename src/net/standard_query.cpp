@@ -17,7 +17,9 @@ bool StandardQuery::Write(PDU_Service* pdu, DICOMDataObject* query) {
   if (!exchange.HasBegun()) return false;
   if (!sent.CopyFrom(*query)) throw std::bad_alloc();
   if (!CFindRQ::Write(pdu, &sent)) return false;
-  exchange.Expect(MessageID);
+  // A hook may send another request by this on another association.
+  const std::uint16_t messageID = MessageID;
+  exchange.Expect(messageID);
   OnResponse(nullptr, query);
   for (;;) {
     DICOMCommandObject command;
@@ -32,7 +34,7 @@ bool StandardQuery::Write(PDU_Service* pdu, DICOMDataObject* query) {
       case dimse_status::kPending:
       case dimse_status::kPendingWithoutKeys:
         if (!HasDataSet(command) || OnResponse(&command, &data)) continue;
-        CFindCancelRQ::Write(pdu, MessageID);
+        CFindCancelRQ::Write(pdu, messageID);
         return false;
       default:
         return exchange.Fail(command);

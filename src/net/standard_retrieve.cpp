@@ -91,7 +91,9 @@ bool StandardRetrieve::Write(PDU_Service* pdu, DICOMDataObject* query,
   if (!exchange.HasBegun()) return false;
   if (!sent.CopyFrom(*query)) throw std::bad_alloc();
   if (!CMoveRQ::Write(pdu, &sent, destinationAE)) return false;
-  exchange.Expect(MessageID);
+  // A hook may send another request by this on another association.
+  const std::uint16_t messageID = MessageID;
+  exchange.Expect(messageID);
   OnMoveResponse(nullptr, query);
   for (;;) {
     DICOMCommandObject command;
@@ -106,7 +108,7 @@ bool StandardRetrieve::Write(PDU_Service* pdu, DICOMDataObject* query,
         return true;
       case dimse_status::kPending:
         if (OnMoveResponse(&command, &data)) continue;
-        CMoveCancelRQ::Write(pdu, MessageID);
+        CMoveCancelRQ::Write(pdu, messageID);
         return false;
       default:
         return exchange.Fail(command);

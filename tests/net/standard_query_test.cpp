@@ -73,6 +73,32 @@ TEST(Query, CancelsByItsMessageIdWhenTheCallerHasEnough) {
   EXPECT_EQ(sent[2], CancelRequest(21));
 }
 
+TEST(Query, CancelsItsOwnRequestThoughItsHookHasSentAnother) {
+  class Asking : public Finding<StudyRootQuery> {
+   public:
+    bool OnResponse(DICOMCommandObject* command, DICOMDataObject*) override {
+      if (command == nullptr || isWithin_) return true;
+      isWithin_ = true;
+      Association other(kContexts);
+      other.peer.SendAll(FindResponse(0, ""));
+      DICOMDataObject query;
+      EXPECT_TRUE(Write(&other.pdu, &query));
+      return false;
+    }
+
+   private:
+    bool isWithin_ = false;
+  };
+  Association association(kContexts);
+  SetIdentifierCounter(21);
+  association.peer.SendAll(FindResponse(0xFF00, "AA"));
+  DICOMDataObject query;
+  EXPECT_FALSE(Asking().Write(&association.pdu, &query));
+  const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
+  ASSERT_EQ(sent.size(), 2u);
+  EXPECT_EQ(sent[1], CancelRequest(21));
+}
+
 TEST(Query, ThrowsWhatTheRequestersHookThrows) {
   class Throwing : public Finding<StudyRootQuery> {
    public:
