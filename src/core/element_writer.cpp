@@ -42,10 +42,6 @@ class HeadBytes {
 
 std::uint32_t EvenLength(std::uint32_t length) { return length + (length & 1); }
 
-bool CanState(VrCode type, std::uint32_t length) {
-  return HasLongForm(type) || EvenLength(length) <= std::numeric_limits<std::uint16_t>::max();
-}
-
 bool HasBytes(const VR& vr) { return vr.Items == nullptr && vr.Data != nullptr && vr.Length != 0; }
 
 bool IsBlankPaddedUid(const VR& vr, VrCode type) {
@@ -53,6 +49,10 @@ bool IsBlankPaddedUid(const VR& vr, VrCode type) {
 }
 
 }  // namespace
+
+bool CanState(VrCode type, std::uint32_t length) {
+  return HasLongForm(type) || EvenLength(length) <= std::numeric_limits<std::uint16_t>::max();
+}
 
 VrCode TypeInStream(const VR& vr, VrCode type, ElementForm form, const RTC* dictionary) {
   if (type == type_code::kNone || (form == ElementForm::kExplicit && type == type_code::UN)) {

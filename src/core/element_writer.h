@@ -16,6 +16,9 @@ namespace tessaret {
 /// may be null.
 VrCode TypeInStream(const VR& vr, VrCode type, ElementForm form, const RTC* dictionary);
 
+/// Whether the explicit form of `type` has room for the length of such a value, padded to an even one.
+bool CanState(VrCode type, std::uint32_t length);
+
 class ElementWriter {
  public:
   enum class After { kEmpty, kKeep };

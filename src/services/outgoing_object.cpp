@@ -39,6 +39,7 @@ void CloneInto(const DICOMObject& object, bool deep, const RTC* dictionary, DICO
     held.release();
   }
   if (!deep) OwnUids(to, dictionary);
+  CallLongValuesUnknown(to);
 }
 
 UID SyntaxOf(const DICOMObject& object) {

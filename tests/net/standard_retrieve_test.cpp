@@ -9,12 +9,14 @@
 #include <gtest/gtest.h>
 
 #include "core/element_maker.h"
+#include "core/module_dictionaries.h"
 #include "net/command_elements.h"
 #include "net/identifiers.h"
 #include "net/retrieve_helpers.h"
 #include "support/data_set_builder.h"
 #include "support/file_failure.h"
 #include "support/temp_folder.h"
+#include "support/test_paths.h"
 
 namespace tessaret::test {
 namespace {
@@ -486,6 +488,47 @@ TEST(Retrieve, SendsByTheExplicitNameWhereThatIsWhatTheDestinationTook) {
                                        .Element(0x0008, 0x0018, "UI", Evened("1.1"))
                                        .Element(0x0010, 0x0010, "PN", "AA")
                                        .Done()));
+}
+
+TEST(Retrieve, SendsAValueTooLongForTheExplicitFormOfItsTypeWhole) {
+  const TempFolder folder;
+  // (3006,0050), contour data, is DS, for whose length there are two bytes.
+  const std::string contour(65536, '2');
+  WriteBytes(folder.File("1.1"),
+             FileOf(Encoding::kImplicitLittle, DataSetBuilder(Encoding::kImplicitLittle)
+                                                   .Element(0x0008, 0x0016, "UI", Evened(kCt))
+                                                   .Element(0x3006, 0x0050, "DS", contour)));
+  Moving move;
+  move.files = {folder.File("1.1")};
+  std::size_t received = 0;
+  ScriptedServer server([&](Peer& peer) {
+    const Bytes request = peer.ReceivePdu();
+    peer.Send(Associate(
+        2, "DEST", "US",
+        Joined({ApplicationItem(), AcceptItem(request.at(103), 0, kExplicit), PeersUserItem()})));
+    static_cast<void>(peer.ReceivePdu());
+    Bytes data;
+    for (Bytes pdu = peer.ReceivePdu(); pdu.size() > 12; pdu = peer.ReceivePdu()) {
+      data.insert(data.end(), pdu.begin() + 12, pdu.end());
+      if ((pdu[11] & kLastPart) != 0) break;
+    }
+    const Bytes expected = DataSetBuilder(Encoding::kExplicitLittle)
+                               .Element(0x0008, 0x0016, "UI", Evened(kCt))
+                               .Element(0x3006, 0x0050, "UN", contour)
+                               .Done();
+    received = data == expected ? data.size() : 0;
+  });
+  move.port = server.Port();
+  ASSERT_TRUE(StartDictionaries(kDataDir));
+  Association association(kContexts);
+  association.pdu.AttachDictionary(&ModuleDictionary(), false);
+  association.peer.Send(MoveRequest("DEST"));
+  DICOMCommandObject command;
+  ReadCommand(association, command);
+  EXPECT_TRUE(move.Read(&association.pdu, &command));
+  StopDictionaries();
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_GT(received, contour.size());
 }
 
 TEST(Retrieve, CallsItselfAsItWasCalledWhateverIsSetForLater) {

@@ -180,6 +180,34 @@ TEST_F(StoreSending, ElementsWithoutATypeGetThatOfTheDictionary) {
   EXPECT_EQ(provider.stored[0].object->GetVR(0x0028, 0x0010)->TypeCode, type_code::US);
 }
 
+TEST_F(StoreSending, AValueTooLongForTheExplicitFormOfItsTypeArrivesWhole) {
+  ASSERT_TRUE(StartDictionaries(kDataDir));
+  // (3006,0050), contour data, is DS, for whose length there are two bytes; 65534 is the greatest even one.
+  const std::string most(65534, '1');
+  const std::string more(65536, '2');
+  for (const std::string& contour : {most, more}) {
+    Add(std::to_string(contour.size()),
+        ImageHead(Encoding::kImplicitLittle, kCTStorage, "1.2.3", 2, 16)
+            .Element(0x3006, 0x0050, "DS", contour)
+            .Element(0x7FE0, 0x0010, "OW", LittleWords())
+            .Done());
+  }
+  StoreProvider provider({.syntaxes = {kExplicit}});
+  EXPECT_TRUE(Send(provider.Port()));
+  StopDictionaries();
+  provider.End();
+  EXPECT_THAT(heard_.errors, ElementsAre());
+  ASSERT_EQ(provider.stored.size(), 2u);
+  for (const bool isMore : {false, true}) {
+    const DICOMObject& stored = *provider.stored[isMore ? 1 : 0].object;
+    const VR* contour = stored.GetVR(0x3006, 0x0050);
+    ASSERT_NE(contour, nullptr);
+    EXPECT_EQ(contour->TypeCode, isMore ? type_code::UN : type_code::DS);
+    EXPECT_EQ(ValueOf(*contour), BytesOf(isMore ? more : most));
+    EXPECT_EQ(ValueOf(*stored.GetVR(0x7FE0, 0x0010)), LittleWords());
+  }
+}
+
 TEST_F(StoreSending, AFileInASyntaxThatThePeerTookStaysAsItIs) {
   Add("a", ImageFile());
   StoreProvider provider({.syntaxes = {kExplicit}});
