@@ -1,5 +1,6 @@
 #include "services/store_sender.h"
 
+#include <algorithm>
 #include <new>
 #include <string_view>
 
@@ -21,6 +22,14 @@ StoreResponse ResponseIn(const DicomStorage& storage) {
   if (comment == nullptr || comment->Data == nullptr) return response;
   response.comment = Trimmed({reinterpret_cast<const char*>(comment->Data), comment->Length});
   return response;
+}
+
+bool IsAcceptedAsOffered(const PDU_Service& pdu, const UID& sopClass) {
+  UID accepted;
+  if (!pdu.TransferSyntaxOf(pdu.ContextIDFor(sopClass), accepted)) return false;
+  const auto& offered = pdu.ProposedTransferSyntaxes;
+  return std::any_of(offered.begin(), offered.end(),
+                     [&](const UID& syntax) { return syntax == accepted; });
 }
 
 }  // namespace
@@ -84,8 +93,8 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
   if (!syntax.IsEmpty() && pdu.ContextIDFor(sopClass, syntax) == 0) {
     const std::string tail = TranscodeForPeer(pdu, *object, sopClass);
     if (!tail.empty()) {
-      // Where the class was not accepted, the file is not at fault.
-      const bool isOfPeer = !sopClass.IsEmpty() && pdu.ContextIDFor(sopClass) == 0;
+      // Where the class was not accepted as it was offered, the file is not at fault.
+      const bool isOfPeer = !sopClass.IsEmpty() && !IsAcceptedAsOffered(pdu, sopClass);
       if (isOfPeer) LinkWords = tail.substr(kTailStart.size());
       throw start + tail;
     }
@@ -95,9 +104,8 @@ void StoreSender::SendFile(PDU_Service& pdu, std::size_t index) {
   DicomStorage storage(*object);
   if (!CanGoAsItIs(pdu, *object, storage.UID)) {
     const std::string words = "The pixel data are not in the accepted Transfer Syntax";
-    // Fragments of which the file does not say what they are go to nobody.
-    const bool isOfFile = HasFragments(*object) && syntax.IsEmpty();
-    if (!isOfFile) LinkWords = words;
+    // Fragments of which the file does not say what they are in go to nobody.
+    if (!HasFragments(*object)) LinkWords = words;
     throw start + "]: " + words;
   }
   bool isStored = SendOver(pdu, storage, *object);

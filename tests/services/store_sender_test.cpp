@@ -292,6 +292,17 @@ TEST_F(StoreSending, NativePixelsAreNotSentByTheNameOfACompressedSyntax) {
                           "]: The pixel data are not in the accepted Transfer " + "Syntax"));
 }
 
+TEST_F(StoreSending, ASyntaxThatWasNotOfferedIsThePeersFault) {
+  Add("a", ImageFile());
+  std::vector<std::string> links;
+  heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
+  StoreProvider provider({.namedSyntax = "1.2.840.10008.1.2.4.100"});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 0u);
+  EXPECT_THAT(links, ElementsAre("Error encoding to Transfer Syntax [1.2.840.10008.1.2.1]"));
+}
+
 TEST_F(StoreSending, FragmentsOfNoNamedSyntaxAreTheFilesFault) {
   // Bare data sets, of a class that is agreed and of one that is not.
   const auto fragments = [&](std::string_view sopClass) {
@@ -299,6 +310,12 @@ TEST_F(StoreSending, FragmentsOfNoNamedSyntaxAreTheFilesFault) {
     return data.Fragments({{}, {1, 2}}).Done();
   };
   const std::string agreed = Add("a", fragments(kCTStorage));
+  // By a name that says that there are none, which the peer did not take: the implicit one is proposed first.
+  const std::string misnamed = Add(
+      "c",
+      FileOf(
+          Encoding::kExplicitLittle,
+          ImageHead(Encoding::kExplicitLittle, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}})));
   const std::string other = Add("b", fragments(kMRStorage));
   std::vector<std::string> links;
   heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
@@ -310,8 +327,10 @@ TEST_F(StoreSending, FragmentsOfNoNamedSyntaxAreTheFilesFault) {
   EXPECT_THAT(heard_.errors,
               ElementsAre("Error sending [" + agreed +
                               "]: The pixel data are not in the accepted Transfer Syntax",
+                          "Error sending [" + misnamed +
+                              "]: The pixel data are not in the accepted Transfer Syntax",
                           "Error sending [" + other + "]: " + notAgreed));
-  EXPECT_THAT(links, ElementsAre("", notAgreed));
+  EXPECT_THAT(links, ElementsAre("", "", notAgreed));
 }
 
 TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
