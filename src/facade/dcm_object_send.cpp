@@ -43,8 +43,10 @@ Status CDCMObject::Send(const String& host, const String& port, const String& Lo
     {
       DICOMDataObject shared;
       CloneInto(*object, false, pdu.Dictionary, shared);
+      // Also then: what says that it has no fragments is not decoded.
       const bool canGo =
-          CanGoAsItIs(pdu, shared, *sopClass) || TranscodeForPeer(pdu, shared, *sopClass).empty();
+          CanGoAsItIs(pdu, shared, *sopClass) ||
+          (TranscodeForPeer(pdu, shared, *sopClass).empty() && CanGoAsItIs(pdu, shared, *sopClass));
       DicomStorage storage(shared);
       isSent = canGo && StoreOver(pdu, storage, shared);
     }

@@ -58,6 +58,17 @@ TEST_F(ObjectSending, SendsNativePixelsByNoCompressedName) {
   EXPECT_EQ(provider.releases, 1u);
 }
 
+TEST_F(ObjectSending, SendsNoFragmentsByAnotherNameThanTheirOwn) {
+  // They say that there are none; the peer takes another native syntax.
+  const Bytes file = FileOf(
+      Encoding::kExplicitLittle,
+      ImageHead(Encoding::kExplicitLittle, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}}));
+  StoreProvider provider({.syntaxes = {kImplicit}});
+  EXPECT_FAILS_WITH(Send(Loaded(file), provider.Port()), "Error during transfer");
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 0u);
+}
+
 TEST_F(ObjectSending, LeavesTheObjectAsItIs) {
   for (const Encoding encoding : kAllEncodings) {
     for (const char* syntax : {kImplicit, kExplicit, kBig}) {
