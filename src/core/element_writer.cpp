@@ -5,6 +5,7 @@
 
 #include "base/text.h"
 #include "core/dump.h"
+#include "core/each_element.h"
 #include "core/element_reader.h"
 #include "core/parse_trace.h"
 #include "core/trace.h"
@@ -42,6 +43,10 @@ class HeadBytes {
 
 std::uint32_t EvenLength(std::uint32_t length) { return length + (length & 1); }
 
+bool CanState(VrCode type, std::uint32_t length) {
+  return HasLongForm(type) || EvenLength(length) <= std::numeric_limits<std::uint16_t>::max();
+}
+
 bool HasBytes(const VR& vr) { return vr.Items == nullptr && vr.Data != nullptr && vr.Length != 0; }
 
 bool IsBlankPaddedUid(const VR& vr, VrCode type) {
@@ -50,8 +55,12 @@ bool IsBlankPaddedUid(const VR& vr, VrCode type) {
 
 }  // namespace
 
-bool CanState(VrCode type, std::uint32_t length) {
-  return HasLongForm(type) || EvenLength(length) <= std::numeric_limits<std::uint16_t>::max();
+void CallLongValuesUnknown(DICOMObject& object) {
+  ForEachElement(object, [](VR& vr) {
+    // What has no type gets one that has room when it is written.
+    const bool isNamed = vr.TypeCode != type_code::kNone && vr.Items == nullptr;
+    if (isNamed && !CanState(vr.TypeCode, vr.Length)) vr.TypeCode = type_code::UN;
+  });
 }
 
 VrCode TypeInStream(const VR& vr, VrCode type, ElementForm form, const RTC* dictionary) {

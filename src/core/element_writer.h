@@ -16,8 +16,9 @@ namespace tessaret {
 /// may be null.
 VrCode TypeInStream(const VR& vr, VrCode type, ElementForm form, const RTC* dictionary);
 
-/// Whether the explicit form of `type` has room for the length of such a value, padded to an even one.
-bool CanState(VrCode type, std::uint32_t length);
+/// Calls values UN that are too long for the length of their type in the explicit form, as an implicit file may have them (DICOM PS3.5,
+/// 6.2.2). The writer would cut the length, and a reader take the rest of the value for elements.
+void CallLongValuesUnknown(DICOMObject& object);
 
 class ElementWriter {
  public:

@@ -3,8 +3,6 @@
 #include <cerrno>
 
 #include "base/text.h"
-#include "core/each_element.h"
-#include "core/element_writer.h"
 #include "core/file_head.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
@@ -12,15 +10,6 @@
 #include "platform/file_calls.h"
 
 namespace tessaret {
-
-void CallLongValuesUnknown(DICOMObject& object) {
-  ForEachElement(object, [](VR& vr) {
-    // What has no type gets one that has room when it is written.
-    const bool isNamed = vr.TypeCode != type_code::kNone;
-    if (isNamed && vr.Items == nullptr && !CanState(vr.TypeCode, vr.Length))
-      vr.TypeCode = type_code::UN;
-  });
-}
 
 bool HasFragments(const DICOMObject& object) {
   const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));

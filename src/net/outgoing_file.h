@@ -21,10 +21,6 @@ OutgoingFile LoadForSending(PDU_Service& pdu, const std::string& path);
 /// The same with the words in the answer.
 OutgoingFile LoadForSending(const RTC* dictionary, const std::string& path);
 
-/// Calls values UN that are too long for the length of their type in the explicit form, as a file in the implicit one may have them
-/// (DICOM PS3.5, 6.2.2). Written under their type they would take the rest of the data set with them.
-void CallLongValuesUnknown(DICOMObject& object);
-
 /// Whether its pixel data is fragments, which mean something in their own transfer syntax only.
 bool HasFragments(const DICOMObject& object);
 

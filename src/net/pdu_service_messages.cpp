@@ -2,6 +2,7 @@
 #include <new>
 
 #include "base/text.h"
+#include "core/element_writer.h"
 #include "core/memory_buffer.h"
 #include "core/trace.h"
 #include "core/transfer_syntax.h"
@@ -59,8 +60,10 @@ bool PDU_Service::EncodeAs(std::int32_t code, DICOMObject& object, Buffer& buffe
     case kImplicitLittle:
       return ImplicitLittleOut(object, buffer);
     case kExplicitLittle:
+      CallLongValuesUnknown(object);
       return ExplicitLittleOut(object, buffer);
     case kExplicitBig:
+      CallLongValuesUnknown(object);
       return ExplicitBigOut(object, buffer);
     default:
       return false;

@@ -60,7 +60,6 @@ std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& 
   if (object == nullptr || !lack.empty() || !MakeNative(*object)) return &RetrieveCounters::failed;
   const auto sopClass = UidOf(*object, 0x0008, 0x0016);
   if (!sopClass || !TakesNativeData(link, *sopClass)) return &RetrieveCounters::failed;
-  CallLongValuesUnknown(*object);
   ObjectStorage storage(*sopClass);
   if (!storage.Write(&link, object.get())) return &RetrieveCounters::failed;
   const std::uint16_t status = storage.GetStatus();

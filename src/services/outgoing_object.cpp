@@ -39,7 +39,6 @@ void CloneInto(const DICOMObject& object, bool deep, const RTC* dictionary, DICO
     held.release();
   }
   if (!deep) OwnUids(to, dictionary);
-  CallLongValuesUnknown(to);
 }
 
 UID SyntaxOf(const DICOMObject& object) {
@@ -92,7 +91,11 @@ bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object
   // A shallow clone shares long values, which go from where they lie. Bytes that are turned round are not the object's own.
   DICOMDataObject sent;
   CloneInto(object, isTurned, pdu.Dictionary, sent);
-  if (isTurned) TurnForBigEndian(sent, pdu.Dictionary);
+  if (isTurned) {
+    // Bytes of no known type are never turned.
+    CallLongValuesUnknown(sent);
+    TurnForBigEndian(sent, pdu.Dictionary);
+  }
   return storage.CStoreRQ::Write(&pdu, &sent);
 }
 

@@ -11,8 +11,7 @@
 namespace tessaret {
 
 /// Puts the elements of a clone of `object` into `to`, whose bytes `object` shares, and must keep, unless `deep`. Writing the clone by
-/// `dictionary`, which may be null, changes nothing of the object, and each value has a type in whose explicit form there is room for
-/// its length. Throws std::bad_alloc.
+/// `dictionary`, which may be null, changes nothing of the object. Throws std::bad_alloc.
 void CloneInto(const DICOMObject& object, bool deep, const RTC* dictionary, DICOMDataObject& to);
 
 /// What (0002,0010) names; empty without it.

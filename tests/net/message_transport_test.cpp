@@ -1,5 +1,6 @@
 // Objects over an association: which context and encoding they go in, and what is made of what comes.
 #include <memory>
+#include <thread>
 
 #include <gtest/gtest.h>
 
@@ -440,6 +441,44 @@ TEST(WriteMessage, HasWordsForALinkThatIsClosedWhileItEncodes) {
     EXPECT_FALSE(hasCommand ? pdu.Write(command, &object, UID(kCt)) : pdu.Write(object, UID(kCt)));
     EXPECT_EQ(Words(pdu), "The link was closed");
     EXPECT_EQ(connection.peer.ReceiveToEnd(), Bytes());
+  }
+}
+
+TEST(WriteMessage, NamesValuesThatAreTooLongForTheExplicitFormOfTheirType) {
+  // DS has two bytes for the length, of which 65534 is the greatest even one; at the top and within an item.
+  const std::string most(65534, '1');
+  const std::string more(65536, '2');
+  for (const bool isExplicit : {false, true}) {
+    const Encoding encoding = isExplicit ? Encoding::kExplicitLittle : Encoding::kImplicitLittle;
+    Association association({{1, kCt, isExplicit ? kExplicit : kImplicit}});
+    DICOMDataObject object;
+    object.Push(new VR(0x3006, 0x0039, 0, nullptr));
+    object.GetVR(0x3006, 0x0039)->TypeCode = type_code::SQ;
+    auto* item = new DICOMDataObject;
+    PutBytes(*item, 0x3006, 0x0050, type_code::DS, more);
+    object.Push(item);
+    PutBytes(object, 0x3006, 0x0050, type_code::DS, most);
+    // A UID is padded with NUL in the form in which it is one.
+    PutBytes(object, 0x3008, 0x0010, type_code::UI, std::string(65535, '3') + ' ');
+    std::thread peer([&] {
+      Bytes data;
+      for (;;) {
+        const Bytes pdu = association.peer.ReceivePdu();
+        if (pdu.size() < 12) break;
+        data.insert(data.end(), pdu.begin() + 12, pdu.end());
+        if ((pdu[11] & kLastPart) != 0) break;
+      }
+      const std::string uid = std::string(65535, '3') + (isExplicit ? ' ' : '\0');
+      const Bytes inner = DataSetBuilder(encoding).Element(0x3006, 0x0050, "UN", more).Done();
+      EXPECT_EQ(data,
+                DataSetBuilder(encoding)
+                    .Sequence(0x3006, 0x0039, Lengths::kUndefined, Lengths::kUndefined, {inner})
+                    .Element(0x3006, 0x0050, "DS", most)
+                    .Element(0x3008, 0x0010, "UN", uid)
+                    .Done());
+    });
+    EXPECT_TRUE(association.pdu.Write(object, UID(kCt)));
+    peer.join();
   }
 }
 
