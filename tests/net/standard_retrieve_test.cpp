@@ -77,6 +77,32 @@ TEST(Retrieve, CancelsByItsMessageIdWhenTheCallerHasEnough) {
   EXPECT_FALSE(move.Write(&association.pdu, nullptr, "DEST"));
 }
 
+TEST(Retrieve, CancelsItsOwnRequestThoughItsHookHasSentAnother) {
+  class Asking : public Moving {
+   public:
+    bool OnMoveResponse(DICOMCommandObject* command, DICOMDataObject*) override {
+      if (command == nullptr || isWithin_) return true;
+      isWithin_ = true;
+      Association other(kContexts);
+      other.peer.SendAll(MoveAnswer(0));
+      DICOMDataObject query;
+      EXPECT_TRUE(Write(&other.pdu, &query, "DEST"));
+      return false;
+    }
+
+   private:
+    bool isWithin_ = false;
+  };
+  Association association(kContexts);
+  SetIdentifierCounter(31);
+  association.peer.SendAll(MoveAnswer(0xFF00));
+  DICOMDataObject query;
+  EXPECT_FALSE(Asking().Write(&association.pdu, &query, "DEST"));
+  const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
+  ASSERT_EQ(sent.size(), 2u);
+  EXPECT_EQ(sent[1], CancelRequest(31, 7));
+}
+
 TEST(Retrieve, AnswersARequestWithoutADestination) {
   Moving move;
   EXPECT_EQ(AnswersOf(move, MoveRequest("")), MoveAnswer(0xC001));

@@ -208,6 +208,29 @@ TEST_F(StoreSending, AValueTooLongForTheExplicitFormOfItsTypeArrivesWhole) {
   }
 }
 
+TEST_F(StoreSending, NumbersTooManyForTheirTypeKeepTheirOrderUnderNoType) {
+  ASSERT_TRUE(StartDictionaries(kDataDir));
+  // (0054,0010), energy window vector, is US. What is of no known type is little endian whatever surrounds it (DICOM PS3.5, 6.2.2).
+  Bytes numbers;
+  for (int i = 0; i < 32768; ++i) numbers.insert(numbers.end(), {0x01, 0x02});
+  Add("a", ImageHead(Encoding::kImplicitLittle, kCTStorage, "1.2.3", 2, 16)
+               .Element(0x0054, 0x0010, "US", numbers)
+               .Element(0x7FE0, 0x0010, "OW", LittleWords())
+               .Done());
+  StoreProvider provider({.namedSyntax = kBig});
+  EXPECT_TRUE(Send(provider.Port()));
+  StopDictionaries();
+  provider.End();
+  EXPECT_THAT(heard_.errors, ElementsAre());
+  ASSERT_EQ(provider.stored.size(), 1u);
+  const DICOMObject& stored = *provider.stored[0].object;
+  const VR* vector = stored.GetVR(0x0054, 0x0010);
+  ASSERT_NE(vector, nullptr);
+  EXPECT_EQ(vector->TypeCode, type_code::UN);
+  EXPECT_EQ(ValueOf(*vector), numbers);
+  EXPECT_EQ(ValueOf(*stored.GetVR(0x0028, 0x0100)), (Bytes{0, 16}));
+}
+
 TEST_F(StoreSending, AFileInASyntaxThatThePeerTookStaysAsItIs) {
   Add("a", ImageFile());
   StoreProvider provider({.syntaxes = {kExplicit}});
