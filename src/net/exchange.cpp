@@ -67,8 +67,9 @@ bool Exchange::Read(std::uint16_t field, DICOMCommandObject& response, DICOMData
 bool Exchange::ReadData(const DICOMObject& response, DICOMDataObject& data) {
   // A match must not be lost without words, though its response says that there is none.
   const auto status = CommandNumber(response, command_element::kStatus);
-  const bool isPending = status && dimse_status::IsPending(*status);
-  if (isPending || HasDataSet(response)) pdu_.HasDataSetToDrop = false;
+  const bool isOfMatch = HasCommandField(response, command_field::kFindRSP) && status &&
+                         dimse_status::IsPending(*status);
+  if (isOfMatch || HasDataSet(response)) pdu_.HasDataSetToDrop = false;
   return ReadDataSet(response, pdu_, data) || CloseLink();
 }
 

@@ -183,20 +183,43 @@ TEST(Exchange, WaitsForNoDataSetOfAStoreAndDropsOneThatComes) {
 }
 
 TEST(Exchange, DropsADataSetBehindALastResponseThatSaysThatThereIsNone) {
+  // Behind the last of these it would be a match.
+  for (const std::uint16_t pending : {std::uint16_t{0xFF00}, std::uint16_t{0xFF01}}) {
+    Association association(kContexts);
+    const Bytes data = Data(5, kLastPart, NameBytes("AA"));
+    association.peer.Send(
+        Joined({Response(0x8020, 1, 2), data, Response(0x8020, 1, pending), data}));
+    Exchange exchange(association.pdu);
+    DICOMCommandObject response;
+    DICOMDataObject received;
+    for (const std::uint16_t status : {std::uint16_t{2}, pending}) {
+      ASSERT_TRUE(exchange.Read(0x8020, response, &received)) << Words(association.pdu);
+      EXPECT_EQ(CommandNumber(response, 0x0900), status);
+      EXPECT_TRUE(received.IsEmpty());
+    }
+    EXPECT_FALSE(exchange.Read(0x8020, response, &received));
+    EXPECT_EQ(Words(association.pdu), "Got a data set where a response was awaited");
+  }
+}
+
+TEST(Exchange, DropsADataSetBehindAnyResponseToAMoveThatSaysThatThereIsNone) {
+  // No match comes behind these.
+  constexpr std::uint16_t kStatuses[] = {0xFF00, 0xFF01, 0};
   Association association(kContexts);
   const Bytes data = Data(5, kLastPart, NameBytes("AA"));
-  association.peer.Send(Joined({Response(0x8020, 1, 2), data, Response(0x8020, 1, 0xFF00), data}));
+  for (const std::uint16_t status : kStatuses) {
+    association.peer.Send(Joined({Response(0x8021, 1, status), data}));
+  }
+  association.peer.Send(EchoResponse(0));
   Exchange exchange(association.pdu);
   DICOMCommandObject response;
   DICOMDataObject received;
-  for (const int status : {2, 0xFF00}) {
-    ASSERT_TRUE(exchange.Read(0x8020, response, &received)) << Words(association.pdu);
+  for (const std::uint16_t status : kStatuses) {
+    ASSERT_TRUE(exchange.Read(0x8021, response, &received)) << Words(association.pdu);
     EXPECT_EQ(CommandNumber(response, 0x0900), status);
     EXPECT_TRUE(received.IsEmpty());
   }
-  // It would be a match.
-  EXPECT_FALSE(exchange.Read(0x8020, response, &received));
-  EXPECT_EQ(Words(association.pdu), "Got a data set where a response was awaited");
+  EXPECT_EQ(StatusOfNext(exchange, 0x8030), 0);
 }
 
 TEST(Exchange, DropsOneDataSetForEachCommand) {
