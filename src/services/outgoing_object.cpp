@@ -54,7 +54,8 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
     return about("Unsupported compressed Transfer Syntax");
   }
   DcmCompEngine engine;
-  if (!engine.Decompress(&object, nullptr, nullptr)) {
+  // Fragments by the name of a native syntax are left as they are, and would go under any other.
+  if (!engine.Decompress(&object, nullptr, nullptr) || HasFragments(object)) {
     return about("Error decoding compressed Transfer Syntax");
   }
   const std::uint8_t contextID = pdu.ContextIDFor(sopClass);

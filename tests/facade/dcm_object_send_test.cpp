@@ -59,14 +59,17 @@ TEST_F(ObjectSending, SendsNativePixelsByNoCompressedName) {
 }
 
 TEST_F(ObjectSending, SendsNoFragmentsByAnotherNameThanTheirOwn) {
-  // They say that there are none; the peer takes another native syntax.
-  const Bytes file = FileOf(
-      Encoding::kExplicitLittle,
-      ImageHead(Encoding::kExplicitLittle, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}}));
-  StoreProvider provider({.syntaxes = {kImplicit}});
-  EXPECT_FAILS_WITH(Send(Loaded(file), provider.Port()), "Error during transfer");
-  provider.End();
-  EXPECT_EQ(provider.stored.size(), 0u);
+  // They say that there are none; the peer takes another native syntax, offered or not.
+  for (const auto& [encoding, accepted] : {std::pair{Encoding::kExplicitLittle, kImplicit},
+                                           std::pair{Encoding::kImplicitLittle, kExplicit},
+                                           std::pair{Encoding::kExplicitBig, kExplicit}}) {
+    const Bytes file =
+        FileOf(encoding, ImageHead(encoding, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}}));
+    StoreProvider provider({.namedSyntax = accepted});
+    EXPECT_FAILS_WITH(Send(Loaded(file), provider.Port()), "Error during transfer");
+    provider.End();
+    EXPECT_EQ(provider.stored.size(), 0u);
+  }
 }
 
 TEST_F(ObjectSending, LeavesTheObjectAsItIs) {

@@ -198,6 +198,26 @@ TEST_F(OutgoingObject, NativeSyntaxesChangeTheNameAlone) {
   }
 }
 
+TEST_F(OutgoingObject, FragmentsByTheNameOfANativeSyntaxBecomeNothingElse) {
+  const struct {
+    Encoding encoding;
+    std::string_view accepted;
+  } rows[] = {{Encoding::kImplicitLittle, kExplicit}, {Encoding::kExplicitBig, kExplicit},
+              {Encoding::kExplicitBig, kImplicit},    {Encoding::kExplicitLittle, kImplicit},
+              {Encoding::kImplicitLittle, kToy},      {Encoding::kExplicitLittle, kToy}};
+  for (const auto& row : rows) {
+    pdu_.AcceptedContexts.clear();
+    Accept(kCTStorage, row.accepted);
+    const auto object = Load(
+        FileOf(row.encoding,
+               ImageHead(row.encoding, kCTStorage, "1.2.3", 4, 8).Fragments({{}, kToyFragment})));
+    ASSERT_TRUE(HasFragments(*object));
+    const std::string own = NamedIn(*object);
+    EXPECT_EQ(Transcode(*object), "]: Error decoding compressed Transfer Syntax [" + own + "]");
+    EXPECT_EQ(NamedIn(*object), own);
+  }
+}
+
 TEST_F(OutgoingObject, TheFirstContextOfTheClassCounts) {
   Accept(kCTStorage, kExplicit, 3);
   Accept(kCTStorage, "1.2.999.88", 5);

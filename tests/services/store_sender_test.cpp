@@ -351,9 +351,26 @@ TEST_F(StoreSending, FragmentsOfNoNamedSyntaxAreTheFilesFault) {
               ElementsAre("Error sending [" + agreed +
                               "]: The pixel data are not in the accepted Transfer Syntax",
                           "Error sending [" + misnamed +
-                              "]: The pixel data are not in the accepted Transfer Syntax",
+                              "]: Error decoding compressed Transfer Syntax [1.2.840.10008.1.2.1]",
                           "Error sending [" + other + "]: " + notAgreed));
   EXPECT_THAT(links, ElementsAre("", "", notAgreed));
+}
+
+TEST_F(StoreSending, FragmentsGoByNoOtherNativeName) {
+  const auto add = [&](Encoding encoding, const char* name) {
+    return Add(
+        name,
+        FileOf(encoding, ImageHead(encoding, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}})));
+  };
+  const std::string implicit = add(Encoding::kImplicitLittle, "a");
+  const std::string big = add(Encoding::kExplicitBig, "b");
+  StoreProvider provider({.syntaxes = {kExplicit}});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_EQ(provider.stored.size(), 0u);
+  const std::string words = "]: Error decoding compressed Transfer Syntax [1.2.840.10008.1.2";
+  EXPECT_THAT(heard_.errors, ElementsAre("Error sending [" + implicit + words + "]",
+                                         "Error sending [" + big + words + ".2]"));
 }
 
 TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
