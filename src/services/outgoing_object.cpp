@@ -70,6 +70,8 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
   if (!engine.Compress(&object, accepted.Text.data(), nullptr)) {
     return about("Error encoding to Transfer Syntax");
   }
+  // Codecs call all native pixels bytes, which are not turned round.
+  if (IsBigEndianSyntax(accepted)) CallWidePixelsWords(object);
   return {};
 }
 

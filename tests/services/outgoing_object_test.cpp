@@ -5,6 +5,7 @@
 
 #include "core/linked_buffer.h"
 #include "core/module_dictionaries.h"
+#include "core/value_order.h"
 #include "net/command_elements.h"
 #include "services/codec_place.h"
 #include "services/store_files.h"
@@ -215,6 +216,29 @@ TEST_F(OutgoingObject, FragmentsByTheNameOfANativeSyntaxBecomeNothingElse) {
     const std::string own = NamedIn(*object);
     EXPECT_EQ(Transcode(*object), "]: Error decoding compressed Transfer Syntax [" + own + "]");
     EXPECT_EQ(NamedIn(*object), own);
+  }
+}
+
+TEST_F(OutgoingObject, DecodedWordsAreTurnedForABigEndianSyntax) {
+  // Two rows of two words, each byte a run of one.
+  Bytes fragment;
+  for (std::uint8_t byte = 1; byte <= 8; ++byte) {
+    fragment.insert(fragment.end(), {std::uint8_t{1}, static_cast<std::uint8_t>(byte ^ 0x5A)});
+  }
+  Accept(kCTStorage, kBig);
+  for (const bool isWide : {false, true}) {
+    const Bytes file = Joined(
+        {Preamble(), MetaGroup(kToy),
+         ImageHead(Encoding::kExplicitLittle, kCTStorage, "1.2.3", isWide ? 2 : 4, isWide ? 16 : 8)
+             .Fragments({{}, fragment})
+             .Done()});
+    const auto object = Load(file);
+    EXPECT_EQ(Transcode(*object), "");
+    EXPECT_TRUE(CanGoAsItIs(pdu_, *object, UID(kCTStorage)));
+    TurnForBigEndian(*object, pdu_.Dictionary);
+    EXPECT_EQ(PixelsOf(*object).TypeCode, isWide ? type_code::OW : type_code::OB);
+    EXPECT_EQ(ValueOf(PixelsOf(*object)),
+              (isWide ? Bytes{2, 1, 4, 3, 6, 5, 8, 7} : Bytes{1, 2, 3, 4, 5, 6, 7, 8}));
   }
 }
 
