@@ -628,7 +628,7 @@ class RealFiles(ConvertTest):
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
             results = list(pool.map(self.compare, rows))
         self.assertEqual([difference for _, differences in results for difference in differences], [])
-        self.assertGreater(sum(converted for converted, _ in results), 900 // tool.SHARE)
+        self.assertGreater(sum(converted for converted, _ in results), 900 // tool.FILE_SHARE)
 
     @tool.needs_corpus
     def test_every_native_file_that_reads_converts(self):
@@ -657,7 +657,7 @@ class RealFiles(ConvertTest):
                     bits = samples * int(row["bits_allocated"]) * int(row["frames"]) * int(row["rows"]) * int(row["columns"])
                     self.assertEqual(hashlib.sha256(value[:(bits + 7) // 8]).hexdigest(), row["native_pixel_sha256"])
                     compared += 1
-        self.assertGreater(compared, 300 // tool.SHARE)
+        self.assertGreater(compared, 300 // tool.FILE_SHARE)
 
 
 if __name__ == "__main__":

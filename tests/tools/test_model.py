@@ -213,7 +213,7 @@ class Model(tool.ToolTest):
             with self.subTest(str(path)):
                 self.same(models[0], theirs, path.name)
                 compared += 1
-        self.assertGreater(compared, 50 // tool.SHARE)
+        self.assertGreater(compared, 50 // tool.FILE_SHARE)
 
 
 if __name__ == "__main__":

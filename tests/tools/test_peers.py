@@ -87,7 +87,7 @@ class Dumps(tool.ToolTest):
     def test_real_files(self):
         rows = [row for row in tool.corpus_sample()
                 if not row["path"].startswith("dicom/broken/") and run("check", "-q", row["file"]).returncode == DONE]
-        self.assertGreater(len(rows), 380 // tool.SHARE)
+        self.assertGreater(len(rows), 380 // tool.FILE_SHARE)
         with concurrent.futures.ThreadPoolExecutor(4) as pool:
             found = [difference for differences in pool.map(self.compare, rows) for difference in differences]
         self.assertEqual(found, [])

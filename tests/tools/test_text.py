@@ -73,7 +73,7 @@ class Text(tool.ToolTest):
     def test_every_set_agrees_with_another_decoder(self):
         seed = random.Random(5)
         for sets, codec, letters in PLAIN:
-            for _ in range(10):
+            for _ in range(12 // tool.SHARE):
                 text = "".join(seed.choice(letters + " abc.^") for _ in range(seed.randint(1, 30))).strip() or "a"
                 encoded = text.encode(codec)
                 with self.subTest(f"{sets} {text}"):
@@ -84,7 +84,7 @@ class Text(tool.ToolTest):
     def test_random_mixtures_of_switched_sets_agree_with_another_decoder(self):
         seed = random.Random(7)
         names = list(SWITCHED)
-        for _ in range(150):
+        for _ in range(150 // tool.SHARE):
             used = seed.sample(names, seed.randint(1, 3))
             text, encoded = "", b""
             for _ in range(seed.randint(1, 5)):  # components of a name
