@@ -54,8 +54,7 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
     return about("Unsupported compressed Transfer Syntax");
   }
   DcmCompEngine engine;
-  // Fragments by the name of a native syntax are left as they are, and would go under any other.
-  if (!engine.Decompress(&object, nullptr, nullptr) || HasFragments(object)) {
+  if (!engine.Decompress(&object, nullptr, nullptr)) {
     return about("Error decoding compressed Transfer Syntax");
   }
   const std::uint8_t contextID = pdu.ContextIDFor(sopClass);
@@ -67,6 +66,8 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
   if (!pdu.TransferSyntaxOf(contextID, accepted) || accepted.IsEmpty()) {
     return about("No presentation context for Transfer Syntax");
   }
+  // They would go by the other name as if they were what it says.
+  if (HasFragments(object)) return {};
   if (!engine.Compress(&object, accepted.Text.data(), nullptr)) {
     return about("Error encoding to Transfer Syntax");
   }
@@ -95,6 +96,8 @@ bool SendOver(PDU_Service& pdu, DicomStorage& storage, const DICOMObject& object
   DICOMDataObject sent;
   CloneInto(object, isTurned, pdu.Dictionary, sent);
   if (isTurned) {
+    // Where the object is little endian itself, wide pixels called bytes are, too.
+    if (!IsBigEndianSyntax(SyntaxOf(object))) CallWidePixelsWords(sent);
     // Bytes of no known type are never turned.
     CallLongValuesUnknown(sent);
     TurnForBigEndian(sent, pdu.Dictionary);
