@@ -96,6 +96,24 @@ TEST_F(ObjectSending, LeavesTheObjectAsItIs) {
   }
 }
 
+TEST_F(ObjectSending, TurnsWidePixelsThatAreCalledBytesForTheWireAlone) {
+  // As codecs leave them; the peer names a syntax that it was not offered.
+  const Bytes words = {1, 2, 3, 4, 5, 6, 7, 8};
+  const auto object = Loaded(FileOf(Encoding::kExplicitLittle,
+                                    ImageHead(Encoding::kExplicitLittle, kCTStorage, "1.2.3", 2, 16)
+                                        .Element(0x7FE0, 0x0010, "OB", words)));
+  ASSERT_EQ(object->Save(folder_.File("before.dcm")), kOk);
+  StoreProvider provider({.namedSyntax = kBig});
+  EXPECT_EQ(Send(object, provider.Port()), kOk);
+  provider.End();
+  ASSERT_EQ(provider.stored.size(), 1u);
+  const VR& pixels = *provider.stored[0].object->GetVR(0x7FE0, 0x0010);
+  EXPECT_EQ(pixels.TypeCode, type_code::OW);
+  EXPECT_EQ(ValueOf(pixels), (Bytes{2, 1, 4, 3, 6, 5, 8, 7}));
+  ASSERT_EQ(object->Save(folder_.File("after.dcm")), kOk);
+  EXPECT_EQ(ReadBytes(folder_.File("after.dcm")), ReadBytes(folder_.File("before.dcm")));
+}
+
 TEST_F(ObjectSending, PadsUidsForTheWireAlone) {
   StoreProvider provider;
   // A blank behind a UID is not to be sent; the object keeps it.
