@@ -448,11 +448,12 @@ TEST(WriteMessage, NamesValuesThatAreTooLongForTheExplicitFormOfTheirType) {
   // DS has two bytes for the length, of which 65534 is the greatest even one; at the top and within an item.
   const std::string most(65534, '1');
   const std::string more(65536, '2');
-  for (const auto& [syntax, encoding] : {std::pair{kImplicit, Encoding::kImplicitLittle},
-                                         std::pair{kExplicit, Encoding::kExplicitLittle},
-                                         std::pair{kBigEndianSyntax, Encoding::kExplicitBig}}) {
+  for (const auto& row : {std::pair{kImplicit, Encoding::kImplicitLittle},
+                          std::pair{kExplicit, Encoding::kExplicitLittle},
+                          std::pair{kBigEndianSyntax, Encoding::kExplicitBig}}) {
+    const Encoding encoding = row.second;
     const bool isExplicit = encoding != Encoding::kImplicitLittle;
-    Association association({{1, kCt, syntax}});
+    Association association({{1, kCt, row.first}});
     DICOMDataObject object;
     object.Push(new VR(0x3006, 0x0039, 0, nullptr));
     object.GetVR(0x3006, 0x0039)->TypeCode = type_code::SQ;
