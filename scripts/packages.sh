@@ -4,7 +4,7 @@
 build_packages=(g++ cmake ninja-build ccache pkg-config python3 libcli11-dev libgtest-dev libgmock-dev
   libjpeg62-turbo-dev libcharls-dev libopenjp2-7-dev)
 clang_packages=(clang llvm libclang-rt-14-dev)
-peer_packages=(dcmtk dicom3tools python3-pydicom man-db libgdcm-tools libjpeg-tools libopenjp2-tools
+peer_packages=(dcmtk dicom3tools python3-pydicom man-db mandoc libgdcm-tools libjpeg-tools libopenjp2-tools
   orthanc valgrind iproute2)
 python_packages=(mypy python3-numpy python3-pip python3-venv)
 check_packages=(git clang-format clang-tidy shellcheck)

@@ -134,7 +134,7 @@ TEST(Jpeg2000Coder, ItsPrecisionAndSignAreThoseOfTheDataSetWhereSamplesFit) {
 }
 
 TEST(Jpeg2000Coder, OpenJpegsProgramDecodesWhatItEncodes) {
-  if (!test::HasProgram("opj_decompress")) GTEST_SKIP() << "no opj_decompress";
+  ASSERT_TRUE(test::HasProgram("opj_decompress"));
   const TempFolder folder;
   for (const FrameFormat& format : kFormats) {
     // It writes samples of up to 8 bits as bytes, and no signs above the bits that there are.
@@ -150,7 +150,7 @@ TEST(Jpeg2000Coder, OpenJpegsProgramDecodesWhatItEncodes) {
 }
 
 TEST(Jpeg2000Coder, GdcmDecodesWhatItEncodes) {
-  if (!test::HasProgram("gdcmconv")) GTEST_SKIP() << "no gdcmconv";
+  ASSERT_TRUE(test::HasProgram("gdcmconv"));
   const TempFolder folder;
   for (const FrameFormat& format : kFormats) {
     if (format.samples == 2 || format.samples == 4) continue;
@@ -170,7 +170,7 @@ TEST(Jpeg2000Coder, GdcmDecodesWhatItEncodes) {
 }
 
 TEST(Jpeg2000Coder, DecodesWithoutLossWhatOpenJpegsProgramEncodes) {
-  if (!test::HasProgram("opj_compress")) GTEST_SKIP() << "no opj_compress";
+  ASSERT_TRUE(test::HasProgram("opj_compress"));
   const TempFolder folder;
   for (const FrameFormat& format : kFormats) {
     // It takes samples of up to 8 bits as bytes, and no single bits.
@@ -210,9 +210,8 @@ constexpr const char* kWaysToEncode[] = {
 };
 
 TEST(Jpeg2000Coder, DecodesAllWaysToEncodeAsOpenJpegsProgramDoes) {
-  if (!test::HasProgram("opj_compress") || !test::HasProgram("opj_decompress")) {
-    GTEST_SKIP() << "no opj_compress or opj_decompress";
-  }
+  ASSERT_TRUE(test::HasProgram("opj_compress"));
+  ASSERT_TRUE(test::HasProgram("opj_decompress"));
   const TempFolder folder;
   for (const FrameFormat& format :
        {test::MakeFormat(61, 47, 1, 16, 12), test::MakeFormat(61, 47, 3, 8, 8)}) {

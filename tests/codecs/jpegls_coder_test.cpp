@@ -182,17 +182,17 @@ void ExpectAlikeDecodedBy(const std::string& command) {
 }
 
 TEST(JpegLsCoder, DcmtkDecodesWhatItEncodes) {
-  if (!test::HasProgram("dcmdjpls")) GTEST_SKIP() << "no dcmdjpls";
+  ASSERT_TRUE(test::HasProgram("dcmdjpls"));
   ExpectAlikeDecodedBy("dcmdjpls");
 }
 
 TEST(JpegLsCoder, GdcmDecodesWhatItEncodes) {
-  if (!test::HasProgram("gdcmconv")) GTEST_SKIP() << "no gdcmconv";
+  ASSERT_TRUE(test::HasProgram("gdcmconv"));
   ExpectAlikeDecodedBy("gdcmconv --raw");
 }
 
 TEST(JpegLsCoder, DecodesWhatDcmtkEncodesInEveryInterleaveMode) {
-  if (!test::HasProgram("dcmcjpls")) GTEST_SKIP() << "no dcmcjpls";
+  ASSERT_TRUE(test::HasProgram("dcmcjpls"));
   const TempFolder folder;
   for (const FrameFormat& format : kFormats) {
     if (format.samples == 4) continue;
@@ -212,7 +212,7 @@ TEST(JpegLsCoder, DecodesWhatDcmtkEncodesInEveryInterleaveMode) {
 
 /// Its coder is not CharLS, which all other programs have.
 TEST(JpegLsCoder, DecodesWhatJpegToolsEncodeAsTheyDo) {
-  if (!test::HasProgram("jpeg")) GTEST_SKIP() << "no jpeg";
+  ASSERT_TRUE(test::HasProgram("jpeg"));
   const TempFolder folder;
   const std::string in = folder.File("in.pnm");
   const std::string out = folder.File("out.jls");
@@ -236,7 +236,8 @@ TEST(JpegLsCoder, DecodesWhatJpegToolsEncodeAsTheyDo) {
 }
 
 TEST(JpegLsCoder, DecodesNearLosslessStreamsAsDcmtkDoes) {
-  if (!test::HasProgram("dcmcjpls") || !test::HasProgram("dcmdjpls")) GTEST_SKIP() << "no DCMTK";
+  ASSERT_TRUE(test::HasProgram("dcmcjpls"));
+  ASSERT_TRUE(test::HasProgram("dcmdjpls"));
   const TempFolder folder;
   for (const FrameFormat& format :
        {test::MakeFormat(61, 47, 1, 8, 8), test::MakeFormat(61, 47, 1, 16, 12),
@@ -330,7 +331,7 @@ TEST(JpegLsCoder, DecodesOtherThresholdsAndCounters) {
 }
 
 TEST(JpegLsCoder, DecodesPixelsWithOtherThresholdsOfDcmtk) {
-  if (!test::HasProgram("dcmcjpls")) GTEST_SKIP() << "no dcmcjpls";
+  ASSERT_TRUE(test::HasProgram("dcmcjpls"));
   const TempFolder folder;
   const FrameFormat format = test::MakeFormat(40, 30, 3, 8, 8);
   for (const test::Pattern pattern : test::kPatterns) {

@@ -41,7 +41,10 @@ std::size_t PixelDataLengthAt(const Octets& file) {
 
 }  // namespace
 
-bool HasProgram(const std::string& program) { return Run("command -v " + program); }
+testing::AssertionResult HasProgram(const std::string& program) {
+  if (Run("command -v " + program)) return testing::AssertionSuccess();
+  return testing::AssertionFailure() << program << " is not installed";
+}
 
 bool Run(const std::string& command) { return RunProgram({"sh", "-c", command}); }
 

@@ -1,9 +1,12 @@
-// Independent programs of the distribution and the files that they read and write. Tests skip what is not installed.
+// Independent programs of the distribution and the files that they read and write. `./dev test` installs them
+// all: a test that misses one fails, since a comparison that was not made shows nowhere else.
 #pragma once
 
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include <gtest/gtest.h>
 
 #include "frame_format.h"
 #include "support/bytes.h"
@@ -15,8 +18,8 @@ using tessaret::test::WriteBytes;
 
 inline constexpr std::string_view kExplicitLittle = "1.2.840.10008.1.2.1";
 
-/// Whether the distribution's program can be started.
-bool HasProgram(const std::string& program);
+/// Whether the distribution's program can be started; a failure says which one is missing.
+testing::AssertionResult HasProgram(const std::string& program);
 
 /// Runs a program, of which nothing is seen, and waits for it. Whether it ended well.
 bool RunProgram(const std::vector<std::string>& command);

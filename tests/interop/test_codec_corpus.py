@@ -3,7 +3,6 @@ What was compressed without loss has its sums in the manifest, which other tests
 """
 
 import pathlib
-import shutil
 import subprocess
 import tempfile
 import unittest
@@ -49,8 +48,6 @@ class LossyFiles(unittest.TestCase):
                         continue
                     tool_runs.transcode(row["file"], EXPLICIT, ours)
                     command = decoder_of(row)
-                    if shutil.which(command[0]) is None:
-                        self.skipTest(f"no {command[0]}")
                     theirs.unlink(missing_ok=True)
                     subprocess.run([*command, row["file"], theirs], capture_output=True, check=True)
                     left = codec_images.read(pydicom.dcmread(ours)).astype(int)

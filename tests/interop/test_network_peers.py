@@ -30,7 +30,6 @@ from peers import EXPLICIT_LITTLE, IMPLICIT_LITTLE
 DONE, INPUT_FAILED, NO_ASSOCIATION, PEER_FAILED = 0, 1, 3, 4
 GIGABYTE = 1 << 30
 Sent = collections.namedtuple("Sent", "code files summary words")
-NEEDS_ORTHANC = unittest.skipUnless(network_peers.ORTHANC, "Orthanc is not installed")
 
 # The tool does not write the last one anew, for its number of frames is none.
 OTHERWISE = {path for path, _, _ in known_differences.ROWS} | {"dicom/broken/badVR.dcm"}
@@ -154,7 +153,7 @@ class NetworkPeers(unittest.TestCase):
         self.assertEqual(comparison.first_difference(comparison.without(form, private), comparison.without(after, private)), "", source)
 
     def test_every_peer_is_there(self):
-        for start in (network_peers.storescp, network_peers.dcmqrscp, *([network_peers.orthanc] if network_peers.ORTHANC else [])):
+        for start in (network_peers.storescp, network_peers.dcmqrscp, network_peers.orthanc):
             with self.subTest(start.__name__), start() as peer:
                 code, output, _ = echo(peer)
                 self.assertEqual((code, output), (DONE, f"ARCHIVE@127.0.0.1:{peer.port} is there\n"))
@@ -239,7 +238,6 @@ class NetworkPeers(unittest.TestCase):
         before, after = (without_padding(peers.pydicom_view(path)) for path in (own, received))
         self.assertEqual(comparison.first_difference(before, after), "")
 
-    @NEEDS_ORTHANC
     def test_an_archive_lists_what_was_sent(self):
         files = self.phantoms("ct", slices=5) + self.phantoms("rgb")
         tool_runs.transcode(files[0], "1.2.840.10008.1.2.4.70", self.folder / "lossless.dcm")
@@ -274,11 +272,10 @@ class NetworkPeers(unittest.TestCase):
                  "Connection rejected transient: service-provider (Presentation related function), application context name not supported"),
                 (network_peers.dcmqrscp, ("--refuse",), "ARCHIVE", "Connection rejected permanent: service-user, no reason given"),
                 (network_peers.storescp, ("--refuse",), "ARCHIVE", "Connection rejected permanent: service-user, no reason given"),
-                (network_peers.storescp_of_jpeg, (), "ARCHIVE", "No Accepted presentation Context found")]
-        if network_peers.ORTHANC:
-            rows.append((network_peers.orthanc, (), "OTHER", not_known))
-            rows.append((functools.partial(network_peers.orthanc, strangers=False), (), "ARCHIVE",
-                         "Unknown local AETitle (Connection rejected permanent: service-user, calling AE title not recognized)"))
+                (network_peers.storescp_of_jpeg, (), "ARCHIVE", "No Accepted presentation Context found"),
+                (network_peers.orthanc, (), "OTHER", not_known),
+                (functools.partial(network_peers.orthanc, strangers=False), (), "ARCHIVE",
+                 "Unknown local AETitle (Connection rejected permanent: service-user, calling AE title not recognized)")]
         for start, options, title, words in rows:
             with self.subTest(words, options=options), start(*options) as peer:
                 for _ in range(2):  # a refusal leaves nothing behind
@@ -299,7 +296,7 @@ class NetworkPeers(unittest.TestCase):
         count = 1000 // (4 if tool_runs.INSTRUMENTED else 1)
         self.phantoms(slices=count, size=16, name="many")
         for start, options in ((network_peers.storescp, ["--ignore"]), (network_peers.dcmqrscp, []),
-                               *([(network_peers.orthanc, [])] if network_peers.ORTHANC else [])):
+                               (network_peers.orthanc, [])):
             with self.subTest(start.__name__), start(*options) as peer:
                 self.assert_sent(send(peer, self.folder / "many"), count)
                 if peer.http:

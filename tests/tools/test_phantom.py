@@ -28,7 +28,6 @@ class PhantomTest(tool.ToolTest):
 
 class Standard(PhantomTest):
 
-    @tool.needs_program("dciodvfy")
     def test_the_validator_finds_no_errors(self):
         for kind in KINDS:
             for number, shape in enumerate(SHAPES):

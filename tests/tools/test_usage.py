@@ -184,14 +184,12 @@ class Manual(tool.ToolTest):
         names = {page.name for page in self.pages.iterdir()}
         self.assertEqual(names, {"tessaret.1"} | {f"tessaret-{verb}.1" for verb in VERBS})
 
-    @tool.needs_program("mandoc")
     def test_mandoc_finds_no_fault_but_the_missing_date(self):
         for page in self.pages.iterdir():
             lint = subprocess.run(["mandoc", "-T", "lint", "-W", "warning", page], check=False, capture_output=True, text=True)
             found = [line for line in lint.stdout.splitlines() if "missing date" not in line]
             self.assertEqual(found, [], page.name)
 
-    @tool.needs_program("man")
     def test_man_shows_every_option_and_exit_code(self):
         for verb in VERBS:
             shown = subprocess.run(["man", "-l", self.pages / f"tessaret-{verb}.1"], check=True, capture_output=True,

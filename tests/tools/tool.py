@@ -8,7 +8,6 @@ import pathlib
 import pty
 import re
 import select
-import shutil
 import struct
 import subprocess
 import tempfile
@@ -147,10 +146,6 @@ class ToolTest(unittest.TestCase):
 
 def needs_corpus(test):
     return unittest.skipUnless((CORPUS / "manifest.tsv").exists(), f"the real files of {CORPUS} are not here")(test)
-
-
-def needs_program(name):
-    return unittest.skipUnless(shutil.which(name), f"{name} is not installed")
 
 
 # Under the sanitizers the tool takes ten times as long to start: what repeats itself does so less often. Tests in C++ go through every

@@ -20,10 +20,7 @@ from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, MPEG, UNDEFINED, element, image
 
 with warnings.catch_warnings():
     warnings.simplefilter("ignore")
-    try:
-        import pydicom
-    except ImportError:
-        pydicom = None
+    import pydicom
 
 WHATEVER = "1.2.840.113619.5.2"  # a syntax that nobody knows
 
@@ -64,8 +61,6 @@ class DataSetTest(package.PackageTest):
 
     def read_again(self):
         """What an independent reader finds in the saved object."""
-        if pydicom is None:
-            self.skipTest("pydicom is not installed")
         path = self.folder / "saved.dcm"
         self.object.Save(path)
         with warnings.catch_warnings():
@@ -315,8 +310,6 @@ class Files(DataSetTest):
 
     @tool.needs_corpus
     def test_real_files_have_the_elements_that_pydicom_finds(self):
-        if pydicom is None:
-            self.skipTest("pydicom is not installed")
         compared = 0
         for row in list(tool.corpus_rows())[::9]:
             if "broken" in row["path"]:

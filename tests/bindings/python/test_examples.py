@@ -19,10 +19,7 @@ from tool import BIG_ENDIAN, EXPLICIT, IMPLICIT, UNDEFINED, element, image, item
 
 with warnings.catch_warnings():
     warnings.simplefilter("ignore")
-    try:
-        import pydicom
-    except ImportError:
-        pydicom = None
+    import pydicom
 
 WALK = package.SOURCE_DIR / "examples" / "python" / "walk.py"
 
@@ -39,8 +36,6 @@ class Walk(unittest.TestCase):
                               env={**os.environ, "PYTHONPATH": str(package.PACKAGE_FOLDER)})
 
     def read_out(self):
-        if pydicom is None:
-            self.skipTest("pydicom is not installed")
         with warnings.catch_warnings():
             warnings.simplefilter("ignore")
             return pydicom.dcmread(self.out)

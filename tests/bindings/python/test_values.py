@@ -15,19 +15,13 @@ import tracemalloc
 import unittest
 import warnings
 
+import numpy
 import package
 
 package.use_library("tessaret_echo")
 
 import tessaret
 from tessaret import _dates
-
-try:
-    import numpy
-except ImportError:
-    numpy = None
-
-needs_numpy = unittest.skipUnless(numpy, "NumPy is not installed")
 
 SHORT, LONG, FLOAT, DOUBLE, DATE, STRING, OBJECT, BOOL, SIGNED_BYTE, BYTE = 2, 3, 4, 5, 7, 8, 9, 11, 16, 17
 ARRAY = 0x2000
@@ -139,7 +133,6 @@ class Numbers(EchoTest):
         with self.assertRaises(TypeError):
             self.echo.Truth = "yes"
 
-    @needs_numpy
     def test_numbers_of_numpy_are_numbers(self):
         self.echo.Long = numpy.int64(-5)
         self.assertEqual(self.echo.Long, -5)
@@ -150,7 +143,6 @@ class Numbers(EchoTest):
         self.assert_echoed(numpy.bool_(True), BOOL, True)
         self.assert_echoed(numpy.uint32(2**32 - 1), DOUBLE, 4294967295.0)
 
-    @needs_numpy
     def test_truth_of_numpy_is_a_number_as_pythons_is(self):
         for name in ("Short", "Long", "Float", "Double", "Byte"):
             for truth in (numpy.bool_(True), numpy.array(True)):
@@ -161,7 +153,6 @@ class Numbers(EchoTest):
                     setattr(self.echo, name, truth)
                     self.assertEqual(getattr(self.echo, name), 1)
 
-    @needs_numpy
     def test_dates_of_numpy_are_no_bytes(self):
         for value in (numpy.datetime64("2001-02-03"), numpy.datetime64(5, "ns"), numpy.timedelta64(5, "s"),
                       numpy.array(["2001-02-03"], "datetime64[D]")):
@@ -490,14 +481,12 @@ class Arrays(EchoTest):
         with self.assertRaises(tessaret.BadArgument):
             self.echo.Echo(made)
 
-    @needs_numpy
     def test_lists_may_hold_numbers_of_numpy(self):
         self.assertEqual(self.echo.Echo([numpy.int16(1), 2]).tolist(), [1, 2])
         self.assertEqual(self.echo.Echo([numpy.float32(0.5), 2]).tolist(), [0.5, 2.0])
         self.assertEqual(self.echo.Echo([numpy.bool_(True), False]), tessaret.Array([True, False]))
         self.assertEqual(self.echo.Echo([numpy.bool_(True), 2]).tolist(), [1, 2])
 
-    @needs_numpy
     def test_numpy_takes_an_array_without_a_copy(self):
         for name, _, values in self.TYPES:
             with self.subTest(name):
@@ -516,7 +505,6 @@ class Arrays(EchoTest):
         self.assertEqual(taken.tolist(), [[1, 2, 3], [4, 5, 60]])
         self.assertEqual(numpy.asarray(self.echo.Echo(tessaret.Array([], "float"))).shape, (0,))
 
-    @needs_numpy
     def test_arrays_of_numpy_come_through_in_any_order(self):
         grid = numpy.arange(24, dtype=numpy.int16).reshape(2, 3, 4)
         for given in (grid, numpy.asfortranarray(grid), grid[::-1, ::2], grid.astype(">i2"), grid.T, grid.astype(numpy.float32),
