@@ -14,14 +14,13 @@ namespace {
 
 using test::AfterPut;
 using test::Held;
+using test::kFirst;
+using test::kLast;
 using test::kNoValue;
 using test::MadeElement;
 using test::Owned;
 using test::ValueAt;
 using test::WithNuls;
-
-constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
 
 TEST(BinaryVR, FindsValuesByTheirWidth) {
   EXPECT_EQ(ValueAt<VrUS>("abcdef", 0), "ab");

@@ -21,6 +21,8 @@ namespace tessaret::test {
 inline constexpr const char* kToy = "1.2.999.1";
 inline constexpr const char* kCToy = "1.2.999.2";
 
+inline constexpr TagKey kPhotometricTag = MakeTagKey(0x0028, 0x0004);
+
 /// The UID of one of the codecs that go wrong.
 inline std::string BadUid(int which) { return "1.2.999.3." + std::to_string(which); }
 

@@ -12,10 +12,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
-
 const std::string kRule = "-----------------------------\n";
 
 class CoderTrace : public ::testing::Test {

@@ -30,6 +30,10 @@ inline bool operator==(const ParseStop& a, const ParseStop& b) {
 
 namespace tessaret::test {
 
+inline constexpr Encoding kImplicit = Encoding::kImplicitLittle;
+inline constexpr Encoding kExplicit = Encoding::kExplicitLittle;
+inline constexpr Encoding kBig = Encoding::kExplicitBig;
+
 using Why = ParseStop::Why;
 
 /// What came of a parse.

@@ -17,7 +17,6 @@ namespace {
 using test::Bytes;
 using test::TestCodecs;
 
-constexpr TagKey kPhotometricTag = MakeTagKey(0x0028, 0x0004);
 constexpr TagKey kLossyTag = MakeTagKey(0x0028, 0x2110);
 constexpr const char* kImplicit = "1.2.840.10008.1.2";
 constexpr const char* kExplicit = "1.2.840.10008.1.2.1";
@@ -163,7 +162,7 @@ TEST_F(CompEngine, DecompressesToExplicitLittleEndianOf19Characters) {
   EXPECT_EQ(syntax.TypeCode, type_code::UI);
   EXPECT_EQ(test::TextOf(syntax), kExplicit);
   EXPECT_EQ(object->GetVR(0x0008, 0x0000), nullptr);
-  EXPECT_EQ(test::TextAt(*object, kPhotometricTag), "TOY ") << "made even by a blank";
+  EXPECT_EQ(test::TextAt(*object, test::kPhotometricTag), "TOY ") << "made even by a blank";
 }
 
 TEST_F(CompEngine, TheCodecGetsFramesTableSyntaxAndProgress) {

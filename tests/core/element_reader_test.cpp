@@ -11,10 +11,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
-
 // (0010,0010) Patient's Name, 6 bytes "Doe^J ", in the three encodings.
 const Bytes kNameImplicit = {0x10, 0x00, 0x10, 0x00, 0x06, 0x00, 0x00,
                              0x00, 'D',  'o',  'e',  '^',  'J',  ' '};

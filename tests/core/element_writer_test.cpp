@@ -10,10 +10,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
-
 /// An element of one tag through a writer.
 Bytes EncodeElement(Encoding encoding, VrCode type, const Bytes& value,
                     const RTC* dictionary = nullptr) {

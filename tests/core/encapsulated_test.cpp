@@ -8,10 +8,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
-
 /// The value of fragment `number` of the pixel data.
 std::string FragmentText(const DICOMObject& object, std::uint32_t number) {
   return ValueText(At(ItemAt(object, 0x7FE0, 0x0010, number), 0xFFFE, 0xE000));

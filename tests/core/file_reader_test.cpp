@@ -8,10 +8,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
-
 Bytes PatientIn(Encoding encoding) {
   return DataSetBuilder(encoding)
       .Element(0x0008, 0x0060, "CS", "MR")

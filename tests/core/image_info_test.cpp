@@ -14,7 +14,6 @@ using test::NewShort;
 
 constexpr TagKey kFramesTag = MakeTagKey(0x0028, 0x0008);
 constexpr TagKey kRowsTag = MakeTagKey(0x0028, 0x0010);
-constexpr TagKey kPhotometricTag = MakeTagKey(0x0028, 0x0004);
 
 /// 16-bit colour of 5 columns and 3 rows.
 std::unique_ptr<DICOMObject> Colour(std::uint16_t planar) {
@@ -151,7 +150,7 @@ TEST(ImageInfo, FramesThatAreNoNumberAreRefused) {
 TEST(ImageInfo, PhotometricIsTrimmedAndCutToItsPlace) {
   const auto of = [](std::string_view text) {
     const auto object = Colour(0);
-    object->Push(test::NewText(kPhotometricTag, text, type_code::CS));
+    object->Push(test::NewText(test::kPhotometricTag, text, type_code::CS));
     return std::string(InfoOf(*object).Photometric);
   };
   EXPECT_EQ(of(" RGB "), "RGB");

@@ -16,9 +16,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-
 constexpr const char* kNoMark = "Error checking DICOM MetaHeader";
 constexpr const char* kParseError = "Error parsing DICOM Object";
 

@@ -12,9 +12,6 @@ namespace {
 using Kind = ParseOddity::Kind;
 using Oddities = std::vector<ParseOddity>;
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-
 Bytes Name(Encoding encoding = kExplicit) {
   return DataSetBuilder(encoding).Element(0x0010, 0x0010, "PN", "A ");
 }

@@ -17,10 +17,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
-
 /// A small instance; with a syntax if that is not empty.
 std::unique_ptr<DICOMObject> Instance(std::string_view syntax = {}) {
   auto object = std::make_unique<DICOMObject>();

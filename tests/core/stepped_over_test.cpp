@@ -13,9 +13,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-
 /// What differs between a parse that read all, with the pixel data that it has taken out of it, and one that stepped over; or
 /// nothing.
 std::string DifferenceOf(const Parsed& whole, const Parsed& stepped, std::uint32_t longest) {

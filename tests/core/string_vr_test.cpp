@@ -20,14 +20,13 @@ namespace {
 using test::AfterPut;
 using test::FromWire;
 using test::Held;
+using test::kFirst;
+using test::kLast;
 using test::kNoValue;
 using test::Owned;
 using test::ToWire;
 using test::ValueAt;
 using test::WithNuls;
-
-constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
 
 /// What an element that held `old` tells of the put, as AfterPut does.
 std::string AfterPutText(VrCode type, std::string_view old, std::int32_t index,

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -13,6 +14,10 @@
 #include "support/bytes.h"
 
 namespace tessaret::test {
+
+/// The ends of what an index may be.
+inline constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
+inline constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
 
 /// A value that no text of a test is, where there is none.
 inline constexpr const char* kNoValue = "(no value)";

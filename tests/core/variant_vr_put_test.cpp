@@ -18,6 +18,8 @@ namespace {
 using test::Bytes;
 using test::BytesOf;
 using test::Held;
+using test::kFirst;
+using test::kLast;
 using test::kNoValue;
 using test::MadeElement;
 using test::Owned;
@@ -25,8 +27,6 @@ using test::WithNuls;
 
 using Type = VariantType;
 
-constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
 constexpr const char* kRefused = "refused";
 
 const VrCode kAllTypes[] = {

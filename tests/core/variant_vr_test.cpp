@@ -18,14 +18,13 @@ namespace {
 
 using test::Bytes;
 using test::BytesOf;
+using test::kFirst;
+using test::kLast;
 using test::MadeElement;
 using test::Owned;
 using test::WithNuls;
 
 using Type = VariantType;
-
-constexpr std::int32_t kLast = std::numeric_limits<std::int32_t>::max();
-constexpr std::int32_t kFirst = std::numeric_limits<std::int32_t>::min();
 
 constexpr VrCode kOtherTypes[] = {
     type_code::OB,          type_code::OW,          type_code::OF,

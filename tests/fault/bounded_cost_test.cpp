@@ -10,9 +10,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-
 constexpr std::uint64_t kMiB = 1 << 20;
 
 /// What a rejected input may cost: 64 MiB and a small multiple of itself.

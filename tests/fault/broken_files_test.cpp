@@ -15,9 +15,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kImplicit = Encoding::kImplicitLittle;
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-constexpr Encoding kBig = Encoding::kExplicitBig;
 constexpr const char* kNoMark = "Error checking DICOM MetaHeader";
 
 // The largest piece of memory that a load may ask for beside the bytes that are there.

@@ -16,8 +16,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
-
 /// A file with a bit of everything: sequences of both kinds, fragments, a value that is read directly.
 Bytes FileWithEverything(Encoding encoding) {
   const Bytes leaf = DataSetBuilder(encoding)

@@ -16,7 +16,6 @@
 namespace tessaret::test {
 namespace {
 
-constexpr Encoding kExplicit = Encoding::kExplicitLittle;
 constexpr const char* kNoMark = "Error checking DICOM MetaHeader";
 
 TEST(OddSources, ADirectoryIsAnError) {

@@ -20,7 +20,7 @@ using test::TextItemBytes;
 using test::Written;
 
 // An abstract syntax "1.2" and two transfer syntaxes, "1.3" and "1.45".
-const Bytes kContext =
+const Bytes kTwoSyntaxes =
     Hex("20 00 001a 07 000000"
         "30 00 0003 312e32"
         "40 00 0003 312e33"
@@ -41,19 +41,19 @@ TEST(ProposedContext, IsItsIdentifierTheAbstractSyntaxAndAllTransferSyntaxes) {
   item.TransferSyntaxes = {TransferSyntax("1.3"), TransferSyntax("1.45")};
   EXPECT_EQ(item.Size(), 30u);
   EXPECT_EQ(item.Length, 26);
-  EXPECT_EQ(Written(item), kContext);
+  EXPECT_EQ(Written(item), kTwoSyntaxes);
 }
 
 TEST(ProposedContext, IsReadAsItWasWritten) {
   PresentationContext item;
-  ASSERT_TRUE(Reads(item, kContext));
+  ASSERT_TRUE(Reads(item, kTwoSyntaxes));
   EXPECT_EQ(item.PresentationContextID, 7);
   EXPECT_EQ(item.AbstractSyntax.View(), "1.2");
   ASSERT_EQ(item.TransferSyntaxes.size(), 2u);
   EXPECT_EQ(item.TransferSyntaxes[0].View(), "1.3");
   EXPECT_EQ(item.TransferSyntaxes[1].View(), "1.45");
   EXPECT_EQ(item.Length, 26);
-  EXPECT_EQ(Written(item), kContext);
+  EXPECT_EQ(Written(item), kTwoSyntaxes);
 }
 
 TEST(ProposedContext, KeepsItsReservedBytes) {
@@ -94,7 +94,7 @@ TEST(ProposedContext, NeedsNoTransferSyntaxAndNoItemAtAll) {
 TEST(ProposedContext, FailsUnlessItsItemsFillItExactly) {
   // The length is one less and one more than what stands in it, and less than what it begins with.
   for (const std::uint8_t length : std::initializer_list<std::uint8_t>{25, 27, 0, 1, 2, 3}) {
-    Bytes bytes = kContext;
+    Bytes bytes = kTwoSyntaxes;
     bytes[3] = length;
     bytes.push_back(0);
     PresentationContext item;
@@ -103,20 +103,20 @@ TEST(ProposedContext, FailsUnlessItsItemsFillItExactly) {
 }
 
 TEST(ProposedContext, FailsAtAnItemThatReachesBeyondIt) {
-  Bytes bytes = kContext;
+  Bytes bytes = kTwoSyntaxes;
   bytes[18] = 0xff;  // the length of the first transfer syntax
   PresentationContext item;
   EXPECT_FALSE(Reads(item, bytes));
-  bytes = kContext;
+  bytes = kTwoSyntaxes;
   bytes[11] = 0x20;  // that of the abstract syntax
   EXPECT_FALSE(Reads(item, bytes));
 }
 
 TEST(ProposedContext, FailsWhereItIsCutOrReachesBeyondWhatEnclosesIt) {
-  ExpectFailsCutAnywhere<PresentationContext>(kContext);
+  ExpectFailsCutAnywhere<PresentationContext>(kTwoSyntaxes);
   for (std::uint32_t room = 0; room < 29; ++room) {
     PresentationContext item;
-    Received received({kContext.begin() + 1, kContext.end()});
+    Received received({kTwoSyntaxes.begin() + 1, kTwoSyntaxes.end()});
     EXPECT_FALSE(item.ReadRest(received, room)) << room;
   }
 }
