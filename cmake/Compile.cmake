@@ -48,6 +48,16 @@ function(tessaret_precompile target)
   endif()
 endfunction()
 
+option(TESSARET_UNITY "Compile sources of the programs and the tests several at a time" ON)
+
+# tessaret_compile_together(target [file...]): eight sources of a target are compiled as one, which takes a third of the
+# time, for that goes to what they all include. The files named are compiled alone, because they use names of their
+# neighbours for something else.
+function(tessaret_compile_together target)
+  set_target_properties(${target} PROPERTIES UNITY_BUILD ${TESSARET_UNITY} UNITY_BUILD_BATCH_SIZE 8)
+  set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)
+endfunction()
+
 set(TESSARET_SANITIZE "" CACHE STRING "Sanitizers, as in -fsanitize= (address,undefined or thread)")
 option(TESSARET_COVERAGE "Count lines and branches (GCC)" OFF)
 option(TESSARET_LIBFUZZER "Build fuzz targets for libFuzzer (Clang)" OFF)

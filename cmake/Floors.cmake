@@ -15,10 +15,11 @@ function(tessaret_floor_number name result)
   message(FATAL_ERROR "${TESSARET_FLOOR_FILE} has no floor named ${name}")
 endfunction()
 
-# tessaret_add_floor(name SOURCES file... [LIBRARIES target...])
+# tessaret_add_floor(name SOURCES file... [LIBRARIES target...] [ALONE file...])
 # Makes the object library tessaret_<name> of exactly these files (headers listed too), which sees the floors above it.
+# ALONE: sources that cannot be compiled with others, where builds that are not shipped do so.
 function(tessaret_add_floor name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;ALONE")
   tessaret_floor_number(${name} number)
   if(NOT arg_SOURCES)
     return()
@@ -31,8 +32,18 @@ function(tessaret_add_floor name)
     PRIVATE tessaret_warnings tessaret_codegen)
   # The readers gain a fifth from inlining that -O2 does not do; programs and tests build faster without.
   target_compile_options(tessaret_${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O3>)
-  tessaret_precompile(tessaret_${name})
+  # What is shipped is compiled as it was written.
+  if(TESSARET_SANITIZE OR CMAKE_INTERPROCEDURAL_OPTIMIZATION)
+    tessaret_compile_together(tessaret_${name} ${arg_ALONE})
+  endif()
   get_property(floors GLOBAL PROPERTY TESSARET_FLOORS)
+  # All floors are compiled alike, so the lowest one's headers serve them all.
+  if(NOT floors)
+    tessaret_precompile(tessaret_${name})
+  elseif(TESSARET_PCH)
+    list(GET floors 0 lowest)
+    target_precompile_headers(tessaret_${name} REUSE_FROM tessaret_${lowest})
+  endif()
   foreach(other IN LISTS floors)
     tessaret_floor_number(${other} otherNumber)
     if(otherNumber LESS number)

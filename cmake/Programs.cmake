@@ -23,12 +23,12 @@ function(tessaret_add_host target)
 endfunction()
 
 # tessaret_add_test_program(name SOURCES file... [LABELS label...] [LIBRARIES target...] [TIMEOUT seconds] [SHARDS n]
-#   [OPTIMISED])
+#   [OPTIMISED] [ALONE file...])
 # A GoogleTest program with one entry in ctest (n entries, each with its share of the tests, where SHARDS says so).
 # It carries the label of its area, the folder below tests/. Label `threads` has it run under the thread sanitizer.
-# OPTIMISED is for tests that go through many bytes themselves.
+# OPTIMISED is for tests that go through many bytes themselves, ALONE for sources that cannot be compiled with others.
 function(tessaret_add_test_program name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "TIMEOUT;SHARDS" "SOURCES;LABELS;LIBRARIES")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "TIMEOUT;SHARDS" "SOURCES;LABELS;LIBRARIES;ALONE")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_BINARY_DIR}/tests/include")
   target_link_libraries(${name} PRIVATE
@@ -39,6 +39,7 @@ function(tessaret_add_test_program name)
   elseif(TESSARET_PCH)
     target_precompile_headers(${name} REUSE_FROM tessaret_test_pch)
   endif()
+  tessaret_compile_together(${name} ${arg_ALONE})
   add_dependencies(${name} tessaret_data)
   if("threads" IN_LIST arg_LABELS)
     add_dependencies(threads_tests ${name})
