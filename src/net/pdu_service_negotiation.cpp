@@ -64,9 +64,10 @@ int PDU_Service::Request(const std::string& host, const std::string& port) {
     NoteRefusal(kServiceProvider, kNoReason);
     return Fail(Link.GetLastError());
   }
-  AAssociateRQ.Write(*this);
+  // Nobody answers what was not sent whole; a peer that is gone may have said why before.
+  const bool mayBeAnswered = AAssociateRQ.Write(*this) || Link.HasInput();
   std::uint8_t type = 0;
-  if (!Read8(&type)) type = 0;
+  if (!mayBeAnswered || !Read8(&type)) type = 0;
   if (type == AAssociateAC.ItemType) {
     AAssociateAC = tessaret::AAssociateAC();
     // Answers that do not add up are taken all the same, unless the link has ended within.
