@@ -51,3 +51,13 @@ for series in json.load(sys.stdin):
     tags = series["MainDicomTags"]
     print("{:>4} instances  {:<4} {}".format(len(series["Instances"]), tags.get("Modality", ""), tags.get("SeriesInstanceUID", "")))'
 }
+
+# expect_in_archive FILE|FOLDER...: what the archive lists has to be the instances of these files, each once and none else.
+expect_in_archive() {
+  local sent listed
+  sent="$(find "$@" -type f -exec "$tool" get {} SOPInstanceUID \; | sort -u)"
+  listed="$(ask_archive 'instances?expand' | /usr/bin/python3 -c 'import json, sys
+for instance in json.load(sys.stdin): print(instance["MainDicomTags"]["SOPInstanceUID"])' | sort)"
+  [ "$sent" = "$listed" ] || die "demo: the archive lists other instances than those that were sent"
+  say "the archive lists the $(wc -l <<<"$sent") instances that were sent, and no others"
+}
