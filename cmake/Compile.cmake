@@ -51,8 +51,8 @@ endfunction()
 option(TESSARET_UNITY "Compile sources of the programs and the tests several at a time" ON)
 
 # tessaret_compile_together(target [file...]): eight sources of a target are compiled as one, which takes a third of the
-# time, for that goes to what they all include. The files named are compiled alone, because they use names of their
-# neighbours for something else.
+# time, for that goes to what they all include. The files named are compiled alone: they use names of their
+# neighbours for something else, or GCC 12 warns of what it makes of them together.
 function(tessaret_compile_together target)
   set_target_properties(${target} PROPERTIES UNITY_BUILD ${TESSARET_UNITY} UNITY_BUILD_BATCH_SIZE 8)
   set_source_files_properties(${ARGN} PROPERTIES SKIP_UNITY_BUILD_INCLUSION ON)

@@ -17,7 +17,7 @@ endfunction()
 
 # tessaret_add_floor(name SOURCES file... [LIBRARIES target...] [ALONE file...])
 # Makes the object library tessaret_<name> of exactly these files (headers listed too), which sees the floors above it.
-# ALONE: sources that cannot be compiled with others, where builds that are not shipped do so.
+# ALONE: sources that cannot be compiled with others, where the sanitizers watch and that is done.
 function(tessaret_add_floor name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES;ALONE")
   tessaret_floor_number(${name} number)
@@ -32,8 +32,8 @@ function(tessaret_add_floor name)
     PRIVATE tessaret_warnings tessaret_codegen)
   # The readers gain a fifth from inlining that -O2 does not do; programs and tests build faster without.
   target_compile_options(tessaret_${name} PRIVATE $<$<CONFIG:RelWithDebInfo>:-O3>)
-  # What is shipped is compiled as it was written.
-  if(TESSARET_SANITIZE OR CMAKE_INTERPROCEDURAL_OPTIMIZATION)
+  # What is not watched is compiled as it is shipped: each source by itself.
+  if(TESSARET_SANITIZE)
     tessaret_compile_together(tessaret_${name} ${arg_ALONE})
   endif()
   get_property(floors GLOBAL PROPERTY TESSARET_FLOORS)
