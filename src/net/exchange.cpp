@@ -90,8 +90,8 @@ bool Exchange::IsOfAbandoned(const DICOMObject& response) {
 }
 
 bool Exchange::Fail(const DICOMObject& response) {
-  End();
   const std::uint16_t status = CommandNumber(response, command_element::kStatus).value_or(0);
+  if (!dimse_status::IsPending(status)) End();
   pdu_.SetError(
       (Format("The peer has answered with status 0x%4.4X", status) + CommentIn(response)).c_str());
   return false;

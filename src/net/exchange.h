@@ -28,7 +28,8 @@ class Exchange {
   bool Read(std::uint16_t field, DICOMCommandObject& response, DICOMDataObject* data = nullptr);
   /// The last response has come.
   void End() { awaited_.reset(); }
-  /// The last response has come, and is a failure: leaves its status and comment in LastError. False.
+  /// Ends with a response that is a failure: leaves its status and comment in LastError. One with a status that promises more is not
+  /// the last, and the exchange is abandoned. False.
   bool Fail(const DICOMObject& response);
 
  private:

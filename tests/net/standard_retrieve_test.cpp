@@ -21,12 +21,12 @@
 namespace tessaret::test {
 namespace {
 
-Bytes MoveResponse(std::uint16_t status, std::uint16_t field = 0x8021) {
+Bytes MoveResponse(std::uint16_t status, std::uint16_t field = 0x8021, std::uint16_t asked = 1) {
   return Data(7, kWholeCommand,
               Command()
                   .Uid(0x0002, kMove)
                   .Number(0x0100, field)
-                  .Number(0x0120, 1)
+                  .Number(0x0120, asked)
                   .Number(0x0800, 0x0101)
                   .Number(0x0900, status)
                   .Number(0x1020, 1));
@@ -75,6 +75,23 @@ TEST(Retrieve, CancelsByItsMessageIdWhenTheCallerHasEnough) {
   EXPECT_EQ(sent[2], CancelRequest(31, 7));
   EXPECT_FALSE(move.Write(nullptr, &what, "DEST"));
   EXPECT_FALSE(move.Write(&association.pdu, nullptr, "DEST"));
+}
+
+TEST(Retrieve, TakesNothingThatStillComesForOneThatFailedByAPendingStatus) {
+  Association association(kContexts);
+  SetIdentifierCounter(31);
+  association.peer.Send(Joined({MoveResponse(0xFF01, 0x8021, 31), MoveResponse(0xFF00, 0x8021, 31),
+                                MoveResponse(0, 0x8021, 31), MoveResponse(0xB000, 0x8021, 32)}));
+  DICOMDataObject what;
+  PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+  Moving first;
+  EXPECT_FALSE(first.Write(&association.pdu, &what, "DEST"));
+  EXPECT_EQ(first.told, "query=Q*;");
+  EXPECT_EQ(Words(association.pdu), "The peer has answered with status 0xFF01");
+  Moving second;
+  EXPECT_TRUE(second.Write(&association.pdu, &what, "DEST"));
+  EXPECT_EQ(second.told, "query=Q*;45056=;");
+  EXPECT_TRUE(association.pdu.AbandonedMessages.empty());
 }
 
 TEST(Retrieve, CancelsItsOwnRequestThoughItsHookHasSentAnother) {
