@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "core/codec_helpers.h"
 #include "core/module_dictionaries.h"
 #include "core/object_maker.h"
 #include "core/type_code.h"
@@ -245,6 +246,20 @@ TEST_F(StoreSending, AFileInASyntaxThatThePeerTookStaysAsItIs) {
   // The head of the file is no part of what is sent: what stands there came with the context.
   EXPECT_EQ(object.GetVR(0x0002, 0x0001), nullptr);
   EXPECT_EQ(object.GetVR(0x0002, 0x0012), nullptr);
+}
+
+TEST_F(StoreSending, FragmentsOfASyntaxThatThePeerTookStayAsTheyAre) {
+  // No codec is there for it: nothing but leaving them alone can send them.
+  const std::string syntax = "1.2.840.10008.1.2.4.100";
+  Add("a", CompressedFile(syntax, {0, 0, 1, 0xB3, 0xFE, 0xFF}));
+  StoreProvider provider({.namedSyntax = syntax});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_THAT(heard_.errors, ElementsAre());
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].syntax, syntax);
+  EXPECT_EQ(ItemsOf(*provider.stored[0].object),
+            (std::vector<Bytes>{{}, {0, 0, 1, 0xB3, 0xFE, 0xFF}}));
 }
 
 TEST_F(StoreSending, FilesOfAnyNativeFormArriveTheSameInEitherForm) {
