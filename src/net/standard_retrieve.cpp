@@ -52,7 +52,7 @@ bool TakesNativeData(const PDU_Service& link, const UID& sopClass) {
 }
 
 /// Sends one file. The counter of what became of it.
-std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& path) {
+std::uint16_t RetrieveCounters::*SendOneFile(PDU_Service& link, const std::string& path) {
   // Nothing is loaded for a link that is lost.
   if (link.Link.Connected == 0) return &RetrieveCounters::failed;
   const auto [object, lack] = LoadForSending(link, path);
@@ -65,6 +65,32 @@ std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& 
   const std::uint16_t status = storage.GetStatus();
   if (status == dimse_status::kSuccess) return &RetrieveCounters::completed;
   return dimse_status::IsWarning(status) ? &RetrieveCounters::warning : &RetrieveCounters::failed;
+}
+
+/// The same, of one that no memory or no message can hold too: the others are still sent, and the peer hears of each.
+std::uint16_t RetrieveCounters::*SendFile(PDU_Service& link, const std::string& path) {
+  return Contained(&RetrieveCounters::failed, [&] { return SendOneFile(link, path); });
+}
+
+/// For an association to the destination, as what `pdu` has been called by.
+std::unique_ptr<PDU_Service> LinkBehind(const PDU_Service& pdu, std::string_view destinationAE) {
+  auto link = std::make_unique<PDU_Service>();
+  link->AttachDictionary(pdu.Dictionary, false);
+  link->Link.TimeoutSecs = pdu.Link.TimeoutSecs;
+  link->SetCallingTitle(std::string_view(pdu.AAssociateAC.CalledApTitle.data(), kApTitleBytes));
+  link->SetCalledTitle(destinationAE);
+  return link;
+}
+
+/// Proposes the class of each instance. False where one cannot be told.
+bool ProposeClasses(PDU_Service& link, const std::vector<std::string>& instances) {
+  for (const std::string& path : instances) {
+    const std::unique_ptr<DICOMDataObject> head = link.LoadFile(path.c_str(), false, false);
+    const auto sopClass = head == nullptr ? std::nullopt : UidOf(*head, 0x0008, 0x0016);
+    if (!sopClass) return false;
+    link.AddAbstractSyntax(*sopClass);
+  }
+  return true;
 }
 
 /// The largest number where there are more than two bytes can say.
@@ -142,22 +168,17 @@ bool StandardRetrieve::Read(PDU_Service* pdu, DICOMCommandObject* command) {
   if (!Contained(false, [&] { return FindDestination(destinationAE, address); })) {
     return Answer(move, dimse_status::kUnknownDestination, "Cannot find destination AE");
   }
-  PDU_Service link;
-  link.AttachDictionary(pdu->Dictionary, false);
-  link.Link.TimeoutSecs = pdu->Link.TimeoutSecs;
-  link.SetCallingTitle(std::string_view(pdu->AAssociateAC.CalledApTitle.data(), kApTitleBytes));
-  link.SetCalledTitle(destinationAE);
-  for (const std::string& path : move.instances) {
-    const std::unique_ptr<DICOMDataObject> head = link.LoadFile(path.c_str(), false, false);
-    const auto sopClass = head == nullptr ? std::nullopt : UidOf(*head, 0x0008, 0x0016);
-    if (!sopClass) return Answer(move, dimse_status::kCannotLoad, "Cannot load SOP");
-    link.AddAbstractSyntax(*sopClass);
+  const auto link =
+      Contained(std::unique_ptr<PDU_Service>(), [&] { return LinkBehind(*pdu, destinationAE); });
+  if (link != nullptr && !Contained(false, [&] { return ProposeClasses(*link, move.instances); })) {
+    return Answer(move, dimse_status::kCannotLoad, "Cannot load SOP");
   }
-  if (link.Connect(address.host, address.port) == 0) {
+  if (link == nullptr ||
+      Contained(0, [&] { return link->Connect(address.host, address.port); }) == 0) {
     return Answer(move, dimse_status::kCannotConnect, "Cannot connect to destination AE");
   }
-  const bool isAnswered = SendInstances(move, link);
-  link.Close();
+  const bool isAnswered = SendInstances(move, *link);
+  link->Close();
   return isAnswered;
 }
 

@@ -1,4 +1,6 @@
 // Services whose thread runs out of memory at any moment: the peer gets whole messages or the end of the link, and nothing is leaked.
+#include <algorithm>
+
 #include <gtest/gtest.h>
 
 #include "net/identifiers.h"
@@ -182,6 +184,66 @@ TEST(WithoutMemory, AMoveIsAnsweredWholly) {
     DICOMCommandObject command;
     if (pdu.Read(command) != 0) move.Read(&pdu, &command);
   });
+}
+
+/// How many responses with this status our provider has sent.
+std::ptrdiff_t CountWithStatus(const std::vector<Bytes>& sent, std::uint16_t status) {
+  return std::count_if(sent.begin(), sent.end(), [&](const Bytes& pdu) {
+    return pdu[0] == 4 && (pdu[11] & kCommandPart) != 0 && NumberIn(pdu, 0x0900) == status;
+  });
+}
+
+TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
+  constexpr int kInstances = 3;
+  const TempFolder folder;
+  WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
+  int withOneLess = 0;
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    SCOPED_TRACE("allocation " + std::to_string(nth));
+    Destination destination({0, 0, 0});
+    Moving move;
+    move.files.assign(kInstances, folder.File("1.1"));
+    move.port = destination.Port();
+    Association association(kContexts);
+    association.peer.Send(MoveRequest("DEST"));
+    DICOMCommandObject command;
+    ReadCommand(association, command);
+    bool isAnswered = false;
+    bool threw = false;
+    {
+      const AllocationFailure failure(nth);
+      try {
+        isAnswered = move.Read(&association.pdu, &command);
+      } catch (const std::bad_alloc&) {
+        threw = true;
+      }
+      happened = failure.Happened();
+    }
+    const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
+    // It waits for somebody, also where we did not come.
+    static_cast<void>(ConnectTo(destination.Port()));
+    destination.Wait();
+    const auto stored =
+        std::count(destination.received.begin(), destination.received.end(), '4') / 2;
+    const auto pending = CountWithStatus(sent, 0xFF00);
+    if (threw) {
+      // A response, behind an instance that has arrived.
+      EXPECT_EQ(stored, std::min<std::ptrdiff_t>(pending + 1, kInstances));
+      EXPECT_GT(stored, 0);
+    } else if (!isAnswered) {
+      EXPECT_EQ(move.asked, "");  // the identifier did not come
+    } else if (NumberIn(sent.back(), 0x0900) == 0) {
+      const int failed = NumberIn(sent.back(), 0x1022);
+      EXPECT_EQ(pending, kInstances);
+      EXPECT_EQ(NumberIn(sent.back(), 0x1020), 0);
+      EXPECT_EQ(NumberIn(sent.back(), 0x1021) + failed, kInstances);
+      if (failed == 1 && stored == kInstances - 1) ++withOneLess;
+    } else {
+      EXPECT_EQ(sent.size(), 1u);
+    }
+  }
+  EXPECT_GT(withOneLess, kInstances) << "each instance fails by itself at several steps";
 }
 
 }  // namespace
