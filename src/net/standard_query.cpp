@@ -1,6 +1,7 @@
 #include "net/standard_query.h"
 
 #include <new>
+#include <optional>
 
 #include "net/command_elements.h"
 #include "net/contained.h"
@@ -63,7 +64,12 @@ bool StandardQuery::Read(PDU_Service* pdu, DICOMCommandObject* command) {
     }
     // One that is not there says nothing, and one without an element could not follow.
     if (response == nullptr || !HasElementToSend(*response)) continue;
-    if (!CFindRSP::Write(pdu, command, dimse_status::kPending, response.get())) return false;
+    const auto isSent = Contained(std::optional<bool>(), [&] {
+      return std::optional(CFindRSP::Write(pdu, command, dimse_status::kPending, response.get()));
+    });
+    // The peer would take what has come for all that there is.
+    if (!isSent) return CFindRSP::Write(pdu, command, dimse_status::kUnableToProcess);
+    if (!*isSent) return false;
   }
   return CFindRSP::Write(pdu, command, dimse_status::kSuccess);
 }

@@ -246,5 +246,38 @@ TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
   EXPECT_GT(withOneLess, kInstances) << "each instance fails by itself at several steps";
 }
 
+TEST(WithoutMemory, AQueryWithAMatchThatCannotBeSentFails) {
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    SCOPED_TRACE("allocation " + std::to_string(nth));
+    Finding<StudyRootQuery> query;
+    for (const char* name : {"AA", "BB"}) query.Match(name);
+    Association association(kContexts);
+    association.peer.Send(FindRequest());
+    DICOMCommandObject command;
+    ReadCommand(association, command);
+    bool isAnswered = false;
+    bool threw = false;
+    {
+      const AllocationFailure failure(nth);
+      try {
+        isAnswered = query.Read(&association.pdu, &command);
+      } catch (const std::bad_alloc&) {
+        threw = true;
+      }
+      happened = failure.Happened();
+    }
+    const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
+    const auto pending = CountWithStatus(sent, 0xFF00);
+    if (threw) {
+      EXPECT_EQ(pending, 2) << "all but the last response";
+    } else if (isAnswered) {
+      EXPECT_EQ(NumberIn(sent.back(), 0x0900), pending == 2 ? 0 : 0xC001);
+    } else {
+      EXPECT_EQ(association.pdu.Link.Connected, 0);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tessaret::test
