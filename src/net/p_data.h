@@ -49,7 +49,7 @@ class PDataTF {
 
   /// Reads PDVs into VRBuffer up to one that ends a message, or the end of the PDU, whose type byte has been read where a new one
   /// begins. False where the stream ends, a PDV is shorter than its own head or longer than its PDU, the PDU announces more than
-  /// kMostMessageBytes, and the message comes to more.
+  /// kMostMessageBytes, and the message comes to more than MostBytes.
   bool ReadDynamic(PDU_Service& pdu);
 
   /// The bytes that ReadDynamic has gathered, until DropMessage, or until it begins with the next message.
@@ -75,6 +75,7 @@ class PDataTF {
   // Set by the caller before a write; the identifier is left by a read.
   std::uint8_t MessagePresentationContextID = 0;
   std::uint8_t MessageControl = 0;
+  std::uint32_t MostBytes = kMostMessageBytes;  // that a message read may come to; no more than that
 
  private:
   struct Freer {

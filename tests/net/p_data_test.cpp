@@ -1,4 +1,5 @@
 #include <cstdlib>
+#include <numeric>
 
 #include <gtest/gtest.h>
 
@@ -182,6 +183,46 @@ TEST(PDataRead, RefusesLengthsThatLie) {
     association.peer.Send(Joined({{4, 0}, Big32(length), Pdv(3, 2, {1, 2})}));
     PDataTF data;
     EXPECT_FALSE(ReadOnce(association, data).isRead) << length;
+  }
+}
+
+TEST(PDataRead, RefusesAMessageThatGrowsBeyondItsBound) {
+  EXPECT_EQ(PDataTF().MostBytes, 0x7FFFFFFFu) << "buffers count in 31 bits";
+  // One that fills the bound, and one that is a byte longer: in one fragment, and in the second or third one of a PDU or of several.
+  const struct {
+    std::vector<std::size_t> fragments;
+    bool isRead;
+  } rows[] = {
+      {{100}, true},      {{101}, false},      {{60, 40}, true},
+      {{60, 41}, false},  {{100, 1}, false},   {{100, 0}, true},
+      {{1, 98, 1}, true}, {{1, 98, 2}, false}, {{100, 0, 100}, false},
+  };
+  for (const auto& row : rows) {
+    for (const bool inOnePdu : {true, false}) {
+      Bytes fragments;
+      for (std::size_t i = 0; i < row.fragments.size(); ++i) {
+        const Bytes fragment = Pdv(3, i + 1 == row.fragments.size() ? kLastPart : std::uint8_t{0},
+                                   Bytes(row.fragments[i], 7));
+        fragments = Joined({fragments, inOnePdu ? fragment : Pdu(4, fragment)});
+      }
+      const std::size_t whole =
+          std::accumulate(row.fragments.begin(), row.fragments.end(), std::size_t{0});
+      Association association(kContexts);
+      association.peer.Send(inOnePdu ? Pdu(4, fragments) : fragments);
+      PDataTF data;
+      data.MostBytes = 100;
+      Step step{};
+      do {
+        step = ReadOnce(association, data);
+      } while (step.isRead && step.status == 0);
+      EXPECT_EQ(step.isRead, row.isRead) << whole;
+      EXPECT_LE(step.message.size(), 100u);
+      if (!row.isRead) continue;
+      EXPECT_EQ(step.message, Bytes(whole, 7));
+      // The next message begins with the whole bound.
+      association.peer.Send(Data(3, kLastPart, Bytes(100, 8)));
+      EXPECT_EQ(ReadOnce(association, data), (Step{true, 1, 0, Bytes(100, 8)}));
+    }
   }
 }
 
