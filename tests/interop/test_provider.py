@@ -1,6 +1,7 @@
 """The programs of DCMTK as requesters of our provider, which tests/net/provider.cpp drives."""
 
 import os
+import resource
 import struct
 import subprocess
 import tempfile
@@ -24,13 +25,25 @@ SECONDS = 60  # for one program; none takes one
 
 
 class Provider:
-    """Our provider on a free port of this machine, ended with the block."""
+    """Our provider on a free port of this machine, ended with the block. With `largest_file` the system gives each of its files so many
+    bytes, as a disk does that has no more."""
 
-    def __init__(self, *words):
+    def __init__(self, *words, largest_file=None):
         self.words = [str(word) for word in words]
+        self.largest_file = largest_file
+
+    def limit_files(self):
+        if self.largest_file is not None:
+            resource.setrlimit(resource.RLIMIT_FSIZE, (self.largest_file, self.largest_file))
 
     def __enter__(self):
-        self.process = subprocess.Popen([PROVIDER, "0", *self.words], stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
+        self.process = subprocess.Popen(
+            [PROVIDER, "0", *self.words],
+            stdout=subprocess.PIPE,
+            stderr=subprocess.DEVNULL,
+            preexec_fn=self.limit_files,
+            restore_signals=False,  # the one for a file that is too long stays ignored, as it is here
+        )
         self.port = self.process.stdout.readline().decode().strip()
         return self
 
@@ -180,6 +193,55 @@ class OurProvider(unittest.TestCase):
         with Provider("--status", "0xA700") as provider:
             _, words = provider.ask("storescu", self.native[0], options=["-R"])
         self.assertIn("Received Store Response (Refused: OutOfResources)", words)
+
+    def refuses(self, provider):
+        """What is sent is answered as a failure, and the association goes on."""
+        _, words = provider.ask("storescu", self.native[0], self.native[1], options=["-R", "--no-halt"])
+        self.assertEqual(words.count("Received Store Response (Refused: OutOfResources)"), 2, words)
+        self.assertNotIn("Received Store Response (Success)", words)
+
+    def test_a_disk_that_is_full(self):
+        folder = self.new_folder()
+        with Provider(folder, largest_file=10000) as provider:  # of 18,000 bytes of pixels
+            self.refuses(provider)
+            self.assertEqual(list(folder.iterdir()), [])
+            # One that is there already stays as it was.
+            (folder / INSTANCE).write_bytes(b"before")
+            self.refuses(provider)
+            (kept,) = folder.iterdir()
+            self.assertEqual(kept.read_bytes(), b"before")
+
+    def test_a_device_that_is_full(self):
+        folder = self.new_folder()
+        (folder / INSTANCE).symlink_to("/dev/full")
+        with Provider(folder) as provider:
+            self.refuses(provider)
+        self.assertTrue((folder / INSTANCE).is_symlink())
+
+    def test_places_that_take_no_file(self):
+        no_folder = self.new_folder() / "file"
+        no_folder.write_bytes(b"")
+        removed = self.new_folder()
+        removed.rmdir()
+        taken = self.new_folder()
+        (taken / INSTANCE).mkdir()
+        # The system lets nobody make a file in the last one.
+        for place in (no_folder, removed, taken, "/proc"):
+            with self.subTest(str(place)), Provider(place) as provider:
+                self.refuses(provider)
+        self.assertEqual(no_folder.read_bytes(), b"")
+        self.assertFalse(removed.exists())
+        self.assertEqual(list(taken.rglob("*")), [taken / INSTANCE])
+
+    def test_an_instance_that_is_there_already(self):
+        folder = self.new_folder()
+        (folder / INSTANCE).write_bytes(b"before")
+        with Provider(folder) as provider:
+            words = self.succeeds(provider.ask("storescu", self.native[1], self.native[0], options=["-R"]))
+            self.assertEqual(words.count("Received Store Response (Success)"), 2, words)
+            # In its place while the provider still runs.
+            (stored,) = folder.iterdir()
+            self.assertEqual(data_set(stored), data_set(self.native[0]))
 
     def test_a_title_that_is_refused(self):
         with Provider("--title", "SOMEBODY") as provider:
