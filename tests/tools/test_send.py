@@ -40,6 +40,21 @@ class Send(network_tool.NetworkTest):
         self.assertEqual(len(node.titles), 1)
         self.assertEqual(node.releases, 1)
 
+    def test_titles_are_given_in_every_way(self):
+        file = self.good_file()
+        with Node() as node:
+            place, at = ["127.0.0.1", node.port], f"127.0.0.1:{node.port}"
+            rows = [([*place], "TESSARET", "ANY-SCP"), (["-aet", "US", *place], "US", "ANY-SCP"), (["-aec", "THEM", *place], "TESSARET", "THEM"),
+                    (["--aet", "US", "--aec", "THEM", *place], "US", "THEM"), (["-aet", "US", "-aec", "THEM", *place], "US", "THEM"),
+                    (["--aet=US", *place, "--aec=THEM"], "US", "THEM"), ([f"THEM@{at}"], "TESSARET", "THEM"),
+                    (["-aet", "US", f"THEM@{at}"], "US", "THEM"), (["-aet", "US", "-aec", "OTHER", f"THEM@{at}"], "US", "THEM"),
+                    (["-aet", "SIXTEEN  LETTERS", "-aec", "ALSO OF SIXTEEN.", *place], "SIXTEEN  LETTERS", "ALSO OF SIXTEEN.")]
+            for arguments, calling, called in rows:
+                with self.subTest(arguments):
+                    node.titles.clear()
+                    self.assert_says(("send", *arguments, file), DONE, summary(1), "")
+                    self.assertEqual(node.titles, [(calling.ljust(16), called.ljust(16))])
+
     def test_what_arrives_is_the_data_set_alone(self):
         for syntax in (IMPLICIT, EXPLICIT):
             for own in (IMPLICIT, EXPLICIT, BIG_ENDIAN):
