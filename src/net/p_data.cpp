@@ -123,7 +123,7 @@ bool PDataTF::FailToRead(std::uint32_t count) {
 }
 
 bool PDataTF::ReadFragment(PDU_Service& pdu, std::uint32_t size) {
-  if (size > MostBytes - receivedSize_) return false;
+  if (receivedSize_ > MostBytes || size > MostBytes - receivedSize_) return false;
   while (size != 0) {
     const std::uint32_t portion = std::min(size, kPortion);
     std::uint8_t* to = Grow(portion);
