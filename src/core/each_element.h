@@ -7,24 +7,36 @@
 
 namespace tessaret {
 
-/// Does `act(VR&)` to every element but those of group 0002, at any depth on a flat stack. `act` must change no object's elements.
-/// Throws std::bad_alloc with some elements visited and some not.
-template <class Act>
-void ForEachElement(DICOMObject& object, Act act) {
+/// Whether `is(VR&)` is true of any element but those of group 0002, at any depth on a flat stack; the first such one is the last that
+/// is asked. `is` must change no object's elements. Throws std::bad_alloc with some elements asked and some not.
+template <class Is>
+bool AnyElement(const DICOMObject& object, Is is) {
   constexpr std::uint16_t kMetaGroup = 0x0002;
-  std::vector<DICOMObject*> pending{&object};
+  std::vector<const DICOMObject*> pending{&object};
   while (!pending.empty()) {
-    DICOMObject* current = pending.back();
+    const DICOMObject* current = pending.back();
     pending.pop_back();
-    current->Elements.ForEach([&](VR& vr) {
-      if (vr.Group == kMetaGroup) return;
-      act(vr);
-      if (vr.Items == nullptr) return;
+    const bool isNone = current->Elements.ForEachWhile([&](VR& vr) {
+      if (vr.Group == kMetaGroup) return true;
+      if (is(vr)) return false;
+      if (vr.Items == nullptr) return true;
       for (const ItemArray::Node* node = vr.Items->First; node != nullptr; node = node->next) {
         if (node->value != nullptr) pending.push_back(node->value);
       }
+      return true;
     });
+    if (!isNone) return true;
   }
+  return false;
+}
+
+/// Does `act(VR&)` to every element but those of group 0002, in the same way.
+template <class Act>
+void ForEachElement(DICOMObject& object, Act act) {
+  AnyElement(object, [&act](VR& vr) {
+    act(vr);
+    return false;
+  });
 }
 
 }  // namespace tessaret

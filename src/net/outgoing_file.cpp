@@ -3,6 +3,7 @@
 #include <cerrno>
 
 #include "base/text.h"
+#include "core/each_element.h"
 #include "core/file_head.h"
 #include "core/transfer_syntax.h"
 #include "core/value_order.h"
@@ -12,8 +13,8 @@
 namespace tessaret {
 
 bool HasFragments(const DICOMObject& object) {
-  const VR* pixels = object.GetVR(GroupOf(kPixelDataTag), ElementOf(kPixelDataTag));
-  return pixels != nullptr && pixels->Items != nullptr;
+  return AnyElement(object,
+                    [](const VR& vr) { return vr.Key() == kPixelDataTag && vr.Items != nullptr; });
 }
 
 OutgoingFile LoadForSending(PDU_Service& pdu, const std::string& path) {

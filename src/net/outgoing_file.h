@@ -21,7 +21,8 @@ OutgoingFile LoadForSending(PDU_Service& pdu, const std::string& path);
 /// The same with the words in the answer.
 OutgoingFile LoadForSending(const RTC* dictionary, const std::string& path);
 
-/// Whether its pixel data is fragments, which mean something in their own transfer syntax only.
+/// Whether pixel data is fragments, its own or that of items at any depth: they mean something in their own transfer syntax only.
+/// Throws std::bad_alloc.
 bool HasFragments(const DICOMObject& object);
 
 }  // namespace tessaret

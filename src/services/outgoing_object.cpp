@@ -50,11 +50,12 @@ std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, co
   const auto about = [&](const char* words) {
     return Format("]: %s [%s]", words, syntax.Text.data());
   };
-  if (ModuleCodecRegistry().Find(syntax.View()) == nullptr) {
-    return about("Unsupported compressed Transfer Syntax");
-  }
+  const CodecEntry* codec = ModuleCodecRegistry().Find(syntax.View());
+  if (codec == nullptr) return about("Unsupported compressed Transfer Syntax");
   DcmCompEngine engine;
-  if (!engine.Decompress(&object, nullptr, nullptr)) {
+  const bool isDecoded = engine.Decompress(&object, nullptr, nullptr);
+  // The engine leaves those of items as they are, which the new name would belie.
+  if (!isDecoded || (!codec->IsNative() && HasFragments(object))) {
     return about("Error decoding compressed Transfer Syntax");
   }
   const std::uint8_t contextID = pdu.ContextIDFor(sopClass);

@@ -18,8 +18,8 @@ void CloneInto(const DICOMObject& object, bool deep, const RTC* dictionary, DICO
 UID SyntaxOf(const DICOMObject& object);
 
 /// Brings pixel data from the transfer syntax that the object names to the one that the peer took for its SOP class. Empty, or why that
-/// cannot be, which begins with "]: ". Empty, too, where it has fragments by the name of a native syntax: these stay with that name, so
-/// that CanGoAsItIs has the last word.
+/// cannot be, which begins with "]: ", as it cannot of fragments of items, which nobody decodes. Empty, too, where it has fragments by the
+/// name of a native syntax: these stay with that name, so that CanGoAsItIs has the last word.
 std::string TranscodeForPeer(const PDU_Service& pdu, DICOMDataObject& object, const UID& sopClass);
 
 /// Whether the object means the same in the transfer syntax that the peer took for its SOP class: fragments do so in their own only, and

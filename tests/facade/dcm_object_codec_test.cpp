@@ -365,5 +365,38 @@ TEST(DCMObjectCodecs, FragmentsAreSentNativeWhereThePeerDoesNot) {
   EXPECT_EQ(ValueOf(PixelsOf(*provider.stored[0].object)), NativePixels(2));
 }
 
+TEST(DCMObjectCodecs, FragmentsOfAnIconAreSentInTheirOwnSyntaxOrNotAtAll) {
+  const auto object = Image(2);
+  ASSERT_EQ(Put(object, 0x0008, 0x0016, "1.2.840.10008.5.1.4.1.1.7"), kOk);
+  std::int16_t done = 0;
+  ASSERT_EQ(Translate(object, kToy, done), kOk);
+  constexpr TagKey kIcon = MakeTagKey(0x0088, 0x0200);
+  CoreOf(object)->Push(NewSequence(kIcon, {NewCompressed(1, kToy, 1).release()}));
+  const auto iconIn = [](const DICOMObject& in) {
+    return ItemsOf(*in.GetVR(GroupOf(kIcon), ElementOf(kIcon))->GetItem(0));
+  };
+  const std::vector<Bytes> pixels = ItemsOf(*CoreOf(object));
+  const std::vector<Bytes> icon = iconIn(*CoreOf(object));
+  VariantBool sent;
+  for (const char* syntax : {"1.2.840.10008.1.2", "1.2.840.10008.1.2.1"}) {
+    StoreProvider native({.namedSyntax = syntax});
+    EXPECT_FAILS_WITH(object->Send("127.0.0.1", native.Port(), "A", "B", {}, &sent),
+                      "Error during transfer");
+    EXPECT_FALSE(sent.IsTrue());
+    native.End();
+    EXPECT_EQ(native.associations, 1u);
+    EXPECT_EQ(native.stored.size(), 0u) << syntax;
+  }
+  StoreProvider own({.syntaxes = {kToy}});
+  ASSERT_EQ(object->Send("127.0.0.1", own.Port(), "A", "B", {}, &sent), kOk) << LastError().text;
+  own.End();
+  ASSERT_EQ(own.stored.size(), 1u);
+  EXPECT_EQ(own.stored[0].syntax, kToy);
+  EXPECT_EQ(ItemsOf(*own.stored[0].object), pixels);
+  EXPECT_EQ(iconIn(*own.stored[0].object), icon);
+  EXPECT_EQ(ItemsOf(*CoreOf(object)), pixels) << "the object itself stays as it is";
+  EXPECT_EQ(iconIn(*CoreOf(object)), icon);
+}
+
 }  // namespace
 }  // namespace tessaret::test

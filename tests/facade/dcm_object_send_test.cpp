@@ -63,11 +63,15 @@ TEST_F(ObjectSending, SendsNoFragmentsByAnotherNameThanTheirOwn) {
   for (const auto& [encoding, accepted] : {std::pair{Encoding::kExplicitLittle, kImplicit},
                                            std::pair{Encoding::kImplicitLittle, kExplicit},
                                            std::pair{Encoding::kExplicitBig, kExplicit}}) {
-    const Bytes file =
-        FileOf(encoding, ImageHead(encoding, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}}));
+    const Bytes files[] = {
+        FileOf(encoding, ImageHead(encoding, kCTStorage, "1.2.3", 4, 8).Fragments({{}, {1, 2}})),
+        NativeFileWithIcon(encoding, {1, 2})};
     StoreProvider provider({.namedSyntax = accepted});
-    EXPECT_FAILS_WITH(Send(Loaded(file), provider.Port()), "Error during transfer");
+    for (const Bytes& file : files) {
+      EXPECT_FAILS_WITH(Send(Loaded(file), provider.Port()), "Error during transfer");
+    }
     provider.End();
+    EXPECT_EQ(provider.associations, 2u);
     EXPECT_EQ(provider.stored.size(), 0u);
   }
 }

@@ -14,16 +14,28 @@ const testing::Environment* const kPlace = testing::AddGlobalTestEnvironment(new
 // A run of eight bytes of 7 in the toy's form: how many, and the byte turned round by 0x5A.
 const Bytes kToyFragment = {8, 0x07 ^ 0x5A};
 
-/// Two rows of four bytes in one fragment, in a file with this meta header.
-Bytes FileWith(const Bytes& meta, const Bytes& fragment) {
+/// What two rows of four bytes are described by.
+DataSetBuilder HeadOfBytes() {
   DataSetBuilder data(Encoding::kExplicitLittle);
   data.Element(0x0008, 0x0016, "UI", Evened(kCt)).Element(0x0008, 0x0018, "UI", Evened("1.1"));
   data.Number(0x0028, 0x0002, 1).Element(0x0028, 0x0004, "CS", "MONOCHROME2 ");
   data.Number(0x0028, 0x0010, 2).Number(0x0028, 0x0011, 4);
   data.Number(0x0028, 0x0100, 8).Number(0x0028, 0x0101, 8).Number(0x0028, 0x0102, 7);
   data.Number(0x0028, 0x0103, 0);
-  data.Fragments({Bytes(), fragment});
-  return Joined({Preamble(), meta, data.Done()});
+  return data;
+}
+
+/// They in one fragment, in a file with this meta header.
+Bytes FileWith(const Bytes& meta, const Bytes& fragment) {
+  return Joined({Preamble(), meta, HeadOfBytes().Fragments({Bytes(), fragment}).Done()});
+}
+
+/// The head with an icon in one fragment.
+DataSetBuilder HeadWithIcon() {
+  DataSetBuilder icon(Encoding::kExplicitLittle);
+  icon.Fragments({Bytes(), kToyFragment});
+  DataSetBuilder data = HeadOfBytes();
+  return data.Sequence(0x0088, 0x0200, Lengths::kUndefined, Lengths::kUndefined, {icon});
 }
 
 /// Without its length the group ends at its first element, and the name of the syntax does not stay in the object.
@@ -58,6 +70,14 @@ TEST(RetrieveOfCompressedInstances, CountsThoseThatCannotBeDecodedAsFailed) {
   } rows[] = {
       {"what the codec does not take", FileWith(MetaGroup(kToy), {9, 9})},
       {"fragments that are said to be native", FileWith(MetaGroup(kExplicit), kToyFragment)},
+      {"an icon that the engine leaves as it is",
+       Joined({Preamble(), MetaGroup(kToy),
+               HeadWithIcon().Fragments({Bytes(), kToyFragment}).Done()})},
+      {"such an icon without an image",
+       Joined({Preamble(), MetaGroup(kToy), HeadWithIcon().Done()})},
+      {"an icon that is said to be native",
+       Joined({Preamble(), MetaGroup(kExplicit),
+               HeadWithIcon().Element(0x7FE0, 0x0010, "OB", Bytes(8, 7)).Done()})},
   };
   for (const auto& row : rows) {
     const TempFolder folder;

@@ -90,6 +90,28 @@ TEST_F(OutgoingObject, FragmentsKeepTheNameOfTheirSyntaxWhereTheFilesDoesNotStay
   EXPECT_EQ(NamedIn(*plain), "");
 }
 
+TEST_F(OutgoingObject, FragmentsOfAnIconKeepThatNameToo) {
+  DataSetBuilder meta(Encoding::kExplicitLittle);
+  meta.Element(0x0002, 0x0010, "UI", Evened(kToy));
+  const Bytes data = ImageHeadWithIcon(Encoding::kExplicitLittle, 2, 16, kToyFragment)
+                         .Element(0x7FE0, 0x0010, "OW", LittleWords())
+                         .Done();
+  EXPECT_EQ(NamedIn(*Load(Joined({Preamble(), meta.Done(), data}))), kToy);
+}
+
+TEST_F(OutgoingObject, FragmentsAreFoundAtAnyDepth) {
+  const auto nest = NewNest(200000);
+  DICOMObject* innermost = nest.get();
+  while (DICOMObject* inner = InnerOf(*innermost)) innermost = inner;
+  innermost->Push(NewVR(kPixelDataTag, LittleWords(), type_code::OW));
+  EXPECT_FALSE(HasFragments(*nest)) << "native pixels are none";
+  innermost->Push(NewSequence(kPixelDataTag, {}));
+  EXPECT_FALSE(HasFragments(*nest)) << "nor is an element without items";
+  VR* fragment = NewVR(MakeTagKey(kStructuralGroup, kItemElement), kToyFragment);
+  innermost->Push(NewSequence(kPixelDataTag, {NewObject({fragment})}));
+  EXPECT_TRUE(HasFragments(*nest));
+}
+
 TEST_F(OutgoingObject, WhatIsNoFileHasWords) {
   EXPECT_EQ(LoadForSending(pdu_, folder_.File("missing.dcm")).object, nullptr);
   EXPECT_STREQ(pdu_.GetLastError(), "No such file or directory");
@@ -217,6 +239,48 @@ TEST_F(OutgoingObject, FragmentsByTheNameOfANativeSyntaxBecomeNothingElse) {
     EXPECT_EQ(Transcode(*object), "");
     EXPECT_EQ(NamedIn(*object), own);
     EXPECT_FALSE(CanGoAsItIs(pdu_, *object, UID(kCTStorage)));
+  }
+}
+
+TEST_F(OutgoingObject, FragmentsOfAnIconGoByTheNameOfTheirOwnSyntaxOnly) {
+  const UID sopClass(kCTStorage);
+  const Bytes files[] = {CompressedFileWithIcon(kToy, kToyFragment, kToyFragment),
+                         // The icon alone is compressed.
+                         Joined({Preamble(), MetaGroup(kToy),
+                                 ImageHeadWithIcon(Encoding::kExplicitLittle, 2, 16, kToyFragment)
+                                     .Element(0x7FE0, 0x0010, "OW", LittleWords())
+                                     .Done()})};
+  for (const Bytes& file : files) {
+    for (const std::string_view accepted : {kImplicit, kExplicit, kBig, "1.2.999.88"}) {
+      pdu_.AcceptedContexts.clear();
+      Accept(kCTStorage, accepted);
+      const auto object = Load(file);
+      EXPECT_FALSE(CanGoAsItIs(pdu_, *object, sopClass)) << accepted;
+      EXPECT_EQ(Transcode(*object), "]: Error decoding compressed Transfer Syntax [1.2.999.1]")
+          << accepted;
+    }
+    pdu_.AcceptedContexts.clear();
+    Accept(kCTStorage, kToy);
+    EXPECT_TRUE(CanGoAsItIs(pdu_, *Load(file), sopClass));
+  }
+}
+
+TEST_F(OutgoingObject, FragmentsOfAnIconByTheNameOfANativeSyntaxBecomeNothingElse) {
+  const UID sopClass(kCTStorage);
+  for (const Encoding encoding : kAllEncodings) {
+    const std::string_view own = SyntaxUidOf(encoding);
+    for (const std::string_view accepted : {kImplicit, kExplicit, kBig, kToy}) {
+      SCOPED_TRACE(std::string(NameOf(encoding)) + " for " + std::string(accepted));
+      pdu_.AcceptedContexts.clear();
+      Accept(kCTStorage, accepted);
+      const auto object = Load(NativeFileWithIcon(encoding, kToyFragment));
+      EXPECT_EQ(CanGoAsItIs(pdu_, *object, sopClass), accepted == own);
+      if (accepted == own) continue;
+      EXPECT_EQ(Transcode(*object), "");
+      EXPECT_EQ(NamedIn(*object), own);
+      EXPECT_EQ(ValueOf(PixelsOf(*object)), LittleWords());
+      EXPECT_FALSE(CanGoAsItIs(pdu_, *object, sopClass));
+    }
   }
 }
 

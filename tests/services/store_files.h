@@ -37,6 +37,16 @@ inline DataSetBuilder ImageHead(Encoding encoding, std::string_view sopClass,
   return head;
 }
 
+/// The same with an icon in front of the pixels, which is one fragment.
+inline DataSetBuilder ImageHeadWithIcon(Encoding encoding, std::uint16_t columns,
+                                        std::uint16_t bits, const Bytes& fragment) {
+  DataSetBuilder icon(encoding);
+  icon.Number(0x0028, 0x0010, 2).Number(0x0028, 0x0011, 4).Fragments({{}, fragment});
+  DataSetBuilder head = ImageHead(encoding, kCTStorage, "1.2.3.6", columns, bits);
+  head.Sequence(0x0088, 0x0200, Lengths::kUndefined, Lengths::kUndefined, {icon});
+  return head;
+}
+
 /// A native image of two rows of two pixels.
 inline Bytes ImageFile(std::string_view instance = "1.2.3.4",
                        std::string_view sopClass = kCTStorage,
@@ -55,6 +65,23 @@ inline Bytes CompressedFile(std::string_view syntax, const Bytes& fragment,
   DataSetBuilder data = ImageHead(Encoding::kExplicitLittle, sopClass, instance, 4, 8);
   data.Fragments({Bytes(), fragment});
   return Joined({Preamble(), MetaGroup(syntax), data.Done()});
+}
+
+/// The same with an icon in one fragment more.
+inline Bytes CompressedFileWithIcon(std::string_view syntax, const Bytes& fragment,
+                                    const Bytes& iconFragment) {
+  DataSetBuilder data = ImageHeadWithIcon(Encoding::kExplicitLittle, 4, 8, iconFragment);
+  data.Fragments({Bytes(), fragment});
+  return Joined({Preamble(), MetaGroup(syntax), data.Done()});
+}
+
+/// The native image with an icon in one fragment, for which its syntax has no name.
+inline Bytes NativeFileWithIcon(Encoding encoding, const Bytes& iconFragment) {
+  DataSetBuilder words(encoding);
+  for (const std::uint16_t word : kWords) words.U16(word);
+  return FileOf(
+      encoding,
+      ImageHeadWithIcon(encoding, 2, 16, iconFragment).Element(0x7FE0, 0x0010, "OW", words.Done()));
 }
 
 }  // namespace tessaret::test

@@ -262,6 +262,42 @@ TEST_F(StoreSending, FragmentsOfASyntaxThatThePeerTookStayAsTheyAre) {
             (std::vector<Bytes>{{}, {0, 0, 1, 0xB3, 0xFE, 0xFF}}));
 }
 
+TEST_F(StoreSending, FragmentsOfAnIconGoAsTheyAreOrNotAtAll) {
+  const std::string syntax = "1.2.840.10008.1.2.4.100";
+  Add("a", CompressedFileWithIcon(syntax, {0, 0, 1, 0xB3}, {0, 0, 1, 0xB8}));
+  {
+    StoreProvider provider({.namedSyntax = syntax});
+    EXPECT_TRUE(Send(provider.Port()));
+    provider.End();
+    EXPECT_THAT(heard_.errors, ElementsAre());
+    ASSERT_EQ(provider.stored.size(), 1u);
+    EXPECT_EQ(provider.stored[0].syntax, syntax);
+    DICOMObject& came = *provider.stored[0].object;
+    EXPECT_EQ(ItemsOf(came), (std::vector<Bytes>{{}, {0, 0, 1, 0xB3}}));
+    ASSERT_NE(came.GetVR(0x0088, 0x0200), nullptr);
+    EXPECT_EQ(ItemsOf(*came.GetVR(0x0088, 0x0200)->GetItem(0)),
+              (std::vector<Bytes>{{}, {0, 0, 1, 0xB8}}));
+  }
+  // By the name of a native syntax, to a peer that takes another one.
+  files_.clear();
+  std::vector<std::string> expected;
+  for (const Encoding encoding : {Encoding::kImplicitLittle, Encoding::kExplicitBig}) {
+    expected.push_back("Error sending [" +
+                       Add(NameOf(encoding), NativeFileWithIcon(encoding, {0, 0, 1, 0xB8})) +
+                       "]: The pixel data are not in the accepted Transfer Syntax");
+  }
+  Add("whole", ImageFile("1.2.3.7"));
+  std::vector<std::string> links;
+  heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
+  StoreProvider provider({.syntaxes = {kExplicit}});
+  EXPECT_TRUE(Send(provider.Port()));
+  provider.End();
+  EXPECT_EQ(heard_.errors, expected);
+  EXPECT_THAT(links, ElementsAre("", "", "")) << "the files are to blame";
+  ASSERT_EQ(provider.stored.size(), 1u);
+  EXPECT_EQ(provider.stored[0].instance, "1.2.3.7");
+}
+
 TEST_F(StoreSending, FilesOfAnyNativeFormArriveTheSameInEitherForm) {
   for (const Encoding encoding : kAllEncodings) {
     Add(NameOf(encoding), ImageFile("1.2.3", kCTStorage, encoding));
