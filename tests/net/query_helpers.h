@@ -43,4 +43,30 @@ class Finding : public Query {
   int cancelAt = 0;
 };
 
+/// A response to a query: without a status, and with one.
+inline Bytes FindResponse(int status, std::string_view name, std::uint16_t field = 0x8020) {
+  Command command;
+  command.Uid(0x0002, kFind)
+      .Number(0x0100, field)
+      .Number(0x0120, 1)
+      .Number(0x0800, name.empty() ? 0x0101 : 0x0102);
+  if (status >= 0) command.Number(0x0900, static_cast<std::uint16_t>(status));
+  const Bytes whole = Data(5, kWholeCommand, command);
+  return name.empty() ? whole : Joined({whole, Data(5, kLastPart, NameBytes(name))});
+}
+
+/// What our provider answers.
+inline Bytes FindAnswer(std::uint16_t status, std::string_view name) {
+  const Bytes command = Data(5, kWholeCommand,
+                             Command()
+                                 .Uid(0x0002, kFind)
+                                 .Number(0x0100, 0x8020)
+                                 .Number(0x0110, 9)
+                                 .Number(0x0120, 9)
+                                 .Number(0x0700, 2)
+                                 .Number(0x0800, name.empty() ? 0x0101 : 0x0102)
+                                 .Number(0x0900, status));
+  return name.empty() ? command : Joined({command, Data(5, kLastPart, NameBytes(name))});
+}
+
 }  // namespace tessaret::test

@@ -11,18 +11,6 @@
 namespace tessaret::test {
 namespace {
 
-/// A response to a query: without a status, and with one.
-Bytes FindResponse(int status, std::string_view name, std::uint16_t field = 0x8020) {
-  Command command;
-  command.Uid(0x0002, kFind)
-      .Number(0x0100, field)
-      .Number(0x0120, 1)
-      .Number(0x0800, name.empty() ? 0x0101 : 0x0102);
-  if (status >= 0) command.Number(0x0900, static_cast<std::uint16_t>(status));
-  const Bytes whole = Data(5, kWholeCommand, command);
-  return name.empty() ? whole : Joined({whole, Data(5, kLastPart, NameBytes(name))});
-}
-
 TEST(Query, HandsResponsesOnUpToTheLast) {
   const struct {
     Bytes responses;
@@ -125,20 +113,6 @@ TEST(Query, WithoutAnAssociationOrAQueryIsRefused) {
   EXPECT_FALSE(query.Read(nullptr, &command));
   EXPECT_FALSE(query.Read(&association.pdu, nullptr));
   EXPECT_EQ(query.told, "");
-}
-
-/// What our provider answers.
-Bytes FindAnswer(std::uint16_t status, std::string_view name) {
-  const Bytes command = Data(5, kWholeCommand,
-                             Command()
-                                 .Uid(0x0002, kFind)
-                                 .Number(0x0100, 0x8020)
-                                 .Number(0x0110, 9)
-                                 .Number(0x0120, 9)
-                                 .Number(0x0700, 2)
-                                 .Number(0x0800, name.empty() ? 0x0101 : 0x0102)
-                                 .Number(0x0900, status));
-  return name.empty() ? command : Joined({command, Data(5, kLastPart, NameBytes(name))});
 }
 
 /// What our provider answers to one request.
@@ -249,25 +223,6 @@ TEST(Query, TakesRequestsOfItsClassAndKindAlone) {
     EXPECT_TRUE(AnswersOf(query, request, false).empty());
     EXPECT_EQ(query.asked, "");
   }
-}
-
-TEST(Query, AnswersManyMatchesInTheirOrder) {
-  Association association(kContexts);
-  Finding<StudyRootQuery> query;
-  constexpr int kMatches = 5000;
-  for (int i = 0; i < kMatches; ++i) query.Match("AA");
-  association.peer.Send(FindRequest());
-  Bytes received;
-  std::thread reader([&] {
-    const std::size_t expected =
-        FindAnswer(0xFF00, "AA").size() * kMatches + FindAnswer(0, "").size();
-    received = association.peer.Receive(expected);
-  });
-  DICOMCommandObject command;
-  ReadCommand(association, command);
-  EXPECT_TRUE(query.Read(&association.pdu, &command));
-  reader.join();
-  EXPECT_EQ(SplitPdus(received).size(), 2u * kMatches + 1);
 }
 
 TEST(Query, HasAClassForEachSopClass) {
