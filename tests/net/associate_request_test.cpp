@@ -1,4 +1,5 @@
 // The side that asks for an association.
+#include <chrono>
 #include <functional>
 
 #include <gtest/gtest.h>
@@ -179,12 +180,16 @@ TEST(AssociateRequest, HasWordsForEveryResultSourceAndReason) {
       {255, 255, 255, "Connection rejected : , "},
   };
   for (const Refusal& refusal : refusals) {
-    ScriptedServer server(AnswerWith(Reject(static_cast<std::uint8_t>(refusal.result),
-                                            static_cast<std::uint8_t>(refusal.source),
-                                            static_cast<std::uint8_t>(refusal.reason))));
+    Bytes received = {1};
+    ScriptedServer server(AnswerWith(
+        Reject(static_cast<std::uint8_t>(refusal.result), static_cast<std::uint8_t>(refusal.source),
+               static_cast<std::uint8_t>(refusal.reason)),
+        &received));
     PDU_Service pdu;
     pdu.AddAbstractSyntax(UID(kEcho));
     EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(server.Wait(), "");
+    EXPECT_EQ(received, Bytes()) << refusal.words;
     EXPECT_EQ(Words(pdu), refusal.words);
     EXPECT_EQ(pdu.Link.Connected, 0);
     const Refusal kept{refusal.result > 2 ? 0 : refusal.result,
@@ -223,23 +228,34 @@ TEST(AssociateRequest, SaysThatTheLinkFailedWithinARefusal) {
   }
 }
 
-TEST(AssociateRequest, TakesNoOtherAnswer) {
+TEST(AssociateRequest, TakesNoOtherAnswerAndSaysNothingToIt) {
   const Bytes answers[] = {{},
                            {0},
                            RequestFor({{1, kEcho, {kImplicit}}}),
                            {4, 0, 0, 0},
+                           Data(1, kWholeCommand, Command().Number(0x0100, 1)),
                            ReleaseRequest(),
                            ReleaseAnswer(),
                            OurAbort(),
+                           AbortPdu(2, 6),
+                           // An acceptance comes too late behind an abort.
+                           Joined({AbortPdu(0, 0), AnswerOf(AcceptItem(1, 0, kImplicit))}),
                            {8},
+                           {255},
                            BytesOf("HTTP/1.1 400")};
   for (const Bytes& answer : answers) {
-    ScriptedServer server(AnswerWith(answer));
+    const int type = answer.empty() ? -1 : answer[0];
+    Bytes received = {1};
+    ScriptedServer server(AnswerWith(answer, &received));
     PDU_Service pdu;
     pdu.AddAbstractSyntax(UID(kEcho));
-    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
-    EXPECT_EQ(Words(pdu), "Corrupt transmission reading AAssociateRQ");
-    EXPECT_EQ(pdu.Link.Connected, 0);
+    SetIdentifierCounter(1);
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0) << type;
+    EXPECT_EQ(server.Wait(), "") << type;
+    EXPECT_EQ(received, Bytes()) << type;
+    EXPECT_EQ(Words(pdu), "Corrupt transmission reading AAssociateRQ") << type;
+    EXPECT_EQ(pdu.Link.Connected, 0) << type;
+    EXPECT_FALSE(pdu.HasInput()) << type;
   }
 }
 
@@ -731,6 +747,44 @@ TEST(Release, TakesWhateverComesForTheAnswer) {
   EXPECT_EQ(association.pdu.PDataTF.MsgStatus, 0);
   EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest());
   EXPECT_EQ(association.pdu.AReleaseRP.ItemType, 9);
+}
+
+TEST(Release, TakesAnyPduForTheAnswerAtOnceAndSaysNothingToIt) {
+  const Bytes command = Command().Number(0x0100, 1);
+  const Bytes answers[] = {
+      {0, 0, 0, 0, 0, 4, 0, 0, 0, 0},
+      RequestFor({{1, kEcho, {kImplicit}}}),
+      AnswerOf(AcceptItem(1, 0, kImplicit)),
+      Reject(1, 1, 1),
+      Data(1, kWholeCommand, command),
+      // Of these the next one is no answer any longer.
+      Joined({Data(1, kCommandPart, command), ReleaseAnswer()}),
+      Pdu(4, {}),
+      ReleaseRequest(),
+      Joined({ReleaseRequest(), ReleaseAnswer()}),
+      ReleaseAnswer(),
+      Joined({ReleaseAnswer(), Data(1, kWholeCommand, command)}),
+      AbortPdu(0, 0),
+      AbortPdu(2, 6),
+      Joined({AbortPdu(0, 0), Bytes(1000, 0xEE)}),
+      {8, 0, 0, 0, 0, 4, 0, 0, 0, 0},
+      {255, 0, 0xFF, 0xFF, 0xFF, 0xFF, 0, 0, 0, 0},
+  };
+  for (const Bytes& answer : answers) {
+    const int type = answer[0];
+    Association association({{1, kEcho, kImplicit}});
+    association.pdu.Link.TimeoutSecs = 10;
+    association.peer.Send(answer);
+    const auto begin = std::chrono::steady_clock::now();
+    EXPECT_EQ(association.pdu.Close(), 1) << type;
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(5)) << type;
+    EXPECT_EQ(association.pdu.AReleaseRP.ItemType, type);
+    EXPECT_EQ(association.pdu.Link.Connected, 0) << type;
+    EXPECT_EQ(Words(association.pdu), "") << type;
+    EXPECT_FALSE(association.pdu.HasInput()) << type;
+    EXPECT_TRUE(association.pdu.PDataTF.Message().empty()) << type;
+    EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest()) << type;
+  }
 }
 
 TEST(Release, RepeatsNothingThatAPeerHasSaidBefore) {

@@ -790,15 +790,81 @@ TEST(ReadMessage, TriesToAbortALinkOnWhichNothingComes) {
   EXPECT_EQ(association.peer.ReceiveToEnd(), OurAbort());
 }
 
-TEST(ReadMessage, KeepsNothingOfAMessageWhoseLinkHasEndedWithinIt) {
-  for (const Bytes& end : {Bytes{}, OurAbort(), ReleaseAnswer(), Bytes{8}}) {
+/// What a peer may say where the rest of a message is awaited.
+const Ending kInterruptions[] = {
+    {"a request", RequestFor({{1, kEcho, {kImplicit}}}),
+     "Got unexpected A-ASSCIATE-RQ, sending A-Abort-RQ", false, OurAbort()},
+    {"an acceptance", Associate(2, "A", "B", ApplicationItem()),
+     "Got unexpected A-ASSCIATE-AC, sending A-Abort-RQ", false, OurAbort()},
+    {"a refusal", Reject(1, 1, 1), "Got unexpected A-ASSCIATE-RJ, sending A-Abort-RQ", false,
+     OurAbort()},
+    {"a release", ReleaseRequest(), "", true, ReleaseAnswer()},
+    {"an answer to a release", ReleaseAnswer(), "", false, {}},
+    {"an abort of the provider", AbortPdu(2, 6), "", false, {}},
+    {"an abort of the user", AbortPdu(0, 0), "", false, {}},
+    {"an abort and garbage", Joined({AbortPdu(0, 0), Bytes(1000, 0xEE)}), "", false, {}},
+    {"an abort and the rest",
+     Joined({AbortPdu(0, 0), Data(3, kLastPart, Bytes(4))}),
+     "",
+     false,
+     {}},
+    {"type 0", {0}, "DUL: Received unknown item type 0, sending A-Abort-RQ", false, OurAbort()},
+    {"type 8", {8}, "DUL: Received unknown item type 8, sending A-Abort-RQ", false, OurAbort()},
+    {"the end", {}, "The peer has closed the link", false, {}},
+};
+
+TEST(ReadMessage, KeepsNothingOfAMessageThatIsInterrupted) {
+  const struct {
+    Bytes begun;
+    bool hasCommand;
+  } beginnings[] = {
+      {Data(3, 0, Pattern(100000)), false},
+      {Data(3, kCommandPart, Bytes(5)), false},
+      {Data(3, kWholeCommand, Command().Number(0x0100, 1)), true},
+      {Joined({Data(3, kWholeCommand, Command().Number(0x0100, 1)), Data(3, 0, Pattern(5000))}),
+       true},
+  };
+  for (const auto& beginning : beginnings) {
+    for (const Ending& ending : kInterruptions) {
+      Association association(kContexts);
+      PDU_Service& pdu = association.pdu;
+      association.peer.SendAll(Joined({beginning.begun, ending.sent}));
+      DICOMCommandObject command;
+      if (beginning.hasCommand) {
+        EXPECT_EQ(pdu.Read(command), 3) << ending.name;
+      }
+      DICOMDataObject object;
+      EXPECT_EQ(pdu.Read(object), 0) << ending.name;
+      EXPECT_EQ(Words(pdu), ending.words) << ending.name;
+      EXPECT_EQ(pdu.Link.Connected != 0, ending.staysOpen) << ending.name;
+      EXPECT_EQ(association.peer.Received(), ending.answer) << ending.name;
+      // Of a link that stays open it is dropped by whoever closes it.
+      if (ending.staysOpen) pdu.Close();
+      EXPECT_TRUE(object.IsEmpty()) << ending.name;
+      EXPECT_TRUE(pdu.PDataTF.Message().empty()) << ending.name;
+      EXPECT_FALSE(pdu.HasInput()) << ending.name;
+      EXPECT_EQ(pdu.Read(object), 0) << ending.name;
+    }
+  }
+}
+
+TEST(ReadMessage, TakesNothingBehindAnAbort) {
+  const Bytes message = Data(3, kWholeCommand, Command().Number(0x0100, 1));
+  for (const Bytes& garbage : {Bytes(100000, 0xEE), message, ReleaseRequest(), AbortPdu(2, 6)}) {
     Association association(kContexts);
-    association.peer.SendAll(Joined({Data(3, 0, Pattern(100000)), end}));
-    DICOMDataObject object;
-    EXPECT_EQ(association.pdu.Read(object), 0);
-    EXPECT_EQ(association.pdu.Link.Connected, 0);
-    EXPECT_TRUE(association.pdu.PDataTF.Message().empty());
-    EXPECT_FALSE(association.pdu.HasInput());
+    association.peer.Send(Joined({AbortPdu(0, 0), garbage}));
+    DICOMCommandObject command;
+    EXPECT_EQ(association.pdu.Read(command), 0);
+    EXPECT_EQ(association.pdu.Read(command), 0);
+    EXPECT_TRUE(command.IsEmpty());
+    EXPECT_EQ(Words(association.pdu), "");
+    EXPECT_EQ(association.peer.ReceiveToEnd(), Bytes());
+    // Nor is it there when the next link stands.
+    Connection next;
+    association.pdu.Link.Adopt(next.ours);
+    next.peer.Send(message);
+    EXPECT_EQ(association.pdu.Read(command), 3);
+    EXPECT_EQ(association.pdu.Link.Connected, 1);
   }
 }
 
