@@ -1,9 +1,6 @@
-"""The programs of DCMTK as requesters of our provider, which tests/net/provider.cpp drives."""
+"""The programs of DCMTK as requesters of our provider."""
 
-import os
-import resource
 import struct
-import subprocess
 import tempfile
 import unittest
 from pathlib import Path
@@ -16,63 +13,10 @@ from pydicom.uid import UID
 
 import peers
 import self_made
+from our_provider import Provider
 
 CT = UID("1.2.840.10008.5.1.4.1.1.2")
 INSTANCE = UID("1.2.826.0.1.3680043.2.1143.7.8")
-
-PROVIDER = Path(os.environ["TESSARET_BINARY_DIR"]) / "tests" / "net" / "net_provider"
-SECONDS = 60  # for one program; none takes one
-
-
-class Provider:
-    """Our provider on a free port of this machine, ended with the block. With `largest_file` the system gives each of its files so many
-    bytes, as a disk does that has no more."""
-
-    def __init__(self, *words, largest_file=None):
-        self.words = [str(word) for word in words]
-        self.largest_file = largest_file
-
-    def limit_files(self):
-        if self.largest_file is not None:
-            resource.setrlimit(resource.RLIMIT_FSIZE, (self.largest_file, self.largest_file))
-
-    def __enter__(self):
-        self.process = subprocess.Popen(
-            [PROVIDER, "0", *self.words],
-            stdout=subprocess.PIPE,
-            stderr=subprocess.DEVNULL,
-            preexec_fn=self.limit_files,
-            restore_signals=False,  # the one for a file that is too long stays ignored, as it is here
-        )
-        self.port = self.process.stdout.readline().decode().strip()
-        return self
-
-    def __exit__(self, *failure):
-        self.process.terminate()
-        try:
-            code = self.process.wait(SECONDS)
-        except subprocess.TimeoutExpired:
-            self.process.kill()
-            self.process.wait()
-            raise
-        finally:
-            self.process.stdout.close()
-        if code != 0 and failure[0] is None:
-            raise AssertionError(f"the provider ended with {code}")
-
-    def ask(self, program, *words, options=()):
-        """(exit code, what it said)"""
-        command = [program, "-v", *options, "127.0.0.1", self.port, *words]
-        done = subprocess.run(
-            [str(word) for word in command],
-            capture_output=True,
-            timeout=SECONDS,
-            check=False,
-            # Without this each of its small writes waits for our system's acknowledgement of the one before.
-            env={**os.environ, "TCP_NODELAY": "1"},
-        )
-        return done.returncode, (done.stdout + done.stderr).decode(errors="replace")
-
 
 def make_image(path, syntax):
     """A small CT image, of several fragments on the wire."""
