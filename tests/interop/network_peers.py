@@ -3,18 +3,22 @@
 import contextlib
 import json
 import os
-import pathlib
 import shutil
 import socket
 import subprocess
 import tempfile
 import time
 import urllib.request
+from pathlib import Path
 
 # Without it their small writes wait for acknowledgements that the kernel delays.
 ENVIRONMENT = {**os.environ, "TCP_NODELAY": "1"}
 # The folder is not on everybody's path.
 ORTHANC = shutil.which("Orthanc") or "/usr/sbin/Orthanc"
+
+# So that no disk is waited for, where there is room: peers and providers wait for each file to be on its disk.
+MEMORY = Path("/dev/shm")
+FOLDERS = MEMORY if MEMORY.is_dir() and shutil.disk_usage(MEMORY).free > 1 << 30 else None
 
 
 def free_port():
@@ -61,6 +65,18 @@ class Peer:
         with urllib.request.urlopen(f"http://127.0.0.1:{self.http}/{path}", timeout=60) as answer:
             return json.loads(answer.read())
 
+    def tell(self, path, body, method="POST"):
+        """What it answers to something that it is to do, where it answers in JSON."""
+        content = body if isinstance(body, bytes) else json.dumps(body).encode()
+        request = urllib.request.Request(f"http://127.0.0.1:{self.http}/{path}", content, method=method)
+        with urllib.request.urlopen(request, timeout=60) as answer:
+            said = answer.read()
+        return json.loads(said) if said else None
+
+    def introduce(self, title, port):
+        """Makes a node of this machine known to it."""
+        self.tell(f"modalities/{title}", {"AET": title, "Host": "127.0.0.1", "Port": int(port)}, "PUT")
+
     def fetch(self, path):
         with urllib.request.urlopen(f"http://127.0.0.1:{self.http}/{path}", timeout=60) as answer:
             return answer.read()
@@ -68,8 +84,8 @@ class Peer:
 
 @contextlib.contextmanager
 def a_folder(within=None):
-    with tempfile.TemporaryDirectory(dir=within) as name:
-        yield pathlib.Path(name)
+    with tempfile.TemporaryDirectory(dir=within or FOLDERS) as name:
+        yield Path(name)
 
 
 @contextlib.contextmanager
@@ -101,13 +117,14 @@ def storescp_of_jpeg():
 
 
 @contextlib.contextmanager
-def dcmqrscp(*options, associations=16):
-    """Takes no more associations at once."""
+def dcmqrscp(*options, associations=16, destinations=None, within=None):
+    """Takes no more associations at once. Moves to the `destinations`, ports of this machine by their titles."""
     port = free_port()
-    with a_folder() as folder:
+    hosts = "".join(f"{title} = ({title}, 127.0.0.1, {number})\n" for title, number in (destinations or {}).items())
+    with a_folder(within) as folder:
         (folder / "config").write_text(
             f"NetworkTCPPort = {port}\nMaxPDUSize = 16384\nMaxAssociations = {associations}\n"
-            "HostTable BEGIN\nHostTable END\nVendorTable BEGIN\nVendorTable END\n"
+            f"HostTable BEGIN\n{hosts}HostTable END\nVendorTable BEGIN\nVendorTable END\n"
             f"AETable BEGIN\nARCHIVE {folder} RW (200, 1024mb) ANY\nAETable END\n")
         with running(["dcmqrscp", "-q", *options, "-c", folder / "config"], port, folder):
             yield Peer(port, folder)
