@@ -77,6 +77,10 @@ class Peer:
         """Makes a node of this machine known to it."""
         self.tell(f"modalities/{title}", {"AET": title, "Host": "127.0.0.1", "Port": int(port)}, "PUT")
 
+    def forget_everything(self):
+        for identifier in self.ask("patients"):
+            self.tell(f"patients/{identifier}", b"", "DELETE")
+
     def fetch(self, path):
         with urllib.request.urlopen(f"http://127.0.0.1:{self.http}/{path}", timeout=60) as answer:
             return answer.read()

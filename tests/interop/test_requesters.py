@@ -1,9 +1,9 @@
 """Our requesters of queries and retrievals, which requester.cpp drives, and archives that are programs of others."""
 
 import collections
+import contextlib
 import os
 import subprocess
-import tempfile
 import unittest
 from pathlib import Path
 
@@ -19,6 +19,7 @@ NO_ASSOCIATION = 3
 PENDING, DONE = "ff00", "0000"
 MANY = 100  # so many matches that a cancel comes while most of them are still to be sent
 
+ARCHIVES = "dcmqrscp", "Orthanc"
 # What both archives keep of an image, by tag.
 KEPT = {"0008,0060": "CS", "0010,0010": "PN", "0010,0020": "LO", "0020,0013": "IS"}
 
@@ -45,26 +46,28 @@ def keys(level, image, **unique):
 class Requesters(unittest.TestCase, made_files.ArrivedFiles):
     @classmethod
     def setUpClass(cls):
-        temporary = tempfile.TemporaryDirectory(dir=network_peers.FOLDERS)
-        cls.addClassCleanup(temporary.cleanup)
-        cls.folder = Path(temporary.name)
+        cls.folder = cls.enterClassContext(network_peers.a_folder())
         cls.sources = made_files.two_studies(cls.folder / "two")
         cls.images = [pydicom.dcmread(path) for path in cls.sources]
         cls.many = made_files.phantoms(cls.folder / "many", slices=MANY, size=16)
         cls.one_of_many = pydicom.dcmread(cls.many[0])
+        cls.orthanc = cls.enterClassContext(network_peers.orthanc())
 
     def new_folder(self):
-        return Path(tempfile.mkdtemp(dir=self.folder))
+        return self.enterContext(network_peers.a_folder(self.folder))
 
-    def archives(self, destinations=None):
-        """Each with the name of its kind, while it runs and knows the destinations."""
-        with network_peers.dcmqrscp("-v", destinations=destinations) as peer, self.subTest("dcmqrscp"):
-            yield peer
-        with network_peers.orthanc() as peer, self.subTest("Orthanc"):
-            # It answers nobody whom it does not know.
-            for title, port in {"TESTER": 1, **(destinations or {})}.items():
-                peer.introduce(title, port)
-            yield peer
+    @contextlib.contextmanager
+    def archive(self, kind, destinations=None):
+        """An empty one, while it runs and knows the destinations, ports by their titles."""
+        if kind == "dcmqrscp":
+            with network_peers.dcmqrscp("-v", destinations=destinations) as peer:
+                yield peer
+            return
+        self.orthanc.forget_everything()
+        # It answers nobody whom it does not know.
+        for title, port in {"TESTER": 1, **(destinations or {})}.items():
+            self.orthanc.introduce(title, port)
+        yield self.orthanc
 
     def find(self, peer, *asked, options=()):
         """The matches, after a query that ends as it should, and an echo behind it."""
@@ -84,11 +87,12 @@ class Requesters(unittest.TestCase, made_files.ArrivedFiles):
         self.assertEqual(*table)
 
     def test_what_is_found_is_what_was_sent(self):
-        for peer in self.archives():
-            send(peer, *self.sources)
-            for options in ([], ["--explicit"], ["--patient"], ["--patient", "--explicit"]):
-                with self.subTest(options):
-                    self.check_levels(peer, options)
+        for kind in ARCHIVES:
+            with self.subTest(kind), self.archive(kind) as peer:
+                send(peer, *self.sources)
+                for options in ([], ["--explicit"], ["--patient"], ["--patient", "--explicit"]):
+                    with self.subTest(options):
+                        self.check_levels(peer, options)
 
     def check_levels(self, peer, options):
         patient = "--patient" in options
@@ -120,16 +124,17 @@ class Requesters(unittest.TestCase, made_files.ArrivedFiles):
 
     def test_many_matches_come_whole_and_a_cancel_ends_them(self):
         asked = keys("IMAGE", self.one_of_many, **{"0008,0018:UI": "", "0020,0013:IS": ""})
-        for peer in self.archives():
-            send(peer, self.folder / "many")
-            self.assert_found(self.find(peer, *asked), [pydicom.dcmread(path) for path in self.many], "SOPInstanceUID", "InstanceNumber")
-            for number in (1, 3):
-                answer = ask(peer, "find", "-", *asked, options=["--cancel", number])
-                # The association goes on behind it, whatever is on its way.
-                self.assertEqual((answer.code, answer.lines), (0, [["find", PENDING]] * number + [["false"], ["true"]]), answer)
-            if peer.http is None:
-                words = (peer.folder / "words").read_text(errors="replace")
-                self.assertEqual(words.count("[status: Cancel: MatchingTerminatedDueToCancelRequest]"), 2)
+        for kind in ARCHIVES:
+            with self.subTest(kind), self.archive(kind) as peer:
+                send(peer, self.folder / "many")
+                self.assert_found(self.find(peer, *asked), [pydicom.dcmread(path) for path in self.many], "SOPInstanceUID", "InstanceNumber")
+                for number in (1, 3):
+                    answer = ask(peer, "find", "-", *asked, options=["--cancel", number])
+                    # The association goes on behind it, whatever is on its way.
+                    self.assertEqual((answer.code, answer.lines), (0, [["find", PENDING]] * number + [["false"], ["true"]]), answer)
+                if peer.http is None:
+                    words = (peer.folder / "words").read_text(errors="replace")
+                    self.assertEqual(words.count("[status: Cancel: MatchingTerminatedDueToCancelRequest]"), 2)
 
     def test_a_query_that_fails_has_words(self):
         with network_peers.dcmqrscp() as peer:
@@ -146,19 +151,23 @@ class Requesters(unittest.TestCase, made_files.ArrivedFiles):
     def test_what_is_moved_arrives_as_it_was(self):
         ours = self.new_folder()
         with Provider(ours) as provider, network_peers.storescp("+B") as other:
-            for peer in self.archives({"OURS": provider.port, "OTHER": other.port}):
-                send(peer, *self.sources)
-                rows = [("STUDY", self.images[0], [0, 1, 2], {}), ("SERIES", self.images[3], [3, 4], {}),
-                        ("IMAGE", self.images[4], [4], {"0008,0018:UI": self.images[4].SOPInstanceUID})]
-                for title, folder in (("OURS", lambda: list(ours.iterdir())), ("OTHER", other.files)):
-                    for level, image, moved, unique in rows:
-                        for options, above in (([], {}), (["--patient", "--explicit"], {"0010,0020:LO": image.PatientID})):
-                            with self.subTest(level=level, destination=title, options=options):
-                                answer = ask(peer, "move", title, *keys(level, image, **{**unique, **above}), options=options)
-                                self.assert_moved(answer, len(moved))
-                                self.assert_arrived([self.sources[number] for number in moved], folder())
-                                for path in folder():
-                                    path.unlink()
+            for kind in ARCHIVES:
+                with self.subTest(kind), self.archive(kind, {"OURS": provider.port, "OTHER": other.port}) as peer:
+                    send(peer, *self.sources)
+                    self.check_moves(peer, "OURS", lambda: list(ours.iterdir()))
+                    self.check_moves(peer, "OTHER", other.files)
+
+    def check_moves(self, peer, destination, files):
+        for level, number, moved in (("STUDY", 0, (0, 1, 2)), ("SERIES", 3, (3, 4)), ("IMAGE", 4, (4,))):
+            image = self.images[number]
+            unique = {"0008,0018:UI": image.SOPInstanceUID} if level == "IMAGE" else {}
+            for options, above in (([], {}), (["--patient", "--explicit"], {"0010,0020:LO": image.PatientID})):
+                with self.subTest(level=level, destination=destination, options=options):
+                    answer = ask(peer, "move", destination, *keys(level, image, **unique, **above), options=options)
+                    self.assert_moved(answer, len(moved))
+                    self.assert_arrived([self.sources[number] for number in moved], files())
+                    for path in files():
+                        path.unlink()
 
     def assert_moved(self, answer, count):
         self.assertEqual(answer.lines[-3:], [["move", DONE, "-", str(count), "0", "0"], ["true"], ["true"]], answer)
@@ -168,37 +177,40 @@ class Requesters(unittest.TestCase, made_files.ArrivedFiles):
     def test_many_objects_move_and_a_cancel_stops_them(self):
         folder, many = self.new_folder(), made_files.by_instance(self.many)
         with Provider(folder) as provider:
-            for peer in self.archives({"OURS": provider.port}):
-                send(peer, self.folder / "many")
-                asked = keys("STUDY", self.one_of_many)
-                self.assert_moved(ask(peer, "move", "OURS", *asked), MANY)
-                self.assert_arrived(self.many, folder.iterdir())
-                for path in folder.iterdir():
-                    path.unlink()
-                answer = ask(peer, "move", "OURS", *asked, options=["--cancel", 3])
-                self.assertEqual((answer.code, answer.lines), (0, self.progress(MANY)[:3] + [["false"], ["true"]]), answer)
-                if peer.http is None:
-                    words = (peer.folder / "words").read_text(errors="replace")
-                    self.assertEqual(words.count("[status: Cancel: SubOperationsTerminatedDueToCancelIndication]"), 1)
-                arrived = list(folder.iterdir())
-                self.assertIn(len(arrived), range(3, MANY))
-                self.assert_arrived([many[path.name] for path in arrived], arrived)
-                for path in arrived:
-                    path.unlink()
+            for kind in ARCHIVES:
+                with self.subTest(kind), self.archive(kind, {"OURS": provider.port}) as peer:
+                    send(peer, self.folder / "many")
+                    asked = keys("STUDY", self.one_of_many)
+                    self.assert_moved(ask(peer, "move", "OURS", *asked), MANY)
+                    self.assert_arrived(self.many, folder.iterdir())
+                    for path in folder.iterdir():
+                        path.unlink()
+                    answer = ask(peer, "move", "OURS", *asked, options=["--cancel", 3])
+                    self.assertEqual((answer.code, answer.lines), (0, self.progress(MANY)[:3] + [["false"], ["true"]]), answer)
+                    if peer.http is None:
+                        words = (peer.folder / "words").read_text(errors="replace")
+                        self.assertEqual(words.count("[status: Cancel: SubOperationsTerminatedDueToCancelIndication]"), 1)
+                    arrived = list(folder.iterdir())
+                    self.assertIn(len(arrived), range(3, MANY))
+                    self.assert_arrived([many[path.name] for path in arrived], arrived)
+                    for path in arrived:
+                        path.unlink()
 
     def test_a_destination_that_cannot_be_reached(self):
-        for peer in self.archives({"GONE": network_peers.free_port()}):
-            send(peer, self.sources[0])
-            for title, status in (("NOBODY", "C000" if peer.http else "A801"), ("GONE", "C000" if peer.http else "A702")):
-                answer = ask(peer, "move", title, *keys("STUDY", self.images[0]))
-                self.assertEqual((answer.code, answer.lines), (0, [["false"], ["true"]]), answer)
-                self.assertIn(f"The peer has answered with status 0x{status}", answer.words)
+        for kind in ARCHIVES:
+            with self.subTest(kind), self.archive(kind, {"GONE": network_peers.free_port()}) as peer:
+                send(peer, self.sources[0])
+                for title, status in (("NOBODY", "C000" if peer.http else "A801"), ("GONE", "C000" if peer.http else "A702")):
+                    answer = ask(peer, "move", title, *keys("STUDY", self.images[0]))
+                    self.assertEqual((answer.code, answer.lines), (0, [["false"], ["true"]]), answer)
+                    self.assertIn(f"The peer has answered with status 0x{status}", answer.words)
 
     def test_an_application_context_that_they_do_not_know(self):
         # Result, source and reason as they come.
-        rows = ((network_peers.storescp, "permanent", "1 1 2"), (network_peers.dcmqrscp, "transient", "2 1 2"), (network_peers.orthanc, "permanent", "1 1 2"))
-        for start, lasting, numbers in rows:
-            with self.subTest(start.__name__), start() as peer:
+        rows = (("storescp", network_peers.storescp(), "permanent", "1 1 2"), ("dcmqrscp", network_peers.dcmqrscp(), "transient", "2 1 2"),
+                ("Orthanc", contextlib.nullcontext(self.orthanc), "permanent", "1 1 2"))
+        for name, running, lasting, numbers in rows:
+            with self.subTest(name), running as peer:
                 for _ in range(2):
                     answer = ask(peer, "echo", options=["--context", "1.2.840.10008.3.1.1.2"])
                     self.assertEqual((answer.code, answer.lines), (NO_ASSOCIATION, []))
