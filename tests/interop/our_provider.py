@@ -9,6 +9,20 @@ PROVIDER = Path(os.environ["TESSARET_BINARY_DIR"]) / "tests" / "net" / "net_prov
 SECONDS = 60  # for one program; none takes one
 
 
+def ask(port, program, *words, options=()):
+    """(exit code, what it said) of a requester that goes to a port of this machine."""
+    command = [program, "-v", *options, "127.0.0.1", port, *words]
+    done = subprocess.run(
+        [str(word) for word in command],
+        capture_output=True,
+        timeout=SECONDS,
+        check=False,
+        # Without this each of its small writes waits for our system's acknowledgement of the one before.
+        env={**os.environ, "TCP_NODELAY": "1"},
+    )
+    return done.returncode, (done.stdout + done.stderr).decode(errors="replace")
+
+
 class Provider:
     """Our provider on a free port of this machine, ended with the block. With `largest_file` the system gives each of its files so many
     bytes, as a disk does that has no more."""
@@ -47,13 +61,4 @@ class Provider:
 
     def ask(self, program, *words, options=()):
         """(exit code, what it said)"""
-        command = [program, "-v", *options, "127.0.0.1", self.port, *words]
-        done = subprocess.run(
-            [str(word) for word in command],
-            capture_output=True,
-            timeout=SECONDS,
-            check=False,
-            # Without this each of its small writes waits for our system's acknowledgement of the one before.
-            env={**os.environ, "TCP_NODELAY": "1"},
-        )
-        return done.returncode, (done.stdout + done.stderr).decode(errors="replace")
+        return ask(self.port, program, *words, options=options)
