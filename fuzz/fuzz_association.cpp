@@ -1,6 +1,9 @@
 // All that a peer may send to a provider over one connection: its request for an association, and messages, which the services
 // answer until the stream ends. Nothing that is answered is looked at, but that it is PDUs.
+#include <string>
+
 #include "core/transfer_syntax.h"
+#include "move_destination.h"
 #include "net/command_elements.h"
 #include "net/pdu_service.h"
 #include "net/standard_query.h"
@@ -44,16 +47,22 @@ class Find : public StudyRootQuery {
   bool OnResponse(DICOMCommandObject*, DICOMDataObject*) override { return true; }
 };
 
-/// Knows nobody to send to: an association of its own is not for an input to ask for.
+/// By the first letter of their titles, destinations are unknown, refuse the link, or take what is sent; of one the files are lost.
 class Move : public StudyRootRetrieve {
  public:
-  bool FindDestination(std::string_view, PeerAddress&) override { return false; }
+  bool FindDestination(std::string_view destination, PeerAddress& address) override {
+    address = {"127.0.0.1", "104"};
+    if (destination.starts_with('U')) return false;
+    if (!destination.starts_with('R')) MoveDestination::Await();
+    return true;
+  }
   bool SearchDatabase(DICOMDataObject&, std::vector<std::unique_ptr<DICOMDataObject>>&) override {
     return false;
   }
-  bool PrepareMove(std::string_view destination, DICOMDataObject&, std::vector<std::string>&,
+  bool PrepareMove(std::string_view destination, DICOMDataObject&, std::vector<std::string>& files,
                    std::uint16_t&) override {
     Require(destination.size() <= 16, "a destination has at most 16 bytes");
+    files.assign(3, destination.starts_with('L') ? "/dev/null" : MoveDestination::File());
     return destination != "NONE";
   }
   bool OnMoveResponse(DICOMCommandObject*, DICOMDataObject*) override { return true; }
@@ -96,5 +105,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Serve(pdu, peer.Give());
   }
   peer.CheckHeard("234567");
+  MoveDestination::Leave();
   return 0;
 }
