@@ -18,6 +18,7 @@ from our_provider import Provider
 CT = UID("1.2.840.10008.5.1.4.1.1.2")
 INSTANCE = UID("1.2.826.0.1.3680043.2.1143.7.8")
 
+
 def make_image(path, syntax):
     """A small CT image, of several fragments on the wire."""
     dataset = Dataset()
