@@ -6,6 +6,7 @@
 #include <atomic>
 #include <chrono>
 #include <functional>
+#include <semaphore>
 #include <set>
 
 #include <gtest/gtest.h>
@@ -148,6 +149,100 @@ TEST(ManyAssociations, StoreAtOnce) {
     pdu.Close();
   });
   EXPECT_EQ(provider.Stored(), 25 * kThreads);
+}
+
+Bytes StoreRequest() {
+  return Joined({Data(1, kWholeCommand,
+                      Command()
+                          .Uid(0x0002, kCt)
+                          .Number(0x0100, 0x0001)
+                          .Number(0x0110, 3)
+                          .Number(0x0800, 0x0102)
+                          .Uid(0x1000, "1.2.3")),
+                 Data(1, kLastPart, Elements().Value(0x7FE0, 0x0010, Bytes(100)))});
+}
+
+/// A peer whose association with the provider stands.
+Peer AssociatedWith(const ThreadedProvider& provider) {
+  Peer peer = ConnectTo(provider.Port());
+  peer.Send(RequestFor({{1, kCt, {kImplicit}}}));
+  if (peer.ReceivePdu().at(0) != 2) throw std::runtime_error("no association");
+  return peer;
+}
+
+/// Reached only where a test fails.
+constexpr std::chrono::milliseconds kMostOfAHook(kFarTooLong);
+
+double SecondsToStop(ThreadedProvider& provider) {
+  const auto start = std::chrono::steady_clock::now();
+  provider.Stop();
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+TEST(AProviderThatStops, EndsWithinTwoSecondsWhateverItsAssociationsDo) {
+  std::atomic<int> asked = 0;
+  std::counting_semaphore<> isStopping(0);
+  ThreadedProvider provider([&](const DICOMDataObject&) {
+    ++asked;
+    static_cast<void>(isStopping.try_acquire_for(kMostOfAHook));
+    std::this_thread::sleep_for(std::chrono::milliseconds(500));
+  });
+  std::vector<Peer> peers;
+  // They say nothing; stop within a command, and before a data set; and have an object in the hands of the host.
+  const Bytes store = StoreRequest();
+  const Bytes command = SplitPdus(store)[0];
+  const Bytes starts[] = {{}, {4}, Bytes(command.begin(), command.begin() + 20), command, store};
+  for (int turn = 0; turn < 4; ++turn) {
+    for (const Bytes& start : starts) {
+      peers.push_back(AssociatedWith(provider));
+      peers.back().Send(start);
+    }
+  }
+  while (asked < 4) std::this_thread::yield();
+  // One that has not said what it wants, and others behind it.
+  for (int turn = 0; turn < 3; ++turn) peers.push_back(ConnectTo(provider.Port()));
+  std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  isStopping.release(4);
+  EXPECT_LT(SecondsToStop(provider), 2);
+  for (const Peer& peer : peers) EXPECT_EQ(peer.ReceiveToEnd(), Bytes());
+  EXPECT_THROW(ConnectTo(provider.Port()), std::runtime_error);
+  EXPECT_LT(SecondsToStop(provider), 2) << "once more";
+}
+
+TEST(AProviderThatStops, EndsWithinTwoSecondsThoughItHasJustBegun) {
+  for (int turn = 0; turn < 20; ++turn) {
+    ThreadedProvider provider;
+    EXPECT_LT(SecondsToStop(provider), 2);
+  }
+}
+
+TEST(AHookThatBlocks, HoldsUpItsOwnAssociationAlone) {
+  std::atomic<int> asked = 0;
+  std::binary_semaphore mayGoOn(0);
+  ThreadedProvider provider([&](const DICOMDataObject&) {
+    if (++asked == 1) static_cast<void>(mayGoOn.try_acquire_for(kMostOfAHook));
+  });
+  const Peer blocked = AssociatedWith(provider);
+  const Peer stands = AssociatedWith(provider);
+  blocked.Send(StoreRequest());
+  while (asked == 0) std::this_thread::yield();
+  // For a second others store, on an association that stood before and on new ones.
+  const auto start = std::chrono::steady_clock::now();
+  int stored = 0;
+  while (std::chrono::steady_clock::now() - start < std::chrono::seconds(1)) {
+    const Peer comes = AssociatedWith(provider);
+    for (const Peer* peer : {&stands, &comes}) {
+      peer->Send(StoreRequest());
+      ASSERT_EQ(peer->ReceivePdu().at(0), 4);
+      ++stored;
+    }
+  }
+  EXPECT_EQ(provider.Stored(), stored);
+  EXPECT_GT(stored, 1);
+  EXPECT_EQ(blocked.Received(), Bytes());
+  mayGoOn.release();
+  EXPECT_EQ(blocked.ReceivePdu().at(0), 4);
+  EXPECT_EQ(provider.Stored(), stored + 1);
 }
 
 double ProcessorSeconds() {
