@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "net/end_in_time.h"
 #include "net/socket.h"
 #include "support/plain_peer.h"
 #include "support/socket_failure.h"
@@ -245,17 +246,23 @@ TEST_F(SocketListen, GoesOnAfterAPeerThatHasGoneAgain) {
 }
 
 TEST_F(SocketListen, EndsItsPauseWhenItIsClosed) {
-  Listen();
-  const Descriptor peer = ConnectTo(port_);
-  SocketFailure failure;
-  failure.FailCalls(SocketCall::kAccept, 1, 1 << 30, EMFILE);
-  std::thread closing([&] {
-    while (failure.Calls(SocketCall::kAccept) < 2) std::this_thread::yield();
-    socket_.Close();
+  test::ExpectEndInTime("a pause", [&] {
+    Listen();
+    const Descriptor peer = ConnectTo(port_);
+    SocketFailure failure;
+    failure.FailCalls(SocketCall::kAccept, 1, 1 << 30, EMFILE);
+    test::MomentOfClose moment;
+    std::thread closing([&] {
+      while (failure.Calls(SocketCall::kAccept) < 2) std::this_thread::yield();
+      moment.Note();
+      socket_.Close();
+    });
+    EXPECT_EQ(socket_.Accept(), 0);
+    const auto end = std::chrono::steady_clock::now();
+    closing.join();
+    ExpectIdle();
+    return moment.SecondsUntil(end);
   });
-  EXPECT_EQ(socket_.Accept(), 0);
-  closing.join();
-  ExpectIdle();
 }
 
 TEST_F(SocketListen, KeepsNoPeerThatComesAsItIsClosed) {
