@@ -1,5 +1,7 @@
 #include "support/allocation_failure.h"
 
+#include <malloc.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdlib>
@@ -12,6 +14,8 @@ struct Tally {
   std::uint64_t taken = 0;
   std::uint64_t freed = 0;
   std::size_t largest = 0;
+  std::int64_t bytes = 0;
+  std::int64_t mostBytes = 0;
   std::uint64_t untilFailure =
       0;  // allocations to go, the failing one included; 0: none is to fail
   bool happened = false;
@@ -28,8 +32,13 @@ bool Refused(std::size_t size) {
   return true;
 }
 
+std::int64_t RoomOf(void* block) { return static_cast<std::int64_t>(::malloc_usable_size(block)); }
+
 void* Counted(void* block) noexcept {
-  if (block != nullptr) ++tally.taken;
+  if (block == nullptr) return nullptr;
+  ++tally.taken;
+  tally.bytes += RoomOf(block);
+  tally.mostBytes = std::max(tally.mostBytes, tally.bytes);
   return block;
 }
 
@@ -54,6 +63,7 @@ void* OrThrow(void* block) {
 void Give(void* block) noexcept {
   if (block == nullptr) return;
   ++tally.freed;
+  tally.bytes -= RoomOf(block);
   std::free(block);
 }
 
@@ -69,8 +79,12 @@ AllocationFailure::~AllocationFailure() { tally.untilFailure = 0; }
 bool AllocationFailure::Happened() const { return tally.happened; }
 
 AllocationWatch::AllocationWatch()
-    : askedBefore_(tally.asked), takenBefore_(tally.taken), freedBefore_(tally.freed) {
+    : askedBefore_(tally.asked),
+      takenBefore_(tally.taken),
+      freedBefore_(tally.freed),
+      bytesBefore_(tally.bytes) {
   tally.largest = 0;
+  tally.mostBytes = tally.bytes;
 }
 
 std::uint64_t AllocationWatch::Count() const { return tally.asked - askedBefore_; }
@@ -79,6 +93,10 @@ std::int64_t AllocationWatch::Outstanding() const {
   return static_cast<std::int64_t>(tally.taken - takenBefore_) -
          static_cast<std::int64_t>(tally.freed - freedBefore_);
 }
+
+std::int64_t AllocationWatch::MostBytes() const { return tally.mostBytes - bytesBefore_; }
+
+std::int64_t AllocationWatch::Bytes() const { return tally.bytes - bytesBefore_; }
 
 std::size_t AllocationWatch::LargestRequest() const { return tally.largest; }
 

@@ -32,6 +32,11 @@ class AllocationWatch {
   [[nodiscard]] std::uint64_t Count() const;
   /// Blocks allocated less blocks freed; below 0 when older ones were freed.
   [[nodiscard]] std::int64_t Outstanding() const;
+  /// The most bytes that this thread's blocks held at one time since any watch of it was made last, beyond what they held when this
+  /// one was made. Blocks count for all that they have room for.
+  [[nodiscard]] std::int64_t MostBytes() const;
+  /// What they hold now, beyond that.
+  [[nodiscard]] std::int64_t Bytes() const;
   /// The size of the largest block asked for since any watch of this thread was made last, in bytes.
   [[nodiscard]] std::size_t LargestRequest() const;
 
@@ -39,6 +44,7 @@ class AllocationWatch {
   std::uint64_t askedBefore_;
   std::uint64_t takenBefore_;
   std::uint64_t freedBefore_;
+  std::int64_t bytesBefore_;
 };
 
 /// Runs `scenario` again and again, with its first allocation failing, then its second, and so on until it comes through
