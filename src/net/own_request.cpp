@@ -44,7 +44,7 @@ void ClearReserved(ExtendedNegotiation& item) { item.Reserved1 = 0; }
 void ClearReserved(PresentationContext& context) {
   context.Reserved1 = context.Reserved2 = context.Reserved3 = context.Reserved4 = 0;
   ClearReserved(context.AbstractSyntax);
-  for (TransferSyntax& syntax : context.TransferSyntaxes) ClearReserved(syntax);
+  context.TransferSyntaxes.ClearReserved();
 }
 
 template <class Item>
@@ -68,25 +68,28 @@ void OwnRequest::PutAside(AAssociateRQ& request) noexcept {
   request = AAssociateRQ();
 }
 
-void OwnRequest::ShowPeers(AAssociateRQ peers, AAssociateRQ& request) {
+std::shared_ptr<const AAssociateRQ> OwnRequest::ShowPeers(AAssociateRQ peers,
+                                                          AAssociateRQ& request) {
   AAssociateRQ copy = peers;
-  peers_ = std::move(peers);
+  peers_ = std::make_shared<const AAssociateRQ>(std::move(peers));
   request = std::move(copy);
+  return peers_;
 }
 
 void OwnRequest::TakeBack(AAssociateRQ& request) noexcept {
   if (!std::exchange(isAside_, false)) return;
-  KeepChange(request.CalledApTitle, peers_.CalledApTitle, own_.CalledApTitle);
-  KeepChange(request.CallingApTitle, peers_.CallingApTitle, own_.CallingApTitle);
-  KeepChange(request.ApplicationContext, peers_.ApplicationContext, own_.ApplicationContext);
-  KeepChange(request.PresentationContexts, peers_.PresentationContexts, own_.PresentationContexts);
+  const AAssociateRQ nothing;
+  const AAssociateRQ& peers = Peers(nothing);
+  KeepChange(request.CalledApTitle, peers.CalledApTitle, own_.CalledApTitle);
+  KeepChange(request.CallingApTitle, peers.CallingApTitle, own_.CallingApTitle);
+  KeepChange(request.ApplicationContext, peers.ApplicationContext, own_.ApplicationContext);
+  KeepChange(request.PresentationContexts, peers.PresentationContexts, own_.PresentationContexts);
   UserInformation& user = request.UserInformation;
-  KeepChange(user.RoleSelects, peers_.UserInformation.RoleSelects,
-             own_.UserInformation.RoleSelects);
-  KeepChange(user.ExtendedNegotiations, peers_.UserInformation.ExtendedNegotiations,
+  KeepChange(user.RoleSelects, peers.UserInformation.RoleSelects, own_.UserInformation.RoleSelects);
+  KeepChange(user.ExtendedNegotiations, peers.UserInformation.ExtendedNegotiations,
              own_.UserInformation.ExtendedNegotiations);
   request = std::exchange(own_, AAssociateRQ());
-  peers_ = AAssociateRQ();
+  peers_.reset();
 }
 
 }  // namespace tessaret

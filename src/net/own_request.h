@@ -1,6 +1,8 @@
 // What this side proposes, while a peer's request stands in the place where both are read.
 #pragma once
 
+#include <memory>
+
 #include "net/associate_pdus.h"
 
 namespace tessaret {
@@ -9,8 +11,9 @@ class OwnRequest {
  public:
   /// A peer's is about to be read into `request`, which is empty then. What this side has there is kept here.
   void PutAside(AAssociateRQ& request) noexcept;
-  /// The peer's has been read, and goes into `request`.
-  void ShowPeers(AAssociateRQ peers, AAssociateRQ& request);
+  /// The peer's has been read, and goes into `request`. It is handed out as well: what is put into `request` meanwhile does not
+  /// change it.
+  std::shared_ptr<const AAssociateRQ> ShowPeers(AAssociateRQ peers, AAssociateRQ& request);
   /// `request` is what this side proposes again. Titles, application context and each of the lists are its own where they still are
   /// what the peer sent; what the caller has put there since stays.
   void TakeBack(AAssociateRQ& request) noexcept;
@@ -18,14 +21,19 @@ class OwnRequest {
   /// caller has put there since.
   template <class Field>
   void Set(AAssociateRQ& request, Field AssociatePdu::*field, const Field& value) {
-    if (!isAside_ || !(request.*field == peers_.*field)) request.*field = value;
+    if (!isAside_ || !(request.*field == Peers(AAssociateRQ()).*field)) request.*field = value;
     own_.*field = value;
   }
 
  private:
+  /// `nothing` where none has been read.
+  [[nodiscard]] const AAssociateRQ& Peers(const AAssociateRQ& nothing) const {
+    return peers_ == nullptr ? nothing : *peers_;
+  }
+
   bool isAside_ = false;
   AAssociateRQ own_;
-  AAssociateRQ peers_;
+  std::shared_ptr<const AAssociateRQ> peers_;
 };
 
 }  // namespace tessaret

@@ -225,6 +225,8 @@ class PDU_Service : public Buffer, public DataSetCoder {
   bool ReadAndNegotiate();
   /// The same; then the link is closed, too.
   int AnswerRequest();
+  /// Negotiates by a request that stays as it is.
+  int Answer(const tessaret::AAssociateRQ& request);
   /// Leaves the numbers of a refusal by this side.
   void NoteRefusal(std::uint8_t source, std::uint8_t reason);
   int Reject(std::uint8_t source, std::uint8_t reason);

@@ -216,8 +216,8 @@ bool PDU_Service::ReadAndNegotiate() {
   // What could be read of a request that does not add up is answered.
   tessaret::AAssociateRQ request;
   if (!hasEnded_) request.Read(*this);
-  ownRequest_.ShowPeers(std::move(request), AAssociateRQ);
-  if (!hasEnded_) return Negotiate() != 0;
+  const auto peers = ownRequest_.ShowPeers(std::move(request), AAssociateRQ);
+  if (!hasEnded_) return Answer(*peers) != 0;
   NoteEndOfLink();
   return false;
 }
@@ -238,7 +238,10 @@ int PDU_Service::Reject(std::uint8_t source, std::uint8_t reason) {
 
 int PDU_Service::Negotiate() {
   // A decision may change what stands there, and the answer is to what was asked.
-  const tessaret::AAssociateRQ request = AAssociateRQ;
+  return Answer(tessaret::AAssociateRQ(AAssociateRQ));
+}
+
+int PDU_Service::Answer(const tessaret::AAssociateRQ& request) {
   const std::string_view called(request.CalledApTitle.data(), kApTitleBytes);
   const std::string_view calling(request.CallingApTitle.data(), kApTitleBytes);
   if (!AcceptCalledTitle(called)) return Reject(kServiceUser, kUnknownCalledTitle);
@@ -252,6 +255,7 @@ int PDU_Service::Negotiate() {
   AAssociateAC.CallingApTitle = request.CallingApTitle;
   AAssociateAC.ApplicationContext = request.ApplicationContext;
   AAssociateAC.ApplicationContext.Reserved1 = 0;
+  AAssociateAC.PresentationContexts.reserve(request.PresentationContexts.size());
   AcceptedContexts.clear();
   for (const PresentationContext& proposed : request.PresentationContexts) {
     PresentationContextAccept answer;

@@ -36,7 +36,7 @@ PresentationContext::PresentationContext()
 
 std::uint32_t PresentationContext::Size() {
   std::uint32_t size = kOwnBytes + AbstractSyntax.Size();
-  for (TransferSyntax& syntax : TransferSyntaxes) size += syntax.Size();
+  for (TransferSyntax syntax : TransferSyntaxes) size += syntax.Size();
   Length = static_cast<std::uint16_t>(size);
   return kHeadBytes + size;
 }
@@ -48,7 +48,7 @@ bool PresentationContext::Write(Buffer& buffer) {
                    buffer.Write8(PresentationContextID) && buffer.Write8(Reserved2) &&
                    buffer.Write8(Reserved3) && buffer.Write8(Reserved4) &&
                    AbstractSyntax.Write(buffer);
-  for (TransferSyntax& syntax : TransferSyntaxes) isWritten = isWritten && syntax.Write(buffer);
+  for (TransferSyntax syntax : TransferSyntaxes) isWritten = isWritten && syntax.Write(buffer);
   return isWritten;
 }
 
@@ -66,20 +66,20 @@ bool PresentationContext::ReadRest(Buffer& buffer, std::uint32_t room) {
   }
   Trace(*this, true);
   std::uint32_t left = Length - kOwnBytes;
-  for (bool isFirst = true; left != 0; isFirst = false) {
-    std::uint8_t unseenType = 0;
-    if (!buffer.Read8(&unseenType)) return false;
-    if (isFirst) {
-      if (!AbstractSyntax.ReadRest(buffer, left - 1)) return false;
-      left -= AbstractSyntax.Size();
-      continue;
-    }
-    if (TransferSyntaxes.size() == kMostTransferSyntaxes) return false;
+  if (left == 0) return true;
+  std::uint8_t unseenType = 0;
+  if (!buffer.Read8(&unseenType) || !AbstractSyntax.ReadRest(buffer, left - 1)) return false;
+  left -= AbstractSyntax.Size();
+  for (std::size_t count = TransferSyntaxes.size(); left != 0; ++count) {
     TransferSyntax syntax;
-    if (!syntax.ReadRest(buffer, left - 1)) return false;
+    if (count == kMostTransferSyntaxes || !buffer.Read8(&unseenType) ||
+        !syntax.ReadRest(buffer, left - 1)) {
+      return false;
+    }
     left -= syntax.Size();
     TransferSyntaxes.push_back(syntax);
   }
+  TransferSyntaxes.shrink_to_fit();
   return true;
 }
 

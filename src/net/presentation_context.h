@@ -3,9 +3,9 @@
 #pragma once
 
 #include <cstdint>
-#include <vector>
 
 #include "net/pdu_items.h"
+#include "net/transfer_syntax_list.h"
 
 namespace tessaret {
 
@@ -35,7 +35,7 @@ class PresentationContext {
   std::uint8_t Reserved3 = 0;
   std::uint8_t Reserved4 = 0;
   tessaret::AbstractSyntax AbstractSyntax;
-  std::vector<TransferSyntax> TransferSyntaxes;
+  TransferSyntaxList TransferSyntaxes;
 };
 
 /// Item 0x21, of an answer.
