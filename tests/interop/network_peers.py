@@ -135,10 +135,10 @@ def dcmqrscp(*options, associations=16, destinations=None, within=None):
 
 
 @contextlib.contextmanager
-def orthanc(strangers=True):
+def orthanc(strangers=True, within=None):
     """Without `strangers` it takes nobody whom it does not know, and it knows nobody."""
     port, http = free_port(), free_port()
-    with a_folder() as folder:
+    with a_folder(within) as folder:
         (folder / "config").write_text(json.dumps({
             "Name": "ARCHIVE", "DicomAet": "ARCHIVE", "DicomCheckCalledAet": True, "DicomPort": port, "HttpPort": http,
             "RemoteAccessAllowed": False, "AuthenticationEnabled": False, "DicomAlwaysAllowEcho": strangers, "DicomAlwaysAllowStore": strangers,
