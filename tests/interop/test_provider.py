@@ -1,6 +1,7 @@
 """The programs of DCMTK as requesters of our provider."""
 
 import struct
+import subprocess
 import tempfile
 import unittest
 from pathlib import Path
@@ -13,7 +14,8 @@ from pydicom.uid import UID
 
 import peers
 import self_made
-from our_provider import Provider
+from joining_relay import JoiningRelay
+from our_provider import Provider, ask
 
 CT = UID("1.2.840.10008.5.1.4.1.1.2")
 INSTANCE = UID("1.2.826.0.1.3680043.2.1143.7.8")
@@ -118,6 +120,24 @@ class OurProvider(unittest.TestCase):
                 self.succeeds(provider.ask("storescu", self.native[0], options=["-R", "--max-send-pdu", size]))
             (stored,) = folder.iterdir()
             self.assertEqual(data_set(stored), data_set(self.native[0]))
+
+    def test_several_fragments_in_one_pdu(self):
+        # The command and five fragments of 4084 bytes at most: all in one, or as many as the PDUs that ours announces have room for.
+        for longest, expected in ((1 << 20, [6]), (16384, [4, 2]), (8200, [2, 2, 2])):
+            folder = self.new_folder()
+            with self.subTest(longest), Provider(folder) as provider, JoiningRelay(provider.port, longest) as relay:
+                self.succeeds(ask(relay.port, "storescu", self.native[0], self.native[0], options=["-R", "--max-send-pdu", "4096"]))
+                self.assertEqual(relay.joined, expected * 2)
+                (stored,) = folder.iterdir()
+                self.assertEqual(data_set(stored), data_set(self.native[0]))
+
+    def test_stores_of_another_library(self):
+        folder = self.new_folder()
+        with Provider(folder) as provider:
+            # It falls over its own release, with every provider, and says so by its exit code.
+            subprocess.run(["gdcmscu", "--store", "127.0.0.1", provider.port, *self.native[:2]], capture_output=True, timeout=60, check=False)
+        (stored,) = folder.iterdir()
+        self.assertEqual(data_set(stored), data_set(self.native[0]))
 
     def test_a_compressed_object_whose_syntax_is_taken(self):
         folder = self.new_folder()
