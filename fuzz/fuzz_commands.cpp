@@ -1,6 +1,7 @@
 // Command sets: each message knows its own, what was read reads the same once it has been written, and requests and responses made
 // from it say to the other end what they were to say.
-#include <algorithm>
+#include <sys/socket.h>
+
 #include <cstddef>
 #include <cstdint>
 #include <memory>
@@ -20,7 +21,6 @@
 #include "net/c_store.h"
 #include "net/command_elements.h"
 #include "net/sop_classes.h"
-#include "preloaded_peer.h"
 #include "saved_form.h"
 #include "support.h"
 
