@@ -18,6 +18,11 @@ void Put(DICOMObject& object, std::unique_ptr<VR> element, VrCode type) {
   element.release();
 }
 
+/// Whether it has bytes that are its value: those of an element that has come to hold items are not written either.
+bool HasValue(const VR* vr) {
+  return vr != nullptr && vr->Items == nullptr && vr->Data != nullptr && vr->Length != 0;
+}
+
 constexpr bool IsOfUid(char c) { return c == '.' || (c >= '0' && c <= '9'); }
 
 }  // namespace
@@ -52,15 +57,13 @@ void PutNumber32(DICOMObject& object, std::uint16_t group, std::uint16_t element
 std::optional<std::uint16_t> Number16(const DICOMObject& object, std::uint16_t group,
                                       std::uint16_t element) {
   const VR* vr = object.GetVR(group, element);
-  if (vr == nullptr || vr->Data == nullptr || vr->Length != 2) return std::nullopt;
+  if (!HasValue(vr) || vr->Length != 2) return std::nullopt;
   return LoadLittle16(vr->Data);
 }
 
 std::optional<UID> UidOf(const DICOMObject& object, std::uint16_t group, std::uint16_t element) {
   const VR* vr = object.GetVR(group, element);
-  if (vr == nullptr || vr->Data == nullptr || vr->Length == 0 || vr->Length > UID::kMostBytes) {
-    return std::nullopt;
-  }
+  if (!HasValue(vr) || vr->Length > UID::kMostBytes) return std::nullopt;
   std::string_view text(reinterpret_cast<const char*>(vr->Data), vr->Length);
   if (!IsOfUid(text.back())) text.remove_suffix(1);
   return UID(text);

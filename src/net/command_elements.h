@@ -1,5 +1,5 @@
 // Elements of command sets, and of what goes with them, by value. Numbers that are missing and of another length than theirs count as
-// absent.
+// absent, and so does every value of an element that has items.
 #pragma once
 
 #include <cstdint>

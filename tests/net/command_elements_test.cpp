@@ -40,5 +40,17 @@ TEST(CommandElements, TakeUidsOfAtMost64BytesWithoutTheirPad) {
   EXPECT_EQ(UidOf(DICOMDataObject(), 0x0008, 0x0016), std::nullopt);
 }
 
+TEST(CommandElements, TakeNothingOfAnElementThatHasItems) {
+  // As a reader leaves a value behind which a tag of items stands.
+  DICOMDataObject object;
+  PutNumber16(object, 0x0000, 0x0100, 0x0030);
+  ASSERT_TRUE(object.Push(new DICOMDataObject()));
+  PutUid(object, 0x0008, 0x0016, "1.2.3");
+  ASSERT_TRUE(object.Push(new DICOMDataObject()));
+  EXPECT_EQ(object.GetUINT16(0x0000, 0x0100), 0x0030);
+  EXPECT_EQ(Number16(object, 0x0000, 0x0100), std::nullopt);
+  EXPECT_EQ(UidOf(object, 0x0008, 0x0016), std::nullopt);
+}
+
 }  // namespace
 }  // namespace tessaret::test
