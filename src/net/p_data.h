@@ -75,7 +75,8 @@ class PDataTF {
   // Set by the caller before a write; the identifier is left by a read.
   std::uint8_t MessagePresentationContextID = 0;
   std::uint8_t MessageControl = 0;
-  std::uint32_t MostBytes = kMostMessageBytes;  // that a message read may come to; no more than that
+  /// What a message that is read may come to: kMostMessageBytes, or less.
+  std::uint32_t MostBytes = kMostMessageBytes;
 
  private:
   struct Freer {
