@@ -41,8 +41,8 @@ bool IsTaken(const std::vector<PresentationContextAccept>& contexts, std::uint8_
 
 int PDU_Service::Connect(const std::string& host, const std::string& port) {
   const int stands = OrCloseLink([&] { return Request(host, port); });
-  // Nothing stays open that stood before, either.
-  if (stands == 0) Link.Close();
+  // Nothing stays open that stood before, either, nor anything to be read.
+  if (stands == 0) CloseLink();
   return stands;
 }
 
@@ -178,7 +178,7 @@ int PDU_Service::AcceptOnListener() {
 
 int PDU_Service::AnswerRequest() {
   if (AnswerOnLink()) return 1;
-  Link.Close();
+  CloseLink();
   return 0;
 }
 
