@@ -192,7 +192,8 @@ void CheckStoreRequest(Talk& talk, const UID& sopClass, std::string_view instanc
   DICOMCommandObject heard;
   HearCommand<CStoreRQ>(talk, sopClass, heard);
   std::string said(instance);
-  if (said.ends_with(' ')) said.back() = '\0';
+  // A UID that was padded with a blank is put right.
+  if (said.size() % 2 == 0 && said.ends_with(' ')) said.back() = '\0';
   Require(Holds(heard, command_element::kSopInstance, said, '\0'), "with its instance");
   DICOMDataObject stored;
   Require(CStoreRQ::Read(heard, &talk.hearer, &stored), "and its object");
