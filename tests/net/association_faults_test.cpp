@@ -36,14 +36,8 @@ Bytes EchoRequest() {
 }
 
 Bytes StoreRequest() {
-  return Joined({Data(3, kWholeCommand,
-                      Command()
-                          .Uid(0x0002, kCt)
-                          .Number(0x0100, 0x0001)
-                          .Number(0x0110, 3)
-                          .Number(0x0800, 0x0102)
-                          .Uid(0x1000, "1.2.3")),
-                 Fragmented(3, 0, Elements().Value(0x7FE0, 0x0010, Pattern(6000)))});
+  return Joined(
+      {StoreCommand(3), Fragmented(3, 0, Elements().Value(0x7FE0, 0x0010, Pattern(6000)))});
 }
 
 /// Request, echo, store and release, as a peer sends them.

@@ -119,14 +119,8 @@ TEST(TenThousandAssociations, OfAHundredClientsAtOnceLeaveNothing) {
 }
 
 Bytes StoreRequest(std::size_t pixelBytes = kPixelBytes) {
-  return Joined({Data(1, kWholeCommand,
-                      Command()
-                          .Uid(0x0002, kCt)
-                          .Number(0x0100, 0x0001)
-                          .Number(0x0110, 3)
-                          .Number(0x0800, 0x0102)
-                          .Uid(0x1000, "1.2.3")),
-                 Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, Bytes(pixelBytes)))});
+  return Joined(
+      {StoreCommand(1), Fragmented(1, 0, Elements().Value(0x7FE0, 0x0010, Bytes(pixelBytes)))});
 }
 
 Bytes FirstHalf(Bytes bytes) {

@@ -149,14 +149,8 @@ TEST(ManyAssociations, StoreAtOnce) {
 }
 
 Bytes StoreRequest() {
-  return Joined({Data(1, kWholeCommand,
-                      Command()
-                          .Uid(0x0002, kCt)
-                          .Number(0x0100, 0x0001)
-                          .Number(0x0110, 3)
-                          .Number(0x0800, 0x0102)
-                          .Uid(0x1000, "1.2.3")),
-                 Data(1, kLastPart, Elements().Value(0x7FE0, 0x0010, Bytes(100)))});
+  return Joined(
+      {StoreCommand(1), Data(1, kLastPart, Elements().Value(0x7FE0, 0x0010, Bytes(100)))});
 }
 
 /// A peer whose association with the provider stands.

@@ -20,14 +20,7 @@ const Bytes& Request() {
 
 const Bytes& Store() {
   static const Bytes bytes =
-      Joined({Data(3, kWholeCommand,
-                   Command()
-                       .Uid(0x0002, kCt)
-                       .Number(0x0100, 0x0001)
-                       .Number(0x0110, 3)
-                       .Number(0x0800, 0x0102)
-                       .Uid(0x1000, "1.2.3")),
-              Data(3, 0, Elements().Value(0x0009, 0x0010, Pattern(60))),
+      Joined({StoreCommand(3), Data(3, 0, Elements().Value(0x0009, 0x0010, Pattern(60))),
               Data(3, kLastPart, Elements().Value(0x7FE0, 0x0010, Pattern(60)))});
   return bytes;
 }

@@ -203,6 +203,17 @@ class Command {
   Elements elements_;
 };
 
+/// A request to store image 1.2.3 of a CT, whose data set follows.
+inline Bytes StoreCommand(std::uint8_t context, std::uint16_t messageID = 3) {
+  return Data(context, kWholeCommand,
+              Command()
+                  .Uid(0x0002, kCt)
+                  .Number(0x0100, 0x0001)
+                  .Number(0x0110, messageID)
+                  .Number(0x0800, 0x0102)
+                  .Uid(0x1000, "1.2.3"));
+}
+
 /// The PDUs of a stream, each whole.
 inline std::vector<Bytes> SplitPdus(const Bytes& stream) {
   std::vector<Bytes> pdus;

@@ -66,13 +66,7 @@ TEST(WithoutMemory, AQueryIsAnsweredWholly) {
 }
 
 TEST(WithoutMemory, AStoreIsAnsweredWholly) {
-  const Bytes request = Data(3, kWholeCommand,
-                             Command()
-                                 .Uid(0x0002, kCt)
-                                 .Number(0x0100, 0x0001)
-                                 .Number(0x0110, 77)
-                                 .Number(0x0800, 0x0102)
-                                 .Uid(0x1000, "1.2.3"));
+  const Bytes request = StoreCommand(3, 77);
   FailEach(Joined({request, Data(3, kLastPart, NameBytes("AA"))}), [](PDU_Service& pdu) {
     DICOMCommandObject command;
     DICOMDataObject object;
@@ -193,6 +187,25 @@ std::ptrdiff_t CountWithStatus(const std::vector<Bytes>& sent, std::uint16_t sta
   });
 }
 
+struct Outcome {
+  bool isAnswered;
+  bool threw;
+  bool happened;
+};
+
+/// Has the service answer the command while allocation `nth` fails.
+template <class Service>
+Outcome ServeWithoutMemory(std::uint64_t nth, Service& service, PDU_Service& pdu,
+                           DICOMCommandObject& command) {
+  const AllocationFailure failure(nth);
+  try {
+    const bool isAnswered = service.Read(&pdu, &command);
+    return {isAnswered, false, failure.Happened()};
+  } catch (const std::bad_alloc&) {
+    return {false, true, failure.Happened()};
+  }
+}
+
 TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
   constexpr int kInstances = 3;
   const TempFolder folder;
@@ -209,17 +222,8 @@ TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
     association.peer.Send(MoveRequest("DEST"));
     DICOMCommandObject command;
     ReadCommand(association, command);
-    bool isAnswered = false;
-    bool threw = false;
-    {
-      const AllocationFailure failure(nth);
-      try {
-        isAnswered = move.Read(&association.pdu, &command);
-      } catch (const std::bad_alloc&) {
-        threw = true;
-      }
-      happened = failure.Happened();
-    }
+    const Outcome outcome = ServeWithoutMemory(nth, move, association.pdu, command);
+    happened = outcome.happened;
     const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
     // It waits for somebody, also where we did not come.
     static_cast<void>(ConnectTo(destination.Port()));
@@ -235,11 +239,11 @@ TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
                                            .Uid(0x0008, 0x0018, "1.1")
                                            .Text(0x0010, 0x0010, "AA")));
     }
-    if (threw) {
+    if (outcome.threw) {
       // A response, behind an instance that has arrived.
       EXPECT_EQ(stored, std::min<std::ptrdiff_t>(pending + 1, kInstances));
       EXPECT_GT(stored, 0);
-    } else if (!isAnswered) {
+    } else if (!outcome.isAnswered) {
       EXPECT_EQ(move.asked, "");  // the identifier did not come
     } else if (NumberIn(sent.back(), 0x0900) == 0) {
       const int failed = NumberIn(sent.back(), 0x1022);
@@ -264,22 +268,13 @@ TEST(WithoutMemory, AQueryWithAMatchThatCannotBeSentFails) {
     association.peer.Send(FindRequest());
     DICOMCommandObject command;
     ReadCommand(association, command);
-    bool isAnswered = false;
-    bool threw = false;
-    {
-      const AllocationFailure failure(nth);
-      try {
-        isAnswered = query.Read(&association.pdu, &command);
-      } catch (const std::bad_alloc&) {
-        threw = true;
-      }
-      happened = failure.Happened();
-    }
+    const Outcome outcome = ServeWithoutMemory(nth, query, association.pdu, command);
+    happened = outcome.happened;
     const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
     const auto pending = CountWithStatus(sent, 0xFF00);
-    if (threw) {
+    if (outcome.threw) {
       EXPECT_EQ(pending, 2) << "all but the last response";
-    } else if (isAnswered) {
+    } else if (outcome.isAnswered) {
       EXPECT_EQ(NumberIn(sent.back(), 0x0900), pending == 2 ? 0 : 0xC001);
     } else {
       EXPECT_EQ(association.pdu.Link.Connected, 0);

@@ -78,16 +78,6 @@ Bytes FindResponseCommand(std::uint16_t status, std::uint16_t dataSetType) {
                   .Number(0x0900, status));
 }
 
-Bytes StoreCommand() {
-  return Data(3, kWholeCommand,
-              Command()
-                  .Uid(0x0002, kCt)
-                  .Number(0x0100, 0x0001)
-                  .Number(0x0110, 3)
-                  .Number(0x0800, 0x0102)
-                  .Uid(0x1000, "1.2.3"));
-}
-
 Bytes StoreResponse() {
   return Data(3, kWholeCommand,
               Command()
@@ -141,7 +131,7 @@ std::vector<Wait> Waits() {
        kTimeout,
        kTimeout},
       {"a command", Role::kAssociated, {}, echo, ReadEcho, kTimeout, kNoData},
-      {"an object", Role::kAssociated, StoreCommand(), Data(3, kLastPart, NameBytes("Doe^Jane")),
+      {"an object", Role::kAssociated, StoreCommand(3), Data(3, kLastPart, NameBytes("Doe^Jane")),
        ReadStore, kTimeout, kNoData},
       {"the response to an echo",
        Role::kAssociated,
