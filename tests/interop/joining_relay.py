@@ -1,34 +1,29 @@
 """A line that makes one PDU of several, as real peers may, and those of the distribution do not."""
 
+import pathlib
 import socket
 import struct
+import sys
 import threading
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "tools"))
+
+from pdu_link import Listening, receive_pdu, send_pdu
 
 DATA, LAST_OF_DATA = 4, 2
 
 
-class JoiningRelay:
+class JoiningRelay(Listening):
     """Passes one association on to a port of this machine. Of the requester's PDUs a whole store, command and data set, becomes one PDU,
     or as few as there can be of `longest` bytes. `joined` has the number of PDVs of each."""
 
     def __init__(self, port, longest):
         self.longest = longest
         self.joined = []
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        self.port = self.listener.getsockname()[1]
         self.target = int(port)
-        self.thread = threading.Thread(target=self.run)
+        super().__init__()
 
-    def __enter__(self):
-        self.thread.start()
-        return self
-
-    def __exit__(self, *_):
-        self.listener.shutdown(socket.SHUT_RDWR)
-        self.thread.join()
-        self.listener.close()
-
-    def run(self):
+    def serve(self):
         try:
             requester, _ = self.listener.accept()
         except OSError:  # nobody came
@@ -54,11 +49,9 @@ class JoiningRelay:
     def pass_on(self, requester, provider):
         held = []
         while True:
-            head = self.receive(requester, 6)
-            kind, length = struct.unpack(">BxI", head)
-            content = self.receive(requester, length)
+            kind, content = receive_pdu(requester)
             if kind != DATA:
-                provider.sendall(head + content)
+                send_pdu(provider, kind, content)
                 continue
             for pdv, control in self.pdvs(content):
                 if sum(map(len, held)) + len(pdv) > self.longest:
@@ -68,8 +61,7 @@ class JoiningRelay:
                     self.flush(provider, held)
 
     def flush(self, provider, held):
-        content = b"".join(held)
-        provider.sendall(struct.pack(">BxI", DATA, len(content)) + content)
+        send_pdu(provider, DATA, b"".join(held))
         self.joined.append(len(held))
         held.clear()
 
@@ -80,13 +72,3 @@ class JoiningRelay:
             end = at + 4 + struct.unpack_from(">I", content, at)[0]
             yield content[at:end], content[at + 5]
             at = end
-
-    @staticmethod
-    def receive(link, count):
-        data = b""
-        while len(data) < count:
-            portion = link.recv(count - len(data))
-            if not portion:
-                raise EOFError
-            data += portion
-        return data

@@ -5,6 +5,7 @@ import struct
 import threading
 
 import tool
+from pdu_link import Listening, receive, receive_pdu, send_pdu
 
 VERIFICATION = "1.2.840.10008.1.1"
 
@@ -37,7 +38,7 @@ def elements_of(bare):
     return found
 
 
-class Node:
+class Node(Listening):
     """With `reject`, a triple of result, source and reason, it takes no association. `syntax` is the one that it takes, `refused` the
     classes that it does not. A request for storage is answered with `status`, and `comment`; request `ends_at`, counted from 0, is
     not answered: then the link is closed. With `hangs` nothing at all is answered."""
@@ -50,18 +51,7 @@ class Node:
         self.proposals = []  # (abstract syntax, transfer syntaxes) of the last one
         self.releases = self.echoes = 0
         self.reached = threading.Event()  # a request that hangs
-        self.listener = socket.create_server(("127.0.0.1", 0))
-        self.port = self.listener.getsockname()[1]
-        self.thread = threading.Thread(target=self.serve)
-
-    def __enter__(self):
-        self.thread.start()
-        return self
-
-    def __exit__(self, *_):
-        self.listener.shutdown(socket.SHUT_RDWR)
-        self.thread.join()
-        self.listener.close()
+        super().__init__()
 
     def serve(self):
         while True:
@@ -76,39 +66,23 @@ class Node:
                 except (ConnectionError, EOFError):
                     pass
 
-    def receive(self, link, count):
-        data = b""
-        while len(data) < count:
-            part = link.recv(count - len(data))
-            if not part:
-                raise EOFError
-            data += part
-        return data
-
-    def pdu(self, link):
-        kind, length = struct.unpack(">BxI", self.receive(link, 6))
-        return kind, self.receive(link, length)
-
-    def send(self, link, kind, content):
-        link.sendall(struct.pack(">BxI", kind, len(content)) + content)
-
     def talk(self, link):
-        kind, request = self.pdu(link)
+        kind, request = receive_pdu(link)
         assert kind == 1, kind
         if self.hangs:
             self.reached.set()
-            self.receive(link, 1)
+            receive(link, 1)
             return
         self.titles.append((request[20:36].decode("latin-1"), request[4:20].decode("latin-1")))
         if self.reject:
-            self.send(link, 3, bytes((0, *self.reject)))
+            send_pdu(link, 3, bytes((0, *self.reject)))
             return
         self.accept(link, request)
         while True:
-            kind, content = self.pdu(link)
+            kind, content = receive_pdu(link)
             if kind == 5:
                 self.releases += 1
-                self.send(link, 6, bytes(4))
+                send_pdu(link, 6, bytes(4))
                 return
             if kind != 4 or not self.answer(link, content):
                 return
@@ -126,14 +100,14 @@ class Node:
             result = 3 if abstract in self.refused else 0 if self.syntax in syntaxes else 4
             answers += item(0x21, bytes((content[0], 0, result, 0)) + item(0x40, self.syntax.encode()))
         user = item(0x50, item(0x51, struct.pack(">I", 16384)) + item(0x52, b"1.2.3"))
-        self.send(link, 2, request[:68] + item(0x10, b"1.2.840.10008.3.1.1.1") + answers + user)
+        send_pdu(link, 2, request[:68] + item(0x10, b"1.2.840.10008.3.1.1.1") + answers + user)
 
     def message(self, link, content=None):
         """(context, bytes) of one command or data set, whose first PDU may have been read."""
         whole = b""
         while True:
             if content is None:
-                kind, content = self.pdu(link)
+                kind, content = receive_pdu(link)
                 if kind != 4:
                     raise EOFError
             while content:
@@ -165,7 +139,7 @@ class Node:
             if self.comment:
                 response[0x0902] = (self.comment + " " * (len(self.comment) % 2)).encode()
         bare = command(response)
-        self.send(link, 4, struct.pack(">IBB", len(bare) + 2, context, 3) + bare)
+        send_pdu(link, 4, struct.pack(">IBB", len(bare) + 2, context, 3) + bare)
         return True
 
 
