@@ -102,7 +102,7 @@ else
 fi
 show "$tool" send "ARCHIVE@127.0.0.1:$archive_port" "$place/compressed.dcm"
 list_archive
-expect_in_archive "$place/series" ${real:+"$real"} "$place/compressed.dcm"
+expect_in_archive "$tool" "$place/series" ${real:+"$real"} "$place/compressed.dcm"
 stop_archive
 
 say "does all of the series read?"

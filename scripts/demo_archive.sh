@@ -52,9 +52,10 @@ for series in json.load(sys.stdin):
     print("{:>4} instances  {:<4} {}".format(len(series["Instances"]), tags.get("Modality", ""), tags.get("SeriesInstanceUID", "")))'
 }
 
-# expect_in_archive FILE|FOLDER...: what the archive lists has to be the instances of these files, each once and none else.
+# expect_in_archive TOOL FILE|FOLDER...: what the archive lists has to be the instances of these files, each once and none else.
 expect_in_archive() {
-  local sent listed
+  local tool="$1" sent listed
+  shift
   sent="$(find "$@" -type f -exec "$tool" get {} SOPInstanceUID \; | sort -u)"
   listed="$(ask_archive 'instances?expand' | /usr/bin/python3 -c 'import json, sys
 for instance in json.load(sys.stdin): print(instance["MainDicomTags"]["SOPInstanceUID"])' | sort)"
