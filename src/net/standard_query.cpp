@@ -67,8 +67,10 @@ bool StandardQuery::Read(PDU_Service* pdu, DICOMCommandObject* command) {
     const auto isSent = Contained(std::optional<bool>(), [&] {
       return std::optional(CFindRSP::Write(pdu, command, dimse_status::kPending, response.get()));
     });
-    // The peer would take what has come for all that there is.
-    if (!isSent) return CFindRSP::Write(pdu, command, dimse_status::kUnableToProcess);
+    // Otherwise the peer would take what has come for all that there is, or wait for more on a link that stands.
+    if (!isSent || (!*isSent && pdu->Link.Connected != 0)) {
+      return CFindRSP::Write(pdu, command, dimse_status::kUnableToProcess);
+    }
     if (!*isSent) return false;
   }
   return CFindRSP::Write(pdu, command, dimse_status::kSuccess);

@@ -181,6 +181,15 @@ TEST(Query, AnswersAFailureOfTheSearch) {
   }
 }
 
+TEST(Query, AnswersAFailureBehindTheLastMatchThatCouldBeEncoded) {
+  Finding<StudyRootQuery> query;
+  for (const char* name : {"AA", "BB", "CC"}) query.Match(name);
+  // As pixel data stands in an object that was loaded without it.
+  ASSERT_TRUE(query.matches[1]->Push(new VR(0x7FE0, 0x0010, 512, nullptr)));
+  EXPECT_EQ(AnswersOf(query, FindRequest()),
+            Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xC001, "")}));
+}
+
 TEST(Query, EndsWithACancelThatHasCome) {
   Finding<StudyRootQuery> query;
   for (int i = 0; i < 100; ++i) query.Match("AA");
