@@ -64,11 +64,11 @@ int PDU_Service::Request(const std::string& host, const std::string& port) {
     NoteRefusal(kServiceProvider, kNoReason);
     return Fail(Link.GetLastError());
   }
-  // Nobody answers what was not sent whole; a peer that is gone may have said why before.
-  const bool mayBeAnswered = AAssociateRQ.Write(*this) || Link.HasInput();
+  // Nobody accepts what was not sent whole; a peer that is gone may have said why before.
+  const bool isSent = AAssociateRQ.Write(*this);
   std::uint8_t type = 0;
-  if (!mayBeAnswered || !Read8(&type)) type = 0;
-  if (type == AAssociateAC.ItemType) {
+  if ((!isSent && !Link.HasInput()) || !Read8(&type)) type = 0;
+  if (isSent && type == AAssociateAC.ItemType) {
     AAssociateAC = tessaret::AAssociateAC();
     // Answers that do not add up are taken all the same, unless the link has ended within.
     AAssociateAC.Read(*this);

@@ -228,6 +228,34 @@ TEST(AssociateRequest, SaysThatTheLinkFailedWithinARefusal) {
   }
 }
 
+TEST(AssociateRequest, ThatIsNotSentWholeIsRefusedButNotAccepted) {
+  const struct {
+    Bytes answer;
+    const char* words;
+  } rows[] = {
+      {Reject(1, 1, 1), "Connection rejected permanent: service-user, no reason given"},
+      {AnswerOf(AcceptItem(1, 0, kImplicit)), "Corrupt transmission reading AAssociateRQ"},
+  };
+  for (const auto& row : rows) {
+    ScriptedServer server([&row](Peer& peer) {
+      peer.Send(row.answer);
+      static_cast<void>(peer.ReceiveToEnd());
+    });
+    PDU_Service pdu;
+    pdu.AddAbstractSyntax(UID(kEcho));
+    SetIdentifierCounter(1);
+    SocketFailure failure;
+    failure.RunBefore(SocketCall::kSend, 1, [&pdu] {
+      pollfd answer{.fd = pdu.Link.DataSocket, .events = POLLIN, .revents = 0};
+      ::poll(&answer, 1, kFarTooLong);
+    });
+    failure.FailCall(SocketCall::kSend, 1, ENETDOWN);
+    EXPECT_EQ(pdu.Connect("127.0.0.1", server.Port()), 0);
+    EXPECT_EQ(Words(pdu), row.words);
+    EXPECT_EQ(pdu.Link.Connected, 0);
+  }
+}
+
 TEST(AssociateRequest, TakesNoOtherAnswerAndSaysNothingToIt) {
   const Bytes answers[] = {{},
                            {0},
