@@ -105,7 +105,7 @@ int PDU_Service::Fail(const char* words) noexcept {
   return 0;
 }
 
-bool PDU_Service::HasInput() { return InSize > 0 || Link.HasInput(); }
+bool PDU_Service::HasInput() { return Link.Connected != 0 && (InSize > 0 || Link.HasInput()); }
 
 void PDU_Service::AttachDictionary(const RTC* dictionary, bool owned) {
   if (OwnsDictionary != 0 && Dictionary != dictionary) delete Dictionary;

@@ -702,12 +702,15 @@ TEST(Listen, ClosesALinkThatIsOpen) {
   Connection first;
   Connection second;
   first.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
-  second.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
+  // What came ahead of its reading ends with the link, too.
+  second.peer.Send(Joined({RequestFor({{1, kEcho, {kImplicit}}}), ReleaseRequest()}));
   PDU_Service pdu;
   ASSERT_EQ(pdu.Listen(first.ours), 1);
   ASSERT_EQ(pdu.Listen(second.ours), 1);
   EXPECT_EQ(TypesOf(first.peer.ReceiveToEnd()), "2");
+  EXPECT_TRUE(pdu.HasInput());
   EXPECT_EQ(pdu.Listen("no such service"), 0);
+  EXPECT_FALSE(pdu.HasInput());
   EXPECT_EQ(TypesOf(second.peer.ReceiveToEnd()), "2");
   Connection third;
   third.peer.Send(RequestFor({{1, kEcho, {kImplicit}}}));
