@@ -18,11 +18,6 @@ void Put(DICOMObject& object, std::unique_ptr<VR> element, VrCode type) {
   element.release();
 }
 
-/// Whether it has bytes that are its value: those of an element that has come to hold items are not written either.
-bool HasValue(const VR* vr) {
-  return vr != nullptr && vr->Items == nullptr && vr->Data != nullptr && vr->Length != 0;
-}
-
 constexpr bool IsOfUid(char c) { return c == '.' || (c >= '0' && c <= '9'); }
 
 }  // namespace
@@ -54,17 +49,21 @@ void PutNumber32(DICOMObject& object, std::uint16_t group, std::uint16_t element
            {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
+std::string_view ValueOf(const VR* vr) {
+  if (vr == nullptr || vr->Items != nullptr || vr->Data == nullptr) return {};
+  return {reinterpret_cast<const char*>(vr->Data), vr->Length};
+}
+
 std::optional<std::uint16_t> Number16(const DICOMObject& object, std::uint16_t group,
                                       std::uint16_t element) {
   const VR* vr = object.GetVR(group, element);
-  if (!HasValue(vr) || vr->Length != 2) return std::nullopt;
+  if (ValueOf(vr).size() != 2) return std::nullopt;
   return LoadLittle16(vr->Data);
 }
 
 std::optional<UID> UidOf(const DICOMObject& object, std::uint16_t group, std::uint16_t element) {
-  const VR* vr = object.GetVR(group, element);
-  if (!HasValue(vr) || vr->Length > UID::kMostBytes) return std::nullopt;
-  std::string_view text(reinterpret_cast<const char*>(vr->Data), vr->Length);
+  std::string_view text = ValueOf(object.GetVR(group, element));
+  if (text.empty() || text.size() > UID::kMostBytes) return std::nullopt;
   if (!IsOfUid(text.back())) text.remove_suffix(1);
   return UID(text);
 }

@@ -23,6 +23,9 @@ void PutNumber32(DICOMObject& object, std::uint16_t group, std::uint16_t element
 void PutBytes(DICOMObject& object, std::uint16_t group, std::uint16_t element, VrCode type,
               std::string_view bytes);
 
+/// The bytes of its value as they are, owned by it. None of nothing, without a value, and of an element that has come to hold items,
+/// with which they are not written either.
+std::string_view ValueOf(const VR* vr);
 /// Nothing where the element is not there, has no value, or one that is not two bytes long.
 std::optional<std::uint16_t> Number16(const DICOMObject& object, std::uint16_t group,
                                       std::uint16_t element);

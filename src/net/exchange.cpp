@@ -6,19 +6,18 @@
 #include <utility>
 
 #include "base/text.h"
+#include "net/command_elements.h"
 #include "net/dimse_status.h"
 
 namespace tessaret {
 namespace {
 
 // More than comments have (DICOM PS3.7, annex E.1).
-constexpr std::uint32_t kMostCommentBytes = 64;
+constexpr std::size_t kMostCommentBytes = 64;
 
 std::string CommentIn(const DICOMObject& response) {
-  const VR* comment = response.GetVR(0x0000, command_element::kErrorComment);
-  if (comment == nullptr || comment->Data == nullptr) return {};
-  const std::string text(Trimmed({reinterpret_cast<const char*>(comment->Data),
-                                  std::min(comment->Length, kMostCommentBytes)}));
+  const std::string_view comment = ValueOf(response.GetVR(0x0000, command_element::kErrorComment));
+  const std::string text(Trimmed(comment.substr(0, kMostCommentBytes)));
   return text.empty() ? text : ": " + text;
 }
 

@@ -30,11 +30,6 @@ class ObjectStorage : public UnknownStorage {
   UID uid_;
 };
 
-std::string_view TextOf(const VR& vr) {
-  std::string_view text(reinterpret_cast<const char*>(vr.Data), vr.Length);
-  return text.substr(0, kApTitleBytes);
-}
-
 /// The destination was offered native data alone. False for fragments that cannot be decoded.
 bool MakeNative(DICOMDataObject& object) {
   if (!HasFragments(object)) return true;
@@ -154,11 +149,10 @@ bool StandardRetrieve::Read(PDU_Service* pdu, DICOMCommandObject* command) {
   if (!asked || !(*asked == own) || !CMoveRQ::Read(*command, pdu, &identifier)) return false;
 
   Move move{.pdu = pdu, .request = command, .instances = {}, .counters = {}};
-  const VR* destination = command->GetVR(0x0000, command_element::kDestination);
-  if (destination == nullptr || destination->Data == nullptr) {
-    return Answer(move, dimse_status::kUnableToProcess);
-  }
-  const std::string destinationAE(TextOf(*destination));
+  const std::string_view destination =
+      ValueOf(command->GetVR(0x0000, command_element::kDestination));
+  if (destination.empty()) return Answer(move, dimse_status::kUnableToProcess);
+  const std::string destinationAE(destination.substr(0, kApTitleBytes));
   std::uint16_t count = 0;
   if (!Contained(false,
                  [&] { return PrepareMove(destinationAE, identifier, move.instances, count); })) {

@@ -37,9 +37,7 @@ DicomStorage::DicomStorage(const DICOMObject& object) {
     UID = UidOf(object, 0x0008, 0x0016).value_or(tessaret::UID());
     return;
   }
-  const VR* modality = object.GetVR(0x0008, 0x0060);
-  if (modality == nullptr || modality->Data == nullptr) return;
-  UID.Set(SopClassOf({reinterpret_cast<const char*>(modality->Data), modality->Length}));
+  UID.Set(SopClassOf(ValueOf(object.GetVR(0x0008, 0x0060))));
 }
 
 bool DicomStorage::GetUID(tessaret::UID& uid) {

@@ -17,11 +17,8 @@ namespace {
 constexpr std::string_view kTailStart = "]: ";
 
 StoreResponse ResponseIn(const DicomStorage& storage) {
-  StoreResponse response{.status = storage.Status, .comment = {}};
-  const VR* comment = storage.ErrorComment.get();
-  if (comment == nullptr || comment->Data == nullptr) return response;
-  response.comment = Trimmed({reinterpret_cast<const char*>(comment->Data), comment->Length});
-  return response;
+  return {.status = storage.Status,
+          .comment = std::string(Trimmed(ValueOf(storage.ErrorComment.get())))};
 }
 
 bool IsAcceptedAsOffered(const PDU_Service& pdu, const UID& sopClass) {

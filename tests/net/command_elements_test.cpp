@@ -50,6 +50,18 @@ TEST(CommandElements, TakeNothingOfAnElementThatHasItems) {
   EXPECT_EQ(object.GetUINT16(0x0000, 0x0100), 0x0030);
   EXPECT_EQ(Number16(object, 0x0000, 0x0100), std::nullopt);
   EXPECT_EQ(UidOf(object, 0x0008, 0x0016), std::nullopt);
+  EXPECT_EQ(ValueOf(object.GetVR(0x0008, 0x0016)), "");
+}
+
+TEST(CommandElements, HaveTheirBytesAsValues) {
+  DICOMDataObject object;
+  PutBytes(object, 0x0000, 0x0600, type_code::AE, " AB ");
+  PutBytes(object, 0x0000, 0x0902, type_code::LO, "");
+  ASSERT_TRUE(object.Push(new VR(0x0008, 0x0060, 2, nullptr)));
+  EXPECT_EQ(ValueOf(object.GetVR(0x0000, 0x0600)), " AB ");
+  EXPECT_EQ(ValueOf(object.GetVR(0x0000, 0x0902)), "");
+  EXPECT_EQ(ValueOf(object.GetVR(0x0008, 0x0060)), "") << "a length without bytes";
+  EXPECT_EQ(ValueOf(nullptr), "");
 }
 
 }  // namespace

@@ -127,6 +127,14 @@ TEST(Retrieve, AnswersARequestWithoutADestination) {
   empty.Uid(0x0002, kMove).Number(0x0100, 0x0021).Number(0x0110, 9).Text(0x0600, "");
   empty.Number(0x0700, 0).Number(0x0800, 0x0101);
   EXPECT_EQ(AnswersOf(move, Data(7, kWholeCommand, empty)), MoveAnswer(0xC001));
+  // One that has come to hold an item has no value.
+  const Bytes item = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
+  Elements withItem;
+  withItem.Uid(0x0000, 0x0002, kMove).Number(0x0000, 0x0100, 0x0021).Number(0x0000, 0x0110, 9);
+  withItem.Text(0x0000, 0x0600, "DEST");
+  const Bytes behind = Elements().Number(0x0000, 0x0700, 0).Number(0x0000, 0x0800, 0x0101);
+  EXPECT_EQ(AnswersOf(move, Data(7, kWholeCommand, Joined({withItem, item, behind}))),
+            MoveAnswer(0xC001));
   EXPECT_EQ(move.asked, "");
 }
 
