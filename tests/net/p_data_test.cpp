@@ -226,6 +226,17 @@ TEST(PDataRead, RefusesAMessageThatGrowsBeyondItsBound) {
   }
 }
 
+TEST(PDataRead, HoldsToABoundThatIsLoweredWithinAMessage) {
+  for (const std::size_t more : {std::size_t{0}, std::size_t{1}}) {
+    Association association(kContexts);
+    association.peer.Send(Joined({Data(3, 0, Bytes(60, 7)), Data(3, kLastPart, Bytes(more, 7))}));
+    PDataTF data;
+    ASSERT_TRUE(ReadOnce(association, data).isRead);
+    data.MostBytes = 59;  // less than has come already
+    EXPECT_FALSE(ReadOnce(association, data).isRead) << more;
+  }
+}
+
 TEST(PDataRead, FailsWhereThePeerClosesAtAnyByte) {
   const Bytes whole =
       Joined({Data(1, kCommandPart, Pattern(9)), Data(1, kWholeCommand, Pattern(9))});
