@@ -31,64 +31,101 @@ bool IsInOrder(const Bytes& stream) {
   return true;
 }
 
-/// Lets every allocation of `work` fail once, each with an association of its own on which `sent` has come, and looks at what the peer
-/// got: whole PDUs, also of what is sent with memory again.
+struct Outcome {
+  bool isDone = false;
+  bool threw = false;
+  bool happened = false;
+};
+
+/// What comes of `work`, whose allocation `nth` fails, where it gets that far.
 template <class Work>
-void FailEach(const Bytes& sent, Work work) {
-  for (std::uint64_t nth = 1;; ++nth) {
+Outcome WithFailing(std::uint64_t nth, Work work) {
+  Outcome outcome;
+  const AllocationFailure failure(nth);
+  try {
+    outcome.isDone = work();
+  } catch (const std::bad_alloc&) {
+    outcome.threw = true;
+  }
+  outcome.happened = failure.Happened();
+  return outcome;
+}
+
+/// Lets every allocation of `work` fail once, each with an association of its own on which `sent` has come, and looks at what the peer
+/// got: whole PDUs, also of what is sent with memory again; and where nothing fails, `whole` in front of that.
+template <class Work>
+void FailEach(const Bytes& sent, const Bytes& whole, Work work) {
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
     Association association(kContexts);
     association.peer.Send(sent);
-    bool happened = false;
-    {
-      const AllocationFailure failure(nth);
-      try {
-        work(association.pdu);
-      } catch (const std::bad_alloc&) {
-      }
-      happened = failure.Happened();
-    }
+    SetIdentifierCounter(9);
+    happened = WithFailing(nth, [&] { return work(association.pdu); }).happened;
     Echo().Write(&association.pdu);
     association.pdu.Link.Close();
-    const Bytes received = association.peer.ReceiveToEnd();
+    Bytes received = association.peer.ReceiveToEnd();
     EXPECT_TRUE(IsInOrder(received)) << "allocation " << nth;
-    if (!happened) return;
+    if (happened) continue;
+    received.resize(std::min(received.size(), whole.size()));
+    EXPECT_EQ(received, whole);
   }
 }
 
 TEST(WithoutMemory, AQueryIsAnsweredWholly) {
-  FailEach(FindRequest(), [](PDU_Service& pdu) {
+  const Bytes answers =
+      Joined({FindAnswer(0xFF00, "AA"), FindAnswer(0xFF00, "BB"), FindAnswer(0, "")});
+  FailEach(FindRequest(), answers, [](PDU_Service& pdu) {
     DICOMCommandObject command;
     Finding<StudyRootQuery> query;
     query.Match("AA");
     query.Match("BB");
-    if (pdu.Read(command) != 0) query.Read(&pdu, &command);
+    return pdu.Read(command) != 0 && query.Read(&pdu, &command);
   });
 }
 
 TEST(WithoutMemory, AStoreIsAnsweredWholly) {
-  const Bytes request = StoreCommand(3, 77);
-  FailEach(Joined({request, Data(3, kLastPart, NameBytes("AA"))}), [](PDU_Service& pdu) {
+  const Bytes request = Joined({StoreCommand(3, 77), Data(3, kLastPart, NameBytes("AA"))});
+  const Bytes answer = Data(3, kWholeCommand,
+                            Command()
+                                .Uid(0x0002, kCt)
+                                .Number(0x0100, 0x8001)
+                                .Number(0x0120, 77)
+                                .Number(0x0800, 0x0101)
+                                .Number(0x0900, 0)
+                                .Uid(0x1000, "1.2.3"));
+  FailEach(request, answer, [](PDU_Service& pdu) {
     DICOMCommandObject command;
     DICOMDataObject object;
-    if (pdu.Read(command) != 0) UnknownStorage().Read(&pdu, &command, &object);
+    return pdu.Read(command) != 0 && UnknownStorage().Read(&pdu, &command, &object);
   });
 }
 
 TEST(WithoutMemory, RequestsAreSentWholly) {
-  FailEach(EchoResponse(0), [](PDU_Service& pdu) {
+  FailEach(EchoResponse(0), FindRequest(), [](PDU_Service& pdu) {
     DICOMDataObject query;
     PutBytes(query, 0x0010, 0x0010, type_code::PN, "Q*");
-    Finding<StudyRootQuery>().Write(&pdu, &query);
+    return Finding<StudyRootQuery>().Write(&pdu, &query);
   });
-  FailEach(EchoResponse(0), [](PDU_Service& pdu) {
+  FailEach(EchoResponse(0), MoveRequest("DEST"), [](PDU_Service& pdu) {
     DICOMDataObject query;
     PutBytes(query, 0x0010, 0x0010, type_code::PN, "Q*");
-    Moving().Write(&pdu, &query, "DEST");
+    return Moving().Write(&pdu, &query, "DEST");
   });
-  FailEach(EchoResponse(0), [](PDU_Service& pdu) {
+  const Bytes store = Joined(
+      {Data(3, kWholeCommand,
+            Command()
+                .Uid(0x0002, kCt)
+                .Number(0x0100, 0x0001)
+                .Number(0x0110, 9)
+                .Number(0x0700, 0)
+                .Number(0x0800, 0x0102)
+                .Uid(0x1000, "1.2.3")),
+       Data(3, kLastPart, Elements().Uid(0x0008, 0x0018, "1.2.3").Text(0x0010, 0x0010, "AA"))});
+  FailEach(EchoResponse(0), store, [](PDU_Service& pdu) {
     DICOMDataObject object;
-    PutBytes(object, 0x7FE0, 0x0010, type_code::OB, "xx");
-    CTStorage().Write(&pdu, &object);
+    PutUid(object, 0x0008, 0x0018, "1.2.3");
+    PutBytes(object, 0x0010, 0x0010, type_code::PN, "AA");
+    return CTStorage().Write(&pdu, &object);
   });
 }
 
@@ -102,35 +139,25 @@ void ExpectWholeQueryOrThrow(const Bytes& whole, Write write) {
     DICOMDataObject query;
     PutBytes(query, 0x0010, 0x0010, type_code::PN, "Q*");
     PutBytes(query, 0x0010, 0x0020, type_code::LO, "12");
-    bool threw = false;
-    bool happened = false;
-    {
-      const AllocationFailure failure(nth);
-      try {
-        write(association.pdu, query);
-      } catch (const std::bad_alloc&) {
-        threw = true;
-      }
-      happened = failure.Happened();
-    }
+    const Outcome outcome = WithFailing(nth, [&] { return write(association.pdu, query); });
     association.pdu.Link.Close();
     const std::vector<Bytes> sent = SplitPdus(association.peer.ReceiveToEnd());
     const bool hasData = sent.size() > 1 && sent[1].at(0) == 4;
-    EXPECT_TRUE(hasData || threw) << "allocation " << nth;
+    EXPECT_TRUE(hasData || outcome.threw) << "allocation " << nth;
     if (hasData) {
       EXPECT_EQ(Bytes(sent[1].begin() + 12, sent[1].end()), whole) << "allocation " << nth;
     }
-    if (!happened) return;
+    if (!outcome.happened) return;
   }
 }
 
 TEST(WithoutMemory, AQueryThatCannotBeCopiedThrows) {
   const Bytes whole = Elements().Text(0x0010, 0x0010, "Q*").Text(0x0010, 0x0020, "12");
   ExpectWholeQueryOrThrow(whole, [](PDU_Service& pdu, DICOMDataObject& query) {
-    Finding<StudyRootQuery>().Write(&pdu, &query);
+    return Finding<StudyRootQuery>().Write(&pdu, &query);
   });
   ExpectWholeQueryOrThrow(whole, [](PDU_Service& pdu, DICOMDataObject& query) {
-    Moving().Write(&pdu, &query, "DEST");
+    return Moving().Write(&pdu, &query, "DEST");
   });
 }
 
@@ -151,16 +178,9 @@ TEST(WithoutMemory, AnAbandonedRequestLeavesNothingForTheNext) {
     association.peer.Send(
         Joined({response(0x8001, 1, 0), response(0x8020, 1, 0), response(0x8030, 3, 0)}));
     Finding<StudyRootQuery> query;
-    {
-      DICOMDataObject what;
-      PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
-      const AllocationFailure failure(nth);
-      try {
-        query.Write(&association.pdu, &what);
-      } catch (const std::bad_alloc&) {
-      }
-      happened = failure.Happened();
-    }
+    DICOMDataObject what;
+    PutBytes(what, 0x0010, 0x0010, type_code::PN, "Q*");
+    happened = WithFailing(nth, [&] { return query.Write(&association.pdu, &what); }).happened;
     if (query.calls == 0) continue;  // it was not sent
     EXPECT_TRUE(Verification().Write(&association.pdu) || association.pdu.Link.Connected == 0)
         << "allocation " << nth << ": " << Words(association.pdu);
@@ -171,12 +191,13 @@ TEST(WithoutMemory, AMoveIsAnsweredWholly) {
   const TempFolder folder;
   WriteBytes(folder.File("1.1"), FileOfCt("1.1"));
   // Nobody listens.
-  FailEach(MoveRequest("DEST"), [&](PDU_Service& pdu) {
+  const Bytes answer = MoveAnswer(0xC005, {0, 0, 0, 0}, "Cannot connect to destination AE");
+  FailEach(MoveRequest("DEST"), answer, [&](PDU_Service& pdu) {
     Moving move;
     move.files = {folder.File("1.1"), folder.File("1.1")};
     move.port = "1";
     DICOMCommandObject command;
-    if (pdu.Read(command) != 0) move.Read(&pdu, &command);
+    return pdu.Read(command) != 0 && move.Read(&pdu, &command);
   });
 }
 
@@ -185,25 +206,6 @@ std::ptrdiff_t CountWithStatus(const std::vector<Bytes>& sent, std::uint16_t sta
   return std::count_if(sent.begin(), sent.end(), [&](const Bytes& pdu) {
     return pdu[0] == 4 && (pdu[11] & kCommandPart) != 0 && NumberIn(pdu, 0x0900) == status;
   });
-}
-
-struct Outcome {
-  bool isAnswered;
-  bool threw;
-  bool happened;
-};
-
-/// Has the service answer the command while allocation `nth` fails.
-template <class Service>
-Outcome ServeWithoutMemory(std::uint64_t nth, Service& service, PDU_Service& pdu,
-                           DICOMCommandObject& command) {
-  const AllocationFailure failure(nth);
-  try {
-    const bool isAnswered = service.Read(&pdu, &command);
-    return {isAnswered, false, failure.Happened()};
-  } catch (const std::bad_alloc&) {
-    return {false, true, failure.Happened()};
-  }
 }
 
 TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
@@ -222,7 +224,7 @@ TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
     association.peer.Send(MoveRequest("DEST"));
     DICOMCommandObject command;
     ReadCommand(association, command);
-    const Outcome outcome = ServeWithoutMemory(nth, move, association.pdu, command);
+    const Outcome outcome = WithFailing(nth, [&] { return move.Read(&association.pdu, &command); });
     happened = outcome.happened;
     const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
     // It waits for somebody, also where we did not come.
@@ -243,7 +245,7 @@ TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
       // A response, behind an instance that has arrived.
       EXPECT_EQ(stored, std::min<std::ptrdiff_t>(pending + 1, kInstances));
       EXPECT_GT(stored, 0);
-    } else if (!outcome.isAnswered) {
+    } else if (!outcome.isDone) {
       EXPECT_EQ(move.asked, "");  // the identifier did not come
     } else if (NumberIn(sent.back(), 0x0900) == 0) {
       const int failed = NumberIn(sent.back(), 0x1022);
@@ -268,13 +270,14 @@ TEST(WithoutMemory, AQueryWithAMatchThatCannotBeSentFails) {
     association.peer.Send(FindRequest());
     DICOMCommandObject command;
     ReadCommand(association, command);
-    const Outcome outcome = ServeWithoutMemory(nth, query, association.pdu, command);
+    const Outcome outcome =
+        WithFailing(nth, [&] { return query.Read(&association.pdu, &command); });
     happened = outcome.happened;
     const std::vector<Bytes> sent = SplitPdus(association.peer.Received());
     const auto pending = CountWithStatus(sent, 0xFF00);
     if (outcome.threw) {
       EXPECT_EQ(pending, 2) << "all but the last response";
-    } else if (outcome.isAnswered) {
+    } else if (outcome.isDone) {
       EXPECT_EQ(NumberIn(sent.back(), 0x0900), pending == 2 ? 0 : 0xC001);
     } else {
       EXPECT_EQ(association.pdu.Link.Connected, 0);
