@@ -23,11 +23,18 @@ constexpr std::size_t kFiles = 25;
 class Queue {
  public:
   Queue() {
+    static int queues = 0;
+    root_ = "1.2." + std::to_string(++queues) + ".";
     for (std::size_t each = 0; each < kFiles; ++each) {
       const std::string name = std::to_string(each);
-      WriteBytes(folder_.File(name), ImageFile("1.2.3." + name));
+      WriteBytes(folder_.File(name), ImageFile(Instance(each)));
       files_.push_back(folder_.File(name));
     }
+  }
+
+  /// Of that file, and of none of another queue.
+  [[nodiscard]] std::string Instance(std::size_t file) const {
+    return root_ + std::to_string(file);
   }
 
   bool Send(const std::string& port, const std::atomic<bool>& isCancelled) {
@@ -44,6 +51,7 @@ class Queue {
 
  private:
   const TempFolder folder_;
+  std::string root_;
   std::vector<std::string> files_;
   Heard heard_;
   StoreSender sender_{files_, heard_};
@@ -64,7 +72,11 @@ TEST(SendingThreads, EachSendItsOwnFilesWhole) {
     providers[each].End();
     ASSERT_EQ(providers[each].stored.size(), kFiles);
     for (std::size_t at = 0; at < kFiles; ++at) {
-      EXPECT_EQ(providers[each].stored[at].instance, "1.2.3." + std::to_string(at));
+      const StoredObject& stored = providers[each].stored[at];
+      EXPECT_EQ(stored.instance, queues[each].Instance(at));
+      const VR* pixels = stored.object->GetVR(0x7FE0, 0x0010);
+      ASSERT_NE(pixels, nullptr);
+      EXPECT_EQ(Bytes(pixels->Data, pixels->Data + pixels->Length), LittleWords());
     }
   }
 }
@@ -85,13 +97,24 @@ TEST(SendingThreads, ACancelFromAnotherEndsItBeforeTheNextFile) {
   }
 }
 
+/// How long one queue takes here.
+std::chrono::steady_clock::duration TimeToSend() {
+  Queue queue;
+  StoreProvider provider;
+  const std::atomic<bool> isCancelled = false;
+  const auto begin = std::chrono::steady_clock::now();
+  EXPECT_TRUE(queue.Send(provider.Port(), isCancelled));
+  return std::chrono::steady_clock::now() - begin;
+}
+
 TEST(SendingThreads, ACancelAtAnyTimeLosesNoEvent) {
+  const auto whole = TimeToSend();
   for (int each = 0; each < 20; ++each) {
     Queue queue;
     StoreProvider provider;
     std::atomic<bool> isCancelled = false;
     std::thread other([&] {
-      std::this_thread::sleep_for(std::chrono::microseconds(500 * each));
+      std::this_thread::sleep_for(whole * each / 20);
       isCancelled = true;
     });
     EXPECT_TRUE(queue.Send(provider.Port(), isCancelled));
