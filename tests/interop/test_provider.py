@@ -21,14 +21,14 @@ CT = UID("1.2.840.10008.5.1.4.1.1.2")
 INSTANCE = UID("1.2.826.0.1.3680043.2.1143.7.8")
 
 
-def make_image(path, syntax):
+def make_image(path, syntax, instance=INSTANCE, name="Nobody^Nowhere"):
     """A small CT image, of several fragments on the wire."""
     dataset = Dataset()
     dataset.SOPClassUID = CT
-    dataset.SOPInstanceUID = INSTANCE
+    dataset.SOPInstanceUID = instance
     dataset.StudyDate = "20240229"
     dataset.Manufacturer = "odd"
-    dataset.PatientName = "Nobody^Nowhere"
+    dataset.PatientName = name
     dataset.PatientID = "ID1"
     dataset.StudyInstanceUID = "1.2.3"
     dataset.SeriesInstanceUID = "1.2.3.4"
@@ -43,7 +43,7 @@ def make_image(path, syntax):
         dataset["PixelData"].is_undefined_length = True
     meta = FileMetaDataset()
     meta.MediaStorageSOPClassUID = CT
-    meta.MediaStorageSOPInstanceUID = INSTANCE
+    meta.MediaStorageSOPInstanceUID = instance
     meta.TransferSyntaxUID = UID(syntax)
     file = FileDataset(str(path), dataset, file_meta=meta, preamble=bytes(128))
     file.is_implicit_VR = syntax == peers.IMPLICIT_LITTLE
@@ -133,11 +133,12 @@ class OurProvider(unittest.TestCase):
 
     def test_stores_of_another_library(self):
         folder = self.new_folder()
+        other = make_image(self.folder / "other", peers.EXPLICIT_LITTLE, UID(INSTANCE + ".1"), "Somebody^Else")
         with Provider(folder) as provider:
-            # It falls over its own release, with every provider, and says so by its exit code.
-            subprocess.run(["gdcmscu", "--store", "127.0.0.1", provider.port, *self.native[:2]], capture_output=True, timeout=60, check=False)
-        (stored,) = folder.iterdir()
-        self.assertEqual(data_set(stored), data_set(self.native[0]))
+            # It falls over its own release, with every provider and whatever came of the stores, so that its exit code says nothing.
+            subprocess.run(["gdcmscu", "--store", "127.0.0.1", provider.port, self.native[0], other], capture_output=True, timeout=60, check=False)
+        sent = {INSTANCE: self.native[0], INSTANCE + ".1": other}
+        self.assertEqual({stored.name: data_set(stored) for stored in folder.iterdir()}, {name: data_set(path) for name, path in sent.items()})
 
     def test_a_compressed_object_whose_syntax_is_taken(self):
         folder = self.new_folder()
@@ -201,12 +202,13 @@ class OurProvider(unittest.TestCase):
     def test_an_instance_that_is_there_already(self):
         folder = self.new_folder()
         (folder / INSTANCE).write_bytes(b"before")
+        renamed = make_image(self.folder / "renamed", peers.IMPLICIT_LITTLE, name="Somebody^Else")
         with Provider(folder) as provider:
-            words = self.succeeds(provider.ask("storescu", self.native[1], self.native[0], options=["-R"]))
+            words = self.succeeds(provider.ask("storescu", self.native[1], renamed, options=["-R"]))
             self.assertEqual(words.count("Received Store Response (Success)"), 2, words)
             # In its place while the provider still runs.
             (stored,) = folder.iterdir()
-            self.assertEqual(data_set(stored), data_set(self.native[0]))
+            self.assertEqual(data_set(stored), data_set(renamed))
 
     def test_a_title_that_is_refused(self):
         with Provider("--title", "SOMEBODY") as provider:
