@@ -7,20 +7,8 @@
 
 #include "net/item_bytes.h"
 
-namespace tessaret {
+namespace tessaret::test {
 namespace {
-
-using test::Bytes;
-using test::BytesOf;
-using test::ExpectFailsCutAnywhere;
-using test::Hex;
-using test::Joined;
-using test::Reads;
-using test::ReadsRest;
-using test::Received;
-using test::TextItemBytes;
-using test::TextOf;
-using test::Written;
 
 template <class Item>
 struct TextItems : testing::Test {};
@@ -242,14 +230,14 @@ TEST(ExtendedNegotiationItem, HoldsAsMuchAsItsLengthCanSay) {
   // 65,535 less two bytes for the identifier's size and three for the identifier.
   ExtendedNegotiation item;
   item.UID.Set("1.2");
-  item.ApplicationInfo = test::Pattern(65530);
+  item.ApplicationInfo = Pattern(65530);
   const Bytes bytes = Written(item);
   EXPECT_EQ(bytes.size(), 65539u);
   ExtendedNegotiation read;
   ASSERT_TRUE(Reads(read, bytes));
   EXPECT_EQ(read.ApplicationInfo, item.ApplicationInfo);
   item.ApplicationInfo.push_back(0);
-  test::Sent sent;
+  Sent sent;
   EXPECT_FALSE(item.Write(sent));
   EXPECT_TRUE(sent.Written().empty());
 }
@@ -292,4 +280,4 @@ TEST(SkippedBytes, AreReadToTheirEndAndNoFurther) {
 }
 
 }  // namespace
-}  // namespace tessaret
+}  // namespace tessaret::test

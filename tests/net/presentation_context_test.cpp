@@ -6,18 +6,8 @@
 
 #include "net/item_bytes.h"
 
-namespace tessaret {
+namespace tessaret::test {
 namespace {
-
-using test::Bytes;
-using test::ExpectFailsCutAnywhere;
-using test::Hex;
-using test::ItemBytes;
-using test::Joined;
-using test::Reads;
-using test::Received;
-using test::TextItemBytes;
-using test::Written;
 
 // An abstract syntax "1.2" and two transfer syntaxes, "1.3" and "1.45".
 const Bytes kTwoSyntaxes =
@@ -140,7 +130,7 @@ TEST(ProposedContext, IsNotWrittenWhereItsLengthCannotSayIt) {
   item.TransferSyntaxes.assign(963, TransferSyntax(std::string(64, '1')));
   EXPECT_EQ(Written(item).size(), 65496u);
   item.TransferSyntaxes.emplace_back(std::string(64, '1'));
-  test::Sent sent;
+  Sent sent;
   EXPECT_FALSE(item.Write(sent));
   EXPECT_TRUE(sent.Written().empty());
 }
@@ -204,4 +194,4 @@ TEST(ContextAnswer, FailsWhereItIsCutOrReachesBeyondWhatEnclosesIt) {
 }
 
 }  // namespace
-}  // namespace tessaret
+}  // namespace tessaret::test

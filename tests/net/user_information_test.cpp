@@ -6,18 +6,8 @@
 
 #include "net/item_bytes.h"
 
-namespace tessaret {
+namespace tessaret::test {
 namespace {
-
-using test::Bytes;
-using test::ExpectFailsCutAnywhere;
-using test::Hex;
-using test::ItemBytes;
-using test::Joined;
-using test::Reads;
-using test::Received;
-using test::TextItemBytes;
-using test::Written;
 
 const Bytes kMaximum = Hex("51 00 0004 00004000");
 const Bytes kClass = Hex("52 00 0003 312e32");
@@ -33,8 +23,7 @@ Bytes Information(std::initializer_list<Bytes> items) { return ItemBytes(0x50, J
 Bytes RoleOf(int number) {
   const std::string uid = "1.2." + std::to_string(number);
   const auto size = static_cast<std::uint8_t>(uid.size());
-  return Joined(
-      {{0x54, 0, 0, static_cast<std::uint8_t>(size + 4), 0, size}, test::BytesOf(uid), {1, 1}});
+  return Joined({{0x54, 0, 0, static_cast<std::uint8_t>(size + 4), 0, size}, BytesOf(uid), {1, 1}});
 }
 
 TEST(UserInformationItem, IsWrittenInOneOrder) {
@@ -188,7 +177,7 @@ TEST(UserInformationItem, IsNotWrittenWhereItsLengthCannotSayIt) {
     negotiation.ApplicationInfo.assign(33000, 0);
     item.AddExtendedNegotiation(negotiation);
   }
-  test::Sent sent;
+  Sent sent;
   EXPECT_FALSE(item.Write(sent));
   EXPECT_TRUE(sent.Written().empty());
 }
@@ -209,4 +198,4 @@ TEST(UserInformationItem, GrowsWithEachRead) {
 }
 
 }  // namespace
-}  // namespace tessaret
+}  // namespace tessaret::test
