@@ -16,9 +16,9 @@ ENVIRONMENT = {**os.environ, "TCP_NODELAY": "1"}
 # The folder is not on everybody's path.
 ORTHANC = shutil.which("Orthanc") or "/usr/sbin/Orthanc"
 
-# So that no disk is waited for, where there is room: peers and providers wait for each file to be on its disk.
 MEMORY = Path("/dev/shm")
-FOLDERS = MEMORY if MEMORY.is_dir() and shutil.disk_usage(MEMORY).free > 1 << 30 else None
+# For folders of small files, none of which comes to half of it: containers have twice this there.
+LITTLE = 32 << 20
 
 
 def free_port():
@@ -86,9 +86,14 @@ class Peer:
             return answer.read()
 
 
+def place_with(size):
+    """In memory where so much is free there, so that no disk is waited for: peers and providers wait for each file to be on its disk."""
+    return MEMORY if MEMORY.is_dir() and shutil.disk_usage(MEMORY).free > size else Path(tempfile.gettempdir())
+
+
 @contextlib.contextmanager
 def a_folder(within=None):
-    with tempfile.TemporaryDirectory(dir=within or FOLDERS) as name:
+    with tempfile.TemporaryDirectory(dir=within or place_with(LITTLE)) as name:
         yield Path(name)
 
 

@@ -6,16 +6,16 @@ import subprocess
 from pathlib import Path
 
 PROVIDER = Path(os.environ["TESSARET_BINARY_DIR"]) / "tests" / "net" / "net_provider"
-SECONDS = 60  # for one program; none takes one
+SECONDS = 60  # for one program; none takes one, but where a thousand files are waited for until they are on a disk
 
 
-def ask(port, program, *words, options=()):
+def ask(port, program, *words, options=(), seconds=SECONDS):
     """(exit code, what it said) of a requester that goes to a port of this machine."""
     command = [program, "-v", *options, "127.0.0.1", port, *words]
     done = subprocess.run(
         [str(word) for word in command],
         capture_output=True,
-        timeout=SECONDS,
+        timeout=seconds,
         check=False,
         # Without this each of its small writes waits for our system's acknowledgement of the one before.
         env={**os.environ, "TCP_NODELAY": "1"},
@@ -59,6 +59,6 @@ class Provider:
         if code != 0 and failure[0] is None:
             raise AssertionError(f"the provider ended with {code}")
 
-    def ask(self, program, *words, options=()):
+    def ask(self, program, *words, options=(), seconds=SECONDS):
         """(exit code, what it said)"""
-        return ask(self.port, program, *words, options=options)
+        return ask(self.port, program, *words, options=options, seconds=seconds)

@@ -86,7 +86,8 @@ class AThousand(unittest.TestCase):
         stored = self.enterContext(network_peers.a_folder())
         sources = made_files.phantoms(folder / "many", slices=1000, size=16)
         with Provider(stored) as provider:
-            code, words = provider.ask("storescu", folder / "many", options=["-R", "+sd"])
+            # On a disk each of them is waited for.
+            code, words = provider.ask("storescu", folder / "many", options=["-R", "+sd"], seconds=240)
         self.assertEqual((code, words.count("Requesting Association"), words.count("Received Store Response (Success)")), (0, 1, 1000), words[-2000:])
         expected = {instance: sizes.data_set(source) for instance, source in made_files.by_instance(sources).items()}
         self.assertEqual(len(set(expected.values())), 1000)
