@@ -14,17 +14,21 @@ from peers import EXPLICIT_LITTLE
 from pydicom.filebase import DicomBytesIO
 from pydicom.filewriter import write_dataset
 
-FRAMES, FRAME = 1023, 1 << 20
-# More than 10^9 bytes, and with all before them fewer than the 2^30 that dcmqrscp keeps of a study at most.
-GIGABYTE = FRAMES * FRAME
+FRAME = 1 << 20
+# More than 10^9 bytes, and with all before them fewer than the 2^30 that dcmqrscp keeps of a study at most; or, on a small machine, what
+# is many times as long as all that is ever held of a message at once.
+FRAMES = 1023, 63
 
 
-def room_for(size):
-    """A folder with so much room in memory, so that no disk is waited for; none where there is not."""
-    for folder in (network_peers.MEMORY, Path(os.environ["TESSARET_BINARY_DIR"])):
-        if folder.is_dir() and shutil.disk_usage(folder).free > size and free_memory() > size:
-            return folder
-    return None
+def frames_and_room():
+    """How many frames there is room for, and a folder with that, in memory if it can be."""
+    for frames in FRAMES:
+        # The file, the object at both sides, one of which may have it twice, and what arrives.
+        size = 5 * frames * FRAME
+        for folder in (network_peers.MEMORY, Path(os.environ["TESSARET_BINARY_DIR"])):
+            if folder.is_dir() and shutil.disk_usage(folder).free > size and free_memory() > size:
+                return frames, folder
+    raise AssertionError(f"there is no room for {FRAMES[-1]} frames")
 
 
 def free_memory():
@@ -32,12 +36,12 @@ def free_memory():
         return next(int(line.split()[1]) * 1024 for line in lines if line.startswith("MemAvailable"))
 
 
-def write_frames(path):
-    """An image of frames of 1024 x 1024 bytes, most of them a hole; the digest of its pixels."""
+def write_frames(path, frames):
+    """An image of so many frames of 1024 x 1024 bytes, most of them a hole; the digest of its pixels."""
     data = pydicom.Dataset()
     data.SOPClassUID, data.SOPInstanceUID = "1.2.840.10008.5.1.4.1.1.7.2", "1.2.3.4"
     data.PatientName, data.PatientID, data.StudyInstanceUID, data.SeriesInstanceUID = "Large", "G", "1.2.3.1", "1.2.3.2"
-    data.SamplesPerPixel, data.PhotometricInterpretation, data.NumberOfFrames = 1, "MONOCHROME2", FRAMES
+    data.SamplesPerPixel, data.PhotometricInterpretation, data.NumberOfFrames = 1, "MONOCHROME2", frames
     data.Rows = data.Columns = 1024
     data.BitsAllocated = data.BitsStored = 8
     data.HighBit, data.PixelRepresentation = 7, 0
@@ -48,20 +52,20 @@ def write_frames(path):
     pydicom.dcmwrite(path, data, write_like_original=False)
     with open(path, "r+b") as file:
         file.seek(0, io.SEEK_END)
-        start = file.write(struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, GIGABYTE)) + file.tell() - 12
-        file.truncate(start + GIGABYTE)
-        for frame in range(0, FRAMES, 7):
+        start = file.write(struct.pack("<HH2sHI", 0x7FE0, 0x0010, b"OB", 0, frames * FRAME)) + file.tell() - 12
+        file.truncate(start + frames * FRAME)
+        for frame in range(0, frames, 7):
             file.seek(start + frame * FRAME + 1000 * frame)
             file.write(f"frame {frame}".encode())
         file.seek(-4, io.SEEK_END)
         file.write(b"last")
-    return digest_of_pixels(path)
+    return digest_of_pixels(path, frames)
 
 
-def digest_of_pixels(path):
-    """Of the gigabyte at the end of the file."""
+def digest_of_pixels(path, frames):
+    """Of the last bytes of the file."""
     with open(path, "rb") as file:
-        file.seek(-GIGABYTE, io.SEEK_END)
+        file.seek(-frames * FRAME, io.SEEK_END)
         return hashlib.file_digest(file, "sha256").digest()
 
 
