@@ -27,7 +27,7 @@ OTHERWISE = {path for path, _, _ in known_differences.ROWS} | {"dicom/broken/bad
 
 
 def run(*arguments):
-    done = subprocess.run([tool_runs.TOOL, *map(str, arguments)], capture_output=True, check=False, timeout=500, stdin=subprocess.DEVNULL)
+    done = subprocess.run([tool_runs.TOOL, *map(str, arguments)], capture_output=True, check=False, timeout=200, stdin=subprocess.DEVNULL)
     return done.returncode, done.stdout.decode(), done.stderr.decode(errors="replace")
 
 
