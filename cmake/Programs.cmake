@@ -22,13 +22,13 @@ function(tessaret_add_host target)
   target_link_libraries(${target} PRIVATE Tessaret::tessaret tessaret_ground ${arg_LIBRARIES} tessaret_warnings)
 endfunction()
 
-# tessaret_add_test_program(name SOURCES file... [LABELS label...] [LIBRARIES target...] [TIMEOUT seconds] [SHARDS n]
+# tessaret_add_test_program(name SOURCES file... [LABELS label...] [LIBRARIES target...] [TIMEOUT seconds] [LOCK name] [SHARDS n]
 #   [OPTIMISED] [ALONE file...])
 # A GoogleTest program with one entry in ctest (n entries, each with its share of the tests, where SHARDS says so).
 # It carries the label of its area, the folder below tests/. Label `threads` has it run under the thread sanitizer.
 # OPTIMISED is for tests that go through many bytes themselves, ALONE for sources that cannot be compiled with others.
 function(tessaret_add_test_program name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "TIMEOUT;SHARDS" "SOURCES;LABELS;LIBRARIES;ALONE")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "OPTIMISED" "TIMEOUT;LOCK;SHARDS" "SOURCES;LABELS;LIBRARIES;ALONE")
   add_executable(${name} ${arg_SOURCES})
   target_include_directories(${name} PRIVATE "${PROJECT_SOURCE_DIR}/tests" "${PROJECT_BINARY_DIR}/tests/include")
   target_link_libraries(${name} PRIVATE
@@ -57,20 +57,20 @@ function(tessaret_add_test_program name)
       set(environment GTEST_TOTAL_SHARDS=${arg_SHARDS} GTEST_SHARD_INDEX=${index})
     endif()
     add_test(NAME ${entry} COMMAND ${name} --gtest_brief=1)
-    tessaret_describe_test(${entry} TIMEOUT "${arg_TIMEOUT}" LABELS ${arg_LABELS} ENVIRONMENT ${environment})
+    tessaret_describe_test(${entry} TIMEOUT "${arg_TIMEOUT}" LOCK "${arg_LOCK}" LABELS ${arg_LABELS} ENVIRONMENT ${environment})
   endforeach()
 endfunction()
 
-# tessaret_add_python_test(name file.py [LABELS label...] [TIMEOUT seconds])
+# tessaret_add_python_test(name file.py [LABELS label...] [TIMEOUT seconds] [LOCK name])
 # A unittest file run by the distribution's Python. It finds the build in TESSARET_BINARY_DIR, the sources in
 # TESSARET_SOURCE_DIR and the tool in TESSARET_TOOL.
 function(tessaret_add_python_test name file)
-  cmake_parse_arguments(PARSE_ARGV 2 arg "" "TIMEOUT" "LABELS")
+  cmake_parse_arguments(PARSE_ARGV 2 arg "" "TIMEOUT;LOCK" "LABELS")
   get_filename_component(module "${file}" NAME_WE)
   add_test(NAME ${name}
     COMMAND "${Python3_EXECUTABLE}" -B -m unittest ${module}
     WORKING_DIRECTORY "${CMAKE_CURRENT_SOURCE_DIR}")
-  tessaret_describe_test(${name} TIMEOUT "${arg_TIMEOUT}" LABELS ${arg_LABELS})
+  tessaret_describe_test(${name} TIMEOUT "${arg_TIMEOUT}" LOCK "${arg_LOCK}" LABELS ${arg_LABELS})
 endfunction()
 
 # tessaret_add_script_test(name script [LABELS label...] [TIMEOUT seconds] [ARGUMENTS argument...])
@@ -84,14 +84,19 @@ endfunction()
 # Gives a ctest entry its area, its time limit (longer where code is instrumented) and its environment. The address
 # sanitizer keeps four calls of the stack of an allocation, and as few frames of calls that are over as it can: each throw
 # goes through all that it keeps of these. For whole stacks run the program itself.
+#
+# Tests with the same LOCK do not run at the same time. `gigabytes` is for those that take about one of memory or more;
+# instrumented, they make do with a share of that.
 function(tessaret_describe_test name)
-  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT" "LABELS;ENVIRONMENT")
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "TIMEOUT;LOCK" "LABELS;ENVIRONMENT")
   get_filename_component(area "${CMAKE_CURRENT_SOURCE_DIR}" NAME)
   if(NOT arg_TIMEOUT)
     set(arg_TIMEOUT 120)
   endif()
   if(TESSARET_INSTRUMENTED)
     math(EXPR arg_TIMEOUT "${arg_TIMEOUT} * 5")
+  elseif(arg_LOCK)
+    set_property(TEST ${name} PROPERTY RESOURCE_LOCK ${arg_LOCK})
   endif()
   set_tests_properties(${name} PROPERTIES
     LABELS "${area};${arg_LABELS}"
