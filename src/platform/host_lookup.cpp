@@ -16,6 +16,7 @@
 #include <new>
 #include <thread>
 
+#include "platform/file_calls.h"
 #include "platform/hold_cancellation.h"
 
 namespace tessaret {
@@ -110,7 +111,7 @@ std::optional<in_addr> FindHost(const std::string& name, const Deadline& deadlin
   std::unique_lock held(lookup->lock);
   while (!lookup->isDone) {
     const bool isLate = deadline && std::chrono::steady_clock::now() >= *deadline;
-    if (isLate || isGivenUp()) return std::nullopt;
+    if (isLate || isGivenUp() || AreFileCallsCancelled()) return std::nullopt;
     lookup->changed.wait_for(held, kBetweenQuestions);
   }
   held.unlock();

@@ -11,6 +11,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/file_calls.h"
+
 namespace tessaret {
 namespace {
 
@@ -106,6 +108,18 @@ TEST_F(HostLookups, AreLeftBehindWhenTheyAreGivenUp) {
   Hold();
   int asked = 0;
   EXPECT_FALSE(FindHost("known", std::nullopt, [&] { return ++asked == 3; }).has_value());
+  EXPECT_EQ(asked, 3);
+}
+
+TEST_F(HostLookups, AreLeftBehindWhenCallsAreCancelled) {
+  Hold();
+  int asked = 0;
+  const auto found = FindHost("known", DeadlineIn(10'000), [&] {
+    if (++asked == 3) CancelFileCalls(true);
+    return false;
+  });
+  CancelFileCalls(false);
+  EXPECT_FALSE(found.has_value());
   EXPECT_EQ(asked, 3);
 }
 
