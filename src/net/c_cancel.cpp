@@ -19,6 +19,7 @@ bool CCancelRQ::Read(PDU_Service* pdu, DICOMCommandObject& command) {
 }
 
 Interruption CCancelRQ::Look(PDU_Service& pdu) {
+  if (pdu.Link.Connected == 0) return Interruption::kEnd;
   if (!pdu.HasInput()) return Interruption::kNone;
   const std::uint8_t contextID = pdu.PDataTF.MessagePresentationContextID;
   DICOMCommandObject command;

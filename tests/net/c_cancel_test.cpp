@@ -104,6 +104,11 @@ TEST(CCancel, IsToldFromTheEndOfTheAssociation) {
   Association association(kMessageContexts);
   association.peer.EndSending();
   EXPECT_EQ(CCancelRQ::Look(association.pdu), Interruption::kEnd);
+  // Closed by this side, whatever has come.
+  Association closed(kMessageContexts);
+  closed.peer.Send(Data(5, kWholeCommand, Command().Number(0x0100, 0x0FFF)));
+  closed.pdu.Link.Close();
+  EXPECT_EQ(CCancelRQ::Look(closed.pdu), Interruption::kEnd);
 }
 
 }  // namespace
