@@ -153,6 +153,9 @@ TEST(Retrieve, HasAnAnswerForEveryFailureBeforeTheFirstInstance) {
   WriteBytes(folder.File("no class"),
              FileOf(Encoding::kExplicitLittle,
                     DataSetBuilder(Encoding::kExplicitLittle).Number(0x0028, 0x0010, 1)));
+  WriteBytes(folder.File("blanks"),
+             FileOf(Encoding::kExplicitLittle,
+                    DataSetBuilder(Encoding::kExplicitLittle).Element(0x0008, 0x0016, "UI", "  ")));
   const std::string gone = FreePort();
   const struct {
     const char* name;
@@ -184,6 +187,7 @@ TEST(Retrieve, HasAnAnswerForEveryFailureBeforeTheFirstInstance) {
        "Cannot load SOP",
        15},
       {"no class", false, gone, "", {folder.File("no class")}, 0xC004, "Cannot load SOP", 15},
+      {"blanks", false, gone, "", {folder.File("blanks")}, 0xC004, "Cannot load SOP", 15},
       {"nobody listens",
        false,
        gone,
