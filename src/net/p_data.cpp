@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <new>
-#include <vector>
 
 #include "core/dump.h"
 #include "core/trace.h"
@@ -76,15 +75,18 @@ bool PDataTF::QueueFragment(PDU_Service& pdu, std::uint32_t size) {
 void PDataTF::TraceFragment(std::span<const std::uint8_t> head, std::uint32_t size) const {
   AppendToDump("WRITING PDATA Header\n");
   DumpHex(head.data(), head.size());
-  std::vector<std::uint8_t> bytes;
+  // A trace may fail for nothing, want of memory included.
+  std::array<std::uint8_t, kFragmentBytes> bytes;
+  std::uint32_t count = 0;
   std::uint32_t skipped = sentOfChunk_;
-  for (const auto* node = VRBuffer.Outgoing.First; bytes.size() < size; node = node->next) {
+  for (const auto* node = VRBuffer.Outgoing.First; count < size; node = node->next) {
     const BufferSpace& chunk = *node->value;
-    const std::size_t piece = std::min<std::size_t>(size - bytes.size(), chunk.Index - skipped);
-    bytes.insert(bytes.end(), chunk.Data + skipped, chunk.Data + skipped + piece);
+    const std::uint32_t piece = std::min(size - count, chunk.Index - skipped);
+    std::copy_n(chunk.Data + skipped, piece, &bytes[count]);
+    count += piece;
     skipped = 0;
   }
-  DumpHex(bytes.data(), bytes.size());
+  DumpHex(bytes.data(), count);
 }
 
 bool PDataTF::ReadDynamic(PDU_Service& pdu) {
