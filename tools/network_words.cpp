@@ -4,13 +4,17 @@
 
 namespace tessaret::tool {
 
+std::string WithNetworkWords(const std::string& words, IDcmStoreResponse& store) {
+  const std::string more = AnswerOf(store, &IDcmStoreResponse::get_AssociationError).Utf8();
+  return more.empty() ? words : words + " (" + more + ")";
+}
+
 std::string WhyNoAssociation(IDcmStoreResponse& store) {
   std::string words = LastError().text;
   for (std::size_t at = words.find('\n'); at != std::string::npos; at = words.find('\n', at)) {
     words.replace(at, 1, at + 1 == words.size() ? "" : ": ");
   }
-  const std::string more = AnswerOf(store, &IDcmStoreResponse::get_AssociationError).Utf8();
-  return more.empty() ? words : words + " (" + more + ")";
+  return WithNetworkWords(words, store);
 }
 
 }  // namespace tessaret::tool

@@ -40,7 +40,8 @@ ExitCode Echo(const EchoOptions& options, Host& host) {
     why = WhyNoAssociation(*store.As<IDcmStoreResponse>());
     code = ExitCode::kNoAssociation;
   } else if (!answered.IsTrue()) {
-    why = "made an association, but gave no answer";
+    why =
+        WithNetworkWords("made an association, but gave no answer", *store.As<IDcmStoreResponse>());
     code = ExitCode::kPeerFailed;
   }
   if (host.options.json) {

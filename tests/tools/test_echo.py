@@ -83,7 +83,8 @@ class Echo(network_tool.NetworkTest):
     def test_no_answer_is_the_nodes_failure(self):
         with Node(answers_echo=False) as node:
             self.assert_says(("echo", "127.0.0.1", node.port), PEER_FAILED, "",
-                             f"tessaret: ANY-SCP@127.0.0.1:{node.port}: made an association, but gave no answer\n")
+                             f"tessaret: ANY-SCP@127.0.0.1:{node.port}: made an association, but gave no answer "
+                             "(The peer has closed the link)\n")
 
     def test_a_node_that_says_nothing_is_waited_for_as_long_as_is_said(self):
         with Node(hangs=True) as node:
