@@ -63,8 +63,11 @@ TEST(DicomStorage, OtherModalitiesTellNone) {
     EXPECT_EQ(StoredAsModality(modality), "") << modality;
   }
   EXPECT_EQ(StoredAs({}), "");
-  // One whose length was read, and whose value is items.
+  // One whose length was read alone, and one that has come to hold an item.
   EXPECT_EQ(StoredAs({new VR(0x0008, 0x0060, 8, nullptr)}), "");
+  const std::unique_ptr<DICOMObject> object(NewObject({NewVR(kModalityTag, "CT")}));
+  ASSERT_TRUE(object->Push(new DICOMObject()));
+  EXPECT_EQ(StoredAs(*object), "");
 }
 
 }  // namespace
