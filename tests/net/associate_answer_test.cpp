@@ -319,7 +319,7 @@ TEST(AssociateAnswer, AbortsWhereSomethingElseIsSpoken) {
     const Answered answered(row.bytes, &pdu);
     EXPECT_EQ(answered.result, 0);
     EXPECT_EQ(answered.connected, 0);
-    EXPECT_FALSE(pdu.HasInput()) << row.type;
+    EXPECT_EQ(pdu.InSize, 0) << row.type;
     EXPECT_EQ(answered.sent, OurAbort());
     EXPECT_EQ(Words(pdu),
               "DUL: Received unknown item type " + std::string(row.type) + ", sending A-Abort-RQ");

@@ -283,7 +283,7 @@ TEST(AssociateRequest, TakesNoOtherAnswerAndSaysNothingToIt) {
     EXPECT_EQ(received, Bytes()) << type;
     EXPECT_EQ(Words(pdu), "Corrupt transmission reading AAssociateRQ") << type;
     EXPECT_EQ(pdu.Link.Connected, 0) << type;
-    EXPECT_FALSE(pdu.HasInput()) << type;
+    EXPECT_EQ(pdu.InSize, 0) << type;
   }
 }
 
@@ -809,7 +809,7 @@ TEST(Release, TakesAnyPduForTheAnswerAtOnceAndSaysNothingToIt) {
     EXPECT_EQ(association.pdu.AReleaseRP.ItemType, type);
     EXPECT_EQ(association.pdu.Link.Connected, 0) << type;
     EXPECT_EQ(Words(association.pdu), "") << type;
-    EXPECT_FALSE(association.pdu.HasInput()) << type;
+    EXPECT_EQ(association.pdu.InSize, 0) << type;
     EXPECT_TRUE(association.pdu.PDataTF.Message().empty()) << type;
     EXPECT_EQ(association.peer.ReceiveToEnd(), ReleaseRequest()) << type;
   }
