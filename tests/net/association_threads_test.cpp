@@ -1,13 +1,16 @@
 // What another thread may do to an association, and many of them at once.
 #include <sys/resource.h>
 #include <time.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <atomic>
 #include <chrono>
+#include <fstream>
 #include <functional>
 #include <semaphore>
 #include <set>
+#include <string>
 
 #include <gtest/gtest.h>
 
@@ -21,18 +24,28 @@
 namespace tessaret::test {
 namespace {
 
+/// Whether a thread of this process waits for something in the system.
+bool Waits(pid_t thread) {
+  std::ifstream stat("/proc/self/task/" + std::to_string(thread) + "/stat");
+  std::string line;
+  std::getline(stat, line);
+  // Its state stands behind its name, which is in parentheses.
+  return line.find(") S ") != std::string::npos;
+}
+
 /// Runs `work`, which waits on `link` for a peer that does nothing, and closes the link meanwhile. Seconds from there to its end.
 template <class Work>
 double SecondsToEnd(Socket& link, Work work) {
-  std::atomic<bool> hasBegun = false;
+  std::atomic<pid_t> begun = 0;
   std::atomic<bool> hasEnded = false;
   std::thread worker([&] {
-    hasBegun = true;
+    begun = ::gettid();
     work();
     hasEnded = true;
   });
-  while (!hasBegun) std::this_thread::yield();
-  // Wherever it is by then, it has to end.
+  while (begun == 0) std::this_thread::yield();
+  // Before that it may have no link to close, and would wait on one that nobody closes.
+  while (!Waits(begun) && !hasEnded) std::this_thread::yield();
   std::this_thread::sleep_for(std::chrono::milliseconds(kInstrumented ? 400 : 50));
   const auto start = std::chrono::steady_clock::now();
   EXPECT_FALSE(hasEnded);
