@@ -67,6 +67,13 @@ bool Reads(Item& item, const Bytes& bytes) {
   return item.Read(received);
 }
 
+/// Reads a PDU behind its type byte, as associations do, and nothing behind it.
+template <class Pdu>
+bool ReadsWholeBehindType(Pdu& pdu, const Bytes& bytes) {
+  Received received({bytes.begin() + 1, bytes.end()});
+  return pdu.Read(received) && received.Left() == 0;
+}
+
 /// Reads them behind the type byte, within an item that has room for just these.
 template <class Item>
 bool ReadsRest(Item& item, const Bytes& bytes) {

@@ -14,7 +14,7 @@ namespace {
 
 using test::Bytes;
 using test::Hex;
-using test::Received;
+using test::ReadsWholeBehindType;
 using test::Written;
 
 // DCMTK 3.6.7 of the distribution and Orthanc 1.10.1, which negotiates by DCMTK.
@@ -51,13 +51,6 @@ const Bytes kAnswerOfOrthanc = Hex(
     "332e312e312e312100001b0100000040000013312e322e3834302e31303030382e312e322e312100001903000000"
     "40000011312e322e3834302e31303030382e312e325000003a51000004000040005200001b312e322e3237362e30"
     "2e373233303031302e332e302e332e362e375500000f4f464649535f44434d544b5f333637");
-
-/// Reads the PDU behind its type byte, and nothing behind it.
-template <class Pdu>
-bool IsRead(Pdu& pdu, const Bytes& bytes) {
-  Received received({bytes.begin() + 1, bytes.end()});
-  return pdu.Read(received) && received.Left() == 0;
-}
 
 void FillAsDcmtk(AssociatePdu& pdu, const char* called) {
   pdu.CalledApTitle = MakeApTitle(called);
@@ -97,7 +90,7 @@ Bytes WithRoleBehindVersion(Bytes pdu) {
 
 TEST(PdusOfOthers, RequestWithRolesAndExtendedNegotiation) {
   AAssociateRQ read;
-  ASSERT_TRUE(IsRead(read, kRequestOfStorescu));
+  ASSERT_TRUE(ReadsWholeBehindType(read, kRequestOfStorescu));
   EXPECT_EQ(std::string(read.CalledApTitle.data()), "ANY-SCP         ");
   EXPECT_EQ(std::string(read.CallingApTitle.data()), "STORESCU        ");
   ASSERT_EQ(read.PresentationContexts.size(), 2u);
@@ -130,7 +123,7 @@ TEST(PdusOfOthers, RequestIsWrittenForItsValues) {
 
 TEST(PdusOfOthers, AnswerWithRoles) {
   AAssociateAC read;
-  ASSERT_TRUE(IsRead(read, kAnswerOfStorescpWithRoles));
+  ASSERT_TRUE(ReadsWholeBehindType(read, kAnswerOfStorescpWithRoles));
   ASSERT_EQ(read.PresentationContexts.size(), 2u);
   ASSERT_EQ(read.UserInformation.RoleSelects.size(), 1u);
   EXPECT_EQ(read.UserInformation.RoleSelects[0].UID.View(), kCtStorage);
@@ -147,7 +140,7 @@ TEST(PdusOfOthers, AnswerWithRoles) {
 
 TEST(PdusOfOthers, AnswerOfAnArchive) {
   AAssociateAC read;
-  ASSERT_TRUE(IsRead(read, kAnswerOfOrthanc));
+  ASSERT_TRUE(ReadsWholeBehindType(read, kAnswerOfOrthanc));
   EXPECT_EQ(std::string(read.CalledApTitle.data()), "ARCHIVE         ");
   ASSERT_EQ(read.PresentationContexts.size(), 2u);
   EXPECT_EQ(read.PresentationContexts[0].PresentationContextID, 1);
@@ -171,10 +164,10 @@ TEST(PdusOfOthers, ReleaseAndItsAnswer) {
   const Bytes request = Hex("05000000000400000000");
   const Bytes answer = Hex("06000000000400000000");
   AReleaseRQ asked;
-  ASSERT_TRUE(IsRead(asked, request));
+  ASSERT_TRUE(ReadsWholeBehindType(asked, request));
   EXPECT_EQ(asked.Reserved2, 0u);
   AReleaseRP answered;
-  ASSERT_TRUE(IsRead(answered, answer));
+  ASSERT_TRUE(ReadsWholeBehindType(answered, answer));
   EXPECT_EQ(answered.Reserved2, 0u);
   AReleaseRQ ownRequest;
   EXPECT_EQ(Written(ownRequest), request);

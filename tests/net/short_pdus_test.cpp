@@ -10,15 +10,9 @@ namespace {
 
 using test::Bytes;
 using test::Hex;
+using test::ReadsWholeBehindType;
 using test::Received;
 using test::Written;
-
-/// Behind the type byte, as associations read them.
-template <class Pdu>
-bool ReadsBehindType(Pdu& pdu, const Bytes& bytes) {
-  Received received({bytes.begin() + 1, bytes.end()});
-  return pdu.Read(received);
-}
 
 TEST(Reject, IsTenBytesWithItsDefaultsFromTheBeginning) {
   AAssociateRJ pdu;
@@ -36,11 +30,11 @@ TEST(Reject, HasResultSourceAndReasonInThisOrder) {
 TEST(Reject, OfAnotherProgramIsRead) {
   // What storescp answers when it is called with --refuse.
   AAssociateRJ pdu;
-  ASSERT_TRUE(ReadsBehindType(pdu, Hex("03000000000400010101")));
+  ASSERT_TRUE(ReadsWholeBehindType(pdu, Hex("03000000000400010101")));
   EXPECT_EQ(pdu.Result, 1);
   EXPECT_EQ(pdu.Source, 1);
   EXPECT_EQ(pdu.Reason, 1);
-  ASSERT_TRUE(ReadsBehindType(pdu, Hex("03 aa 00000004 bb cc dd ee")));
+  ASSERT_TRUE(ReadsWholeBehindType(pdu, Hex("03 aa 00000004 bb cc dd ee")));
   EXPECT_EQ(Written(pdu), Hex("03 aa 00000004 bb cc dd ee"));
 }
 
@@ -53,11 +47,11 @@ TEST(Release, IsARequestAndAnAnswerOfTenBytes) {
 
 TEST(Release, IsReadWithItsReservedBytes) {
   AReleaseRQ request;
-  ASSERT_TRUE(ReadsBehindType(request, Hex("05 01 00000004 02030405")));
+  ASSERT_TRUE(ReadsWholeBehindType(request, Hex("05 01 00000004 02030405")));
   EXPECT_EQ(request.Reserved1, 1);
   EXPECT_EQ(request.Reserved2, 0x02030405u);
   AReleaseRP answer;
-  ASSERT_TRUE(ReadsBehindType(answer, Hex("06 01 00000004 02030405")));
+  ASSERT_TRUE(ReadsWholeBehindType(answer, Hex("06 01 00000004 02030405")));
   EXPECT_EQ(Written(answer), Hex("06 01 00000004 02030405"));
 }
 
@@ -69,10 +63,10 @@ TEST(Abort, IsTenBytesWithSourceThreeAndReasonOne) {
 TEST(Abort, OfAnotherProgramIsRead) {
   // What storescp sends at a second request on one association.
   AAbortRQ pdu;
-  ASSERT_TRUE(ReadsBehindType(pdu, Hex("07000000000400000202")));
+  ASSERT_TRUE(ReadsWholeBehindType(pdu, Hex("07000000000400000202")));
   EXPECT_EQ(pdu.Source, 2);
   EXPECT_EQ(pdu.Reason, 2);
-  ASSERT_TRUE(ReadsBehindType(pdu, Hex("07 01 00000004 02 03 04 05")));
+  ASSERT_TRUE(ReadsWholeBehindType(pdu, Hex("07 01 00000004 02 03 04 05")));
   EXPECT_EQ(pdu.Reserved2, 2);
   EXPECT_EQ(pdu.Reserved3, 3);
   EXPECT_EQ(Written(pdu), Hex("07 01 00000004 02 03 04 05"));
