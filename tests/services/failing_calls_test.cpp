@@ -14,6 +14,7 @@
 #include "services/store_files.h"
 #include "services/store_provider.h"
 #include "services/store_sender.h"
+#include "services/store_target.h"
 #include "support/held_resources.h"
 #include "support/socket_failure.h"
 #include "support/temp_folder.h"
@@ -29,14 +30,6 @@ constexpr std::size_t kFiles = 3;
 
 class FailingCalls : public testing::Test {
  protected:
-  FailingCalls() {
-    for (std::size_t each = 0; each < kFiles; ++each) {
-      const std::string name = std::to_string(each);
-      WriteBytes(folder_.File(name), ImageFile("1.2.3." + name));
-      files_.push_back(folder_.File(name));
-    }
-  }
-
   /// Whether there was such a call to fail.
   bool SendWhileFails(SocketCall kind, int nth, int error) {
     const int before = OpenDescriptors();
@@ -54,15 +47,10 @@ class FailingCalls : public testing::Test {
 
  private:
   void Send(StoreProvider& provider, int error) {
-    const StoreTarget target{.host = "127.0.0.1",
-                             .port = provider.Port(),
-                             .localTitle = "HERE",
-                             .remoteTitle = "THERE",
-                             .timeoutSecs = 20};
     Heard heard;
     StoreSender sender(files_, heard);
     const auto begin = std::chrono::steady_clock::now();
-    const bool isConnected = sender.Send(target, {kCTStorage}, isCancelled_);
+    const bool isConnected = sender.Send(TargetAt(provider.Port()), {kCTStorage}, isCancelled_);
     provider.End();
     // Nobody waits for what will not come: both would for twenty seconds.
     EXPECT_LT(std::chrono::steady_clock::now() - begin, std::chrono::seconds(10));
@@ -98,7 +86,7 @@ class FailingCalls : public testing::Test {
   }
 
   const TempFolder folder_;
-  std::vector<std::string> files_;
+  const std::vector<std::string> files_ = WriteNumberedImages(folder_, kFiles);
   const std::atomic<bool> isCancelled_ = false;
 };
 

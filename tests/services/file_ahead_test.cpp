@@ -16,6 +16,7 @@
 #include "services/store_files.h"
 #include "services/store_provider.h"
 #include "services/store_sender.h"
+#include "services/store_target.h"
 #include "support/file_failure.h"
 #include "support/temp_folder.h"
 
@@ -182,12 +183,7 @@ class SendingAhead : public FilesAhead {
   void Send(std::vector<std::string> files) {
     const std::atomic<bool> isCancelled = false;
     StoreSender sender(files, watching_);
-    const StoreTarget target{.host = "127.0.0.1",
-                             .port = provider_.Port(),
-                             .localTitle = "HERE",
-                             .remoteTitle = "THERE",
-                             .timeoutSecs = 20};
-    EXPECT_TRUE(sender.Send(target, {kCTStorage}, isCancelled));
+    EXPECT_TRUE(sender.Send(TargetAt(provider_.Port()), {kCTStorage}, isCancelled));
     provider_.End();
     for (const StoredObject& each : provider_.stored) stored_.push_back(each.instance);
   }

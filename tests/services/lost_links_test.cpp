@@ -8,6 +8,7 @@
 #include "net/scripted_peer.h"
 #include "services/heard_events.h"
 #include "services/store_sender.h"
+#include "services/store_target.h"
 #include "support/data_set_builder.h"
 #include "support/held_resources.h"
 #include "support/temp_folder.h"
@@ -131,12 +132,7 @@ class LostLink : public testing::Test {
       received_ = talking.Received();
       Go(peer, going);
     });
-    const bool isSent = sender.Send({.host = "127.0.0.1",
-                                     .port = server.Port(),
-                                     .localTitle = "HERE",
-                                     .remoteTitle = "THERE",
-                                     .timeoutSecs = 20},
-                                    {std::string(kCt)}, isCancelled_);
+    const bool isSent = sender.Send(TargetAt(server.Port()), {std::string(kCt)}, isCancelled_);
     EXPECT_EQ(server.Wait(), "");
     linkWords_ = sender.LinkWords;
     return isSent;

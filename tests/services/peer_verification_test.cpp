@@ -4,17 +4,10 @@
 #include <gtest/gtest.h>
 
 #include "services/store_provider.h"
+#include "services/store_target.h"
 
 namespace tessaret::test {
 namespace {
-
-StoreTarget TargetAt(const std::string& port) {
-  return {.host = "127.0.0.1",
-          .port = port,
-          .localTitle = "HERE",
-          .remoteTitle = "THERE",
-          .timeoutSecs = 20};
-}
 
 TEST(PeerVerification, ANodeThatAnswersIsThere) {
   StoreProvider provider;

@@ -12,6 +12,7 @@
 #include "services/store_files.h"
 #include "services/store_provider.h"
 #include "services/store_sender.h"
+#include "services/store_target.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::test {
@@ -22,37 +23,27 @@ constexpr std::size_t kFiles = 25;
 
 class Queue {
  public:
-  Queue() {
-    static int queues = 0;
-    root_ = "1.2." + std::to_string(++queues) + ".";
-    for (std::size_t each = 0; each < kFiles; ++each) {
-      const std::string name = std::to_string(each);
-      WriteBytes(folder_.File(name), ImageFile(Instance(each)));
-      files_.push_back(folder_.File(name));
-    }
-  }
-
   /// Of that file, and of none of another queue.
   [[nodiscard]] std::string Instance(std::size_t file) const {
-    return root_ + std::to_string(file);
+    return root_ + "." + std::to_string(file);
   }
 
   bool Send(const std::string& port, const std::atomic<bool>& isCancelled) {
-    const StoreTarget target{.host = "127.0.0.1",
-                             .port = port,
-                             .localTitle = "HERE",
-                             .remoteTitle = "THERE",
-                             .timeoutSecs = 20};
-    return sender_.Send(target, {kCTStorage}, isCancelled);
+    return sender_.Send(TargetAt(port), {kCTStorage}, isCancelled);
   }
 
   [[nodiscard]] const StoreSender& Sender() const { return sender_; }
   [[nodiscard]] const std::vector<std::string>& Lines() const { return heard_.lines; }
 
  private:
+  static std::string NextRoot() {
+    static int queues = 0;
+    return "1.2." + std::to_string(++queues);
+  }
+
   const TempFolder folder_;
-  std::string root_;
-  std::vector<std::string> files_;
+  const std::string root_ = NextRoot();
+  const std::vector<std::string> files_ = WriteNumberedImages(folder_, kFiles, root_);
   Heard heard_;
   StoreSender sender_{files_, heard_};
 };

@@ -1,12 +1,14 @@
 // Small DICOM files to be sent, as bytes.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
 
 #include "support/bytes.h"
 #include "support/data_set_builder.h"
+#include "support/temp_folder.h"
 
 namespace tessaret::test {
 
@@ -56,6 +58,18 @@ inline Bytes ImageFile(std::string_view instance = "1.2.3.4",
   return FileOf(
       encoding,
       ImageHead(encoding, sopClass, instance, 2, 16).Element(0x7FE0, 0x0010, "OW", words.Done()));
+}
+
+/// The paths of `count` images that are called by their numbers from 0, which end their instances, too.
+inline std::vector<std::string> WriteNumberedImages(const TempFolder& folder, std::size_t count,
+                                                    const std::string& root = "1.2.3") {
+  std::vector<std::string> paths;
+  for (std::size_t each = 0; each < count; ++each) {
+    const std::string name = std::to_string(each);
+    WriteBytes(folder.File(name), ImageFile(root + "." + name));
+    paths.push_back(folder.File(name));
+  }
+  return paths;
 }
 
 /// An image of two rows of four bytes in one fragment of `syntax`.

@@ -15,6 +15,7 @@
 #include "services/heard_events.h"
 #include "services/store_files.h"
 #include "services/store_provider.h"
+#include "services/store_target.h"
 #include "support/temp_folder.h"
 #include "support/test_paths.h"
 
@@ -34,12 +35,7 @@ class StoreSending : public testing::Test {
   }
 
   bool Send(const std::string& port, std::int32_t timeoutSecs = 20) {
-    const StoreTarget target{.host = "127.0.0.1",
-                             .port = port,
-                             .localTitle = "HERE",
-                             .remoteTitle = "THERE",
-                             .timeoutSecs = timeoutSecs};
-    return sender_.Send(target, classes_, isCancelled_);
+    return sender_.Send(TargetAt(port, timeoutSecs), classes_, isCancelled_);
   }
 
   const TempFolder folder_;
@@ -51,9 +47,7 @@ class StoreSending : public testing::Test {
 };
 
 TEST_F(StoreSending, FilesGoInTheirOrderOverOneAssociation) {
-  for (int each = 0; each < 5; ++each) {
-    Add(std::to_string(each), ImageFile("1.2.3." + std::to_string(each)));
-  }
+  files_ = WriteNumberedImages(folder_, 5);
   StoreProvider provider;
   EXPECT_TRUE(Send(provider.Port()));
   EXPECT_THAT(heard_.lines, ElementsAre("sent 0 0", "sent 1 1", "sent 2 2", "sent 3 3", "sent 4 4",
@@ -663,12 +657,7 @@ TEST_F(StoreSending, WhateverComesInsteadOfAnAnswerIsTheFilesError) {
     StoreProvider provider({.answer = [&](std::size_t at) {
       return StoreAnswer{.instead = at == 1 ? row.instead : Instead::kNothing};
     }});
-    const StoreTarget target{.host = "127.0.0.1",
-                             .port = provider.Port(),
-                             .localTitle = "HERE",
-                             .remoteTitle = "THERE",
-                             .timeoutSecs = 20};
-    EXPECT_TRUE(sender.Send(target, classes_, isCancelled_));
+    EXPECT_TRUE(sender.Send(TargetAt(provider.Port()), classes_, isCancelled_));
     EXPECT_THAT(heard_.lines,
                 row.goesOn ? ElementsAre("sent 1 0", "error 2 1", "sent 3 2", "finished 2 1")
                            : ElementsAre("sent 1 0", "error 2 1", "error 3 2", "finished 1 2"));
