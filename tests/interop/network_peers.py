@@ -60,6 +60,10 @@ class Peer:
     def files(self):
         return sorted(path for path in self.folder.iterdir() if path.name not in ("words", "config", "index.dat"))
 
+    def words(self):
+        """What it has said up to now."""
+        return (self.folder / "words").read_text(errors="replace")
+
     def ask(self, path):
         """What Orthanc's own interface says of a resource."""
         with urllib.request.urlopen(f"http://127.0.0.1:{self.http}/{path}", timeout=60) as answer:

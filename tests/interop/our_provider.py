@@ -7,6 +7,8 @@ from pathlib import Path
 
 PROVIDER = Path(os.environ["TESSARET_BINARY_DIR"]) / "tests" / "net" / "net_provider"
 SECONDS = 60  # for one program; none takes one, but where a thousand files are waited for until they are on a disk
+# How often a request is made until its cancel is heeded: it may rightly come behind the last response, where the machine has other work.
+CANCEL_TURNS = 20
 
 
 def ask(port, program, *words, options=(), seconds=SECONDS):
