@@ -7,12 +7,17 @@ import pathlib
 import shutil
 import socket
 import subprocess
+import sys
 import tempfile
 import time
 import unittest
 
 import pydicom
 import pydicom.encaps
+
+sys.path.insert(0, str(pathlib.Path(__file__).parent.parent / "tools"))
+
+from pdu_link import free_port
 
 BUILD = pathlib.Path(os.environ["TESSARET_BINARY_DIR"])
 PROGRAM = BUILD / "bin" / "tessaret-bench"
@@ -80,8 +85,7 @@ class Bench(unittest.TestCase):
     @classmethod
     def start_node(cls):
         """A node of this program for the jobs of the network."""
-        with socket.create_server(("127.0.0.1", 0)) as probe:
-            cls.port = str(probe.getsockname()[1])
+        cls.port = str(free_port())
         node = subprocess.Popen([PROGRAM, "scp", cls.port, "null", cls.scratch], stderr=subprocess.DEVNULL)
         cls.addClassCleanup(node.wait)
         cls.addClassCleanup(node.kill)
@@ -134,8 +138,7 @@ class Bench(unittest.TestCase):
     def test_keeps_what_a_node_receives_where_it_is_to(self):
         received = self.scratch / "received"
         received.mkdir()
-        with socket.create_server(("127.0.0.1", 0)) as probe:
-            port = str(probe.getsockname()[1])
+        port = str(free_port())
         node = subprocess.Popen([PROGRAM, "scp", port, "disk", received], stderr=subprocess.DEVNULL)
         try:
             for _ in range(200):

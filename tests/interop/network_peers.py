@@ -6,10 +6,15 @@ import os
 import shutil
 import socket
 import subprocess
+import sys
 import tempfile
 import time
 import urllib.request
 from pathlib import Path
+
+sys.path.insert(0, str(Path(__file__).parent.parent / "tools"))
+
+from pdu_link import free_port
 
 # Without it their small writes wait for acknowledgements that the kernel delays.
 ENVIRONMENT = {**os.environ, "TCP_NODELAY": "1"}
@@ -19,11 +24,6 @@ ORTHANC = shutil.which("Orthanc") or "/usr/sbin/Orthanc"
 MEMORY = Path("/dev/shm")
 # For folders of small files, none of which comes to half of it: containers have twice this there.
 LITTLE = 32 << 20
-
-
-def free_port():
-    with socket.create_server(("127.0.0.1", 0)) as listener:
-        return listener.getsockname()[1]
 
 
 @contextlib.contextmanager

@@ -1,6 +1,5 @@
 """A DICOM node in a thread of the test, which answers as it is told: what peers that are whole programs cannot be made to say."""
 
-import socket
 import struct
 import threading
 
@@ -141,8 +140,3 @@ class Node(Listening):
         bare = command(response)
         send_pdu(link, 4, struct.pack(">IBB", len(bare) + 2, context, 3) + bare)
         return True
-
-
-def unused_port():
-    with socket.create_server(("127.0.0.1", 0)) as listener:
-        return listener.getsockname()[1]

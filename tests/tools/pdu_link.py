@@ -1,8 +1,30 @@
-"""PDUs on a socket, and a thread that takes associations on a free port of this machine."""
+"""PDUs on a socket, free ports of this machine, and a thread that takes associations on one."""
 
+import contextlib
+import itertools
+import os
 import socket
 import struct
 import threading
+
+# Below those that the system hands out by itself, to whoever connects or asks for any, and below those that tests in C++ take.
+PORTS = range(12000, 20000)
+next_port = itertools.count(os.getpid() * 10)
+
+
+def free_port():
+    """One on which nobody listens, for a program that will, or for nobody. It is given once, and as long as this process runs no other
+    is given it."""
+    for at in itertools.islice(next_port, len(PORTS)):
+        port = PORTS[at % len(PORTS)]
+        # What listens is asked for on every address, as programs may want it. The other one is held for good: it tells those who ask
+        # here before the program listens.
+        with contextlib.suppress(OSError), socket.socket() as listens, socket.socket(type=socket.SOCK_DGRAM) as is_given:
+            listens.bind(("", port))
+            is_given.bind(("127.0.0.1", port))
+            is_given.detach()
+            return port
+    raise AssertionError("no port is free")
 
 
 class Listening:

@@ -10,6 +10,7 @@ import dicom_node
 import network_tool
 import tool
 from dicom_node import Node
+from pdu_link import free_port
 from tool import DONE, INTERRUPTED, USAGE
 
 NO_ASSOCIATION, PEER_FAILED = 3, 4
@@ -46,7 +47,7 @@ class Echo(network_tool.NetworkTest):
             said = json.loads(result.stdout)
             self.assertGreaterEqual(said.pop("seconds"), 0)
             self.assertEqual(said, {"title": "THEM", "host": "127.0.0.1", "port": str(node.port), "ok": True})
-        port = dicom_node.unused_port()
+        port = free_port()
         result = self.run_tool("echo", "--json", "127.0.0.1", port)
         self.assertEqual(result.returncode, NO_ASSOCIATION)
         said = json.loads(result.stdout)
@@ -54,7 +55,7 @@ class Echo(network_tool.NetworkTest):
         self.assertIn("Connection refused", said["error"])
 
     def test_without_an_association_it_says_why(self):
-        port = dicom_node.unused_port()
+        port = free_port()
         result = self.run_tool("echo", "127.0.0.1", port)
         self.assertEqual((result.returncode, result.stdout), (NO_ASSOCIATION, b""))
         self.assertRegex(result.stderr.decode(), rf"^tessaret: ANY-SCP@127\.0\.0\.1:{port}: Connection to  127\.0\.0\.1: ANY-SCP "

@@ -8,10 +8,10 @@ import struct
 import subprocess
 import unittest
 
-import dicom_node
 import network_tool
 import tool
 from dicom_node import Node
+from pdu_link import free_port
 from tool import BIG_ENDIAN, DONE, EXPLICIT, IMPLICIT, INPUT_FAILED, INTERRUPTED, MPEG, OUTPUT_FAILED, USAGE, element, image, item, meta
 
 NO_ASSOCIATION, PEER_FAILED = 3, 4
@@ -218,7 +218,7 @@ class Send(network_tool.NetworkTest):
             result = self.send(node, file)
             self.assertEqual((result.returncode, result.stdout), (NO_ASSOCIATION, b""))
             self.assertIn(b"No Accepted presentation Context found", result.stderr)
-        result = self.run_tool("send", "127.0.0.1", dicom_node.unused_port(), file)
+        result = self.run_tool("send", "127.0.0.1", free_port(), file)
         self.assertEqual((result.returncode, result.stdout), (NO_ASSOCIATION, b""))
         self.assertIn(b"Connection refused", result.stderr)
 
