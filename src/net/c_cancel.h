@@ -9,7 +9,7 @@ namespace tessaret {
 enum class Interruption {
   kNone,    // nothing has come, or something else
   kCancel,  // of the request that is being answered
-  kEnd,     // the association was released, aborted or closed, or cannot be read: no response may follow
+  kEnd,     // the association was released, aborted or closed, or fails: no response may follow
 };
 
 class CCancelRQ : public MessageOf<command_field::kCancelRQ> {
