@@ -3,22 +3,30 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 #include <fstream>
 #include <initializer_list>
-#include <iterator>
 #include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
+
+// Tests are not optimised: what goes through many bytes here does so by one call, or by a plain pointer.
 
 namespace tessaret::test {
 
 using Bytes = std::vector<std::uint8_t>;
 
 /// The characters of `text`, embedded NULs included.
-inline Bytes BytesOf(std::string_view text) { return {text.begin(), text.end()}; }
+inline Bytes BytesOf(std::string_view text) {
+  Bytes bytes(text.size());
+  if (!text.empty()) std::memcpy(bytes.data(), text.data(), text.size());
+  return bytes;
+}
 
-inline std::string TextOf(const Bytes& bytes) { return {bytes.begin(), bytes.end()}; }
+inline std::string TextOf(const Bytes& bytes) {
+  return std::string(reinterpret_cast<const char*>(bytes.data()), bytes.size());
+}
 
 /// All parts, one behind the other.
 inline Bytes Joined(std::initializer_list<Bytes> parts) {
@@ -31,8 +39,9 @@ inline Bytes Joined(std::initializer_list<Bytes> parts) {
 /// multiplicative hash of each position.
 inline Bytes Pattern(std::size_t count, std::uint32_t seed = 1) {
   Bytes bytes(count);
+  std::uint8_t* const place = bytes.data();
   for (std::size_t at = 0; at < count; ++at) {
-    bytes[at] = static_cast<std::uint8_t>(((at + seed) * 2654435761u) >> 24);
+    place[at] = static_cast<std::uint8_t>(((at + seed) * 2654435761u) >> 24);
   }
   return bytes;
 }
@@ -40,7 +49,18 @@ inline Bytes Pattern(std::size_t count, std::uint32_t seed = 1) {
 inline Bytes ReadBytes(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
   if (!file) throw std::runtime_error("cannot read " + path);
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+  Bytes bytes;
+  // What has no size in advance, as a pipe, is read too.
+  for (std::size_t size = 0, room = 65536;; room = size) {
+    bytes.resize(size + room);
+    file.read(reinterpret_cast<char*>(&bytes[size]), static_cast<std::streamsize>(room));
+    if (file.bad()) throw std::runtime_error("cannot read on in " + path);
+    size += static_cast<std::size_t>(file.gcount());
+    if (file.eof()) {
+      bytes.resize(size);
+      return bytes;
+    }
+  }
 }
 
 inline std::string ReadText(const std::string& path) { return TextOf(ReadBytes(path)); }
