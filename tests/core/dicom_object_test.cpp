@@ -699,7 +699,7 @@ void CheckDeepNest(std::uint32_t depth) {
 }
 
 TEST(DICOMObject, CopiesAndDestroysAHundredThousandLevelsOnASmallStack) {
-  RunOnStack(test::kSmallStack, [] { CheckDeepNest(100000); });
+  RunOnStack(test::kSmallStack, [] { CheckDeepNest(Repetitions(100000u)); });
 }
 
 TEST(DICOMObject, CopiesAndDestroysAMillionLevelsOnASmallStack) {
@@ -717,7 +717,7 @@ TEST(DICOMObject, DestroysADeepNestThatAPushReplaces) {
   RunOnStack(test::kSmallStack, [] {
     DICOMObject object;
     VR* sequence = NewVR(test::kSequenceTag);
-    sequence->AddItem(NewNest(100000).release());
+    sequence->AddItem(NewNest(Repetitions(100000u)).release());
     object.Push(sequence);
     object.Push(NewVR(test::kSequenceTag, "flat"));
     EXPECT_EQ(TextOf(*object.GetFirstVR()), "flat");

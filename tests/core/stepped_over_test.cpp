@@ -7,6 +7,7 @@
 
 #include "core/coding_helpers.h"
 #include "core/element_maker.h"
+#include "support/build_kind.h"
 #include "support/memory_file.h"
 #include "support/temp_folder.h"
 
@@ -53,7 +54,7 @@ class SteppedOver : public ::testing::TestWithParam<Encoding> {
 };
 
 TEST_P(SteppedOver, DataSetsAreReadAsIfTheyWereReadWhole) {
-  for (std::uint32_t seed = 1; seed <= 100; ++seed) {
+  for (std::uint32_t seed = 1; seed <= test::Repetitions(100u, 4u); ++seed) {
     SCOPED_TRACE(seed);
     const Bytes data = RandomDataSet(GetParam(), seed, 2);
     for (const std::uint32_t longest : {0u, 8u, 24u}) ExpectAgreement(data, longest);

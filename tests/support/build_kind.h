@@ -30,6 +30,13 @@ constexpr Number Repetitions(Number whole, Number share = 10) {
   return kInstrumented ? whole / share : whole;
 }
 
+/// By how much a test goes on that looks at every place of something or at every value: one by one, and under a sanitizer `share` at
+/// a time. Primes meet each kind of place, as no element has their length.
+template <class Number>
+constexpr Number StepBy(Number share) {
+  return kInstrumented ? share : Number{1};
+}
+
 /// Why a fork amid the work of other threads is tried in what is shipped only.
 inline constexpr const char* kForkUnderSanitizer =
     "the sanitizer's allocator may be locked by another thread at the fork, and stays so in the "
