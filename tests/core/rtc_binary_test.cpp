@@ -122,20 +122,23 @@ TEST(RtcBinary, CannotBeWrittenFromAnEmptyDictionaryOrWithoutAPath) {
 }
 
 TEST(RtcBinary, IsNotWrittenLargerThanAFileThatCanBeLoaded) {
-  // 20 bytes of header; 4 for the key, 12 for the element and 2 for its text: 932066 entries fill 16 MiB but for 8.
+  // 20 bytes of header; 4 for the key, 12 for the element, its text and a NUL: 512 for all but the last, of 492.
+  constexpr std::uint32_t kCount = 32768;
+  std::string text = "\n";
+  for (std::uint32_t at = 0; at + 1 < kCount; ++at)
+    text += Format("{0 %u LO ", at) + std::string(495, 'x') + "\"\n";
+  text += Format("{0 %u LO ", kCount - 1);
   const TempFolder folder;
-  for (const std::uint32_t count : {932066u, 932067u}) {
+  const std::string path = folder.File("large.bin");
+  for (const std::size_t length : {475u, 476u}) {
     RTC rtc;
-    std::string text = "\n";
-    for (std::uint32_t at = 0; at < count; ++at)
-      text += Format("{%u %u LO x\"\n", at >> 16, at & 0xFFFF);
-    ASSERT_TRUE(Attach(rtc, text));
-    ASSERT_EQ(rtc.Table->Count, count);
-    const std::string path = folder.File("large.bin");
-    EXPECT_EQ(rtc.SaveBinary(path.c_str()), count == 932066u);
+    ASSERT_TRUE(Attach(rtc, text + std::string(length, 'x') + "\"\n"));
+    ASSERT_EQ(rtc.Table->Count, kCount);
+    EXPECT_EQ(rtc.SaveBinary(path.c_str()), length == 475);
+    EXPECT_EQ(std::filesystem::file_size(path), 16u << 20);
     RTC loaded;
     EXPECT_TRUE(loaded.LoadBinary(path.c_str()));
-    EXPECT_EQ(loaded.Table->Count, 932066u);
+    EXPECT_EQ(loaded.Table->Count, kCount);
   }
 }
 
