@@ -106,7 +106,10 @@ TEST_P(FailingResources, LoadingABlockWithoutMemoryGivesAllOrWords) {
   });
 }
 
-TEST_P(FailingResources, LoadingWhatFailsAnywayWithoutMemoryFailsWithWords) {
+/// What is the same whatever the encoding.
+class FailingResourcesOnce : public FailingResources {};
+
+TEST_P(FailingResourcesOnce, LoadingWhatFailsAnywayWithoutMemoryFailsWithWords) {
   Bytes deep;
   for (int level = 0; level < 300; ++level)
     deep = DataSetBuilder(kExplicit).Head(0x0008, 0x1140, "SQ", kNoLength).Item().Raw(deep);
@@ -360,6 +363,7 @@ TEST_P(FailingResources, AProcessKilledAtAnyFileCallLeavesTheOldOrTheNewFile) {
   }
 }
 
+INSTANTIATE_TEST_SUITE_P(Encodings, FailingResourcesOnce, ::testing::Values(kExplicit));
 INSTANTIATE_TEST_SUITE_P(Encodings, FailingResources, ::testing::ValuesIn(kAllEncodings),
                          [](const auto& tested) { return NameOf(tested.param); });
 
