@@ -15,6 +15,7 @@
 
 #include "codecs/frame_maker.h"
 #include "codecs/peer_files.h"
+#include "support/build_kind.h"
 #include "support/guarded_block.h"
 #include "support/measured_child.h"
 #include "support/temp_folder.h"
@@ -98,7 +99,9 @@ inline void CheckDamage(const FrameCoder& coder, const tessaret::test::Bytes& st
     EXPECT_NE(WordsOfDecoding(coder, part, format), "") << size << " bytes";
   }
   for (std::size_t at = 0; at < stream.size(); ++at) {
-    for (unsigned value = 0; value < 256; ++value) {
+    // Every byte is changed under a sanitizer too, to every seventh value, other ones for each.
+    const auto first = static_cast<unsigned>(at % tessaret::test::StepBy(7u));
+    for (unsigned value = first; value < 256; value += tessaret::test::StepBy(7u)) {
       tessaret::test::Bytes changed = stream;
       changed[at] = static_cast<std::uint8_t>(value);
       WordsOfDecoding(coder, changed, format);

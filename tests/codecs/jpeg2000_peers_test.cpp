@@ -9,11 +9,13 @@
 #include "codecs/openjpeg_files.h"
 #include "codecs/peer_files.h"
 #include "jpeg2000/jpeg2000_coder.h"
+#include "support/build_kind.h"
 #include "support/temp_folder.h"
 
 namespace tessaret::codecs {
 namespace {
 
+using tessaret::test::kInstrumented;
 using tessaret::test::TempFolder;
 using Octets = std::vector<std::uint8_t>;
 
@@ -131,10 +133,14 @@ TEST(Jpeg2000Peers, AllWaysToEncodeAreDecodedAsByTheProgramItself) {
     const Octets frame = Picture(format);
     Peer peer(format);
     int count = 0;
+    std::size_t turn = format.columns;
     for (const std::string way : kWays) {
       // These leave a fourth component out.
       if (format.samples == 4 && way.find("POC") != std::string::npos) continue;
+      ++turn;
       for (const char* kind : {"", " -I"}) {
+        // Under a sanitizer one of the two, for the next way and in other formats the other: each starts two programs.
+        if (kInstrumented && (*kind == '\0') != (turn % 2 == 0)) continue;
         const Octets stream = peer.Encode(frame, kind + way);
         if (stream.empty()) continue;
         ++count;
@@ -151,7 +157,7 @@ TEST(Jpeg2000Peers, AllWaysToEncodeAreDecodedAsByTheProgramItself) {
       }
     }
     // It does not do all of them for all kinds of image.
-    EXPECT_GE(count, 50);
+    EXPECT_GE(count, kInstrumented ? 25 : 50);
   }
 }
 

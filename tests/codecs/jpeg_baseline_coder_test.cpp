@@ -209,7 +209,7 @@ constexpr std::pair<std::uint32_t, std::uint32_t> kSizes[] = {{64, 48}, {17, 9},
 TEST_F(JpegBaselineAndDcmtk, GrayStreamsOfTheOtherGiveTheSamePixels) {
   for (const auto& [columns, rows] : kSizes) {
     const FrameFormat format = Gray(columns, rows);
-    for (const test::Pattern pattern : test::kPatterns) {
+    for (const test::Pattern pattern : test::PatternsFor(format)) {
       const Stream frame = test::MakeFrame(format, pattern);
       const Stream stream = test::EncodedByPeer(frame, format, {"+eb", "+q", "70"});
       const Stream expected = test::DecodedByPeer(stream, format, kBaseline);
@@ -245,7 +245,7 @@ TEST_F(JpegBaselineAndDcmtk, TheOtherDecodesWhatThisEncodes) {
   for (const auto& [columns, rows] : kSizes) {
     for (const std::uint32_t samples : {1u, 3u}) {
       FrameFormat format = samples == 1 ? Gray(columns, rows) : Colour(columns, rows);
-      for (const test::Pattern pattern : test::kPatterns) {
+      for (const test::Pattern pattern : test::PatternsFor(format)) {
         const Stream frame = test::MakeFrame(format, pattern);
         FrameFormat coded = format;
         coded.photometric = kCoder.EncodedPhotometric(format, true);

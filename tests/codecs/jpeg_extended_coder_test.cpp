@@ -334,7 +334,7 @@ TEST_F(JpegExtendedAndDcmtk, StreamsOfTheOtherGiveTheSamePixels) {
   for (const auto& [columns, rows] : kSizes) {
     for (const std::uint32_t stored : {12u, 10u}) {
       const FrameFormat format = Gray(columns, rows, stored);
-      for (const test::Pattern pattern : test::kPatterns) {
+      for (const test::Pattern pattern : test::PatternsFor(format)) {
         const Stream frame = test::MakeFrame(format, pattern);
         const Stream stream = test::EncodedByPeer(frame, format, {"+ee", "+bt", "+q", "90"});
         const Stream expected = test::DecodedByPeer(stream, format, kExtended);
@@ -348,7 +348,7 @@ TEST_F(JpegExtendedAndDcmtk, StreamsOfTheOtherGiveTheSamePixels) {
 TEST_F(JpegExtendedAndDcmtk, TheOtherDecodesWhatThisEncodes) {
   for (const auto& [columns, rows] : kSizes) {
     const FrameFormat format = Gray(columns, rows);
-    for (const test::Pattern pattern : test::kPatterns) {
+    for (const test::Pattern pattern : test::PatternsFor(format)) {
       const Stream frame = test::MakeFrame(format, pattern);
       const Stream stream = Encoded(frame, format, 95);
       const Stream back = test::DecodedByPeer(stream, format, kExtended);
@@ -379,7 +379,7 @@ TEST_F(JpegExtendedAndDcmtk, ProgressiveStreamsOfTheOtherGiveTheSamePixels) {
   for (const auto& [option, syntax] : kinds) {
     for (const FrameFormat& format :
          {Gray(61, 43), Gray(1, 1), test::MakeFormat(61, 43, 1, 8, 8)}) {
-      for (const test::Pattern pattern : test::kPatterns) {
+      for (const test::Pattern pattern : test::PatternsFor(format)) {
         const Stream frame = test::MakeFrame(format, pattern);
         const Stream stream = test::EncodedByPeer(frame, format, {option, "+ba", "+q", "90"});
         const Stream expected = test::DecodedByPeer(stream, format, syntax);

@@ -271,7 +271,9 @@ TEST(JpegLosslessDamage, NoChangeOfAByteDoesHarm) {
     const Stream whole = EncodePlainly(image, options);
     for (std::size_t at = 0; at < whole.size(); ++at) {
       Stream changed = whole;
-      for (unsigned value = 0; value < 256; ++value) {
+      // Every byte is changed under a sanitizer too, to every seventh value, other ones for each.
+      const auto first = static_cast<unsigned>(at % tessaret::test::StepBy(7u));
+      for (unsigned value = first; value < 256; value += tessaret::test::StepBy(7u)) {
         changed[at] = static_cast<std::uint8_t>(value);
         CheckSafe(changed, FormatOf(image));
       }

@@ -8,6 +8,7 @@
 #include "codecs/frame_maker.h"
 #include "codecs/plain_jpegls.h"
 #include "jpegls/jpegls_coder.h"
+#include "support/build_kind.h"
 
 namespace tessaret::codecs {
 namespace {
@@ -119,7 +120,7 @@ class Chance {
 };
 
 TEST(JpegLsPlain, ImagesOfAllKindsAreDecodedAsAPlainEncoderMeansThem) {
-  for (std::uint32_t seed = 0; seed < 1000; ++seed) {
+  for (std::uint32_t seed = 0; seed < tessaret::test::Repetitions(1000u, 5u); ++seed) {
     Chance chance(seed);
     const PlainLsImage image = chance.Image();
     const std::vector<PlainLsScan> scans = chance.Scans(image);
