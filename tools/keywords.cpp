@@ -99,10 +99,7 @@ constexpr OddKeyword kOddKeywords[] = {
     {"dB/dt", "dBdt"},
 };
 
-void RemoveAll(std::string& from, std::string_view what) {
-  for (std::size_t at = from.find(what); at != std::string::npos; at = from.find(what, at))
-    from.erase(at, what.size());
-}
+static_assert(std::ranges::is_sorted(kOddKeywords, {}, &OddKeyword::name));
 
 bool IsLetterOrDigit(char c) {
   return (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
@@ -113,30 +110,33 @@ char Capital(char c) { return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' +
 }  // namespace
 
 std::string KeywordOf(std::string_view name) {
-  const auto* odd = std::find_if(std::begin(kOddKeywords), std::end(kOddKeywords),
-                                 [&](const OddKeyword& each) { return each.name == name; });
-  if (odd != std::end(kOddKeywords)) return std::string(odd->keyword);
-  std::string words(name);
-  RemoveAll(words, "'s");
-  RemoveAll(words, "'");
-  // The plural of "(s)" is part of its word.
-  for (std::size_t at = words.find("(s)"); at != std::string::npos; at = words.find("(s)", at)) {
-    words.erase(at + 2, 1);
-    words.erase(at, 1);
-  }
+  const auto* odd = std::ranges::lower_bound(kOddKeywords, name, {}, &OddKeyword::name);
+  if (odd != std::end(kOddKeywords) && odd->name == name) return std::string(odd->keyword);
   std::string keyword;
+  keyword.reserve(name.size());
   bool isStart = true;
-  for (const char c : words) {
-    if (IsLetterOrDigit(c)) keyword += isStart ? Capital(c) : c;
-    isStart = !IsLetterOrDigit(c);
+  for (std::size_t at = 0; at < name.size(); ++at) {
+    const char c = name[at];
+    if (c == '\'') {
+      // What stands before and behind is one word, and "'s" no part of it.
+      if (name.substr(at).starts_with("'s")) ++at;
+    } else if (c == '(' && name.substr(at).starts_with("(s)")) {
+      // The plural is part of its word.
+      keyword += isStart ? 'S' : 's';
+      isStart = false;
+      at += 2;
+    } else {
+      if (IsLetterOrDigit(c)) keyword += isStart ? Capital(c) : c;
+      isStart = !IsLetterOrDigit(c);
+    }
   }
   return keyword;
 }
 
 std::optional<TagKey> Keywords::Find(const std::string& keyword) {
   if (tags_.empty()) Read();
-  const auto found = tags_.find(keyword);
-  return found == tags_.end() ? std::nullopt : std::optional(found->second);
+  const auto found = std::ranges::find(tags_, keyword, &Entry::keyword);
+  return found == tags_.end() ? std::nullopt : std::optional(found->tag);
 }
 
 std::string Keywords::Of(TagKey tag) const {
@@ -156,7 +156,7 @@ void Keywords::Read() {
     if (!found.IsTrue()) return;
     const auto tag =
         MakeTagKey(static_cast<std::uint16_t>(group), static_cast<std::uint16_t>(element));
-    tags_.try_emplace(Of(tag), tag);
+    tags_.push_back({Of(tag), tag});
   }
 }
 

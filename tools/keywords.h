@@ -2,10 +2,10 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <tessaret/tessaret.hpp>
 
@@ -32,8 +32,14 @@ class Keywords {
  private:
   void Read();
 
+  struct Entry {
+    std::string keyword;
+    TagKey tag;
+  };
+
   Ref<IDcmDictionary> dictionary_;
-  std::map<std::string, TagKey, std::less<>> tags_;
+  // In the order of the tags. A command asks for a few: to go through all is less than to bring them into another order.
+  std::vector<Entry> tags_;
 };
 
 }  // namespace tessaret::tool

@@ -104,7 +104,8 @@ class Search {
     if (wanted.empty()) return;
     const auto matches = [&](std::string_view text) {
       return Folded(text, false).find(wanted) != std::string::npos ||
-             Folded(text, true).find(wanted) != std::string::npos;
+             (text.find("'s") != std::string_view::npos &&
+              Folded(text, true).find(wanted) != std::string::npos);
     };
     for (std::int32_t at = 0; const auto element = ElementAt(at); ++at) {
       if (matches(element->name) || matches(KeywordOf(element->name))) Show(*element);
