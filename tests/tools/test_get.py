@@ -37,13 +37,12 @@ class Get(tool.ToolTest):
         return result.stdout.decode()
 
     def test_a_value_is_a_line(self):
-        for tag, line in (("0010,0010", "Müller^Jörg"), ("(0028,0010)", "2"), ("ImageType", "ORIGINAL\\PRIMARY"),
-                          ("PatientID", "a\\b"), ("PatientBirthDate", "20010203"), ("PatientSex", ""),
-                          ("ImageComments", "a\\b\\x0d\\x0ac"), ("RescaleIntercept", "-1024\\1.50"),
-                          ("FrameIncrementPointer", "(0018,1063)"), ("0009,1001", "01\\00\\03\\02"),
-                          ("PixelData", "00\\ff"), ("TransferSyntaxUID", EXPLICIT)):
-            with self.subTest(tag):
-                self.assertEqual(self.get(tag), line + "\n")
+        lines = {"0010,0010": "Müller^Jörg", "(0028,0010)": "2", "ImageType": "ORIGINAL\\PRIMARY", "PatientID": "a\\b",
+                 "PatientBirthDate": "20010203", "PatientSex": "", "ImageComments": "a\\b\\x0d\\x0ac",
+                 "RescaleIntercept": "-1024\\1.50", "FrameIncrementPointer": "(0018,1063)", "0009,1001": "01\\00\\03\\02",
+                 "PixelData": "00\\ff", "TransferSyntaxUID": EXPLICIT}
+        self.assertEqual(dict(zip(lines, self.get(*lines).split("\n"))), lines)
+        self.assertEqual(self.get("0010,0010"), "Müller^Jörg\n")
 
     def test_lines_come_in_the_order_of_the_tags(self):
         self.assertEqual(self.get("Rows", "PatientID", "Rows"), "2\na\\b\n2\n")
@@ -169,15 +168,15 @@ class Get(tool.ToolTest):
 
     def test_long_values_are_whole(self):
         # Longer than a part, and no whole number of parts.
-        content = bytes(number % 251 for number in range(1_000_001)) + b"\0"
+        content = bytes(number % 251 for number in range(200_001 if tool.INSTRUMENTED else 1_000_001)) + b"\0"
         file = self.write("long.dcm", meta(EXPLICIT) + element(0x7FE00010, "OB", content))
         self.assertEqual(run("get", file, "PixelData").stdout.decode(), "\\".join(f"{byte:02x}" for byte in content) + "\n")
-        words = [str(word) for word in struct.unpack("<500001H", content)]
+        words = [str(word) for word in struct.unpack(f"<{len(content) // 2}H", content)]
         self.assertEqual(run("get", "--type", "US", file, "PixelData").stdout.decode(), "\\".join(words) + "\n")
-        for index in (0, 24575, 24576, 500000):  # 48 KiB are 24576 words
+        for index in (0, 24575, 24576, len(words) - 1):  # 48 KiB are 24576 words
             self.assertEqual(run("get", "--type", "US", "--index", index, file, "PixelData").stdout.decode(), words[index] + "\n")
-        self.assert_ends(run("get", "--type", "US", "--index", 500001, file, "PixelData"), INPUT_FAILED,
-                         f"tessaret: {file}: (7fe0,0010) has no value of number 500001\n")
+        self.assert_ends(run("get", "--type", "US", "--index", len(words), file, "PixelData"), INPUT_FAILED,
+                         f"tessaret: {file}: (7fe0,0010) has no value of number {len(words)}\n")
 
     def test_standard_input_is_read(self):
         self.assertEqual(run("get", "-", "Rows", input=self.file.read_bytes()).stdout, b"2\n")

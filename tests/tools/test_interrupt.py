@@ -28,7 +28,7 @@ class Interrupts(tool.ToolTest):
 
     def test_random_moments_leave_only_whole_files(self):
         reference = self.path("reference")
-        options = ["--size", "64", "--slices", "60"]
+        options = ["--size", "64", "--slices", "30" if tool.INSTRUMENTED else "60"]
         begin = time.monotonic()
         self.assert_ends(run("phantom", *options, reference), DONE)
         usual = time.monotonic() - begin
@@ -53,7 +53,7 @@ class Interrupts(tool.ToolTest):
                 left = {path.name: path.read_bytes() for path in place.iterdir()}
                 self.assertEqual({name: content for name, content in left.items() if whole.get(name) != content}, {})
                 if code == DONE:
-                    self.assertEqual(len(left), 60)
+                    self.assertEqual(left, whole)
             # On a machine with other work a run is soon faster or slower than the one that was timed.
             usual *= 0.9 if code == DONE else 1.05
         self.assertGreater(len([code for code in codes if code != DONE]), 30 // tool.SHARE)
@@ -64,7 +64,7 @@ class Interrupts(tool.ToolTest):
         self.assert_ends(run("convert", large, out), DONE)
         new = out.read_bytes()
         moments = random.Random(2)
-        for number in range(20):
+        for number in range(20 // tool.SHARE):
             out.write_bytes(b"old")
             with subprocess.Popen([TOOL, "convert", "--force", large, out], stderr=subprocess.PIPE) as process:
                 wait_for(lambda: any(".tessaret-" in name for name in os.listdir(self.folder)) or process.poll() is not None)

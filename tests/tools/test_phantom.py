@@ -29,8 +29,11 @@ class PhantomTest(tool.ToolTest):
 class Standard(PhantomTest):
 
     def test_the_validator_finds_no_errors(self):
-        for kind in KINDS:
+        for turn, kind in enumerate(KINDS):
             for number, shape in enumerate(SHAPES):
+                # Under a sanitizer a third: each kind and each shape, but not all kinds in all shapes.
+                if tool.INSTRUMENTED and (turn + number) % 3:
+                    continue
                 place = self.path(f"{kind}{number}")
                 self.assert_ends(run("phantom", "--kind", kind, *shape, place), DONE, "")
                 for file in place.iterdir():
