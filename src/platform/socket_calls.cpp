@@ -124,6 +124,10 @@ SocketResult SetNoDelay(int descriptor) {
   return SetOption(descriptor, IPPROTO_TCP, TCP_NODELAY, int{1});
 }
 
+SocketResult AcknowledgeAtOnce(int descriptor) {
+  return SetOption(descriptor, IPPROTO_TCP, TCP_QUICKACK, int{1});
+}
+
 void ShutDownSocket(int descriptor) noexcept { ::shutdown(descriptor, SHUT_RDWR); }
 
 SocketResult SendSome(int descriptor, const void* data, std::size_t count) {
