@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "base/byte_order.h"
+#include "base/text.h"
 
 namespace tessaret {
 namespace {
@@ -63,7 +64,7 @@ std::optional<std::uint16_t> Number16(const DICOMObject& object, std::uint16_t g
 
 std::optional<UID> UidOf(const DICOMObject& object, std::uint16_t group, std::uint16_t element) {
   std::string_view text = ValueOf(object.GetVR(group, element));
-  if (text.empty() || text.size() > UID::kMostBytes) return std::nullopt;
+  if (Trimmed(text).empty() || text.size() > UID::kMostBytes) return std::nullopt;
   if (!IsOfUid(text.back())) text.remove_suffix(1);
   return UID(text);
 }

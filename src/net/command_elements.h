@@ -29,8 +29,8 @@ std::string_view ValueOf(const VR* vr);
 /// Nothing where the element is not there, has no value, or one that is not two bytes long.
 std::optional<std::uint16_t> Number16(const DICOMObject& object, std::uint16_t group,
                                       std::uint16_t element);
-/// Less its last byte where that is neither a point nor a digit. Nothing where the element is not there, has no value, or is longer
-/// than 64 bytes.
+/// Less its last byte where that is neither a point nor a digit. Nothing where the element is not there, has no value but blanks or NULs,
+/// or one that is longer than 64 bytes.
 std::optional<UID> UidOf(const DICOMObject& object, std::uint16_t group, std::uint16_t element);
 
 /// What all elements of group 0000 but the first take, in implicit little endian, up to the first of another group.

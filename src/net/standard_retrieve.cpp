@@ -5,7 +5,6 @@
 #include <memory>
 #include <new>
 
-#include "base/text.h"
 #include "core/comp_engine.h"
 #include "core/transfer_syntax.h"
 #include "net/command_elements.h"
@@ -83,8 +82,7 @@ bool ProposeClasses(PDU_Service& link, const std::vector<std::string>& instances
   for (const std::string& path : instances) {
     const std::unique_ptr<DICOMDataObject> head = link.LoadFile(path.c_str(), false, false);
     const auto sopClass = head == nullptr ? std::nullopt : UidOf(*head, 0x0008, 0x0016);
-    // Of a class that was blanked out nothing can be proposed either.
-    if (!sopClass || Trimmed(sopClass->View()).empty()) return false;
+    if (!sopClass) return false;
     link.AddAbstractSyntax(*sopClass);
   }
   return true;

@@ -165,7 +165,8 @@ TEST_F(ObjectSending, NeedsASopClass) {
   EXPECT_NE(none->Load(folder_.File("missing"), true), kOk);
   EXPECT_FAILS_WITH(Send(none, provider.Port()), "Empty object");
   // One that no association can name is none.
-  for (const std::string& text : {std::string(), "1." + std::string(64, '2')}) {
+  for (const std::string& text :
+       {std::string(), std::string("  "), std::string(2, '\0'), "1." + std::string(64, '2')}) {
     ASSERT_EQ(object->PutVRRawString(0x0008, 0x0016, "UI", text), kOk);
     EXPECT_FAILS_WITH(Send(object, provider.Port()), "Missing SOP Class for C-STORE");
   }

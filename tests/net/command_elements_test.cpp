@@ -35,6 +35,8 @@ TEST(CommandElements, TakeUidsOfAtMost64BytesWithoutTheirPad) {
   EXPECT_EQ(uidOf("1.2.34"sv), "1.2.34");
   EXPECT_EQ(uidOf("1.2.3\0\0"sv), "1.2.3\0"sv);
   EXPECT_EQ(uidOf(""sv), "refused");
+  EXPECT_EQ(uidOf("  "sv), "refused");
+  EXPECT_EQ(uidOf("\0\0"sv), "refused");
   EXPECT_EQ(uidOf(std::string(64, '1')), std::string(64, '1'));
   EXPECT_EQ(uidOf(std::string(65, '1')), "refused");
   EXPECT_EQ(UidOf(DICOMDataObject(), 0x0008, 0x0016), std::nullopt);

@@ -468,16 +468,23 @@ TEST_F(StoreSending, AFileWithoutAClassIsToBlameItself) {
   const std::string named = Add("a", ImageFile("1.2.3", ""));
   const std::string bare =
       Add("b", ImageHead(Encoding::kImplicitLittle, "", "1.2.3", 2, 16).Done());
+  // Blanked out it is none either.
+  const std::string namedBlank = Add("c", ImageFile("1.2.3", "  "));
+  const std::string bareBlank =
+      Add("d", ImageHead(Encoding::kImplicitLittle, "  ", "1.2.3", 2, 16).Done());
   std::vector<std::string> links;
   heard_.afterEach = [&] { links.push_back(sender_.LinkWords); };
   StoreProvider provider;
   EXPECT_TRUE(Send(provider.Port()));
-  EXPECT_THAT(
-      heard_.errors,
-      ElementsAre(testing::_,
-                  "Error sending [" + named + "]: Cannot find Presentation Context for SOP Class[]",
-                  "Error sending [" + bare + "]: SOP Class not supported []"));
-  EXPECT_THAT(links, ElementsAre(StartsWith("Cannot find Presentation Context"), "", ""));
+  const auto errorOf = [](const std::string& file, const char* words) {
+    return "Error sending [" + file + "]: " + words;
+  };
+  const char* const noContext = "Cannot find Presentation Context for SOP Class[]";
+  const char* const notSupported = "SOP Class not supported []";
+  EXPECT_THAT(heard_.errors,
+              ElementsAre(testing::_, errorOf(named, noContext), errorOf(bare, notSupported),
+                          errorOf(namedBlank, noContext), errorOf(bareBlank, notSupported)));
+  EXPECT_THAT(links, ElementsAre(StartsWith("Cannot find Presentation Context"), "", "", "", ""));
 }
 
 TEST_F(StoreSending, ABareDataSetGoesAsTheClassOfItsModality) {
