@@ -37,7 +37,7 @@ void SetFileCallHook(FileCallHook hook);
 
 /// From here on, or no longer, calls that may take long or bring something to its place fail with ECANCELED: opening, reading, writing,
 /// syncing, renaming, linking. Closing and tidying up go on. For signal handlers and any thread; a call that waits is not broken by it.
-/// Calls of sockets that may wait fail likewise.
+/// Calls of sockets that may wait fail likewise, and the look-up of a name ends.
 void CancelFileCalls(bool cancel) noexcept;
 bool AreFileCallsCancelled() noexcept;
 

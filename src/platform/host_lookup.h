@@ -14,7 +14,8 @@
 namespace tessaret {
 
 /// The first IPv4 address of the host with this name. Nothing where the system does not know it, when the deadline passes, or soon
-/// after `isGivenUp`, which is asked about every 20 milliseconds on the calling thread, answers true.
+/// after calls are cancelled by CancelFileCalls or `isGivenUp`, which is asked about every 20 milliseconds on the calling thread,
+/// answers true.
 std::optional<in_addr> FindHost(const std::string& name, const Deadline& deadline,
                                 const std::function<bool()>& isGivenUp);
 
