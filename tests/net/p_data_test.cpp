@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstdlib>
 #include <numeric>
 
@@ -299,6 +300,27 @@ TEST(PDataTrace, ShowsHeadAndBytesOfEachFragmentSent) {
                 "43 44 45 46 | ABCDEFGHIJKLMNOPQRSTUVWXYZABCDEF|\n"
                 "000032-000032 47 " +
                 std::string(31 * 3, ' ') + "| G|\n");
+}
+
+TEST(PDataTrace, ShowsEachFragmentOfAMessageByItsOwnBytes) {
+  const TempFolder folder;
+  const std::string path = folder.File("trace");
+  SetDumpFile(path.c_str());
+  Association association(kContexts);
+  PDataTF data;
+  const Bytes message = BytesOf(std::string(4096, 'A') + "BCD");
+  data.VRBuffer.Write(message.data(), static_cast<std::uint32_t>(message.size()));
+  SetDumpFlag(kDumpData, true);
+  EXPECT_TRUE(data.Write(association.pdu));
+  SetDumpFlag(kDumpData, false);
+  SetDumpFile(nullptr);
+  const std::string trace = ReadText(path);
+  // A head, 128 lines of 32 bytes; a head, and a line of three.
+  const std::string last = "000000-000002 42 43 44 " + std::string(29 * 3, ' ') + "| BCD|\n";
+  EXPECT_EQ(std::count(trace.begin(), trace.end(), '\n'), 2 + 128 + 2 + 1);
+  EXPECT_NE(trace.find("\n004064-004095 41 41 "), std::string::npos);
+  ASSERT_GE(trace.size(), last.size());
+  EXPECT_EQ(trace.substr(trace.size() - last.size()), last);
 }
 
 TEST(PDataTrace, SaysWhatCouldNotBeRead) {

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "core/trace.h"
 #include "net/identifiers.h"
 #include "net/query_helpers.h"
 #include "net/retrieve_helpers.h"
@@ -258,6 +259,32 @@ TEST(WithoutMemory, AMoveCountsWhatCannotBeSentAsFailedAndSendsTheOthers) {
     }
   }
   EXPECT_GT(withOneLess, kInstances) << "each instance fails by itself at several steps";
+}
+
+/// How many failing allocations end the sending of a message of two fragments.
+int FailuresOfAMessage() {
+  int failures = 0;
+  bool happened = true;
+  for (std::uint64_t nth = 1; happened; ++nth) {
+    Association association(kContexts);
+    tessaret::PDataTF data;
+    const Bytes message(5000, 7);
+    data.VRBuffer.Write(message.data(), static_cast<std::uint32_t>(message.size()));
+    const Outcome outcome = WithFailing(nth, [&] { return data.Write(association.pdu); });
+    if (!outcome.isDone) ++failures;
+    happened = outcome.happened;
+  }
+  return failures;
+}
+
+TEST(WithoutMemory, ATraceEndsNoMessage) {
+  const int untraced = FailuresOfAMessage();
+  const TempFolder folder;
+  SetDumpFile(folder.File("trace").c_str());
+  SetDumpFlag(kDumpData, true);
+  EXPECT_EQ(FailuresOfAMessage(), untraced);
+  SetDumpFlag(kDumpData, false);
+  SetDumpFile(nullptr);
 }
 
 TEST(WithoutMemory, AQueryWithAMatchThatCannotBeSentFails) {
