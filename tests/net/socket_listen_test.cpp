@@ -7,6 +7,7 @@
 
 #include <gtest/gtest.h>
 
+#include "net/end_in_time.h"
 #include "net/socket.h"
 #include "support/plain_peer.h"
 #include "support/socket_failure.h"
@@ -250,14 +251,18 @@ TEST_F(SocketListen, EndsBehindThePauseInWhichItIsClosed) {
   SocketFailure failure;
   failure.FailCalls(SocketCall::kAccept, 1, 1 << 30, EMFILE);
   int callsBefore = 0;
+  test::MomentOfClose moment;
   std::thread closing([&] {
     while (failure.Calls(SocketCall::kAccept) < 2) std::this_thread::yield();
+    moment.Note();
     socket_.Close();
     callsBefore = failure.Calls(SocketCall::kAccept);
   });
   EXPECT_EQ(socket_.Accept(), 0);
+  const auto end = std::chrono::steady_clock::now();
   const int calls = failure.Calls(SocketCall::kAccept);
   closing.join();
+  EXPECT_LT(moment.SecondsUntil(end), test::kEndUnderLoad);
   EXPECT_LE(calls, callsBefore + 1) << "it looks once more and not again and again";
   EXPECT_EQ(Words(), "Accept(): wsaerr=24 msg=[Too many open files]\n");
   ExpectIdle();
