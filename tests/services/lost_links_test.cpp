@@ -218,5 +218,31 @@ TEST_F(LostLink, AtAnyByteOfWhatIsSentLosesNoEvent) {
   EXPECT_EQ(OpenDescriptors(), descriptors);
 }
 
+TEST_F(LostLink, BehindACommentThatHasItemsHasNoComment) {
+  const Bytes refused = Elements()
+                            .Number(0x0000, 0x0100, 0x8001)
+                            .Number(0x0000, 0x0120, 1)
+                            .Number(0x0000, 0x0800, 0x0101)
+                            .Number(0x0000, 0x0900, 0xA700)
+                            .Text(0x0000, 0x0902, "no");
+  const Bytes item = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
+  SetIdentifierCounter(1);
+  files_.resize(1);
+  StoreSender sender(files_, heard_);
+  StoreResponse response;
+  heard_.afterEach = [&] { response = sender.Response; };
+  ScriptedServer server([&](Peer& peer) {
+    static_cast<void>(peer.ReceivePdu());
+    peer.Send(Acceptance());
+    for (int part = 0; part < 2; ++part) static_cast<void>(peer.ReceivePdu());
+    peer.SendAll(Data(1, kWholeCommand, Joined({refused, item})));
+    static_cast<void>(peer.ReceiveToEnd());
+  });
+  EXPECT_TRUE(sender.Send(TargetAt(server.Port()), {std::string(kCt)}, isCancelled_));
+  EXPECT_EQ(server.Wait(), "");
+  EXPECT_EQ(response.status, 0xA700);
+  EXPECT_EQ(response.comment, "");
+}
+
 }  // namespace
 }  // namespace tessaret::test
