@@ -77,14 +77,7 @@ TEST(Exchange, HasStatusAndCommentOfAFailureAsWords) {
 
 TEST(Exchange, HasNoWordsOfACommentThatHasItems) {
   Association association(kContexts);
-  const Bytes response = Elements()
-                             .Number(0x0000, 0x0100, 0x8020)
-                             .Number(0x0000, 0x0120, 1)
-                             .Number(0x0000, 0x0800, 0x0101)
-                             .Number(0x0000, 0x0900, 0xA700)
-                             .Text(0x0000, 0x0902, "no");
-  const Bytes item = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
-  association.peer.Send(Data(5, kWholeCommand, Joined({response, item})));
+  association.peer.Send(Data(5, kWholeCommand, RefusalWithItemInComment(0x8020)));
   Exchange exchange(association.pdu);
   exchange.Expect(1);
   DICOMCommandObject read;

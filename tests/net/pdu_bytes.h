@@ -214,6 +214,17 @@ inline Bytes StoreCommand(std::uint8_t context, std::uint16_t messageID = 3) {
                   .Uid(0x1000, "1.2.3"));
 }
 
+/// The command of a response to message 1: refused, with a comment that has come to hold an item.
+inline Bytes RefusalWithItemInComment(std::uint16_t field) {
+  const Bytes refusal = Elements()
+                            .Number(0x0000, 0x0100, field)
+                            .Number(0x0000, 0x0120, 1)
+                            .Number(0x0000, 0x0800, 0x0101)
+                            .Number(0x0000, 0x0900, 0xA700)
+                            .Text(0x0000, 0x0902, "no");
+  return Joined({refusal, {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0}});
+}
+
 /// The PDUs of a stream, each whole.
 inline std::vector<Bytes> SplitPdus(const Bytes& stream) {
   std::vector<Bytes> pdus;

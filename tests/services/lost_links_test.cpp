@@ -219,13 +219,6 @@ TEST_F(LostLink, AtAnyByteOfWhatIsSentLosesNoEvent) {
 }
 
 TEST_F(LostLink, BehindACommentThatHasItemsHasNoComment) {
-  const Bytes refused = Elements()
-                            .Number(0x0000, 0x0100, 0x8001)
-                            .Number(0x0000, 0x0120, 1)
-                            .Number(0x0000, 0x0800, 0x0101)
-                            .Number(0x0000, 0x0900, 0xA700)
-                            .Text(0x0000, 0x0902, "no");
-  const Bytes item = {0xFE, 0xFF, 0x00, 0xE0, 0, 0, 0, 0};
   SetIdentifierCounter(1);
   files_.resize(1);
   StoreSender sender(files_, heard_);
@@ -235,7 +228,7 @@ TEST_F(LostLink, BehindACommentThatHasItemsHasNoComment) {
     static_cast<void>(peer.ReceivePdu());
     peer.Send(Acceptance());
     for (int part = 0; part < 2; ++part) static_cast<void>(peer.ReceivePdu());
-    peer.SendAll(Data(1, kWholeCommand, Joined({refused, item})));
+    peer.SendAll(Data(1, kWholeCommand, RefusalWithItemInComment(0x8001)));
     static_cast<void>(peer.ReceiveToEnd());
   });
   EXPECT_TRUE(sender.Send(TargetAt(server.Port()), {std::string(kCt)}, isCancelled_));
