@@ -185,7 +185,7 @@ std::int64_t Socket::Read(void* buffer, std::uint32_t length) {
   SocketResult received = ReceiveSome(data.Descriptor(), buffer, length);
   if (received.error == EAGAIN && TimeoutSecs > 0)
     received = ReceiveSoon(data.Descriptor(), buffer, length);
-  // Without it the wait is longer, and no more; the system forgets it now and then.
+  // Without it the wait is longer, and no more.
   if (received.error == EAGAIN) AcknowledgeAtOnce(data.Descriptor());
   while (received.error == EAGAIN) {
     Waiting input{.descriptor = data.Descriptor(), .forWriting = false};

@@ -53,8 +53,8 @@ SocketResult SetReusable(int descriptor);
 SocketResult SetNoLinger(int descriptor, int seconds);
 /// Small writes go at once, not when the peer has acknowledged the one before.
 SocketResult SetNoDelay(int descriptor);
-/// What has come is acknowledged now and for a while, not with what is sent next: a peer whose small writes wait for that would wait for
-/// 40 milliseconds each. Fails on what is no TCP socket.
+/// What has come is acknowledged now, not with what is sent next: a peer whose small writes wait for that would wait for 40 milliseconds
+/// each. Fails on what is no TCP socket.
 SocketResult AcknowledgeAtOnce(int descriptor);
 /// Ends both directions, which wakes every thread that waits on the socket. The descriptor stays.
 void ShutDownSocket(int descriptor) noexcept;
