@@ -218,24 +218,5 @@ TEST_F(LostLink, AtAnyByteOfWhatIsSentLosesNoEvent) {
   EXPECT_EQ(OpenDescriptors(), descriptors);
 }
 
-TEST_F(LostLink, BehindACommentThatHasItemsHasNoComment) {
-  SetIdentifierCounter(1);
-  files_.resize(1);
-  StoreSender sender(files_, heard_);
-  StoreResponse response;
-  heard_.afterEach = [&] { response = sender.Response; };
-  ScriptedServer server([&](Peer& peer) {
-    static_cast<void>(peer.ReceivePdu());
-    peer.Send(Acceptance());
-    for (int part = 0; part < 2; ++part) static_cast<void>(peer.ReceivePdu());
-    peer.SendAll(Data(1, kWholeCommand, RefusalWithItemInComment(0x8001)));
-    static_cast<void>(peer.ReceiveToEnd());
-  });
-  EXPECT_TRUE(sender.Send(TargetAt(server.Port()), {std::string(kCt)}, isCancelled_));
-  EXPECT_EQ(server.Wait(), "");
-  EXPECT_EQ(response.status, 0xA700);
-  EXPECT_EQ(response.comment, "");
-}
-
 }  // namespace
 }  // namespace tessaret::test
