@@ -83,7 +83,9 @@ endfunction()
 
 # Gives a ctest entry its area, its time limit (longer where code is instrumented) and its environment. The address
 # sanitizer keeps four calls of the stack of an allocation, and as few frames of calls that are over as it can: each throw
-# goes through all that it keeps of these. For whole stacks run the program itself.
+# goes through all that it keeps of these. For whole stacks run the program itself. Calls for the thread's own data are not
+# watched: where such data of a codecs' library begin 16 bytes behind a page, the leak check takes what stands before them
+# for a header of glibc 2.19, reads at an address that was never one, and ends. It knows these data without.
 #
 # Tests with the same LOCK do not run at the same time. `gigabytes` is for those that take about one of memory or more;
 # instrumented, they make do with a share of that.
@@ -106,7 +108,7 @@ function(tessaret_describe_test name)
 TESSARET_TOOL=${CMAKE_RUNTIME_OUTPUT_DIRECTORY}/tessaret;TESSARET_CMAKE=${CMAKE_COMMAND};\
 TESSARET_SANITIZE=${TESSARET_SANITIZE};\
 ASAN_OPTIONS=detect_stack_use_after_return=1:strict_string_checks=1:allocator_may_return_null=1:\
-malloc_context_size=4:max_uar_stack_size_log=16;\
+malloc_context_size=4:max_uar_stack_size_log=16:intercept_tls_get_addr=0;\
 UBSAN_OPTIONS=print_stacktrace=1;TSAN_OPTIONS=halt_on_error=1;${arg_ENVIRONMENT}")
 endfunction()
 
