@@ -34,8 +34,8 @@ PROGRAMS = {
                         "BoundedCost.ABlockThatFailsLateCostsASmallMultipleOfItself", "BoundedCost.ALargeFileIsSavedInMegabytes",
                         "BoundedCost/Depth.*/10000000*"],
 }
-# Of a program whose tests are many alike, one for each file or encoding: every fourth one, or second.
-SHARES = {"fault_file_test": 4, "core_coding_test": 4, "corpus_test": 2}
+# Of a program of many tests that are alike or that take long, every fourth one or eighth.
+SHARES = {"fault_file_test": 8, "core_coding_test": 4, "core_object_test": 4, "corpus_test": 4}
 
 
 def limited(command, space, stdout=subprocess.PIPE, **environment):
