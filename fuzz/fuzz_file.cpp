@@ -31,7 +31,7 @@ void RequireSteppingAgrees(const fuzz::Input& input, const char* path, const Dat
     Require(Words(stepping) == Words(coder), "equal words past the pixels");
     fuzz::RequireSame(stepping.LastStop(), coder.LastStop());
     fuzz::RequireSame(stepping.Oddities(), coder.Oddities());
-    if (stepped) fuzz::RequireSameBesides(*whole, *stepped, longest);
+    if (stepped != nullptr && whole != nullptr) fuzz::RequireSameBesides(*whole, *stepped, longest);
   }
 }
 

@@ -47,7 +47,8 @@ void RequireSteppingAgrees(const fuzz::Input& input, const DataSetCoder& coder,
   Require((stepped == nullptr) == (whole == nullptr), "it is loaded past the pixels or not at all");
   fuzz::RequireSame(stepping.LastStop(), coder.LastStop());
   fuzz::RequireSame(stepping.Oddities(), coder.Oddities());
-  if (stepped) fuzz::RequireSameBesides(*whole, *stepped, stepping.LongestPixelValue);
+  if (stepped != nullptr && whole != nullptr)
+    fuzz::RequireSameBesides(*whole, *stepped, stepping.LongestPixelValue);
 }
 
 }  // namespace

@@ -72,8 +72,7 @@ std::size_t BytesIn(const DICOMObject& object) {
 
 }  // namespace
 
-void Require(bool holds, const char* claim) {
-  if (holds) return;
+void EndWith(const char* claim) {
   std::fprintf(stderr, "does not hold: %s\n", claim);
   std::abort();
 }

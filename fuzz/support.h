@@ -13,8 +13,13 @@
 
 namespace tessaret::fuzz {
 
+/// Ends the process with `claim` on standard error.
+[[noreturn]] void EndWith(const char* claim);
+
 /// Ends the process with `claim` on standard error unless it holds.
-void Require(bool holds, const char* claim);
+inline void Require(bool holds, const char* claim) {
+  if (!holds) EndWith(claim);
+}
 
 /// The standard's data dictionary, or a few lines of it where the file is not there. Loaded once.
 const RTC* StandardDictionary();

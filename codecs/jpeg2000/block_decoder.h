@@ -71,7 +71,7 @@ class BlockDecoder {
 
   static constexpr std::size_t kMostCoefficients = 4096;
   /// A column of four rows each, with one more on each side.
-  static constexpr std::size_t kMostColumns = (1024 + 2) * 3;
+  static constexpr std::size_t kMostColumns = std::size_t{1024 + 2} * 3;
 
   BlockShape shape_;
   std::uint32_t passes_ = 0;  // that there are
